@@ -1,0 +1,104 @@
+#pragma once
+
+#include "app/UndoManager.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+#include <optional>
+
+namespace korvane {
+
+class FileOperations;
+
+// The part of the application controller that every lower layer shares: the content registry, the
+// group registry and its submenu, the log text, the undo manager with its menu titles, and the
+// answer to a failed file operation. MyMainObj (shell) derives from it and adds start-up, tabs
+// and routing; below the shell it is reached as AppServices::getMainObj().
+class AppServices : public QObject {
+    Q_OBJECT
+public:
+    AppServices(); // loads the group registry, then the content registry
+    ~AppServices() override;
+
+    static AppServices *getMainObj(); // the installed controller, created on first use
+    static void install(AppServices *services);
+
+    // --- Content registry -------------------------------------------------------------------
+    void initContent();
+    std::optional<QStringList> getContentForKey(const QString &key);
+    void saveContent(const QStringList &entry);
+    QStringList removeContentPaths(int type, const QStringList &scanPaths);
+    QString getFullPath(const QString &name, int type, int loc) const; // empty: type/loc out of range
+    QStringList removeIrrelevantData(int type, int loc, const QStringList &scanPaths);
+    void createFolders(const QString &path);
+    const QList<QStringList> &contentRegistry() const { return pContent; }
+
+    // --- Group registry ---------------------------------------------------------------------
+    void loadGroups();
+    void saveGroupRegistry(); // the whole list to groups.plist, at quit
+    QStringList &getGroups() { return pGroups; }
+    QString getGroupByIndex(int i) const;
+    void setGroupByIndex(int i, const QString &name);
+    void addGroupEntry();
+    void removeGroupEntry(int selectedRow); // the editor table's selected row, -1 for none
+    // Group editor table.
+    int numberOfRowsInGroupTable() const;
+    QString groupTableObjectValue(int row) const;
+    void groupTableSetObjectValue(const QString &value, int row);
+    void showGroups();
+    bool isGroupEditorVisible() const { return m_groupEditorVisible; }
+    // The group submenu, as the titles of the items added behind the fixed "none" item.
+    void createGroupSubmenu();
+    QStringList groupMenuTitles() const { return pMenuItems; }
+
+    // --- Log window -------------------------------------------------------------------------
+    void showLog();
+    void hideLog(); // also what closing the window by its close box does
+    void addLogEntry(const void *sender, const QString &entry);
+    QString logText() const { return m_logText; }
+    bool isLogVisible() const { return m_logVisible; }
+    bool isShowLogEnabled() const { return m_showLogEnabled; }
+
+    // --- Undo -------------------------------------------------------------------------------
+    UndoManager *getUndoManager() { return &m_undoManager; }
+    void undoAction();
+    void redoAction();
+    void setUndoTitle();
+    void setRedoTitle();
+    QString undoTitle() const { return m_undoTitle; }
+    QString redoTitle() const { return m_redoTitle; }
+
+    // --- File-operation errors --------------------------------------------------------------
+    // errorInfo holds "Error" (the reason) and "Path"; YES exactly when "Proceed" was pressed.
+    bool fileManager(FileOperations *manager, const QVariantMap &errorInfo);
+
+    // The format whose tab is in front (0 AU, 1 RTAS, 2 MAS, 3 VST); the shell's tab model answers.
+    virtual int getActiveType() const { return m_activeType; }
+    virtual void setActiveType(int type);
+
+signals:
+    void logChanged();
+    void logVisibilityChanged(bool visible);
+    void undoTitlesChanged();
+    void groupsChanged();
+    void groupMenuChanged();
+    void groupEditorShown();
+
+protected:
+    QList<QStringList> pContent;
+    bool m_contentLoaded = false;
+    QStringList pGroups;
+    QStringList pMenuItems;
+    UndoManager m_undoManager;
+    QString m_undoTitle;
+    QString m_redoTitle;
+    QString m_logText;
+    bool m_logVisible = false;
+    bool m_showLogEnabled = true;
+    bool m_groupEditorVisible = false;
+    int m_activeType = 0;
+};
+
+} // namespace korvane

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QtGlobal>
+#include <optional>
+
+namespace korvane {
+
+struct ComponentDescription {
+    quint32 componentType = 0;
+    quint32 componentSubType = 0;
+    quint32 componentManufacturer = 0;
+    quint32 componentFlags = 0;
+    quint32 componentFlagsMask = 0;
+};
+
+// A registered component: one AudioComponents entry of a .component bundle in an active
+// Components folder.
+struct Component {
+    QString bundlePath;
+    int index = 0; // position in the bundle's AudioComponents array
+    bool operator==(const Component &) const = default;
+};
+
+// What the platform's Component Manager answered: the components of the active Components folders.
+class ComponentManager {
+public:
+    // The next registered component after `after` (from the start when absent) matching the
+    // description, zero fields matching anything.
+    static std::optional<Component> findNextComponent(const std::optional<Component> &after,
+                                                      const ComponentDescription &description);
+    // Fills the description and the length-prefixed name; 0 on success.
+    static int getComponentInfo(const Component &component, ComponentDescription *description,
+                                QByteArray *pascalName);
+    static quint32 fourCharCode(const QString &text); // "aumu" -> 0x61756D75; other lengths: 0
+    static QString fourCharString(quint32 code);
+};
+
+// One registered component with its name split into manufacturer and plug-in.
+class AUEffectWrapper {
+public:
+    explicit AUEffectWrapper(const Component &component) { initWithComponent(component); }
+    void initWithComponent(const Component &component);
+    void getCompInfo();
+    // The name parsing alone, on a length-prefixed name.
+    void parseName(const QByteArray &pascalName);
+
+    std::optional<QString> effectName() const { return mEffectName; }
+    std::optional<QString> manufacturer() const { return mManuName; }
+    const ComponentDescription *getComponentDescription() const { return &mCompDesc; }
+
+private:
+    Component theComponent;
+    std::optional<QString> mManuName;
+    std::optional<QString> mEffectName;
+    ComponentDescription mCompDesc;
+};
+
+} // namespace korvane

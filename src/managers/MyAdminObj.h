@@ -1,0 +1,45 @@
+#pragma once
+
+#include "managers/AUEffectWrapper.h"
+#include "managers/TypeManager.h"
+
+#include <memory>
+
+namespace korvane {
+
+// The Audio Units manager; also the special environment that tests one Audio Unit alone.
+class MyAdminObj : public TypeManager {
+    Q_OBJECT
+public:
+    MyAdminObj();
+    static MyAdminObj *getAUObj();
+
+    void AUActivate() { activate(); }
+    int findAUItemIndex(const QString &name, int itemID) const { return findItemIndex(name, itemID); }
+    bool isAudioUnit(const QString &name) const { return recognise(name); }
+    void AURescan() { rescan(); }
+    void AUGetInfo() { getInfo(); }
+    void AUBackup() { backup(); }
+    void AUBackupRestore() { backupRestore(); }
+
+    // Special environment.
+    bool createSpecialEnv(const AUItemPtr &item);
+    bool destroySpecialEnv();
+    void getPluginList();
+    QList<std::shared_ptr<AUEffectWrapper>> pluginList;
+    bool bSpecialMode = false;
+
+    // Dragging-destination messages: they log and tint the grid.
+    int draggingEntered();
+    void draggingExited();
+    bool prepareForDragOperation();
+    bool performDragOperation();
+    void concludeDragOperation();
+    int draggingSourceOperationMaskForLocal(bool local) const;
+    bool isGridHighlighted() const { return m_gridBlue; }
+
+private:
+    bool m_gridBlue = false;
+};
+
+} // namespace korvane

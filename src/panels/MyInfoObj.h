@@ -1,0 +1,45 @@
+#pragma once
+
+#include "model/AUItem.h"
+
+#include <QObject>
+#include <QString>
+
+namespace korvane {
+
+// The info panel for one plug-in: name, version, info string and, when allowed, its content list.
+class MyInfoObj : public QObject {
+    Q_OBJECT
+public:
+    static MyInfoObj *getInfo();
+    static void install(MyInfoObj *info);
+
+    void showInfo(const AUItemPtr &item); // null keeps the item shown so far
+    bool isVisible() const { return bIsVisible; }
+    bool shouldDisplayContent() const { return bDisplayContent; }
+    void setDisplayContent(bool display);
+    bool windowShouldClose();
+
+    int numberOfRowsInTableView() const;
+    QString objectValue(int row) const;
+    void addContent();
+    void deleteContent(int selectedRow); // -1 for none
+
+    AUItemPtr item() const { return pData; }
+    QString name() const { return etIFName; }
+    QString version() const { return etIFVersion; }
+    QString info() const { return etIFInfo; }
+
+signals:
+    void changed();
+
+private:
+    bool bIsVisible = false;
+    bool bDisplayContent = false;
+    AUItemPtr pData;
+    QString etIFInfo;
+    QString etIFName;
+    QString etIFVersion;
+};
+
+} // namespace korvane

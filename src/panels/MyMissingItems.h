@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+namespace korvane {
+
+// After a set was opened, lists the plug-ins it names that are no longer installed.
+class MyMissingItems {
+public:
+    static MyMissingItems *getMI();
+    static void install(MyMissingItems *mi);
+
+    void removeMissingItems() { m_text.clear(); }
+    void addMissingItem(const QString &name);
+    QString text() const { return m_text; }
+    // 1 ignore, 2 remove.
+    int showMissingItems();
+
+private:
+    QString m_text;
+};
+
+} // namespace korvane

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "panels/UserDefaults.h"
+
+#include <QObject>
+#include <QString>
+#include <array>
+#include <memory>
+#include <optional>
+
+namespace korvane {
+
+// The state of the preferences window's controls, which updatePrefs copies into the store.
+struct PrefTypeControls {
+    QString defaultSet;
+    bool showMessage = false;
+    bool activateAfterLoading = false;
+    bool on = false;
+    bool showContent = false;
+    bool moveContent = false;
+    bool scanSubfolders = false; // not shown for Audio Units
+    bool type = false;
+};
+
+struct PrefControls {
+    bool checkForUpdates = false;
+    std::array<PrefTypeControls, 4> types; // by type index
+    int selectedTab = 0;                   // tab position; 1 AU, 2 RTAS, 3 MAS, 4 VST
+};
+
+// The preferences controller: the defaults store, first-launch seeding and the typed queries.
+class MyPrefObj : public QObject {
+    Q_OBJECT
+public:
+    MyPrefObj(); // runs checkDefaults
+    static MyPrefObj *getPref();
+    static void install(MyPrefObj *pref);
+
+    static QString keyPrefix(int type); // "AU", "RTAS", "MAS", "VST"; empty for others
+
+    void checkDefaults();
+    void awakeFromNib(); // controls from the store, then asks for each type's architecture column
+    void showPreferences();
+    bool isWindowVisible() const { return m_visible; }
+    bool windowShouldClose();
+    void updatePrefs();
+    void setDefault();                                       // the set-document chooser of a tab
+    void openPanelDidEnd(int returnCode, const QString &path);
+
+    std::optional<QString> getDefaultSet(int type) const; // nullopt for others
+    void setDefaultSet(int type, const QString &set);
+    bool activateDefaultSet(int type) const;
+    bool isTypeActive(int type) const;
+    bool showType(int type) const;
+    bool showContent(int type) const;
+    bool moveContent(int type) const;
+    bool scanSubpaths(int type) const;
+    int getDefaultType() const;
+    void setDefaultType(int type);
+    int getSelectedTab() const { return controls.selectedTab; }
+
+    UserDefaults *defaults() { return prefs.get(); }
+    PrefControls controls;
+
+signals:
+    // Loading the window hands each type's Type preference to the controller's showPlattform:show:.
+    void showPlattformRequested(int type, bool show);
+
+private:
+    std::unique_ptr<UserDefaults> prefs;
+    bool m_visible = false;
+};
+
+} // namespace korvane

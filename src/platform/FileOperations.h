@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace korvane {
+
+// Why a file operation failed, in the form the file-error answer shows it.
+struct FileError {
+    QString path;
+    QString reason;
+};
+
+// Every file-system change the program makes passes through here. The real implementation works on
+// the disk; tests subclass it to inject failures where the file system cannot produce them.
+class FileOperations {
+public:
+    virtual ~FileOperations() = default;
+
+    // Direct entries (no "." or ".."; hidden ones included), sorted by name. Unlistable: empty.
+    virtual QStringList directoryContents(const QString &path) const;
+    // Every file and folder below path as paths relative to it, parents before children, sorted.
+    virtual QStringList subpaths(const QString &path) const;
+
+    virtual bool exists(const QString &path) const;
+    virtual bool isDirectory(const QString &path) const;
+    virtual bool isReadable(const QString &path) const;
+    virtual bool isWritable(const QString &path) const;
+    virtual bool isDeletable(const QString &path) const;
+
+    // One level, no attributes; fails when the parent is missing.
+    virtual bool createDirectory(const QString &path, FileError *error = nullptr);
+    // Rename; across file systems copy to a temporary name beside the target, rename, then remove
+    // the source, so the item is whole in exactly one place whatever fails. Never overwrites.
+    virtual bool move(const QString &from, const QString &to, FileError *error = nullptr);
+    // Recursive copy; never overwrites an existing target.
+    virtual bool copy(const QString &from, const QString &to, FileError *error = nullptr);
+    // Recursive removal.
+    virtual bool remove(const QString &path, FileError *error = nullptr);
+    // Into the freedesktop trash of the current HOME.
+    virtual bool moveToTrash(const QString &path, FileError *error = nullptr);
+
+    // The instance the program uses; tests may install their own and restore it.
+    static FileOperations &current();
+    static void setCurrent(FileOperations *operations); // nullptr restores the real one
+
+protected:
+    // One plain file; the recursive copy and the cross-device move call it per file.
+    virtual bool copyFile(const QString &from, const QString &to, FileError *error);
+};
+
+} // namespace korvane

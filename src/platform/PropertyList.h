@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QVariant>
+#include <optional>
+
+namespace korvane {
+
+// Property lists through libplist, as Qt values: array -> QVariantList, dictionary -> QVariantMap,
+// string -> QString, boolean -> bool, integer -> qint64 (quint64 above its range), real -> double,
+// data -> QByteArray, date -> QDateTime (UTC).
+class PropertyList {
+public:
+    // XML or binary. Anything unreadable or malformed reads as absent.
+    static std::optional<QVariant> fromBytes(const QByteArray &bytes);
+    static std::optional<QVariant> read(const QString &path);
+    static std::optional<QVariantList> readArray(const QString &path);
+    static std::optional<QVariantMap> readDictionary(const QString &path);
+    // An array whose elements are all strings; anything else reads as absent.
+    static std::optional<QStringList> readStringArray(const QString &path);
+
+    static QByteArray toXml(const QVariant &root);
+    static QByteArray toBinary(const QVariant &root);
+    // Writes an XML property list atomically: a failed write leaves the old file whole.
+    static bool writeXml(const QString &path, const QVariant &root);
+};
+
+} // namespace korvane

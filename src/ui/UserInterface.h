@@ -1,0 +1,81 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+#include <optional>
+
+namespace korvane {
+
+// A modal alert. With addedButtons NO the first button is the default (answer 1) and the second
+// the alternate (answer 0); with addedButtons YES the buttons answer 1000, 1001, 1002 in order.
+struct Alert {
+    enum Style { Warning = 0, Informational = 1, Critical = 2 };
+    QString title; // window title; empty for the platform's default
+    QString messageText;
+    QString informativeText;
+    QStringList buttons;
+    bool addedButtons = false;
+    Style style = Warning;
+};
+
+enum AlertAnswer { AlertDefault = 1, AlertAlternate = 0, AlertFirst = 1000, AlertSecond = 1001, AlertThird = 1002 };
+
+struct SavePanelRequest {
+    QString directory; // expanded
+    QString fileName;  // proposed name
+    QStringList allowedTypes;
+};
+
+struct OpenPanelRequest {
+    QString directory; // expanded
+    QStringList allowedTypes; // extensions; empty: any
+    bool canChooseFiles = true;
+    bool canChooseDirectories = false;
+    bool canCreateDirectories = false;
+};
+
+// Everything a person answers or watches. The core calls only this; the GUI implements it with
+// widgets, the command-line tool without prompts, tests with a script.
+class UserInterface {
+public:
+    virtual ~UserInterface() = default;
+
+    virtual int runAlert(const Alert &alert) = 0;
+    virtual std::optional<QString> runSavePanel(const SavePanelRequest &request) = 0;
+    virtual std::optional<QString> runOpenPanel(const OpenPanelRequest &request) = 0;
+    // 1 ignore, 2 remove.
+    virtual int runMissingItems(const QString &list) = 0;
+
+    // The progress panel: a title, an upper and a lower line, and a bar.
+    virtual void progressBegin(const QString &title) = 0;
+    virtual void progressText(const QString &upper) = 0;
+    virtual void progressDetail(const QString &lower) = 0;
+    virtual void progressValue(double value, double maximum) = 0;
+    virtual void progressEnd() = 0;
+
+    virtual void openUrl(const QUrl &url) = 0;
+    virtual void beep() = 0;
+
+    // The interface in use; without one installed, a HeadlessUi that answers every alert with
+    // its default button, cancels panels and ignores missing items.
+    static UserInterface &current();
+    static void setCurrent(UserInterface *ui); // nullptr restores the headless one
+};
+
+class HeadlessUi : public UserInterface {
+public:
+    int runAlert(const Alert &alert) override;
+    std::optional<QString> runSavePanel(const SavePanelRequest &) override { return std::nullopt; }
+    std::optional<QString> runOpenPanel(const OpenPanelRequest &) override { return std::nullopt; }
+    int runMissingItems(const QString &) override { return 1; }
+    void progressBegin(const QString &) override {}
+    void progressText(const QString &) override {}
+    void progressDetail(const QString &) override {}
+    void progressValue(double, double) override {}
+    void progressEnd() override {}
+    void openUrl(const QUrl &) override {}
+    void beep() override {}
+};
+
+} // namespace korvane

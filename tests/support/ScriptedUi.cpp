@@ -1,0 +1,62 @@
+#include "support/ScriptedUi.h"
+
+namespace korvane {
+
+ScriptedUi::ScriptedUi() : m_previous(nullptr)
+{
+    UserInterface::setCurrent(this);
+}
+
+ScriptedUi::~ScriptedUi()
+{
+    UserInterface::setCurrent(m_previous);
+}
+
+QStringList ScriptedUi::alertMessages() const
+{
+    QStringList messages;
+    for (const Alert &alert : alerts)
+        messages << alert.messageText;
+    return messages;
+}
+
+int ScriptedUi::runAlert(const Alert &alert)
+{
+    alerts << alert;
+    if (!alertAnswers.isEmpty())
+        return alertAnswers.dequeue();
+    return alert.addedButtons ? AlertFirst : AlertDefault;
+}
+
+std::optional<QString> ScriptedUi::runSavePanel(const SavePanelRequest &request)
+{
+    savePanels << request;
+    return savePanelAnswers.isEmpty() ? std::nullopt : savePanelAnswers.dequeue();
+}
+
+std::optional<QString> ScriptedUi::runOpenPanel(const OpenPanelRequest &request)
+{
+    openPanels << request;
+    return openPanelAnswers.isEmpty() ? std::nullopt : openPanelAnswers.dequeue();
+}
+
+int ScriptedUi::runMissingItems(const QString &list)
+{
+    missingItemsLists << list;
+    return missingItemsAnswers.isEmpty() ? 1 : missingItemsAnswers.dequeue();
+}
+
+void ScriptedUi::progressBegin(const QString &title)
+{
+    ++progressBegins;
+    progressTitles << title;
+}
+
+void ScriptedUi::progressText(const QString &upper) { progressTexts << upper; }
+void ScriptedUi::progressDetail(const QString &lower) { progressDetails << lower; }
+void ScriptedUi::progressValue(double value, double) { progressValues << value; }
+void ScriptedUi::progressEnd() { ++progressEnds; }
+void ScriptedUi::openUrl(const QUrl &url) { openedUrls << url; }
+void ScriptedUi::beep() { ++beeps; }
+
+} // namespace korvane

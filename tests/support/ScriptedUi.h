@@ -1,0 +1,55 @@
+#pragma once
+
+#include "ui/UserInterface.h"
+
+#include <QList>
+#include <QQueue>
+#include <QStringList>
+#include <QUrl>
+
+namespace korvane {
+
+// Answers from queues and records everything asked of it. Installs itself while it lives.
+// An alert with no queued answer gets its default (1, or 1000 with added buttons).
+class ScriptedUi : public UserInterface {
+public:
+    ScriptedUi();
+    ~ScriptedUi() override;
+
+    QQueue<int> alertAnswers;
+    QQueue<std::optional<QString>> savePanelAnswers; // empty queue: cancel
+    QQueue<std::optional<QString>> openPanelAnswers;
+    QQueue<int> missingItemsAnswers; // empty queue: 1
+
+    QList<Alert> alerts;
+    QList<SavePanelRequest> savePanels;
+    QList<OpenPanelRequest> openPanels;
+    QStringList missingItemsLists;
+    QStringList progressTexts;   // every upper line shown, in order
+    QStringList progressDetails; // every lower line shown
+    QList<double> progressValues;
+    QStringList progressTitles;
+    int progressBegins = 0, progressEnds = 0;
+    QList<QUrl> openedUrls;
+    int beeps = 0;
+
+    // The message texts of the alerts shown, in order.
+    QStringList alertMessages() const;
+
+    int runAlert(const Alert &alert) override;
+    std::optional<QString> runSavePanel(const SavePanelRequest &request) override;
+    std::optional<QString> runOpenPanel(const OpenPanelRequest &request) override;
+    int runMissingItems(const QString &list) override;
+    void progressBegin(const QString &title) override;
+    void progressText(const QString &upper) override;
+    void progressDetail(const QString &lower) override;
+    void progressValue(double value, double maximum) override;
+    void progressEnd() override;
+    void openUrl(const QUrl &url) override;
+    void beep() override;
+
+private:
+    UserInterface *m_previous;
+};
+
+} // namespace korvane
