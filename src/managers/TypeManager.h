@@ -77,6 +77,8 @@ public:
     void openPanelDidEnd(int returnCode, const QString &path);
     void openDefaultSet(const QString &path);
     void openSet(const QString &path);
+    // The merge of openSet alone: no dialog, no apply; the names of saved items that match none.
+    QStringList mergeSet(const QString &path);
     void selectSet(int index); // the pop-up's action with its new selection
     void updateSet();
     void saveSets();
@@ -111,6 +113,8 @@ public:
     void backup() {}
     void backupRestore();
     void checkForDuplicates();
+    // Each name held by more than one item, once, at its first position, with its total count.
+    static QList<QPair<QString, int>> duplicateNames(const QList<AUItemPtr> &items);
     void deleteItem();
     QString getIconFromObject(int row) const;
     void visiblePlattform(int state) { setPlattformVisible(state == 1); }
