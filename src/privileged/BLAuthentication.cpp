@@ -1,0 +1,191 @@
+#include "privileged/BLAuthentication.h"
+
+#include "platform/SharedInstances.h"
+#include "platform/SystemLog.h"
+#include "ui/UserInterface.h"
+
+#include <QFile>
+#include <climits>
+
+namespace korvane {
+
+BLAuthentication::BLAuthentication() = default;
+
+BLAuthentication::~BLAuthentication()
+{
+    deauthenticate();
+}
+
+BLAuthentication *BLAuthentication::sharedInstance()
+{
+    return SharedInstance<BLAuthentication>::get();
+}
+
+std::optional<AuthorizationRights> BLAuthentication::rightsForCommands(const QStringList &commands)
+{
+    AuthorizationRights rights;
+    rights.count = quint32(commands.size());
+    for (const QString &command : commands) {
+        if (rights.items.size() == MaxRightsItems)
+            break;
+        const QByteArray value = QFile::encodeName(command);
+        // A shortened path would name another tool: refuse rather than cut it.
+        if (value.size() >= MaxPathBytes)
+            return std::nullopt;
+        rights.items.append({QString::fromLatin1(AdminRight), value, 0});
+    }
+    return rights;
+}
+
+int BLAuthentication::copyRights(const QStringList &commands, quint32 flags)
+{
+    if (commands.isEmpty())
+        return AuthorizationInvalidSet;
+    const auto rights = rightsForCommands(commands);
+    if (!rights)
+        return AuthorizationInvalidSet;
+    return AuthorizationBackend::current().copyRights(m_authorizationRef, *rights, flags);
+}
+
+bool BLAuthentication::isAuthenticated(const QStringList &forCommands)
+{
+    if (!m_authorizationRef)
+        AuthorizationBackend::current().create(&m_authorizationRef);
+    // Extending without interaction tells whether the rights are held, never showing a dialog.
+    return copyRights(forCommands, AuthorizationFlagExtendRights) == AuthorizationSuccess;
+}
+
+bool BLAuthentication::fetchPassword(const QStringList &forCommands)
+{
+    if (copyRights(forCommands, AuthorizationFlagInteractionAllowed | AuthorizationFlagExtendRights)
+        != AuthorizationSuccess)
+        return false;
+    emit authenticated();
+    return true;
+}
+
+bool BLAuthentication::authenticate(const QStringList &forCommands)
+{
+    if (!isAuthenticated(forCommands))
+        fetchPassword(forCommands);
+    return isAuthenticated(forCommands);
+}
+
+void BLAuthentication::deauthenticate()
+{
+    if (!m_authorizationRef)
+        return;
+    AuthorizationBackend::current().free(m_authorizationRef, AuthorizationFlagDestroyRights);
+    m_authorizationRef = 0;
+    emit deauthenticated();
+}
+
+QString BLAuthentication::processListCommand(const QString &name)
+{
+    // The name goes inside the quotes unescaped, as the command has always been built.
+    return QStringLiteral("/bin/ps -axwwopid,command | grep \"") + name + QLatin1Char('"');
+}
+
+namespace {
+// The integer at the start of text after white space, 0 when there is none; clamped like intValue.
+int leadingInteger(const QString &text)
+{
+    int i = 0;
+    while (i < text.size() && text.at(i).isSpace())
+        ++i;
+    bool negative = false;
+    if (i < text.size() && (text.at(i) == u'-' || text.at(i) == u'+')) {
+        negative = text.at(i) == u'-';
+        ++i;
+    }
+    qint64 value = 0;
+    for (; i < text.size() && text.at(i) >= u'0' && text.at(i) <= u'9'; ++i) {
+        value = value * 10 + (text.at(i).unicode() - u'0');
+        if (value > qint64(INT_MAX) + 1)
+            value = qint64(INT_MAX) + 1;
+    }
+    if (negative)
+        return value > INT_MAX ? INT_MIN : int(-value);
+    return value > INT_MAX ? INT_MAX : int(value);
+}
+} // namespace
+
+int BLAuthentication::pidFromProcessList(const QString &text, const QString &name)
+{
+    int start = 0;
+    while (start < text.size() && text.at(start).isSpace())
+        ++start;
+    const int found = name.isEmpty() ? -1 : text.indexOf(name, start);
+    const QString before = found < 0 ? text.mid(start) : text.mid(start, found - start);
+    // Only the first line that names the process counts: when it is grep's own line the
+    // answer is 0, even if the process's line follows.
+    if (before.contains(QLatin1String("grep")))
+        return 0;
+    return leadingInteger(before);
+}
+
+int BLAuthentication::getPID(const QString &forProcess)
+{
+    bool ok = false;
+    const QByteArray output =
+        AuthorizationBackend::current().processList(processListCommand(forProcess), &ok);
+    if (!ok) {
+        systemLog(QStringLiteral("Error opening pipe: ") + forProcess);
+        UserInterface::current().beep();
+        return 0;
+    }
+    const QString text = QString::fromLatin1(output);
+    if (text.isEmpty())
+        return 0;
+    return pidFromProcessList(text, forProcess);
+}
+
+bool BLAuthentication::executeCommand(const QString &pathToCommand,
+                                      const std::optional<QStringList> &arguments)
+{
+    if (!authenticate({pathToCommand}))
+        return false;
+    std::optional<QStringList> vector;
+    if (arguments && !arguments->isEmpty())
+        vector = arguments->mid(0, MaxArguments);
+    const int status =
+        AuthorizationBackend::current().executeWithPrivileges(m_authorizationRef, pathToCommand, vector);
+    if (status == AuthorizationSuccess)
+        return true;
+    UserInterface::current().beep();
+    systemLog(QStringLiteral("Error %1 in AuthorizationExecuteWithPrivileges").arg(status));
+    return false;
+}
+
+bool BLAuthentication::killProcess(const QString &commandFromPS)
+{
+    // The right asked for is the process name's, not /bin/kill's; the kill below asks again.
+    if (!isAuthenticated({commandFromPS}))
+        authenticate({commandFromPS});
+    const QString pid = QString::number(getPID(commandFromPS));
+    if (pid.toInt() < 1) {
+        UserInterface::current().beep();
+        systemLog(QStringLiteral("Error killing process ") + pid + QStringLiteral(", invalid PID."));
+        return false;
+    }
+    executeCommand(QStringLiteral("/bin/kill"), QStringList{pid});
+    return true;
+}
+
+bool BLAuthentication::requestActivationRight()
+{
+    AuthorizationBackend &backend = AuthorizationBackend::current();
+    AuthorizationRef ref = 0;
+    if (backend.create(&ref) != AuthorizationSuccess)
+        return false;
+    AuthorizationRights rights;
+    rights.count = 1;
+    rights.items.append({QString::fromLatin1(ActivationRight), {}, 0});
+    const int status = backend.copyRights(ref, rights,
+                                          AuthorizationFlagInteractionAllowed | AuthorizationFlagExtendRights
+                                              | AuthorizationFlagPartialRights);
+    backend.free(ref, AuthorizationFlagDefaults);
+    return status == AuthorizationSuccess;
+}
+
+} // namespace korvane

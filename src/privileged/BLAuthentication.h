@@ -1,0 +1,64 @@
+#pragma once
+
+#include "privileged/AuthorizationBackend.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <optional>
+
+namespace korvane {
+
+// Administrator rights for running tools: keeps one authorization, asks for a password when
+// needed, runs a tool as root, finds and kills processes by name. Signals when rights are gained
+// with interaction and when they are dropped.
+class BLAuthentication : public QObject {
+    Q_OBJECT
+public:
+    static constexpr const char *AuthenticatedNotification = "BLAuthenticatedNotification";
+    static constexpr const char *DeauthenticatedNotification = "BLDeauthenticatedNotification";
+    static constexpr const char *AdminRight = "system.privilege.admin";
+    static constexpr const char *ActivationRight = "com.velmora.korvane.activate";
+    static constexpr int MaxRightsItems = 20;
+    static constexpr int MaxArguments = 19;
+    // The value buffer of one rights item; a path must be shorter than this.
+    static constexpr int MaxPathBytes = 128;
+
+    BLAuthentication();
+    ~BLAuthentication() override; // deauthenticates
+
+    static BLAuthentication *sharedInstance();
+
+    bool isAuthenticated(const QStringList &forCommands);
+    bool fetchPassword(const QStringList &forCommands);
+    bool authenticate(const QStringList &forCommands);
+    void deauthenticate();
+    int getPID(const QString &forProcess);
+    // nullopt and an empty list both start the tool without an argument vector.
+    bool executeCommand(const QString &pathToCommand, const std::optional<QStringList> &arguments);
+    bool killProcess(const QString &commandFromPS);
+
+    // Asks for the program's activation right before plug-ins are moved; nothing depends on the
+    // answer, since the moves then succeed or fail by the file system's own permissions.
+    bool requestActivationRight();
+
+    AuthorizationRef authorizationRef() const { return m_authorizationRef; }
+
+    // One "system.privilege.admin" item per path, at most 20, the count staying the list's;
+    // nullopt when a filled path does not fit the value buffer.
+    static std::optional<AuthorizationRights> rightsForCommands(const QStringList &commands);
+    // The PID in the first line that names the process, by the rule that rejects grep's own line.
+    static int pidFromProcessList(const QString &text, const QString &name);
+    static QString processListCommand(const QString &name);
+
+signals:
+    void authenticated();
+    void deauthenticated();
+
+private:
+    int copyRights(const QStringList &commands, quint32 flags);
+
+    AuthorizationRef m_authorizationRef = 0;
+};
+
+} // namespace korvane

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "privileged/AuthorizationBackend.h"
+
+#include <QHash>
+#include <QSet>
+
+namespace korvane {
+
+// Authorization through polkit: pkcheck tests or obtains a right for this process, pkexec runs a
+// tool as root. Rights obtained with interaction are remembered per authorization until it is
+// freed, since polkit itself may not keep them.
+class PolkitBackend : public AuthorizationBackend {
+public:
+    // pkcheck and pkexec are both on the search path.
+    static bool available();
+    // The polkit action standing for a right; "system.privilege.admin" is pkexec's own action.
+    static QString actionFor(const QString &right);
+
+    int create(AuthorizationRef *ref) override;
+    int copyRights(AuthorizationRef ref, const AuthorizationRights &rights, quint32 flags) override;
+    void free(AuthorizationRef ref, quint32 flags) override;
+    int executeWithPrivileges(AuthorizationRef ref, const QString &tool,
+                              const std::optional<QStringList> &arguments) override;
+
+private:
+    int check(const QString &action, bool allowInteraction) const;
+
+    AuthorizationRef m_lastRef = 0;
+    QHash<AuthorizationRef, QSet<QString>> m_granted;
+};
+
+} // namespace korvane
