@@ -52,6 +52,7 @@ private:
     QList<Step> m_undo;
     QList<Step> m_redo;
     QList<Step> *m_recording = nullptr; // the stack an undo or redo is recording its inverse into
+    Step m_recordingStep;               // that inverse, pushed when the undo or redo has run
     bool m_undoing = false;
     bool m_redoing = false;
 };

@@ -1,0 +1,429 @@
+#include "app/AppServices.h"
+
+#include "platform/Bundle.h"
+#include "platform/FileOperations.h"
+#include "platform/Locations.h"
+#include "platform/PropertyList.h"
+#include "platform/SharedInstances.h"
+#include "platform/Texts.h"
+#include "ui/UserInterface.h"
+
+#include <QCoreApplication>
+
+namespace korvane {
+
+namespace {
+
+QString userContentFile()
+{
+    return Locations::expand(Locations::dataFile(QStringLiteral("content.plist")));
+}
+
+QString systemContentFile()
+{
+    return Locations::expand(QStringLiteral("/Library/Application Support/Korvane/content.plist"));
+}
+
+QString groupsFile()
+{
+    return Locations::expand(Locations::dataFile(QStringLiteral("groups.plist")));
+}
+
+// The Korvane folder itself, one level: its parents belong to the system.
+void createSupportFolder()
+{
+    const QString folder = Locations::expand(Locations::supportFolder());
+    FileOperations &files = FileOperations::current();
+    if (!files.isDirectory(folder))
+        files.createDirectory(folder);
+}
+
+// Entries whose elements are not all strings, or that lack a key, are left out: one damaged
+// entry should not cost the user every other companion list.
+std::optional<QList<QStringList>> readContentFile(const QString &path)
+{
+    const std::optional<QVariantList> root = PropertyList::readArray(path);
+    if (!root)
+        return std::nullopt;
+    QList<QStringList> registry;
+    for (const QVariant &element : *root) {
+        if (element.typeId() != QMetaType::QVariantList)
+            continue;
+        QStringList entry;
+        bool valid = true;
+        for (const QVariant &value : element.toList()) {
+            if (value.typeId() != QMetaType::QString) {
+                valid = false;
+                break;
+            }
+            entry.append(value.toString());
+        }
+        if (valid && !entry.isEmpty())
+            registry.append(entry);
+    }
+    return registry;
+}
+
+QVariantList toVariantList(const QStringList &strings)
+{
+    QVariantList list;
+    list.reserve(strings.size());
+    for (const QString &s : strings)
+        list.append(s);
+    return list;
+}
+
+// The roots a companion path is measured against; the user-disabled RTAS root lacks the
+// "Digidesign" level on purpose, as the program has always spelt it.
+const char *const kContentRoots[TypeCount][4] = {
+    {"/Library/Audio/Plug-Ins/Components", "/Library/Audio/Plug-Ins/Components (Disabled)",
+     "~/Library/Audio/Plug-Ins/Components", "~/Library/Audio/Plug-Ins/Components (Disabled)"},
+    {"/Library/Application Support/Digidesign/Plug-Ins",
+     "/Library/Application Support/Digidesign/Plug-Ins (Disabled)",
+     "~/Library/Application Support/Digidesign/Plug-Ins", "~/Library/Application Support/Plug-Ins (Disabled)"},
+    {"/Library/Audio/Plug-Ins/MAS", "/Library/Audio/Plug-Ins/MAS (Disabled)", "~/Library/Audio/Plug-Ins/MAS",
+     "~/Library/Audio/Plug-Ins/MAS (Disabled)"},
+    {"/Library/Audio/Plug-Ins/VST", "/Library/Audio/Plug-Ins/VST (Disabled)", "~/Library/Audio/Plug-Ins/VST",
+     "~/Library/Audio/Plug-Ins/VST (Disabled)"},
+};
+
+// Fills each "%@" in turn; a "%@" inside an argument stays as it is.
+QString fillFormat(const QString &format, const QStringList &args)
+{
+    QString out;
+    qsizetype from = 0;
+    for (const QString &arg : args) {
+        const qsizetype at = format.indexOf(QLatin1String("%@"), from);
+        if (at < 0)
+            break;
+        out += format.mid(from, at - from);
+        out += arg;
+        from = at + 2;
+    }
+    out += format.mid(from);
+    return out;
+}
+
+} // namespace
+
+AppServices::AppServices()
+{
+    m_undoTitle = korvane::tr("Undo");
+    m_redoTitle = korvane::tr("Redo");
+    loadGroups();
+    initContent();
+}
+
+AppServices::~AppServices()
+{
+    m_undoManager.removeAllActions();
+    if (SharedInstance<AppServices>::peek() == this)
+        SharedInstance<AppServices>::install(nullptr);
+}
+
+AppServices *AppServices::getMainObj()
+{
+    return SharedInstance<AppServices>::get();
+}
+
+void AppServices::install(AppServices *services)
+{
+    SharedInstance<AppServices>::install(services);
+}
+
+void AppServices::setActiveType(int type)
+{
+    m_activeType = type;
+}
+
+// --- Content registry ---------------------------------------------------------------------------
+
+void AppServices::initContent()
+{
+    pContent.clear();
+    m_contentLoaded = true;
+    if (auto registry = readContentFile(userContentFile())) {
+        pContent = *registry;
+        return;
+    }
+    // The system-wide registry is only read here; the first save copies it to the user.
+    if (auto registry = readContentFile(systemContentFile())) {
+        pContent = *registry;
+        return;
+    }
+    createSupportFolder();
+    PropertyList::writeXml(userContentFile(), QVariantList());
+}
+
+std::optional<QStringList> AppServices::getContentForKey(const QString &key)
+{
+    if (!m_contentLoaded)
+        initContent();
+    for (const QStringList &entry : std::as_const(pContent)) {
+        if (entry.first() == key)
+            return entry;
+    }
+    return std::nullopt;
+}
+
+void AppServices::saveContent(const QStringList &entry)
+{
+    if (entry.isEmpty())
+        return; // nothing to file it under
+    if (!m_contentLoaded)
+        initContent();
+    bool replaced = false;
+    for (QStringList &existing : pContent) {
+        if (existing.first() == entry.first()) {
+            existing = entry;
+            replaced = true;
+            break;
+        }
+    }
+    if (!replaced)
+        pContent.append(entry);
+
+    QVariantList root;
+    root.reserve(pContent.size());
+    for (const QStringList &e : std::as_const(pContent))
+        root.append(QVariant(toVariantList(e)));
+    createSupportFolder();
+    PropertyList::writeXml(userContentFile(), root);
+}
+
+QStringList AppServices::removeContentPaths(int type, const QStringList &scanPaths)
+{
+    QStringList paths = scanPaths;
+    if (!isValidType(type))
+        return paths;
+    if (!m_contentLoaded)
+        initContent();
+
+    QString roots[4];
+    for (int i = 0; i < 4; ++i)
+        roots[i] = Locations::expand(QString::fromUtf8(kContentRoots[type][i]));
+    // Every companion is measured against the system-wide active root, whichever root it is under.
+    const qsizetype cut = roots[0].size() + 1;
+
+    for (const QStringList &entry : std::as_const(pContent)) {
+        for (qsizetype c = 1; c < entry.size(); ++c) {
+            const QString &companion = entry.at(c);
+            bool underRoot = false;
+            for (const QString &root : roots) {
+                if (companion.startsWith(root)) {
+                    underRoot = true;
+                    break;
+                }
+            }
+            // Too short to leave a relative part: an empty prefix would hide everything.
+            if (!underRoot || companion.size() <= cut)
+                continue;
+            const QString relative = companion.mid(cut);
+            for (qsizetype i = 0; i < paths.size();) {
+                if (paths.at(i).startsWith(relative))
+                    paths.removeAt(i);
+                else
+                    ++i;
+            }
+        }
+    }
+    return paths;
+}
+
+QString AppServices::getFullPath(const QString &name, int type, int loc) const
+{
+    if (!isValidType(type) || !isValidLocation(loc))
+        return {};
+    return Locations::expand(Locations::folder(type, loc) + QLatin1Char('/') + name);
+}
+
+QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringList &scanPaths)
+{
+    QStringList result;
+    for (qsizetype i = 0; i < scanPaths.size();) {
+        const QString &path = scanPaths.at(i);
+        result.append(path);
+        ++i;
+        const QString full = getFullPath(path, type, loc);
+        if (full.isEmpty() || !Bundle::isFilePackage(full))
+            continue;
+        // Not bounded at a separator: "Echo.vst copy" goes with "Echo.vst" as it always has.
+        while (i < scanPaths.size() && scanPaths.at(i).startsWith(path))
+            ++i;
+    }
+    return removeContentPaths(type, result);
+}
+
+void AppServices::createFolders(const QString &path)
+{
+    QStringList components;
+    if (path.startsWith(QLatin1Char('/')))
+        components.append(QStringLiteral("/"));
+    for (const QString &part : path.split(QLatin1Char('/'), Qt::SkipEmptyParts))
+        components.append(part);
+    if (components.size() < 2)
+        return;
+
+    FileOperations &files = FileOperations::current();
+    QString current;
+    for (qsizetype i = 0; i + 1 < components.size(); ++i) {
+        const QString &part = components.at(i);
+        if (current.isEmpty())
+            current = part;
+        else if (current.endsWith(QLatin1Char('/')))
+            current += part;
+        else
+            current += QLatin1Char('/') + part;
+        if (!files.exists(current))
+            files.createDirectory(current); // a failure is left to the move that follows
+    }
+}
+
+// --- Group registry -----------------------------------------------------------------------------
+
+void AppServices::loadGroups()
+{
+    // A file holding anything but strings reads as absent, like an unreadable one.
+    const std::optional<QStringList> stored = PropertyList::readStringArray(groupsFile());
+    if (!stored || stored->isEmpty()) {
+        pGroups = QStringList{QString()};
+    } else {
+        pGroups = *stored;
+        pGroups[0] = QString();
+    }
+    emit groupsChanged();
+}
+
+void AppServices::saveGroupRegistry()
+{
+    createSupportFolder();
+    PropertyList::writeXml(groupsFile(), toVariantList(pGroups));
+}
+
+QString AppServices::getGroupByIndex(int i) const
+{
+    return pGroups.value(qsizetype(i) + 1);
+}
+
+void AppServices::setGroupByIndex(int i, const QString &name)
+{
+    const qsizetype position = qsizetype(i) + 1;
+    if (position < 0)
+        return;
+    if (position < pGroups.size())
+        pGroups[position] = name;
+    else
+        pGroups.append(name);
+    emit groupsChanged();
+    createGroupSubmenu();
+}
+
+void AppServices::addGroupEntry()
+{
+    pGroups.append(korvane::tr("New Group"));
+    emit groupsChanged();
+    createGroupSubmenu();
+}
+
+void AppServices::removeGroupEntry(int selectedRow)
+{
+    // No selection (-1) removes the empty entry itself, as the editor always has.
+    const qsizetype position = qsizetype(selectedRow) + 1;
+    if (position >= 0 && position < pGroups.size())
+        pGroups.removeAt(position);
+    emit groupsChanged();
+    createGroupSubmenu();
+}
+
+int AppServices::numberOfRowsInGroupTable() const
+{
+    return pGroups.isEmpty() ? 0 : int(pGroups.size() - 1);
+}
+
+QString AppServices::groupTableObjectValue(int row) const
+{
+    return getGroupByIndex(row);
+}
+
+void AppServices::groupTableSetObjectValue(const QString &value, int row)
+{
+    setGroupByIndex(row, value);
+}
+
+void AppServices::showGroups()
+{
+    m_groupEditorVisible = true;
+    emit groupEditorShown();
+}
+
+void AppServices::createGroupSubmenu()
+{
+    pMenuItems = pGroups.mid(1);
+    emit groupMenuChanged();
+}
+
+// --- Log window ---------------------------------------------------------------------------------
+
+void AppServices::showLog()
+{
+    m_logVisible = true;
+    m_showLogEnabled = false;
+    emit logVisibilityChanged(true);
+}
+
+void AppServices::hideLog()
+{
+    m_logVisible = false;
+    m_showLogEnabled = true;
+    emit logVisibilityChanged(false);
+}
+
+void AppServices::addLogEntry(const void *, const QString &entry)
+{
+    m_logText = m_logText + entry;
+    emit logChanged();
+}
+
+// --- Undo ---------------------------------------------------------------------------------------
+
+void AppServices::undoAction()
+{
+    m_undoManager.undo();
+    setUndoTitle();
+    setRedoTitle();
+}
+
+void AppServices::redoAction()
+{
+    m_undoManager.redo();
+    setUndoTitle();
+    setRedoTitle();
+}
+
+void AppServices::setUndoTitle()
+{
+    m_undoTitle = m_undoManager.undoMenuItemTitle();
+    emit undoTitlesChanged();
+}
+
+void AppServices::setRedoTitle()
+{
+    m_redoTitle = m_undoManager.redoMenuItemTitle();
+    emit undoTitlesChanged();
+}
+
+// --- File-operation errors ----------------------------------------------------------------------
+
+bool AppServices::fileManager(FileOperations *, const QVariantMap &errorInfo)
+{
+    const QByteArray reason = errorInfo.value(QStringLiteral("Error")).toString().toUtf8();
+    Alert alert;
+    alert.title = QStringLiteral("Korvane");
+    alert.messageText = fillFormat(korvane::tr("File operation error...\n error: %@\n with file: %@"),
+                                   {QCoreApplication::translate("Korvane", reason.constData()),
+                                    errorInfo.value(QStringLiteral("Path")).toString()});
+    alert.buttons = {korvane::tr("Proceed"), korvane::tr("Stop")};
+    return UserInterface::current().runAlert(alert) == AlertDefault;
+}
+
+} // namespace korvane
