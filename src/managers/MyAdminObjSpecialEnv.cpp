@@ -1,0 +1,117 @@
+// The Audio Units special environment (one plug-in examined alone, as the component registry sees
+// it) and the dragging-destination messages of the Audio Units table.
+#include "managers/MyAdminObj.h"
+
+#include "app/AppServices.h"
+#include "platform/FileOperations.h"
+#include "platform/SystemLog.h"
+
+namespace korvane {
+
+namespace {
+
+const quint32 kMusicDevice = 0x61756D75; // 'aumu', instruments
+const quint32 kApple = 0x6170706C;       // 'appl', the operating system's own components
+
+QString activePath(const AUItem &item)
+{
+    return QStringLiteral("%1/%2").arg(item.getAULocation(), item.getAUName());
+}
+
+QString disabledPath(const AUItem &item)
+{
+    return QStringLiteral("%1 (Disabled)/%2").arg(item.getAULocation(), item.getAUName());
+}
+
+} // namespace
+
+bool MyAdminObj::createSpecialEnv(const AUItemPtr &item)
+{
+    FileOperations &files = FileOperations::current();
+    if (!bSpecialMode) {
+        bSpecialMode = true;
+        // Flags and log stay as they are: the table still shows these plug-ins as active.
+        for (const AUItemPtr &plugin : std::as_const(plugins)) {
+            if (plugin->getAUActive())
+                files.move(activePath(*plugin), disabledPath(*plugin));
+        }
+    }
+    const bool underTest = item && item->getAUActive();
+    if (underTest)
+        files.copy(disabledPath(*item), activePath(*item));
+
+    getPluginList();
+    AppServices *services = AppServices::getMainObj();
+    for (const std::shared_ptr<AUEffectWrapper> &wrapper : std::as_const(pluginList)) {
+        const ComponentDescription *description = wrapper->getComponentDescription();
+        if (description->componentManufacturer == kApple)
+            continue;
+        services->addLogEntry(this, QStringLiteral("----- Plug-In Info -----\n"));
+        services->addLogEntry(this, QStringLiteral("Type: %1\n")
+                                        .arg(ComponentManager::fourCharString(description->componentType)));
+    }
+
+    if (underTest)
+        files.remove(activePath(*item));
+    return bSpecialMode;
+}
+
+bool MyAdminObj::destroySpecialEnv()
+{
+    if (bSpecialMode) {
+        FileOperations &files = FileOperations::current();
+        for (const AUItemPtr &plugin : std::as_const(plugins)) {
+            if (plugin->getAUActive())
+                files.move(disabledPath(*plugin), activePath(*plugin));
+        }
+    }
+    bSpecialMode = false;
+    return bSpecialMode;
+}
+
+void MyAdminObj::getPluginList()
+{
+    pluginList.clear();
+    ComponentDescription description;
+    description.componentType = kMusicDevice;
+    std::optional<Component> component;
+    while ((component = ComponentManager::findNextComponent(component, description)))
+        pluginList << std::make_shared<AUEffectWrapper>(*component);
+}
+
+int MyAdminObj::draggingEntered()
+{
+    systemLog(QStringLiteral("DraggingEntered"));
+    m_gridBlue = true;
+    return 1; // copy
+}
+
+void MyAdminObj::draggingExited()
+{
+    systemLog(QStringLiteral("draggingExited"));
+    m_gridBlue = false;
+}
+
+bool MyAdminObj::prepareForDragOperation()
+{
+    systemLog(QStringLiteral("prepareForDrag"));
+    return true;
+}
+
+bool MyAdminObj::performDragOperation()
+{
+    systemLog(QStringLiteral("performDrag"));
+    return true;
+}
+
+void MyAdminObj::concludeDragOperation()
+{
+    systemLog(QStringLiteral("concludeDrag"));
+}
+
+int MyAdminObj::draggingSourceOperationMaskForLocal(bool) const
+{
+    return 16; // move
+}
+
+} // namespace korvane

@@ -1,0 +1,147 @@
+// Maintenance commands: info on the selected plug-in, the duplicate report, moving plug-ins to the
+// trash, and the architecture column and switches.
+#include "managers/TypeManager.h"
+
+#include "app/AppServices.h"
+#include "panels/MyInfoObj.h"
+#include "panels/MyPrefObj.h"
+#include "platform/FileOperations.h"
+#include "platform/Texts.h"
+#include "ui/UserInterface.h"
+
+#include <QDateTime>
+#include <QHash>
+#include <QSet>
+#include <algorithm>
+#include <functional>
+
+namespace korvane {
+
+namespace {
+
+void showOkAlert(const QString &message, const QString &informative)
+{
+    Alert alert;
+    alert.messageText = message;
+    alert.informativeText = informative;
+    alert.buttons = {tr("Ok")};
+    UserInterface::current().runAlert(alert);
+}
+
+// Each name held by more than one item, once: the position of its first item and its count. Counted
+// in one pass, so the report stays linear in the length of the list.
+QList<QPair<int, int>> duplicatePositions(const QList<AUItemPtr> &items)
+{
+    QHash<QString, int> counts;
+    counts.reserve(items.size());
+    for (const AUItemPtr &item : items)
+        ++counts[item->getAUName()];
+    QList<QPair<int, int>> positions;
+    QSet<QString> reported;
+    for (int i = 0; i < items.size(); ++i) {
+        const QString name = items.at(i)->getAUName();
+        const int count = counts.value(name);
+        if (count < 2 || reported.contains(name))
+            continue;
+        reported.insert(name);
+        positions.append({i, count});
+    }
+    return positions;
+}
+
+QString trText(const QString &english)
+{
+    return tr(english.toUtf8().constData());
+}
+
+} // namespace
+
+void TypeManager::getInfo()
+{
+    MyInfoObj *info = MyInfoObj::getInfo();
+    info->setDisplayContent(MyPrefObj::getPref()->showContent(m_traits.type));
+    if (m_selectedRow < 0 || m_selectedRow >= plugins.size()) {
+        showOkAlert(trText(m_traits.infoMessage), trText(m_traits.infoText));
+        return;
+    }
+    info->showInfo(plugins.at(m_selectedRow));
+}
+
+void TypeManager::backupRestore()
+{
+    showOkAlert(trText(m_traits.backupRestoreMessage),
+                tr("This function will be implemented in a future version"));
+}
+
+void TypeManager::checkForDuplicates()
+{
+    AppServices *services = AppServices::getMainObj();
+    services->showLog();
+    services->addLogEntry(this, QStringLiteral("----- %1 -----\n").arg(QDateTime::currentDateTime().toString()));
+
+    for (const auto &[index, count] : duplicatePositions(plugins)) {
+        const AUItemPtr &item = plugins.at(index);
+        services->addLogEntry(item.get(), QStringLiteral("Plugin %1 is found %2 times\n")
+                                              .arg(item->getAUName(), QString::number(count)));
+    }
+}
+
+QList<QPair<QString, int>> TypeManager::duplicateNames(const QList<AUItemPtr> &items)
+{
+    QList<QPair<QString, int>> names;
+    for (const auto &[index, count] : duplicatePositions(items))
+        names.append({items.at(index)->getAUName(), count});
+    return names;
+}
+
+void TypeManager::deleteItem()
+{
+    QList<int> rows = m_selectedRows;
+    // Highest row first, so a removal never shifts a row still to come.
+    std::sort(rows.begin(), rows.end(), std::greater<int>());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    FileOperations &files = FileOperations::current();
+    for (int row : std::as_const(rows)) {
+        if (row < 0 || row >= plugins.size())
+            continue;
+        const AUItemPtr item = plugins.at(row);
+        files.moveToTrash(QStringLiteral("%1/%2").arg(item->getAULocation(), item->getAUName()));
+        plugins.removeAt(row);
+    }
+    reloadTable();
+    if (plugins.isEmpty())
+        selectRows({}, -1);
+    else
+        selectRows({0}, 0);
+}
+
+QString TypeManager::getIconFromObject(int row) const
+{
+    if (row < 0 || row >= plugins.size())
+        return QString();
+    return plugins.at(row)->getAUIcon();
+}
+
+void TypeManager::setPlattformVisible(bool visible)
+{
+    // Showing twice adds a second column and hiding removes one, as the table always did.
+    if (visible)
+        m_columns << QStringLiteral("AUType");
+    else
+        m_columns.removeOne(QStringLiteral("AUType"));
+    emit columnsChanged();
+}
+
+void TypeManager::setPlattformActive(int plattform, bool active)
+{
+    for (const AUItemPtr &item : std::as_const(plugins)) {
+        if (item->getPlattform() != plattform)
+            continue;
+        item->setAUActive(active);
+        item->checkObject(m_traits.type);
+        checkLogForUpdate(item);
+    }
+    reloadTable();
+}
+
+} // namespace korvane

@@ -1,0 +1,252 @@
+// Sets: the pop-up of known set documents, saving and opening them, and merging an opened set
+// into the current item list.
+#include "managers/TypeManager.h"
+
+#include "app/AppServices.h"
+#include "managers/SetDocument.h"
+#include "panels/MyMissingItems.h"
+#include "panels/MyPrefObj.h"
+#include "platform/FileOperations.h"
+#include "platform/Locations.h"
+#include "platform/PropertyList.h"
+#include "platform/Texts.h"
+#include "ui/UserInterface.h"
+
+#include <QHash>
+#include <algorithm>
+
+namespace korvane {
+
+namespace {
+
+const QString kNoSet = QStringLiteral("no set");
+
+QString documentsFolder()
+{
+    return Locations::expand(QStringLiteral("~/Documents"));
+}
+
+} // namespace
+
+void TypeManager::awakeFromNib()
+{
+    const std::optional<QStringList> stored =
+        PropertyList::readStringArray(Locations::expand(Locations::dataFile(m_traits.setsFile)));
+    QStringList titles;
+    if (!stored) {
+        titles << kNoSet;
+    } else {
+        // Titles identify entries, so a repeated one keeps only its last place, as a pop-up
+        // button does when an item of the same title is added again.
+        for (const QString &title : *stored) {
+            titles.removeAll(title);
+            titles << title;
+        }
+        if (!titles.contains(kNoSet))
+            titles.prepend(kNoSet);
+    }
+    pbSetsTitles = titles;
+    emit setsChanged();
+    selectSetIndex(0);
+    setApplyEnabled(false);
+    setSetName(m_traits.windowLoadName);
+}
+
+void TypeManager::newButtonPressed()
+{
+    reloadData();
+    setSetName(m_traits.untitledName);
+}
+
+void TypeManager::save()
+{
+    if (etName == m_traits.untitledName)
+        saveAs();
+    else
+        archivePlugins(etName); // a relative name lands in the current folder, failures unreported
+    bChanged = false;
+}
+
+void TypeManager::saveAs()
+{
+    SavePanelRequest request;
+    request.directory = documentsFolder();
+    request.fileName = m_traits.savePanelName;
+    const std::optional<QString> path = UserInterface::current().runSavePanel(request);
+    if (path)
+        savePanelDidEnd(1, *path);
+    else
+        savePanelDidEnd(0, QString());
+}
+
+void TypeManager::savePanelDidEnd(int returnCode, const QString &path)
+{
+    if (returnCode != 1)
+        return;
+    archivePlugins(path);
+    setSetName(path);
+    if (!pbSetsTitles.contains(path)) {
+        pbSetsTitles << path;
+        emit setsChanged();
+    }
+    selectSetIndex(pbSetsTitles.indexOf(path));
+    bChanged = false;
+}
+
+void TypeManager::open()
+{
+    OpenPanelRequest request;
+    request.directory = documentsFolder();
+    request.allowedTypes = m_traits.documentExtension.split(QLatin1Char(' '));
+    const std::optional<QString> path = UserInterface::current().runOpenPanel(request);
+    if (path)
+        openPanelDidEnd(1, *path);
+    else
+        openPanelDidEnd(0, QString());
+}
+
+void TypeManager::openPanelDidEnd(int returnCode, const QString &path)
+{
+    if (returnCode != 1)
+        return;
+    // Opened first and selected afterwards: a "no set" chosen by openSet is overridden.
+    openSet(path);
+    if (!pbSetsTitles.contains(path)) {
+        pbSetsTitles << path;
+        emit setsChanged();
+    }
+    selectSetIndex(pbSetsTitles.indexOf(path));
+}
+
+void TypeManager::openDefaultSet(const QString &path)
+{
+    if (!pbSetsTitles.contains(path)) {
+        pbSetsTitles << path;
+        emit setsChanged();
+    }
+    selectSetIndex(pbSetsTitles.indexOf(path));
+    openSet(path);
+}
+
+QStringList TypeManager::mergeSet(const QString &path)
+{
+    // Each saved item updates the first current item of its name; a name index makes that one
+    // look-up instead of a walk through the list.
+    QHash<QString, AUItemPtr> firstByName;
+    firstByName.reserve(plugins.size());
+    for (const AUItemPtr &item : std::as_const(plugins)) {
+        if (!firstByName.contains(item->getAUName()))
+            firstByName.insert(item->getAUName(), item);
+    }
+    QStringList missing;
+    for (const AUItemPtr &saved : SetDocument::read(path)) {
+        const AUItemPtr item = firstByName.value(saved->getAUName());
+        if (!item) {
+            missing << saved->getAUName();
+            continue;
+        }
+        item->setAUName(saved->getAUName());
+        item->setAULocation(saved->getAULocation());
+        item->setAUGlobal(saved->getAUGlobal());
+        item->setAUActive(saved->getAUActive());
+        item->checkObject(m_traits.type);
+        checkLogForUpdate(item);
+    }
+    return missing;
+}
+
+void TypeManager::openSet(const QString &path)
+{
+    MyMissingItems *missingItems = MyMissingItems::getMI();
+    missingItems->removeMissingItems();
+    const QStringList missing = mergeSet(path);
+    for (const QString &name : missing)
+        missingItems->addMissingItem(name);
+
+    setSetName(path);
+    reloadTable();
+
+    if (!missing.isEmpty()) {
+        if (missingItems->showMissingItems() == 2)
+            save(); // rewrites the document from the current list, without the missing entries
+        else
+            selectSetIndex(std::max(0, int(pbSetsTitles.indexOf(kNoSet))));
+    }
+
+    if (MyPrefObj::getPref()->activateDefaultSet(m_traits.type))
+        activate();
+}
+
+void TypeManager::selectSet(int index)
+{
+    selectSetIndex(index);
+    for (;;) {
+        if (pbSetsIndex < 1) {
+            bChanged = false;
+            return;
+        }
+        const QString path = pbSetsTitles.value(pbSetsIndex);
+        if (FileOperations::current().exists(path)) {
+            openSet(path);
+            return;
+        }
+
+        Alert alert;
+        alert.style = Alert::Informational;
+        alert.messageText = tr("Selected Set not found");
+        alert.buttons = {tr("try again"), tr("remove")};
+        alert.informativeText = tr("The set \"%@\" not longer exist.").replace(QLatin1String("%@"), path);
+        if (UserInterface::current().runAlert(alert) != AlertDefault) {
+            pbSetsTitles.removeAll(path);
+            emit setsChanged();
+            selectSetIndex(std::max(0, int(pbSetsTitles.indexOf(kNoSet))));
+            return;
+        }
+    }
+}
+
+void TypeManager::updateSet()
+{
+    if (!bChanged)
+        return;
+    // Compared with a capital S, so the pop-up's "no set" never matches; kept as it always was.
+    if (pbSetsTitles.value(pbSetsIndex) == QLatin1String("no Set"))
+        return;
+
+    Alert alert;
+    alert.messageText = tr("Save changes to Set");
+    alert.buttons = {tr("Save"), tr("Discard")};
+    alert.informativeText = tr("Save changes to actual Set?");
+    if (UserInterface::current().runAlert(alert) == AlertDefault) {
+        save();
+    } else {
+        selectSetIndex(0);
+        bChanged = false;
+    }
+}
+
+void TypeManager::saveSets()
+{
+    const QString path = Locations::expand(Locations::dataFile(m_traits.setsFile));
+    // A fresh account has no support folder yet; without it the write could not succeed.
+    AppServices::getMainObj()->createFolders(path);
+    QVariantList titles;
+    for (const QString &title : std::as_const(pbSetsTitles))
+        titles << title;
+    PropertyList::writeXml(path, titles);
+}
+
+QString TypeManager::getSelectedSet() const
+{
+    const QString title = pbSetsTitles.value(pbSetsIndex);
+    if (pbSetsIndex < 0 || pbSetsIndex >= pbSetsTitles.size() || title == kNoSet)
+        return QString();
+    return title;
+}
+
+bool TypeManager::archivePlugins(const QString &path) const
+{
+    return SetDocument::write(path, plugins);
+}
+
+} // namespace korvane
