@@ -1,0 +1,68 @@
+#include "app/AppServices.h"
+#include "app/UndoManager.h"
+
+#include "support/TestRoots.h"
+
+using namespace korvane;
+
+namespace {
+
+// A switch that records its own inverse on every change, as the managers' edits do.
+struct Switch {
+    UndoManager &undo;
+    QString name;
+    bool on = false;
+    void toggle()
+    {
+        undo.registerUndo(this, [this] { toggle(); });
+        on = !on;
+        undo.setActionName(name);
+    }
+};
+
+} // namespace
+
+class UndoManagerTest : public TestRoots {};
+
+TEST_F(UndoManagerTest, UndoRecordsTheRedoAndRedoTheUndo)
+{
+    AppServices services;
+    UndoManager &undo = *services.getUndoManager();
+    services.undoAction(); // nothing to undo
+    EXPECT_EQ(services.undoTitle(), "Undo");
+    EXPECT_EQ(services.redoTitle(), "Redo");
+
+    Switch a{undo, "A"}, b{undo, "B"};
+    a.toggle();
+    b.toggle();
+    services.undoAction();
+    EXPECT_FALSE(b.on);
+    EXPECT_EQ(services.undoTitle(), "Undo A");
+    EXPECT_EQ(services.redoTitle(), "Redo B");
+    services.undoAction();
+    EXPECT_EQ(services.undoTitle(), "Undo");
+
+    services.redoAction(); // what a redo records must not drop the other redo step
+    EXPECT_TRUE(a.on);
+    EXPECT_EQ(services.undoTitle(), "Undo A");
+    EXPECT_EQ(services.redoTitle(), "Redo B");
+
+    b.toggle(); // a new change clears what could be redone
+    EXPECT_FALSE(undo.canRedo());
+    undo.registerUndo(nullptr, [] {});
+    EXPECT_EQ(undo.undoMenuItemTitle(), "Undo");
+}
+
+TEST_F(UndoManagerTest, RemovingATargetDropsItsStepsOnly)
+{
+    UndoManager undo;
+    Switch a{undo, "A"}, b{undo, "B"};
+    a.toggle();
+    b.toggle();
+    a.toggle();
+    undo.removeAllActionsWithTarget(&a);
+    EXPECT_EQ(undo.undoMenuItemTitle(), "Undo B");
+    undo.undo();
+    EXPECT_FALSE(b.on);
+    EXPECT_FALSE(undo.canUndo());
+}

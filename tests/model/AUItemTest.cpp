@@ -1,0 +1,128 @@
+#include "model/AUItem.h"
+
+#include "app/AppServices.h"
+#include "platform/PropertyList.h"
+#include "platform/TypedStream.h"
+#include "support/TestRoots.h"
+
+#include <PluginLibraryBuilder.h>
+#include <QDir>
+#include <climits>
+
+using namespace korvane;
+
+class AUItemTest : public TestRoots {
+protected:
+    void SetUp() override
+    {
+        TestRoots::SetUp();
+        QDir().mkpath(homePath("Library/Application Support"));
+    }
+    static ArchivedObjectPtr object(const QString &text, const char *className = "NSString")
+    {
+        auto o = std::make_shared<ArchivedObject>();
+        o->className = className;
+        o->string = text;
+        return o;
+    }
+};
+
+TEST_F(AUItemTest, ArchitectureComesFromTheExecutablesFirstBytes)
+{
+    using B = PluginLibraryBuilder;
+    const QString dir = rootPath("plugins");
+    const QList<std::pair<QString, QString>> cases{
+        {B::makeBundle(dir, "P.component", MachO::ppc()), "PPC"},
+        {B::makeBundle(dir, "I.component", MachO::intel()), "Intel"},
+        {B::makeBundle(dir, "U.component", MachO::universal2()), "Universal Binary"},
+        {B::makeBundle(dir, "X.component", MachO::x86_64()), "Unknown"},
+        {B::makeBundle(dir, "T.component", MachO::universal3()), "Unknown"},
+        {B::makeBundle(dir, "N.component", MachO::ppc(), {}, B::Xml, ""), "Unknown"},
+        {B::makeFile(dir, "plain.dpm"), "PPC"},
+    };
+    for (const auto &[path, expected] : cases) {
+        AUItem item;
+        item.setAUType(path);
+        EXPECT_EQ(item.getAUType(), expected) << path.toStdString();
+    }
+}
+
+TEST_F(AUItemTest, GroupsAreReadThroughTheRegistryByPosition)
+{
+    AppServices *services = AppServices::getMainObj();
+    services->getGroups() = QStringList{"", "G1", "G2", "G3"};
+    AUItem second, third, stranger;
+    second.setAUGroup("G2");
+    third.setAUGroup("G3");
+    stranger.setAUGroup("Nowhere"); // the sign test lets "not found" through
+    EXPECT_EQ(stranger.getGroupID(), INT_MAX);
+    EXPECT_EQ(stranger.getAUGroup(), "");
+
+    services->setGroupByIndex(1, "Renamed");
+    EXPECT_EQ(second.getAUGroup(), "Renamed");
+    services->removeGroupEntry(0);
+    EXPECT_EQ(second.getAUGroup(), "G3"); // members keep their position
+    EXPECT_EQ(third.getAUGroup(), "");    // past the end: no group
+}
+
+TEST_F(AUItemTest, LocationFollowsTheFlags)
+{
+    AUItem item;
+    const QString expected[] = {rootPath("Library/Audio/Plug-Ins/VST"), rootPath("Library/Audio/Plug-Ins/VST (Disabled)"),
+                                homePath("Library/Audio/Plug-Ins/VST"), homePath("Library/Audio/Plug-Ins/VST (Disabled)")};
+    for (int i = 0; i < 4; ++i) {
+        item.setAUGlobal(i < 2);
+        item.setAUActive(i % 2 == 0);
+        item.checkObject(3);
+        EXPECT_EQ(item.getAULocation(), expected[i]);
+    }
+    item.checkObject(4);
+    EXPECT_EQ(item.getAULocation(), expected[3]);
+}
+
+TEST_F(AUItemTest, ContentListIsKeptInTheRegistry)
+{
+    AUItem item;
+    item.setAUName("Echo.vst");
+    EXPECT_EQ(item.getContentMaxIndex(), 0);
+    item.addContent("/presets");
+    item.addContent("/docs");
+    item.replaceContent("/manual", 1);
+    item.removeContent(0);
+    EXPECT_FALSE(item.hasContent()); // only the next lookup sets it
+    const auto stored = PropertyList::readArray(homePath("Library/Application Support/Korvane/content.plist"));
+    ASSERT_TRUE(stored && stored->size() == 1);
+    EXPECT_EQ(stored->at(0).toStringList(), QStringList({"Echo.vst", "/manual"}));
+
+    AUItem again;
+    again.setAUName("Echo.vst");
+    EXPECT_TRUE(again.hasContent());
+    EXPECT_EQ(again.getContentByIndex(0), "/manual");
+    AppServices::getMainObj()->saveContent({"Bare.vst"});
+    again.setAUName("Bare.vst");
+    EXPECT_TRUE(again.hasContent());
+    EXPECT_EQ(again.getContentMaxIndex(), 0);
+}
+
+TEST_F(AUItemTest, ArchiveHoldsNameLocationAndTwoFlags)
+{
+    AppServices::getMainObj()->saveContent({"Echo.vst", "/presets"});
+    AUItem item;
+    item.setAULocation("/L");
+    item.setAUGlobal(true);
+    EXPECT_EQ(item.encodeWithCoder(), QStringList({"", "/L", "YES", "NO"}));
+
+    auto decoded = AUItem::initWithCoder({object("Echo.vst"), object("/L"), object("YES"), object("NO")});
+    ASSERT_TRUE(decoded);
+    EXPECT_TRUE(decoded->getAUGlobal());
+    EXPECT_FALSE(decoded->getAUActive());
+    EXPECT_TRUE(decoded->hasContent()); // the content lookup ran
+    for (const auto &flag : {object("yes"), object("1"), ArchivedObjectPtr()}) {
+        auto other = AUItem::initWithCoder({object("A"), object("/L"), flag, flag});
+        ASSERT_TRUE(other);
+        EXPECT_FALSE(other->getAUGlobal() || other->getAUActive());
+    }
+    EXPECT_TRUE(AUItem::initWithCoder({object("A"), object("/L")}));
+    EXPECT_FALSE(AUItem::initWithCoder({object("A", "NSNumber"), object("/L")}));
+    EXPECT_FALSE(AUItem::initWithCoder({object("A")}));
+}
