@@ -37,6 +37,8 @@ public:
 
     static ArchivedObjectPtr makeString(const QString &text, bool mutableString = false);
     static ArchivedObjectPtr makeArray(QList<ArchivedObjectPtr> elements, bool mutableArray = true);
+    // An NSNumber; the value's type picks the encoding (int "i", qlonglong "q", double "d", ...).
+    static ArchivedObjectPtr makeNumber(const QVariant &value);
     // An instance of a plain NSObject subclass (version 0) whose coder writes these objects.
     static ArchivedObjectPtr makeObject(const QString &className, QList<ArchivedObjectPtr> encoded);
 };
