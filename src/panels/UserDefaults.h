@@ -19,9 +19,12 @@ public:
     bool boolForKey(const QString &key) const;     // missing: NO
     qint64 integerForKey(const QString &key) const; // missing: 0
     QString stringForKey(const QString &key) const; // missing: null string
-    void setObject(const QString &key, const QVariant &value);
+    void setObject(const QString &key, const QVariant &value); // an invalid value removes the key
     void setObjects(const QList<QPair<QString, QVariant>> &values); // one write for many keys
-    QVariantMap dictionary() const;
+    QVariantMap dictionary() const; // empty when the file is missing or unreadable
+
+    // Creates folder and its missing parents through the file operations.
+    static bool createFolders(const QString &folder);
 
 private:
     QString m_path;

@@ -1,0 +1,48 @@
+#include "panels/MyAboutObj.h"
+
+#include "platform/SharedInstances.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QStringList>
+
+namespace korvane {
+
+namespace {
+// Where the "info" resource may lie, most specific first; there is no application bundle.
+QStringList resourceCandidates()
+{
+    const QString fileName = QStringLiteral("info.rtf");
+    QStringList candidates;
+    const QString resources = qEnvironmentVariable("KORVANE_RESOURCES");
+    if (!resources.isEmpty())
+        candidates << resources + QLatin1Char('/') + fileName;
+    if (QCoreApplication::instance()) {
+        const QString dir = QCoreApplication::applicationDirPath();
+        candidates << dir + QStringLiteral("/../share/korvane/") + fileName;
+        candidates << dir + QLatin1Char('/') + fileName;
+    }
+    return candidates;
+}
+} // namespace
+
+MyAboutObj *MyAboutObj::getAbout()
+{
+    return SharedInstance<MyAboutObj>::get();
+}
+
+void MyAboutObj::openAbout()
+{
+    m_text.clear();
+    for (const QString &candidate : resourceCandidates()) {
+        QFile file(candidate);
+        if (file.open(QIODevice::ReadOnly)) {
+            // RTF is seven-bit text; bytes above that are read as the Latin code page it names.
+            m_text = QString::fromLatin1(file.readAll());
+            break;
+        }
+    }
+    m_visible = true;
+}
+
+} // namespace korvane

@@ -1,0 +1,100 @@
+#include "panels/MyInfoObj.h"
+
+#include "app/AppServices.h"
+#include "panels/MyPrefObj.h"
+#include "platform/Bundle.h"
+#include "platform/Locations.h"
+#include "platform/SharedInstances.h"
+#include "ui/UserInterface.h"
+
+namespace korvane {
+
+namespace {
+// A text value of the information dictionary; numbers read as their text, anything else is missing.
+QString infoString(const QVariantMap &info, const QString &key, const QString &fallback)
+{
+    const QVariant value = info.value(key);
+    switch (value.typeId()) {
+    case QMetaType::QString:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+        return value.toString();
+    default:
+        return fallback;
+    }
+}
+} // namespace
+
+MyInfoObj *MyInfoObj::getInfo()
+{
+    return SharedInstance<MyInfoObj>::get();
+}
+
+void MyInfoObj::install(MyInfoObj *info)
+{
+    SharedInstance<MyInfoObj>::install(info);
+}
+
+void MyInfoObj::showInfo(const AUItemPtr &item)
+{
+    if (item) {
+        const QString bundlePath = item->getAULocation() + QLatin1Char('/') + item->getAUName();
+        const QVariantMap info = Bundle::infoDictionary(bundlePath).value_or(QVariantMap());
+        etIFName = infoString(info, QStringLiteral("CFBundleName"), item->getAUName());
+        etIFVersion = infoString(info, QStringLiteral("CFBundleVersion"), QStringLiteral("???"));
+        etIFInfo = infoString(info, QStringLiteral("CFBundleGetInfoString"), QString(QLatin1String("")));
+        pData = item;
+    }
+    // The preference may have changed since the panel was last filled.
+    setDisplayContent(MyPrefObj::getPref()->showContent(AppServices::getMainObj()->getActiveType()));
+    bIsVisible = true;
+    emit changed();
+}
+
+void MyInfoObj::setDisplayContent(bool display)
+{
+    bDisplayContent = display;
+    emit changed();
+}
+
+bool MyInfoObj::windowShouldClose()
+{
+    bIsVisible = false;
+    emit changed();
+    return true;
+}
+
+int MyInfoObj::numberOfRowsInTableView() const
+{
+    return pData ? pData->getContentMaxIndex() : 0;
+}
+
+QString MyInfoObj::objectValue(int row) const
+{
+    if (row < 0 || row >= numberOfRowsInTableView())
+        return QString();
+    return pData->getContentByIndex(row);
+}
+
+void MyInfoObj::addContent()
+{
+    OpenPanelRequest request;
+    request.directory = Locations::expand(QStringLiteral("~/Documents"));
+    request.canChooseFiles = false;
+    request.canChooseDirectories = true;
+    request.canCreateDirectories = false;
+    const std::optional<QString> path = UserInterface::current().runOpenPanel(request);
+    if (path && pData)
+        pData->addContent(*path);
+    emit changed();
+}
+
+void MyInfoObj::deleteContent(int selectedRow)
+{
+    if (selectedRow >= 0 && selectedRow < numberOfRowsInTableView())
+        pData->removeContent(selectedRow);
+    emit changed();
+}
+
+} // namespace korvane

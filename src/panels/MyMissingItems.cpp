@@ -1,0 +1,31 @@
+#include "panels/MyMissingItems.h"
+
+#include "platform/SharedInstances.h"
+#include "ui/UserInterface.h"
+
+namespace korvane {
+
+MyMissingItems *MyMissingItems::getMI()
+{
+    return SharedInstance<MyMissingItems>::get();
+}
+
+void MyMissingItems::install(MyMissingItems *mi)
+{
+    SharedInstance<MyMissingItems>::install(mi);
+}
+
+void MyMissingItems::addMissingItem(const QString &name)
+{
+    if (!m_text.isEmpty())
+        m_text += QLatin1Char('\n');
+    m_text += name;
+}
+
+int MyMissingItems::showMissingItems()
+{
+    // Closing the dialog any other way counts as ignoring.
+    return UserInterface::current().runMissingItems(m_text) == 2 ? 2 : 1;
+}
+
+} // namespace korvane
