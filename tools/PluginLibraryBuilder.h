@@ -34,7 +34,8 @@ public:
     // A folder (and its parents).
     static QString makeFolder(const QString &path);
 
-    // Format shortcuts, in the folder given.
+    // Format shortcuts, in the folder given. A name without its extension (".component", ".vst",
+    // ".rtas" unless it ends in ".dpm") gets it added; MAS names are used as they are.
     static QString makeAudioUnit(const QString &folder, const QString &name, const QByteArray &header,
                                  PlistFormat format = Xml);
     static QString makeVST(const QString &folder, const QString &name, const QByteArray &header,

@@ -47,6 +47,10 @@ public:
 protected:
     // One plain file; the recursive copy and the cross-device move call it per file.
     virtual bool copyFile(const QString &from, const QString &to, FileError *error);
+
+private:
+    bool copyTree(const QString &from, const QString &to, FileError *error);
+    bool moveAcrossFileSystems(const QString &from, const QString &to, FileError *error);
 };
 
 } // namespace korvane

@@ -1,0 +1,261 @@
+#include "platform/Bundle.h"
+
+#include "platform/PropertyList.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QtEndian>
+
+#include <cerrno>
+#include <vector>
+
+#include <sys/xattr.h>
+
+namespace korvane {
+
+namespace {
+
+const char *const kPackageExtensions[] = {".component", ".vst", ".vst3", ".rtas", ".dpm", ".bundle", ".plugin", ".app"};
+
+const char *const kFinderInfoAttributes[] = {"com.apple.FinderInfo", "osx.com.apple.FinderInfo",
+                                             "user.com.apple.FinderInfo"};
+const char kWritableFinderInfoAttribute[] = "user.com.apple.FinderInfo";
+
+constexpr int kFinderInfoSize = 32;
+constexpr quint32 kAppleDoubleMagic = 0x00051607;
+constexpr quint32 kAppleDoubleVersion1 = 0x00010000;
+constexpr quint32 kAppleDoubleVersion2 = 0x00020000;
+constexpr quint32 kFinderInfoEntry = 9;
+constexpr qint64 kAppleDoubleHeaderSize = 26; // magic, version, 16 filler bytes, entry count
+constexpr qint64 kAppleDoubleEntrySize = 12;  // id, offset, length
+
+QString infoPlistPath(const QString &bundlePath)
+{
+    return bundlePath + QStringLiteral("/Contents/Info.plist");
+}
+
+QString sidecarPath(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.path() + QStringLiteral("/._") + info.fileName();
+}
+
+quint32 bigEndian32(const char *bytes)
+{
+    return qFromBigEndian<quint32>(bytes);
+}
+
+// The Finder info bytes stored in an extended attribute, in the first spelling present.
+std::optional<QByteArray> finderInfoAttribute(const QString &path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    for (const char *attribute : kFinderInfoAttributes) {
+        const ssize_t size = ::getxattr(name.constData(), attribute, nullptr, 0);
+        if (size < 0)
+            continue;
+        std::vector<char> value(size_t(size) + 1);
+        const ssize_t got = ::getxattr(name.constData(), attribute, value.data(), value.size());
+        if (got < 0)
+            continue;
+        return QByteArray(value.data(), qsizetype(got));
+    }
+    return std::nullopt;
+}
+
+// Where the Finder info lies inside an AppleDouble sidecar; every number in the file is checked
+// against the file's real size before it is used.
+struct SidecarEntry {
+    qint64 offset = -1;
+    qint64 length = 0;
+};
+
+SidecarEntry finderInfoEntry(QFile &file)
+{
+    const qint64 size = file.size();
+    if (size < kAppleDoubleHeaderSize || !file.seek(0))
+        return {};
+    const QByteArray header = file.read(kAppleDoubleHeaderSize);
+    if (header.size() != kAppleDoubleHeaderSize)
+        return {};
+    const quint32 version = bigEndian32(header.constData() + 4);
+    if (bigEndian32(header.constData()) != kAppleDoubleMagic
+        || (version != kAppleDoubleVersion1 && version != kAppleDoubleVersion2))
+        return {};
+    const qint64 count = qFromBigEndian<quint16>(header.constData() + 24);
+    if (count * kAppleDoubleEntrySize > size - kAppleDoubleHeaderSize)
+        return {};
+    const QByteArray entries = file.read(count * kAppleDoubleEntrySize);
+    if (entries.size() != count * kAppleDoubleEntrySize)
+        return {};
+    for (qint64 i = 0; i < count; ++i) {
+        const char *entry = entries.constData() + i * kAppleDoubleEntrySize;
+        if (bigEndian32(entry) != kFinderInfoEntry)
+            continue;
+        const qint64 offset = bigEndian32(entry + 4);
+        const qint64 length = bigEndian32(entry + 8);
+        if (offset > size || length > size - offset)
+            return {};
+        return SidecarEntry{offset, length};
+    }
+    return {};
+}
+
+std::optional<QByteArray> finderInfoSidecar(const QString &path)
+{
+    QFile file(sidecarPath(path));
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const SidecarEntry entry = finderInfoEntry(file);
+    if (entry.offset < 0 || !file.seek(entry.offset))
+        return std::nullopt;
+    const QByteArray bytes = file.read(qMin<qint64>(entry.length, kFinderInfoSize));
+    if (bytes.size() != qMin<qint64>(entry.length, kFinderInfoSize))
+        return std::nullopt;
+    return bytes;
+}
+
+bool writeSidecar(const QString &path, quint32 code)
+{
+    QByteArray type(4, '\0');
+    qToBigEndian(code, type.data());
+
+    QFile file(sidecarPath(path));
+    if (file.exists() && file.open(QIODevice::ReadWrite)) {
+        // Keep the rest of an existing sidecar (resource fork, other Finder flags).
+        const SidecarEntry entry = finderInfoEntry(file);
+        if (entry.offset >= 0 && entry.length >= 4 && file.seek(entry.offset))
+            return file.write(type) == type.size();
+        file.close();
+    }
+
+    QByteArray bytes(kAppleDoubleHeaderSize + kAppleDoubleEntrySize + kFinderInfoSize, '\0');
+    char *data = bytes.data();
+    qToBigEndian(kAppleDoubleMagic, data);
+    qToBigEndian(kAppleDoubleVersion2, data + 4);
+    qToBigEndian<quint16>(1, data + 24);
+    qToBigEndian(kFinderInfoEntry, data + 26);
+    qToBigEndian(quint32(kAppleDoubleHeaderSize + kAppleDoubleEntrySize), data + 30);
+    qToBigEndian(quint32(kFinderInfoSize), data + 34);
+    qToBigEndian(code, data + kAppleDoubleHeaderSize + kAppleDoubleEntrySize);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    return file.write(bytes) == bytes.size();
+}
+
+} // namespace
+
+bool Bundle::isFilePackage(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.isDir())
+        return false;
+    const QString name = info.fileName();
+    for (const char *extension : kPackageExtensions) {
+        if (name.endsWith(QLatin1String(extension), Qt::CaseInsensitive))
+            return true;
+    }
+    return QFileInfo(infoPlistPath(path)).isFile();
+}
+
+bool Bundle::canOpen(const QString &path)
+{
+    return !path.isEmpty() && QFileInfo(path).isDir();
+}
+
+std::optional<QVariantMap> Bundle::infoDictionary(const QString &bundlePath)
+{
+    if (!canOpen(bundlePath))
+        return std::nullopt;
+    return PropertyList::readDictionary(infoPlistPath(bundlePath));
+}
+
+QVariant Bundle::infoValue(const QString &bundlePath, const QString &key)
+{
+    const std::optional<QVariantMap> info = infoDictionary(bundlePath);
+    return info ? info->value(key) : QVariant();
+}
+
+QString Bundle::executablePath(const QString &bundlePath)
+{
+    const QVariant value = infoValue(bundlePath, QStringLiteral("CFBundleExecutable"));
+    if (value.typeId() != QMetaType::QString)
+        return {};
+    const QString name = value.toString();
+    // The name comes from the bundle; it may not lead out of Contents/MacOS.
+    if (name.isEmpty() || name.contains(QLatin1Char('/')) || name == QLatin1String(".") || name == QLatin1String(".."))
+        return {};
+    const QString path = bundlePath + QStringLiteral("/Contents/MacOS/") + name;
+    return QFileInfo(path).isFile() ? path : QString();
+}
+
+QByteArray MachOHeader::firstBytes(const QString &path, int count)
+{
+    if (count <= 0)
+        return {};
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return file.read(count);
+}
+
+MachOHeader::Architecture MachOHeader::classify(const QByteArray &firstEight)
+{
+    if (firstEight.size() < 8)
+        return Unknown;
+    const QByteArray bytes = firstEight.left(8);
+    if (bytes == QByteArray::fromHex("feedface00000012"))
+        return PPC;
+    if (bytes == QByteArray::fromHex("cefaedfe07000000"))
+        return Intel;
+    if (bytes == QByteArray::fromHex("cafebabe00000002"))
+        return Universal;
+    return Unknown;
+}
+
+std::optional<quint32> FinderInfo::fileType(const QString &path)
+{
+    if (path.isEmpty() || !QFileInfo::exists(path))
+        return std::nullopt;
+    std::optional<QByteArray> info = finderInfoAttribute(path);
+    if (!info)
+        info = finderInfoSidecar(path);
+    if (!info || info->size() < 4)
+        return std::nullopt;
+    const quint32 code = bigEndian32(info->constData());
+    if (code == 0)
+        return std::nullopt;
+    return code;
+}
+
+QString FinderInfo::hfsTypeString(const QString &path)
+{
+    const std::optional<quint32> code = fileType(path);
+    return code ? typeCodeString(*code) : QString();
+}
+
+QString FinderInfo::typeCodeString(quint32 code)
+{
+    if (code == 0)
+        return {};
+    QByteArray bytes(4, '\0');
+    qToBigEndian(code, bytes.data());
+    return QLatin1Char('\'') + QString::fromLatin1(bytes) + QLatin1Char('\'');
+}
+
+bool FinderInfo::setFileType(const QString &path, quint32 code)
+{
+    if (path.isEmpty() || !QFileInfo::exists(path))
+        return false;
+    QByteArray info(kFinderInfoSize, '\0');
+    if (const std::optional<QByteArray> existing = finderInfoAttribute(path))
+        info.replace(0, qMin<qsizetype>(existing->size(), kFinderInfoSize), existing->left(kFinderInfoSize));
+    qToBigEndian(code, info.data());
+    const QByteArray name = QFile::encodeName(path);
+    if (::setxattr(name.constData(), kWritableFinderInfoAttribute, info.constData(), size_t(info.size()), 0) == 0)
+        return true;
+    if (errno != ENOTSUP && errno != EOPNOTSUPP)
+        return false;
+    return writeSidecar(path, code);
+}
+
+} // namespace korvane

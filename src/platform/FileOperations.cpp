@@ -1,0 +1,531 @@
+#include "platform/FileOperations.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace korvane {
+
+namespace {
+
+FileOperations s_realOperations;
+FileOperations *s_currentOperations = &s_realOperations;
+
+const QString kPartialSuffix = QStringLiteral(".korvane-partial");
+const QString kRemovingSuffix = QStringLiteral(".korvane-removing");
+
+QByteArray encoded(const QString &path)
+{
+    return QFile::encodeName(path);
+}
+
+QString reasonFor(int errorNumber)
+{
+    return QString::fromLocal8Bit(std::strerror(errorNumber));
+}
+
+bool fail(FileError *error, const QString &path, int errorNumber)
+{
+    if (error)
+        *error = FileError{path, reasonFor(errorNumber)};
+    return false;
+}
+
+bool lstatPath(const QString &path, struct stat *info)
+{
+    return !path.isEmpty() && ::lstat(encoded(path).constData(), info) == 0;
+}
+
+bool statPath(const QString &path, struct stat *info)
+{
+    return !path.isEmpty() && ::stat(encoded(path).constData(), info) == 0;
+}
+
+QString parentOf(const QString &path)
+{
+    const QString clean = QDir::cleanPath(path);
+    const qsizetype slash = clean.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0)
+        return QStringLiteral(".");
+    return slash == 0 ? QStringLiteral("/") : clean.left(slash);
+}
+
+QString nameOf(const QString &path)
+{
+    const QString clean = QDir::cleanPath(path);
+    return clean.mid(clean.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+QString childOf(const QString &folder, const QString &name)
+{
+    return folder.endsWith(QLatin1Char('/')) ? folder + name : folder + QLatin1Char('/') + name;
+}
+
+// A hidden name beside path, for the intermediate states of a move.
+QString besideName(const QString &path, const QString &suffix)
+{
+    return childOf(parentOf(path), QLatin1Char('.') + nameOf(path) + suffix);
+}
+
+// The AppleDouble sidecar that carries a plain file's Finder information on foreign file systems.
+QString sidecarOf(const QString &path)
+{
+    return childOf(parentOf(path), QStringLiteral("._") + nameOf(path));
+}
+
+bool isInside(const QString &path, const QString &folder)
+{
+    const QString cleanFolder = QDir::cleanPath(folder);
+    return QDir::cleanPath(path).startsWith(cleanFolder == QLatin1String("/") ? cleanFolder
+                                                                              : cleanFolder + QLatin1Char('/'));
+}
+
+// Immutable or append-only: even root can neither remove the item nor change its entries.
+bool isLocked(const QString &path)
+{
+    struct stat info;
+    if (!lstatPath(path, &info) || S_ISLNK(info.st_mode))
+        return false;
+    const int flags = O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | (S_ISDIR(info.st_mode) ? O_DIRECTORY : 0);
+    const int fd = ::open(encoded(path).constData(), flags);
+    if (fd < 0)
+        return false;
+    int attributes = 0;
+    const bool known = ::ioctl(fd, FS_IOC_GETFLAGS, &attributes) == 0; // unsupported: not locked
+    ::close(fd);
+    return known && (attributes & (FS_IMMUTABLE_FL | FS_APPEND_FL));
+}
+
+bool parentAllowsChanges(const QString &path)
+{
+    const QString parent = parentOf(path);
+    return ::access(encoded(parent).constData(), W_OK | X_OK) == 0 && !isLocked(parent);
+}
+
+// rename(2) that never replaces an existing target.
+int renameNoReplace(const QString &from, const QString &to)
+{
+    const QByteArray source = encoded(from);
+    const QByteArray target = encoded(to);
+    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) == 0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS)
+        return errno;
+    // A file system without the flag: check first, accepting the small window.
+    struct stat info;
+    if (::lstat(target.constData(), &info) == 0)
+        return EEXIST;
+    return ::rename(source.constData(), target.constData()) == 0 ? 0 : errno;
+}
+
+void copyAttributes(int from, int to)
+{
+    const ssize_t size = ::flistxattr(from, nullptr, 0);
+    if (size <= 0)
+        return;
+    std::vector<char> names(size_t(size) + 1, '\0');
+    const ssize_t got = ::flistxattr(from, names.data(), names.size() - 1);
+    if (got <= 0)
+        return;
+    for (const char *name = names.data(); name < names.data() + got; name += std::strlen(name) + 1) {
+        const ssize_t valueSize = ::fgetxattr(from, name, nullptr, 0);
+        if (valueSize < 0)
+            continue;
+        std::vector<char> value(size_t(valueSize) + 1);
+        const ssize_t valueGot = ::fgetxattr(from, name, value.data(), value.size());
+        if (valueGot >= 0) // a namespace the target refuses is not worth failing the copy
+            ::fsetxattr(to, name, value.data(), size_t(valueGot), 0);
+    }
+}
+
+QStringList listNames(const QString &path)
+{
+    QStringList names;
+    if (path.isEmpty())
+        return names;
+    DIR *dir = ::opendir(encoded(path).constData());
+    if (!dir)
+        return names;
+    while (const dirent *entry = ::readdir(dir)) {
+        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
+            continue;
+        names.append(QFile::decodeName(entry->d_name));
+    }
+    ::closedir(dir);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+void collectSubpaths(const FileOperations &operations, const QString &root, const QString &relative,
+                     QStringList *result)
+{
+    const QStringList names = operations.directoryContents(relative.isEmpty() ? root : childOf(root, relative));
+    for (const QString &name : names) {
+        const QString entry = relative.isEmpty() ? name : relative + QLatin1Char('/') + name;
+        result->append(entry);
+        struct stat info; // symbolic links to folders are not followed
+        if (lstatPath(childOf(root, entry), &info) && S_ISDIR(info.st_mode))
+            collectSubpaths(operations, root, entry, result);
+    }
+}
+
+bool removeTree(const QString &path, FileError *error = nullptr)
+{
+    struct stat info;
+    if (!lstatPath(path, &info))
+        return fail(error, path, errno);
+    if (S_ISDIR(info.st_mode)) {
+        const QStringList names = listNames(path);
+        for (const QString &name : names) {
+            if (!removeTree(childOf(path, name), error))
+                return false;
+        }
+        if (::rmdir(encoded(path).constData()) != 0)
+            return fail(error, path, errno);
+        return true;
+    }
+    if (::unlink(encoded(path).constData()) != 0)
+        return fail(error, path, errno);
+    return true;
+}
+
+bool checkRemovableTree(const QString &path, FileError *error)
+{
+    struct stat info;
+    if (!lstatPath(path, &info))
+        return fail(error, path, errno);
+    if (isLocked(path))
+        return fail(error, path, EPERM);
+    if (!S_ISDIR(info.st_mode))
+        return true;
+    if (::access(encoded(path).constData(), R_OK | W_OK | X_OK) != 0)
+        return fail(error, path, errno);
+    const QStringList names = listNames(path);
+    for (const QString &name : names) {
+        if (!checkRemovableTree(childOf(path, name), error))
+            return false;
+    }
+    return true;
+}
+
+// Whether the whole of path could be removed, found out before anything is.
+bool checkRemovable(const QString &path, FileError *error)
+{
+    if (!parentAllowsChanges(path))
+        return fail(error, parentOf(path), isLocked(parentOf(path)) ? EPERM : EACCES);
+    return checkRemovableTree(path, error);
+}
+
+} // namespace
+
+FileOperations &FileOperations::current()
+{
+    return *s_currentOperations;
+}
+
+void FileOperations::setCurrent(FileOperations *operations)
+{
+    s_currentOperations = operations ? operations : &s_realOperations;
+}
+
+QStringList FileOperations::directoryContents(const QString &path) const
+{
+    return listNames(path);
+}
+
+QStringList FileOperations::subpaths(const QString &path) const
+{
+    QStringList result;
+    collectSubpaths(*this, path, QString(), &result);
+    return result;
+}
+
+bool FileOperations::exists(const QString &path) const
+{
+    struct stat info;
+    return statPath(path, &info);
+}
+
+bool FileOperations::isDirectory(const QString &path) const
+{
+    struct stat info;
+    return statPath(path, &info) && S_ISDIR(info.st_mode);
+}
+
+bool FileOperations::isReadable(const QString &path) const
+{
+    return !path.isEmpty() && ::access(encoded(path).constData(), R_OK) == 0;
+}
+
+bool FileOperations::isWritable(const QString &path) const
+{
+    return !path.isEmpty() && ::access(encoded(path).constData(), W_OK) == 0;
+}
+
+bool FileOperations::isDeletable(const QString &path) const
+{
+    struct stat info;
+    if (!lstatPath(path, &info) || !parentAllowsChanges(path) || isLocked(path))
+        return false;
+    // In a sticky folder only the owner of the item or of the folder (or root) may remove it.
+    struct stat parent;
+    const uid_t user = ::geteuid();
+    if (user != 0 && lstatPath(parentOf(path), &parent) && (parent.st_mode & S_ISVTX))
+        return info.st_uid == user || parent.st_uid == user;
+    return true;
+}
+
+bool FileOperations::createDirectory(const QString &path, FileError *error)
+{
+    if (path.isEmpty())
+        return fail(error, path, ENOENT);
+    if (::mkdir(encoded(path).constData(), 0777) != 0)
+        return fail(error, path, errno);
+    return true;
+}
+
+bool FileOperations::move(const QString &from, const QString &to, FileError *error)
+{
+    struct stat info;
+    if (!lstatPath(from, &info))
+        return fail(error, from, errno);
+    struct stat existing;
+    if (lstatPath(to, &existing))
+        return fail(error, to, EEXIST);
+    if (S_ISDIR(info.st_mode) && isInside(to, from))
+        return fail(error, to, EINVAL);
+
+    const int result = renameNoReplace(from, to);
+    if (result == EXDEV) {
+        if (!moveAcrossFileSystems(from, to, error))
+            return false;
+    } else if (result != 0) {
+        // The kernel does not say which side refused; the source's folder is the usual suspect.
+        const bool sourceSide = result != ENOENT && result != ENOTDIR && result != EEXIST && !parentAllowsChanges(from);
+        return fail(error, sourceSide ? from : to, result);
+    }
+
+    if (!S_ISDIR(info.st_mode)) {
+        const QString sidecar = sidecarOf(from);
+        if (lstatPath(sidecar, &existing) && !lstatPath(sidecarOf(to), &existing))
+            move(sidecar, sidecarOf(to));
+    }
+    return true;
+}
+
+bool FileOperations::moveAcrossFileSystems(const QString &from, const QString &to, FileError *error)
+{
+    // A source that could not be removed afterwards is not worth copying.
+    if (!checkRemovable(from, error))
+        return false;
+    // Copy beside the target under a hidden name; the target name appears only when the copy is
+    // whole. A partial copy left by an interrupted move is ours and goes first.
+    const QString partial = besideName(to, kPartialSuffix);
+    struct stat info;
+    if (lstatPath(partial, &info) && !removeTree(partial, error))
+        return false;
+    if (!copyTree(from, partial, error)) {
+        removeTree(partial);
+        return false;
+    }
+    if (const int result = renameNoReplace(partial, to); result != 0) {
+        removeTree(partial);
+        return fail(error, to, result);
+    }
+
+    // The item is now whole in both places. The source must go completely or not at all: check
+    // again that every part of it can be removed, else take the new copy back.
+    if (!checkRemovable(from, error)) {
+        removeTree(to);
+        return false;
+    }
+    // Rename first so the source vanishes from its folder in one step.
+    const QString removing = besideName(from, kRemovingSuffix);
+    if (lstatPath(removing, &info))
+        removeTree(removing);
+    if (const int result = renameNoReplace(from, removing); result != 0) {
+        removeTree(to);
+        return fail(error, from, result);
+    }
+    // Should this still fail, only hidden remains of the old copy are left; the item is whole at
+    // the target, so that one stays.
+    return removeTree(removing, error);
+}
+
+bool FileOperations::copy(const QString &from, const QString &to, FileError *error)
+{
+    struct stat info;
+    if (!lstatPath(from, &info))
+        return fail(error, from, errno);
+    struct stat existing;
+    if (lstatPath(to, &existing))
+        return fail(error, to, EEXIST);
+    if (S_ISDIR(info.st_mode) && isInside(to, from))
+        return fail(error, to, EINVAL);
+    if (!copyTree(from, to, error)) {
+        removeTree(to);
+        return false;
+    }
+    if (!S_ISDIR(info.st_mode)) {
+        const QString sidecar = sidecarOf(from);
+        if (lstatPath(sidecar, &existing) && !lstatPath(sidecarOf(to), &existing))
+            copy(sidecar, sidecarOf(to));
+    }
+    return true;
+}
+
+bool FileOperations::copyTree(const QString &from, const QString &to, FileError *error)
+{
+    struct stat info;
+    if (!lstatPath(from, &info))
+        return fail(error, from, errno);
+
+    if (S_ISLNK(info.st_mode)) {
+        std::vector<char> target(size_t(info.st_size > 0 ? info.st_size : PATH_MAX) + 1, '\0');
+        const ssize_t length = ::readlink(encoded(from).constData(), target.data(), target.size() - 1);
+        if (length < 0)
+            return fail(error, from, errno);
+        target[size_t(length)] = '\0';
+        if (::symlink(target.data(), encoded(to).constData()) != 0)
+            return fail(error, to, errno);
+        return true;
+    }
+
+    if (S_ISDIR(info.st_mode)) {
+        // Owner-writable while it fills; the real permissions follow once the contents are in.
+        if (::mkdir(encoded(to).constData(), 0700) != 0)
+            return fail(error, to, errno);
+        const QStringList names = directoryContents(from);
+        for (const QString &name : names) {
+            if (!copyTree(childOf(from, name), childOf(to, name), error))
+                return false;
+        }
+        const int source = ::open(encoded(from).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const int target = ::open(encoded(to).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (source >= 0 && target >= 0)
+            copyAttributes(source, target);
+        if (source >= 0)
+            ::close(source);
+        if (target >= 0)
+            ::close(target);
+        const timespec times[2] = {info.st_atim, info.st_mtim};
+        ::utimensat(AT_FDCWD, encoded(to).constData(), times, 0);
+        if (::chmod(encoded(to).constData(), info.st_mode & 07777) != 0)
+            return fail(error, to, errno);
+        return true;
+    }
+
+    if (S_ISREG(info.st_mode))
+        return copyFile(from, to, error);
+
+    // Devices, sockets and pipes have no place in a plug-in.
+    return fail(error, from, ENOTSUP);
+}
+
+bool FileOperations::copyFile(const QString &from, const QString &to, FileError *error)
+{
+    const int source = ::open(encoded(from).constData(), O_RDONLY | O_CLOEXEC);
+    if (source < 0)
+        return fail(error, from, errno);
+    struct stat info;
+    if (::fstat(source, &info) != 0) {
+        const int failure = errno;
+        ::close(source);
+        return fail(error, from, failure);
+    }
+    const int target = ::open(encoded(to).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (target < 0) {
+        const int failure = errno;
+        ::close(source);
+        return fail(error, to, failure);
+    }
+
+    int failure = 0;
+    QString failedPath = to;
+    std::vector<char> buffer(64 * 1024);
+    for (;;) {
+        const ssize_t got = ::read(source, buffer.data(), buffer.size());
+        if (got < 0) {
+            if (errno == EINTR)
+                continue;
+            failure = errno;
+            failedPath = from;
+            break;
+        }
+        if (got == 0)
+            break;
+        for (ssize_t written = 0; written < got;) {
+            const ssize_t put = ::write(target, buffer.data() + written, size_t(got - written));
+            if (put < 0) {
+                if (errno == EINTR)
+                    continue;
+                failure = errno;
+                break;
+            }
+            written += put;
+        }
+        if (failure)
+            break;
+    }
+    if (!failure) {
+        copyAttributes(source, target);
+        const timespec times[2] = {info.st_atim, info.st_mtim};
+        ::futimens(target, times);
+        if (::fchmod(target, info.st_mode & 07777) != 0 || ::fsync(target) != 0)
+            failure = errno;
+    }
+    ::close(source);
+    if (::close(target) != 0 && !failure)
+        failure = errno;
+    if (failure) {
+        ::unlink(encoded(to).constData());
+        return fail(error, failedPath, failure);
+    }
+    return true;
+}
+
+bool FileOperations::remove(const QString &path, FileError *error)
+{
+    struct stat info;
+    if (!lstatPath(path, &info))
+        return fail(error, path, errno);
+    if (!removeTree(path, error))
+        return false;
+    if (!S_ISDIR(info.st_mode)) {
+        const QString sidecar = sidecarOf(path);
+        struct stat existing;
+        if (lstatPath(sidecar, &existing) && !S_ISDIR(existing.st_mode))
+            ::unlink(encoded(sidecar).constData());
+    }
+    return true;
+}
+
+bool FileOperations::moveToTrash(const QString &path, FileError *error)
+{
+    struct stat info;
+    if (!lstatPath(path, &info))
+        return fail(error, path, errno);
+    QFile file(path);
+    if (!file.moveToTrash()) {
+        if (error)
+            *error = FileError{path, file.errorString()};
+        return false;
+    }
+    return true;
+}
+
+} // namespace korvane
