@@ -51,4 +51,8 @@ bool isMASPlugInPath(const QString &path);
 
 const FormatTraits &formatTraits(int type); // type 0..3
 
+// The Digidesign folder that holds the RTAS folders, as written ("~/Library/Application
+// Support/Digidesign" for the user's); the RTAS scan and both checkAndCreatePath create it.
+QString digidesignParent(bool system);
+
 } // namespace korvane

@@ -1,0 +1,28 @@
+#include "managers/MyMASObj.h"
+
+#include "platform/FileOperations.h"
+#include "platform/Locations.h"
+#include "platform/SharedInstances.h"
+
+namespace korvane {
+
+MyMASObj::MyMASObj() : TypeManager(formatTraits(TypeMAS)) {}
+
+MyMASObj *MyMASObj::getMASObj()
+{
+    return SharedInstance<MyMASObj>::get();
+}
+
+void MyMASObj::checkAndCreatePath(bool system)
+{
+    FileOperations &files = FileOperations::current();
+    // The RTAS parent comes first, as it always has for MAS; whatever exists is left alone.
+    for (const QString &path : {digidesignParent(system),
+                                Locations::folder(TypeMAS, system ? LocSystemActive : LocUserActive)}) {
+        const QString expanded = Locations::expand(path);
+        if (!files.exists(expanded))
+            files.createDirectory(expanded);
+    }
+}
+
+} // namespace korvane

@@ -1,0 +1,165 @@
+// Scanning: rebuilding a format's item list and log from its four folders.
+
+#include "managers/TypeManager.h"
+
+#include "app/AppServices.h"
+#include "panels/MyPrefObj.h"
+#include "platform/Locations.h"
+#include "platform/PropertyList.h"
+#include "platform/Texts.h"
+#include "ui/UserInterface.h"
+
+#include <QHash>
+
+namespace korvane {
+
+namespace {
+
+// The groups file indexed once per scan: for each name, the group that findGroup would answer
+// (the element after the name's first even-indexed occurrence). Looking every plug-in up in the
+// flat array would make a scan of many grouped plug-ins quadratic.
+class GroupIndex {
+public:
+    explicit GroupIndex(const QVariantList &groups)
+    {
+        m_groups.reserve(groups.size() / 2);
+        for (qsizetype i = 0; i < groups.size(); i += 2) {
+            const QString name = groups.at(i).toString();
+            if (!m_groups.contains(name))
+                m_groups.insert(name, i + 1 < groups.size() ? groups.at(i + 1).toString() : QString());
+        }
+    }
+    QString groupOf(const QString &name) const { return m_groups.value(name, QStringLiteral("")); }
+
+private:
+    QHash<QString, QString> m_groups;
+};
+
+// Progress for one scan: the folder line once per folder, the entry line and the bar only when
+// the bar's whole-number value moves, so a large folder does not flood the panel.
+class ScanProgress {
+public:
+    ScanProgress(UserInterface &ui, int offset) : m_ui(ui), m_offset(offset) {}
+
+    void folder(const QString &text)
+    {
+        m_folderText = text;
+        m_folderShown = false;
+    }
+
+    // The k-th (from 1) of n entries.
+    void entry(const QString &name, qsizetype k, qsizetype n)
+    {
+        if (!m_folderShown) {
+            m_ui.progressText(m_folderText);
+            m_folderShown = true;
+            m_lastValue = -1;
+        }
+        const qsizetype value = 25 * (k - m_offset) / n;
+        if (value == m_lastValue)
+            return;
+        m_lastValue = value;
+        m_ui.progressDetail(name);
+        m_ui.progressValue(double(value), 25.0);
+    }
+
+private:
+    UserInterface &m_ui;
+    int m_offset;
+    QString m_folderText;
+    bool m_folderShown = false;
+    qsizetype m_lastValue = -1;
+};
+
+void createIfMissing(FileOperations &files, const QString &path)
+{
+    if (!files.exists(path))
+        files.createDirectory(path); // a failure only means the folder gives no entries
+}
+
+} // namespace
+
+void TypeManager::reloadData()
+{
+    AppServices *main = AppServices::getMainObj();
+    main->getUndoManager()->removeAllActionsWithTarget(this);
+    main->setUndoTitle();
+    main->setRedoTitle();
+
+    plugins.clear();
+    log.clear();
+    fileName = QStringLiteral("Untitled");
+
+    const GroupIndex groups(
+        PropertyList::readArray(Locations::expand(Locations::dataFile(m_traits.groupsFile)))
+            .value_or(QVariantList{}));
+
+    FileOperations &files = FileOperations::current();
+    UserInterface &ui = UserInterface::current();
+    ui.progressBegin(tr(m_traits.panelTitle.toUtf8().constData()));
+    ScanProgress progress(ui, m_traits.progressOffset);
+    const QString folderPrefix = tr(m_traits.folderTextPrefix.toUtf8().constData());
+    const bool subpathsAllowed = m_traits.recognitionTakesFullPath; // Audio Units never recurse
+
+    for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc) {
+        const QString written = Locations::folder(m_traits.type, loc);
+        const QString folder = Locations::folderPath(m_traits.type, loc);
+
+        if (m_traits.createsDigidesignParents && (loc == LocSystemActive || loc == LocUserActive))
+            createIfMissing(files, Locations::expand(digidesignParent(loc == LocSystemActive)));
+        if (m_traits.createdFolders[loc])
+            createIfMissing(files, folder);
+
+        QStringList entries;
+        if (subpathsAllowed && MyPrefObj::getPref()->scanSubpaths(m_traits.type)) {
+            // The user's disabled folder has always been handed over with its direct listing,
+            // so plug-ins in its subfolders are not found; kept so existing setups scan the same.
+            const QStringList listing = loc == LocUserDisabled ? files.directoryContents(folder)
+                                                               : files.subpaths(folder);
+            entries = main->removeIrrelevantData(m_traits.type, loc, listing);
+        } else {
+            entries = files.directoryContents(folder);
+        }
+
+        progress.folder(folderPrefix + written);
+        const bool global = loc == LocSystemActive || loc == LocSystemDisabled;
+        const bool active = loc == LocSystemActive || loc == LocUserActive;
+        const qsizetype n = entries.size();
+        for (qsizetype k = 1; k <= n; ++k) {
+            const QString &entry = entries.at(k - 1);
+            progress.entry(entry, k, n);
+
+            const QString fullPath = folder + QLatin1Char('/') + entry;
+            if (!m_traits.recognise(m_traits.recognitionTakesFullPath ? fullPath : entry))
+                continue;
+
+            auto item = std::make_shared<AUItem>();
+            item->setAUName(entry);
+            item->setAULocation(folder);
+            item->setAUGlobal(global);
+            item->setAUActive(active);
+            item->setAUGroup(groups.groupOf(entry));
+
+            AULog record;
+            record.setLogName(entry);
+            record.setLogPath(folder);
+            record.setLogProcessed(true);
+
+            plugins.append(item);
+            const int id = int(plugins.size() - 1);
+            item->setItemID(id);
+            item->initAUIcon();
+            item->setPlattform(fullPath);
+
+            record.setLogID(id);
+            log.append(record);
+        }
+    }
+
+    ui.progressEnd();
+    setApplyEnabled(false);
+    sortPlugins();
+    reloadTable();
+}
+
+} // namespace korvane
