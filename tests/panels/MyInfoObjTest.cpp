@@ -41,6 +41,8 @@ TEST_F(MyInfoObjTest, BundleWithoutInfoPlistShowsTheItemName)
     EXPECT_EQ(info->version(), "???");
     EXPECT_EQ(info->info(), "");
     EXPECT_TRUE(info->isVisible());
+    EXPECT_TRUE(info->windowShouldClose());
+    EXPECT_FALSE(info->isVisible());
 }
 
 TEST_F(MyInfoObjTest, BinaryInfoPlistIsRead)
@@ -109,15 +111,6 @@ TEST_F(MyInfoObjTest, ContentTableFollowsTheItem)
     EXPECT_EQ(info->numberOfRowsInTableView(), 1);
     info->deleteContent(0);
     EXPECT_EQ(info->numberOfRowsInTableView(), 0);
-}
-
-TEST_F(MyInfoObjTest, ClosingClearsVisibility)
-{
-    MyInfoObj *info = MyInfoObj::getInfo();
-    info->showInfo(nullptr);
-    EXPECT_TRUE(info->isVisible());
-    EXPECT_TRUE(info->windowShouldClose());
-    EXPECT_FALSE(info->isVisible());
 }
 
 } // namespace
