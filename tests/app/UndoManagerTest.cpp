@@ -49,8 +49,12 @@ TEST_F(UndoManagerTest, UndoRecordsTheRedoAndRedoTheUndo)
 
     b.toggle(); // a new change clears what could be redone
     EXPECT_FALSE(undo.canRedo());
-    undo.registerUndo(nullptr, [] {});
+    // An inverse that names nothing still leaves the redo named after the step it undid.
+    undo.registerUndo(nullptr, [&undo] { undo.registerUndo(nullptr, [] {}); });
     EXPECT_EQ(undo.undoMenuItemTitle(), "Undo");
+    undo.setActionName("C");
+    undo.undo();
+    EXPECT_EQ(undo.redoMenuItemTitle(), "Redo C");
 }
 
 TEST_F(UndoManagerTest, RemovingATargetDropsItsStepsOnly)
