@@ -1,0 +1,45 @@
+#pragma once
+
+#include "cli/Options.h"
+#include "managers/TypeManager.h"
+
+#include <QJsonArray>
+#include <QList>
+
+class QTextStream;
+
+namespace korvane {
+
+// Exit statuses of the tool.
+enum ExitStatus { ExitDone = 0, ExitMoveFailed = 1, ExitUsage = 2 };
+
+// Carries out parsed options: everything is checked before the first change on disk.
+class CliRunner {
+public:
+    CliRunner(QTextStream &out, QTextStream &err);
+    int run(const Options &options);
+
+private:
+    int applySets(const Options &options);
+    int list(const Options &options);
+    int switchNamed(const Options &options, bool on);
+    int duplicates(const Options &options);
+    int saveSet(const Options &options);
+    int showSet(const Options &options);
+
+    // Leaves in place every pending plug-in whose target is where another installed copy lies.
+    void keepInstalledCopies(TypeManager *manager);
+    int usageError(const QString &message);
+    // Prints one line per plug-in moved and one error per failure; ExitMoveFailed on a failure.
+    int report(const QList<MoveOutcome> &outcomes);
+    void printJson(const QJsonArray &array);
+    static QList<int> formats(const Options &options); // --format, or all four in order
+
+    QTextStream &m_out;
+    QTextStream &m_err;
+};
+
+// Runs one command line's options against the roots they name and returns the exit status.
+int run(const Options &options, QTextStream &out, QTextStream &err);
+
+} // namespace korvane

@@ -1,0 +1,85 @@
+#include "cli/CliUi.h"
+
+#include "platform/Texts.h"
+
+#include <QTextStream>
+
+namespace korvane {
+
+namespace {
+// A scan reports every folder entry; redrawing each would cost more than the scan.
+constexpr qint64 kRedrawIntervalMs = 100;
+// A line longer than the terminal wraps, and "\r" then no longer rewrites it.
+constexpr int kMaxLine = 78;
+const QString kClearLine = QStringLiteral("\r\x1b[K");
+} // namespace
+
+CliUi::CliUi(QTextStream *progress) : m_progress(progress) {}
+
+int CliUi::runAlert(const Alert &alert)
+{
+    // Proceeding past a failed move could leave a plug-in half done; stopping never loses one.
+    int answer = alert.addedButtons ? AlertFirst : AlertDefault;
+    const int stop = alert.buttons.indexOf(tr("Stop"));
+    if (stop >= 0)
+        answer = alert.addedButtons ? AlertFirst + stop : (stop == 0 ? AlertDefault : AlertAlternate);
+
+    QString button;
+    if (alert.addedButtons)
+        button = alert.buttons.value(answer - AlertFirst);
+    else
+        button = alert.buttons.value(answer == AlertDefault ? 0 : 1);
+    QString text = alert.messageText;
+    if (!alert.informativeText.isEmpty())
+        text += QStringLiteral(": ") + alert.informativeText;
+    m_answered << text.simplified() + QStringLiteral(" -> ") + button;
+    return answer;
+}
+
+void CliUi::progressBegin(const QString &title)
+{
+    m_text = title;
+    m_value = m_maximum = 0;
+    draw(true);
+}
+
+void CliUi::progressText(const QString &upper)
+{
+    m_text = upper;
+    draw(false);
+}
+
+void CliUi::progressValue(double value, double maximum)
+{
+    m_value = value;
+    m_maximum = maximum;
+    draw(false);
+}
+
+void CliUi::progressEnd()
+{
+    if (m_progress && m_drawn) {
+        *m_progress << kClearLine;
+        m_progress->flush();
+    }
+    m_drawn = false;
+}
+
+void CliUi::draw(bool force)
+{
+    if (!m_progress)
+        return;
+    if (!force && m_drawn && m_sinceDrawn.elapsed() < kRedrawIntervalMs)
+        return;
+    QString line = m_text;
+    if (m_maximum > 0)
+        line += QStringLiteral(" %1%").arg(qRound(100.0 * m_value / m_maximum));
+    if (line.size() > kMaxLine)
+        line = QStringLiteral("...") + line.right(kMaxLine - 3);
+    *m_progress << kClearLine << line;
+    m_progress->flush();
+    m_sinceDrawn.start();
+    m_drawn = true;
+}
+
+} // namespace korvane

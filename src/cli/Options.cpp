@@ -1,0 +1,368 @@
+#include "cli/Options.h"
+
+#include <utility>
+
+namespace korvane {
+
+namespace {
+
+const QString kProgram = QStringLiteral("KorvaneCMD");
+
+struct CommandWord {
+    const char *word;
+    Options::Command command;
+};
+
+constexpr CommandWord kCommands[] = {
+    {"list", Options::List},           {"enable", Options::Enable},     {"disable", Options::Disable},
+    {"duplicates", Options::Duplicates}, {"save-set", Options::SaveSet}, {"show-set", Options::ShowSet},
+};
+
+std::optional<Options::Command> commandFromWord(const QString &word)
+{
+    for (const CommandWord &entry : kCommands)
+        if (word == QLatin1String(entry.word))
+            return entry.command;
+    return std::nullopt;
+}
+
+QString commandWord(Options::Command command)
+{
+    for (const CommandWord &entry : kCommands)
+        if (entry.command == command)
+            return QLatin1String(entry.word);
+    return {};
+}
+
+// "-AU", "-rtas", ...: the set options of the launch script, in any case.
+std::optional<int> setOptionType(const QString &arg)
+{
+    if (!arg.startsWith(QLatin1Char('-')) || arg.startsWith(QLatin1String("--")))
+        return std::nullopt;
+    return formatFromName(arg.mid(1));
+}
+
+bool takesValue(const QString &name)
+{
+    return name == QLatin1String("--root") || name == QLatin1String("--home")
+           || name == QLatin1String("--format") || setOptionType(name).has_value();
+}
+
+bool isKnownOption(const QString &arg)
+{
+    const QString name = arg.section(QLatin1Char('='), 0, 0);
+    static const QStringList flags{QStringLiteral("--json"), QStringLiteral("--verbose"), QStringLiteral("-v"),
+                                   QStringLiteral("--help"), QStringLiteral("-h"), QStringLiteral("--version"),
+                                   QStringLiteral("--")};
+    return flags.contains(arg) || takesValue(name);
+}
+
+class Parser {
+public:
+    explicit Parser(const QStringList &arguments) : m_args(arguments) {}
+
+    ParsedCommandLine parse()
+    {
+        for (m_index = 0; m_index < m_args.size(); ++m_index)
+            step(m_args.at(m_index));
+
+        if (m_help || m_version) {
+            Options result;
+            result.command = m_help ? Options::Help : Options::Version;
+            return {result, {}};
+        }
+        if (m_error.isEmpty())
+            check();
+        if (!m_error.isEmpty())
+            return {std::nullopt, m_error};
+        return {m_options, {}};
+    }
+
+private:
+    void fail(const QString &message)
+    {
+        if (m_error.isEmpty())
+            m_error = message;
+    }
+
+    void step(const QString &arg)
+    {
+        if (m_endOfOptions || !arg.startsWith(QLatin1Char('-')) || arg == QLatin1String("-")) {
+            positional(arg);
+            return;
+        }
+        if (arg == QLatin1String("--")) {
+            m_endOfOptions = true;
+        } else if (arg == QLatin1String("--help") || arg == QLatin1String("-h")) {
+            m_help = true;
+        } else if (arg == QLatin1String("--version")) {
+            m_version = true;
+        } else if (arg == QLatin1String("--json")) {
+            m_options.json = true;
+            m_jsonGiven = true;
+        } else if (arg == QLatin1String("--verbose") || arg == QLatin1String("-v")) {
+            m_options.verbose = true;
+        } else {
+            QString name = arg;
+            std::optional<QString> inlineValue;
+            if (arg.startsWith(QLatin1String("--")) && arg.contains(QLatin1Char('='))) {
+                name = arg.section(QLatin1Char('='), 0, 0);
+                inlineValue = arg.section(QLatin1Char('='), 1);
+            }
+            if (!takesValue(name)) {
+                fail(QStringLiteral("unknown option \"%1\"").arg(arg));
+                return;
+            }
+            const std::optional<QString> value = inlineValue ? inlineValue : nextValue();
+            if (!value || value->isEmpty()) {
+                fail(QStringLiteral("option %1 needs %2").arg(name, valueName(name)));
+                return;
+            }
+            assign(name, *value);
+        }
+    }
+
+    // The next argument, unless there is none or it is an option itself: "-AU --json" lacks its set.
+    std::optional<QString> nextValue()
+    {
+        if (m_index + 1 >= m_args.size() || isKnownOption(m_args.at(m_index + 1)))
+            return std::nullopt;
+        return m_args.at(++m_index);
+    }
+
+    static QString valueName(const QString &name)
+    {
+        if (name == QLatin1String("--format"))
+            return QStringLiteral("a format (au, rtas, mas or vst)");
+        if (setOptionType(name))
+            return QStringLiteral("a set document");
+        return QStringLiteral("a folder");
+    }
+
+    void assign(const QString &name, const QString &value)
+    {
+        auto once = [&](QString &field) {
+            if (!field.isEmpty())
+                fail(QStringLiteral("option %1 given twice").arg(name));
+            field = value;
+        };
+        if (name == QLatin1String("--root")) {
+            once(m_options.root);
+        } else if (name == QLatin1String("--home")) {
+            once(m_options.home);
+        } else if (name == QLatin1String("--format")) {
+            const std::optional<int> type = formatFromName(value);
+            if (!type)
+                fail(QStringLiteral("unknown format \"%1\" (use au, rtas, mas or vst)").arg(value));
+            else if (m_options.format >= 0)
+                fail(QStringLiteral("option --format given twice"));
+            else
+                m_options.format = *type;
+        } else if (const std::optional<int> type = setOptionType(name)) {
+            once(m_options.sets[*type]);
+        }
+    }
+
+    void positional(const QString &arg)
+    {
+        if (!m_commandGiven && !m_endOfOptions) {
+            const std::optional<Options::Command> command = commandFromWord(arg);
+            if (!command) {
+                fail(QStringLiteral("unknown command \"%1\"").arg(arg));
+                return;
+            }
+            m_options.command = *command;
+            m_commandGiven = true;
+            return;
+        }
+        m_positional << arg;
+    }
+
+    void check()
+    {
+        const Options::Command command = m_options.command;
+        const QString word = commandWord(command);
+        bool anySet = false;
+        for (int type = 0; type < TypeCount; ++type) {
+            if (m_options.sets[type].isEmpty())
+                continue;
+            anySet = true;
+            if (command != Options::Apply)
+                fail(QStringLiteral("-%1 cannot be combined with %2").arg(formatName(type), word));
+        }
+
+        const bool formatAllowed = command != Options::Apply && command != Options::ShowSet;
+        const bool formatRequired =
+            command == Options::Enable || command == Options::Disable || command == Options::SaveSet;
+        const bool jsonAllowed =
+            command == Options::List || command == Options::Duplicates || command == Options::ShowSet;
+
+        if (command == Options::Apply && !anySet)
+            fail(QStringLiteral("nothing to do: give a set (-AU, -RTAS, -MAS, -VST) or a command"));
+        if (m_options.format >= 0 && !formatAllowed)
+            fail(command == Options::Apply ? QStringLiteral("--format needs a command")
+                                           : QStringLiteral("%1 takes no --format").arg(word));
+        if (formatRequired && m_options.format < 0)
+            fail(QStringLiteral("%1 needs --format").arg(word));
+        if (m_jsonGiven && !jsonAllowed)
+            fail(command == Options::Apply ? QStringLiteral("--json needs a command")
+                                           : QStringLiteral("%1 takes no --json").arg(word));
+
+        switch (command) {
+        case Options::Enable:
+        case Options::Disable:
+            if (m_positional.isEmpty())
+                fail(QStringLiteral("%1 needs the name of at least one plug-in").arg(word));
+            m_options.names = m_positional;
+            break;
+        case Options::SaveSet:
+        case Options::ShowSet:
+            if (m_positional.isEmpty())
+                fail(QStringLiteral("%1 needs a file").arg(word));
+            else if (m_positional.size() > 1)
+                fail(QStringLiteral("unexpected argument \"%1\"").arg(m_positional.at(1)));
+            else
+                m_options.file = m_positional.first();
+            break;
+        default:
+            if (!m_positional.isEmpty())
+                fail(QStringLiteral("unexpected argument \"%1\"").arg(m_positional.first()));
+            break;
+        }
+    }
+
+    const QStringList &m_args;
+    qsizetype m_index = 0;
+    Options m_options;
+    QStringList m_positional;
+    QString m_error;
+    bool m_commandGiven = false;
+    bool m_endOfOptions = false;
+    bool m_jsonGiven = false;
+    bool m_help = false;
+    bool m_version = false;
+};
+
+} // namespace
+
+ParsedCommandLine parseCommandLine(const QStringList &arguments)
+{
+    return Parser(arguments).parse();
+}
+
+QStringList toCommandLine(const Options &options)
+{
+    if (options.command == Options::Help)
+        return {QStringLiteral("--help")};
+    if (options.command == Options::Version)
+        return {QStringLiteral("--version")};
+
+    QStringList args;
+    if (!options.root.isEmpty())
+        args << QStringLiteral("--root") << options.root;
+    if (!options.home.isEmpty())
+        args << QStringLiteral("--home") << options.home;
+    if (options.verbose)
+        args << QStringLiteral("--verbose");
+    for (int type = 0; type < TypeCount; ++type)
+        if (!options.sets[type].isEmpty())
+            args << QLatin1Char('-') + formatName(type) << options.sets[type];
+    if (options.command == Options::Apply)
+        return args;
+
+    args << commandWord(options.command);
+    if (options.format >= 0)
+        args << QStringLiteral("--format") << formatName(options.format).toLower();
+    if (options.json)
+        args << QStringLiteral("--json");
+    QStringList positional = options.names;
+    if (!options.file.isEmpty())
+        positional << options.file;
+    for (const QString &arg : std::as_const(positional)) {
+        if (arg.startsWith(QLatin1Char('-'))) {
+            args << QStringLiteral("--");
+            break;
+        }
+    }
+    return args + positional;
+}
+
+QString formatName(int type)
+{
+    switch (type) {
+    case TypeAU: return QStringLiteral("AU");
+    case TypeRTAS: return QStringLiteral("RTAS");
+    case TypeMAS: return QStringLiteral("MAS");
+    case TypeVST: return QStringLiteral("VST");
+    default: return {};
+    }
+}
+
+std::optional<int> formatFromName(const QString &name)
+{
+    for (int type = 0; type < TypeCount; ++type)
+        if (name.compare(formatName(type), Qt::CaseInsensitive) == 0)
+            return type;
+    return std::nullopt;
+}
+
+QString versionText()
+{
+    return kProgram + QLatin1Char(' ') + QStringLiteral(KORVANE_VERSION);
+}
+
+QString helpText()
+{
+    return QStringLiteral(
+        "Usage: KorvaneCMD [--root DIR] [--home DIR] [-AU SET] [-RTAS SET] [-MAS SET] [-VST SET]\n"
+        "       KorvaneCMD [--root DIR] [--home DIR] COMMAND [--format F] [--json] [ARGUMENT...]\n"
+        "\n"
+        "Switches audio plug-ins on and off the way Korvane does: a plug-in is off while it lies in\n"
+        "the \" (Disabled)\" folder beside its format's folder.\n"
+        "\n"
+        "Applying set documents:\n"
+        "  -AU SET      apply an Audio Units set document (.aukorv)\n"
+        "  -RTAS SET    apply an RTAS set document (.rtaskorv)\n"
+        "  -MAS SET     apply a MAS set document (.maskorv)\n"
+        "  -VST SET     apply a VST set document (.vstkorv)\n"
+        "  For each format given, in the order AU, RTAS, MAS, VST: the format's folders are scanned,\n"
+        "  the set is merged in and every plug-in whose state differs is moved, companion content\n"
+        "  along when the format's move-content preference is on. Each move prints one line,\n"
+        "  \"disabled NAME\" or \"enabled NAME\"; set entries naming no installed plug-in are\n"
+        "  warnings on standard error.\n"
+        "\n"
+        "Commands:\n"
+        "  list [--format F] [--json]    every plug-in, all formats unless --format: format, on/off,\n"
+        "                                system/user, group, architecture, path\n"
+        "  enable --format F NAME...     switch on every plug-in of each name and apply\n"
+        "  disable --format F NAME...    switch off every plug-in of each name and apply\n"
+        "                                NAME as list shows it (Foo.component); the extension may be\n"
+        "                                left off. An unknown NAME changes nothing.\n"
+        "  duplicates [--format F] [--json]\n"
+        "                                names installed more than once, with their count\n"
+        "  save-set --format F FILE      write the format's current state as a set document\n"
+        "  show-set FILE [--json]        print the items of a set document\n"
+        "\n"
+        "Options (before or after the command):\n"
+        "  --format F      au, rtas, mas or vst, in any case\n"
+        "  --json          a JSON array instead of text columns\n"
+        "  --root DIR      the system root, the folder holding Library (default: $KORVANE_ROOT, or /)\n"
+        "  --home DIR      the home folder (default: $HOME)\n"
+        "  -v, --verbose   also print diagnostics and the questions answered on the way\n"
+        "  -h, --help      this text\n"
+        "  --version       the version\n"
+        "  --              everything after it is an argument, not an option\n"
+        "\n"
+        "Exit status: 0 done; 1 a plug-in could not be moved or a file not written (each on\n"
+        "standard error with path and reason); 2 a wrong command line or an unreadable set\n"
+        "document, with nothing changed.\n"
+        "\n"
+        "Examples:\n"
+        "  KorvaneCMD -AU ~/Documents/Live.aukorv -VST ~/Documents/Live.vstkorv\n"
+        "  KorvaneCMD list --format au\n"
+        "  KorvaneCMD duplicates --json\n"
+        "  KorvaneCMD disable --format vst \"Iris Pad.vst\"\n"
+        "  KorvaneCMD --root /tmp/demo/root --home /tmp/demo/home save-set --format au Live.aukorv\n");
+}
+
+} // namespace korvane

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/Locations.h"
+
+#include <QString>
+#include <QStringList>
+#include <array>
+#include <optional>
+
+namespace korvane {
+
+// What KorvaneCMD was asked to do: the command line as data, parsed before anything is touched.
+struct Options {
+    enum Command { Apply, List, Enable, Disable, Duplicates, SaveSet, ShowSet, Help, Version };
+
+    Command command = Apply;
+    QString root;                        // --root; empty: KORVANE_ROOT as it stands
+    QString home;                        // --home; empty: HOME as it stands
+    std::array<QString, TypeCount> sets; // -AU, -RTAS, -MAS, -VST by type index; empty: none
+    int format = -1;                     // --format as a type index; -1: every format
+    bool json = false;
+    bool verbose = false;
+    QStringList names; // enable, disable
+    QString file;      // save-set, show-set
+
+    bool operator==(const Options &) const = default;
+};
+
+struct ParsedCommandLine {
+    std::optional<Options> options; // empty when the command line is wrong
+    QString error;                  // why, naming the offending argument
+};
+
+// The arguments after the program name. Pure: no file or environment is looked at.
+ParsedCommandLine parseCommandLine(const QStringList &arguments);
+// The inverse: arguments that parse back to the same options.
+QStringList toCommandLine(const Options &options);
+
+QString helpText();
+QString versionText();
+
+// "AU", "RTAS", "MAS", "VST"; empty for anything else.
+QString formatName(int type);
+// A format name in any case; nullopt when it names none.
+std::optional<int> formatFromName(const QString &name);
+
+} // namespace korvane
