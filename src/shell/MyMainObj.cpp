@@ -1,0 +1,402 @@
+#include "shell/MyMainObj.h"
+
+#include "managers/TypeManager.h"
+#include "panels/MyPrefObj.h"
+#include "platform/FileOperations.h"
+#include "platform/Locations.h"
+#include "platform/SharedInstances.h"
+#include "platform/Texts.h"
+#include "shell/UpdateCheck.h"
+#include "ui/UserInterface.h"
+
+namespace korvane {
+
+MyMainObj::MyMainObj()
+{
+    // The tab view as the main window's interface file lays it out: every format, AU in front.
+    for (int type = 0; type < TypeCount; ++type)
+        m_tabs.append({tabIdentifier(type), tabLabel(type)});
+    // A second controller does not take over from the first; only its owner may install it.
+    if (!SharedInstance<MyMainObj>::peek())
+        install(this);
+}
+
+MyMainObj::~MyMainObj()
+{
+    if (SharedInstance<MyMainObj>::peek() == this)
+        SharedInstance<MyMainObj>::install(nullptr);
+}
+
+MyMainObj *MyMainObj::getMainObj()
+{
+    return SharedInstance<MyMainObj>::get();
+}
+
+void MyMainObj::install(MyMainObj *main)
+{
+    SharedInstance<MyMainObj>::install(main);
+    AppServices::install(main);
+}
+
+void MyMainObj::connectPreferences(MyPrefObj *pref)
+{
+    connect(pref, &MyPrefObj::showPlattformRequested, this, &MyMainObj::showPlattform,
+            Qt::UniqueConnection);
+}
+
+// --- Lifecycle ------------------------------------------------------------------------------------
+
+void MyMainObj::awakeFromNib()
+{
+    initTabView();
+    createGroupSubmenu();
+}
+
+void MyMainObj::applicationDidFinishLaunching()
+{
+    MyPrefObj *pref = MyPrefObj::getPref();
+    for (int type = 0; type < TypeCount; ++type) {
+        if (!pref->isTypeActive(type))
+            continue;
+        TypeManager *manager = TypeManager::forType(type);
+        if (!manager)
+            continue;
+        manager->reloadData();
+        const QString set = pref->getDefaultSet(type).value_or(QString());
+        if (!set.isEmpty() && FileOperations::current().exists(set))
+            manager->openDefaultSet(set);
+        else
+            pref->setDefaultSet(type, QStringLiteral("no set"));
+    }
+}
+
+void MyMainObj::applicationWillTerminate()
+{
+    saveGroupRegistry();
+    // Every format saves, switched on or not: a format's files outlive its tab.
+    for (int type = 0; type < TypeCount; ++type)
+        if (TypeManager *manager = TypeManager::forType(type))
+            manager->saveGroups();
+    for (int type = 0; type < TypeCount; ++type)
+        if (TypeManager *manager = TypeManager::forType(type))
+            manager->saveSets();
+    MyPrefObj::getPref()->setDefaultType(getActiveType());
+}
+
+// --- Tabs -----------------------------------------------------------------------------------------
+
+QString MyMainObj::tabIdentifier(int type)
+{
+    switch (type) {
+    case TypeAU:
+        return QStringLiteral("tabAU");
+    case TypeRTAS:
+        return QStringLiteral("tabRTAS");
+    case TypeMAS:
+        return QStringLiteral("tabMAS");
+    case TypeVST:
+        return QStringLiteral("tabVST");
+    default:
+        return QString();
+    }
+}
+
+QString MyMainObj::tabLabel(int type)
+{
+    switch (type) {
+    case TypeAU:
+        return QStringLiteral("AudioUnits");
+    case TypeRTAS:
+        return QStringLiteral("RTAS");
+    case TypeMAS:
+        return QStringLiteral("MAS");
+    case TypeVST:
+        return QStringLiteral("VST");
+    default:
+        return QString();
+    }
+}
+
+int MyMainObj::typeOfIdentifier(const QString &identifier)
+{
+    for (int type = 0; type < TypeCount; ++type)
+        if (identifier == tabIdentifier(type))
+            return type;
+    return -1;
+}
+
+void MyMainObj::initTabView()
+{
+    MyPrefObj *pref = MyPrefObj::getPref();
+    for (int type = 0; type < TypeCount; ++type) {
+        if (pref->isTypeActive(type))
+            continue;
+        const int index = indexOfIdentifier(tabIdentifier(type));
+        if (index < 0)
+            continue;
+        keepView(type);
+        removeTabAt(index);
+    }
+    setActiveType(pref->getDefaultType());
+}
+
+void MyMainObj::setTabView(int state)
+{
+    MyPrefObj *pref = MyPrefObj::getPref();
+    const int position = pref->getSelectedTab();
+    const int type = (position >= 1 && position <= 4) ? position - 1 : -1;
+
+    if (state == 0) {
+        for (int t = 0; t < TypeCount; ++t)
+            if (indexOfIdentifier(tabIdentifier(t)) >= 0)
+                keepView(t);
+        const int index = type >= 0 ? indexOfIdentifier(tabIdentifier(type)) : 0;
+        if (index >= 0 && index < tabCount())
+            removeTabAt(index);
+    } else if (state == 1 && type >= 0 && indexOfIdentifier(tabIdentifier(type)) < 0) {
+        // The nearest switched-on predecessor's type index plus one, not the number of tabs
+        // before it: with AU off and RTAS on, MAS asks for index 2 while one tab stands before it.
+        int index = 0;
+        for (int before = type - 1; before >= 0; --before) {
+            if (pref->isTypeActive(before)) {
+                index = before + 1;
+                break;
+            }
+        }
+        insertTab(index, type);
+    }
+    pref->updatePrefs();
+}
+
+int MyMainObj::getActiveType() const
+{
+    if (m_selected < 0 || m_selected >= tabCount())
+        return 0;
+    const int type = typeOfIdentifier(m_tabs.at(m_selected).identifier);
+    return type < 0 ? 0 : type;
+}
+
+void MyMainObj::setActiveType(int type)
+{
+    const int index = isValidType(type) ? indexOfIdentifier(tabIdentifier(type)) : -1;
+    if (index >= 0)
+        selectIndex(index);
+    else if (m_selected < 0 && !m_tabs.isEmpty())
+        selectIndex(0); // some tab must be in front
+}
+
+QStringList MyMainObj::tabIdentifiers() const
+{
+    QStringList identifiers;
+    for (const TabItem &tab : m_tabs)
+        identifiers << tab.identifier;
+    return identifiers;
+}
+
+QString MyMainObj::labelAt(int index) const
+{
+    return index >= 0 && index < tabCount() ? m_tabs.at(index).label : QString();
+}
+
+void MyMainObj::selectTabAtIndex(int index)
+{
+    if (index >= 0 && index < tabCount())
+        selectIndex(index);
+}
+
+bool MyMainObj::hasKeptView(int type) const
+{
+    return isValidType(type) && m_keptView[type];
+}
+
+int MyMainObj::indexOfIdentifier(const QString &identifier) const
+{
+    for (int i = 0; i < tabCount(); ++i)
+        if (m_tabs.at(i).identifier == identifier)
+            return i;
+    return -1;
+}
+
+void MyMainObj::removeTabAt(int index)
+{
+    m_tabs.removeAt(index);
+    int selected = m_selected;
+    if (m_tabs.isEmpty())
+        selected = -1;
+    else if (index < m_selected)
+        selected = m_selected - 1;
+    else if (index == m_selected)
+        selected = qMin(index, tabCount() - 1); // the neighbour takes the front
+    emit tabsChanged();
+    if (selected != m_selected || index == m_selected) {
+        m_selected = selected;
+        emit selectedTabChanged(m_selected);
+    }
+}
+
+void MyMainObj::insertTab(int index, int type)
+{
+    index = qBound(0, index, tabCount()); // the insertion rule can point past the last tab
+    m_tabs.insert(index, {tabIdentifier(type), tabLabel(type)});
+    const bool wasEmpty = m_selected < 0;
+    if (wasEmpty)
+        m_selected = index;
+    else if (index <= m_selected)
+        ++m_selected;
+    emit tabsChanged();
+    if (wasEmpty)
+        emit selectedTabChanged(m_selected);
+}
+
+void MyMainObj::keepView(int type)
+{
+    m_keptView[type] = true;
+}
+
+void MyMainObj::selectIndex(int index)
+{
+    if (index == m_selected)
+        return;
+    m_selected = index;
+    emit selectedTabChanged(index);
+}
+
+// --- Routing --------------------------------------------------------------------------------------
+
+TypeManager *MyMainObj::managerByIdentifier() const
+{
+    int type = -1;
+    if (m_selected >= 0 && m_selected < tabCount())
+        type = typeOfIdentifier(m_tabs.at(m_selected).identifier);
+    return TypeManager::forType(type < 0 ? TypeAU : type);
+}
+
+TypeManager *MyMainObj::activeManager() const
+{
+    return TypeManager::forType(getActiveType());
+}
+
+void MyMainObj::newButton()
+{
+    if (TypeManager *manager = managerByIdentifier())
+        manager->newButtonPressed();
+}
+
+void MyMainObj::open()
+{
+    if (TypeManager *manager = managerByIdentifier())
+        manager->open();
+}
+
+void MyMainObj::save()
+{
+    if (TypeManager *manager = managerByIdentifier())
+        manager->save();
+}
+
+void MyMainObj::saveAs()
+{
+    if (TypeManager *manager = managerByIdentifier())
+        manager->saveAs();
+}
+
+void MyMainObj::deleteItem()
+{
+    Alert alert;
+    alert.style = Alert::Informational;
+    alert.messageText = korvane::tr("Move to trash");
+    alert.informativeText = korvane::tr("Do you want to move the selected Plug-Ins to trash?");
+    // The safe answer is the default one.
+    alert.buttons = {QStringLiteral("cancel"), QStringLiteral("move to trash")};
+    if (UserInterface::current().runAlert(alert) != AlertAlternate)
+        return;
+    if (TypeManager *manager = activeManager())
+        manager->deleteItem();
+}
+
+void MyMainObj::setAllActive()
+{
+    if (TypeManager *manager = activeManager())
+        manager->setAllActive();
+}
+
+void MyMainObj::setAllInactive()
+{
+    if (TypeManager *manager = activeManager())
+        manager->setAllInactive();
+}
+
+void MyMainObj::setGroupActive()
+{
+    if (TypeManager *manager = activeManager())
+        manager->setGroupActive();
+}
+
+void MyMainObj::setGroupInactive()
+{
+    if (TypeManager *manager = activeManager())
+        manager->setGroupInactive();
+}
+
+void MyMainObj::setSelectedActive()
+{
+    if (TypeManager *manager = activeManager())
+        manager->setSelectedActive();
+}
+
+void MyMainObj::setSelectedInactive()
+{
+    if (TypeManager *manager = activeManager())
+        manager->setSelectedInactive();
+}
+
+void MyMainObj::setGroup(const QString &title)
+{
+    if (TypeManager *manager = activeManager())
+        manager->setGroup(title);
+}
+
+void MyMainObj::setPlattformActive(int plattform, bool active)
+{
+    if (TypeManager *manager = activeManager())
+        manager->setPlattformActive(plattform, active);
+}
+
+void MyMainObj::showPlattform(int type, bool show)
+{
+    if (TypeManager *manager = TypeManager::forType(type))
+        manager->setPlattformVisible(show);
+}
+
+void MyMainObj::functionNotImplemented(const QString &title)
+{
+    Alert alert;
+    alert.messageText = title;
+    alert.informativeText = korvane::tr("This function will be implemented in a future version");
+    alert.buttons = {QStringLiteral("Ok")};
+    UserInterface::current().runAlert(alert);
+}
+
+bool MyMainObj::validateMenuItem(MenuItem item) const
+{
+    if (item == MenuItem::ShowLog)
+        return !isLogVisible();
+    return true;
+}
+
+void MyMainObj::windowWillClose(Window window)
+{
+    if (window != Window::Log)
+        return;
+    if (m_logVisible)
+        hideLog();
+    else
+        m_showLogEnabled = true;
+}
+
+void MyMainObj::checkForUpdate()
+{
+    UpdateCheck().run();
+}
+
+} // namespace korvane

@@ -1,0 +1,118 @@
+#pragma once
+
+#include "app/AppServices.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <array>
+
+namespace korvane {
+
+class MyPrefObj;
+class TypeManager;
+
+// The application controller: start-up and shut-down, the tab of each format in the main window,
+// and the routing of every plug-in command to the manager whose tab is in front. The registries,
+// log and undo it inherits from AppServices; the installed MyMainObj is also the installed
+// AppServices, so lower layers reach the same object.
+//
+// The tab view is kept as a model: the ordered identifiers of the tabs present, their labels and
+// the selected index. The GUI shows one page per format and keeps every page alive itself; the
+// kept-view flags say which formats' pages have been set aside by a removal.
+class MyMainObj : public AppServices {
+    Q_OBJECT
+public:
+    // Menu items whose state validateMenuItem decides.
+    enum class MenuItem { ShowLog, HideLog, Undo, Redo, Delete, Other };
+    enum class Window { Log, Other };
+
+    MyMainObj(); // the registries (AppServices), then installs itself unless a controller exists
+    ~MyMainObj() override;
+
+    static MyMainObj *getMainObj(); // the installed controller, created on first use
+    // Installs into both slots, so getMainObj() here and below the shell answer the same object.
+    static void install(MyMainObj *main);
+
+    // Routes the preferences window's architecture-column requests to showPlattform.
+    void connectPreferences(MyPrefObj *pref);
+
+    // --- Lifecycle -----------------------------------------------------------------------------
+    void awakeFromNib(); // initTabView, then the group submenu
+    void applicationDidFinishLaunching();
+    void applicationWillTerminate();
+
+    // --- Tabs ----------------------------------------------------------------------------------
+    static QString tabIdentifier(int type); // "tabAU" ...; empty for others
+    static QString tabLabel(int type);      // "AudioUnits" ...; empty for others
+    static int typeOfIdentifier(const QString &identifier); // -1 for none
+
+    void initTabView();
+    void setTabView(int state); // the On check box of the preferences tab in front
+    int getActiveType() const override;
+    void setActiveType(int type) override;
+
+    QStringList tabIdentifiers() const;
+    QString labelAt(int index) const;
+    int tabCount() const { return int(m_tabs.size()); }
+    int selectedTabIndex() const { return m_selected; }
+    void selectTabAtIndex(int index); // the user clicked a tab
+    bool hasKeptView(int type) const;
+
+    // --- Commands routed by the selected tab's identifier ----------------------------------------
+    void newButton();
+    void open();
+    void save();
+    void saveAs();
+
+    // --- Commands routed by getActiveType ------------------------------------------------------
+    void deleteItem(); // asks first; only "move to trash" continues
+    void setAllActive();
+    void setAllInactive();
+    void setGroupActive();
+    void setGroupInactive();
+    void setSelectedActive();
+    void setSelectedInactive();
+    void setGroup(const QString &title);
+    void setPlattformActive(int plattform, bool active);
+    void setPPCActive() { setPlattformActive(1, true); }
+    void setPPCInactive() { setPlattformActive(1, false); }
+    void setIntelActive() { setPlattformActive(2, true); }
+    void setIntelInactive() { setPlattformActive(2, false); }
+    void setUBActive() { setPlattformActive(3, true); }
+    void setUBInactive() { setPlattformActive(3, false); }
+
+    // Routed by the type given, not by the tab in front.
+    void showPlattform(int type, bool show);
+
+    void functionNotImplemented(const QString &title);
+    bool validateMenuItem(MenuItem item) const;
+    void windowWillClose(Window window);
+
+    void checkForUpdate();
+
+signals:
+    void tabsChanged();
+    void selectedTabChanged(int index);
+
+private:
+    struct TabItem {
+        QString identifier;
+        QString label;
+    };
+
+    int indexOfIdentifier(const QString &identifier) const;
+    void removeTabAt(int index);
+    void insertTab(int index, int type);
+    void keepView(int type);
+    void selectIndex(int index);
+    TypeManager *managerByIdentifier() const;
+    TypeManager *activeManager() const;
+
+    QList<TabItem> m_tabs;
+    int m_selected = 0;
+    // tabAUView, tabRTASView, tabMASView, tabVSTView: set aside once, kept for the process.
+    std::array<bool, 4> m_keptView{};
+};
+
+} // namespace korvane

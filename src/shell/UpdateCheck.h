@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+#include <QVariantMap>
+#include <optional>
+
+namespace korvane {
+
+// Asks the maker's web site for the current release and offers the download page when it differs
+// from the installed version. The fetch blocks, as the command always has, but gives up after a
+// time-out so that a server that accepts and never answers cannot hang the program.
+class UpdateCheck {
+public:
+    static constexpr int DefaultTimeoutMs = 15000;
+    static constexpr const char *VersionKey = "KorvaneOSX";
+
+    // Addresses from $KORVANE_UPDATE_URL and $KORVANE_DOWNLOAD_URL, else the built-in ones; the
+    // installed version is this program's own.
+    UpdateCheck();
+
+    static QString programVersion();
+
+    QUrl versionListUrl() const { return m_versionListUrl; }
+    QUrl downloadUrl() const { return m_downloadUrl; }
+    QString installedVersion() const { return m_installedVersion; }
+    int timeoutMs() const { return m_timeoutMs; }
+    void setVersionListUrl(const QUrl &url) { m_versionListUrl = url; }
+    void setDownloadUrl(const QUrl &url) { m_downloadUrl = url; }
+    void setInstalledVersion(const QString &version) { m_installedVersion = version; }
+    void setTimeoutMs(int ms) { m_timeoutMs = ms; }
+
+    // The version list as a dictionary; nullopt for every network, HTTP or parse failure.
+    std::optional<QVariantMap> fetchVersionList() const;
+
+    // The whole command: fetch, compare, tell the user, open the download page when asked.
+    void run();
+
+private:
+    QUrl m_versionListUrl;
+    QUrl m_downloadUrl;
+    QString m_installedVersion;
+    int m_timeoutMs = DefaultTimeoutMs;
+};
+
+} // namespace korvane

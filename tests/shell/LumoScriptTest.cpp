@@ -1,0 +1,143 @@
+#include "ShellFixture.h"
+
+#include "managers/MyAdminObj.h"
+#include "managers/MyVSTObj.h"
+#include "platform/PropertyList.h"
+#include "shell/LumoScript.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+namespace korvane {
+
+namespace {
+
+const QString kBundle = QStringLiteral("/Applications/Korvane.app");
+
+QString scriptWithOptions(const QString &options, const QString &bundle = kBundle)
+{
+    return QStringLiteral("-- KorvaneCMD launch script\n"
+                          "\n"
+                          "tell application \"Finder\"\n"
+                          " do shell script \"'%1/Contents/MacOS/KorvaneCMD/KorvaneCMD'%2\"\n"
+                          "  tell application \"Logic Pro\"\n"
+                          "    activate\n"
+                          "  end tell\n"
+                          "end tell\n")
+        .arg(bundle, options);
+}
+
+} // namespace
+
+class LumoScriptTest : public ShellTest {
+protected:
+    void SetUp() override
+    {
+        ShellTest::SetUp();
+        qputenv("KORVANE_BUNDLE", kBundle.toUtf8());
+        makeContext();
+        script = context->script();
+    }
+    void TearDown() override
+    {
+        qunsetenv("KORVANE_BUNDLE");
+        ShellTest::TearDown();
+    }
+
+    // The set pop-ups of AU and VST holding and showing "Mix" and "Live".
+    void selectMixAndLive()
+    {
+        const QString support = homePath("Library/Application Support/Korvane/");
+        QDir().mkpath(support);
+        ASSERT_TRUE(PropertyList::writeXml(support + "ausets.plist", QVariantList{"no set", "Mix"}));
+        ASSERT_TRUE(PropertyList::writeXml(support + "vstsets.plist", QVariantList{"no set", "Live"}));
+        context->awakeFromNib();
+        context->au()->selectSetIndex(1);
+        context->vst()->selectSetIndex(1);
+    }
+
+    void selectAll()
+    {
+        for (int segment = 0; segment < 4; ++segment)
+            script->setSegmentSelected(segment, true);
+    }
+
+    LumoScript *script = nullptr;
+};
+
+TEST_F(LumoScriptTest, ChosenSetsBecomeOptionsInFormatOrder)
+{
+    selectMixAndLive();
+    script->setSegmentSelected(TypeVST, true); // clicked before AU: the order stays AU, VST
+    script->setSegmentSelected(TypeAU, true);
+    script->changeArgument();
+    EXPECT_EQ(script->script(), scriptWithOptions(" -AU 'Mix' -VST 'Live'"));
+    EXPECT_EQ(script->script().count('\n'), 8);
+    EXPECT_TRUE(ui.alerts.isEmpty());
+    EXPECT_TRUE(script->isSegmentSelected(TypeAU));
+    EXPECT_TRUE(script->isSegmentSelected(TypeVST));
+}
+
+TEST_F(LumoScriptTest, SegmentsWithoutASetAreToldInOrderAndDeselected)
+{
+    context->awakeFromNib();
+    selectAll();
+    script->changeArgument();
+    EXPECT_EQ(ui.alertMessages(), QStringList({"There is no set selected for AudioUnits",
+                                               "There is no set selected for RTAS",
+                                               "There is no set selected for MAS",
+                                               "There is no set selected for VST"}));
+    for (const Alert &alert : ui.alerts) {
+        EXPECT_EQ(alert.title, "Scrip Generation");
+        EXPECT_EQ(alert.buttons, QStringList{"Ok"});
+    }
+    for (int segment = 0; segment < 4; ++segment)
+        EXPECT_FALSE(script->isSegmentSelected(segment));
+    EXPECT_EQ(script->script(), scriptWithOptions("")); // the tool path alone
+
+    // Opening the window deselects as silently.
+    ui.alerts.clear();
+    selectAll();
+    script->openScriptWindow();
+    EXPECT_TRUE(ui.alerts.isEmpty());
+    EXPECT_TRUE(script->isWindowVisible());
+    EXPECT_FALSE(script->isSegmentSelected(TypeAU));
+    EXPECT_EQ(script->script(), scriptWithOptions(""));
+}
+
+TEST_F(LumoScriptTest, WithoutABundleVariableTheApplicationFolderIsTheBundle)
+{
+    qunsetenv("KORVANE_BUNDLE");
+    script->openScriptWindow();
+    EXPECT_EQ(script->script(), scriptWithOptions("", QCoreApplication::applicationDirPath()));
+}
+
+TEST_F(LumoScriptTest, SavingWritesTheShownTextAndFailsSilently)
+{
+    const QString documents = homePath("Documents");
+    QDir().mkpath(documents);
+    script->openScriptWindow();
+    script->setScript(script->script() + "-- edited\n");
+
+    ui.savePanelAnswers << documents + "/launch.applescript";
+    script->saveScript();
+    ASSERT_EQ(ui.savePanels.size(), 1);
+    EXPECT_EQ(ui.savePanels.first().directory, documents);
+    EXPECT_EQ(ui.savePanels.first().fileName, "untitled.applescript");
+    EXPECT_EQ(readText(documents + "/launch.applescript"), script->script());
+
+    script->saveScript(); // cancelled
+    EXPECT_EQ(QDir(documents).entryList(QDir::Files), QStringList{"launch.applescript"});
+
+    const QString locked = homePath("Locked");
+    QDir().mkpath(locked);
+    ImmutableGuard guard(locked);
+    if (!guard.ok())
+        GTEST_SKIP() << "chattr +i is not available here";
+    ui.savePanelAnswers << locked + "/launch.applescript";
+    script->saveScript();
+    EXPECT_FALSE(QFileInfo::exists(locked + "/launch.applescript"));
+    EXPECT_TRUE(ui.alerts.isEmpty());
+}
+
+} // namespace korvane

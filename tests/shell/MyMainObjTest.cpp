@@ -1,0 +1,345 @@
+#include "ShellFixture.h"
+
+#include "managers/MyAdminObj.h"
+#include "managers/MyMASObj.h"
+#include "managers/MyRTASObj.h"
+#include "managers/MyVSTObj.h"
+#include "platform/PropertyList.h"
+#include "shell/MyMainObj.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace korvane {
+
+namespace {
+
+QStringList namesOf(const TypeManager *manager)
+{
+    QStringList names;
+    for (const AUItemPtr &item : manager->plugins)
+        names << item->getAUName();
+    return names;
+}
+
+const QStringList kAllTabs = {"tabAU", "tabRTAS", "tabMAS", "tabVST"};
+
+} // namespace
+
+// --- Start-up and quit ----------------------------------------------------------------------------
+
+class StartUp : public ShellTest {
+protected:
+    void SetUp() override
+    {
+        ShellTest::SetUp();
+        QDir().mkpath(homePath("Library/Application Support"));
+        QDir().mkpath(homePath("Documents"));
+        alpha = placePlugin(TypeAU, "Alpha.component");
+        placePlugin(TypeRTAS, "Beta.rtas");
+        placePlugin(TypeMAS, "Gamma.bundle");
+        placePlugin(TypeVST, "Delta.vst");
+    }
+
+    QString alpha;
+};
+
+TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
+{
+    // Set documents saved in an earlier session: Alpha switched off in the AU set.
+    const QString auSet = homePath("Documents/Mix.aukorv");
+    const QString vstSet = homePath("Documents/Live.vstkorv");
+    {
+        AppContext &earlier = makeContext();
+        earlier.au()->reloadData();
+        ASSERT_EQ(earlier.au()->plugins.size(), 1);
+        earlier.au()->plugins.at(0)->setAUActive(false);
+        ASSERT_TRUE(earlier.au()->archivePlugins(auSet));
+        earlier.vst()->reloadData();
+        ASSERT_TRUE(earlier.vst()->archivePlugins(vstSet));
+    }
+
+    AppContext &ctx = makeContext();
+    ctx.pref()->setDefaultSet(TypeAU, auSet);
+    ctx.pref()->setDefaultSet(TypeRTAS, homePath("Documents/Gone.rtaskorv"));
+    ctx.pref()->setDefaultSet(TypeVST, vstSet);
+    ctx.pref()->setDefaultType(TypeMAS);
+    ctx.awakeFromNib();
+    ctx.main()->applicationDidFinishLaunching();
+
+    MyMainObj *main = ctx.main();
+    EXPECT_EQ(main->tabIdentifiers(), kAllTabs);
+    EXPECT_EQ(main->labelAt(0), "AudioUnits");
+    EXPECT_EQ(main->labelAt(3), "VST");
+    EXPECT_EQ(main->selectedTabIndex(), 2);
+    EXPECT_EQ(main->getActiveType(), TypeMAS);
+
+    EXPECT_EQ(namesOf(ctx.au()), QStringList{"Alpha.component"});
+    EXPECT_EQ(namesOf(ctx.rtas()), QStringList{"Beta.rtas"});
+    EXPECT_EQ(namesOf(ctx.mas()), QStringList{"Gamma.bundle"});
+    EXPECT_EQ(namesOf(ctx.vst()), QStringList{"Delta.vst"});
+
+    // The AU set was merged (Alpha now marked off) but not applied: the file has not moved.
+    EXPECT_EQ(ctx.au()->getSelectedSet(), auSet);
+    EXPECT_FALSE(ctx.au()->plugins.at(0)->getAUActive());
+    EXPECT_TRUE(QFileInfo::exists(alpha));
+    EXPECT_EQ(ctx.vst()->getSelectedSet(), vstSet);
+
+    // A missing file and an empty default both become "no set", silently.
+    EXPECT_EQ(ctx.pref()->getDefaultSet(TypeRTAS), QString("no set"));
+    EXPECT_EQ(ctx.pref()->getDefaultSet(TypeMAS), QString("no set"));
+    EXPECT_EQ(ctx.pref()->getDefaultSet(TypeAU), auSet);
+    EXPECT_TRUE(ctx.rtas()->getSelectedSet().isNull());
+    EXPECT_TRUE(ui.alerts.isEmpty());
+    EXPECT_TRUE(ui.missingItemsLists.isEmpty());
+}
+
+TEST_F(StartUp, SwitchedOffTypesAreNotScannedButQuitSavesAllFour)
+{
+    AppContext &ctx = makeContext();
+    setTypeOn(TypeRTAS, false);
+    setTypeOn(TypeMAS, false);
+    const QString gone = homePath("Documents/Gone.rtaskorv");
+    ctx.pref()->setDefaultSet(TypeRTAS, gone);
+    ctx.pref()->setDefaultType(TypeVST);
+    ctx.awakeFromNib();
+    ctx.main()->applicationDidFinishLaunching();
+
+    EXPECT_EQ(ctx.main()->tabIdentifiers(), QStringList({"tabAU", "tabVST"}));
+    EXPECT_EQ(ctx.main()->getActiveType(), TypeVST);
+    EXPECT_EQ(namesOf(ctx.au()), QStringList{"Alpha.component"});
+    EXPECT_EQ(namesOf(ctx.vst()), QStringList{"Delta.vst"});
+    EXPECT_TRUE(ctx.rtas()->plugins.isEmpty());
+    EXPECT_TRUE(ctx.mas()->plugins.isEmpty());
+    EXPECT_EQ(ctx.pref()->getDefaultSet(TypeRTAS), gone); // a switched-off type gets no set
+
+    ctx.main()->selectTabAtIndex(0);
+    ctx.main()->applicationWillTerminate();
+
+    const QString support = homePath("Library/Application Support/Korvane/");
+    for (const char *file : {"groups.plist", "augroups.plist", "rtasgroups.plist", "masgroups.plist",
+                             "vstgroups.plist", "ausets.plist", "rtassets.plist", "massets.plist",
+                             "vstsets.plist"})
+        EXPECT_TRUE(QFileInfo::exists(support + file)) << file;
+    EXPECT_EQ(PropertyList::readStringArray(support + "vstsets.plist"), QStringList{"no set"});
+    EXPECT_EQ(PropertyList::readArray(support + "augroups.plist"),
+              QVariantList({"Alpha.component", ""}));
+    EXPECT_EQ(ctx.pref()->getDefaultType(), TypeAU);
+}
+
+// --- Tabs ------------------------------------------------------------------------------------------
+
+class Tabs : public ShellTest {
+protected:
+    MyMainObj *loadWith(std::array<bool, 4> on, int activeTab = 0)
+    {
+        makeContext();
+        for (int type = 0; type < TypeCount; ++type)
+            setTypeOn(type, on[type]);
+        context->pref()->setDefaultType(activeTab);
+        context->awakeFromNib();
+        return context->main();
+    }
+
+    // The On check box of a format's preferences tab, clicked.
+    void click(int type, bool on)
+    {
+        PrefControls &controls = context->pref()->controls;
+        controls.selectedTab = type + 1;
+        controls.types[type].on = on;
+        context->main()->setTabView(on ? 1 : 0);
+    }
+};
+
+TEST_F(Tabs, VSTFollowsAudioUnitsWhenRTASAndMASAreOff)
+{
+    MyMainObj *main = loadWith({true, false, false, false});
+    ASSERT_EQ(main->tabIdentifiers(), QStringList{"tabAU"});
+    click(TypeVST, true);
+    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabAU", "tabVST"}));
+    EXPECT_EQ(main->labelAt(1), "VST");
+    EXPECT_TRUE(context->pref()->isTypeActive(TypeVST)); // written back
+    EXPECT_EQ(main->getActiveType(), TypeAU);            // an insertion does not change the front
+}
+
+TEST_F(Tabs, MASTakesItsPredecessorsTypeIndexPlusOne)
+{
+    MyMainObj *main = loadWith({false, true, false, true});
+    ASSERT_EQ(main->tabIdentifiers(), QStringList({"tabRTAS", "tabVST"}));
+    click(TypeMAS, true);
+    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabRTAS", "tabVST", "tabMAS"}));
+}
+
+TEST_F(Tabs, AnIndexPastTheLastTabIsClamped)
+{
+    MyMainObj *main = loadWith({false, true, false, false});
+    click(TypeMAS, true); // asks for index 2 of one tab
+    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabRTAS", "tabMAS"}));
+    click(TypeVST, true); // asks for index 3 of two tabs
+    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabRTAS", "tabMAS", "tabVST"}));
+}
+
+TEST_F(Tabs, SwitchingOffAndOnAgainRestoresTheKeptPage)
+{
+    MyMainObj *main = loadWith({true, true, true, true}, TypeMAS);
+    EXPECT_FALSE(main->hasKeptView(TypeMAS));
+
+    click(TypeMAS, false);
+    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabAU", "tabRTAS", "tabVST"}));
+    for (int type = 0; type < TypeCount; ++type)
+        EXPECT_TRUE(main->hasKeptView(type)) << type;
+    EXPECT_FALSE(context->pref()->isTypeActive(TypeMAS));
+    EXPECT_NE(main->getActiveType(), TypeMAS);
+    EXPECT_GE(main->selectedTabIndex(), 0); // another tab came to the front
+
+    click(TypeMAS, true);
+    EXPECT_EQ(main->tabIdentifiers(), kAllTabs);
+    EXPECT_EQ(main->labelAt(2), "MAS");
+    EXPECT_TRUE(main->hasKeptView(TypeMAS));
+}
+
+TEST_F(Tabs, SomeTabStaysInFrontWhateverIsStoredOrSwitched)
+{
+    MyMainObj *main = loadWith({false, true, true, true}, TypeAU); // the stored tab is gone
+    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabRTAS", "tabMAS", "tabVST"}));
+    EXPECT_EQ(main->getActiveType(), TypeRTAS);
+    main->setActiveType(7);
+    EXPECT_EQ(main->getActiveType(), TypeRTAS);
+
+    // Outside the format tabs "off" removes the first tab, and another state only writes back.
+    context->pref()->controls.selectedTab = 0;
+    main->setTabView(0);
+    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabMAS", "tabVST"}));
+    context->pref()->controls.types[TypeAU].showMessage = true;
+    main->setTabView(2);
+    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabMAS", "tabVST"}));
+    EXPECT_TRUE(context->pref()->defaults()->boolForKey("AUShowMessage"));
+
+    main = loadWith({false, false, false, false});
+    EXPECT_EQ(main->tabCount(), 0);
+    EXPECT_EQ(main->getActiveType(), TypeAU);
+    click(TypeVST, true);
+    EXPECT_EQ(main->tabIdentifiers(), QStringList{"tabVST"});
+    EXPECT_EQ(main->getActiveType(), TypeVST);
+}
+
+// --- Routing ---------------------------------------------------------------------------------------
+
+class Routing : public ShellTest {
+protected:
+    void SetUp() override
+    {
+        ShellTest::SetUp();
+        placePlugin(TypeAU, "Alpha.component");
+        delta = placePlugin(TypeVST, "Delta.vst");
+        makeContext().awakeFromNib();
+        context->au()->reloadData();
+        context->vst()->reloadData();
+        ASSERT_EQ(context->vst()->plugins.size(), 1);
+        main = context->main();
+    }
+
+    bool active(TypeManager *manager) const { return manager->plugins.at(0)->getAUActive(); }
+
+    QString delta;
+    MyMainObj *main = nullptr;
+};
+
+TEST_F(Routing, CommandsGoToTheManagerInFront)
+{
+    main->setActiveType(TypeVST);
+    main->setAllInactive();
+    EXPECT_FALSE(active(context->vst()));
+    EXPECT_TRUE(active(context->au()));
+    main->setIntelActive(); // Delta's executable is Intel
+    EXPECT_TRUE(active(context->vst()));
+
+    main->save(); // the untitled name opens the save panel
+    main->open();
+    ASSERT_EQ(ui.savePanels.size(), 1);
+    EXPECT_EQ(ui.savePanels.last().fileName, "untitled.vstkorv");
+    ASSERT_EQ(ui.openPanels.size(), 1);
+    EXPECT_EQ(ui.openPanels.last().allowedTypes, QStringList{"vstkorv"});
+
+    main->setActiveType(TypeAU);
+    main->saveAs();
+    EXPECT_EQ(ui.savePanels.last().fileName, "untitled.aukorv");
+    main->setAllInactive();
+    EXPECT_FALSE(active(context->au()));
+}
+
+TEST_F(Routing, WithoutAnyTabAudioUnitsTakeTheCommands)
+{
+    makeContext();
+    for (int type = 0; type < TypeCount; ++type)
+        setTypeOn(type, false);
+    context->awakeFromNib();
+    context->au()->reloadData();
+    main = context->main();
+    ASSERT_EQ(main->tabCount(), 0);
+    main->newButton();
+    main->save();
+    EXPECT_EQ(ui.savePanels.last().fileName, "untitled.aukorv");
+    main->setAllInactive();
+    EXPECT_FALSE(active(context->au()));
+}
+
+TEST_F(Routing, DeleteAsksFirstAndOnlyMoveToTrashDeletes)
+{
+    main->setActiveType(TypeVST);
+    context->vst()->selectRows({0}, 0);
+
+    ui.alertAnswers << AlertDefault;
+    main->deleteItem();
+    ASSERT_EQ(ui.alerts.size(), 1);
+    const Alert &alert = ui.alerts.first();
+    EXPECT_EQ(alert.style, Alert::Informational);
+    EXPECT_EQ(alert.messageText, "Move to trash");
+    EXPECT_EQ(alert.informativeText, "Do you want to move the selected Plug-Ins to trash?");
+    EXPECT_EQ(alert.buttons, QStringList({"cancel", "move to trash"}));
+    EXPECT_TRUE(QFileInfo::exists(delta));
+    EXPECT_EQ(context->vst()->plugins.size(), 1);
+
+    ui.alertAnswers << AlertAlternate;
+    main->deleteItem();
+    EXPECT_FALSE(QFileInfo::exists(delta));
+    EXPECT_TRUE(QFileInfo::exists(homePath(".local/share/Trash/files/Delta.vst")));
+    EXPECT_TRUE(context->vst()->plugins.isEmpty());
+    EXPECT_EQ(context->au()->plugins.size(), 1);
+}
+
+TEST_F(Routing, ArchitectureColumnGoesToTheTypeGiven)
+{
+    main->setActiveType(TypeVST);
+    main->showPlattform(TypeAU, true);
+    EXPECT_TRUE(context->au()->columns().contains("AUType"));
+    EXPECT_FALSE(context->vst()->columns().contains("AUType"));
+    main->showPlattform(9, true); // routes nowhere
+
+    // The preferences window asks through the controller when it loads.
+    context->pref()->defaults()->setObject("MASType", true);
+    context->pref()->awakeFromNib();
+    EXPECT_EQ(context->mas()->columns().count("AUType"), 1);
+}
+
+TEST_F(Routing, NotImplementedAlertAndLogMenuItem)
+{
+    main->functionNotImplemented("Backup All");
+    ASSERT_EQ(ui.alerts.size(), 1);
+    EXPECT_EQ(ui.alerts.first().messageText, "Backup All");
+    EXPECT_EQ(ui.alerts.first().informativeText, "This function will be implemented in a future version");
+    EXPECT_EQ(ui.alerts.first().buttons, QStringList{"Ok"});
+
+    EXPECT_TRUE(main->validateMenuItem(MyMainObj::MenuItem::ShowLog));
+    main->showLog();
+    EXPECT_FALSE(main->validateMenuItem(MyMainObj::MenuItem::ShowLog));
+    EXPECT_TRUE(main->validateMenuItem(MyMainObj::MenuItem::HideLog));
+    EXPECT_TRUE(main->validateMenuItem(MyMainObj::MenuItem::Undo));
+    main->windowWillClose(MyMainObj::Window::Other);
+    EXPECT_FALSE(main->validateMenuItem(MyMainObj::MenuItem::ShowLog));
+    main->windowWillClose(MyMainObj::Window::Log);
+    EXPECT_TRUE(main->validateMenuItem(MyMainObj::MenuItem::ShowLog));
+    EXPECT_TRUE(main->isShowLogEnabled());
+}
+
+} // namespace korvane
