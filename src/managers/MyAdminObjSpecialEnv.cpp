@@ -36,9 +36,9 @@ bool MyAdminObj::createSpecialEnv(const AUItemPtr &item)
                 files.move(activePath(*plugin), disabledPath(*plugin));
         }
     }
-    const bool underTest = item && item->getAUActive();
-    if (underTest)
-        files.copy(disabledPath(*item), activePath(*item));
+    // Only a copy this call made is removed again: when the move above failed, the active path
+    // still holds the plug-in itself, and the copy (which never overwrites) fails.
+    const bool copied = item && item->getAUActive() && files.copy(disabledPath(*item), activePath(*item));
 
     getPluginList();
     AppServices *services = AppServices::getMainObj();
@@ -51,7 +51,7 @@ bool MyAdminObj::createSpecialEnv(const AUItemPtr &item)
                                         .arg(ComponentManager::fourCharString(description->componentType)));
     }
 
-    if (underTest)
+    if (copied)
         files.remove(activePath(*item));
     return bSpecialMode;
 }

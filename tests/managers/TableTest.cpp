@@ -1,0 +1,178 @@
+#include "FormatManagerFixture.h"
+
+#include "app/AppServices.h"
+#include "managers/MyAdminObj.h"
+#include "managers/MyVSTObj.h"
+#include "panels/MyInfoObj.h"
+#include "platform/PropertyList.h"
+
+#include <QDir>
+
+namespace korvane {
+
+class TableTest : public FormatManagerFixture {
+protected:
+    MyAdminObj *au = nullptr;
+    UndoManager *undo = nullptr;
+    int reloads = 0;
+
+    void SetUp() override
+    {
+        FormatManagerFixture::SetUp();
+        addAU(LocSystemActive, "Foo.component");
+        addAU(LocUserDisabled, "bar.component");
+        addAU(LocUserActive, "Baz.component");
+        au = MyAdminObj::getAUObj();
+        au->reloadData();
+        undo = AppServices::getMainObj()->getUndoManager();
+        QObject::connect(au, &TypeManager::tableReloaded, [this] { ++reloads; });
+    }
+    QStringList names() const
+    {
+        QStringList list;
+        for (const AUItemPtr &plugin : au->plugins)
+            list << plugin->getAUName();
+        return list;
+    }
+};
+
+TEST_F(TableTest, CellsShowTheItemsValues)
+{
+    const int row = rowOf(au, "bar.component");
+    EXPECT_EQ(au->objectValue(row, "AUActive"), QVariant(false));
+    EXPECT_EQ(au->objectValue(row, "AUGlobal"), QVariant(false));
+    EXPECT_EQ(au->objectValue(row, "AUType").toString(), "Intel");
+    EXPECT_EQ(au->objectValue(row, "AULocation").toString(), folder(TypeAU, LocUserDisabled));
+    EXPECT_EQ(au->objectValue(row, "AUName").toString(), "bar.component");
+    EXPECT_FALSE(au->objectValue(row, "Nonsense").isValid());
+    EXPECT_FALSE(au->objectValue(99, "AUName").isValid());
+}
+
+TEST_F(TableTest, ToggleTwiceAndUndoTwiceRestoresTheFlag)
+{
+    const AUItemPtr foo = item(au, "Foo.component");
+    au->setObjectValue(false, "AUActive", rowOf(au, "Foo.component"));
+    EXPECT_FALSE(foo->getAUActive());
+    EXPECT_EQ(foo->getAULocation(), folder(TypeAU, LocSystemDisabled));
+    EXPECT_EQ(undo->undoActionName(), "disable \"Foo.component\"");
+    EXPECT_TRUE(au->isApplyEnabled());
+    au->changeObject(foo, "AUActive", true);
+    EXPECT_EQ(undo->undoActionName(), "enable \"Foo.component\"");
+    EXPECT_FALSE(au->isApplyEnabled());
+
+    undo->undo();
+    EXPECT_FALSE(foo->getAUActive());
+    EXPECT_EQ(undo->undoActionName(), "disable \"Foo.component\"");
+    undo->undo();
+    EXPECT_TRUE(foo->getAUActive());
+    EXPECT_EQ(foo->getAULocation(), folder(TypeAU, LocSystemActive));
+    EXPECT_FALSE(au->isApplyEnabled());
+}
+
+TEST_F(TableTest, ActionNamesFollowTheFormat)
+{
+    au->changeObject(item(au, "Baz.component"), "AUGlobal", false);
+    EXPECT_EQ(undo->undoActionName(), "setGlobal for \"Baz.component\"");
+    EXPECT_EQ(item(au, "Baz.component")->getAULocation(), folder(TypeAU, LocSystemActive));
+
+    PluginLibraryBuilder::makeVST(folder(TypeVST, LocUserDisabled), "Foo.vst", MachO::intel());
+    MyVSTObj *vst = MyVSTObj::getVSTObj();
+    vst->reloadData();
+    vst->changeObject(item(vst, "Foo.vst"), "AUActive", false);
+    EXPECT_EQ(undo->undoActionName(), "Foo.vst \"setActive\"");
+    vst->changeObject(item(vst, "Foo.vst"), "AUGlobal", false);
+    EXPECT_EQ(undo->undoActionName(), "Foo.vst \"setGlobal\"");
+}
+
+TEST_F(TableTest, GroupEditUndoAndRedoRewriteTheGroupsFile)
+{
+    AppServices::getMainObj()->getGroups() << "Synths";
+    const QString groupsFile = homePath("Library/Application Support/Korvane/augroups.plist");
+    au->changeObject(item(au, "Foo.component"), "AUGroup", "Synths");
+    EXPECT_EQ(undo->undoActionName(), "setGroup Synths for \"Foo.component\"");
+    EXPECT_TRUE(PropertyList::readStringArray(groupsFile)->contains("Synths"));
+
+    reloads = 0;
+    undo->undo();
+    EXPECT_EQ(item(au, "Foo.component")->getAUGroup(), "");
+    EXPECT_FALSE(PropertyList::readStringArray(groupsFile)->contains("Synths"));
+    EXPECT_EQ(reloads, 1);
+    undo->redo();
+    EXPECT_EQ(item(au, "Foo.component")->getAUGroup(), "Synths");
+    EXPECT_TRUE(PropertyList::readStringArray(groupsFile)->contains("Synths"));
+    EXPECT_EQ(reloads, 2);
+}
+
+TEST_F(TableTest, SortingIsStableAndKeepsIDs)
+{
+    const int fooID = item(au, "Foo.component")->getItemID();
+    au->sortDescriptorsDidChange({{"AUName", true, false}});
+    EXPECT_EQ(names(), QStringList({"Baz.component", "Foo.component", "bar.component"}));
+    au->sortDescriptorsDidChange({{"AUName", true, true}});
+    EXPECT_EQ(names(), QStringList({"bar.component", "Baz.component", "Foo.component"}));
+    au->sortDescriptorsDidChange({{"AUActive", false, false}});
+    EXPECT_EQ(names(), QStringList({"Baz.component", "Foo.component", "bar.component"}));
+    EXPECT_EQ(item(au, "Foo.component")->getItemID(), fooID);
+}
+
+TEST_F(TableTest, InfoPanelFollowsTheSelectionWhileVisible)
+{
+    MyInfoObj *info = MyInfoObj::getInfo();
+    EXPECT_TRUE(au->shouldSelectRow(1));
+    EXPECT_EQ(info->item(), nullptr);
+    info->showInfo(au->plugins.at(0));
+    EXPECT_TRUE(au->shouldSelectRow(2));
+    EXPECT_EQ(info->item(), au->plugins.at(2));
+}
+
+TEST_F(TableTest, DragsOutPathsAndRetargetsDropsOnRows)
+{
+    const int row = rowOf(au, "bar.component");
+    EXPECT_EQ(au->writeRows({row, 42}), QStringList({folder(TypeAU, LocUserDisabled) + "/bar.component"}));
+    const DropValidation onRow = au->validateDrop(1, true, false);
+    EXPECT_EQ(onRow.row, 2);
+    EXPECT_FALSE(onRow.onRow);
+    EXPECT_EQ(onRow.operation, 4);
+    EXPECT_EQ(au->validateDrop(1, false, true).operation, 0);
+}
+
+TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
+{
+    const QString drops = homePath("drops");
+    PluginLibraryBuilder::makeAudioUnit(drops, "New.component", MachO::intel());
+    TestRoots::writeText(drops + "/readme.txt", "text");
+    TestRoots::writeText(drops + "/Baz.component", "impostor");
+    QDir(folder(TypeAU, LocUserActive)).removeRecursively();
+    const QStringList paths{drops + "/New.component", drops + "/readme.txt"};
+
+    ui.alertAnswers << 1002;
+    EXPECT_FALSE(au->acceptDrop(paths));
+    EXPECT_EQ(ui.alerts[0].messageText, "Install Files");
+    EXPECT_EQ(ui.alerts[0].informativeText, "Install AudioUnits only?");
+    EXPECT_EQ(ui.alerts[0].buttons, QStringList({"AudioUnits only", "All Files", "Cancel"}));
+
+    EXPECT_TRUE(au->acceptDrop(paths)); // recognised only, into a user folder that was missing
+    EXPECT_TRUE(exists(folder(TypeAU, LocUserActive) + "/New.component/Contents/Info.plist"));
+    EXPECT_FALSE(exists(folder(TypeAU, LocUserActive) + "/readme.txt"));
+    EXPECT_TRUE(ui.progressTitles.contains("install AudioUnits:"));
+    EXPECT_GE(rowOf(au, "New.component"), 0);
+
+    addAU(LocUserActive, "Baz.component");
+    ui.alertAnswers << 1001;
+    const qsizetype before = ui.progressValues.size();
+    EXPECT_TRUE(au->acceptDrop({drops + "/readme.txt", drops + "/Baz.component"}));
+    EXPECT_TRUE(exists(folder(TypeAU, LocUserActive) + "/readme.txt"));
+    EXPECT_TRUE(QFileInfo(folder(TypeAU, LocUserActive) + "/Baz.component").isDir());
+    EXPECT_EQ(ui.progressValues.mid(before, 2), QList<double>({1, 2}));
+}
+
+TEST_F(TableTest, DropOfANonPlugInStillRescans)
+{
+    TestRoots::writeText(homePath("drops/readme.txt"), "text");
+    addAU(LocUserActive, "Late.component"); // on disk but not yet scanned
+    EXPECT_TRUE(au->acceptDrop({homePath("drops/readme.txt")}));
+    EXPECT_FALSE(exists(folder(TypeAU, LocUserActive) + "/readme.txt"));
+    EXPECT_GE(rowOf(au, "Late.component"), 0);
+}
+
+} // namespace korvane
