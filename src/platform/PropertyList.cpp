@@ -81,8 +81,9 @@ bool xmlNestingWithinLimit(const QByteArray &bytes)
 }
 
 // Walks the object graph of a binary property list and checks that it is acyclic, not nested
-// deeper than kMaxNesting and does not expand into more than kMaxExpandedObjects. Anything the walk
-// cannot make sense of is refused; libplist would refuse it as well.
+// deeper than kMaxNesting, does not expand into more than kMaxExpandedObjects and holds no string
+// libplist cannot take. Anything the walk cannot make sense of is refused; libplist would refuse
+// it as well.
 bool binaryStructureWithinLimits(const QByteArray &bytes)
 {
     const auto *data = reinterpret_cast<const uchar *>(bytes.constData());
@@ -102,37 +103,61 @@ bool binaryStructureWithinLimits(const QByteArray &bytes)
     if (tableOffset > size - 32 || objectCount > (size - 32 - tableOffset) / quint64(offsetSize))
         return false;
 
-    // The references an object holds: where they start and how many there are.
-    auto references = [&](quint64 object, quint64 *first, quint64 *count) -> bool {
+    // An object's kind (the marker's high nibble), where its contents start and how many elements
+    // (characters, references) it has.
+    auto contents = [&](quint64 object, int *kind, quint64 *first, quint64 *count) -> bool {
         const quint64 offset = readBigEndian(data + tableOffset + object * offsetSize, offsetSize);
         if (offset >= tableOffset)
             return false;
         const uchar marker = data[offset];
-        const int kind = marker >> 4;
-        *count = 0;
+        *kind = marker >> 4;
         *first = offset + 1;
-        if (kind != 0xA && kind != 0xB && kind != 0xC && kind != 0xD)
-            return true;
-        quint64 entries = marker & 0x0F;
-        if (entries == 0x0F) {
+        *count = marker & 0x0F;
+        const bool counted = *kind == 0x4 || *kind == 0x5 || *kind == 0x6 || (*kind >= 0xA && *kind <= 0xD);
+        if (counted && *count == 0x0F) {
             if (offset + 2 > tableOffset || (data[offset + 1] & 0xF0) != 0x10)
                 return false;
             const int width = 1 << (data[offset + 1] & 0x0F);
             if (width > 8 || offset + 2 + width > tableOffset)
                 return false;
-            entries = readBigEndian(data + offset + 2, width);
+            *count = readBigEndian(data + offset + 2, width);
             *first = offset + 2 + width;
         }
-        if (kind == 0xD) {
-            if (entries > size)
-                return false;
-            entries *= 2;
-        }
-        if (entries > (tableOffset - *first) / quint64(refSize))
-            return false;
-        *count = entries;
         return true;
     };
+    auto references = [&](quint64 object, quint64 *first, quint64 *count) -> bool {
+        int kind = 0;
+        if (!contents(object, &kind, first, count))
+            return false;
+        if (kind != 0xA && kind != 0xB && kind != 0xC && kind != 0xD) {
+            *count = 0;
+            return true;
+        }
+        if (kind == 0xD) {
+            if (*count > size)
+                return false;
+            *count *= 2;
+        }
+        return *count <= (tableOffset - *first) / quint64(refSize);
+    };
+
+    // libplist 2.2 aborts on a string or key with a NUL character inside; no real list has one.
+    for (quint64 object = 0; object < objectCount; ++object) {
+        int kind = 0;
+        quint64 first = 0, count = 0;
+        if (!contents(object, &kind, &first, &count))
+            return false;
+        if (kind != 0x5 && kind != 0x6)
+            continue;
+        const quint64 width = kind == 0x6 ? 2 : 1;
+        if (count > (tableOffset - first) / width)
+            return false;
+        for (quint64 i = 0; i < count; ++i) {
+            const uchar *unit = data + first + i * width;
+            if (unit[0] == 0 && (width == 1 || unit[1] == 0))
+                return false;
+        }
+    }
 
     enum State : uchar { Unvisited, Open, Done };
     std::vector<uchar> state(objectCount, Unvisited);
@@ -225,11 +250,9 @@ QVariant toVariant(plist_t node)
         return QVariant(value);
     }
     case PLIST_STRING: {
-        char *value = nullptr;
-        plist_get_string_val(node, &value);
-        const QString text = value ? QString::fromUtf8(value) : QString(QLatin1String(""));
-        std::free(value);
-        return QVariant(text);
+        uint64_t length = 0;
+        const char *value = plist_get_string_ptr(node, &length);
+        return QVariant(value ? QString::fromUtf8(value, qsizetype(length)) : QString(QLatin1String("")));
     }
     case PLIST_DATA: {
         char *value = nullptr;
@@ -371,7 +394,8 @@ std::optional<QVariant> PropertyList::fromBytes(const QByteArray &bytes)
             return std::nullopt;
         plist_from_bin(bytes.constData(), uint32_t(bytes.size()), &root);
     } else {
-        if (!xmlNestingWithinLimit(bytes))
+        // XML allows no NUL character, and libplist 2.2 aborts on one inside a string or key.
+        if (bytes.contains('\0') || !xmlNestingWithinLimit(bytes))
             return std::nullopt;
         plist_from_xml(bytes.constData(), uint32_t(bytes.size()), &root);
     }
