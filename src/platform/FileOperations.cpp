@@ -152,6 +152,16 @@ void copyAttributes(int from, int to)
     }
 }
 
+int syncFileSystemOf(const QString &path)
+{
+    const int fd = ::open(encoded(parentOf(path)).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return errno;
+    const int result = ::syncfs(fd) == 0 ? 0 : errno;
+    ::close(fd);
+    return result;
+}
+
 QStringList listNames(const QString &path)
 {
     QStringList names;
@@ -346,6 +356,11 @@ bool FileOperations::moveAcrossFileSystems(const QString &from, const QString &t
         removeTree(partial);
         return fail(error, to, result);
     }
+    // The new copy must be on the disk before the old one goes.
+    if (const int result = syncFileSystemOf(to); result != 0) {
+        removeTree(to);
+        return fail(error, to, result);
+    }
 
     // The item is now whole in both places. The source must go completely or not at all: check
     // again that every part of it can be removed, else take the new copy back.
@@ -485,7 +500,7 @@ bool FileOperations::copyFile(const QString &from, const QString &to, FileError 
         copyAttributes(source, target);
         const timespec times[2] = {info.st_atim, info.st_mtim};
         ::futimens(target, times);
-        if (::fchmod(target, info.st_mode & 07777) != 0 || ::fsync(target) != 0)
+        if (::fchmod(target, info.st_mode & 07777) != 0)
             failure = errno;
     }
     ::close(source);

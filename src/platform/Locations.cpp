@@ -1,6 +1,7 @@
 #include "platform/Locations.h"
 
 #include <QDir>
+#include <QFile>
 
 #include <pwd.h>
 #include <unistd.h>

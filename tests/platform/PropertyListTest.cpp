@@ -14,25 +14,23 @@ QByteArray readAll(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// A binary property list from raw objects, one-byte offsets and references unless told otherwise.
+// A binary property list from raw objects, with four-byte offsets and references of refSize bytes.
 QByteArray binaryPlist(const QList<QByteArray> &objects, quint64 top = 0, int refSize = 1)
 {
     QByteArray bytes("bplist00");
-    QList<quint64> offsets;
+    QByteArray table;
     for (const QByteArray &object : objects) {
-        offsets.append(quint64(bytes.size()));
+        table += QByteArray(4, '\0');
+        qToBigEndian<quint32>(quint32(bytes.size()), table.data() + table.size() - 4);
         bytes += object;
     }
-    const quint64 table = quint64(bytes.size());
-    for (quint64 offset : offsets)
-        bytes += char(offset);
     QByteArray trailer(32, '\0');
-    trailer[6] = 1;
+    trailer[6] = 4;
     trailer[7] = char(refSize);
     qToBigEndian<quint64>(quint64(objects.size()), trailer.data() + 8);
     qToBigEndian<quint64>(top, trailer.data() + 16);
-    qToBigEndian<quint64>(table, trailer.data() + 24);
-    return bytes + trailer;
+    qToBigEndian<quint64>(quint64(bytes.size()), trailer.data() + 24);
+    return bytes + table + trailer;
 }
 
 // Objects 0..count-1, each an array holding `width` references to the next one; the last is empty.
@@ -40,34 +38,13 @@ QByteArray chainOfArrays(int count, int width)
 {
     QList<QByteArray> objects;
     for (int i = 0; i < count - 1; ++i) {
-        QByteArray object(1, char(0xA0 | width));
-        for (int j = 0; j < width; ++j) {
-            QByteArray ref(2, '\0');
-            qToBigEndian<quint16>(quint16(i + 1), ref.data());
-            object += ref;
-        }
+        QByteArray object(1 + 2 * width, char(0xA0 | width));
+        for (int j = 0; j < width; ++j)
+            qToBigEndian<quint16>(quint16(i + 1), object.data() + 1 + 2 * j);
         objects.append(object);
     }
     objects.append(QByteArray(1, char(0xA0)));
-    // Offsets need more than a byte here.
-    QByteArray bytes("bplist00");
-    QList<quint32> offsets;
-    for (const QByteArray &object : objects) {
-        offsets.append(quint32(bytes.size()));
-        bytes += object;
-    }
-    const quint64 table = quint64(bytes.size());
-    for (quint32 offset : offsets) {
-        QByteArray field(4, '\0');
-        qToBigEndian(offset, field.data());
-        bytes += field;
-    }
-    QByteArray trailer(32, '\0');
-    trailer[6] = 4;
-    trailer[7] = 2;
-    qToBigEndian<quint64>(quint64(count), trailer.data() + 8);
-    qToBigEndian<quint64>(table, trailer.data() + 24);
-    return bytes + trailer;
+    return binaryPlist(objects, 0, 2);
 }
 
 class PlistReadingTest : public TestRoots {};
