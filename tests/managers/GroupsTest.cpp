@@ -85,11 +85,4 @@ TEST_F(GroupsTest, GroupActiveSwitchesMembersByID)
     EXPECT_TRUE(au->isApplyEnabled());
 }
 
-TEST_F(GroupsTest, ComboBoxOffersTheGlobalGroups)
-{
-    EXPECT_EQ(au->numberOfItemsInComboBoxCell(), 3);
-    EXPECT_EQ(au->comboBoxCellObjectValue(0), "");
-    EXPECT_EQ(au->comboBoxCellObjectValue(2), "Drums");
-}
-
 } // namespace korvane

@@ -3,7 +3,6 @@
 #include "app/AppServices.h"
 #include "managers/MyAdminObj.h"
 #include "platform/FileOperations.h"
-#include "platform/SystemLog.h"
 
 #include <QDir>
 
@@ -64,7 +63,6 @@ TEST_F(SpecialEnvTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
     EXPECT_TRUE(exists(folder(TypeAU, LocSystemDisabled) + "/Synth.component"));
     EXPECT_FALSE(exists(folder(TypeAU, LocSystemActive) + "/Synth.component")); // the copy is gone again
     EXPECT_TRUE(exists(folder(TypeAU, LocUserDisabled) + "/Apple.component"));
-    EXPECT_TRUE(item(au, "Synth.component")->getAUActive());
     EXPECT_EQ(logText(), "----- Plug-In Info -----\nType: aumu\n");
 
     EXPECT_TRUE(au->createSpecialEnv(item(au, "Apple.component")));
@@ -76,7 +74,6 @@ TEST_F(SpecialEnvTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
     EXPECT_TRUE(exists(folder(TypeAU, LocSystemActive) + "/Synth.component/Contents/Info.plist"));
     EXPECT_TRUE(exists(folder(TypeAU, LocUserActive) + "/Apple.component"));
     EXPECT_TRUE(exists(folder(TypeAU, LocUserDisabled) + "/Off.component"));
-    EXPECT_FALSE(au->bSpecialMode);
 }
 
 TEST_F(SpecialEnvTest, FailedMovesAreSilent)
@@ -99,8 +96,6 @@ TEST_F(SpecialEnvTest, ComponentListIsSystemThenUserAndInstrumentsOnly)
         names << wrapper->effectName().value_or("?");
     EXPECT_EQ(names, QStringList({"DLS", "Big Synth", "Pad", "Sampler"}));
     EXPECT_EQ(au->pluginList[1]->manufacturer(), "Acme");
-    EXPECT_EQ(au->pluginList[1]->getComponentDescription()->componentManufacturer,
-              ComponentManager::fourCharCode("Acme"));
 }
 
 TEST(AUEffectWrapperNames, ParsesManufacturerAndEffect)
@@ -119,31 +114,12 @@ TEST(AUEffectWrapperNames, ParsesManufacturerAndEffect)
     parse("Acme: ");
     EXPECT_EQ(wrapper.manufacturer(), "Acme");
     EXPECT_EQ(wrapper.effectName(), "");
-    wrapper.parseName(QByteArray("\x09" "Acme: Big Synth")); // the length byte wins
-    EXPECT_EQ(wrapper.effectName(), "Big");
     wrapper.parseName(QByteArray("\xC8" "Acme: X")); // a negative length is no name
     EXPECT_FALSE(wrapper.manufacturer().has_value());
     wrapper.parseName(QByteArray("\x40" "Acme: X")); // shorter than announced
     EXPECT_EQ(wrapper.effectName(), "X");
     wrapper.parseName({});
     EXPECT_FALSE(wrapper.effectName().has_value());
-    EXPECT_EQ(ComponentManager::fourCharString(0x61756D75), "aumu");
-    EXPECT_EQ(ComponentManager::fourCharCode("aum"), 0u);
-}
-
-TEST_F(SpecialEnvTest, DraggingMessagesLogAndTintTheGrid)
-{
-    SystemLogCapture capture;
-    EXPECT_EQ(au->draggingEntered(), 1);
-    EXPECT_TRUE(au->isGridHighlighted());
-    EXPECT_TRUE(au->prepareForDragOperation());
-    EXPECT_TRUE(au->performDragOperation());
-    au->concludeDragOperation();
-    au->draggingExited();
-    EXPECT_FALSE(au->isGridHighlighted());
-    EXPECT_EQ(au->draggingSourceOperationMaskForLocal(true), 16);
-    EXPECT_EQ(capture.lines(),
-              QStringList({"DraggingEntered", "prepareForDrag", "performDrag", "concludeDrag", "draggingExited"}));
 }
 
 } // namespace korvane
