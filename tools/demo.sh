@@ -5,6 +5,10 @@
 set -euo pipefail
 
 build="${1:-build}"
+# A relative build folder may be meant from the repository's top rather than from here.
+if [ ! -d "$build" ] && [ -d "$(dirname "$0")/../$build" ]; then
+  build="$(dirname "$0")/../$build"
+fi
 demo="$build/tools/korvane_demo"
 cmd="$build/src/KorvaneCMD"
 for program in "$demo" "$cmd"; do

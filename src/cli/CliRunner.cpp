@@ -65,18 +65,18 @@ int CliRunner::run(const Options &options)
 
     CliSession session(options, m_err);
     switch (options.command) {
-    case Options::Apply: return applySets(options);
-    case Options::List: return list(options);
-    case Options::Enable: return switchNamed(options, true);
-    case Options::Disable: return switchNamed(options, false);
-    case Options::Duplicates: return duplicates(options);
-    case Options::SaveSet: return saveSet(options);
+    case Options::Apply: return applySets(session, options);
+    case Options::List: return list(session, options);
+    case Options::Enable: return switchNamed(session, options, true);
+    case Options::Disable: return switchNamed(session, options, false);
+    case Options::Duplicates: return duplicates(session, options);
+    case Options::SaveSet: return saveSet(session, options);
     case Options::ShowSet: return showSet(options);
     default: return ExitUsage;
     }
 }
 
-int CliRunner::applySets(const Options &options)
+int CliRunner::applySets(CliSession &session, const Options &options)
 {
     std::array<QString, TypeCount> paths;
     for (int type = 0; type < TypeCount; ++type) {
@@ -88,6 +88,7 @@ int CliRunner::applySets(const Options &options)
                                   .arg(formatName(type), options.sets[type]));
     }
 
+    session.startControllers();
     int status = ExitDone;
     for (int type = 0; type < TypeCount; ++type) {
         if (paths[type].isEmpty())
@@ -104,8 +105,9 @@ int CliRunner::applySets(const Options &options)
     return status;
 }
 
-int CliRunner::list(const Options &options)
+int CliRunner::list(CliSession &session, const Options &options)
 {
+    session.startControllers();
     QJsonArray array;
     TextTable table;
     for (int type : formats(options)) {
@@ -135,8 +137,9 @@ int CliRunner::list(const Options &options)
     return ExitDone;
 }
 
-int CliRunner::switchNamed(const Options &options, bool on)
+int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
 {
+    session.startControllers();
     TypeManager *manager = TypeManager::forType(options.format);
     manager->reloadData();
 
@@ -173,8 +176,9 @@ int CliRunner::switchNamed(const Options &options, bool on)
     return report(manager->applyAllPending());
 }
 
-int CliRunner::duplicates(const Options &options)
+int CliRunner::duplicates(CliSession &session, const Options &options)
 {
+    session.startControllers();
     QJsonArray array;
     TextTable table;
     for (int type : formats(options)) {
@@ -196,8 +200,9 @@ int CliRunner::duplicates(const Options &options)
     return ExitDone;
 }
 
-int CliRunner::saveSet(const Options &options)
+int CliRunner::saveSet(CliSession &session, const Options &options)
 {
+    session.startControllers();
     TypeManager *manager = TypeManager::forType(options.format);
     manager->reloadData();
     const QString path = CliSession::resolvePath(options.file);
@@ -284,10 +289,14 @@ int CliRunner::report(const QList<MoveOutcome> &outcomes)
             continue;
         }
         status = ExitMoveFailed;
-        const QString where = outcome.error.path.isEmpty() ? outcome.from : outcome.error.path;
-        m_err << QStringLiteral("error: could not %1 \"%2\" (\"%3\" -> \"%4\"): %5: %6\n")
-                     .arg(outcome.enabled ? QStringLiteral("enable") : QStringLiteral("disable"), outcome.name,
-                          outcome.from, outcome.to, where, outcome.error.reason);
+        QString line = QStringLiteral("error: could not %1 \"%2\": \"%3\" -> \"%4\": %5")
+                           .arg(outcome.enabled ? QStringLiteral("enable") : QStringLiteral("disable"),
+                                outcome.name, outcome.from, outcome.to, outcome.error.reason);
+        // The failing path is usually one of the two; name it when it is something else.
+        const QString &at = outcome.error.path;
+        if (!at.isEmpty() && at != outcome.from && at != outcome.to)
+            line += QStringLiteral(" (at \"%1\")").arg(at);
+        m_err << line << '\n';
     }
     m_out.flush();
     m_err.flush();

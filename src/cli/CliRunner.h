@@ -14,17 +14,19 @@ namespace korvane {
 enum ExitStatus { ExitDone = 0, ExitMoveFailed = 1, ExitUsage = 2 };
 
 // Carries out parsed options: everything is checked before the first change on disk.
+class CliSession;
+
 class CliRunner {
 public:
     CliRunner(QTextStream &out, QTextStream &err);
     int run(const Options &options);
 
 private:
-    int applySets(const Options &options);
-    int list(const Options &options);
-    int switchNamed(const Options &options, bool on);
-    int duplicates(const Options &options);
-    int saveSet(const Options &options);
+    int applySets(CliSession &session, const Options &options);
+    int list(CliSession &session, const Options &options);
+    int switchNamed(CliSession &session, const Options &options, bool on);
+    int duplicates(CliSession &session, const Options &options);
+    int saveSet(CliSession &session, const Options &options);
     int showSet(const Options &options);
 
     // Leaves in place every pending plug-in whose target is where another installed copy lies.

@@ -5,6 +5,7 @@
 #include "platform/SharedInstances.h"
 #include "platform/SystemLog.h"
 #include "privileged/NullAuthorizationBackend.h"
+#include "shell/AppContext.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -42,6 +43,7 @@ CliSession::CliSession(const Options &options, QTextStream &err)
 
 CliSession::~CliSession()
 {
+    m_context.reset();
     resetSharedInstances();
     AuthorizationBackend::setCurrent(nullptr);
     UserInterface::setCurrent(nullptr);
@@ -55,6 +57,12 @@ CliSession::~CliSession()
     m_log.reset();
     restoreVariable(m_home);
     restoreVariable(m_root);
+}
+
+void CliSession::startControllers()
+{
+    if (!m_context)
+        m_context = std::make_unique<AppContext>(AppContext::Options{false});
 }
 
 QString CliSession::resolvePath(const QString &path)

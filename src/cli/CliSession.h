@@ -10,20 +10,25 @@ class QTextStream;
 
 namespace korvane {
 
+class AppContext;
 class NullAuthorizationBackend;
 class SystemLogCapture;
 struct Options;
 
 // Everything one run of the tool sets up and takes down again: the roots from --root and --home
 // (in the environment before any controller reads them), the prompt-free interface, no
-// authorization prompt, and the diagnostics kept for --verbose. The controllers it lets the
-// accessors create are dropped when it goes.
+// authorization prompt, and the diagnostics kept for --verbose. The controllers are made only
+// when asked for, so that input can be checked before anything is written.
 class CliSession {
 public:
     CliSession(const Options &options, QTextStream &err);
     ~CliSession();
     CliSession(const CliSession &) = delete;
     CliSession &operator=(const CliSession &) = delete;
+
+    // Every controller, installed for the accessors; without the window-load steps and without
+    // the start-up that opens default sets.
+    void startControllers();
 
     // "~" and relative paths as the shell would have resolved them, with this run's home.
     static QString resolvePath(const QString &path);
@@ -45,6 +50,7 @@ private:
     CliUi m_ui;
     std::unique_ptr<NullAuthorizationBackend> m_authorization;
     std::unique_ptr<SystemLogCapture> m_log;
+    std::unique_ptr<AppContext> m_context;
 };
 
 } // namespace korvane
