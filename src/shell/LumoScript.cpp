@@ -21,10 +21,10 @@ struct ScriptOption {
 };
 
 const ScriptOption kOptions[TypeCount] = {
-    {" -AU '%@'", "There is no set selected for AudioUnits"},
-    {" -RTAS '%@'", "There is no set selected for RTAS"},
-    {" -MAS '%@'", "There is no set selected for MAS"},
-    {" -VST '%@'", "There is no set selected for VST"},
+    {" -AU '%@'", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for AudioUnits")},
+    {" -RTAS '%@'", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for RTAS")},
+    {" -MAS '%@'", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for MAS")},
+    {" -VST '%@'", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for VST")},
 };
 
 } // namespace

@@ -38,6 +38,8 @@ public:
     void connectPreferences(MyPrefObj *pref);
 
     // --- Lifecycle -----------------------------------------------------------------------------
+    // The front end calls these where the platform would notify: once its event loop runs, and
+    // before it quits. Nothing subscribes on its own, so the command-line tool never saves by accident.
     void awakeFromNib(); // initTabView, then the group submenu
     void applicationDidFinishLaunching();
     void applicationWillTerminate();

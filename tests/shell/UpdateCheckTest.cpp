@@ -12,57 +12,48 @@ namespace korvane {
 
 namespace {
 
-QByteArray versionList(const QVariantMap &entries)
-{
-    return PropertyList::toXml(entries);
-}
-
-// Answers every request on 127.0.0.1 with one HTTP/1.0 response, or never when silent.
+// Answers each request on 127.0.0.1 with one HTTP/1.0 response, or never when silent.
 class VersionServer {
 public:
     explicit VersionServer(const QByteArray &body, int status = 200, bool silent = false)
     {
-        m_response = QByteArray("HTTP/1.0 ") + QByteArray::number(status) + " Status\r\n"
-                     + "Content-Type: text/xml\r\nContent-Length: " + QByteArray::number(body.size())
-                     + "\r\n\r\n" + body;
+        const QByteArray response = "HTTP/1.0 " + QByteArray::number(status) + " X\r\nContent-Length: "
+                                    + QByteArray::number(body.size()) + "\r\n\r\n" + body;
         m_server.listen(QHostAddress::LocalHost, 0);
-        QObject::connect(&m_server, &QTcpServer::newConnection, [this, silent] {
+        QObject::connect(&m_server, &QTcpServer::newConnection, [this, response, silent] {
             while (QTcpSocket *socket = m_server.nextPendingConnection()) {
                 ++requests;
-                if (silent)
-                    continue;
-                QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
-                    m_request += socket->readAll();
-                    if (!m_request.contains("\r\n\r\n"))
-                        return;
-                    socket->write(m_response);
-                    socket->disconnectFromHost();
-                });
+                if (!silent)
+                    QObject::connect(socket, &QTcpSocket::readyRead, socket, [socket, response] {
+                        if (socket->peek(4096).contains("\r\n\r\n")) {
+                            socket->write(response);
+                            socket->disconnectFromHost();
+                        }
+                    });
             }
         });
+        qputenv("KORVANE_UPDATE_URL", url().toUtf8());
     }
-
-    bool listening() const { return m_server.isListening(); }
-    QString url() const
-    {
-        return QStringLiteral("http://127.0.0.1:%1/versions.plist").arg(m_server.serverPort());
-    }
-
+    QString url() const { return QStringLiteral("http://127.0.0.1:%1/v.plist").arg(m_server.serverPort()); }
     int requests = 0;
 
 private:
     QTcpServer m_server;
-    QByteArray m_response;
-    QByteArray m_request;
 };
 
-const QString kDownload = QStringLiteral("http://127.0.0.1:9/download.html");
+QByteArray listing(const QString &version) { return PropertyList::toXml(QVariantMap{{"KorvaneOSX", version}}); }
 
-QString newVersionMessage(const QString &version)
+QStringList texts(const Alert &alert) { return {alert.title, alert.messageText, alert.buttons.join('|')}; }
+
+const QStringList kNoConnection = {"Update check", "Could not connect to the internet", "Ok"};
+const QStringList kUpToDate = {"Your Software is up-to-date",
+                               "You have the most recent version of \"Korvane\".", "OK"};
+QStringList newVersion(const QString &version)
 {
-    return QStringLiteral("A new version of \"Korvane\" is available (version %1). Would you like "
-                          "to download the new version now?")
-        .arg(version);
+    return {"A New Version is Available",
+            QStringLiteral("A new version of \"Korvane\" is available (version %1). Would you like to "
+                           "download the new version now?").arg(version),
+            "OK|Cancel"};
 }
 
 } // namespace
@@ -72,7 +63,7 @@ protected:
     void SetUp() override
     {
         ShellTest::SetUp();
-        qputenv("KORVANE_DOWNLOAD_URL", kDownload.toUtf8());
+        qputenv("KORVANE_DOWNLOAD_URL", "http://127.0.0.1:9/download.html");
     }
     void TearDown() override
     {
@@ -81,105 +72,61 @@ protected:
         ShellTest::TearDown();
     }
 
-    // Runs the check against a server listing the given version list.
-    void check(VersionServer &server, const QString &installed)
+    // The texts of the one alert a check against a server with this body showed.
+    QStringList check(const QByteArray &body, const QString &installed = "1.2", int status = 200)
     {
-        ASSERT_TRUE(server.listening());
-        qputenv("KORVANE_UPDATE_URL", server.url().toUtf8());
+        ui.alerts.clear();
+        VersionServer server(body, status);
         UpdateCheck update;
         update.setInstalledVersion(installed);
         update.run();
-    }
-
-    void expectNoConnection()
-    {
-        ASSERT_EQ(ui.alerts.size(), 1);
-        EXPECT_EQ(ui.alerts.first().title, "Update check");
-        EXPECT_EQ(ui.alerts.first().messageText, "Could not connect to the internet");
-        EXPECT_EQ(ui.alerts.first().buttons, QStringList{"Ok"});
-        EXPECT_TRUE(ui.openedUrls.isEmpty());
+        EXPECT_EQ(server.requests, 1);
+        EXPECT_EQ(ui.alerts.size(), 1);
+        return ui.alerts.isEmpty() ? QStringList() : texts(ui.alerts.last());
     }
 };
 
-TEST_F(UpdateCheckTest, TheSameVersionIsUpToDate)
+TEST_F(UpdateCheckTest, ComparesTheListedVersionAsAnExactString)
 {
-    VersionServer server(versionList({{"KorvaneOSX", "1.2"}}));
-    check(server, "1.2");
-    EXPECT_EQ(server.requests, 1);
-    ASSERT_EQ(ui.alerts.size(), 1);
-    EXPECT_EQ(ui.alerts.first().title, "Your Software is up-to-date");
-    EXPECT_EQ(ui.alerts.first().messageText, "You have the most recent version of \"Korvane\".");
-    EXPECT_EQ(ui.alerts.first().buttons, QStringList{"OK"});
-    EXPECT_TRUE(ui.openedUrls.isEmpty());
+    EXPECT_EQ(check(listing("1.2")), kUpToDate);
+    EXPECT_EQ(check(listing("1.1")), newVersion("1.1"));
+    EXPECT_EQ(check(listing("1.2.0")), newVersion("1.2.0"));
+    EXPECT_EQ(check(listing("1.2"), "1.2.0"), newVersion("1.2"));
+    EXPECT_EQ(check(PropertyList::toXml(QVariantMap{{"Other", "1.2"}})), newVersion("")); // no key
+    EXPECT_EQ(ui.openedUrls.size(), 4); // each "new version" panel above was answered with OK
 }
 
-TEST_F(UpdateCheckTest, AnyDifferenceOffersTheListedVersion)
+TEST_F(UpdateCheckTest, OnlyOKOpensTheDownloadPage)
 {
-    const QList<QPair<QString, QString>> cases = {{"1.2", "1.1"}, {"1.2", "1.2.0"}, {"1.2", "1.3"}};
-    for (const auto &[installed, listed] : cases) {
-        ui.alerts.clear();
-        ui.alertAnswers << AlertAlternate; // "Cancel" opens nothing
-        VersionServer server(versionList({{"KorvaneOSX", listed}}));
-        check(server, installed);
-        ASSERT_EQ(ui.alerts.size(), 1) << listed.toStdString();
-        EXPECT_EQ(ui.alerts.first().title, "A New Version is Available");
-        EXPECT_EQ(ui.alerts.first().messageText, newVersionMessage(listed));
-        EXPECT_EQ(ui.alerts.first().buttons, QStringList({"OK", "Cancel"}));
-    }
+    ui.alertAnswers << AlertAlternate;
+    check(listing("2.0"));
     EXPECT_TRUE(ui.openedUrls.isEmpty());
-}
-
-TEST_F(UpdateCheckTest, OKOpensTheDownloadPage)
-{
-    VersionServer server(versionList({{"KorvaneOSX", "2.0"}}));
     ui.alertAnswers << AlertDefault;
-    check(server, "1.2");
-    EXPECT_EQ(ui.openedUrls, QList<QUrl>{QUrl(kDownload)});
-}
-
-TEST_F(UpdateCheckTest, AListWithoutTheKeyCountsAsADifferentVersion)
-{
-    VersionServer server(versionList({{"SomethingElse", "1.2"}}));
-    check(server, "1.2");
-    ASSERT_EQ(ui.alerts.size(), 1);
-    EXPECT_EQ(ui.alerts.first().messageText, newVersionMessage(""));
+    check(listing("2.0"));
+    EXPECT_EQ(ui.openedUrls, QList<QUrl>{QUrl("http://127.0.0.1:9/download.html")});
 }
 
 TEST_F(UpdateCheckTest, AnythingButAVersionDictionaryIsNoConnection)
 {
-    VersionServer array(PropertyList::toXml(QVariantList{"KorvaneOSX", "1.2"}));
-    check(array, "1.2");
-    expectNoConnection();
-
-    ui.alerts.clear();
-    VersionServer garbage("<html>\x01\xff not a list");
-    check(garbage, "1.2");
-    expectNoConnection();
-
-    ui.alerts.clear();
-    VersionServer missing(versionList({{"KorvaneOSX", "1.2"}}), 404);
-    check(missing, "1.2");
-    expectNoConnection();
+    EXPECT_EQ(check(PropertyList::toXml(QVariantList{"KorvaneOSX", "1.2"})), kNoConnection);
+    EXPECT_EQ(check("<html>\x01\xff not a list"), kNoConnection);
+    EXPECT_EQ(check(listing("1.2"), "1.2", 404), kNoConnection);
 }
 
-TEST_F(UpdateCheckTest, AnUnreachableServerIsNoConnection)
+TEST_F(UpdateCheckTest, AnUnreachableOrSilentServerIsNoConnection)
 {
     quint16 port = 0;
     {
-        QTcpServer probe; // a port that was free a moment ago and now has no listener
+        QTcpServer probe; // free a moment ago, and nothing listens there now
         ASSERT_TRUE(probe.listen(QHostAddress::LocalHost, 0));
         port = probe.serverPort();
     }
-    qputenv("KORVANE_UPDATE_URL", QStringLiteral("http://127.0.0.1:%1/versions.plist").arg(port).toUtf8());
+    qputenv("KORVANE_UPDATE_URL", QStringLiteral("http://127.0.0.1:%1/v.plist").arg(port).toUtf8());
     UpdateCheck().run();
-    expectNoConnection();
-}
+    ASSERT_EQ(ui.alerts.size(), 1);
+    EXPECT_EQ(texts(ui.alerts.last()), kNoConnection);
 
-TEST_F(UpdateCheckTest, AServerThatNeverAnswersTimesOut)
-{
-    VersionServer silent(versionList({{"KorvaneOSX", "1.2"}}), 200, true);
-    ASSERT_TRUE(silent.listening());
-    qputenv("KORVANE_UPDATE_URL", silent.url().toUtf8());
+    VersionServer silent(listing("1.2"), 200, true);
     UpdateCheck update;
     update.setTimeoutMs(300);
     QElapsedTimer clock;
@@ -187,17 +134,16 @@ TEST_F(UpdateCheckTest, AServerThatNeverAnswersTimesOut)
     update.run();
     EXPECT_LT(clock.elapsed(), 5000);
     EXPECT_EQ(silent.requests, 1);
-    expectNoConnection();
+    ASSERT_EQ(ui.alerts.size(), 2);
+    EXPECT_EQ(texts(ui.alerts.last()), kNoConnection);
 }
 
 TEST_F(UpdateCheckTest, TheMenuCommandComparesWithTheProgramsOwnVersion)
 {
-    VersionServer server(versionList({{"KorvaneOSX", UpdateCheck::programVersion()}}));
-    ASSERT_TRUE(server.listening());
-    qputenv("KORVANE_UPDATE_URL", server.url().toUtf8());
+    VersionServer server(listing(UpdateCheck::programVersion()));
     makeContext().main()->checkForUpdate();
     ASSERT_EQ(ui.alerts.size(), 1);
-    EXPECT_EQ(ui.alerts.first().title, "Your Software is up-to-date");
+    EXPECT_EQ(texts(ui.alerts.last()), kUpToDate);
 }
 
 } // namespace korvane
