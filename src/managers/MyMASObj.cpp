@@ -17,8 +17,8 @@ void MyMASObj::checkAndCreatePath(bool system)
 {
     FileOperations &files = FileOperations::current();
     // The RTAS parent comes first, as it always has for MAS; whatever exists is left alone.
-    for (const QString &path : {digidesignParent(system),
-                                Locations::folder(TypeMAS, system ? LocSystemActive : LocUserActive)}) {
+    const int loc = system ? LocSystemActive : LocUserActive;
+    for (const QString &path : {digidesignParent(system), Locations::folder(TypeMAS, loc)}) {
         const QString expanded = Locations::expand(path);
         if (!files.exists(expanded))
             files.createDirectory(expanded);

@@ -17,8 +17,8 @@ void MyRTASObj::checkAndCreatePath(bool system)
 {
     FileOperations &files = FileOperations::current();
     // Whatever exists at a path is left alone, folder or not.
-    for (const QString &path : {digidesignParent(system),
-                                Locations::folder(TypeRTAS, system ? LocSystemActive : LocUserActive)}) {
+    const int loc = system ? LocSystemActive : LocUserActive;
+    for (const QString &path : {digidesignParent(system), Locations::folder(TypeRTAS, loc)}) {
         const QString expanded = Locations::expand(path);
         if (!files.exists(expanded))
             files.createDirectory(expanded);

@@ -92,8 +92,8 @@ QList<MoveOutcome> TypeManager::applyAllPending()
 MoveOutcome TypeManager::applyRecord(int logIndex)
 {
     AULog &record = log[logIndex];
-    MoveOutcome outcome{record.getLogName(), record.getLogPath() + QLatin1Char('/') + record.getLogName(),
-                        QString(), false, false, FileError{}};
+    const QString source = record.getLogPath() + QLatin1Char('/') + record.getLogName();
+    MoveOutcome outcome{record.getLogName(), source, QString(), false, false, FileError{}};
 
     const int index = findItemIndex(record.getLogName(), record.getLogID());
     if (index < 0) {

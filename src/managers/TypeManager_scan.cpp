@@ -26,7 +26,7 @@ public:
         for (qsizetype i = 0; i < groups.size(); i += 2) {
             const QString name = groups.at(i).toString();
             if (!m_groups.contains(name))
-                m_groups.insert(name, i + 1 < groups.size() ? groups.at(i + 1).toString() : QString());
+                m_groups.insert(name, groups.value(i + 1).toString());
         }
     }
     QString groupOf(const QString &name) const { return m_groups.value(name, QStringLiteral("")); }

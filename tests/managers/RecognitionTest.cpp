@@ -82,8 +82,8 @@ TEST_F(RecognitionTest, RTASFoldersAreRtasPackagesOrTDMwDpmPackages)
 TEST_F(RecognitionTest, MASFoldersArePackagesWithAPluginTypeUUID)
 {
     EXPECT_TRUE(isMASPlugInPath(PluginLibraryBuilder::makeMAS(dir(), "Comp.bundle", MachO::ppc())));
-    EXPECT_TRUE(isMASPlugInPath(PluginLibraryBuilder::makeMAS(dir(), "Comp", MachO::ppc(),
-                                                               PluginLibraryBuilder::Binary)));
+    EXPECT_TRUE(isMASPlugInPath(
+        PluginLibraryBuilder::makeMAS(dir(), "Comp", MachO::ppc(), PluginLibraryBuilder::Binary)));
     EXPECT_FALSE(isMASPlugInPath(bundle("Empty.bundle", {{"MotuPluginTypeUUID", ""}})));
     EXPECT_FALSE(isMASPlugInPath(bundle("None.bundle")));
     EXPECT_FALSE(isMASPlugInPath(PluginLibraryBuilder::makeFolder(dir() + "/Folder")));
