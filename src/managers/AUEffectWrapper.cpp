@@ -57,10 +57,11 @@ bool matches(const ComponentDescription &component, const ComponentDescription &
         return false;
     if (wanted.componentSubType && wanted.componentSubType != component.componentSubType)
         return false;
-    if (wanted.componentManufacturer && wanted.componentManufacturer != component.componentManufacturer)
+    if (wanted.componentManufacturer &&
+        wanted.componentManufacturer != component.componentManufacturer)
         return false;
-    return (component.componentFlags & wanted.componentFlagsMask)
-        == (wanted.componentFlags & wanted.componentFlagsMask);
+    return (component.componentFlags & wanted.componentFlagsMask) ==
+           (wanted.componentFlags & wanted.componentFlagsMask);
 }
 
 // The registered component bundles in registry order: the system folder before the user's, each
@@ -81,8 +82,9 @@ QStringList componentBundles()
 
 } // namespace
 
-std::optional<Component> ComponentManager::findNextComponent(const std::optional<Component> &after,
-                                                             const ComponentDescription &description)
+std::optional<Component>
+ComponentManager::findNextComponent(const std::optional<Component> &after,
+                                    const ComponentDescription &description)
 {
     // Only the bundles from the previous component on are read, so a whole enumeration reads
     // each Info.plist about once.
@@ -105,8 +107,8 @@ std::optional<Component> ComponentManager::findNextComponent(const std::optional
     return std::nullopt;
 }
 
-int ComponentManager::getComponentInfo(const Component &component, ComponentDescription *description,
-                                       QByteArray *pascalName)
+int ComponentManager::getComponentInfo(const Component &component,
+                                       ComponentDescription *description, QByteArray *pascalName)
 {
     const QVariantList entries = audioComponents(component.bundlePath);
     if (component.index < 0 || component.index >= entries.size())
@@ -118,7 +120,8 @@ int ComponentManager::getComponentInfo(const Component &component, ComponentDesc
         *description = found;
     if (pascalName) {
         const QVariant name = entries.at(component.index).toMap().value(QStringLiteral("name"));
-        QByteArray text = name.typeId() == QMetaType::QString ? name.toString().toUtf8() : QByteArray();
+        QByteArray text =
+            name.typeId() == QMetaType::QString ? name.toString().toUtf8() : QByteArray();
         if (text.size() > kMaxNameBytes)
             text.truncate(kMaxNameBytes);
         *pascalName = QByteArray(1, char(quint8(text.size()))) + text;
@@ -177,7 +180,8 @@ void AUEffectWrapper::parseName(const QByteArray &pascalName)
     qsizetype start = colon + 1;
     while (start < text.size() && text.at(start) == ' ')
         ++start;
-    mEffectName = start < text.size() ? QString::fromUtf8(text.mid(start)) : QString(QLatin1String(""));
+    mEffectName =
+        start < text.size() ? QString::fromUtf8(text.mid(start)) : QString(QLatin1String(""));
 }
 
 } // namespace korvane

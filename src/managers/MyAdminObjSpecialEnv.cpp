@@ -38,7 +38,8 @@ bool MyAdminObj::createSpecialEnv(const AUItemPtr &item)
     }
     // Only a copy this call made is removed again: when the move above failed, the active path
     // still holds the plug-in itself, and the copy (which never overwrites) fails.
-    const bool copied = item && item->getAUActive() && files.copy(disabledPath(*item), activePath(*item));
+    const bool copied =
+        item && item->getAUActive() && files.copy(disabledPath(*item), activePath(*item));
 
     getPluginList();
     AppServices *services = AppServices::getMainObj();
@@ -47,8 +48,9 @@ bool MyAdminObj::createSpecialEnv(const AUItemPtr &item)
         if (description->componentManufacturer == kApple)
             continue;
         services->addLogEntry(this, QStringLiteral("----- Plug-In Info -----\n"));
-        services->addLogEntry(this, QStringLiteral("Type: %1\n")
-                                        .arg(ComponentManager::fourCharString(description->componentType)));
+        services->addLogEntry(
+            this, QStringLiteral("Type: %1\n")
+                      .arg(ComponentManager::fourCharString(description->componentType)));
     }
 
     if (copied)

@@ -53,8 +53,9 @@ void TypeManager::changeGroup(const AUItemPtr &item, const QString &group)
     });
     item->setAUGroup(group);
     if (!undo->isUndoing())
-        undo->setActionName(QStringLiteral("%1 %2 for \"%3\"")
-                                .arg(QStringLiteral("setGroup"), item->getAUGroup(), item->getAUName()));
+        undo->setActionName(
+            QStringLiteral("%1 %2 for \"%3\"")
+                .arg(QStringLiteral("setGroup"), item->getAUGroup(), item->getAUName()));
     if (undo->isUndoing() || undo->isRedoing())
         reloadTable();
     services->setUndoTitle();
@@ -63,7 +64,8 @@ void TypeManager::changeGroup(const AUItemPtr &item, const QString &group)
 
 void TypeManager::setGroup(const QString &menuTitle)
 {
-    const QString group = menuTitle == QLatin1String("none") ? QString(QLatin1String("")) : menuTitle;
+    const QString group =
+        menuTitle == QLatin1String("none") ? QString(QLatin1String("")) : menuTitle;
     for (int row : std::as_const(m_selectedRows)) {
         if (row >= 0 && row < plugins.size())
             plugins.at(row)->setAUGroup(group);

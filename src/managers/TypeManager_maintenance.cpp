@@ -11,7 +11,6 @@
 
 #include <QDateTime>
 #include <QHash>
-#include <QSet>
 #include <algorithm>
 #include <functional>
 
@@ -37,14 +36,12 @@ QList<QPair<int, int>> duplicatePositions(const QList<AUItemPtr> &items)
     for (const AUItemPtr &item : items)
         ++counts[item->getAUName()];
     QList<QPair<int, int>> positions;
-    QSet<QString> reported;
     for (int i = 0; i < items.size(); ++i) {
-        const QString name = items.at(i)->getAUName();
-        const int count = counts.value(name);
-        if (count < 2 || reported.contains(name))
+        const auto count = counts.find(items.at(i)->getAUName());
+        if (count.value() < 2)
             continue;
-        reported.insert(name);
-        positions.append({i, count});
+        positions.append({i, count.value()});
+        count.value() = 0; // reported: later items of the name are passed over
     }
     return positions;
 }
@@ -77,13 +74,18 @@ void TypeManager::checkForDuplicates()
 {
     AppServices *services = AppServices::getMainObj();
     services->showLog();
-    services->addLogEntry(this, QStringLiteral("----- %1 -----\n").arg(QDateTime::currentDateTime().toString()));
+    services->addLogEntry(
+        this, QStringLiteral("----- %1 -----\n").arg(QDateTime::currentDateTime().toString()));
 
+    // The lines go to the log as one entry: the same text, and one append instead of one per
+    // line keeps a long report linear however the log stores its text.
+    QString report;
     for (const auto &[index, count] : duplicatePositions(plugins)) {
-        const AUItemPtr &item = plugins.at(index);
-        services->addLogEntry(item.get(), QStringLiteral("Plugin %1 is found %2 times\n")
-                                              .arg(item->getAUName(), QString::number(count)));
+        report += QStringLiteral("Plugin %1 is found %2 times\n")
+                      .arg(plugins.at(index)->getAUName(), QString::number(count));
     }
+    if (!report.isEmpty())
+        services->addLogEntry(this, report);
 }
 
 QList<QPair<QString, int>> TypeManager::duplicateNames(const QList<AUItemPtr> &items)

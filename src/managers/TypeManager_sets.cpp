@@ -195,7 +195,8 @@ void TypeManager::selectSet(int index)
         alert.style = Alert::Informational;
         alert.messageText = tr("Selected Set not found");
         alert.buttons = {tr("try again"), tr("remove")};
-        alert.informativeText = tr("The set \"%@\" not longer exist.").replace(QLatin1String("%@"), path);
+        alert.informativeText =
+            tr("The set \"%@\" not longer exist.").replace(QLatin1String("%@"), path);
         if (UserInterface::current().runAlert(alert) != AlertDefault) {
             pbSetsTitles.removeAll(path);
             emit setsChanged();

@@ -86,9 +86,9 @@ void TypeManager::setObjectValue(const QVariant &value, const QString &identifie
 
 QString TypeManager::undoActionName(const AUItem &item, bool globalFlag) const
 {
-    const QString word = globalFlag
-        ? (item.getAUGlobal() ? QStringLiteral("setGlobal") : QStringLiteral("setLocal"))
-        : (item.getAUActive() ? m_traits.activeOnWord : m_traits.activeOffWord);
+    const QString word =
+        globalFlag ? (item.getAUGlobal() ? QStringLiteral("setGlobal") : QStringLiteral("setLocal"))
+                   : (item.getAUActive() ? m_traits.activeOnWord : m_traits.activeOffWord);
     const QString name = item.getAUName();
     if (!m_traits.wordFirst)
         return QStringLiteral("%1 \"%2\"").arg(name, word);
@@ -97,7 +97,8 @@ QString TypeManager::undoActionName(const AUItem &item, bool globalFlag) const
     return QStringLiteral("%1 \"%2\"").arg(word, name);
 }
 
-void TypeManager::changeObject(const AUItemPtr &item, const QString &identifier, const QVariant &data)
+void TypeManager::changeObject(const AUItemPtr &item, const QString &identifier,
+                               const QVariant &data)
 {
     if (!item)
         return;
@@ -156,7 +157,7 @@ void TypeManager::sortPlugins()
     if (m_sortDescriptors.isEmpty())
         return;
     // Stable, and item IDs stay as the scan gave them: activation finds items by ID.
-    std::stable_sort(plugins.begin(), plugins.end(), [this](const AUItemPtr &a, const AUItemPtr &b) {
+    const auto before = [this](const AUItemPtr &a, const AUItemPtr &b) {
         for (const SortDescriptor &descriptor : std::as_const(m_sortDescriptors)) {
             int order = compareValues(itemValue(*a, descriptor.key), itemValue(*b, descriptor.key),
                                       descriptor.caseInsensitive);
@@ -166,7 +167,8 @@ void TypeManager::sortPlugins()
                 return order < 0;
         }
         return false;
-    });
+    };
+    std::stable_sort(plugins.begin(), plugins.end(), before);
 }
 
 QStringList TypeManager::writeRows(const QList<int> &rows) const
@@ -174,12 +176,14 @@ QStringList TypeManager::writeRows(const QList<int> &rows) const
     QStringList paths;
     for (int row : rows) {
         if (row >= 0 && row < plugins.size())
-            paths << QStringLiteral("%1/%2").arg(plugins.at(row)->getAULocation(), plugins.at(row)->getAUName());
+            paths << QStringLiteral("%1/%2").arg(plugins.at(row)->getAULocation(),
+                                                 plugins.at(row)->getAUName());
     }
     return paths;
 }
 
-DropValidation TypeManager::validateDrop(int proposedRow, bool proposedOnRow, bool fromInsideApplication) const
+DropValidation TypeManager::validateDrop(int proposedRow, bool proposedOnRow,
+                                         bool fromInsideApplication) const
 {
     DropValidation validation{fromInsideApplication ? 0 : 4, proposedRow, proposedOnRow};
     if (proposedOnRow) {
@@ -196,7 +200,8 @@ bool TypeManager::acceptDrop(const QStringList &paths)
     alert.style = Alert::Informational;
     alert.messageText = tr("Install Files");
     alert.informativeText = tr(m_traits.installInformative.toUtf8().constData());
-    alert.buttons = {tr(m_traits.installFirstButton.toUtf8().constData()), tr("All Files"), tr("Cancel")};
+    alert.buttons = {tr(m_traits.installFirstButton.toUtf8().constData()), tr("All Files"),
+                     tr("Cancel")};
     alert.addedButtons = true;
     const int answer = ui.runAlert(alert);
     if (answer != AlertFirst && answer != AlertSecond)
@@ -215,7 +220,8 @@ bool TypeManager::acceptDrop(const QStringList &paths)
         const bool recognised = recognise(m_traits.recognitionTakesFullPath ? path : name);
         if (!recognised && !allFiles)
             continue;
-        const QString target = Locations::expand(QString(m_traits.installTarget).replace(QLatin1String("%@"), name));
+        const QString target =
+            Locations::expand(QString(m_traits.installTarget).replace(QLatin1String("%@"), name));
         // A fresh account may have no plug-in folder yet; a drop should still install.
         AppServices::getMainObj()->createFolders(target);
         files.copy(path, target); // never overwrites; failures show in the rescan

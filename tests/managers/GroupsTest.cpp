@@ -16,17 +16,22 @@ protected:
     void SetUp() override
     {
         FormatManagerFixture::SetUp();
-        AppServices::getMainObj()->getGroups() << "Synths" << "Drums";
+        AppServices::getMainObj()->getGroups() << "Synths"
+                                               << "Drums";
         groupsFile = homePath("Library/Application Support/Korvane/augroups.plist");
         TestRoots::writeText(groupsFile, PropertyList::toXml(QVariantList{
-            "A.component", "Synths", "B.component", "Drums", "C.component", "Synths", "A.component", "Drums"}));
+                                             "A.component", "Synths", "B.component", "Drums",
+                                             "C.component", "Synths", "A.component", "Drums"}));
         for (const char *name : {"A.component", "B.component", "C.component"})
             addAU(LocSystemDisabled, name);
         addAU(LocUserActive, "D.component");
         au = MyAdminObj::getAUObj();
         au->reloadData();
     }
-    QVariantList groupsOnDisk() const { return PropertyList::readArray(groupsFile).value_or(QVariantList{"unreadable"}); }
+    QVariantList groupsOnDisk() const
+    {
+        return PropertyList::readArray(groupsFile).value_or(QVariantList{"unreadable"});
+    }
 };
 
 TEST_F(GroupsTest, FindGroupTakesTheFirstPairOfTheName)

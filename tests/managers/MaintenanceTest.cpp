@@ -96,7 +96,8 @@ TEST_F(MaintenanceTest, DeleteTrashesFromTheHighestRowDown)
 
     au->deleteItem();
     const QString folderPath = folder(TypeAU, LocUserActive);
-    EXPECT_EQ(recording.trashed, QStringList({folderPath + "/" + fifth, folderPath + "/" + second}));
+    EXPECT_EQ(recording.trashed,
+              QStringList({folderPath + "/" + fifth, folderPath + "/" + second}));
     EXPECT_TRUE(exists(homePath(".local/share/Trash/files/") + fifth));
     EXPECT_FALSE(exists(folderPath + "/" + second));
     EXPECT_EQ(au->plugins.size(), 5);
@@ -126,7 +127,8 @@ TEST_F(MaintenanceTest, InfoWithoutSelectionAndRestoreExplainThemselves)
     MyVSTObj *vst = MyVSTObj::getVSTObj();
     vst->getInfo();
     vst->backupRestore();
-    EXPECT_EQ(ui.alertMessages(), QStringList({"VST Plug-Ins Info", "VST Plug-Ins Backup Restore"}));
+    EXPECT_EQ(ui.alertMessages(),
+              QStringList({"VST Plug-Ins Info", "VST Plug-Ins Backup Restore"}));
     EXPECT_EQ(ui.alerts[0].informativeText, "Please select a VST Plug-In");
 }
 
@@ -137,8 +139,10 @@ TEST_F(MaintenanceTest, ArchitectureColumnAndSwitch)
     au->setPlattformVisible(false);
     EXPECT_EQ(au->columns().count("AUType"), 1);
 
-    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, LocSystemActive), "Ppc.component", MachO::ppc());
-    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, LocSystemActive), "Fat.component", MachO::universal2());
+    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, LocSystemActive), "Ppc.component",
+                                        MachO::ppc());
+    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, LocSystemActive), "Fat.component",
+                                        MachO::universal2());
     au->reloadData();
     au->setPlattformActive(3, false);
     EXPECT_FALSE(item(au, "Fat.component")->getAUActive());

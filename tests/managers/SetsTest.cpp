@@ -34,7 +34,10 @@ protected:
         au->save();
         return path;
     }
-    QString setsFile() const { return homePath("Library/Application Support/Korvane/ausets.plist"); }
+    QString setsFile() const
+    {
+        return homePath("Library/Application Support/Korvane/ausets.plist");
+    }
 };
 
 TEST_F(SetsTest, SavedSetReopensWithItsFlags)

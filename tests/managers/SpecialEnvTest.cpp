@@ -33,7 +33,8 @@ protected:
     {
         FormatManagerFixture::SetUp();
         instrument(LocSystemActive, "Synth.component",
-                   {component("aumu", "appl", "Apple: DLS"), component("aumu", "Acme", "Acme: Big Synth"),
+                   {component("aumu", "appl", "Apple: DLS"),
+                    component("aumu", "Acme", "Acme: Big Synth"),
                     component("aufx", "Acme", "Acme: Delay")});
         instrument(LocUserActive, "Apple.component", {component("aumu", "appl", "Apple: Sampler")});
         addAU(LocUserDisabled, "Off.component");
@@ -61,7 +62,8 @@ TEST_F(SpecialEnvTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
     EXPECT_TRUE(au->createSpecialEnv(item(au, "Synth.component")));
     EXPECT_EQ(counting.moves, 2);
     EXPECT_TRUE(exists(folder(TypeAU, LocSystemDisabled) + "/Synth.component"));
-    EXPECT_FALSE(exists(folder(TypeAU, LocSystemActive) + "/Synth.component")); // the copy is gone again
+    EXPECT_FALSE(
+        exists(folder(TypeAU, LocSystemActive) + "/Synth.component")); // the copy is gone again
     EXPECT_TRUE(exists(folder(TypeAU, LocUserDisabled) + "/Apple.component"));
     EXPECT_EQ(logText(), "----- Plug-In Info -----\nType: aumu\n");
 
@@ -80,7 +82,8 @@ TEST_F(SpecialEnvTest, FailedMovesAreSilent)
 {
     QDir(folder(TypeAU, LocSystemDisabled)).removeRecursively();
     au->createSpecialEnv(item(au, "Synth.component"));
-    EXPECT_TRUE(exists(folder(TypeAU, LocSystemActive) + "/Synth.component")); // never removed in place
+    EXPECT_TRUE(
+        exists(folder(TypeAU, LocSystemActive) + "/Synth.component")); // never removed in place
     au->destroySpecialEnv();
     EXPECT_TRUE(exists(folder(TypeAU, LocSystemActive) + "/Synth.component"));
     EXPECT_TRUE(exists(folder(TypeAU, LocUserActive) + "/Apple.component"));
@@ -114,9 +117,11 @@ TEST(AUEffectWrapperNames, ParsesManufacturerAndEffect)
     parse("Acme: ");
     EXPECT_EQ(wrapper.manufacturer(), "Acme");
     EXPECT_EQ(wrapper.effectName(), "");
-    wrapper.parseName(QByteArray("\xC8" "Acme: X")); // a negative length is no name
+    wrapper.parseName(QByteArray("\xC8"
+                                 "Acme: X")); // a negative length is no name
     EXPECT_FALSE(wrapper.manufacturer().has_value());
-    wrapper.parseName(QByteArray("\x40" "Acme: X")); // shorter than announced
+    wrapper.parseName(QByteArray("\x40"
+                                 "Acme: X")); // shorter than announced
     EXPECT_EQ(wrapper.effectName(), "X");
     wrapper.parseName({});
     EXPECT_FALSE(wrapper.effectName().has_value());

@@ -122,7 +122,8 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
     EXPECT_EQ(ui.alerts[0].informativeText, "Install AudioUnits only?");
     EXPECT_EQ(ui.alerts[0].buttons, QStringList({"AudioUnits only", "All Files", "Cancel"}));
 
-    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, LocSystemActive), "Late.component", MachO::intel());
+    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, LocSystemActive), "Late.component",
+                                        MachO::intel());
     EXPECT_TRUE(au->acceptDrop(paths)); // recognised only, into a user folder that was missing
     EXPECT_TRUE(exists(folder(TypeAU, LocUserActive) + "/New.component/Contents/Info.plist"));
     EXPECT_FALSE(exists(folder(TypeAU, LocUserActive) + "/readme.txt"));
