@@ -4,12 +4,16 @@
 
 #include "app/AppServices.h"
 #include "panels/MyPrefObj.h"
+#include "platform/Bundle.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
 #include "platform/Texts.h"
 #include "ui/UserInterface.h"
 
+#include <QFile>
 #include <QHash>
+
+#include <sys/stat.h>
 
 namespace korvane {
 
@@ -71,6 +75,25 @@ private:
     qsizetype m_lastValue = -1;
 };
 
+// The recursive listing (parents before children, names sorted) without what lies inside file
+// packages. removeIrrelevantData drops those paths anyway, as it drops every following path that
+// starts with a package's path; leaving them out spares reading every bundle's inner folders.
+void collectOutsidePackages(const FileOperations &files, const QString &folder,
+                            const QString &relative, QStringList *result)
+{
+    const QString here = relative.isEmpty() ? folder : folder + QLatin1Char('/') + relative;
+    const QStringList names = files.directoryContents(here);
+    for (const QString &name : names) {
+        const QString entry = relative.isEmpty() ? name : relative + QLatin1Char('/') + name;
+        result->append(entry);
+        const QString full = folder + QLatin1Char('/') + entry;
+        struct stat info; // links to folders are listed, not followed
+        if (::lstat(QFile::encodeName(full).constData(), &info) == 0 && S_ISDIR(info.st_mode)
+            && !Bundle::isFilePackage(full))
+            collectOutsidePackages(files, folder, entry, result);
+    }
+}
+
 void createIfMissing(FileOperations &files, const QString &path)
 {
     if (!files.exists(path))
@@ -114,8 +137,11 @@ void TypeManager::reloadData()
         if (subpathsAllowed && MyPrefObj::getPref()->scanSubpaths(m_traits.type)) {
             // The user's disabled folder has always been handed over with its direct listing,
             // so plug-ins in its subfolders are not found; kept so existing setups scan the same.
-            const QStringList listing = loc == LocUserDisabled ? files.directoryContents(folder)
-                                                               : files.subpaths(folder);
+            QStringList listing;
+            if (loc == LocUserDisabled)
+                listing = files.directoryContents(folder);
+            else
+                collectOutsidePackages(files, folder, QString(), &listing);
             entries = main->removeIrrelevantData(m_traits.type, loc, listing);
         } else {
             entries = files.directoryContents(folder);
