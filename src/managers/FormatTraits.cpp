@@ -178,27 +178,24 @@ bool isAudioUnitName(const QString &name)
     return name.endsWith(QLatin1String("component"));
 }
 
+// The name is tested before the disk is asked, and a bundle's Info.plist read only when its name
+// qualifies.
 bool isVSTPlugInPath(const QString &path)
 {
-    if (isFolder(path))
-        return lastComponent(path).endsWith(QLatin1String(".vst")) && Bundle::isFilePackage(path);
-    return isTypedFile(path, QLatin1StringView("'aPcs'"));
+    if (lastComponent(path).endsWith(QLatin1String(".vst")) && Bundle::isFilePackage(path))
+        return true;
+    return !isFolder(path) && isTypedFile(path, QLatin1StringView("'aPcs'"));
 }
 
 bool isRTASPlugInPath(const QString &path)
 {
-    if (isFolder(path)) {
-        const QString name = lastComponent(path);
-        const bool rtas = name.endsWith(QLatin1String(".rtas"));
-        if (!rtas && !name.endsWith(QLatin1String(".dpm")))
-            return false;
-        if (!Bundle::isFilePackage(path))
-            return false;
+    const QString name = lastComponent(path);
+    const bool rtas = name.endsWith(QLatin1String(".rtas"));
+    if ((rtas || name.endsWith(QLatin1String(".dpm"))) && Bundle::isFilePackage(path))
         return rtas
             || Bundle::infoValue(path, QStringLiteral("CFBundlePackageType")).toString()
                    == QLatin1String("TDMw");
-    }
-    return isTypedFile(path, QLatin1StringView("'TDMw'"));
+    return !isFolder(path) && isTypedFile(path, QLatin1StringView("'TDMw'"));
 }
 
 bool isMASPlugInPath(const QString &path)
