@@ -130,21 +130,24 @@ void TypeManager::openDefaultSet(const QString &path)
 
 QStringList TypeManager::mergeSet(const QString &path)
 {
-    // Each saved item updates the first current item of its name; a name index makes that one
-    // look-up instead of a walk through the list.
-    QHash<QString, AUItemPtr> firstByName;
-    firstByName.reserve(plugins.size());
-    for (const AUItemPtr &item : std::as_const(plugins)) {
-        if (!firstByName.contains(item->getAUName()))
-            firstByName.insert(item->getAUName(), item);
-    }
+    // Each saved item updates the first current item of its name. A document that names a
+    // plug-in twice (saved while two copies were installed) gives its second entry to the second
+    // copy: sending both entries to the first copy would move it onto the second and delete that.
+    QHash<QString, QList<AUItemPtr>> byName;
+    byName.reserve(plugins.size());
+    for (const AUItemPtr &item : std::as_const(plugins))
+        byName[item->getAUName()].append(item);
+    QHash<QString, int> used;
     QStringList missing;
     for (const AUItemPtr &saved : SetDocument::read(path)) {
-        const AUItemPtr item = firstByName.value(saved->getAUName());
-        if (!item) {
+        const auto found = byName.constFind(saved->getAUName());
+        if (found == byName.constEnd()) {
             missing << saved->getAUName();
             continue;
         }
+        int &seen = used[saved->getAUName()];
+        const AUItemPtr item = found->value(seen < found->size() ? seen : 0);
+        ++seen;
         item->setAUName(saved->getAUName());
         item->setAULocation(saved->getAULocation());
         item->setAUGlobal(saved->getAUGlobal());
