@@ -10,17 +10,16 @@
 namespace korvane {
 namespace {
 
-class AuthorizationBackendTest : public TestRoots {
-protected:
-    ScriptedUi ui;
-    SystemLogCapture log;
-};
+using AuthorizationBackendTest = TestRoots;
 
 TEST_F(AuthorizationBackendTest, AllowAllBackendReportsAToolThatCannotStart)
 {
+    ScriptedUi ui;
+    SystemLogCapture log;
     NullAuthorizationBackend backend;
     AuthorizationBackend::setCurrent(&backend);
-    EXPECT_FALSE(BLAuthentication::sharedInstance()->executeCommand(homePath("no-such-tool"), QStringList{"x"}));
+    EXPECT_FALSE(BLAuthentication::sharedInstance()->executeCommand(homePath("no-such-tool"),
+                                                                    QStringList{"x"}));
     EXPECT_EQ(ui.beeps, 1);
     EXPECT_EQ(log.lines(), QStringList{"Error -60031 in AuthorizationExecuteWithPrivileges"});
     // The installed backend goes with the shared instances.
@@ -32,7 +31,8 @@ TEST_F(AuthorizationBackendTest, PolkitAsksNothingForUnknownReferencesOrPlainChe
 {
     PolkitBackend polkit;
     const AuthorizationRights rights{1, {{"system.privilege.admin", "/bin/kill", 0}}};
-    EXPECT_EQ(polkit.copyRights(42, rights, AuthorizationFlagExtendRights), AuthorizationInvalidRef);
+    EXPECT_EQ(polkit.copyRights(42, rights, AuthorizationFlagExtendRights),
+              AuthorizationInvalidRef);
     EXPECT_EQ(polkit.executeWithPrivileges(42, "/bin/kill", std::nullopt), AuthorizationInvalidRef);
     AuthorizationRef ref = 0;
     ASSERT_EQ(polkit.create(&ref), AuthorizationSuccess);
@@ -40,7 +40,6 @@ TEST_F(AuthorizationBackendTest, PolkitAsksNothingForUnknownReferencesOrPlainChe
     EXPECT_EQ(polkit.copyRights(ref, rights, AuthorizationFlagPartialRights), AuthorizationSuccess);
     polkit.free(ref, AuthorizationFlagDestroyRights);
     EXPECT_EQ(polkit.copyRights(ref, rights, AuthorizationFlagDefaults), AuthorizationInvalidRef);
-    EXPECT_EQ(PolkitBackend::actionFor("system.privilege.admin"), "org.freedesktop.policykit.exec");
 }
 
 } // namespace

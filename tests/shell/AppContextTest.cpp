@@ -1,7 +1,6 @@
 #include "ShellFixture.h"
 
 #include "managers/MyAdminObj.h"
-#include "managers/MyMASObj.h"
 #include "managers/MyVSTObj.h"
 #include "panels/MyMissingItems.h"
 #include "platform/SharedInstances.h"
@@ -25,16 +24,12 @@ TEST_F(Context, InstallsEveryControllerWhileItLivesAndNothingAfter)
         EXPECT_EQ(MyMissingItems::getMI(), ctx.missingItems());
         EXPECT_EQ(BLAuthentication::sharedInstance(), ctx.authentication());
         EXPECT_EQ(LumoScript::getLumoScript(), ctx.script());
-        EXPECT_EQ(ctx.mas()->setName(), "Untitled.maskorv");
-
         MyMainObj second; // does not take over
         EXPECT_EQ(MyMainObj::getMainObj(), ctx.main());
     }
     EXPECT_EQ(SharedInstance<MyMainObj>::peek(), nullptr);
-    EXPECT_EQ(SharedInstance<AppServices>::peek(), nullptr);
     EXPECT_EQ(SharedInstance<MyVSTObj>::peek(), nullptr);
     EXPECT_EQ(SharedInstance<BLAuthentication>::peek(), nullptr);
-
     MyMainObj *onDemand = MyMainObj::getMainObj();
     EXPECT_EQ(AppServices::getMainObj(), onDemand);
 }

@@ -7,19 +7,16 @@
 
 namespace {
 
+int g_argc = 1;
+char g_name[] = "test_shell";
+char *g_argv[] = {g_name, nullptr};
+
 class ShellEnvironment : public ::testing::Environment {
 public:
-    void SetUp() override
-    {
-        if (!QCoreApplication::instance())
-            m_app = std::make_unique<QCoreApplication>(m_argc, m_argv);
-    }
+    void SetUp() override { m_app = std::make_unique<QCoreApplication>(g_argc, g_argv); }
     void TearDown() override { m_app.reset(); }
 
 private:
-    int m_argc = 1;
-    char m_name[11] = "test_shell";
-    char *m_argv[2] = {m_name, nullptr};
     std::unique_ptr<QCoreApplication> m_app;
 };
 

@@ -18,6 +18,12 @@ inline void PrintTo(const QString &text, std::ostream *os)
 
 namespace korvane {
 
+// An alert as its title, message, informative text and buttons ("|"-joined).
+inline QStringList texts(const Alert &alert)
+{
+    return {alert.title, alert.messageText, alert.informativeText, alert.buttons.join('|')};
+}
+
 // Fresh roots, a scripted interface and a context built on request over those roots.
 class ShellTest : public TestRoots {
 protected:
@@ -37,23 +43,18 @@ protected:
 
     void setTypeOn(int type, bool on)
     {
-        context->pref()->defaults()->setObject(MyPrefObj::keyPrefix(type) + QStringLiteral("On"), on);
+        context->pref()->defaults()->setObject(MyPrefObj::keyPrefix(type) + "On", on);
     }
 
     // One plug-in of the format in its system-wide active folder.
     static QString placePlugin(int type, const QString &name)
     {
-        const QString folder = Locations::folderPath(type, LocSystemActive);
-        switch (type) {
-        case TypeAU:
-            return PluginLibraryBuilder::makeAudioUnit(folder, name, MachO::intel());
-        case TypeRTAS:
-            return PluginLibraryBuilder::makeRTAS(folder, name, MachO::intel());
-        case TypeMAS:
-            return PluginLibraryBuilder::makeMAS(folder, name, MachO::intel());
-        default:
-            return PluginLibraryBuilder::makeVST(folder, name, MachO::intel());
-        }
+        using Make = QString (*)(const QString &, const QString &, const QByteArray &,
+                                 PluginLibraryBuilder::PlistFormat);
+        const Make make[] = {&PluginLibraryBuilder::makeAudioUnit, &PluginLibraryBuilder::makeRTAS,
+                             &PluginLibraryBuilder::makeMAS, &PluginLibraryBuilder::makeVST};
+        return make[type](Locations::folderPath(type, LocSystemActive), name, MachO::intel(),
+                          PluginLibraryBuilder::Xml);
     }
 
     ScriptedUi ui;
