@@ -79,9 +79,9 @@ TEST_F(MyInfoObjTest, ContentTableFollowsTheItem)
     info()->addContent();
     info()->addContent(); // cancelled
     ASSERT_EQ(ui.openPanels.size(), 2);
-    EXPECT_TRUE(ui.openPanels[0].canChooseDirectories && !ui.openPanels[0].canChooseFiles);
-    EXPECT_FALSE(ui.openPanels[0].canCreateDirectories);
-    EXPECT_EQ(ui.openPanels[0].directory, homePath("Documents"));
+    const OpenPanelRequest &panel = ui.openPanels[0];
+    EXPECT_TRUE(panel.canChooseDirectories && !panel.canChooseFiles && !panel.canCreateDirectories);
+    EXPECT_EQ(panel.directory, homePath("Documents"));
     EXPECT_EQ(info()->objectValue(0), "/Library/Sampler Data");
     EXPECT_EQ(item->contentList(), (QStringList{"Sampler.component", "/Library/Sampler Data"}));
 

@@ -1,6 +1,7 @@
 #include "panels/MyPrefObj.h"
 
 #include "platform/PropertyList.h"
+#include "platform/SharedInstances.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 
@@ -40,28 +41,24 @@ TEST_F(MyPrefObjTest, FirstLaunchSeedsTheDefaults)
     EXPECT_EQ(stored(), seed); // all off but On, and no AUScanSubfolders
 }
 
-TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOver)
+TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeavesAllOff)
 {
     QDir().mkpath(rootPath("Library/Preferences"));
-    ASSERT_TRUE(
-        PropertyList::writeXml(rootPath(kPlist), QVariantMap{{"VSTOn", true}, {"RTASOn", false}}));
+    const QVariantMap machineWide{{"VSTOn", true}, {"RTASOn", false}};
+    ASSERT_TRUE(PropertyList::writeXml(rootPath(kPlist), machineWide));
     MyPrefObj *pref = MyPrefObj::getPref();
     EXPECT_EQ(readText(homePath(kPlist)), readText(rootPath(kPlist)));
     EXPECT_TRUE(pref->isTypeActive(3));
     EXPECT_FALSE(pref->isTypeActive(1));
     EXPECT_FALSE(pref->isTypeActive(0)); // never seeded
     EXPECT_FALSE(pref->scanSubpaths(2));
-}
 
-TEST_F(MyPrefObjTest, FailedCopyLeavesEveryTypeOff)
-{
-    QDir().mkpath(rootPath("Library/Preferences"));
-    ASSERT_TRUE(PropertyList::writeXml(rootPath(kPlist), QVariantMap{{"AUOn", true}}));
-    QDir().mkpath(homePath("Library/Preferences"));
+    ASSERT_TRUE(QFile::remove(homePath(kPlist)));
     ImmutableGuard guard(homePath("Library/Preferences"));
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
-    MyPrefObj *pref = MyPrefObj::getPref();
+    resetSharedInstances(); // the next launch
+    pref = MyPrefObj::getPref();
     EXPECT_FALSE(QFile::exists(homePath(kPlist)));
     for (int type = 0; type < 4; ++type) {
         EXPECT_FALSE(pref->isTypeActive(type));
@@ -94,7 +91,6 @@ TEST_F(MyPrefObjTest, ReadsSeeTheFileAsItIsNow)
     pref->setDefaultSet(2, "/sets/a.maskorv");
     pref->setDefaultType(3);
     EXPECT_EQ(stored(), (QVariantMap{{"MASDefaultSet", "/sets/a.maskorv"}, {"ActiveTabView", 3}}));
-    EXPECT_EQ(pref->getDefaultType(), 3);
     // Another process (the command-line tool) rewrites the file.
     ASSERT_TRUE(PropertyList::writeXml(homePath(kPlist), QVariantMap{{"MASOn", true}}));
     EXPECT_TRUE(pref->isTypeActive(2));

@@ -1,8 +1,6 @@
 #include "ShellFixture.h"
 
-#include "managers/MyAdminObj.h"
 #include "managers/MyVSTObj.h"
-#include "panels/MyMissingItems.h"
 #include "platform/SharedInstances.h"
 #include "privileged/BLAuthentication.h"
 #include "shell/LumoScript.h"
@@ -19,9 +17,7 @@ TEST_F(Context, InstallsEveryControllerWhileItLivesAndNothingAfter)
         EXPECT_EQ(MyMainObj::getMainObj(), ctx.main());
         EXPECT_EQ(AppServices::getMainObj(), ctx.main());
         EXPECT_EQ(MyPrefObj::getPref(), ctx.pref());
-        EXPECT_EQ(MyAdminObj::getAUObj(), ctx.au());
         EXPECT_EQ(TypeManager::forType(TypeVST), ctx.vst());
-        EXPECT_EQ(MyMissingItems::getMI(), ctx.missingItems());
         EXPECT_EQ(BLAuthentication::sharedInstance(), ctx.authentication());
         EXPECT_EQ(LumoScript::getLumoScript(), ctx.script());
         MyMainObj second; // does not take over

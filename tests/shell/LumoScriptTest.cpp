@@ -37,11 +37,6 @@ protected:
         makeContext();
         script = context->script();
     }
-    void TearDown() override
-    {
-        qunsetenv("KORVANE_BUNDLE");
-        ShellTest::TearDown();
-    }
 
     LumoScript *script = nullptr;
 };

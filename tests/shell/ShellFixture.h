@@ -24,12 +24,15 @@ inline QStringList texts(const Alert &alert)
     return {alert.title, alert.messageText, alert.informativeText, alert.buttons.join('|')};
 }
 
-// Fresh roots, a scripted interface and a context built on request over those roots.
+// Fresh roots, a scripted interface and a context built on request over those roots; the bundle
+// and address overrides a test sets are cleared at tear-down.
 class ShellTest : public TestRoots {
 protected:
     void TearDown() override
     {
         context.reset();
+        for (const char *name : {"KORVANE_BUNDLE", "KORVANE_UPDATE_URL", "KORVANE_DOWNLOAD_URL"})
+            qunsetenv(name);
         TestRoots::TearDown();
     }
 

@@ -71,12 +71,6 @@ protected:
         ShellTest::SetUp();
         qputenv("KORVANE_DOWNLOAD_URL", "http://127.0.0.1:9/download.html");
     }
-    void TearDown() override
-    {
-        qunsetenv("KORVANE_UPDATE_URL");
-        qunsetenv("KORVANE_DOWNLOAD_URL");
-        ShellTest::TearDown();
-    }
 
     // The texts of the one alert a check against a server with this body showed.
     QStringList check(const QByteArray &body, const QString &installed = "1.2", int status = 200,
