@@ -10,6 +10,21 @@
 
 using namespace korvane;
 
+namespace {
+
+// Registry entries as the property list holds them.
+QVariantList plist(const QList<QStringList> &entries)
+{
+    QVariantList list;
+    for (const QStringList &entry : entries)
+        list.append(QVariant(QVariantList(entry.begin(), entry.end())));
+    return list;
+}
+
+const QString kSupport = QStringLiteral("Library/Application Support/Korvane");
+
+} // namespace
+
 class ContentRegistryTest : public TestRoots {
 protected:
     void SetUp() override
@@ -17,65 +32,48 @@ protected:
         TestRoots::SetUp();
         QDir().mkpath(homePath("Library/Application Support")); // there on every real system
     }
-    QString userFile() const { return homePath("Library/Application Support/Korvane/content.plist"); }
-    QList<QStringList> userEntries() const
-    {
-        QList<QStringList> entries;
-        for (const QVariant &entry : PropertyList::readArray(userFile()).value_or(QVariantList()))
-            entries.append(entry.toStringList());
-        return entries;
-    }
-    static void write(const QString &path, const QVariantList &root)
-    {
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        ASSERT_TRUE(PropertyList::writeXml(path, root));
-    }
-    static QVariant entry(const QStringList &e) { return QVariantList(e.begin(), e.end()); }
+    QString userFile() const { return homePath(kSupport + "/content.plist"); }
+    std::optional<QVariantList> userEntries() const { return PropertyList::readArray(userFile()); }
 };
 
-TEST_F(ContentRegistryTest, MissingRegistriesLeaveAnEmptyUserFile)
+TEST_F(ContentRegistryTest, NoFileAnywhereLeavesAnEmptyUserFile)
 {
     AppServices services;
-    EXPECT_EQ(PropertyList::readArray(userFile()), QVariantList());
+    EXPECT_EQ(userEntries(), QVariantList());
 }
 
-TEST_F(ContentRegistryTest, SystemRegistryIsCopiedToTheUserOnFirstSave)
+TEST_F(ContentRegistryTest, SystemFileIsUsedAndCopiedToTheUserOnFirstSave)
 {
-    write(rootPath("Library/Application Support/Korvane/content.plist"), {entry({"A", "/x"}), entry({"B", "/y"})});
+    writeText(rootPath(kSupport + "/content.plist"),
+              PropertyList::toXml(plist({{"A", "/x"}, {"B", "/y"}})));
     AppServices services;
     EXPECT_FALSE(QFileInfo::exists(userFile()));
     EXPECT_EQ(services.getContentForKey("B"), QStringList({"B", "/y"}));
     services.saveContent({"C", "/z"});
-    EXPECT_EQ(userEntries(), QList<QStringList>({{"A", "/x"}, {"B", "/y"}, {"C", "/z"}}));
+    EXPECT_EQ(userEntries(), plist({{"A", "/x"}, {"B", "/y"}, {"C", "/z"}}));
 }
 
-TEST_F(ContentRegistryTest, FirstEntryWithAKeyIsTheOnlyOneSeen)
+TEST_F(ContentRegistryTest, DuplicatesMalformedEntriesAndFailedWrites)
 {
-    write(userFile(), {entry({"A", "/1"}), entry({"A", "/2"})});
+    // Only the first entry with a key is seen; what is not a list of strings is left out.
+    const QVariantList bad{QVariantList{"A", qint64(5)}, "loose", QVariantList(), QVariantMap()};
+    writeText(userFile(), PropertyList::toXml(bad + plist({{"B"}, {"A", "/1"}, {"A", "/2"}})));
     AppServices services;
+    EXPECT_EQ(services.contentRegistry(), QList<QStringList>({{"B"}, {"A", "/1"}, {"A", "/2"}}));
     EXPECT_EQ(services.getContentForKey("A"), QStringList({"A", "/1"}));
     services.saveContent({"A", "/3"});
-    EXPECT_EQ(userEntries(), QList<QStringList>({{"A", "/3"}, {"A", "/2"}}));
-}
+    EXPECT_EQ(userEntries(), plist({{"B"}, {"A", "/3"}, {"A", "/2"}}));
 
-TEST_F(ContentRegistryTest, MalformedEntriesAreLeftOutAndGarbageReadsAsAbsent)
-{
-    write(userFile(), {QVariantList{"A", qint64(5)}, "loose", QVariantList(), QVariantMap{{"k", "v"}}, entry({"B"})});
-    AppServices services;
-    EXPECT_EQ(services.contentRegistry(), QList<QStringList>({{"B"}}));
     writeText(userFile(), "<?xml version=\"1.0\"?><plist><array><array><string>A");
-    services.initContent();
+    services.initContent(); // garbage reads as no file
     EXPECT_TRUE(services.contentRegistry().isEmpty());
-}
+    EXPECT_EQ(userEntries(), QVariantList());
 
-TEST_F(ContentRegistryTest, FailedWriteKeepsTheChangeInMemory)
-{
-    AppServices services;
-    ImmutableGuard guard(homePath("Library/Application Support/Korvane"));
+    ImmutableGuard guard(homePath(kSupport));
     if (!guard.ok())
         GTEST_SKIP() << "chattr not supported here";
-    services.saveContent({"A", "/a"});
-    EXPECT_EQ(PropertyList::readArray(userFile()), QVariantList());
+    services.saveContent({"A", "/a"}); // the change stays in memory
+    EXPECT_EQ(userEntries(), QVariantList());
     EXPECT_EQ(services.getContentForKey("A"), QStringList({"A", "/a"}));
 }
 
@@ -93,7 +91,8 @@ TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
     QDir().mkpath(homePath("someone/Library/Application Support"));
     qputenv("HOME", homePath("someone").toUtf8());
     AppServices services;
-    services.saveContent({"X.component", Locations::expand("~/Library/Audio/Plug-Ins/Components/Shared/Lib")});
+    services.saveContent(
+        {"X.component", Locations::expand("~/Library/Audio/Plug-Ins/Components/Shared/Lib")});
     services.saveContent({"Y.component", components, components + "/"}); // too short to cut
     EXPECT_EQ(services.removeContentPaths(0, scan), scan);
 }
@@ -103,14 +102,13 @@ TEST_F(ContentRegistryTest, PackagesCollapseWithTheirContentsAndNamesakes)
     PluginLibraryBuilder::makeVST(Locations::folderPath(3, 0), "A.vst", MachO::intel());
     PluginLibraryBuilder::makeFolder(Locations::folderPath(3, 0) + "/Sub");
     AppServices services;
-    const QStringList scan{"A.vst", "A.vst/Contents", "A.vst/Contents/Info.plist", "A.vst copy", "B.vst", "Sub", "Sub/C"};
-    EXPECT_EQ(services.removeIrrelevantData(3, 0, scan), QStringList({"A.vst", "B.vst", "Sub", "Sub/C"}));
-    EXPECT_EQ(services.getFullPath("X", 1, 3), homePath("Library/Application Support/Digidesign/Plug-Ins (Disabled)/X"));
-    EXPECT_EQ(services.getFullPath("X", 0, 1), rootPath("Library/Audio/Plug-Ins/Components (Disabled)/X"));
-    EXPECT_EQ(services.getFullPath("X", 4, 0), QString());
+    const QStringList scan{"A.vst", "A.vst/Contents", "A.vst/Contents/Info.plist", "A.vst copy",
+                           "B.vst", "Sub", "Sub/C"};
+    EXPECT_EQ(services.removeIrrelevantData(3, 0, scan),
+              QStringList({"A.vst", "B.vst", "Sub", "Sub/C"}));
 }
 
-TEST_F(ContentRegistryTest, CreateFoldersMakesMissingParentsAndIgnoresFailures)
+TEST_F(ContentRegistryTest, CreateFoldersMakesTheParentsOnlyAndIgnoresFailures)
 {
     AppServices services;
     QDir().mkpath(rootPath("a"));
@@ -127,12 +125,8 @@ TEST_F(ContentRegistryTest, CreateFoldersMakesMissingParentsAndIgnoresFailures)
 
 class GroupRegistryTest : public TestRoots {
 protected:
-    QString groupsFile() const { return homePath("Library/Application Support/Korvane/groups.plist"); }
-    void writeGroups(const QVariantList &groups)
-    {
-        QDir().mkpath(QFileInfo(groupsFile()).absolutePath());
-        ASSERT_TRUE(PropertyList::writeXml(groupsFile(), groups));
-    }
+    QString groupsFile() const { return homePath(kSupport + "/groups.plist"); }
+    void writeGroups(const QVariantList &g) { writeText(groupsFile(), PropertyList::toXml(g)); }
 };
 
 TEST_F(GroupRegistryTest, LoadingForcesTheEmptyFirstEntry)
@@ -144,51 +138,34 @@ TEST_F(GroupRegistryTest, LoadingForcesTheEmptyFirstEntry)
     EXPECT_EQ(AppServices().getGroups(), QStringList({""}));
 }
 
-TEST_F(GroupRegistryTest, RemovingAGroupRenumbersEditorMenuAndFile)
+TEST_F(GroupRegistryTest, EditsRenumberEditorMenuAndFile)
 {
-    writeGroups({"", "G1", "G2", "G3"});
+    writeGroups({"", "G1", "G2"});
     AppServices services;
+    services.addGroupEntry();
+    EXPECT_EQ(services.getGroups().value(3), "New Group");
+    services.groupTableSetObjectValue("Drums", 2);
+    services.setGroupByIndex(4, "Synths"); // one past the last: appended
+    EXPECT_EQ(services.groupMenuTitles(), QStringList({"G1", "G2", "Drums", "Synths"}));
     services.removeGroupEntry(0);
-    EXPECT_EQ(services.numberOfRowsInGroupTable(), 2);
+    EXPECT_EQ(services.numberOfRowsInGroupTable(), 3);
     EXPECT_EQ(services.groupTableObjectValue(0), "G2");
-    EXPECT_EQ(services.groupMenuTitles(), QStringList({"G2", "G3"}));
+    EXPECT_EQ(services.groupMenuTitles(), QStringList({"G2", "Drums", "Synths"}));
     services.saveGroupRegistry();
-    EXPECT_EQ(PropertyList::readStringArray(groupsFile()), QStringList({"", "G2", "G3"}));
+    const QStringList saved{"", "G2", "Drums", "Synths"};
+    EXPECT_EQ(PropertyList::readStringArray(groupsFile()), saved);
 
     ImmutableGuard guard(groupsFile());
     if (!guard.ok())
         GTEST_SKIP() << "chattr not supported here";
     services.addGroupEntry();
     services.saveGroupRegistry();
-    EXPECT_EQ(PropertyList::readStringArray(groupsFile()), QStringList({"", "G2", "G3"}));
+    EXPECT_EQ(PropertyList::readStringArray(groupsFile()), saved);
 }
 
-TEST_F(GroupRegistryTest, AddingAndRenamingUpdateTheSubmenu)
-{
-    AppServices services;
-    services.addGroupEntry();
-    services.addGroupEntry();
-    services.groupTableSetObjectValue("Drums", 1);
-    EXPECT_EQ(services.groupMenuTitles(), QStringList({"New Group", "Drums"}));
-    services.setGroupByIndex(2, "Synths"); // one past the last: appended
-    EXPECT_EQ(services.getGroups(), QStringList({"", "New Group", "Drums", "Synths"}));
-}
+class FileErrorTest : public TestRoots {};
 
-class LogAndFileErrorTest : public TestRoots {};
-
-TEST_F(LogAndFileErrorTest, LogTextIsAppendedAndShowLogFollowsTheWindow)
-{
-    AppServices services;
-    services.addLogEntry(nullptr, "a\n");
-    services.addLogEntry(nullptr, "b\n");
-    EXPECT_EQ(services.logText(), "a\nb\n");
-    services.showLog();
-    EXPECT_FALSE(services.isShowLogEnabled());
-    services.hideLog();
-    EXPECT_TRUE(services.isShowLogEnabled());
-}
-
-TEST_F(LogAndFileErrorTest, OnlyProceedCarriesOn)
+TEST_F(FileErrorTest, OnlyProceedCarriesOn)
 {
     ScriptedUi ui;
     ui.alertAnswers << AlertAlternate << AlertDefault << AlertFirst;
@@ -199,6 +176,7 @@ TEST_F(LogAndFileErrorTest, OnlyProceedCarriesOn)
     EXPECT_FALSE(services.fileManager(nullptr, info));
     ASSERT_EQ(ui.alerts.size(), 3);
     EXPECT_EQ(ui.alerts[0].title, "Korvane");
-    EXPECT_EQ(ui.alerts[0].messageText, "File operation error...\n error: Permission denied\n with file: /x/%@.vst");
+    EXPECT_EQ(ui.alerts[0].messageText,
+              "File operation error...\n error: Permission denied\n with file: /x/%@.vst");
     EXPECT_EQ(ui.alerts[0].buttons, QStringList({"Proceed", "Stop"}));
 }

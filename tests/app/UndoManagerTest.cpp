@@ -28,24 +28,21 @@ TEST_F(UndoManagerTest, UndoRecordsTheRedoAndRedoTheUndo)
 {
     AppServices services;
     UndoManager &undo = *services.getUndoManager();
+    auto titles = [&] { return QStringList{services.undoTitle(), services.redoTitle()}; };
     services.undoAction(); // nothing to undo
-    EXPECT_EQ(services.undoTitle(), "Undo");
-    EXPECT_EQ(services.redoTitle(), "Redo");
+    EXPECT_EQ(titles(), QStringList({"Undo", "Redo"}));
 
     Switch a{undo, "A"}, b{undo, "B"};
     a.toggle();
     b.toggle();
     services.undoAction();
     EXPECT_FALSE(b.on);
-    EXPECT_EQ(services.undoTitle(), "Undo A");
-    EXPECT_EQ(services.redoTitle(), "Redo B");
+    EXPECT_EQ(titles(), QStringList({"Undo A", "Redo B"}));
     services.undoAction();
     EXPECT_EQ(services.undoTitle(), "Undo");
-
     services.redoAction(); // what a redo records must not drop the other redo step
     EXPECT_TRUE(a.on);
-    EXPECT_EQ(services.undoTitle(), "Undo A");
-    EXPECT_EQ(services.redoTitle(), "Redo B");
+    EXPECT_EQ(titles(), QStringList({"Undo A", "Redo B"}));
 
     b.toggle(); // a new change clears what could be redone
     EXPECT_FALSE(undo.canRedo());
@@ -67,6 +64,5 @@ TEST_F(UndoManagerTest, RemovingATargetDropsItsStepsOnly)
     undo.removeAllActionsWithTarget(&a);
     EXPECT_EQ(undo.undoMenuItemTitle(), "Undo B");
     undo.undo();
-    EXPECT_FALSE(b.on);
-    EXPECT_FALSE(undo.canUndo());
+    EXPECT_FALSE(b.on || undo.canUndo());
 }

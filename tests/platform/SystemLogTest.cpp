@@ -22,11 +22,8 @@ TEST(SystemLogTest, InnermostCaptureTakesTheLines)
 TEST(ProcessListTest, ReadsOutputLongerThanOneChunk)
 {
     bool ok = false;
-    const QByteArray output = readCommandOutput("head -c 1300 /dev/zero | tr '\\0' x; echo end", &ok);
-    EXPECT_TRUE(ok);
-    EXPECT_EQ(output, QByteArray(1300, 'x') + "end\n");
-
-    EXPECT_TRUE(readCommandOutput("true", &ok).isEmpty());
+    const char *command = "head -c 1300 /dev/zero | tr '\\0' x; echo end";
+    EXPECT_EQ(readCommandOutput(command, &ok), QByteArray(1300, 'x') + "end\n");
     EXPECT_TRUE(ok);
 }
 
