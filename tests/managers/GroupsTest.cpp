@@ -1,16 +1,12 @@
 #include "FormatManagerFixture.h"
 
 #include "app/AppServices.h"
-#include "managers/MyAdminObj.h"
 #include "platform/PropertyList.h"
-
-#include <QDir>
 
 namespace korvane {
 
 class GroupsTest : public FormatManagerFixture {
 protected:
-    MyAdminObj *au = nullptr;
     QString groupsFile;
 
     void SetUp() override
@@ -19,14 +15,20 @@ protected:
         AppServices::getMainObj()->getGroups() << "Synths"
                                                << "Drums";
         groupsFile = homePath("Library/Application Support/Korvane/augroups.plist");
-        TestRoots::writeText(groupsFile, PropertyList::toXml(QVariantList{
-                                             "A.component", "Synths", "B.component", "Drums",
-                                             "C.component", "Synths", "A.component", "Drums"}));
+        writeText(groupsFile, PropertyList::toXml(
+                                  QVariantList{"A.component", "Synths", "B.component", "Drums",
+                                               "C.component", "Synths", "A.component", "Drums"}));
         for (const char *name : {"A.component", "B.component", "C.component"})
             addAU(LocSystemDisabled, name);
         addAU(LocUserActive, "D.component");
-        au = MyAdminObj::getAUObj();
         au->reloadData();
+    }
+    QStringList groups() const
+    {
+        QStringList result;
+        for (const AUItemPtr &plugin : au->plugins)
+            result << plugin->getAUName() + "=" + plugin->getAUGroup();
+        return result;
     }
     QVariantList groupsOnDisk() const
     {
@@ -34,40 +36,31 @@ protected:
     }
 };
 
-TEST_F(GroupsTest, FindGroupTakesTheFirstPairOfTheName)
+TEST_F(GroupsTest, TheScanTakesTheFirstPairOfTheName)
 {
-    const QVariantList groups{"A", "One", "B", "Two", "A", "Three", "Odd"};
-    EXPECT_EQ(TypeManager::findGroup(groups, "A"), "One");
-    EXPECT_EQ(TypeManager::findGroup(groups, "One"), ""); // group names are not keys
-    EXPECT_EQ(TypeManager::findGroup(groups, "Odd"), "");
-    EXPECT_EQ(TypeManager::findGroup({}, "A"), "");
+    const QVariantList pairs{"A", "One", "B", "Two", "A", "Three", "Odd"};
+    EXPECT_EQ(TypeManager::findGroup(pairs, "A"), "One");
+    EXPECT_EQ(TypeManager::findGroup(pairs, "One"), ""); // group names are not keys
+    EXPECT_EQ(TypeManager::findGroup(pairs, "Odd"), "");
     EXPECT_EQ(TypeManager::findGroup({42, "X", "C", QVariantList{}}, "C"), "");
-    EXPECT_EQ(item(au, "A.component")->getAUGroup(), "Synths");
-    EXPECT_EQ(item(au, "D.component")->getAUGroup(), "");
+
+    EXPECT_EQ(groups(), QStringList({"A.component=Synths", "B.component=Drums",
+                                     "C.component=Synths", "D.component="}));
+    EXPECT_EQ(item(au, "B.component")->getGroupID(), 2);
+
+    writeText(groupsFile, "not a property list");
+    au->reloadData();
+    EXPECT_EQ(groups(),
+              QStringList({"A.component=", "B.component=", "C.component=", "D.component="}));
 }
 
-TEST_F(GroupsTest, SaveWritesNamePairsAndAnEmptyListAsAnEmptyArray)
+TEST_F(GroupsTest, MenuAssignsToSelectedRowsAndSavesNamePairs)
 {
     QDir(homePath("Library/Application Support")).removeRecursively();
-    au->saveGroups();
-    QVariantList expected;
-    for (const AUItemPtr &plugin : au->plugins)
-        expected << plugin->getAUName() << plugin->getAUGroup();
-    EXPECT_EQ(groupsOnDisk(), expected);
-
-    au->plugins.clear();
-    au->saveGroups();
-    EXPECT_EQ(groupsOnDisk(), QVariantList());
-}
-
-TEST_F(GroupsTest, MenuAssignsToSelectedRowsAndNoneClears)
-{
     au->selectRows({rowOf(au, "A.component"), rowOf(au, "D.component")});
     au->setGroup("Drums");
-    EXPECT_EQ(item(au, "A.component")->getAUGroup(), "Drums");
-    EXPECT_EQ(item(au, "D.component")->getAUGroup(), "Drums");
-    EXPECT_EQ(item(au, "C.component")->getAUGroup(), "Synths");
-
+    EXPECT_EQ(groupsOnDisk(), QVariantList({"A.component", "Drums", "B.component", "Drums",
+                                            "C.component", "Synths", "D.component", "Drums"}));
     au->setGroup("none");
     EXPECT_EQ(item(au, "A.component")->getAUGroup(), "");
     EXPECT_EQ(item(au, "A.component")->getGroupID(), 0);
@@ -77,17 +70,24 @@ TEST_F(GroupsTest, MenuAssignsToSelectedRowsAndNoneClears)
     au->setGroup("Synths");
     EXPECT_EQ(item(au, "D.component")->getAUGroup(), "");
     EXPECT_TRUE(exists(groupsFile));
+    au->plugins.clear();
+    au->saveGroups();
+    EXPECT_EQ(groupsOnDisk(), QVariantList());
 }
 
-TEST_F(GroupsTest, GroupActiveSwitchesMembersByID)
+TEST_F(GroupsTest, GroupCommandsSwitchTheMembersOfTheSelectedRowsGroup)
 {
-    au->selectRows({rowOf(au, "A.component")}, rowOf(au, "A.component"));
+    au->setGroupActive(); // nothing selected
+    EXPECT_EQ(au->countOfUnprocessedLogItems(), 0);
+
+    au->selectRows({rowOf(au, "A.component")});
     au->setGroupActive();
-    EXPECT_TRUE(item(au, "A.component")->getAUActive());
     EXPECT_TRUE(item(au, "C.component")->getAUActive());
     EXPECT_FALSE(item(au, "B.component")->getAUActive());
     EXPECT_EQ(item(au, "C.component")->getAULocation(), folder(TypeAU, LocSystemActive));
-    EXPECT_TRUE(au->isApplyEnabled());
+    EXPECT_EQ(au->countOfUnprocessedLogItems(), 2);
+    au->setGroupInactive();
+    EXPECT_FALSE(au->isApplyEnabled());
 }
 
 } // namespace korvane

@@ -2,95 +2,80 @@
 #include "managers/FormatTraits.h"
 #include "support/TestRoots.h"
 
-#include <QDir>
-
 namespace korvane {
+
+using Builder = PluginLibraryBuilder;
 
 class RecognitionTest : public TestRoots {
 protected:
     QString dir() const { return rootPath("plugins"); }
     QString bundle(const QString &name, const QVariantMap &info = {},
-                   PluginLibraryBuilder::PlistFormat format = PluginLibraryBuilder::Xml) const
+                   Builder::PlistFormat format = Builder::Xml) const
     {
-        return PluginLibraryBuilder::makeBundle(dir(), name, MachO::intel(), info, format);
+        return Builder::makeBundle(dir(), name, MachO::intel(), info, format);
     }
     QString file(const QString &name, const QString &type = {}) const
     {
-        return PluginLibraryBuilder::makeFile(dir(), name, type);
+        return Builder::makeFile(dir(), name, type);
+    }
+    QString folder(const QString &name) const { return Builder::makeFolder(dir() + "/" + name); }
+    // A package whose Info.plist is cut short or damaged.
+    QString broken(const QString &name, const QByteArray &info) const
+    {
+        writeText(folder(name + "/Contents") + "/Info.plist", info);
+        return dir() + "/" + name;
     }
 };
 
-TEST_F(RecognitionTest, AudioUnitsAreRecognisedByTheEndOfTheirName)
+TEST_F(RecognitionTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKind)
 {
-    EXPECT_TRUE(isAudioUnitName("Foo.component"));
-    EXPECT_TRUE(isAudioUnitName("notacomponent"));
-    EXPECT_FALSE(isAudioUnitName("Foo.COMPONENT"));
-    EXPECT_FALSE(isAudioUnitName("Foo.component.zip"));
-    EXPECT_FALSE(isAudioUnitName(".DS_Store"));
-    EXPECT_FALSE(isAudioUnitName(""));
-}
-
-TEST_F(RecognitionTest, PlainFilesNeedTheirFinderTypeAndMustNotBeHidden)
-{
-    struct Case {
+    const struct {
         bool (*test)(const QString &);
         const char *type;
-    };
-    for (const Case &c : {Case{&isVSTPlugInPath, "aPcs"}, Case{&isRTASPlugInPath, "TDMw"},
-                          Case{&isMASPlugInPath, "Mas!"}}) {
-        SCOPED_TRACE(c.type);
-        QDir(dir()).removeRecursively();
-        EXPECT_TRUE(c.test(file("Plug", c.type)));
-        EXPECT_FALSE(c.test(file(".DS_Store", c.type)));
-        EXPECT_FALSE(c.test(file("Other", "TEXT")));
-        EXPECT_FALSE(c.test(file("Untyped")));
-        EXPECT_FALSE(c.test(dir() + "/Missing"));
+    } formats[] = {
+        {&isVSTPlugInPath, "aPcs"}, {&isRTASPlugInPath, "TDMw"}, {&isMASPlugInPath, "Mas!"}};
+    for (const auto &f : formats) {
+        SCOPED_TRACE(f.type);
+        EXPECT_TRUE(f.test(file(QString("Plug") + f.type, f.type)));
+        EXPECT_FALSE(f.test(file(QString(".Hidden") + f.type, f.type)));
+        EXPECT_FALSE(f.test(file("Other", "TEXT")));
+        EXPECT_FALSE(f.test(file("Untyped")));
+        EXPECT_FALSE(f.test(dir() + "/Missing"));
     }
-    // Each format wants its own type.
-    EXPECT_FALSE(isVSTPlugInPath(file("Rtas", "TDMw")));
-    EXPECT_FALSE(isMASPlugInPath(file("Vst", "aPcs")));
-}
-
-TEST_F(RecognitionTest, VSTFoldersArePackagesNamedVst)
-{
-    EXPECT_TRUE(isVSTPlugInPath(PluginLibraryBuilder::makeVST(dir(), "Foo.vst", MachO::ppc())));
-    EXPECT_TRUE(isVSTPlugInPath(PluginLibraryBuilder::makeFolder(dir() + "/Bare.vst")));
-    EXPECT_FALSE(isVSTPlugInPath(bundle("Foo.vst3")));
-    EXPECT_FALSE(isVSTPlugInPath(bundle("Foo.bundle")));
-    EXPECT_FALSE(isVSTPlugInPath(PluginLibraryBuilder::makeFolder(dir() + "/Plain")));
-    EXPECT_FALSE(isVSTPlugInPath(file("Loose.vst"))); // a file needs the Finder type
-}
-
-TEST_F(RecognitionTest, RTASFoldersAreRtasPackagesOrTDMwDpmPackages)
-{
     const QVariantMap tdmw{{"CFBundlePackageType", "TDMw"}};
-    EXPECT_TRUE(isRTASPlugInPath(PluginLibraryBuilder::makeRTAS(dir(), "Eq.rtas", MachO::ppc())));
-    EXPECT_TRUE(isRTASPlugInPath(PluginLibraryBuilder::makeRTAS(dir(), "Eq.dpm", MachO::ppc())));
-    EXPECT_TRUE(isRTASPlugInPath(bundle("Bin.dpm", tdmw, PluginLibraryBuilder::Binary)));
-    EXPECT_FALSE(isRTASPlugInPath(bundle("Bndl.dpm", {{"CFBundlePackageType", "BNDL"}})));
-    EXPECT_FALSE(isRTASPlugInPath(PluginLibraryBuilder::makeFolder(dir() + "/NoInfo.dpm")));
-    EXPECT_FALSE(isRTASPlugInPath(bundle("Named.bundle", tdmw)));
-    // A plain file named like a package is not one; only its Finder type could make it a plug-in.
-    EXPECT_FALSE(isRTASPlugInPath(file("Fake.rtas")));
-    EXPECT_TRUE(isRTASPlugInPath(file("Typed.rtas", "TDMw")));
-
-    const QString broken = PluginLibraryBuilder::makeFolder(dir() + "/Broken.dpm/Contents");
-    writeText(broken + "/Info.plist", QByteArray("bplist00\xff\xff\x01garbage", 18));
-    EXPECT_FALSE(isRTASPlugInPath(dir() + "/Broken.dpm"));
-}
-
-TEST_F(RecognitionTest, MASFoldersArePackagesWithAPluginTypeUUID)
-{
-    EXPECT_TRUE(isMASPlugInPath(PluginLibraryBuilder::makeMAS(dir(), "Comp.bundle", MachO::ppc())));
-    EXPECT_TRUE(isMASPlugInPath(
-        PluginLibraryBuilder::makeMAS(dir(), "Comp", MachO::ppc(), PluginLibraryBuilder::Binary)));
-    EXPECT_FALSE(isMASPlugInPath(bundle("Empty.bundle", {{"MotuPluginTypeUUID", ""}})));
-    EXPECT_FALSE(isMASPlugInPath(bundle("None.bundle")));
-    EXPECT_FALSE(isMASPlugInPath(PluginLibraryBuilder::makeFolder(dir() + "/Folder")));
-
-    const QString broken = PluginLibraryBuilder::makeFolder(dir() + "/Broken.bundle/Contents");
-    writeText(broken + "/Info.plist", "<?xml version=\"1.0\"?><plist><dict><key>MotuPlugin");
-    EXPECT_FALSE(isMASPlugInPath(dir() + "/Broken.bundle"));
+    const struct {
+        bool (*test)(const QString &);
+        QString path;
+        bool expected;
+    } cases[] = {
+        {&isVSTPlugInPath, Builder::makeVST(dir(), "Foo.vst", MachO::ppc()), true},
+        {&isVSTPlugInPath, folder("Bare.vst"), true},
+        {&isVSTPlugInPath, bundle("Foo.vst3"), false},
+        {&isVSTPlugInPath, bundle("Foo.bundle"), false},
+        {&isVSTPlugInPath, folder("Plain"), false},
+        {&isVSTPlugInPath, file("Loose.vst"), false},    // a file needs the Finder type
+        {&isVSTPlugInPath, file("Rtas", "TDMw"), false}, // each format wants its own type
+        {&isMASPlugInPath, file("Vst", "aPcs"), false},
+        {&isRTASPlugInPath, Builder::makeRTAS(dir(), "Eq.rtas", MachO::ppc()), true},
+        {&isRTASPlugInPath, Builder::makeRTAS(dir(), "Eq.dpm", MachO::ppc()), true},
+        {&isRTASPlugInPath, bundle("Bin.dpm", tdmw, Builder::Binary), true},
+        {&isRTASPlugInPath, bundle("Bndl.dpm", {{"CFBundlePackageType", "BNDL"}}), false},
+        {&isRTASPlugInPath, folder("NoInfo.dpm"), false},
+        {&isRTASPlugInPath, bundle("Named.bundle", tdmw), false},
+        {&isRTASPlugInPath, file("Fake.rtas"), false}, // named like a package, but a file
+        {&isRTASPlugInPath, file("Typed.rtas", "TDMw"), true},
+        {&isRTASPlugInPath, broken("Broken.dpm", QByteArray("bplist00\xff\xff\x01garbage", 18)),
+         false},
+        {&isMASPlugInPath, Builder::makeMAS(dir(), "Comp.bundle", MachO::ppc()), true},
+        {&isMASPlugInPath, Builder::makeMAS(dir(), "Comp", MachO::ppc(), Builder::Binary), true},
+        {&isMASPlugInPath, bundle("Empty.bundle", {{"MotuPluginTypeUUID", ""}}), false},
+        {&isMASPlugInPath, bundle("None.bundle"), false},
+        {&isMASPlugInPath, folder("Folder"), false},
+        {&isMASPlugInPath, broken("Broken.bundle", "<?xml version=\"1.0\"?><plist><dict><key>Mo"),
+         false},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(c.test(c.path), c.expected) << c.path.section('/', -1).toStdString();
 }
 
 } // namespace korvane

@@ -1,19 +1,13 @@
 #include "FormatManagerFixture.h"
 
-#include "managers/MyAdminObj.h"
 #include "managers/MyMASObj.h"
 #include "managers/SetDocument.h"
-#include "panels/MyPrefObj.h"
-#include "panels/UserDefaults.h"
 #include "platform/PropertyList.h"
-
-#include <QDir>
 
 namespace korvane {
 
 class SetsTest : public FormatManagerFixture {
 protected:
-    MyAdminObj *au = nullptr;
     QString documents;
 
     void SetUp() override
@@ -23,7 +17,6 @@ protected:
             addAU(LocSystemActive, name);
         documents = homePath("Documents");
         QDir().mkpath(documents);
-        au = MyAdminObj::getAUObj();
         au->reloadData();
         au->awakeFromNib();
     }
@@ -34,18 +27,27 @@ protected:
         au->save();
         return path;
     }
-    QString setsFile() const
+    // The pop-up's titles after loading a sets file holding that.
+    QStringList loadSets(const QByteArray &contents)
     {
-        return homePath("Library/Application Support/Korvane/ausets.plist");
+        writeText(homePath("Library/Application Support/Korvane/ausets.plist"), contents);
+        au->awakeFromNib();
+        return au->setTitles();
     }
 };
 
 TEST_F(SetsTest, SavedSetReopensWithItsFlags)
 {
+    au->bChanged = true;
+    au->save(); // cancelled
+    EXPECT_FALSE(au->bChanged);
+    EXPECT_EQ(au->setTitles(), QStringList({"no set"}));
+
     const QString path = saveAs("one.aukorv");
-    ASSERT_EQ(ui.savePanels.size(), 1);
-    EXPECT_EQ(ui.savePanels[0].fileName, "untitled.aukorv");
-    EXPECT_EQ(ui.savePanels[0].directory, documents);
+    ASSERT_EQ(ui.savePanels.size(), 2);
+    EXPECT_EQ(ui.savePanels[1].fileName, "untitled.aukorv");
+    EXPECT_EQ(ui.savePanels[1].directory, documents);
+    au->savePanelDidEnd(1, path); // a path is listed once
     EXPECT_EQ(au->setTitles(), QStringList({"no set", path}));
     EXPECT_EQ(au->selectedSetIndex(), 1);
 
@@ -60,8 +62,8 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
 TEST_F(SetsTest, MissingItemsAreListedThenIgnoredOrRemoved)
 {
     const QString path = saveAs("one.aukorv");
-    QDir(folder(TypeAU, LocSystemActive) + "/B.component").removeRecursively();
-    QDir(folder(TypeAU, LocSystemActive) + "/C.component").removeRecursively();
+    QDir(auPath(LocSystemActive, "B.component")).removeRecursively();
+    QDir(auPath(LocSystemActive, "C.component")).removeRecursively();
     au->reloadData();
 
     au->openDefaultSet(path); // ignored
@@ -76,20 +78,30 @@ TEST_F(SetsTest, MissingItemsAreListedThenIgnoredOrRemoved)
     EXPECT_EQ(au->selectedSetIndex(), 1);
 }
 
-TEST_F(SetsTest, MissingSetFileAsksUntilRemoved)
+TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemoved)
 {
-    TestRoots::writeText(setsFile(), PropertyList::toXml(QVariantList{"no set", "/gone/x.aukorv"}));
-    au->awakeFromNib();
-    ui.alertAnswers << 1 << 1 << 0;
+    const QByteArray two = PropertyList::toXml(QVariantList{"/a.aukorv", "/b.aukorv"});
+    EXPECT_EQ(loadSets(two), QStringList({"no set", "/a.aukorv", "/b.aukorv"}));
+    EXPECT_EQ(loadSets(PropertyList::toXml(QVariantList{"/a.aukorv", "no set"})),
+              QStringList({"/a.aukorv", "no set"}));
+    EXPECT_EQ(loadSets("not a plist"), QStringList({"no set"}));
 
+    loadSets(PropertyList::toXml(QVariantList{"no set", "/gone/x.aukorv"}));
+    ui.alertAnswers << 1 << 1 << 0;
     au->selectSet(1);
     ASSERT_EQ(ui.alerts.size(), 3);
-    const Alert &alert = ui.alerts.last();
-    EXPECT_EQ(alert.messageText, "Selected Set not found");
-    EXPECT_EQ(alert.informativeText, "The set \"/gone/x.aukorv\" not longer exist.");
-    EXPECT_EQ(alert.buttons, QStringList({"try again", "remove"}));
+    EXPECT_EQ(ui.alerts[2].messageText, "Selected Set not found");
+    EXPECT_EQ(ui.alerts[2].informativeText, "The set \"/gone/x.aukorv\" not longer exist.");
+    EXPECT_EQ(ui.alerts[2].buttons, QStringList({"try again", "remove"}));
     EXPECT_EQ(au->setTitles(), QStringList({"no set"}));
     EXPECT_EQ(au->selectedSetIndex(), 0);
+
+    QDir(homePath("Library")).removeRecursively();
+    const QString path = saveAs("c.aukorv");
+    au->saveSets();
+    EXPECT_EQ(
+        PropertyList::readStringArray(homePath("Library/Application Support/Korvane/ausets.plist")),
+        QStringList({"no set", path}));
 }
 
 TEST_F(SetsTest, MasWindowLoadNameIsArchivedInTheCurrentFolder)
@@ -109,50 +121,17 @@ TEST_F(SetsTest, MasWindowLoadNameIsArchivedInTheCurrentFolder)
     EXPECT_FALSE(mas->bChanged);
 }
 
-TEST_F(SetsTest, SavePanelAddsEachPathOnceAndCancelStillClearsChanged)
-{
-    au->bChanged = true;
-    au->save(); // cancelled
-    EXPECT_FALSE(au->bChanged);
-    EXPECT_EQ(au->setTitles(), QStringList({"no set"}));
-
-    const QString path = documents + "/two.aukorv";
-    au->savePanelDidEnd(1, path);
-    au->savePanelDidEnd(1, path);
-    EXPECT_EQ(au->setTitles(), QStringList({"no set", path}));
-}
-
-TEST_F(SetsTest, SetsFileGainsNoSetAtTheTopAndIsWrittenBack)
-{
-    TestRoots::writeText(setsFile(), PropertyList::toXml(QVariantList{"/a.aukorv", "/b.aukorv"}));
-    au->awakeFromNib();
-    EXPECT_EQ(au->setTitles(), QStringList({"no set", "/a.aukorv", "/b.aukorv"}));
-
-    TestRoots::writeText(setsFile(), PropertyList::toXml(QVariantList{"/a.aukorv", "no set"}));
-    au->awakeFromNib();
-    EXPECT_EQ(au->setTitles(), QStringList({"/a.aukorv", "no set"}));
-
-    TestRoots::writeText(setsFile(), "not a plist");
-    au->awakeFromNib();
-    EXPECT_EQ(au->setTitles(), QStringList({"no set"}));
-
-    QDir(homePath("Library")).removeRecursively();
-    au->savePanelDidEnd(1, "/c.aukorv");
-    au->saveSets();
-    EXPECT_EQ(PropertyList::readStringArray(setsFile()), QStringList({"no set", "/c.aukorv"}));
-}
-
 TEST_F(SetsTest, ApplyAfterLoadingMovesThePlugIns)
 {
     const QString path = documents + "/off.aukorv";
     item(au, "A.component")->setAUActive(false);
     au->archivePlugins(path);
     au->reloadData();
-    MyPrefObj::getPref()->defaults()->setObject("AUActivateAfterLoading", true);
+    setPref("AUActivateAfterLoading", true);
 
     au->openDefaultSet(path);
-    EXPECT_TRUE(exists(folder(TypeAU, LocSystemDisabled) + "/A.component"));
-    EXPECT_FALSE(exists(folder(TypeAU, LocSystemActive) + "/A.component"));
+    EXPECT_TRUE(exists(auPath(LocSystemDisabled, "A.component")));
+    EXPECT_FALSE(exists(auPath(LocSystemActive, "A.component")));
     EXPECT_TRUE(ui.alerts.isEmpty());
 }
 

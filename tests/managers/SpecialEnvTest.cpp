@@ -1,10 +1,7 @@
 #include "FormatManagerFixture.h"
 
 #include "app/AppServices.h"
-#include "managers/MyAdminObj.h"
 #include "platform/FileOperations.h"
-
-#include <QDir>
 
 namespace korvane {
 
@@ -26,7 +23,6 @@ QVariantMap component(const char *type, const char *manufacturer, const QString 
 
 class SpecialEnvTest : public FormatManagerFixture {
 protected:
-    MyAdminObj *au = nullptr;
     CountingOperations counting;
 
     void SetUp() override
@@ -38,7 +34,6 @@ protected:
                     component("aufx", "Acme", "Acme: Delay")});
         instrument(LocUserActive, "Apple.component", {component("aumu", "appl", "Apple: Sampler")});
         addAU(LocUserDisabled, "Off.component");
-        au = MyAdminObj::getAUObj();
         au->reloadData();
         FileOperations::setCurrent(&counting);
     }
@@ -47,24 +42,19 @@ protected:
         PluginLibraryBuilder::makeBundle(folder(TypeAU, loc), name, MachO::intel(),
                                          {{"AudioComponents", components}});
     }
-    QString logText() const { return AppServices::getMainObj()->logText(); }
+    static QString logText() { return AppServices::getMainObj()->logText(); }
 };
-
-TEST_F(SpecialEnvTest, DestroyWithoutCreateMovesNothing)
-{
-    EXPECT_FALSE(au->destroySpecialEnv());
-    EXPECT_EQ(counting.moves, 0);
-    EXPECT_TRUE(exists(folder(TypeAU, LocSystemActive) + "/Synth.component"));
-}
 
 TEST_F(SpecialEnvTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
 {
+    EXPECT_FALSE(au->destroySpecialEnv()); // nothing set up: nothing moves
+    EXPECT_EQ(counting.moves, 0);
+
     EXPECT_TRUE(au->createSpecialEnv(item(au, "Synth.component")));
     EXPECT_EQ(counting.moves, 2);
-    EXPECT_TRUE(exists(folder(TypeAU, LocSystemDisabled) + "/Synth.component"));
-    EXPECT_FALSE(
-        exists(folder(TypeAU, LocSystemActive) + "/Synth.component")); // the copy is gone again
-    EXPECT_TRUE(exists(folder(TypeAU, LocUserDisabled) + "/Apple.component"));
+    EXPECT_TRUE(exists(auPath(LocSystemDisabled, "Synth.component")));
+    EXPECT_FALSE(exists(auPath(LocSystemActive, "Synth.component"))); // the copy is gone again
+    EXPECT_TRUE(exists(auPath(LocUserDisabled, "Apple.component")));
     EXPECT_EQ(logText(), "----- Plug-In Info -----\nType: aumu\n");
 
     EXPECT_TRUE(au->createSpecialEnv(item(au, "Apple.component")));
@@ -73,20 +63,19 @@ TEST_F(SpecialEnvTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
 
     EXPECT_FALSE(au->destroySpecialEnv());
     EXPECT_EQ(counting.moves, 4);
-    EXPECT_TRUE(exists(folder(TypeAU, LocSystemActive) + "/Synth.component/Contents/Info.plist"));
-    EXPECT_TRUE(exists(folder(TypeAU, LocUserActive) + "/Apple.component"));
-    EXPECT_TRUE(exists(folder(TypeAU, LocUserDisabled) + "/Off.component"));
+    EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component/Contents/Info.plist")));
+    EXPECT_TRUE(exists(auPath(LocUserActive, "Apple.component")));
+    EXPECT_TRUE(exists(auPath(LocUserDisabled, "Off.component")));
 }
 
 TEST_F(SpecialEnvTest, FailedMovesAreSilent)
 {
     QDir(folder(TypeAU, LocSystemDisabled)).removeRecursively();
     au->createSpecialEnv(item(au, "Synth.component"));
-    EXPECT_TRUE(
-        exists(folder(TypeAU, LocSystemActive) + "/Synth.component")); // never removed in place
+    EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component"))); // never removed in place
     au->destroySpecialEnv();
-    EXPECT_TRUE(exists(folder(TypeAU, LocSystemActive) + "/Synth.component"));
-    EXPECT_TRUE(exists(folder(TypeAU, LocUserActive) + "/Apple.component"));
+    EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component")));
+    EXPECT_TRUE(exists(auPath(LocUserActive, "Apple.component")));
     EXPECT_EQ(counting.moves, 4);
 }
 
@@ -96,35 +85,25 @@ TEST_F(SpecialEnvTest, ComponentListIsSystemThenUserAndInstrumentsOnly)
     au->getPluginList();
     QStringList names;
     for (const auto &wrapper : au->pluginList)
-        names << wrapper->effectName().value_or("?");
-    EXPECT_EQ(names, QStringList({"DLS", "Big Synth", "Pad", "Sampler"}));
-    EXPECT_EQ(au->pluginList[1]->manufacturer(), "Acme");
+        names << wrapper->manufacturer().value_or("?") + ":" + wrapper->effectName().value_or("?");
+    EXPECT_EQ(names, QStringList({"Apple:DLS", "Acme:Big Synth", "Zeta:Pad", "Apple:Sampler"}));
 }
 
 TEST(AUEffectWrapperNames, ParsesManufacturerAndEffect)
 {
     AUEffectWrapper wrapper(Component{"/nowhere.component", 0});
     EXPECT_FALSE(wrapper.manufacturer().has_value());
-    auto parse = [&wrapper](const QByteArray &text) {
-        wrapper.parseName(QByteArray(1, char(text.size())) + text);
+    const auto parsed = [&wrapper](const QByteArray &pascalName) {
+        wrapper.parseName(pascalName);
+        return wrapper.manufacturer().value_or("-") + "|" + wrapper.effectName().value_or("-");
     };
-    parse("Acme:   Big Synth");
-    EXPECT_EQ(wrapper.manufacturer(), "Acme");
-    EXPECT_EQ(wrapper.effectName(), "Big Synth");
-    parse("No colon here");
-    EXPECT_FALSE(wrapper.manufacturer().has_value());
-    EXPECT_FALSE(wrapper.effectName().has_value());
-    parse("Acme: ");
-    EXPECT_EQ(wrapper.manufacturer(), "Acme");
-    EXPECT_EQ(wrapper.effectName(), "");
-    wrapper.parseName(QByteArray("\xC8"
-                                 "Acme: X")); // a negative length is no name
-    EXPECT_FALSE(wrapper.manufacturer().has_value());
-    wrapper.parseName(QByteArray("\x40"
-                                 "Acme: X")); // shorter than announced
-    EXPECT_EQ(wrapper.effectName(), "X");
-    wrapper.parseName({});
-    EXPECT_FALSE(wrapper.effectName().has_value());
+    const auto counted = [](const QByteArray &text) { return char(text.size()) + text; };
+    EXPECT_EQ(parsed(counted("Acme:   Big Synth")), "Acme|Big Synth");
+    EXPECT_EQ(parsed(counted("No colon here")), "-|-");
+    EXPECT_EQ(parsed(counted("Acme: ")), "Acme|");
+    EXPECT_EQ(parsed(char(0xC8) + QByteArray("Acme: X")), "-|-");    // a negative length is no name
+    EXPECT_EQ(parsed(char(0x40) + QByteArray("Acme: X")), "Acme|X"); // shorter than announced
+    EXPECT_EQ(parsed({}), "-|-");
 }
 
 } // namespace korvane

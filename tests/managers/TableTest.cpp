@@ -1,17 +1,13 @@
 #include "FormatManagerFixture.h"
 
 #include "app/AppServices.h"
-#include "managers/MyAdminObj.h"
 #include "managers/MyVSTObj.h"
 #include "platform/PropertyList.h"
-
-#include <QDir>
 
 namespace korvane {
 
 class TableTest : public FormatManagerFixture {
 protected:
-    MyAdminObj *au = nullptr;
     UndoManager *undo = nullptr;
     int reloads = 0;
 
@@ -21,21 +17,13 @@ protected:
         addAU(LocSystemActive, "Foo.component");
         addAU(LocUserDisabled, "bar.component");
         addAU(LocUserActive, "Baz.component");
-        au = MyAdminObj::getAUObj();
         au->reloadData();
         undo = AppServices::getMainObj()->getUndoManager();
         QObject::connect(au, &TypeManager::tableReloaded, [this] { ++reloads; });
     }
-    QStringList names() const
-    {
-        QStringList list;
-        for (const AUItemPtr &plugin : au->plugins)
-            list << plugin->getAUName();
-        return list;
-    }
 };
 
-TEST_F(TableTest, ToggleTwiceAndUndoTwiceRestoresTheFlag)
+TEST_F(TableTest, UndoRestoresTogglesAndActionNamesFollowTheFormat)
 {
     const AUItemPtr foo = item(au, "Foo.component");
     au->setObjectValue(false, "AUActive", rowOf(au, "Foo.component"));
@@ -52,10 +40,7 @@ TEST_F(TableTest, ToggleTwiceAndUndoTwiceRestoresTheFlag)
     EXPECT_TRUE(foo->getAUActive());
     EXPECT_EQ(foo->getAULocation(), folder(TypeAU, LocSystemActive));
     EXPECT_FALSE(au->isApplyEnabled());
-}
 
-TEST_F(TableTest, ActionNamesFollowTheFormat)
-{
     au->changeObject(item(au, "Baz.component"), "AUGlobal", false);
     EXPECT_EQ(undo->undoActionName(), "setGlobal for \"Baz.component\"");
     EXPECT_EQ(item(au, "Baz.component")->getAULocation(), folder(TypeAU, LocSystemActive));
@@ -71,37 +56,36 @@ TEST_F(TableTest, GroupEditUndoAndRedoRewriteTheGroupsFile)
 {
     AppServices::getMainObj()->getGroups() << "Synths";
     const QString groupsFile = homePath("Library/Application Support/Korvane/augroups.plist");
+    const auto grouped = [&] {
+        return PropertyList::readStringArray(groupsFile).value_or(QStringList()).contains("Synths");
+    };
     au->changeObject(item(au, "Foo.component"), "AUGroup", "Synths");
     EXPECT_EQ(undo->undoActionName(), "setGroup Synths for \"Foo.component\"");
-    EXPECT_TRUE(PropertyList::readStringArray(groupsFile)->contains("Synths"));
+    EXPECT_TRUE(grouped());
 
     reloads = 0;
     undo->undo();
     EXPECT_EQ(item(au, "Foo.component")->getAUGroup(), "");
-    EXPECT_FALSE(PropertyList::readStringArray(groupsFile)->contains("Synths"));
+    EXPECT_FALSE(grouped());
     EXPECT_EQ(reloads, 1);
     undo->redo();
     EXPECT_EQ(item(au, "Foo.component")->getAUGroup(), "Synths");
-    EXPECT_TRUE(PropertyList::readStringArray(groupsFile)->contains("Synths"));
+    EXPECT_TRUE(grouped());
     EXPECT_EQ(reloads, 2);
 }
 
-TEST_F(TableTest, SortingIsStableAndKeepsIDs)
+TEST_F(TableTest, SortingIsStableAndRowsDragOutAsPaths)
 {
     const int fooID = item(au, "Foo.component")->getItemID();
     au->sortDescriptorsDidChange({{"AUName", true, false}});
-    EXPECT_EQ(names(), QStringList({"Baz.component", "Foo.component", "bar.component"}));
+    EXPECT_EQ(names(au), QStringList({"Baz.component", "Foo.component", "bar.component"}));
     au->sortDescriptorsDidChange({{"AUName", true, true}});
-    EXPECT_EQ(names(), QStringList({"bar.component", "Baz.component", "Foo.component"}));
+    EXPECT_EQ(names(au), QStringList({"bar.component", "Baz.component", "Foo.component"}));
     au->sortDescriptorsDidChange({{"AUActive", false, false}});
-    EXPECT_EQ(names(), QStringList({"Baz.component", "Foo.component", "bar.component"}));
+    EXPECT_EQ(names(au), QStringList({"Baz.component", "Foo.component", "bar.component"}));
     EXPECT_EQ(item(au, "Foo.component")->getItemID(), fooID);
-}
 
-TEST_F(TableTest, DragsOutPathsAndRetargetsDropsOnRows)
-{
-    EXPECT_EQ(au->writeRows({rowOf(au, "bar.component"), 42}),
-              QStringList({folder(TypeAU, LocUserDisabled) + "/bar.component"}));
+    EXPECT_EQ(au->writeRows({2, 42}), QStringList({auPath(3, "bar.component")}));
     const DropValidation onRow = au->validateDrop(1, true, false);
     EXPECT_TRUE(onRow.row == 2 && !onRow.onRow && onRow.operation == 4);
     EXPECT_EQ(au->validateDrop(1, false, true).operation, 0);
@@ -109,11 +93,11 @@ TEST_F(TableTest, DragsOutPathsAndRetargetsDropsOnRows)
 
 TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
 {
-    const QString drops = homePath("drops");
+    const QString drops = homePath("drops"), user = folder(TypeAU, LocUserActive);
     PluginLibraryBuilder::makeAudioUnit(drops, "New.component", MachO::intel());
-    TestRoots::writeText(drops + "/readme.txt", "text");
-    TestRoots::writeText(drops + "/Baz.component", "impostor");
-    QDir(folder(TypeAU, LocUserActive)).removeRecursively();
+    writeText(drops + "/readme.txt", "text");
+    writeText(drops + "/Baz.component", "impostor");
+    QDir(user).removeRecursively();
     const QStringList paths{drops + "/New.component", drops + "/readme.txt"};
 
     ui.alertAnswers << 1002;
@@ -122,11 +106,10 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
     EXPECT_EQ(ui.alerts[0].informativeText, "Install AudioUnits only?");
     EXPECT_EQ(ui.alerts[0].buttons, QStringList({"AudioUnits only", "All Files", "Cancel"}));
 
-    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, LocSystemActive), "Late.component",
-                                        MachO::intel());
+    addAU(LocSystemActive, "Late.component");
     EXPECT_TRUE(au->acceptDrop(paths)); // recognised only, into a user folder that was missing
-    EXPECT_TRUE(exists(folder(TypeAU, LocUserActive) + "/New.component/Contents/Info.plist"));
-    EXPECT_FALSE(exists(folder(TypeAU, LocUserActive) + "/readme.txt"));
+    EXPECT_TRUE(exists(user + "/New.component/Contents/Info.plist"));
+    EXPECT_FALSE(exists(user + "/readme.txt"));
     EXPECT_TRUE(ui.progressTitles.contains("install AudioUnits:"));
     EXPECT_GE(rowOf(au, "Late.component"), 0); // rescanned
 
@@ -134,8 +117,8 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
     ui.alertAnswers << 1001;
     const qsizetype before = ui.progressValues.size();
     EXPECT_TRUE(au->acceptDrop({drops + "/readme.txt", drops + "/Baz.component"}));
-    EXPECT_TRUE(exists(folder(TypeAU, LocUserActive) + "/readme.txt"));
-    EXPECT_TRUE(QFileInfo(folder(TypeAU, LocUserActive) + "/Baz.component").isDir());
+    EXPECT_TRUE(exists(user + "/readme.txt"));
+    EXPECT_TRUE(QFileInfo(user + "/Baz.component").isDir());
     EXPECT_EQ(ui.progressValues.mid(before, 2), QList<double>({1, 2}));
 }
 
