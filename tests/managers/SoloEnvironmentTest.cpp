@@ -21,7 +21,7 @@ QVariantMap component(const char *type, const char *manufacturer, const QString 
     return {{"type", type}, {"subtype", "test"}, {"manufacturer", manufacturer}, {"name", name}};
 }
 
-class SpecialEnvTest : public FormatManagerFixture {
+class SoloEnvironmentTest : public FormatManagerFixture {
 protected:
     CountingOperations counting;
 
@@ -45,7 +45,7 @@ protected:
     static QString logText() { return AppServices::getMainObj()->logText(); }
 };
 
-TEST_F(SpecialEnvTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
+TEST_F(SoloEnvironmentTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
 {
     EXPECT_FALSE(au->destroySpecialEnv()); // nothing set up: nothing moves
     EXPECT_EQ(counting.moves, 0);
@@ -68,7 +68,7 @@ TEST_F(SpecialEnvTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
     EXPECT_TRUE(exists(auPath(LocUserDisabled, "Off.component")));
 }
 
-TEST_F(SpecialEnvTest, FailedMovesAreSilent)
+TEST_F(SoloEnvironmentTest, FailedMovesAreSilent)
 {
     QDir(folder(TypeAU, LocSystemDisabled)).removeRecursively();
     au->createSpecialEnv(item(au, "Synth.component"));
@@ -79,7 +79,7 @@ TEST_F(SpecialEnvTest, FailedMovesAreSilent)
     EXPECT_EQ(counting.moves, 4);
 }
 
-TEST_F(SpecialEnvTest, ComponentListIsSystemThenUserAndInstrumentsOnly)
+TEST_F(SoloEnvironmentTest, ComponentListIsSystemThenUserAndInstrumentsOnly)
 {
     instrument(LocUserActive, "Another.component", {component("aumu", "Zeta", "Zeta: Pad")});
     au->getPluginList();
