@@ -14,14 +14,14 @@ struct Options {
     enum Command { Apply, List, Enable, Disable, Duplicates, SaveSet, ShowSet, Help, Version };
 
     Command command = Apply;
-    QString root;                        // --root; empty: KORVANE_ROOT as it stands
-    QString home;                        // --home; empty: HOME as it stands
-    std::array<QString, TypeCount> sets; // -AU, -RTAS, -MAS, -VST by type index; empty: none
+    QString root{};                      // --root; empty: KORVANE_ROOT as it stands
+    QString home{};                      // --home; empty: HOME as it stands
+    std::array<QString, TypeCount> sets{}; // -AU, -RTAS, -MAS, -VST by type index; empty: none
     int format = -1;                     // --format as a type index; -1: every format
     bool json = false;
     bool verbose = false;
-    QStringList names; // enable, disable
-    QString file;      // save-set, show-set
+    QStringList names{}; // enable, disable
+    QString file{};      // save-set, show-set
 
     bool operator==(const Options &) const = default;
 };
