@@ -9,6 +9,7 @@
 #include "ui/UserInterface.h"
 
 #include <QCoreApplication>
+#include <QStringBuilder>
 
 namespace korvane {
 
@@ -27,15 +28,6 @@ QString systemContentFile()
 QString groupsFile()
 {
     return Locations::expand(Locations::dataFile(QStringLiteral("groups.plist")));
-}
-
-// The Korvane folder itself, one level: its parents belong to the system.
-void createSupportFolder()
-{
-    const QString folder = Locations::expand(Locations::supportFolder());
-    FileOperations &files = FileOperations::current();
-    if (!files.isDirectory(folder))
-        files.createDirectory(folder);
 }
 
 // Entries whose elements are not all strings, or that lack a key, are left out: one damaged
@@ -240,18 +232,33 @@ QString AppServices::getFullPath(const QString &name, int type, int loc) const
 QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringList &scanPaths)
 {
     QStringList result;
+    // Listed paths hold no "." or ".." steps, so the folder is expanded once, not per path.
+    const QString folder = getFullPath(QString(), type, loc);
+    if (folder.isEmpty())
+        return removeContentPaths(type, scanPaths);
+    result.reserve(scanPaths.size());
     for (qsizetype i = 0; i < scanPaths.size();) {
         const QString &path = scanPaths.at(i);
         result.append(path);
         ++i;
-        const QString full = getFullPath(path, type, loc);
-        if (full.isEmpty() || !Bundle::isFilePackage(full))
+        if (!Bundle::isFilePackage(path.isEmpty() ? folder : QString(folder % QLatin1Char('/') % path)))
             continue;
         // Not bounded at a separator: "Echo.vst copy" goes with "Echo.vst" as it always has.
         while (i < scanPaths.size() && scanPaths.at(i).startsWith(path))
             ++i;
     }
     return removeContentPaths(type, result);
+}
+
+void AppServices::createSupportFolder()
+{
+    const QString folder = Locations::expand(Locations::supportFolder());
+    FileOperations &files = FileOperations::current();
+    if (files.isDirectory(folder))
+        return;
+    // A fresh home may lack "Library/Application Support" too; without it nothing could be saved.
+    createFolders(folder);
+    files.createDirectory(folder); // a failure shows as the write that follows failing
 }
 
 void AppServices::createFolders(const QString &path)
@@ -380,7 +387,7 @@ void AppServices::hideLog()
 
 void AppServices::addLogEntry(const void *, const QString &entry)
 {
-    m_logText = m_logText + entry;
+    m_logText += entry;
     emit logChanged();
 }
 

@@ -33,6 +33,9 @@ public:
     QString getFullPath(const QString &name, int type, int loc) const; // empty: type/loc out of range
     QStringList removeIrrelevantData(int type, int loc, const QStringList &scanPaths);
     void createFolders(const QString &path);
+    // "~/Library/Application Support/Korvane" and any of its missing parents, before a data file
+    // is written into it.
+    void createSupportFolder();
     const QList<QStringList> &contentRegistry() const { return pContent; }
 
     // --- Group registry ---------------------------------------------------------------------

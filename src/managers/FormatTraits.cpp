@@ -1,8 +1,8 @@
 #include "managers/FormatTraits.h"
 
 #include "platform/Bundle.h"
+#include "platform/ScanCache.h"
 
-#include <QFileInfo>
 #include <QVariant>
 
 namespace korvane {
@@ -16,7 +16,7 @@ QString lastComponent(const QString &path)
 
 bool isFolder(const QString &path)
 {
-    return QFileInfo(path).isDir();
+    return ScanCache::kind(path) == ScanCache::Folder;
 }
 
 // A plain file (anything that is not a folder) counts when it is not hidden and carries the

@@ -37,7 +37,9 @@ std::optional<QList<AUItemPtr>> readItems(const QString &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly) || file.size() > kMaxDocumentSize)
         return std::nullopt;
-    return decodeItems(file.read(kMaxDocumentSize));
+    // The size it has, not the limit: a buffer of the limit would cost far more than a set. What
+    // is no plain file has no size to go by and is read up to the limit.
+    return decodeItems(file.read(file.isSequential() ? kMaxDocumentSize : file.size()));
 }
 
 } // namespace

@@ -153,6 +153,8 @@ protected:
     void setSetName(const QString &name);
     void reloadTable();
     MoveOutcome applyRecord(int logIndex);
+    // Keeps the count of unprocessed records when one record's state may have changed.
+    void noteRecordState(bool wasProcessed, bool isProcessed);
     void markActive(const AUItemPtr &item, bool active);
     QString undoActionName(const AUItem &item, bool globalFlag) const;
 
@@ -165,6 +167,9 @@ protected:
     QList<SortDescriptor> m_sortDescriptors;
     QList<int> m_selectedRows;
     int m_selectedRow = -1;
+    // Unprocessed records in log, kept as they change so that marking one item costs no walk of
+    // the whole log; the records change state only through this class.
+    int m_unprocessedRecords = 0;
 };
 
 } // namespace korvane

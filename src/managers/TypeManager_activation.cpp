@@ -40,18 +40,36 @@ int TypeManager::countOfUnprocessedLogItems() const
 void TypeManager::checkLogForUpdate(const AUItemPtr &item)
 {
     const QString name = item->getAUName();
-    const QString location = item->getAULocation();
     const int id = item->getItemID();
-    for (AULog &record : log) {
-        // The ID is the cheap half of the match; most records differ in it.
-        if (record.getLogID() != id || !record.checkAndUpdateLogID(name, location, id))
-            continue;
-        if (!record.isLogProcessed())
-            setApplyEnabled(true);
-        else if (countOfUnprocessedLogItems() == 0)
-            setApplyEnabled(false);
-        return;
+    // A scan gives record i the ID i, so the item's record is normally at its ID; the walk is
+    // left for a list that does not hold it there.
+    AULog *record = nullptr;
+    if (id >= 0 && id < log.size() && log.at(id).getLogID() == id && log.at(id).getLogName() == name) {
+        record = &log[id];
+    } else {
+        for (AULog &candidate : log) {
+            // The ID is the cheap half of the match; most records differ in it.
+            if (candidate.getLogID() == id && candidate.getLogName() == name) {
+                record = &candidate;
+                break;
+            }
+        }
     }
+    if (!record)
+        return;
+    const bool wasProcessed = record->isLogProcessed();
+    record->checkAndUpdateLogID(name, item->getAULocation(), id);
+    noteRecordState(wasProcessed, record->isLogProcessed());
+    if (!record->isLogProcessed())
+        setApplyEnabled(true);
+    else if (m_unprocessedRecords == 0)
+        setApplyEnabled(false);
+}
+
+void TypeManager::noteRecordState(bool wasProcessed, bool isProcessed)
+{
+    if (wasProcessed != isProcessed)
+        m_unprocessedRecords += isProcessed ? -1 : 1;
 }
 
 int TypeManager::findItemIndex(const QString &name, int itemID) const
@@ -136,8 +154,9 @@ MoveOutcome TypeManager::applyRecord(int logIndex)
         return outcome;
     }
 
+    noteRecordState(record.isLogProcessed(), true);
     record.setLogProcessed(true);
-    if (countOfUnprocessedLogItems() == 0)
+    if (m_unprocessedRecords == 0)
         setApplyEnabled(false);
     moveContent(item);
     outcome.ok = true;

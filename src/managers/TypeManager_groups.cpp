@@ -21,7 +21,7 @@ void TypeManager::saveGroups()
     for (const AUItemPtr &item : std::as_const(plugins))
         pairs << item->getAUName() << item->getAUGroup();
     const QString path = groupsFilePath();
-    AppServices::getMainObj()->createFolders(path); // the support folder may not exist yet
+    AppServices::getMainObj()->createSupportFolder(); // a fresh home has none yet
     PropertyList::writeXml(path, pairs);
 }
 

@@ -27,25 +27,6 @@ void showOkAlert(const QString &message, const QString &informative)
     UserInterface::current().runAlert(alert);
 }
 
-// Each name held by more than one item, once: the position of its first item and its count. Counted
-// in one pass, so the report stays linear in the length of the list.
-QList<QPair<int, int>> duplicatePositions(const QList<AUItemPtr> &items)
-{
-    QHash<QString, int> counts;
-    counts.reserve(items.size());
-    for (const AUItemPtr &item : items)
-        ++counts[item->getAUName()];
-    QList<QPair<int, int>> positions;
-    for (int i = 0; i < items.size(); ++i) {
-        const auto count = counts.find(items.at(i)->getAUName());
-        if (count.value() < 2)
-            continue;
-        positions.append({i, count.value()});
-        count.value() = 0; // reported: later items of the name are passed over
-    }
-    return positions;
-}
-
 QString trText(const QString &english)
 {
     return tr(english.toUtf8().constData());
@@ -80,9 +61,12 @@ void TypeManager::checkForDuplicates()
     // The lines go to the log as one entry: the same text, and one append instead of one per
     // line keeps a long report linear however the log stores its text.
     QString report;
-    for (const auto &[index, count] : duplicatePositions(plugins)) {
-        report += QStringLiteral("Plugin %1 is found %2 times\n")
-                      .arg(plugins.at(index)->getAUName(), QString::number(count));
+    for (const auto &[name, count] : duplicateNames(plugins)) {
+        report += QLatin1String("Plugin ");
+        report += name;
+        report += QLatin1String(" is found ");
+        report += QString::number(count);
+        report += QLatin1String(" times\n");
     }
     if (!report.isEmpty())
         services->addLogEntry(this, report);
@@ -90,9 +74,22 @@ void TypeManager::checkForDuplicates()
 
 QList<QPair<QString, int>> TypeManager::duplicateNames(const QList<AUItemPtr> &items)
 {
+    // One pass, each item looked at once: names in order of their first item, with their counts
+    // (places holds a name's place in that list, plus one). A large list costs little more per
+    // item than a small one.
+    QHash<QString, qsizetype> places;
+    places.reserve(items.size());
     QList<QPair<QString, int>> names;
-    for (const auto &[index, count] : duplicatePositions(items))
-        names.append({items.at(index)->getAUName(), count});
+    for (const AUItemPtr &item : items) {
+        QString name = item->getAUName();
+        qsizetype &place = places[name];
+        if (place == 0) {
+            names.append({std::move(name), 0});
+            place = names.size();
+        }
+        ++names[place - 1].second;
+    }
+    names.removeIf([](const QPair<QString, int> &entry) { return entry.second < 2; });
     return names;
 }
 

@@ -7,13 +7,12 @@
 #include "platform/Bundle.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
+#include "platform/ScanCache.h"
 #include "platform/Texts.h"
 #include "ui/UserInterface.h"
 
-#include <QFile>
 #include <QHash>
-
-#include <sys/stat.h>
+#include <QStringBuilder>
 
 namespace korvane {
 
@@ -81,15 +80,14 @@ private:
 void collectOutsidePackages(const FileOperations &files, const QString &folder,
                             const QString &relative, QStringList *result)
 {
-    const QString here = relative.isEmpty() ? folder : folder + QLatin1Char('/') + relative;
+    const QString here = relative.isEmpty() ? folder : QString(folder % QLatin1Char('/') % relative);
     const QStringList names = files.directoryContents(here);
     for (const QString &name : names) {
-        const QString entry = relative.isEmpty() ? name : relative + QLatin1Char('/') + name;
+        const QString entry = relative.isEmpty() ? name : QString(relative % QLatin1Char('/') % name);
         result->append(entry);
-        const QString full = folder + QLatin1Char('/') + entry;
-        struct stat info; // links to folders are listed, not followed
-        if (::lstat(QFile::encodeName(full).constData(), &info) == 0 && S_ISDIR(info.st_mode)
-            && !Bundle::isFilePackage(full))
+        const QString full = folder % QLatin1Char('/') % entry;
+        // Links to folders are listed, not followed.
+        if (ScanCache::isRealFolder(full) && !Bundle::isFilePackage(full))
             collectOutsidePackages(files, folder, entry, result);
     }
 }
@@ -111,6 +109,7 @@ void TypeManager::reloadData()
 
     plugins.clear();
     log.clear();
+    m_unprocessedRecords = 0; // every record a scan makes is processed
     fileName = QStringLiteral("Untitled");
 
     const GroupIndex groups(
@@ -122,7 +121,12 @@ void TypeManager::reloadData()
     ui.progressBegin(tr(m_traits.panelTitle.toUtf8().constData()));
     ScanProgress progress(ui, m_traits.progressOffset);
     const QString folderPrefix = tr(m_traits.folderTextPrefix.toUtf8().constData());
-    const bool subpathsAllowed = m_traits.recognitionTakesFullPath; // Audio Units never recurse
+    // Audio Units never recurse.
+    const bool subpaths = m_traits.recognitionTakesFullPath
+        && MyPrefObj::getPref()->scanSubpaths(m_traits.type);
+    // The disk does not change under one scan in any way the scan cares about; the next scan
+    // starts with a new cache.
+    std::optional<ScanCache> cache(std::in_place);
 
     for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc) {
         const QString written = Locations::folder(m_traits.type, loc);
@@ -134,7 +138,7 @@ void TypeManager::reloadData()
             createIfMissing(files, folder);
 
         QStringList entries;
-        if (subpathsAllowed && MyPrefObj::getPref()->scanSubpaths(m_traits.type)) {
+        if (subpaths) {
             // The user's disabled folder has always been handed over with its direct listing,
             // so plug-ins in its subfolders are not found; kept so existing setups scan the same.
             QStringList listing;
@@ -155,7 +159,7 @@ void TypeManager::reloadData()
             const QString &entry = entries.at(k - 1);
             progress.entry(entry, k, n);
 
-            const QString fullPath = folder + QLatin1Char('/') + entry;
+            const QString fullPath = folder % QLatin1Char('/') % entry;
             if (!m_traits.recognise(m_traits.recognitionTakesFullPath ? fullPath : entry))
                 continue;
 
@@ -182,6 +186,7 @@ void TypeManager::reloadData()
         }
     }
 
+    cache.reset();
     ui.progressEnd();
     setApplyEnabled(false);
     sortPlugins();

@@ -14,6 +14,8 @@
 
 #include <QHash>
 #include <algorithm>
+#include <array>
+#include <vector>
 
 namespace korvane {
 
@@ -133,26 +135,43 @@ QStringList TypeManager::mergeSet(const QString &path)
     // Each saved item updates the first current item of its name. A document that names a
     // plug-in twice (saved while two copies were installed) gives its second entry to the second
     // copy: sending both entries to the first copy would move it onto the second and delete that.
-    QHash<QString, QList<AUItemPtr>> byName;
-    byName.reserve(plugins.size());
-    for (const AUItemPtr &item : std::as_const(plugins))
-        byName[item->getAUName()].append(item);
-    QHash<QString, int> used;
+    // The items of one name are chained in list order; each name keeps its first item and the
+    // next one still to be given an entry (-1 once all have one, so the first takes the rest).
+    struct Chain {
+        qsizetype first = -1, last = -1, next = -1;
+    };
+    QHash<QString, Chain> chains;
+    chains.reserve(plugins.size());
+    std::vector<qsizetype> following(size_t(plugins.size()), -1);
+    for (qsizetype i = 0; i < plugins.size(); ++i) {
+        Chain &chain = chains[plugins.at(i)->getAUName()];
+        if (chain.first < 0) {
+            chain = Chain{i, i, i};
+        } else {
+            following[size_t(chain.last)] = i;
+            chain.last = i;
+        }
+    }
+    std::array<QString, 4> folders;
+    for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc)
+        folders[size_t(loc)] = Locations::folderPath(m_traits.type, loc);
     QStringList missing;
     for (const AUItemPtr &saved : SetDocument::read(path)) {
-        const auto found = byName.constFind(saved->getAUName());
-        if (found == byName.constEnd()) {
-            missing << saved->getAUName();
+        const QString name = saved->getAUName();
+        const auto chain = chains.find(name);
+        if (chain == chains.end()) {
+            missing << name;
             continue;
         }
-        int &seen = used[saved->getAUName()];
-        const AUItemPtr item = found->value(seen < found->size() ? seen : 0);
-        ++seen;
-        item->setAUName(saved->getAUName());
+        const qsizetype index = chain->next >= 0 ? chain->next : chain->first;
+        if (chain->next >= 0)
+            chain->next = following[size_t(chain->next)];
+        const AUItemPtr item = plugins.at(index);
+        item->setAUName(name);
         item->setAULocation(saved->getAULocation());
         item->setAUGlobal(saved->getAUGlobal());
         item->setAUActive(saved->getAUActive());
-        item->checkObject(m_traits.type);
+        item->checkObject(folders);
         checkLogForUpdate(item);
     }
     return missing;
@@ -232,8 +251,7 @@ void TypeManager::updateSet()
 void TypeManager::saveSets()
 {
     const QString path = Locations::expand(Locations::dataFile(m_traits.setsFile));
-    // A fresh account has no support folder yet; without it the write could not succeed.
-    AppServices::getMainObj()->createFolders(path);
+    AppServices::getMainObj()->createSupportFolder(); // a fresh home has none yet
     QVariantList titles;
     for (const QString &title : std::as_const(pbSetsTitles))
         titles << title;

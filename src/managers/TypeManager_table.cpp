@@ -11,6 +11,9 @@
 
 #include <QPointer>
 #include <algorithm>
+#include <numeric>
+#include <string>
+#include <vector>
 
 namespace korvane {
 
@@ -20,15 +23,99 @@ const QString kActive = QStringLiteral("AUActive");
 const QString kGlobal = QStringLiteral("AUGlobal");
 const QString kGroup = QStringLiteral("AUGroup");
 
-int compareValues(const QVariant &a, const QVariant &b, bool caseInsensitive)
-{
-    if (a.typeId() == QMetaType::Bool && b.typeId() == QMetaType::Bool)
-        return int(a.toBool()) - int(b.toBool());
-    if (a.typeId() == QMetaType::Int && b.typeId() == QMetaType::Int)
-        return a.toInt() < b.toInt() ? -1 : (a.toInt() > b.toInt() ? 1 : 0);
-    return QString::compare(a.toString(), b.toString(),
-                            caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive);
-}
+// One sort descriptor with every item's key taken out once, so the comparisons of a sort compare
+// plain numbers and strings. The kinds follow the table's values: flags and numbers compare as
+// numbers, the rest as text; a column the items do not have leaves the order to the next one.
+class SortColumn {
+public:
+    SortColumn(const SortDescriptor &descriptor, const QList<AUItemPtr> &items)
+        : m_ascending(descriptor.ascending),
+          m_case(descriptor.caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive)
+    {
+        const QString &key = descriptor.key;
+        const auto numbers = [&](auto value) {
+            m_kind = Number;
+            m_numbers.reserve(items.size());
+            for (const AUItemPtr &item : items)
+                m_numbers.push_back(int(value(*item)));
+        };
+        const auto texts = [&](auto value) {
+            m_kind = Text;
+            m_texts.reserve(items.size());
+            for (const AUItemPtr &item : items)
+                m_texts.push_back(value(*item));
+            if (m_case == Qt::CaseInsensitive)
+                foldAscii();
+        };
+        if (key == kActive)
+            numbers([](const AUItem &i) { return i.getAUActive(); });
+        else if (key == kGlobal)
+            numbers([](const AUItem &i) { return i.getAUGlobal(); });
+        else if (key == QLatin1String("Selected"))
+            numbers([](const AUItem &i) { return i.getSelected(); });
+        else if (key == QLatin1String("ItemID"))
+            numbers([](const AUItem &i) { return i.getItemID(); });
+        else if (key == QLatin1String("GroupID"))
+            numbers([](const AUItem &i) { return i.getGroupID(); });
+        else if (key == QLatin1String("Plattform"))
+            numbers([](const AUItem &i) { return i.getPlattform(); });
+        else if (key == kGroup)
+            texts([](const AUItem &i) { return i.getAUGroup(); });
+        else if (key == QLatin1String("AUType") || key == QLatin1String("PlattformIdent"))
+            texts([](const AUItem &i) { return i.getPlattformIdent(); });
+        else if (key == QLatin1String("AUName"))
+            texts([](const AUItem &i) { return i.getAUName(); });
+        else if (key == QLatin1String("AULocation"))
+            texts([](const AUItem &i) { return i.getAULocation(); });
+        else if (key == QLatin1String("AUIcon"))
+            texts([](const AUItem &i) { return i.getAUIcon(); });
+    }
+
+    // Negative, zero or positive as item a sorts before, with or after item b.
+    int compare(qsizetype a, qsizetype b) const
+    {
+        int order = 0;
+        if (m_kind == Number) {
+            const int x = m_numbers[size_t(a)], y = m_numbers[size_t(b)];
+            order = x < y ? -1 : (x > y ? 1 : 0);
+        } else if (m_kind == Text) {
+            if (!m_folded.empty() && !m_folded[size_t(a)].empty() && !m_folded[size_t(b)].empty())
+                order = m_folded[size_t(a)].compare(m_folded[size_t(b)]);
+            else
+                order = QString::compare(m_texts[size_t(a)], m_texts[size_t(b)], m_case);
+        }
+        return m_ascending ? order : -order;
+    }
+
+private:
+    // Plain ASCII texts folded to lower case once: comparing those bytes orders them exactly as
+    // the case-insensitive comparison does, without folding every character of every comparison.
+    // Empty for texts that are empty or hold anything else; those keep the full comparison.
+    void foldAscii()
+    {
+        m_folded.resize(m_texts.size());
+        for (size_t i = 0; i < m_texts.size(); ++i) {
+            const QString &text = m_texts[i];
+            std::string folded(size_t(text.size()), '\0');
+            bool ascii = true;
+            for (qsizetype c = 0; c < text.size() && ascii; ++c) {
+                const char16_t unit = text.at(c).unicode();
+                ascii = unit < 0x80;
+                folded[size_t(c)] = char(unit >= 'A' && unit <= 'Z' ? unit + ('a' - 'A') : unit);
+            }
+            if (ascii)
+                m_folded[i] = std::move(folded);
+        }
+    }
+
+    enum Kind { None, Number, Text };
+    Kind m_kind = None;
+    bool m_ascending;
+    Qt::CaseSensitivity m_case;
+    std::vector<int> m_numbers;
+    std::vector<QString> m_texts;
+    std::vector<std::string> m_folded; // empty unless the comparison ignores case
+};
 
 // The last component of a dropped path; a folder may arrive with a trailing separator.
 QString lastPathComponent(QString path)
@@ -157,18 +244,24 @@ void TypeManager::sortPlugins()
     if (m_sortDescriptors.isEmpty())
         return;
     // Stable, and item IDs stay as the scan gave them: activation finds items by ID.
-    const auto before = [this](const AUItemPtr &a, const AUItemPtr &b) {
-        for (const SortDescriptor &descriptor : std::as_const(m_sortDescriptors)) {
-            int order = compareValues(itemValue(*a, descriptor.key), itemValue(*b, descriptor.key),
-                                      descriptor.caseInsensitive);
-            if (!descriptor.ascending)
-                order = -order;
-            if (order != 0)
-                return order < 0;
+    std::vector<SortColumn> columns;
+    columns.reserve(size_t(m_sortDescriptors.size()));
+    for (const SortDescriptor &descriptor : std::as_const(m_sortDescriptors))
+        columns.emplace_back(descriptor, plugins);
+    std::vector<qsizetype> order(size_t(plugins.size()));
+    std::iota(order.begin(), order.end(), qsizetype(0));
+    std::stable_sort(order.begin(), order.end(), [&columns](qsizetype a, qsizetype b) {
+        for (const SortColumn &column : columns) {
+            if (const int result = column.compare(a, b); result != 0)
+                return result < 0;
         }
         return false;
-    };
-    std::stable_sort(plugins.begin(), plugins.end(), before);
+    });
+    QList<AUItemPtr> sorted;
+    sorted.reserve(plugins.size());
+    for (qsizetype index : order)
+        sorted.append(plugins.at(index));
+    plugins = std::move(sorted);
 }
 
 QStringList TypeManager::writeRows(const QList<int> &rows) const

@@ -5,6 +5,8 @@
 #include "platform/Locations.h"
 #include "platform/TypedStream.h"
 
+#include <QStringBuilder>
+
 #include <climits>
 
 namespace korvane {
@@ -17,7 +19,7 @@ void AUItem::setAUName(const QString &name)
 
 void AUItem::initAUIcon()
 {
-    AUIcon = AULocation + QLatin1Char('/') + AUName;
+    AUIcon = AULocation % QLatin1Char('/') % AUName;
 }
 
 void AUItem::setAUGroup(const QString &group)
@@ -44,13 +46,26 @@ QString AUItem::getAUGroup() const
     return groups.at(nGroupID);
 }
 
+namespace {
+
+int locationCode(bool global, bool active)
+{
+    return global ? (active ? LocSystemActive : LocSystemDisabled)
+                  : (active ? LocUserActive : LocUserDisabled);
+}
+
+} // namespace
+
 void AUItem::checkObject(int type)
 {
     if (!isValidType(type))
         return;
-    const int loc = bAUGlobal ? (bAUActive ? LocSystemActive : LocSystemDisabled)
-                              : (bAUActive ? LocUserActive : LocUserDisabled);
-    setAULocation(Locations::folderPath(type, loc));
+    setAULocation(Locations::folderPath(type, locationCode(bAUGlobal, bAUActive)));
+}
+
+void AUItem::checkObject(const std::array<QString, 4> &folders)
+{
+    setAULocation(folders[size_t(locationCode(bAUGlobal, bAUActive))]);
 }
 
 void AUItem::checkContent()
@@ -108,12 +123,14 @@ void AUItem::setPlattform(const QString &path)
         nPlattform = MachOHeader::PPC;
         return;
     }
-    const QString executable = Bundle::executablePath(path);
+    const QString executable = Bundle::executableName(path);
     if (executable.isEmpty()) {
         nPlattform = MachOHeader::Unknown;
         return;
     }
-    nPlattform = MachOHeader::classify(MachOHeader::firstBytes(executable, 8));
+    // A missing executable, or one that is no plain file, gives no bytes and so Unknown.
+    nPlattform = MachOHeader::classify(
+        MachOHeader::firstBytes(path % QLatin1String("/Contents/MacOS/") % executable, 8));
 }
 
 QString AUItem::getPlattformIdent() const

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <array>
 #include <memory>
 
 namespace korvane {
@@ -46,6 +47,9 @@ public:
     bool compareObject(const AUItem &other) const { return AUName == other.AUName; }
     // Recomputes the location from the type's folder table and the two flags.
     void checkObject(int type);
+    // The same from the type's four folders by location code, expanded once by a caller that
+    // places many items.
+    void checkObject(const std::array<QString, 4> &folders);
 
     void checkContent();
     int getContentMaxIndex() const;

@@ -1,15 +1,20 @@
 #include "platform/Bundle.h"
 
 #include "platform/PropertyList.h"
+#include "platform/ScanCache.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QStringBuilder>
 #include <QtEndian>
 
 #include <cerrno>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/xattr.h>
+#include <unistd.h>
 
 namespace korvane {
 
@@ -31,7 +36,7 @@ constexpr qint64 kAppleDoubleEntrySize = 12;  // id, offset, length
 
 QString infoPlistPath(const QString &bundlePath)
 {
-    return bundlePath + QStringLiteral("/Contents/Info.plist");
+    return bundlePath % QLatin1String("/Contents/Info.plist");
 }
 
 QString sidecarPath(const QString &path)
@@ -50,11 +55,18 @@ std::optional<QByteArray> finderInfoAttribute(const QString &path)
 {
     const QByteArray name = QFile::encodeName(path);
     for (const char *attribute : kFinderInfoAttributes) {
+        // Finder info is 32 bytes; a larger value is asked for its size and read again.
+        char small[64];
+        ssize_t got = ::getxattr(name.constData(), attribute, small, sizeof small);
+        if (got >= 0)
+            return QByteArray(small, qsizetype(got));
+        if (errno != ERANGE)
+            continue;
         const ssize_t size = ::getxattr(name.constData(), attribute, nullptr, 0);
         if (size < 0)
             continue;
         std::vector<char> value(size_t(size) + 1);
-        const ssize_t got = ::getxattr(name.constData(), attribute, value.data(), value.size());
+        got = ::getxattr(name.constData(), attribute, value.data(), value.size());
         if (got < 0)
             continue;
         return QByteArray(value.data(), qsizetype(got));
@@ -142,79 +154,130 @@ bool writeSidecar(const QString &path, quint32 code)
     return file.write(bytes) == bytes.size();
 }
 
+// Contents/Info.plist parsed. Recognition and the architecture test both ask about it, so a scan
+// parses it once.
+std::optional<PropertyList::Dictionary> parsedInfo(const QString &bundlePath)
+{
+    if (!Bundle::canOpen(bundlePath))
+        return std::nullopt;
+    ScanCache *cache = ScanCache::current();
+    if (cache) {
+        if (const std::optional<PropertyList::Dictionary> *known = cache->infoDictionary(bundlePath))
+            return *known;
+    }
+    std::optional<PropertyList::Dictionary> info =
+        PropertyList::readParsedDictionary(infoPlistPath(bundlePath));
+    if (cache)
+        cache->setInfoDictionary(bundlePath, info);
+    return info;
+}
+
 } // namespace
 
 bool Bundle::isFilePackage(const QString &path)
 {
-    const QFileInfo info(path);
-    if (!info.isDir())
+    if (ScanCache::kind(path) != ScanCache::Folder)
         return false;
-    const QString name = info.fileName();
-    for (const char *extension : kPackageExtensions) {
-        if (name.endsWith(QLatin1String(extension), Qt::CaseInsensitive))
-            return true;
+    const QStringView name = QStringView(path).mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    if (dot >= 0) {
+        const QStringView extension = name.mid(dot);
+        for (const char *known : kPackageExtensions) {
+            const QLatin1StringView candidate(known);
+            if (extension.size() == candidate.size()
+                && extension.compare(candidate, Qt::CaseInsensitive) == 0)
+                return true;
+        }
     }
-    return QFileInfo(infoPlistPath(path)).isFile();
+    return ScanCache::kind(infoPlistPath(path)) == ScanCache::File;
 }
 
 bool Bundle::canOpen(const QString &path)
 {
-    return !path.isEmpty() && QFileInfo(path).isDir();
+    return !path.isEmpty() && ScanCache::kind(path) == ScanCache::Folder;
 }
 
 std::optional<QVariantMap> Bundle::infoDictionary(const QString &bundlePath)
 {
-    if (!canOpen(bundlePath))
-        return std::nullopt;
-    return PropertyList::readDictionary(infoPlistPath(bundlePath));
+    const std::optional<PropertyList::Dictionary> info = parsedInfo(bundlePath);
+    return info ? std::optional<QVariantMap>(info->toMap()) : std::nullopt;
 }
 
 QVariant Bundle::infoValue(const QString &bundlePath, const QString &key)
 {
-    const std::optional<QVariantMap> info = infoDictionary(bundlePath);
+    const std::optional<PropertyList::Dictionary> info = parsedInfo(bundlePath);
     return info ? info->value(key) : QVariant();
 }
 
-QString Bundle::executablePath(const QString &bundlePath)
+QString Bundle::executableName(const QString &bundlePath)
 {
     const QVariant value = infoValue(bundlePath, QStringLiteral("CFBundleExecutable"));
     if (value.typeId() != QMetaType::QString)
         return {};
     const QString name = value.toString();
     // The name comes from the bundle; it may not lead out of Contents/MacOS.
-    if (name.isEmpty() || name.contains(QLatin1Char('/')) || name == QLatin1String(".") || name == QLatin1String(".."))
+    if (name.isEmpty() || name.contains(QLatin1Char('/')) || name == QLatin1String(".")
+        || name == QLatin1String(".."))
         return {};
-    const QString path = bundlePath + QStringLiteral("/Contents/MacOS/") + name;
-    return QFileInfo(path).isFile() ? path : QString();
+    return name;
+}
+
+QString Bundle::executablePath(const QString &bundlePath)
+{
+    const QString name = executableName(bundlePath);
+    if (name.isEmpty())
+        return {};
+    const QString path = bundlePath % QLatin1String("/Contents/MacOS/") % name;
+    return ScanCache::kind(path) == ScanCache::File ? path : QString();
 }
 
 QByteArray MachOHeader::firstBytes(const QString &path, int count)
 {
-    if (count <= 0)
+    if (count <= 0 || path.isEmpty())
         return {};
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    // Not blocking: a pipe in place of the executable must not stop the scan.
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
         return {};
-    return file.read(count);
+    QByteArray bytes;
+    struct stat info;
+    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) {
+        bytes.resize(count);
+        qsizetype got = 0;
+        while (got < count) {
+            const ssize_t n = ::read(fd, bytes.data() + got, size_t(count - got));
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0)
+                break;
+            got += n;
+        }
+        bytes.truncate(got);
+    }
+    ::close(fd);
+    return bytes;
 }
 
 MachOHeader::Architecture MachOHeader::classify(const QByteArray &firstEight)
 {
+    static constexpr char kPPC[] = "\xfe\xed\xfa\xce\x00\x00\x00\x12";
+    static constexpr char kIntel[] = "\xce\xfa\xed\xfe\x07\x00\x00\x00";
+    static constexpr char kUniversal[] = "\xca\xfe\xba\xbe\x00\x00\x00\x02";
     if (firstEight.size() < 8)
         return Unknown;
-    const QByteArray bytes = firstEight.left(8);
-    if (bytes == QByteArray::fromHex("feedface00000012"))
+    const QByteArrayView bytes(firstEight.constData(), 8);
+    if (bytes == QByteArrayView(kPPC, 8))
         return PPC;
-    if (bytes == QByteArray::fromHex("cefaedfe07000000"))
+    if (bytes == QByteArrayView(kIntel, 8))
         return Intel;
-    if (bytes == QByteArray::fromHex("cafebabe00000002"))
+    if (bytes == QByteArrayView(kUniversal, 8))
         return Universal;
     return Unknown;
 }
 
 std::optional<quint32> FinderInfo::fileType(const QString &path)
 {
-    if (path.isEmpty() || !QFileInfo::exists(path))
+    if (path.isEmpty() || ScanCache::kind(path) == ScanCache::Missing)
         return std::nullopt;
     std::optional<QByteArray> info = finderInfoAttribute(path);
     if (!info)

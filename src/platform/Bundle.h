@@ -16,6 +16,8 @@ public:
     // Contents/Info.plist, XML or binary; absent when missing or malformed.
     static std::optional<QVariantMap> infoDictionary(const QString &bundlePath);
     static QVariant infoValue(const QString &bundlePath, const QString &key);
+    // CFBundleExecutable when it names a file inside Contents/MacOS, without asking the disk.
+    static QString executableName(const QString &bundlePath);
     // Contents/MacOS/<CFBundleExecutable>; empty when the key is missing or no such file exists.
     static QString executablePath(const QString &bundlePath);
 };
@@ -24,7 +26,7 @@ public:
 class MachOHeader {
 public:
     enum Architecture { Unknown = 0, PPC = 1, Intel = 2, Universal = 3 };
-    // Up to count bytes from the start of the file; empty when it cannot be read.
+    // Up to count bytes from the start of a plain file; empty when it cannot be read.
     static QByteArray firstBytes(const QString &path, int count = 8);
     // An exact match of the eight bytes against the three known patterns, else Unknown.
     static Architecture classify(const QByteArray &firstEight);

@@ -1,7 +1,10 @@
 #include "platform/FileOperations.h"
 
+#include "platform/ScanCache.h"
+
 #include <QDir>
 #include <QFile>
+#include <QStringBuilder>
 
 #include <algorithm>
 #include <cerrno>
@@ -72,7 +75,7 @@ QString nameOf(const QString &path)
 
 QString childOf(const QString &folder, const QString &name)
 {
-    return folder.endsWith(QLatin1Char('/')) ? folder + name : folder + QLatin1Char('/') + name;
+    return folder.endsWith(QLatin1Char('/')) ? folder + name : QString(folder % QLatin1Char('/') % name);
 }
 
 // A hidden name beside path, for the intermediate states of a move.
@@ -162,7 +165,26 @@ int syncFileSystemOf(const QString &path)
     return result;
 }
 
-QStringList listNames(const QString &path)
+// The kind a listing gives an entry that is no link; Missing where it does not say.
+ScanCache::Kind listedKind(unsigned char type)
+{
+    switch (type) {
+    case DT_DIR:
+        return ScanCache::Folder;
+    case DT_REG:
+        return ScanCache::File;
+    case DT_FIFO:
+    case DT_CHR:
+    case DT_BLK:
+    case DT_SOCK:
+        return ScanCache::Other;
+    default: // a link, or a file system that does not tell
+        return ScanCache::Missing;
+    }
+}
+
+// With a scan under way, each entry's kind is handed to its cache on the way.
+QStringList listNames(const QString &path, bool rememberKinds = false)
 {
     QStringList names;
     if (path.isEmpty())
@@ -174,6 +196,10 @@ QStringList listNames(const QString &path)
         if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
             continue;
         names.append(QFile::decodeName(entry->d_name));
+        if (!rememberKinds)
+            continue;
+        if (const ScanCache::Kind kind = listedKind(entry->d_type); kind != ScanCache::Missing)
+            ScanCache::rememberListed(childOf(path, names.constLast()), kind);
     }
     ::closedir(dir);
     std::sort(names.begin(), names.end());
@@ -254,7 +280,7 @@ void FileOperations::setCurrent(FileOperations *operations)
 
 QStringList FileOperations::directoryContents(const QString &path) const
 {
-    return listNames(path);
+    return listNames(path, ScanCache::current() != nullptr);
 }
 
 QStringList FileOperations::subpaths(const QString &path) const
@@ -518,7 +544,9 @@ bool FileOperations::remove(const QString &path, FileError *error)
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
-    if (!removeTree(path, error))
+    // A removal that would stop half way leaves a plug-in broken: touch nothing unless all of it
+    // can go.
+    if (!checkRemovable(path, error) || !removeTree(path, error))
         return false;
     if (!S_ISDIR(info.st_mode)) {
         const QString sidecar = sidecarOf(path);

@@ -35,7 +35,7 @@ public:
     virtual bool move(const QString &from, const QString &to, FileError *error = nullptr);
     // Recursive copy; never overwrites an existing target.
     virtual bool copy(const QString &from, const QString &to, FileError *error = nullptr);
-    // Recursive removal.
+    // Recursive removal, checked first: when any part could not be removed nothing is.
     virtual bool remove(const QString &path, FileError *error = nullptr);
     // Into the freedesktop trash of the current HOME.
     virtual bool moveToTrash(const QString &path, FileError *error = nullptr);

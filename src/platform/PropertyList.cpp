@@ -6,11 +6,16 @@
 
 #include <plist/plist.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <memory>
 #include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace korvane {
 
@@ -54,8 +59,10 @@ bool xmlNestingWithinLimit(const QByteArray &bytes)
     const qsizetype size = bytes.size();
     int depth = 0;
     for (qsizetype i = 0; i < size; ++i) {
-        if (data[i] != '<')
-            continue;
+        const void *tag = std::memchr(data + i, '<', size_t(size - i));
+        if (!tag)
+            break;
+        i = static_cast<const char *>(tag) - data;
         const bool closing = i + 1 < size && data[i + 1] == '/';
         const qsizetype nameStart = i + (closing ? 2 : 1);
         qsizetype nameLength = 0;
@@ -382,27 +389,74 @@ plist_t fromVariant(const QVariant &value, int depth = 0)
     return nullptr;
 }
 
-} // namespace
+// The whole file when it is no larger than kMaxFileSize: a buffer of the size the file reports,
+// so reading the many small Info.plist files of a scan costs no more than they hold. A file that
+// reports no size (a pipe, a special file) is read in pieces up to the limit.
+std::optional<QByteArray> readBounded(const QString &path)
+{
+    if (path.isEmpty())
+        return std::nullopt;
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return std::nullopt;
+    struct stat info;
+    if (::fstat(fd, &info) != 0 || S_ISDIR(info.st_mode) || info.st_size > kMaxFileSize) {
+        ::close(fd);
+        return std::nullopt;
+    }
+    const bool sized = S_ISREG(info.st_mode) && info.st_size > 0;
+    QByteArray bytes;
+    bytes.resize(sized ? qsizetype(info.st_size) : qsizetype(64 * 1024));
+    qsizetype got = 0;
+    for (;;) {
+        if (got == bytes.size()) {
+            if (sized || bytes.size() > kMaxFileSize)
+                break;
+            bytes.resize(qMin<qsizetype>(bytes.size() * 2, kMaxFileSize + 1));
+        }
+        const ssize_t n = ::read(fd, bytes.data() + got, size_t(bytes.size() - got));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0) {
+            ::close(fd);
+            return std::nullopt;
+        }
+        if (n == 0)
+            break;
+        got += n;
+    }
+    ::close(fd);
+    bytes.truncate(got);
+    return bytes;
+}
 
-std::optional<QVariant> PropertyList::fromBytes(const QByteArray &bytes)
+// The parsed list, when the bytes are one that is safe to hand to libplist.
+PlistPtr parse(const QByteArray &bytes)
 {
     if (bytes.isEmpty() || bytes.size() > kMaxFileSize)
-        return std::nullopt;
+        return nullptr;
     plist_t root = nullptr;
     if (bytes.startsWith(kBinaryMagic)) {
         if (!binaryStructureWithinLimits(bytes))
-            return std::nullopt;
+            return nullptr;
         plist_from_bin(bytes.constData(), uint32_t(bytes.size()), &root);
     } else {
         // XML allows no NUL character, and libplist 2.2 aborts on one inside a string or key.
         if (bytes.contains('\0') || !xmlNestingWithinLimit(bytes))
-            return std::nullopt;
+            return nullptr;
         plist_from_xml(bytes.constData(), uint32_t(bytes.size()), &root);
     }
-    if (!root)
+    return PlistPtr(root);
+}
+
+} // namespace
+
+std::optional<QVariant> PropertyList::fromBytes(const QByteArray &bytes)
+{
+    const PlistPtr owner = parse(bytes);
+    if (!owner)
         return std::nullopt;
-    PlistPtr owner(root);
-    QVariant value = toVariant(root);
+    QVariant value = toVariant(owner.get());
     if (!value.isValid())
         return std::nullopt;
     return value;
@@ -410,12 +464,8 @@ std::optional<QVariant> PropertyList::fromBytes(const QByteArray &bytes)
 
 std::optional<QVariant> PropertyList::read(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    // A size of 0 also covers files that do not report one; read a bounded amount.
-    const QByteArray bytes = file.read(kMaxFileSize + 1);
-    return fromBytes(bytes);
+    const std::optional<QByteArray> bytes = readBounded(path);
+    return bytes ? fromBytes(*bytes) : std::nullopt;
 }
 
 std::optional<QVariantList> PropertyList::readArray(const QString &path)
@@ -432,6 +482,53 @@ std::optional<QVariantMap> PropertyList::readDictionary(const QString &path)
     if (!value || value->typeId() != QMetaType::QVariantMap)
         return std::nullopt;
     return value->toMap();
+}
+
+std::optional<PropertyList::Dictionary> PropertyList::readParsedDictionary(const QString &path)
+{
+    const std::optional<QByteArray> bytes = readBounded(path);
+    if (!bytes)
+        return std::nullopt;
+    PlistPtr root = parse(*bytes);
+    if (!root || plist_get_node_type(root.get()) != PLIST_DICT)
+        return std::nullopt;
+    Dictionary dictionary;
+    dictionary.m_root = std::shared_ptr<void>(root.release(), PlistDeleter());
+    return dictionary;
+}
+
+QVariant PropertyList::Dictionary::value(const QString &key) const
+{
+    if (!m_root)
+        return {};
+    // Every entry is looked at and the last of a key wins, as in toMap: a damaged binary list may
+    // hold a key twice.
+    const QByteArray wanted = key.toUtf8();
+    plist_t node = m_root.get();
+    plist_t found = nullptr;
+    plist_dict_iter iterator = nullptr;
+    plist_dict_new_iter(node, &iterator);
+    if (!iterator)
+        return {};
+    for (;;) {
+        char *name = nullptr;
+        plist_t value = nullptr;
+        plist_dict_next_item(node, iterator, &name, &value);
+        if (!value) {
+            std::free(name);
+            break;
+        }
+        if (name && wanted == name)
+            found = value;
+        std::free(name);
+    }
+    std::free(iterator);
+    return found ? toVariant(found) : QVariant();
+}
+
+QVariantMap PropertyList::Dictionary::toMap() const
+{
+    return m_root ? toVariant(m_root.get()).toMap() : QVariantMap();
 }
 
 std::optional<QStringList> PropertyList::readStringArray(const QString &path)

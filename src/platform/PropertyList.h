@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QVariant>
+#include <memory>
 #include <optional>
 
 namespace korvane {
@@ -19,6 +20,20 @@ public:
     static std::optional<QVariantMap> readDictionary(const QString &path);
     // An array whose elements are all strings; anything else reads as absent.
     static std::optional<QStringList> readStringArray(const QString &path);
+
+    // A dictionary parsed once whose values are converted only when asked for, so that looking
+    // up a key or two costs no conversion of everything else. Copies share the parsed list.
+    class Dictionary {
+    public:
+        QVariant value(const QString &key) const; // invalid when absent
+        QVariantMap toMap() const;
+
+    private:
+        friend class PropertyList;
+        std::shared_ptr<void> m_root;
+    };
+    // What readDictionary reads, as a Dictionary.
+    static std::optional<Dictionary> readParsedDictionary(const QString &path);
 
     static QByteArray toXml(const QVariant &root);
     static QByteArray toBinary(const QVariant &root);

@@ -66,6 +66,7 @@ private:
         ArchivedObjectPtr object; // Object
         QByteArray name;          // Class: its name; CString: the text
         bool decoding = false;    // Object: its data is still being read
+        QString className;        // Class: the name decoded once, shared by all its objects
     };
 
     qsizetype remaining() const { return m_size - m_pos; }
@@ -175,7 +176,7 @@ private:
         while (h == kTagNew) {
             const QByteArray name = readSharedString();
             readSigned(head()); // version: every version of the classes we read has one layout
-            m_table.append({Entry::Class, nullptr, name});
+            m_table.append({Entry::Class, nullptr, name, false, QString::fromUtf8(name)});
             h = head();
         }
         if (h != kTagNil)
@@ -196,7 +197,7 @@ private:
         const int h = head();
         if (h == kTagNew) {
             const QByteArray text = readSharedString();
-            m_table.append({Entry::CString, nullptr, text});
+            m_table.append({Entry::CString, nullptr, text, false, {}});
             return text;
         }
         const qsizetype index = readReference(h, m_table.size());
@@ -227,8 +228,8 @@ private:
             fail();
         auto object = std::make_shared<ArchivedObject>();
         const qsizetype index = m_table.size();
-        m_table.append({Entry::Object, object, {}, true});
-        object->className = QString::fromUtf8(m_table.at(readClass()).name);
+        m_table.append({Entry::Object, object, {}, true, {}});
+        object->className = m_table.at(readClass()).className;
         ++m_depth;
         readObjectData(*object);
         --m_depth;

@@ -17,8 +17,16 @@ struct ArchivedObject {
     QVariant number;            // NSNumber
     QList<std::shared_ptr<ArchivedObject>> elements; // arrays: elements; others: encoded objects (nil = nullptr)
 
-    bool isString() const { return className == "NSString" || className == "NSMutableString"; }
-    bool isArray() const { return className == "NSArray" || className == "NSMutableArray"; }
+    bool isString() const
+    {
+        return className == QLatin1StringView("NSString")
+            || className == QLatin1StringView("NSMutableString");
+    }
+    bool isArray() const
+    {
+        return className == QLatin1StringView("NSArray")
+            || className == QLatin1StringView("NSMutableArray");
+    }
 };
 using ArchivedObjectPtr = std::shared_ptr<ArchivedObject>;
 
