@@ -54,18 +54,7 @@ void MyPrefObj::install(MyPrefObj *pref)
 
 QString MyPrefObj::keyPrefix(int type)
 {
-    switch (type) {
-    case TypeAU:
-        return QStringLiteral("AU");
-    case TypeRTAS:
-        return QStringLiteral("RTAS");
-    case TypeMAS:
-        return QStringLiteral("MAS");
-    case TypeVST:
-        return QStringLiteral("VST");
-    default:
-        return QString();
-    }
+    return typePrefix(type);
 }
 
 void MyPrefObj::checkDefaults()

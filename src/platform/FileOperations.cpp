@@ -75,7 +75,9 @@ QString nameOf(const QString &path)
 
 QString childOf(const QString &folder, const QString &name)
 {
-    return folder.endsWith(QLatin1Char('/')) ? folder + name : QString(folder % QLatin1Char('/') % name);
+    if (folder.endsWith(QLatin1Char('/')))
+        return folder + name;
+    return folder % QLatin1Char('/') % name;
 }
 
 // A hidden name beside path, for the intermediate states of a move.
@@ -334,16 +336,31 @@ bool FileOperations::createDirectory(const QString &path, FileError *error)
     return true;
 }
 
-bool FileOperations::move(const QString &from, const QString &to, FileError *error)
+static bool hasSidecarToCarry(const QString &from, const QString &to)
 {
     struct stat info;
-    if (!lstatPath(from, &info))
+    return lstatPath(sidecarOf(from), &info) && !lstatPath(sidecarOf(to), &info);
+}
+
+// A source that exists, a target that does not, and not a folder into itself: what move and copy
+// both need before they touch anything.
+static bool canPlace(const QString &from, const QString &to, struct stat *info, FileError *error)
+{
+    if (!lstatPath(from, info))
         return fail(error, from, errno);
     struct stat existing;
     if (lstatPath(to, &existing))
         return fail(error, to, EEXIST);
-    if (S_ISDIR(info.st_mode) && isInside(to, from))
+    if (S_ISDIR(info->st_mode) && isInside(to, from))
         return fail(error, to, EINVAL);
+    return true;
+}
+
+bool FileOperations::move(const QString &from, const QString &to, FileError *error)
+{
+    struct stat info;
+    if (!canPlace(from, to, &info, error))
+        return false;
 
     const int result = renameNoReplace(from, to);
     if (result == EXDEV) {
@@ -355,11 +372,9 @@ bool FileOperations::move(const QString &from, const QString &to, FileError *err
         return fail(error, sourceSide ? from : to, result);
     }
 
-    if (!S_ISDIR(info.st_mode)) {
-        const QString sidecar = sidecarOf(from);
-        if (lstatPath(sidecar, &existing) && !lstatPath(sidecarOf(to), &existing))
-            move(sidecar, sidecarOf(to));
-    }
+    // A plain file's Finder type may live in a sidecar; it goes where the file goes.
+    if (!S_ISDIR(info.st_mode) && hasSidecarToCarry(from, to))
+        move(sidecarOf(from), sidecarOf(to));
     return true;
 }
 
@@ -410,22 +425,14 @@ bool FileOperations::moveAcrossFileSystems(const QString &from, const QString &t
 bool FileOperations::copy(const QString &from, const QString &to, FileError *error)
 {
     struct stat info;
-    if (!lstatPath(from, &info))
-        return fail(error, from, errno);
-    struct stat existing;
-    if (lstatPath(to, &existing))
-        return fail(error, to, EEXIST);
-    if (S_ISDIR(info.st_mode) && isInside(to, from))
-        return fail(error, to, EINVAL);
+    if (!canPlace(from, to, &info, error))
+        return false;
     if (!copyTree(from, to, error)) {
         removeTree(to);
         return false;
     }
-    if (!S_ISDIR(info.st_mode)) {
-        const QString sidecar = sidecarOf(from);
-        if (lstatPath(sidecar, &existing) && !lstatPath(sidecarOf(to), &existing))
-            copy(sidecar, sidecarOf(to));
-    }
+    if (!S_ISDIR(info.st_mode) && hasSidecarToCarry(from, to))
+        copy(sidecarOf(from), sidecarOf(to));
     return true;
 }
 

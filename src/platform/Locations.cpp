@@ -90,4 +90,10 @@ QString Locations::machinePreferencesFile()
     return QStringLiteral("/Library/Preferences/com.velmora.Korvane.plist");
 }
 
+QString typePrefix(int type)
+{
+    static const char *const prefixes[TypeCount] = {"AU", "RTAS", "MAS", "VST"};
+    return isValidType(type) ? QString::fromLatin1(prefixes[type]) : QString();
+}
+
 } // namespace korvane

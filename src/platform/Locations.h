@@ -8,6 +8,9 @@ namespace korvane {
 enum TypeIndex { TypeAU = 0, TypeRTAS = 1, TypeMAS = 2, TypeVST = 3 };
 constexpr int TypeCount = 4;
 inline bool isValidType(int type) { return type >= 0 && type < TypeCount; }
+// "AU", "RTAS", "MAS", "VST": the prefix of a format's preference keys and tab identifier;
+// empty for a type outside 0..3.
+QString typePrefix(int type);
 
 // The four folders of a format.
 enum LocationCode { LocSystemActive = 0, LocSystemDisabled = 1, LocUserActive = 2, LocUserDisabled = 3 };

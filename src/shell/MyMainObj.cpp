@@ -87,18 +87,7 @@ void MyMainObj::applicationWillTerminate()
 
 QString MyMainObj::tabIdentifier(int type)
 {
-    switch (type) {
-    case TypeAU:
-        return QStringLiteral("tabAU");
-    case TypeRTAS:
-        return QStringLiteral("tabRTAS");
-    case TypeMAS:
-        return QStringLiteral("tabMAS");
-    case TypeVST:
-        return QStringLiteral("tabVST");
-    default:
-        return QString();
-    }
+    return isValidType(type) ? QStringLiteral("tab") + typePrefix(type) : QString();
 }
 
 QString MyMainObj::tabLabel(int type)
