@@ -133,6 +133,7 @@ void AppServices::setActiveType(int type)
 void AppServices::initContent()
 {
     pContent.clear();
+    m_contentIndexed = false;
     m_contentLoaded = true;
     if (auto registry = readContentFile(userContentFile())) {
         pContent = *registry;
@@ -151,11 +152,20 @@ std::optional<QStringList> AppServices::getContentForKey(const QString &key)
 {
     if (!m_contentLoaded)
         initContent();
-    for (const QStringList &entry : std::as_const(pContent)) {
-        if (entry.first() == key)
-            return entry;
+    // Every scanned plug-in asks, so the first entry of each key is looked up, not searched for.
+    if (!m_contentIndexed) {
+        m_contentIndex.clear();
+        m_contentIndex.reserve(pContent.size());
+        for (qsizetype i = 0; i < pContent.size(); ++i) {
+            if (!m_contentIndex.contains(pContent.at(i).first()))
+                m_contentIndex.insert(pContent.at(i).first(), i);
+        }
+        m_contentIndexed = true;
     }
-    return std::nullopt;
+    const auto found = m_contentIndex.constFind(key);
+    if (found == m_contentIndex.constEnd())
+        return std::nullopt;
+    return pContent.at(found.value());
 }
 
 void AppServices::saveContent(const QStringList &entry)
@@ -174,6 +184,7 @@ void AppServices::saveContent(const QStringList &entry)
     }
     if (!replaced)
         pContent.append(entry);
+    m_contentIndexed = false;
 
     QVariantList root;
     root.reserve(pContent.size());
@@ -241,7 +252,8 @@ QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringLi
         const QString &path = scanPaths.at(i);
         result.append(path);
         ++i;
-        if (!Bundle::isFilePackage(path.isEmpty() ? folder : QString(folder % QLatin1Char('/') % path)))
+        const QString full = path.isEmpty() ? folder : QString(folder % QLatin1Char('/') % path);
+        if (!Bundle::isFilePackage(full))
             continue;
         // Not bounded at a separator: "Echo.vst copy" goes with "Echo.vst" as it always has.
         while (i < scanPaths.size() && scanPaths.at(i).startsWith(path))

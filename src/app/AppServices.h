@@ -2,6 +2,7 @@
 
 #include "app/UndoManager.h"
 
+#include <QHash>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -90,8 +91,10 @@ signals:
     void groupEditorShown();
 
 protected:
-    QList<QStringList> pContent;
+    QList<QStringList> pContent; // changed only by initContent and saveContent
     bool m_contentLoaded = false;
+    QHash<QString, qsizetype> m_contentIndex; // each key's first entry in pContent
+    bool m_contentIndexed = false;
     QStringList pGroups;
     QStringList pMenuItems;
     UndoManager m_undoManager;
