@@ -133,7 +133,6 @@ void AppServices::setActiveType(int type)
 void AppServices::initContent()
 {
     pContent.clear();
-    m_contentIndexed = false;
     m_contentLoaded = true;
     if (auto registry = readContentFile(userContentFile())) {
         pContent = *registry;
@@ -152,20 +151,11 @@ std::optional<QStringList> AppServices::getContentForKey(const QString &key)
 {
     if (!m_contentLoaded)
         initContent();
-    // Every scanned plug-in asks, so the first entry of each key is looked up, not searched for.
-    if (!m_contentIndexed) {
-        m_contentIndex.clear();
-        m_contentIndex.reserve(pContent.size());
-        for (qsizetype i = 0; i < pContent.size(); ++i) {
-            if (!m_contentIndex.contains(pContent.at(i).first()))
-                m_contentIndex.insert(pContent.at(i).first(), i);
-        }
-        m_contentIndexed = true;
+    for (const QStringList &entry : std::as_const(pContent)) {
+        if (entry.first() == key)
+            return entry;
     }
-    const auto found = m_contentIndex.constFind(key);
-    if (found == m_contentIndex.constEnd())
-        return std::nullopt;
-    return pContent.at(found.value());
+    return std::nullopt;
 }
 
 void AppServices::saveContent(const QStringList &entry)
@@ -184,7 +174,6 @@ void AppServices::saveContent(const QStringList &entry)
     }
     if (!replaced)
         pContent.append(entry);
-    m_contentIndexed = false;
 
     QVariantList root;
     root.reserve(pContent.size());
@@ -252,8 +241,7 @@ QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringLi
         const QString &path = scanPaths.at(i);
         result.append(path);
         ++i;
-        const QString full = path.isEmpty() ? folder : QString(folder % QLatin1Char('/') % path);
-        if (!Bundle::isFilePackage(full))
+        if (!Bundle::isFilePackage(path.isEmpty() ? folder : QString(folder % QLatin1Char('/') % path)))
             continue;
         // Not bounded at a separator: "Echo.vst copy" goes with "Echo.vst" as it always has.
         while (i < scanPaths.size() && scanPaths.at(i).startsWith(path))

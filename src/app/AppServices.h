@@ -2,7 +2,6 @@
 
 #include "app/UndoManager.h"
 
-#include <QHash>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -91,10 +90,8 @@ signals:
     void groupEditorShown();
 
 protected:
-    QList<QStringList> pContent; // changed only by initContent and saveContent
+    QList<QStringList> pContent;
     bool m_contentLoaded = false;
-    QHash<QString, qsizetype> m_contentIndex; // each key's first entry in pContent
-    bool m_contentIndexed = false;
     QStringList pGroups;
     QStringList pMenuItems;
     UndoManager m_undoManager;

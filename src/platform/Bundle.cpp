@@ -162,7 +162,7 @@ std::optional<PropertyList::Dictionary> parsedInfo(const QString &bundlePath)
         return std::nullopt;
     ScanCache *cache = ScanCache::current();
     if (cache) {
-        if (const auto *known = cache->infoDictionary(bundlePath))
+        if (const std::optional<PropertyList::Dictionary> *known = cache->infoDictionary(bundlePath))
             return *known;
     }
     std::optional<PropertyList::Dictionary> info =
