@@ -235,26 +235,28 @@ QByteArray MachOHeader::firstBytes(const QString &path, int count)
 {
     if (count <= 0 || path.isEmpty())
         return {};
-    // Not blocking: a pipe in place of the executable must not stop the scan.
-    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    // Only a plain file is opened: opening a device (a link from a bundle may lead to one) can
+    // have effects of its own, and a pipe would wait for a writer. Not blocking, should one take
+    // the file's place in between.
+    const QByteArray name = QFile::encodeName(path);
+    struct stat info;
+    if (::stat(name.constData(), &info) != 0 || !S_ISREG(info.st_mode))
+        return {};
+    const int fd = ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0)
         return {};
-    QByteArray bytes;
-    struct stat info;
-    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) {
-        bytes.resize(count);
-        qsizetype got = 0;
-        while (got < count) {
-            const ssize_t n = ::read(fd, bytes.data() + got, size_t(count - got));
-            if (n < 0 && errno == EINTR)
-                continue;
-            if (n <= 0)
-                break;
-            got += n;
-        }
-        bytes.truncate(got);
+    QByteArray bytes(count, Qt::Uninitialized);
+    qsizetype got = 0;
+    while (got < count) {
+        const ssize_t n = ::read(fd, bytes.data() + got, size_t(count - got));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            break;
+        got += n;
     }
     ::close(fd);
+    bytes.truncate(got);
     return bytes;
 }
 

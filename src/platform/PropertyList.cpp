@@ -511,16 +511,13 @@ QVariant PropertyList::Dictionary::value(const QString &key) const
     if (!iterator)
         return {};
     for (;;) {
-        char *name = nullptr;
         plist_t value = nullptr;
-        plist_dict_next_item(node, iterator, &name, &value);
-        if (!value) {
-            std::free(name);
+        plist_dict_next_item(node, iterator, nullptr, &value); // no copy of each key
+        if (!value)
             break;
-        }
-        if (name && wanted == name)
+        const plist_t name = plist_dict_item_get_key(value);
+        if (name && plist_key_val_compare(name, wanted.constData()) == 0)
             found = value;
-        std::free(name);
     }
     std::free(iterator);
     return found ? toVariant(found) : QVariant();
