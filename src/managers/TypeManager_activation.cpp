@@ -44,7 +44,8 @@ void TypeManager::checkLogForUpdate(const AUItemPtr &item)
     // A scan gives record i the ID i, so the item's record is normally at its ID; the walk is
     // left for a list that does not hold it there.
     AULog *record = nullptr;
-    if (id >= 0 && id < log.size() && log.at(id).getLogID() == id && log.at(id).getLogName() == name) {
+    if (id >= 0 && id < log.size() && log.at(id).getLogID() == id
+        && log.at(id).getLogName() == name) {
         record = &log[id];
     } else {
         for (AULog &candidate : log) {

@@ -60,8 +60,13 @@ void TypeManager::checkForDuplicates()
 
     // The lines go to the log as one entry: the same text, and one append instead of one per
     // line keeps a long report linear however the log stores its text.
+    const QList<QPair<QString, int>> names = duplicateNames(plugins);
     QString report;
-    for (const auto &[name, count] : duplicateNames(plugins)) {
+    qsizetype length = 0;
+    for (const auto &[name, count] : names)
+        length += name.size() + 32; // the name, the words around it and the count
+    report.reserve(length);
+    for (const auto &[name, count] : names) {
         report += QLatin1String("Plugin ");
         report += name;
         report += QLatin1String(" is found ");

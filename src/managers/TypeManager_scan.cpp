@@ -80,10 +80,12 @@ private:
 void collectOutsidePackages(const FileOperations &files, const QString &folder,
                             const QString &relative, QStringList *result)
 {
-    const QString here = relative.isEmpty() ? folder : QString(folder % QLatin1Char('/') % relative);
+    const QString here =
+        relative.isEmpty() ? folder : QString(folder % QLatin1Char('/') % relative);
     const QStringList names = files.directoryContents(here);
     for (const QString &name : names) {
-        const QString entry = relative.isEmpty() ? name : QString(relative % QLatin1Char('/') % name);
+        const QString entry =
+            relative.isEmpty() ? name : QString(relative % QLatin1Char('/') % name);
         result->append(entry);
         const QString full = folder % QLatin1Char('/') % entry;
         // Links to folders are listed, not followed.

@@ -162,7 +162,7 @@ std::optional<PropertyList::Dictionary> parsedInfo(const QString &bundlePath)
         return std::nullopt;
     ScanCache *cache = ScanCache::current();
     if (cache) {
-        if (const std::optional<PropertyList::Dictionary> *known = cache->infoDictionary(bundlePath))
+        if (const auto *known = cache->infoDictionary(bundlePath))
             return *known;
     }
     std::optional<PropertyList::Dictionary> info =
@@ -235,16 +235,25 @@ QByteArray MachOHeader::firstBytes(const QString &path, int count)
 {
     if (count <= 0 || path.isEmpty())
         return {};
-    // Only a plain file is opened: opening a device (a link from a bundle may lead to one) can
-    // have effects of its own, and a pipe would wait for a writer. Not blocking, should one take
-    // the file's place in between.
+    // A link is followed only to a plain file: opening a device it may lead to can have effects
+    // of its own (anyone can make a link; a device node takes root). Everything else is opened
+    // as it is, without blocking on a pipe, and read only when it is a plain file. A status call
+    // first for every file would cost as much as the open itself.
     const QByteArray name = QFile::encodeName(path);
+    constexpr int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    int fd = ::open(name.constData(), flags | O_NOFOLLOW);
     struct stat info;
-    if (::stat(name.constData(), &info) != 0 || !S_ISREG(info.st_mode))
-        return {};
-    const int fd = ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0 && errno == ELOOP) {
+        if (::stat(name.constData(), &info) != 0 || !S_ISREG(info.st_mode))
+            return {};
+        fd = ::open(name.constData(), flags);
+    }
     if (fd < 0)
         return {};
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+        ::close(fd);
+        return {};
+    }
     QByteArray bytes(count, Qt::Uninitialized);
     qsizetype got = 0;
     while (got < count) {

@@ -79,11 +79,12 @@ private:
     }
     int head() { return static_cast<signed char>(rawByte()); }
 
-    QByteArray readBytes(qint64 count)
+    // The next count bytes, as a view into the archive.
+    QByteArrayView readBytes(qint64 count)
     {
         if (count < 0 || count > remaining())
             fail();
-        QByteArray bytes(m_data + m_pos, count);
+        const QByteArrayView bytes(m_data + m_pos, count);
         m_pos += count;
         return bytes;
     }
@@ -155,7 +156,7 @@ private:
         const int h = head();
         if (h != kTagNew)
             return m_strings.at(readReference(h, m_strings.size()));
-        m_strings.append(readBytes(readLength(head())));
+        m_strings.append(readBytes(readLength(head())).toByteArray());
         return m_strings.constLast();
     }
 
@@ -247,6 +248,8 @@ private:
             // Each element takes at least two bytes (its type and its value).
             if (count < 0 || count > remaining() / 2)
                 fail();
+            // Room for a set's worth up front; a count from damaged bytes reserves no more.
+            object.elements.reserve(qsizetype(qMin<qint64>(count, 65536)));
             for (qint64 i = 0; i < count; ++i)
                 object.elements.append(readObjectGroup());
         } else if (object.isString()) {
@@ -260,6 +263,7 @@ private:
             expectType(type);
             object.number = readNumber(type.at(0));
         } else if (object.className == QLatin1String("AUItem")) {
+            object.elements.reserve(4);
             for (int i = 0; i < 4; ++i)
                 object.elements.append(readObjectGroup());
         } else {

@@ -27,16 +27,21 @@ TEST_F(BoundedReadTest, PropertyListsOverSixteenMegabytesAreRefused)
     EXPECT_FALSE(PropertyList::read(home()));
 }
 
-// A pipe where the executable should be is no executable, and must not hold up a scan (opening
-// it for reading would wait for a writer that never comes).
-TEST_F(BoundedReadTest, APipeInPlaceOfAnExecutableGivesNoBytes)
+// Only plain files give bytes, also through a link. A pipe must not hold up a scan (opening it
+// for reading would wait for a writer that never comes), nor a link lead it to open one.
+TEST_F(BoundedReadTest, OnlyPlainFilesGiveTheirFirstBytes)
 {
     const QString bundle = B::makeVST(homePath("VST"), "Pipe.vst", MachO::intel());
     const QString executable = bundle + "/Contents/MacOS/Plugin";
-    ASSERT_TRUE(QFile::remove(executable));
-    ASSERT_EQ(::mkfifo(QFile::encodeName(executable).constData(), 0644), 0);
-    EXPECT_TRUE(MachOHeader::firstBytes(executable).isEmpty());
-    EXPECT_TRUE(MachOHeader::firstBytes(bundle).isEmpty()); // a folder has no bytes either
+    const QString pipe = homePath("pipe");
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0644), 0);
+    ASSERT_TRUE(QFile::link(executable, homePath("linked")));
+    EXPECT_EQ(MachOHeader::firstBytes(homePath("linked")), MachO::intel());
+
+    ASSERT_TRUE(QFile::link(pipe, homePath("to-pipe")));
+    ASSERT_TRUE(QFile::link(bundle, homePath("to-folder")));
+    for (const QString &path : {pipe, homePath("to-pipe"), bundle, homePath("to-folder")})
+        EXPECT_TRUE(MachOHeader::firstBytes(path).isEmpty()) << qPrintable(path);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "platform/Bundle.h"
+#include "platform/FileOperations.h"
 #include "platform/ScanCache.h"
 #include "support/TestRoots.h"
 
@@ -22,7 +23,8 @@ TEST_F(ScanCacheTest, AnswersLastOnlyAsLongAsTheScan)
     const QString renamed = folder + "/Renamed.bundle";
     {
         ScanCache scan;
-        EXPECT_TRUE(Bundle::isFilePackage(bundle));
+        // The listing tells the kind of each entry; the bundle is read once.
+        EXPECT_EQ(FileOperations::current().directoryContents(folder), QStringList{"Delay.bundle"});
         EXPECT_EQ(Bundle::executablePath(bundle), bundle + "/Contents/MacOS/Plugin");
         ASSERT_TRUE(QDir().rename(bundle, renamed));
         EXPECT_TRUE(Bundle::canOpen(bundle));
