@@ -1,9 +1,9 @@
 #include "managers/SetDocument.h"
 
+#include "platform/FileOperations.h"
 #include "platform/TypedStream.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 #include <optional>
 
@@ -74,11 +74,7 @@ QList<AUItemPtr> SetDocument::decode(const QByteArray &bytes)
 bool SetDocument::write(const QString &path, const QList<AUItemPtr> &items)
 {
     // Written beside the target and renamed over it, so a failed save keeps the old document.
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write(encode(items));
-    return file.commit();
+    return FileOperations::current().writeFileAtomically(path, encode(items));
 }
 
 QList<AUItemPtr> SetDocument::read(const QString &path)

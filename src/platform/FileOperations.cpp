@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSaveFile>
 #include <QStringBuilder>
 
 #include <algorithm>
@@ -564,13 +565,34 @@ bool FileOperations::remove(const QString &path, FileError *error)
     return true;
 }
 
-bool FileOperations::moveToTrash(const QString &path, FileError *error)
+bool FileOperations::moveToTrash(const QString &path, FileError *error, QString *trashedTo)
 {
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
     QFile file(path);
     if (!file.moveToTrash()) {
+        if (error)
+            *error = FileError{path, file.errorString()};
+        return false;
+    }
+    if (trashedTo)
+        *trashedTo = file.fileName();
+    return true;
+}
+
+bool FileOperations::writeFileAtomically(const QString &path, const QByteArray &bytes,
+                                         FileError *error)
+{
+    // The folder is not created here.
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
+        if (error)
+            *error = FileError{path, file.errorString()};
+        file.cancelWriting();
+        return false;
+    }
+    if (!file.commit()) {
         if (error)
             *error = FileError{path, file.errorString()};
         return false;

@@ -37,8 +37,13 @@ public:
     virtual bool copy(const QString &from, const QString &to, FileError *error = nullptr);
     // Recursive removal, checked first: when any part could not be removed nothing is.
     virtual bool remove(const QString &path, FileError *error = nullptr);
-    // Into the freedesktop trash of the current HOME.
-    virtual bool moveToTrash(const QString &path, FileError *error = nullptr);
+    // Into the freedesktop trash of the current HOME; trashedTo receives where the item now lies.
+    virtual bool moveToTrash(const QString &path, FileError *error = nullptr,
+                             QString *trashedTo = nullptr);
+    // Replaces path's contents whole or not at all (temporary file beside it, then rename). Every
+    // data file the program writes goes through here.
+    virtual bool writeFileAtomically(const QString &path, const QByteArray &bytes,
+                                     FileError *error = nullptr);
 
     // The instance the program uses; tests may install their own and restore it.
     static FileOperations &current();

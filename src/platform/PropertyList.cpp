@@ -1,8 +1,9 @@
 #include "platform/PropertyList.h"
 
+#include "platform/FileOperations.h"
+
 #include <QDateTime>
 #include <QFile>
-#include <QSaveFile>
 
 #include <plist/plist.h>
 
@@ -578,16 +579,7 @@ bool PropertyList::writeXml(const QString &path, const QVariant &root)
     const QByteArray bytes = toXml(root);
     if (bytes.isEmpty())
         return false;
-    // The new contents go to a temporary file beside the target and replace it by rename only
-    // when complete; the folder is not created here.
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    if (file.write(bytes) != bytes.size()) {
-        file.cancelWriting();
-        return false;
-    }
-    return file.commit();
+    return FileOperations::current().writeFileAtomically(path, bytes);
 }
 
 } // namespace korvane

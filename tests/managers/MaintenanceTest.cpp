@@ -53,10 +53,10 @@ TEST_F(MaintenanceTest, DuplicatesAreReportedOnceAtTheFirstPosition)
 class RecordingOperations : public FileOperations {
 public:
     QStringList trashed;
-    bool moveToTrash(const QString &path, FileError *error) override
+    bool moveToTrash(const QString &path, FileError *error, QString *trashedTo) override
     {
         trashed << path;
-        return FileOperations::moveToTrash(path, error);
+        return FileOperations::moveToTrash(path, error, trashedTo);
     }
 };
 
