@@ -32,35 +32,29 @@ FileOperations *s_currentOperations = &s_realOperations;
 const QString kPartialSuffix = QStringLiteral(".korvane-partial");
 const QString kRemovingSuffix = QStringLiteral(".korvane-removing");
 
-QByteArray encoded(const QString &path)
-{
+QByteArray encoded(const QString &path) {
     return QFile::encodeName(path);
 }
 
-QString reasonFor(int errorNumber)
-{
+QString reasonFor(int errorNumber) {
     return QString::fromLocal8Bit(std::strerror(errorNumber));
 }
 
-bool fail(FileError *error, const QString &path, int errorNumber)
-{
+bool fail(FileError *error, const QString &path, int errorNumber) {
     if (error)
         *error = FileError{path, reasonFor(errorNumber)};
     return false;
 }
 
-bool lstatPath(const QString &path, struct stat *info)
-{
+bool lstatPath(const QString &path, struct stat *info) {
     return !path.isEmpty() && ::lstat(encoded(path).constData(), info) == 0;
 }
 
-bool statPath(const QString &path, struct stat *info)
-{
+bool statPath(const QString &path, struct stat *info) {
     return !path.isEmpty() && ::stat(encoded(path).constData(), info) == 0;
 }
 
-QString parentOf(const QString &path)
-{
+QString parentOf(const QString &path) {
     const QString clean = QDir::cleanPath(path);
     const qsizetype slash = clean.lastIndexOf(QLatin1Char('/'));
     if (slash < 0)
@@ -68,45 +62,40 @@ QString parentOf(const QString &path)
     return slash == 0 ? QStringLiteral("/") : clean.left(slash);
 }
 
-QString nameOf(const QString &path)
-{
+QString nameOf(const QString &path) {
     const QString clean = QDir::cleanPath(path);
     return clean.mid(clean.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
-QString childOf(const QString &folder, const QString &name)
-{
+QString childOf(const QString &folder, const QString &name) {
     if (folder.endsWith(QLatin1Char('/')))
         return folder + name;
     return folder % QLatin1Char('/') % name;
 }
 
 // A hidden name beside path, for the intermediate states of a move.
-QString besideName(const QString &path, const QString &suffix)
-{
+QString besideName(const QString &path, const QString &suffix) {
     return childOf(parentOf(path), QLatin1Char('.') + nameOf(path) + suffix);
 }
 
 // The AppleDouble sidecar that carries a plain file's Finder information on foreign file systems.
-QString sidecarOf(const QString &path)
-{
+QString sidecarOf(const QString &path) {
     return childOf(parentOf(path), QStringLiteral("._") + nameOf(path));
 }
 
-bool isInside(const QString &path, const QString &folder)
-{
+bool isInside(const QString &path, const QString &folder) {
     const QString cleanFolder = QDir::cleanPath(folder);
-    return QDir::cleanPath(path).startsWith(cleanFolder == QLatin1String("/") ? cleanFolder
-                                                                              : cleanFolder + QLatin1Char('/'));
+    return QDir::cleanPath(path).startsWith(
+        cleanFolder == QLatin1String("/") ? cleanFolder : cleanFolder + QLatin1Char('/'));
 }
 
 // Immutable or append-only: even root can neither remove the item nor change its entries.
-bool isLocked(const QString &path)
-{
+bool isLocked(const QString &path) {
     struct stat info;
     if (!lstatPath(path, &info) || S_ISLNK(info.st_mode))
         return false;
-    const int flags = O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | (S_ISDIR(info.st_mode) ? O_DIRECTORY : 0);
+    const int flags =
+        O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | (S_ISDIR(info.st_mode) ? O_DIRECTORY : 0);
     const int fd = ::open(encoded(path).constData(), flags);
     if (fd < 0)
         return false;
@@ -116,18 +105,17 @@ bool isLocked(const QString &path)
     return known && (attributes & (FS_IMMUTABLE_FL | FS_APPEND_FL));
 }
 
-bool parentAllowsChanges(const QString &path)
-{
+bool parentAllowsChanges(const QString &path) {
     const QString parent = parentOf(path);
     return ::access(encoded(parent).constData(), W_OK | X_OK) == 0 && !isLocked(parent);
 }
 
 // rename(2) that never replaces an existing target.
-int renameNoReplace(const QString &from, const QString &to)
-{
+int renameNoReplace(const QString &from, const QString &to) {
     const QByteArray source = encoded(from);
     const QByteArray target = encoded(to);
-    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) == 0)
+    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) ==
+        0)
         return 0;
     if (errno != EINVAL && errno != ENOSYS)
         return errno;
@@ -138,8 +126,7 @@ int renameNoReplace(const QString &from, const QString &to)
     return ::rename(source.constData(), target.constData()) == 0 ? 0 : errno;
 }
 
-void copyAttributes(int from, int to)
-{
+void copyAttributes(int from, int to) {
     const ssize_t size = ::flistxattr(from, nullptr, 0);
     if (size <= 0)
         return;
@@ -147,7 +134,8 @@ void copyAttributes(int from, int to)
     const ssize_t got = ::flistxattr(from, names.data(), names.size() - 1);
     if (got <= 0)
         return;
-    for (const char *name = names.data(); name < names.data() + got; name += std::strlen(name) + 1) {
+    for (const char *name = names.data(); name < names.data() + got;
+         name += std::strlen(name) + 1) {
         const ssize_t valueSize = ::fgetxattr(from, name, nullptr, 0);
         if (valueSize < 0)
             continue;
@@ -158,8 +146,7 @@ void copyAttributes(int from, int to)
     }
 }
 
-int syncFileSystemOf(const QString &path)
-{
+int syncFileSystemOf(const QString &path) {
     const int fd = ::open(encoded(parentOf(path)).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0)
         return errno;
@@ -169,8 +156,7 @@ int syncFileSystemOf(const QString &path)
 }
 
 // The kind a listing gives an entry that is no link; Missing where it does not say.
-ScanCache::Kind listedKind(unsigned char type)
-{
+ScanCache::Kind listedKind(unsigned char type) {
     switch (type) {
     case DT_DIR:
         return ScanCache::Folder;
@@ -187,8 +173,7 @@ ScanCache::Kind listedKind(unsigned char type)
 }
 
 // With a scan under way, each entry's kind is handed to its cache on the way.
-QStringList listNames(const QString &path, bool rememberKinds = false)
-{
+QStringList listNames(const QString &path, bool rememberKinds = false) {
     QStringList names;
     if (path.isEmpty())
         return names;
@@ -210,9 +195,9 @@ QStringList listNames(const QString &path, bool rememberKinds = false)
 }
 
 void collectSubpaths(const FileOperations &operations, const QString &root, const QString &relative,
-                     QStringList *result)
-{
-    const QStringList names = operations.directoryContents(relative.isEmpty() ? root : childOf(root, relative));
+                     QStringList *result) {
+    const QStringList names =
+        operations.directoryContents(relative.isEmpty() ? root : childOf(root, relative));
     for (const QString &name : names) {
         const QString entry = relative.isEmpty() ? name : relative + QLatin1Char('/') + name;
         result->append(entry);
@@ -222,8 +207,7 @@ void collectSubpaths(const FileOperations &operations, const QString &root, cons
     }
 }
 
-bool removeTree(const QString &path, FileError *error = nullptr)
-{
+bool removeTree(const QString &path, FileError *error = nullptr) {
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
@@ -242,8 +226,7 @@ bool removeTree(const QString &path, FileError *error = nullptr)
     return true;
 }
 
-bool checkRemovableTree(const QString &path, FileError *error)
-{
+bool checkRemovableTree(const QString &path, FileError *error) {
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
@@ -262,8 +245,7 @@ bool checkRemovableTree(const QString &path, FileError *error)
 }
 
 // Whether the whole of path could be removed, found out before anything is.
-bool checkRemovable(const QString &path, FileError *error)
-{
+bool checkRemovable(const QString &path, FileError *error) {
     if (!parentAllowsChanges(path))
         return fail(error, parentOf(path), isLocked(parentOf(path)) ? EPERM : EACCES);
     return checkRemovableTree(path, error);
@@ -271,52 +253,43 @@ bool checkRemovable(const QString &path, FileError *error)
 
 } // namespace
 
-FileOperations &FileOperations::current()
-{
+FileOperations &FileOperations::current() {
     return *s_currentOperations;
 }
 
-void FileOperations::setCurrent(FileOperations *operations)
-{
+void FileOperations::setCurrent(FileOperations *operations) {
     s_currentOperations = operations ? operations : &s_realOperations;
 }
 
-QStringList FileOperations::directoryContents(const QString &path) const
-{
+QStringList FileOperations::directoryContents(const QString &path) const {
     return listNames(path, ScanCache::current() != nullptr);
 }
 
-QStringList FileOperations::subpaths(const QString &path) const
-{
+QStringList FileOperations::subpaths(const QString &path) const {
     QStringList result;
     collectSubpaths(*this, path, QString(), &result);
     return result;
 }
 
-bool FileOperations::exists(const QString &path) const
-{
+bool FileOperations::exists(const QString &path) const {
     struct stat info;
     return statPath(path, &info);
 }
 
-bool FileOperations::isDirectory(const QString &path) const
-{
+bool FileOperations::isDirectory(const QString &path) const {
     struct stat info;
     return statPath(path, &info) && S_ISDIR(info.st_mode);
 }
 
-bool FileOperations::isReadable(const QString &path) const
-{
+bool FileOperations::isReadable(const QString &path) const {
     return !path.isEmpty() && ::access(encoded(path).constData(), R_OK) == 0;
 }
 
-bool FileOperations::isWritable(const QString &path) const
-{
+bool FileOperations::isWritable(const QString &path) const {
     return !path.isEmpty() && ::access(encoded(path).constData(), W_OK) == 0;
 }
 
-bool FileOperations::isDeletable(const QString &path) const
-{
+bool FileOperations::isDeletable(const QString &path) const {
     struct stat info;
     if (!lstatPath(path, &info) || !parentAllowsChanges(path) || isLocked(path))
         return false;
@@ -328,8 +301,7 @@ bool FileOperations::isDeletable(const QString &path) const
     return true;
 }
 
-bool FileOperations::createDirectory(const QString &path, FileError *error)
-{
+bool FileOperations::createDirectory(const QString &path, FileError *error) {
     if (path.isEmpty())
         return fail(error, path, ENOENT);
     if (::mkdir(encoded(path).constData(), 0777) != 0)
@@ -337,16 +309,14 @@ bool FileOperations::createDirectory(const QString &path, FileError *error)
     return true;
 }
 
-static bool hasSidecarToCarry(const QString &from, const QString &to)
-{
+static bool hasSidecarToCarry(const QString &from, const QString &to) {
     struct stat info;
     return lstatPath(sidecarOf(from), &info) && !lstatPath(sidecarOf(to), &info);
 }
 
 // A source that exists, a target that does not, and not a folder into itself: what move and copy
 // both need before they touch anything.
-static bool canPlace(const QString &from, const QString &to, struct stat *info, FileError *error)
-{
+static bool canPlace(const QString &from, const QString &to, struct stat *info, FileError *error) {
     if (!lstatPath(from, info))
         return fail(error, from, errno);
     struct stat existing;
@@ -357,8 +327,7 @@ static bool canPlace(const QString &from, const QString &to, struct stat *info, 
     return true;
 }
 
-bool FileOperations::move(const QString &from, const QString &to, FileError *error)
-{
+bool FileOperations::move(const QString &from, const QString &to, FileError *error) {
     struct stat info;
     if (!canPlace(from, to, &info, error))
         return false;
@@ -369,7 +338,8 @@ bool FileOperations::move(const QString &from, const QString &to, FileError *err
             return false;
     } else if (result != 0) {
         // The kernel does not say which side refused; the source's folder is the usual suspect.
-        const bool sourceSide = result != ENOENT && result != ENOTDIR && result != EEXIST && !parentAllowsChanges(from);
+        const bool sourceSide =
+            result != ENOENT && result != ENOTDIR && result != EEXIST && !parentAllowsChanges(from);
         return fail(error, sourceSide ? from : to, result);
     }
 
@@ -379,8 +349,8 @@ bool FileOperations::move(const QString &from, const QString &to, FileError *err
     return true;
 }
 
-bool FileOperations::moveAcrossFileSystems(const QString &from, const QString &to, FileError *error)
-{
+bool FileOperations::moveAcrossFileSystems(const QString &from, const QString &to,
+                                           FileError *error) {
     // A source that could not be removed afterwards is not worth copying.
     if (!checkRemovable(from, error))
         return false;
@@ -423,8 +393,7 @@ bool FileOperations::moveAcrossFileSystems(const QString &from, const QString &t
     return removeTree(removing, error);
 }
 
-bool FileOperations::copy(const QString &from, const QString &to, FileError *error)
-{
+bool FileOperations::copy(const QString &from, const QString &to, FileError *error) {
     struct stat info;
     if (!canPlace(from, to, &info, error))
         return false;
@@ -437,15 +406,15 @@ bool FileOperations::copy(const QString &from, const QString &to, FileError *err
     return true;
 }
 
-bool FileOperations::copyTree(const QString &from, const QString &to, FileError *error)
-{
+bool FileOperations::copyTree(const QString &from, const QString &to, FileError *error) {
     struct stat info;
     if (!lstatPath(from, &info))
         return fail(error, from, errno);
 
     if (S_ISLNK(info.st_mode)) {
         std::vector<char> target(size_t(info.st_size > 0 ? info.st_size : PATH_MAX) + 1, '\0');
-        const ssize_t length = ::readlink(encoded(from).constData(), target.data(), target.size() - 1);
+        const ssize_t length =
+            ::readlink(encoded(from).constData(), target.data(), target.size() - 1);
         if (length < 0)
             return fail(error, from, errno);
         target[size_t(length)] = '\0';
@@ -485,8 +454,7 @@ bool FileOperations::copyTree(const QString &from, const QString &to, FileError 
     return fail(error, from, ENOTSUP);
 }
 
-bool FileOperations::copyFile(const QString &from, const QString &to, FileError *error)
-{
+bool FileOperations::copyFile(const QString &from, const QString &to, FileError *error) {
     const int source = ::open(encoded(from).constData(), O_RDONLY | O_CLOEXEC);
     if (source < 0)
         return fail(error, from, errno);
@@ -496,7 +464,8 @@ bool FileOperations::copyFile(const QString &from, const QString &to, FileError 
         ::close(source);
         return fail(error, from, failure);
     }
-    const int target = ::open(encoded(to).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    const int target =
+        ::open(encoded(to).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (target < 0) {
         const int failure = errno;
         ::close(source);
@@ -547,8 +516,7 @@ bool FileOperations::copyFile(const QString &from, const QString &to, FileError 
     return true;
 }
 
-bool FileOperations::remove(const QString &path, FileError *error)
-{
+bool FileOperations::remove(const QString &path, FileError *error) {
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
@@ -565,8 +533,7 @@ bool FileOperations::remove(const QString &path, FileError *error)
     return true;
 }
 
-bool FileOperations::moveToTrash(const QString &path, FileError *error, QString *trashedTo)
-{
+bool FileOperations::moveToTrash(const QString &path, FileError *error, QString *trashedTo) {
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
@@ -582,8 +549,7 @@ bool FileOperations::moveToTrash(const QString &path, FileError *error, QString 
 }
 
 bool FileOperations::writeFileAtomically(const QString &path, const QByteArray &bytes,
-                                         FileError *error)
-{
+                                         FileError *error) {
     // The folder is not created here.
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {

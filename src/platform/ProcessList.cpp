@@ -4,8 +4,7 @@
 
 namespace korvane {
 
-QByteArray readCommandOutput(const QString &command, bool *ok)
-{
+QByteArray readCommandOutput(const QString &command, bool *ok) {
     if (ok)
         *ok = false;
     FILE *pipe = popen(command.toLocal8Bit().constData(), "r");

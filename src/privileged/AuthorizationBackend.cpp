@@ -15,13 +15,11 @@ AuthorizationBackend *s_current = nullptr;
 std::unique_ptr<AuthorizationBackend> s_default;
 } // namespace
 
-QByteArray AuthorizationBackend::processList(const QString &command, bool *ok)
-{
+QByteArray AuthorizationBackend::processList(const QString &command, bool *ok) {
     return readCommandOutput(command, ok);
 }
 
-AuthorizationBackend &AuthorizationBackend::current()
-{
+AuthorizationBackend &AuthorizationBackend::current() {
     if (s_current)
         return *s_current;
     if (!s_default) {
@@ -34,8 +32,7 @@ AuthorizationBackend &AuthorizationBackend::current()
     return *s_default;
 }
 
-void AuthorizationBackend::setCurrent(AuthorizationBackend *backend)
-{
+void AuthorizationBackend::setCurrent(AuthorizationBackend *backend) {
     s_current = backend;
     if (backend)
         registerSharedReset([] { s_current = nullptr; });

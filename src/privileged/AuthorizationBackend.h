@@ -53,7 +53,8 @@ public:
     // An authorization holding no rights yet.
     virtual int create(AuthorizationRef *ref) = 0;
     // Whether the rights are held (or, with ExtendRights, obtained) for ref.
-    virtual int copyRights(AuthorizationRef ref, const AuthorizationRights &rights, quint32 flags) = 0;
+    virtual int copyRights(AuthorizationRef ref, const AuthorizationRights &rights,
+                           quint32 flags) = 0;
     virtual void free(AuthorizationRef ref, quint32 flags) = 0;
     // Starts tool as root and returns at once; nullopt passes no argument vector at all.
     virtual int executeWithPrivileges(AuthorizationRef ref, const QString &tool,

@@ -11,18 +11,16 @@ namespace korvane {
 
 BLAuthentication::BLAuthentication() = default;
 
-BLAuthentication::~BLAuthentication()
-{
+BLAuthentication::~BLAuthentication() {
     deauthenticate();
 }
 
-BLAuthentication *BLAuthentication::sharedInstance()
-{
+BLAuthentication *BLAuthentication::sharedInstance() {
     return SharedInstance<BLAuthentication>::get();
 }
 
-std::optional<AuthorizationRights> BLAuthentication::rightsForCommands(const QStringList &commands)
-{
+std::optional<AuthorizationRights>
+BLAuthentication::rightsForCommands(const QStringList &commands) {
     AuthorizationRights rights;
     rights.count = quint32(commands.size());
     for (const QString &command : commands) {
@@ -37,8 +35,7 @@ std::optional<AuthorizationRights> BLAuthentication::rightsForCommands(const QSt
     return rights;
 }
 
-int BLAuthentication::copyRights(const QStringList &commands, quint32 flags)
-{
+int BLAuthentication::copyRights(const QStringList &commands, quint32 flags) {
     if (commands.isEmpty())
         return AuthorizationInvalidSet;
     const auto rights = rightsForCommands(commands);
@@ -47,32 +44,28 @@ int BLAuthentication::copyRights(const QStringList &commands, quint32 flags)
     return AuthorizationBackend::current().copyRights(m_authorizationRef, *rights, flags);
 }
 
-bool BLAuthentication::isAuthenticated(const QStringList &forCommands)
-{
+bool BLAuthentication::isAuthenticated(const QStringList &forCommands) {
     if (!m_authorizationRef)
         AuthorizationBackend::current().create(&m_authorizationRef);
     // Extending without interaction tells whether the rights are held, never showing a dialog.
     return copyRights(forCommands, AuthorizationFlagExtendRights) == AuthorizationSuccess;
 }
 
-bool BLAuthentication::fetchPassword(const QStringList &forCommands)
-{
-    if (copyRights(forCommands, AuthorizationFlagInteractionAllowed | AuthorizationFlagExtendRights)
-        != AuthorizationSuccess)
+bool BLAuthentication::fetchPassword(const QStringList &forCommands) {
+    if (copyRights(forCommands, AuthorizationFlagInteractionAllowed |
+                                    AuthorizationFlagExtendRights) != AuthorizationSuccess)
         return false;
     emit authenticated();
     return true;
 }
 
-bool BLAuthentication::authenticate(const QStringList &forCommands)
-{
+bool BLAuthentication::authenticate(const QStringList &forCommands) {
     if (!isAuthenticated(forCommands))
         fetchPassword(forCommands);
     return isAuthenticated(forCommands);
 }
 
-void BLAuthentication::deauthenticate()
-{
+void BLAuthentication::deauthenticate() {
     if (!m_authorizationRef)
         return;
     AuthorizationBackend::current().free(m_authorizationRef, AuthorizationFlagDestroyRights);
@@ -80,16 +73,14 @@ void BLAuthentication::deauthenticate()
     emit deauthenticated();
 }
 
-QString BLAuthentication::processListCommand(const QString &name)
-{
+QString BLAuthentication::processListCommand(const QString &name) {
     // The name goes inside the quotes unescaped, as the command has always been built.
     return QStringLiteral("/bin/ps -axwwopid,command | grep \"") + name + QLatin1Char('"');
 }
 
 namespace {
 // The integer at the start of text after white space, 0 when there is none; clamped like intValue.
-int leadingInteger(const QString &text)
-{
+int leadingInteger(const QString &text) {
     int i = 0;
     while (i < text.size() && text.at(i).isSpace())
         ++i;
@@ -110,8 +101,7 @@ int leadingInteger(const QString &text)
 }
 } // namespace
 
-int BLAuthentication::pidFromProcessList(const QString &text, const QString &name)
-{
+int BLAuthentication::pidFromProcessList(const QString &text, const QString &name) {
     int start = 0;
     while (start < text.size() && text.at(start).isSpace())
         ++start;
@@ -124,8 +114,7 @@ int BLAuthentication::pidFromProcessList(const QString &text, const QString &nam
     return leadingInteger(before);
 }
 
-int BLAuthentication::getPID(const QString &forProcess)
-{
+int BLAuthentication::getPID(const QString &forProcess) {
     bool ok = false;
     const QByteArray output =
         AuthorizationBackend::current().processList(processListCommand(forProcess), &ok);
@@ -141,15 +130,14 @@ int BLAuthentication::getPID(const QString &forProcess)
 }
 
 bool BLAuthentication::executeCommand(const QString &pathToCommand,
-                                      const std::optional<QStringList> &arguments)
-{
+                                      const std::optional<QStringList> &arguments) {
     if (!authenticate({pathToCommand}))
         return false;
     std::optional<QStringList> vector;
     if (arguments && !arguments->isEmpty())
         vector = arguments->mid(0, MaxArguments);
-    const int status =
-        AuthorizationBackend::current().executeWithPrivileges(m_authorizationRef, pathToCommand, vector);
+    const int status = AuthorizationBackend::current().executeWithPrivileges(m_authorizationRef,
+                                                                             pathToCommand, vector);
     if (status == AuthorizationSuccess)
         return true;
     UserInterface::current().beep();
@@ -157,23 +145,22 @@ bool BLAuthentication::executeCommand(const QString &pathToCommand,
     return false;
 }
 
-bool BLAuthentication::killProcess(const QString &commandFromPS)
-{
+bool BLAuthentication::killProcess(const QString &commandFromPS) {
     // The right asked for is the process name's, not /bin/kill's; the kill below asks again.
     if (!isAuthenticated({commandFromPS}))
         authenticate({commandFromPS});
     const QString pid = QString::number(getPID(commandFromPS));
     if (pid.toInt() < 1) {
         UserInterface::current().beep();
-        systemLog(QStringLiteral("Error killing process ") + pid + QStringLiteral(", invalid PID."));
+        systemLog(QStringLiteral("Error killing process ") + pid +
+                  QStringLiteral(", invalid PID."));
         return false;
     }
     executeCommand(QStringLiteral("/bin/kill"), QStringList{pid});
     return true;
 }
 
-bool BLAuthentication::requestActivationRight()
-{
+bool BLAuthentication::requestActivationRight() {
     AuthorizationBackend &backend = AuthorizationBackend::current();
     AuthorizationRef ref = 0;
     if (backend.create(&ref) != AuthorizationSuccess)
@@ -181,9 +168,10 @@ bool BLAuthentication::requestActivationRight()
     AuthorizationRights rights;
     rights.count = 1;
     rights.items.append({QString::fromLatin1(ActivationRight), {}, 0});
-    const int status = backend.copyRights(ref, rights,
-                                          AuthorizationFlagInteractionAllowed | AuthorizationFlagExtendRights
-                                              | AuthorizationFlagPartialRights);
+    const int status =
+        backend.copyRights(ref, rights,
+                           AuthorizationFlagInteractionAllowed | AuthorizationFlagExtendRights |
+                               AuthorizationFlagPartialRights);
     backend.free(ref, AuthorizationFlagDefaults);
     return status == AuthorizationSuccess;
 }

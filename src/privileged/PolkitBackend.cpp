@@ -13,28 +13,24 @@ const QString kPkexec = QStringLiteral("pkexec");
 constexpr int kCheckTimeoutMs = 30000;
 } // namespace
 
-bool PolkitBackend::available()
-{
-    return !QStandardPaths::findExecutable(kPkcheck).isEmpty()
-           && !QStandardPaths::findExecutable(kPkexec).isEmpty();
+bool PolkitBackend::available() {
+    return !QStandardPaths::findExecutable(kPkcheck).isEmpty() &&
+           !QStandardPaths::findExecutable(kPkexec).isEmpty();
 }
 
-QString PolkitBackend::actionFor(const QString &right)
-{
+QString PolkitBackend::actionFor(const QString &right) {
     if (right == QLatin1String("system.privilege.admin"))
         return QStringLiteral("org.freedesktop.policykit.exec");
     return right;
 }
 
-int PolkitBackend::create(AuthorizationRef *ref)
-{
+int PolkitBackend::create(AuthorizationRef *ref) {
     *ref = ++m_lastRef;
     m_granted.insert(*ref, {});
     return AuthorizationSuccess;
 }
 
-int PolkitBackend::check(const QString &action, bool allowInteraction) const
-{
+int PolkitBackend::check(const QString &action, bool allowInteraction) const {
     QStringList arguments{QStringLiteral("--action-id"), action, QStringLiteral("--process"),
                           QString::number(QCoreApplication::applicationPid())};
     if (allowInteraction)
@@ -64,8 +60,8 @@ int PolkitBackend::check(const QString &action, bool allowInteraction) const
     }
 }
 
-int PolkitBackend::copyRights(AuthorizationRef ref, const AuthorizationRights &rights, quint32 flags)
-{
+int PolkitBackend::copyRights(AuthorizationRef ref, const AuthorizationRights &rights,
+                              quint32 flags) {
     auto granted = m_granted.find(ref);
     if (granted == m_granted.end())
         return AuthorizationInvalidRef;
@@ -88,15 +84,13 @@ int PolkitBackend::copyRights(AuthorizationRef ref, const AuthorizationRights &r
     return AuthorizationSuccess;
 }
 
-void PolkitBackend::free(AuthorizationRef ref, quint32)
-{
+void PolkitBackend::free(AuthorizationRef ref, quint32) {
     // Destroying the rights and merely releasing end the same here: the remembered grants go.
     m_granted.remove(ref);
 }
 
 int PolkitBackend::executeWithPrivileges(AuthorizationRef ref, const QString &tool,
-                                         const std::optional<QStringList> &arguments)
-{
+                                         const std::optional<QStringList> &arguments) {
     if (!m_granted.contains(ref))
         return AuthorizationInvalidRef;
     QStringList commandLine{tool};

@@ -1,5 +1,5 @@
-#include "platform/Bundle.h"
 #include "platform/FileOperations.h"
+#include "platform/Bundle.h"
 #include "support/TestRoots.h"
 
 #include "PluginLibraryBuilder.h"
@@ -19,8 +19,7 @@ namespace {
 using B = PluginLibraryBuilder;
 
 // Everything below path, keyed by relative path: permissions, then contents or link target.
-QMap<QString, QByteArray> snapshot(const QString &path)
-{
+QMap<QString, QByteArray> snapshot(const QString &path) {
     QMap<QString, QByteArray> result;
     for (const QString &relative : QStringList{""} + FileOperations::current().subpaths(path)) {
         const QString name = relative.isEmpty() ? path : path + "/" + relative;
@@ -41,8 +40,7 @@ QMap<QString, QByteArray> snapshot(const QString &path)
 }
 
 // A plug-in bundle with some depth: executable, resources, a symbolic link and a read-only file.
-QString makeRichBundle(const QString &folder, const QString &name)
-{
+QString makeRichBundle(const QString &folder, const QString &name) {
     const QString bundle = B::makeVST(folder, name, MachO::universal2());
     B::makeFile(bundle + "/Contents/Resources", "en.lproj/Strings", {}, "strings");
     B::makeFile(bundle + "/Contents/Resources", "Presets", {}, QByteArray(200000, 'p'));
@@ -57,8 +55,7 @@ public:
     int copied = 0;
 
 protected:
-    bool copyFile(const QString &from, const QString &to, FileError *error) override
-    {
+    bool copyFile(const QString &from, const QString &to, FileError *error) override {
         if (++copied != 3)
             return FileOperations::copyFile(from, to, error);
         QFile file(to);
@@ -76,8 +73,7 @@ protected:
     static QStringList entries(const QString &folder) { return ops().directoryContents(folder); }
 };
 
-TEST_F(FileOperationsTest, ListsSortedWithHiddenEntriesAndNoLinkedFolders)
-{
+TEST_F(FileOperationsTest, ListsSortedWithHiddenEntriesAndNoLinkedFolders) {
     const QString folder = homePath("VST");
     for (const char *name : {"b", ".DS_Store", "Sub/Deep/a", "Sub copy"})
         B::makeFile(folder, name);
@@ -93,8 +89,7 @@ TEST_F(FileOperationsTest, ListsSortedWithHiddenEntriesAndNoLinkedFolders)
     EXPECT_FALSE(ops().exists(folder + "/Dangling"));
 }
 
-TEST_F(FileOperationsTest, MoveNeverReplacesInventsFoldersOrLosesTheSource)
-{
+TEST_F(FileOperationsTest, MoveNeverReplacesInventsFoldersOrLosesTheSource) {
     const QString folder = homePath("VST");
     const QString source = B::makeFile(folder, "A.vst", {}, "mine");
     const QString occupied = B::makeFile(folder + " (Disabled)", "A.vst", {}, "theirs");
@@ -125,8 +120,7 @@ TEST_F(FileOperationsTest, MoveNeverReplacesInventsFoldersOrLosesTheSource)
     EXPECT_TRUE(entries(locked).isEmpty());
 }
 
-TEST_F(FileOperationsTest, CopyKeepsTheTreeAndNeverOverwritesOrLeavesHalfACopy)
-{
+TEST_F(FileOperationsTest, CopyKeepsTheTreeAndNeverOverwritesOrLeavesHalfACopy) {
     const QString source = makeRichBundle(homePath("VST"), "Echo.vst");
     ASSERT_TRUE(ops().copy(source, homePath("VST/Copy.vst")));
     EXPECT_EQ(snapshot(homePath("VST/Copy.vst")), snapshot(source));
@@ -146,8 +140,7 @@ TEST_F(FileOperationsTest, CopyKeepsTheTreeAndNeverOverwritesOrLeavesHalfACopy)
     EXPECT_FALSE(QFileInfo::exists(homePath("Echo copy.vst")));
 }
 
-TEST_F(FileOperationsTest, CreatesOneLevelTrashesIntoHomeAndRemovesAllOrNothing)
-{
+TEST_F(FileOperationsTest, CreatesOneLevelTrashesIntoHomeAndRemovesAllOrNothing) {
     FileError error;
     EXPECT_FALSE(ops().createDirectory(homePath("a/b"), &error));
     EXPECT_EQ(error.path, homePath("a/b"));
@@ -171,8 +164,8 @@ TEST_F(FileOperationsTest, CreatesOneLevelTrashesIntoHomeAndRemovesAllOrNothing)
         EXPECT_FALSE(ops().isDeletable(locked));
         EXPECT_FALSE(ops().remove(bundle, &error));
         EXPECT_EQ(error.path, locked);
-        EXPECT_EQ(entries(bundle + "/Contents"), QStringList({"Info.plist", "MacOS", "Presets",
-                                                              "Resources"}));
+        EXPECT_EQ(entries(bundle + "/Contents"),
+                  QStringList({"Info.plist", "MacOS", "Presets", "Resources"}));
     }
     {
         ImmutableGuard guard(folder);
@@ -187,8 +180,7 @@ TEST_F(FileOperationsTest, CreatesOneLevelTrashesIntoHomeAndRemovesAllOrNothing)
 // Moves between a tmpfs and the test roots, where rename(2) cannot help.
 class CrossDeviceMoveTest : public FileOperationsTest {
 protected:
-    void SetUp() override
-    {
+    void SetUp() override {
         TestRoots::SetUp();
         ASSERT_TRUE(m_mountPoint.isValid());
         const QStringList arguments{"-t", "tmpfs", "-o", "size=32m", "tmpfs", m_mountPoint.path()};
@@ -196,8 +188,7 @@ protected:
         if (!m_mounted)
             GTEST_SKIP() << "cannot mount a tmpfs here; the cross-device move is not tested";
     }
-    void TearDown() override
-    {
+    void TearDown() override {
         if (m_mounted && QProcess::execute("umount", {m_mountPoint.path()}) != 0)
             QProcess::execute("umount", {"-l", m_mountPoint.path()});
         TestRoots::TearDown();
@@ -209,8 +200,7 @@ private:
     bool m_mounted = false;
 };
 
-TEST_F(CrossDeviceMoveTest, BundleArrivesWholeInOnePlace)
-{
+TEST_F(CrossDeviceMoveTest, BundleArrivesWholeInOnePlace) {
     const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
     const auto before = snapshot(source);
     const QString folder = B::makeFolder(rootPath("VST"));
@@ -227,8 +217,7 @@ TEST_F(CrossDeviceMoveTest, BundleArrivesWholeInOnePlace)
     EXPECT_EQ(readText(mounted("VST/Plain.vst")), "plain");
 }
 
-TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris)
-{
+TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris) {
     const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
     const auto before = snapshot(source);
     const QString folder = B::makeFolder(rootPath("VST"));

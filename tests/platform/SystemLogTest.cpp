@@ -1,13 +1,12 @@
-#include "platform/ProcessList.h"
 #include "platform/SystemLog.h"
+#include "platform/ProcessList.h"
 
 #include <gtest/gtest.h>
 
 namespace korvane {
 namespace {
 
-TEST(SystemLogTest, InnermostCaptureTakesTheLines)
-{
+TEST(SystemLogTest, InnermostCaptureTakesTheLines) {
     SystemLogCapture outer;
     systemLog("first");
     {
@@ -19,8 +18,7 @@ TEST(SystemLogTest, InnermostCaptureTakesTheLines)
     EXPECT_EQ(outer.lines(), QStringList({"first", "last"}));
 }
 
-TEST(ProcessListTest, ReadsOutputLongerThanOneChunk)
-{
+TEST(ProcessListTest, ReadsOutputLongerThanOneChunk) {
     bool ok = false;
     const char *command = "head -c 1300 /dev/zero | tr '\\0' x; echo end";
     EXPECT_EQ(readCommandOutput(command, &ok), QByteArray(1300, 'x') + "end\n");

@@ -12,8 +12,7 @@ namespace {
 
 using AuthorizationBackendTest = TestRoots;
 
-TEST_F(AuthorizationBackendTest, AllowAllBackendReportsAToolThatCannotStart)
-{
+TEST_F(AuthorizationBackendTest, AllowAllBackendReportsAToolThatCannotStart) {
     ScriptedUi ui;
     SystemLogCapture log;
     NullAuthorizationBackend backend;
@@ -27,8 +26,7 @@ TEST_F(AuthorizationBackendTest, AllowAllBackendReportsAToolThatCannotStart)
     EXPECT_NE(&AuthorizationBackend::current(), &backend);
 }
 
-TEST_F(AuthorizationBackendTest, PolkitAsksNothingForUnknownReferencesOrPlainChecks)
-{
+TEST_F(AuthorizationBackendTest, PolkitAsksNothingForUnknownReferencesOrPlainChecks) {
     PolkitBackend polkit;
     const AuthorizationRights rights{1, {{"system.privilege.admin", "/bin/kill", 0}}};
     EXPECT_EQ(polkit.copyRights(42, rights, AuthorizationFlagExtendRights),

@@ -11,8 +11,7 @@ namespace {
 class FakeBackend : public AuthorizationBackend {
 public:
     int create(AuthorizationRef *ref) override { return *ref = ++lastRef, AuthorizationSuccess; }
-    int copyRights(AuthorizationRef, const AuthorizationRights &rights, quint32 flags) override
-    {
+    int copyRights(AuthorizationRef, const AuthorizationRights &rights, quint32 flags) override {
         copies.append(rights);
         flagsSeen.append(flags);
         held = held || ((flags & AuthorizationFlagInteractionAllowed) && grantOnInteraction);
@@ -20,14 +19,12 @@ public:
     }
     void free(AuthorizationRef ref, quint32 flags) override { frees.append({ref, flags}); }
     int executeWithPrivileges(AuthorizationRef, const QString &tool,
-                              const std::optional<QStringList> &arguments) override
-    {
+                              const std::optional<QStringList> &arguments) override {
         tools.append(tool);
         argumentLists.append(arguments);
         return executeStatus;
     }
-    QByteArray processList(const QString &command, bool *ok) override
-    {
+    QByteArray processList(const QString &command, bool *ok) override {
         commands.append(command);
         *ok = pipeOpens;
         return psOutput;
@@ -46,8 +43,7 @@ public:
 
 class BLAuthenticationTest : public TestRoots {
 protected:
-    void SetUp() override
-    {
+    void SetUp() override {
         TestRoots::SetUp();
         AuthorizationBackend::setCurrent(&backend);
         QObject::connect(auth(), &BLAuthentication::authenticated, [this] { ++gained; });
@@ -61,8 +57,7 @@ protected:
     int gained = 0, dropped = 0;
 };
 
-TEST_F(BLAuthenticationTest, AuthenticateChecksAsksAndChecksAgainButNeverForAnEmptyList)
-{
+TEST_F(BLAuthenticationTest, AuthenticateChecksAsksAndChecksAgainButNeverForAnEmptyList) {
     EXPECT_TRUE(auth()->authenticate({"/usr/bin/tool"}));
     EXPECT_TRUE(auth()->authenticate({"/usr/bin/tool"})); // held now: two checks, no dialog
     EXPECT_FALSE(auth()->authenticate({}));               // even with the rights held
@@ -72,8 +67,7 @@ TEST_F(BLAuthenticationTest, AuthenticateChecksAsksAndChecksAgainButNeverForAnEm
     EXPECT_EQ(backend.copies[0].items.value(0).value, "/usr/bin/tool");
 }
 
-TEST_F(BLAuthenticationTest, RefusalRunsNothingAndLimitsCapRightsAndArguments)
-{
+TEST_F(BLAuthenticationTest, RefusalRunsNothingAndLimitsCapRightsAndArguments) {
     backend.grantOnInteraction = false;
     EXPECT_FALSE(auth()->executeCommand("/usr/bin/tool", QStringList{"a"}));
     EXPECT_TRUE(backend.tools.isEmpty());
@@ -100,8 +94,7 @@ TEST_F(BLAuthenticationTest, RefusalRunsNothingAndLimitsCapRightsAndArguments)
               QList<std::optional<QStringList>>({numbers.mid(0, 19), std::nullopt, std::nullopt}));
 }
 
-TEST_F(BLAuthenticationTest, GetPIDReadsOnlyTheFirstMatchingLine)
-{
+TEST_F(BLAuthenticationTest, GetPIDReadsOnlyTheFirstMatchingLine) {
     backend.psOutput = "  412 /Applications/Host.app/Contents/MacOS/Host\n  977 grep Host\n";
     EXPECT_EQ(auth()->getPID("Host"), 412);
     EXPECT_EQ(backend.commands.value(0), "/bin/ps -axwwopid,command | grep \"Host\"");
@@ -121,8 +114,7 @@ TEST_F(BLAuthenticationTest, GetPIDReadsOnlyTheFirstMatchingLine)
     EXPECT_EQ(log.lines(), QStringList{"Error opening pipe: Host"});
 }
 
-TEST_F(BLAuthenticationTest, KillAnswersYesEvenWhenKillFailsButNoWithoutAProcess)
-{
+TEST_F(BLAuthenticationTest, KillAnswersYesEvenWhenKillFailsButNoWithoutAProcess) {
     backend.psOutput = "  412 /Applications/Host\n  977 grep Host\n";
     backend.executeStatus = AuthorizationToolExecuteFailure;
     EXPECT_TRUE(auth()->killProcess("Host"));
@@ -139,8 +131,7 @@ TEST_F(BLAuthenticationTest, KillAnswersYesEvenWhenKillFailsButNoWithoutAProcess
                                         "Error killing process 0, invalid PID."}));
 }
 
-TEST_F(BLAuthenticationTest, DeauthenticateTwiceSignalsOnceAndActivationUsesItsOwnReference)
-{
+TEST_F(BLAuthenticationTest, DeauthenticateTwiceSignalsOnceAndActivationUsesItsOwnReference) {
     auth()->deauthenticate(); // nothing open yet
     EXPECT_TRUE(auth()->requestActivationRight());
     EXPECT_EQ(auth()->authorizationRef(), 0u);
