@@ -1,12 +1,13 @@
 #pragma once
 
 #include <QByteArray>
-#include <QString>
 
 namespace korvane {
 
-// Runs a shell command and returns its standard output (popen-style); nullopt-like empty + ok=false
-// when the pipe cannot be opened.
-QByteArray readCommandOutput(const QString &command, bool *ok);
+// The running processes as "PID COMMAND" lines in ascending PID order, read from /proc: the
+// command is the arguments joined by spaces, a kernel thread's name in brackets. Control
+// characters in an argument show as '?', so no argument can forge a line of its own. ok is false
+// when /proc cannot be listed.
+QByteArray readProcessList(bool *ok);
 
 } // namespace korvane

@@ -15,8 +15,8 @@ AuthorizationBackend *s_current = nullptr;
 std::unique_ptr<AuthorizationBackend> s_default;
 } // namespace
 
-QByteArray AuthorizationBackend::processList(const QString &command, bool *ok) {
-    return readCommandOutput(command, ok);
+QByteArray AuthorizationBackend::processList(bool *ok) {
+    return readProcessList(ok);
 }
 
 AuthorizationBackend &AuthorizationBackend::current() {

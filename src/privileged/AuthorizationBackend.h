@@ -59,8 +59,8 @@ public:
     // Starts tool as root and returns at once; nullopt passes no argument vector at all.
     virtual int executeWithPrivileges(AuthorizationRef ref, const QString &tool,
                                       const std::optional<QStringList> &arguments) = 0;
-    // The standard output of a shell command (the process list); ok false when it cannot start.
-    virtual QByteArray processList(const QString &command, bool *ok);
+    // The running processes as "PID COMMAND" lines; ok false when they cannot be listed.
+    virtual QByteArray processList(bool *ok);
 
     // The backend in use: an installed one, else polkit where it helps, else one that allows all.
     static AuthorizationBackend &current();

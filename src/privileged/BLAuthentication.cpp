@@ -73,15 +73,11 @@ void BLAuthentication::deauthenticate() {
     emit deauthenticated();
 }
 
-QString BLAuthentication::processListCommand(const QString &name) {
-    // The name goes inside the quotes unescaped, as the command has always been built.
-    return QStringLiteral("/bin/ps -axwwopid,command | grep \"") + name + QLatin1Char('"');
-}
-
 namespace {
 // The integer at the start of text after white space, 0 when there is none; clamped like intValue.
-int leadingInteger(const QString &text) {
-    int i = 0;
+// end receives where the number stops.
+int leadingInteger(QStringView text, qsizetype *end) {
+    qsizetype i = 0;
     while (i < text.size() && text.at(i).isSpace())
         ++i;
     bool negative = false;
@@ -95,6 +91,7 @@ int leadingInteger(const QString &text) {
         if (value > qint64(INT_MAX) + 1)
             value = qint64(INT_MAX) + 1;
     }
+    *end = i;
     if (negative)
         return value > INT_MAX ? INT_MIN : int(-value);
     return value > INT_MAX ? INT_MAX : int(value);
@@ -102,31 +99,35 @@ int leadingInteger(const QString &text) {
 } // namespace
 
 int BLAuthentication::pidFromProcessList(const QString &text, const QString &name) {
-    int start = 0;
-    while (start < text.size() && text.at(start).isSpace())
-        ++start;
-    const int found = name.isEmpty() ? -1 : text.indexOf(name, start);
-    const QString before = found < 0 ? text.mid(start) : text.mid(start, found - start);
-    // Only the first line that names the process counts: when it is grep's own line the
-    // answer is 0, even if the process's line follows.
-    if (before.contains(QLatin1String("grep")))
+    // An empty name is in every line; it names no process.
+    if (name.isEmpty())
         return 0;
-    return leadingInteger(before);
+    for (QStringView line : QStringView(text).split(u'\n')) {
+        qsizetype end = 0;
+        const int pid = leadingInteger(line, &end);
+        // The name counts in the command column only: "12" must not pick the line of PID 412.
+        const QStringView command = line.mid(end);
+        const qsizetype found = command.indexOf(name);
+        if (found < 0)
+            continue;
+        // Only the first line that names the process counts: when a grep stands before the
+        // name the answer is 0, even if the process's own line follows.
+        if (command.left(found).contains(QLatin1String("grep")))
+            return 0;
+        return pid;
+    }
+    return 0;
 }
 
 int BLAuthentication::getPID(const QString &forProcess) {
     bool ok = false;
-    const QByteArray output =
-        AuthorizationBackend::current().processList(processListCommand(forProcess), &ok);
+    const QByteArray output = AuthorizationBackend::current().processList(&ok);
     if (!ok) {
         systemLog(QStringLiteral("Error opening pipe: ") + forProcess);
         UserInterface::current().beep();
         return 0;
     }
-    const QString text = QString::fromLatin1(output);
-    if (text.isEmpty())
-        return 0;
-    return pidFromProcessList(text, forProcess);
+    return pidFromProcessList(QString::fromLatin1(output), forProcess);
 }
 
 bool BLAuthentication::executeCommand(const QString &pathToCommand,

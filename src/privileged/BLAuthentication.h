@@ -47,9 +47,9 @@ public:
     // One "system.privilege.admin" item per path, at most 20, the count staying the list's;
     // nullopt when a filled path does not fit the value buffer.
     static std::optional<AuthorizationRights> rightsForCommands(const QStringList &commands);
-    // The PID in the first line that names the process, by the rule that rejects grep's own line.
+    // The PID of the first "PID COMMAND" line whose command holds name, by the rule that rejects
+    // a grep's line; 0 when none does.
     static int pidFromProcessList(const QString &text, const QString &name);
-    static QString processListCommand(const QString &name);
 
 signals:
     void authenticated();

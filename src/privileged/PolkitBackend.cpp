@@ -9,6 +9,7 @@ namespace korvane {
 namespace {
 const QString kPkcheck = QStringLiteral("pkcheck");
 const QString kPkexec = QStringLiteral("pkexec");
+const QString kExecAction = QStringLiteral("org.freedesktop.policykit.exec");
 // A check without interaction answers at once; a person at the dialog may take their time.
 constexpr int kCheckTimeoutMs = 30000;
 } // namespace
@@ -20,7 +21,7 @@ bool PolkitBackend::available() {
 
 QString PolkitBackend::actionFor(const QString &right) {
     if (right == QLatin1String("system.privilege.admin"))
-        return QStringLiteral("org.freedesktop.policykit.exec");
+        return kExecAction;
     return right;
 }
 
@@ -30,23 +31,29 @@ int PolkitBackend::create(AuthorizationRef *ref) {
     return AuthorizationSuccess;
 }
 
-int PolkitBackend::check(const QString &action, bool allowInteraction) const {
+int PolkitBackend::runCheck(const QStringList &arguments, int timeoutMs) {
+    QProcess process;
+    process.start(kPkcheck, arguments);
+    if (!process.waitForStarted())
+        return -1;
+    if (!process.waitForFinished(timeoutMs)) {
+        process.kill();
+        process.waitForFinished();
+        return -1;
+    }
+    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+}
+
+bool PolkitBackend::startExec(const QStringList &arguments) {
+    return QProcess::startDetached(kPkexec, arguments);
+}
+
+int PolkitBackend::check(const QString &action, bool allowInteraction) {
     QStringList arguments{QStringLiteral("--action-id"), action, QStringLiteral("--process"),
                           QString::number(QCoreApplication::applicationPid())};
     if (allowInteraction)
         arguments << QStringLiteral("--allow-user-interaction");
-    QProcess process;
-    process.start(kPkcheck, arguments);
-    if (!process.waitForStarted())
-        return AuthorizationInternal;
-    if (!process.waitForFinished(allowInteraction ? -1 : kCheckTimeoutMs)) {
-        process.kill();
-        process.waitForFinished();
-        return AuthorizationInternal;
-    }
-    if (process.exitStatus() != QProcess::NormalExit)
-        return AuthorizationInternal;
-    switch (process.exitCode()) {
+    switch (runCheck(arguments, allowInteraction ? -1 : kCheckTimeoutMs)) {
     case 0:
         return AuthorizationSuccess;
     case 1:
@@ -72,7 +79,16 @@ int PolkitBackend::copyRights(AuthorizationRef ref, const AuthorizationRights &r
         const QString action = actionFor(item.name);
         if (granted->contains(action))
             continue;
-        int status = extend ? check(action, interaction) : AuthorizationDenied;
+        int status = AuthorizationDenied;
+        if (extend && action == kExecAction) {
+            // pkexec asks when it starts the tool; asking here too would show the same dialog
+            // twice. A right that needs only a password is taken as granted for pkexec to ask.
+            status = check(action, false);
+            if (interaction && status == AuthorizationInteractionNotAllowed)
+                status = AuthorizationSuccess;
+        } else if (extend) {
+            status = check(action, interaction);
+        }
         if (status == AuthorizationSuccess) {
             granted->insert(action);
             continue;
@@ -93,11 +109,13 @@ int PolkitBackend::executeWithPrivileges(AuthorizationRef ref, const QString &to
                                          const std::optional<QStringList> &arguments) {
     if (!m_granted.contains(ref))
         return AuthorizationInvalidRef;
+    // pkexec would read such a name as one of its own options.
+    if (tool.isEmpty() || tool.startsWith(QLatin1Char('-')))
+        return AuthorizationToolExecuteFailure;
     QStringList commandLine{tool};
     if (arguments)
         commandLine += *arguments;
-    return QProcess::startDetached(kPkexec, commandLine) ? AuthorizationSuccess
-                                                         : AuthorizationToolExecuteFailure;
+    return startExec(commandLine) ? AuthorizationSuccess : AuthorizationToolExecuteFailure;
 }
 
 } // namespace korvane

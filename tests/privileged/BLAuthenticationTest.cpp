@@ -24,8 +24,7 @@ public:
         argumentLists.append(arguments);
         return executeStatus;
     }
-    QByteArray processList(const QString &command, bool *ok) override {
-        commands.append(command);
+    QByteArray processList(bool *ok) override {
         *ok = pipeOpens;
         return psOutput;
     }
@@ -37,7 +36,7 @@ public:
     QList<AuthorizationRights> copies;
     QList<quint32> flagsSeen;
     QList<QPair<AuthorizationRef, quint32>> frees;
-    QStringList tools, commands;
+    QStringList tools;
     QList<std::optional<QStringList>> argumentLists;
 };
 
@@ -94,17 +93,27 @@ TEST_F(BLAuthenticationTest, RefusalRunsNothingAndLimitsCapRightsAndArguments) {
               QList<std::optional<QStringList>>({numbers.mid(0, 19), std::nullopt, std::nullopt}));
 }
 
-TEST_F(BLAuthenticationTest, GetPIDReadsOnlyTheFirstMatchingLine) {
-    backend.psOutput = "  412 /Applications/Host.app/Contents/MacOS/Host\n  977 grep Host\n";
-    EXPECT_EQ(auth()->getPID("Host"), 412);
-    EXPECT_EQ(backend.commands.value(0), "/bin/ps -axwwopid,command | grep \"Host\"");
-    backend.psOutput = "  977 grep Host\n  412 /Applications/Host\n"; // grep's line first
-    EXPECT_EQ(auth()->getPID("Host"), 0);
-    for (const QByteArray &output :
-         {QByteArray("  977 grep Lonely\n"), QByteArray(), QByteArray("no digits Lonely"),
-          QByteArray("\xff\xfe\x00 Lonely", 10)}) {
-        backend.psOutput = output;
-        EXPECT_EQ(auth()->getPID("Lonely"), 0) << output.toStdString();
+TEST_F(BLAuthenticationTest, GetPIDReadsOnlyTheFirstLineWhoseCommandNamesTheProcess) {
+    const QByteArray list = "    1 /sbin/init\n  412 /Applications/Host.app/Contents/MacOS/Host\n"
+                            "  977 grep Host\n  978 grep Lonely\n";
+    const struct {
+        QByteArray output;
+        QString name;
+        int pid;
+    } cases[] = {
+        {list, "Host", 412},
+        {"  977 grep Host\n  412 /Applications/Host\n", "Host", 0}, // a grep's line first
+        {list, "Lonely", 0},
+        {list, "Nothing", 0}, // never the first line's PID 1
+        {list, "", 0},
+        {list, "12", 0}, // the PID column is no part of the name's match
+        {"", "Host", 0},
+        {"no digits Lonely", "Lonely", 0},
+        {QByteArray("\xff\xfe\x00 Lonely", 10), "Lonely", 0},
+    };
+    for (const auto &entry : cases) {
+        backend.psOutput = entry.output;
+        EXPECT_EQ(auth()->getPID(entry.name), entry.pid) << entry.name.toStdString();
     }
     EXPECT_EQ(ui.beeps, 0);
 
