@@ -1,7 +1,10 @@
 #include "platform/FileOperations.h"
 
+#include "platform/Locations.h"
 #include "platform/ScanCache.h"
+#include "platform/SystemLog.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QSaveFile>
@@ -78,9 +81,19 @@ QString besideName(const QString &path, const QString &suffix) {
     return childOf(parentOf(path), QLatin1Char('.') + nameOf(path) + suffix);
 }
 
-// The AppleDouble sidecar that carries a plain file's Finder information on foreign file systems.
+// The AppleDouble sidecar that carries an item's Finder information on foreign file systems.
 QString sidecarOf(const QString &path) {
     return childOf(parentOf(path), QStringLiteral("._") + nameOf(path));
+}
+
+bool hasSidecar(const QString &path) {
+    struct stat info;
+    return lstatPath(sidecarOf(path), &info) && !S_ISDIR(info.st_mode);
+}
+
+void reportSidecar(const QString &path, const QString &ownerTarget, const FileError &failure) {
+    systemLog(QStringLiteral("Sidecar %1 did not follow to %2 and stays: %3")
+                  .arg(sidecarOf(path), ownerTarget, failure.reason));
 }
 
 bool isInside(const QString &path, const QString &folder) {
@@ -251,6 +264,93 @@ bool checkRemovable(const QString &path, FileError *error) {
     return checkRemovableTree(path, error);
 }
 
+bool failWith(FileError *error, const QString &path, const QString &reason) {
+    if (error)
+        *error = FileError{path, reason};
+    return false;
+}
+
+// path and its missing parents, each created 0700 as the freedesktop base-directory rules ask.
+bool makeTrashFolders(const QString &path, FileError *error) {
+    struct stat info;
+    if (statPath(path, &info)) {
+        if (S_ISDIR(info.st_mode))
+            return true;
+        return failWith(error, path,
+                        QStringLiteral("Cannot create the trash folder: ") + reasonFor(ENOTDIR));
+    }
+    if (!makeTrashFolders(parentOf(path), error))
+        return false;
+    if (::mkdir(encoded(path).constData(), 0700) != 0 && errno != EEXIST)
+        return failWith(error, path,
+                        QStringLiteral("Cannot create the trash folder: ") + reasonFor(errno));
+    return true;
+}
+
+struct HomeTrash {
+    QString files;
+    QString info;
+};
+
+// The freedesktop home trash, $XDG_DATA_HOME/Trash (by default under HOME/.local/share), made
+// when missing. There is no other place to put an item: without a home folder, no trash.
+bool openHomeTrash(HomeTrash *trash, FileError *error) {
+    const QString home = Locations::home();
+    struct stat info;
+    if (!QDir::isAbsolutePath(home) || !statPath(home, &info) || !S_ISDIR(info.st_mode))
+        return failWith(error, home,
+                        QStringLiteral("There is no trash: the home folder does not exist"));
+    // A relative XDG_DATA_HOME is invalid and ignored.
+    QString dataHome = qEnvironmentVariable("XDG_DATA_HOME");
+    if (!QDir::isAbsolutePath(dataHome))
+        dataHome = childOf(home, QStringLiteral(".local/share"));
+    const QString top = childOf(QDir::cleanPath(dataHome), QStringLiteral("Trash"));
+    trash->files = childOf(top, QStringLiteral("files"));
+    trash->info = childOf(top, QStringLiteral("info"));
+    return makeTrashFolders(trash->files, error) && makeTrashFolders(trash->info, error);
+}
+
+const QString kTrashInfoSuffix = QStringLiteral(".trashinfo");
+constexpr int kTrashNameAttempts = 1000;
+
+// NAME, NAME.2, NAME.3, ..., shortened where NAME.trashinfo would not fit a file name.
+QString trashName(const QString &name, int attempt) {
+    const QString number = attempt == 1 ? QString() : QLatin1Char('.') + QString::number(attempt);
+    QString base = name;
+    while (base.size() > 1 && encoded(base + number + kTrashInfoSuffix).size() > NAME_MAX)
+        base.chop(base.at(base.size() - 1).isLowSurrogate() ? 2 : 1);
+    return base + number;
+}
+
+// Created exclusively, so it also reserves NAME in the trash; errno, or 0 when written.
+int writeTrashInfo(const QString &infoPath, const QString &original) {
+    const QByteArray text =
+        "[Trash Info]\nPath=" + encoded(original).toPercentEncoding("/") + "\nDeletionDate=" +
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd'T'HH:mm:ss")).toLatin1() +
+        '\n';
+    const QByteArray file = encoded(infoPath);
+    const int fd =
+        ::open(file.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (fd < 0)
+        return errno;
+    int failure = 0;
+    for (qsizetype written = 0; written < text.size();) {
+        const ssize_t put = ::write(fd, text.constData() + written, size_t(text.size() - written));
+        if (put < 0 && errno == EINTR)
+            continue;
+        if (put < 0) {
+            failure = errno;
+            break;
+        }
+        written += put;
+    }
+    if (::close(fd) != 0 && !failure)
+        failure = errno;
+    if (failure)
+        ::unlink(file.constData());
+    return failure;
+}
+
 } // namespace
 
 FileOperations &FileOperations::current() {
@@ -309,11 +409,6 @@ bool FileOperations::createDirectory(const QString &path, FileError *error) {
     return true;
 }
 
-static bool hasSidecarToCarry(const QString &from, const QString &to) {
-    struct stat info;
-    return lstatPath(sidecarOf(from), &info) && !lstatPath(sidecarOf(to), &info);
-}
-
 // A source that exists, a target that does not, and not a folder into itself: what move and copy
 // both need before they touch anything.
 static bool canPlace(const QString &from, const QString &to, struct stat *info, FileError *error) {
@@ -328,6 +423,17 @@ static bool canPlace(const QString &from, const QString &to, struct stat *info, 
 }
 
 bool FileOperations::move(const QString &from, const QString &to, FileError *error) {
+    if (!relocate(from, to, error))
+        return false;
+    if (hasSidecar(from)) {
+        FileError failure;
+        if (!relocate(sidecarOf(from), sidecarOf(to), &failure))
+            reportSidecar(from, to, failure);
+    }
+    return true;
+}
+
+bool FileOperations::relocate(const QString &from, const QString &to, FileError *error) {
     struct stat info;
     if (!canPlace(from, to, &info, error))
         return false;
@@ -342,10 +448,6 @@ bool FileOperations::move(const QString &from, const QString &to, FileError *err
             result != ENOENT && result != ENOTDIR && result != EEXIST && !parentAllowsChanges(from);
         return fail(error, sourceSide ? from : to, result);
     }
-
-    // A plain file's Finder type may live in a sidecar; it goes where the file goes.
-    if (!S_ISDIR(info.st_mode) && hasSidecarToCarry(from, to))
-        move(sidecarOf(from), sidecarOf(to));
     return true;
 }
 
@@ -380,20 +482,37 @@ bool FileOperations::moveAcrossFileSystems(const QString &from, const QString &t
         removeTree(to);
         return false;
     }
-    // Rename first so the source vanishes from its folder in one step.
-    const QString removing = besideName(from, kRemovingSuffix);
-    if (lstatPath(removing, &info))
-        removeTree(removing);
+    // Rename first so the source vanishes from its folder in one step. A leftover of an earlier
+    // move that still will not go must not block this one.
+    QString removing = besideName(from, kRemovingSuffix);
+    for (int n = 2; n < 100 && lstatPath(removing, &info) && !removeTree(removing); ++n)
+        removing = besideName(from, kRemovingSuffix + QLatin1Char('.') + QString::number(n));
     if (const int result = renameNoReplace(from, removing); result != 0) {
         removeTree(to);
         return fail(error, from, result);
     }
-    // Should this still fail, only hidden remains of the old copy are left; the item is whole at
-    // the target, so that one stays.
-    return removeTree(removing, error);
+    // The item is whole at the target: the move has happened, whatever becomes of the hidden
+    // remains of the old copy.
+    FileError leftover;
+    if (!remove(removing, &leftover))
+        systemLog(
+            QStringLiteral("Moved %1 to %2, but the hidden leftover %3 could not be removed: %4")
+                .arg(from, to, leftover.path, leftover.reason));
+    return true;
 }
 
 bool FileOperations::copy(const QString &from, const QString &to, FileError *error) {
+    if (!duplicate(from, to, error))
+        return false;
+    if (hasSidecar(from)) {
+        FileError failure;
+        if (!duplicate(sidecarOf(from), sidecarOf(to), &failure))
+            reportSidecar(from, to, failure);
+    }
+    return true;
+}
+
+bool FileOperations::duplicate(const QString &from, const QString &to, FileError *error) {
     struct stat info;
     if (!canPlace(from, to, &info, error))
         return false;
@@ -401,8 +520,6 @@ bool FileOperations::copy(const QString &from, const QString &to, FileError *err
         removeTree(to);
         return false;
     }
-    if (!S_ISDIR(info.st_mode) && hasSidecarToCarry(from, to))
-        copy(sidecarOf(from), sidecarOf(to));
     return true;
 }
 
@@ -524,11 +641,12 @@ bool FileOperations::remove(const QString &path, FileError *error) {
     // can go.
     if (!checkRemovable(path, error) || !removeTree(path, error))
         return false;
-    if (!S_ISDIR(info.st_mode)) {
+    if (hasSidecar(path)) {
         const QString sidecar = sidecarOf(path);
-        struct stat existing;
-        if (lstatPath(sidecar, &existing) && !S_ISDIR(existing.st_mode))
-            ::unlink(encoded(sidecar).constData());
+        FileError failure;
+        if (!checkRemovable(sidecar, &failure) || !removeTree(sidecar, &failure))
+            systemLog(
+                QStringLiteral("Sidecar %1 could not be removed: %2").arg(sidecar, failure.reason));
     }
     return true;
 }
@@ -537,15 +655,54 @@ bool FileOperations::moveToTrash(const QString &path, FileError *error, QString 
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
-    QFile file(path);
-    if (!file.moveToTrash()) {
-        if (error)
-            *error = FileError{path, file.errorString()};
+    QString target;
+    if (!trashItem(path, nameOf(path), error, &target))
         return false;
+    // Named after the item's name in the trash, so the pair stays recognisable there.
+    if (hasSidecar(path)) {
+        FileError failure;
+        if (!trashItem(sidecarOf(path), QStringLiteral("._") + nameOf(target), &failure, nullptr))
+            reportSidecar(path, target, failure);
     }
     if (trashedTo)
-        *trashedTo = file.fileName();
+        *trashedTo = target;
     return true;
+}
+
+bool FileOperations::trashItem(const QString &path, const QString &preferredName, FileError *error,
+                               QString *trashedTo) {
+    if (preferredName.isEmpty())
+        return fail(error, path, EINVAL);
+    HomeTrash trash;
+    if (!openHomeTrash(&trash, error))
+        return false;
+    const QString original = QDir::cleanPath(QDir::current().absoluteFilePath(path));
+    for (int attempt = 1; attempt <= kTrashNameAttempts; ++attempt) {
+        const QString name = trashName(preferredName, attempt);
+        const QString info = childOf(trash.info, name + kTrashInfoSuffix);
+        const QString target = childOf(trash.files, name);
+        const int written = writeTrashInfo(info, original);
+        if (written == EEXIST)
+            continue;
+        if (written != 0)
+            return failWith(error, info,
+                            QStringLiteral("Cannot record the item in the trash: ") +
+                                reasonFor(written));
+        struct stat existing;
+        if (lstatPath(target, &existing)) { // an entry without its record; not ours to replace
+            ::unlink(encoded(info).constData());
+            continue;
+        }
+        // A record without its item would promise what is not in the trash.
+        if (!relocate(path, target, error)) {
+            ::unlink(encoded(info).constData());
+            return false;
+        }
+        if (trashedTo)
+            *trashedTo = target;
+        return true;
+    }
+    return failWith(error, path, QStringLiteral("The trash holds too many items of this name"));
 }
 
 bool FileOperations::writeFileAtomically(const QString &path, const QByteArray &bytes,

@@ -30,6 +30,12 @@ public:
 
     // One level, no attributes; fails when the parent is missing.
     virtual bool createDirectory(const QString &path, FileError *error = nullptr);
+
+    // An item's AppleDouble sidecar ("._" and its name, beside it) goes wherever the item goes in
+    // move, copy, remove and moveToTrash. A sidecar that cannot follow stays where it was and is
+    // reported to the system log; it never fails the item's own operation, and an existing
+    // sidecar at the target is never replaced.
+
     // Rename; across file systems copy to a temporary name beside the target, rename, then remove
     // the source, so the item is whole in exactly one place whatever fails. Never overwrites.
     virtual bool move(const QString &from, const QString &to, FileError *error = nullptr);
@@ -37,7 +43,9 @@ public:
     virtual bool copy(const QString &from, const QString &to, FileError *error = nullptr);
     // Recursive removal, checked first: when any part could not be removed nothing is.
     virtual bool remove(const QString &path, FileError *error = nullptr);
-    // Into the freedesktop trash of the current HOME; trashedTo receives where the item now lies.
+    // Into the freedesktop home trash ($XDG_DATA_HOME/Trash, by default under
+    // HOME/.local/share), created when missing; never anywhere else. trashedTo receives where the
+    // item now lies.
     virtual bool moveToTrash(const QString &path, FileError *error = nullptr,
                              QString *trashedTo = nullptr);
     // Replaces path's contents whole or not at all (temporary file beside it, then rename). Every
@@ -55,7 +63,13 @@ protected:
 
 private:
     bool copyTree(const QString &from, const QString &to, FileError *error);
+    // move and copy without the sidecar.
+    bool relocate(const QString &from, const QString &to, FileError *error);
+    bool duplicate(const QString &from, const QString &to, FileError *error);
     bool moveAcrossFileSystems(const QString &from, const QString &to, FileError *error);
+    // One item into the trash's files folder, under preferredName when it is free.
+    bool trashItem(const QString &path, const QString &preferredName, FileError *error,
+                   QString *trashedTo);
 };
 
 } // namespace korvane

@@ -1,5 +1,6 @@
 #include "platform/FileOperations.h"
 #include "platform/Bundle.h"
+#include "platform/SystemLog.h"
 #include "support/TestRoots.h"
 
 #include "PluginLibraryBuilder.h"
@@ -104,11 +105,6 @@ TEST_F(FileOperationsTest, MoveNeverReplacesInventsFoldersOrLosesTheSource) {
     EXPECT_EQ(readText(occupied), "theirs");
     EXPECT_FALSE(QFileInfo::exists(homePath("Gone")));
 
-    // A sidecar travels with its file.
-    B::makeFile(folder, "._A.vst", {}, "sidecar");
-    ASSERT_TRUE(ops().move(source, folder + "/C.vst"));
-    EXPECT_EQ(entries(folder), QStringList({"._C.vst", "C.vst"}));
-
     const QString bundle = makeRichBundle(rootPath("VST"), "Echo.vst");
     const auto before = snapshot(bundle);
     const QString locked = B::makeFolder(rootPath("VST (Disabled)"));
@@ -118,6 +114,33 @@ TEST_F(FileOperationsTest, MoveNeverReplacesInventsFoldersOrLosesTheSource) {
     EXPECT_FALSE(ops().move(bundle, locked + "/Echo.vst"));
     EXPECT_EQ(snapshot(bundle), before);
     EXPECT_TRUE(entries(locked).isEmpty());
+}
+
+// A plain file's or a bundle's sidecar follows it in every operation; where it cannot (another
+// sidecar holds its name at the target) the item still goes and the sidecar stays, unreplaced.
+TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack) {
+    for (const bool bundle : {false, true}) {
+        SCOPED_TRACE(bundle ? "bundle" : "plain file");
+        const QString on = homePath(bundle ? "Bundles" : "Files"), off = on + " (Disabled)";
+        bundle ? makeRichBundle(on, "Echo.vst") : B::makeFile(on, "Echo.vst", {}, "plain");
+        B::makeFile(on, "._Echo.vst", {}, "finder info");
+        B::makeFolder(off);
+
+        ASSERT_TRUE(ops().move(on + "/Echo.vst", off + "/Echo.vst"));
+        EXPECT_TRUE(entries(on).isEmpty());
+        ASSERT_TRUE(ops().copy(off + "/Echo.vst", on + "/Echo.vst"));
+        EXPECT_EQ(entries(on), QStringList({"._Echo.vst", "Echo.vst"}));
+        EXPECT_EQ(readText(on + "/._Echo.vst"), "finder info");
+        ASSERT_TRUE(ops().remove(on + "/Echo.vst"));
+        EXPECT_TRUE(entries(on).isEmpty());
+
+        B::makeFile(on, "._Echo.vst", {}, "another's");
+        SystemLogCapture log;
+        ASSERT_TRUE(ops().move(off + "/Echo.vst", on + "/Echo.vst"));
+        EXPECT_EQ(readText(on + "/._Echo.vst"), "another's");
+        EXPECT_EQ(entries(off), QStringList{"._Echo.vst"});
+        EXPECT_EQ(log.lines().size(), 1);
+    }
 }
 
 TEST_F(FileOperationsTest, CopyKeepsTheTreeAndNeverOverwritesOrLeavesHalfACopy) {
@@ -140,19 +163,13 @@ TEST_F(FileOperationsTest, CopyKeepsTheTreeAndNeverOverwritesOrLeavesHalfACopy) 
     EXPECT_FALSE(QFileInfo::exists(homePath("Echo copy.vst")));
 }
 
-TEST_F(FileOperationsTest, CreatesOneLevelTrashesIntoHomeAndRemovesAllOrNothing) {
+TEST_F(FileOperationsTest, CreatesOneLevelAndRemovesAllOrNothing) {
     FileError error;
     EXPECT_FALSE(ops().createDirectory(homePath("a/b"), &error));
     EXPECT_EQ(error.path, homePath("a/b"));
     EXPECT_TRUE(ops().createDirectory(homePath("a")));
 
     const QString folder = homePath("VST");
-    const QString old = makeRichBundle(folder, "Old.vst");
-    const auto before = snapshot(old);
-    ASSERT_TRUE(ops().moveToTrash(old, &error)) << error.reason.toStdString();
-    EXPECT_EQ(snapshot(homePath(".local/share/Trash/files/Old.vst")), before);
-    EXPECT_FALSE(QFileInfo::exists(old));
-
     const QString bundle = makeRichBundle(folder, "Echo.vst");
     const QString locked = bundle + "/Contents/Info.plist";
     const QString plain = B::makeFile(folder, "Plain.vst");
@@ -215,6 +232,57 @@ TEST_F(CrossDeviceMoveTest, BundleArrivesWholeInOnePlace) {
     ASSERT_TRUE(ops().move(plain, mounted("VST/Plain.vst"), &error)) << error.reason.toStdString();
     EXPECT_EQ(FinderInfo::hfsTypeString(mounted("VST/Plain.vst")), "'aPcs'");
     EXPECT_EQ(readText(mounted("VST/Plain.vst")), "plain");
+
+    // Into the home trash from another file system, with its sidecar and a record for each.
+    const QString trashed = makeRichBundle(mounted("VST"), "Old.vst");
+    const auto old = snapshot(trashed);
+    B::makeFile(mounted("VST"), "._Old.vst", {}, "finder info");
+    QString trashedTo;
+    ASSERT_TRUE(ops().moveToTrash(trashed, &error, &trashedTo)) << error.reason.toStdString();
+    EXPECT_EQ(snapshot(trashedTo), old);
+    EXPECT_EQ(entries(homePath(".local/share/Trash/files")), QStringList({"._Old.vst", "Old.vst"}));
+    EXPECT_EQ(entries(homePath(".local/share/Trash/info")),
+              QStringList({"._Old.vst.trashinfo", "Old.vst.trashinfo"}));
+    EXPECT_EQ(entries(mounted("VST")), QStringList{"Plain.vst"});
+}
+
+// Fails the removal of what a cross-device move leaves behind, as a busy file system would.
+class StuckLeftoverOperations : public FileOperations {
+public:
+    bool remove(const QString &path, FileError *error) override {
+        if (!path.endsWith(".korvane-removing"))
+            return FileOperations::remove(path, error);
+        if (error)
+            *error = FileError{path, QStringLiteral("Device or resource busy")};
+        return false;
+    }
+};
+
+// Once the item is whole at the target it has moved: a hidden leftover that will not go is
+// reported, not taken for a failed move, and does not block the next move from that folder.
+TEST_F(CrossDeviceMoveTest, ALeftoverThatWillNotGoNeitherFailsNorBlocksAMove) {
+    const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
+    const auto before = snapshot(source);
+    const QString folder = B::makeFolder(rootPath("VST"));
+    StuckLeftoverOperations stuck;
+    FileOperations::setCurrent(&stuck);
+    SystemLogCapture log;
+    FileError error;
+    EXPECT_TRUE(ops().move(source, folder + "/Echo.vst", &error)) << error.reason.toStdString();
+    EXPECT_EQ(snapshot(folder + "/Echo.vst"), before);
+    EXPECT_EQ(entries(mounted("VST")), QStringList{".Echo.vst.korvane-removing"});
+    ASSERT_EQ(log.lines().size(), 1);
+    EXPECT_TRUE(log.lines().constFirst().contains("Device or resource busy"));
+    FileOperations::setCurrent(nullptr);
+
+    const QString stale = B::makeFile(folder + "/.Echo.vst.korvane-removing", "Stale");
+    ImmutableGuard guard(stale);
+    if (!guard.ok())
+        GTEST_SKIP() << "chattr +i is not available here";
+    EXPECT_TRUE(ops().move(folder + "/Echo.vst", mounted("Echo.vst"), &error))
+        << error.reason.toStdString();
+    EXPECT_EQ(snapshot(mounted("Echo.vst")), before);
+    EXPECT_EQ(entries(folder), QStringList{".Echo.vst.korvane-removing"});
 }
 
 TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris) {
@@ -233,6 +301,13 @@ TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris) {
     EXPECT_FALSE(ops().move(source, folder + "/Echo.vst", &error));
     EXPECT_EQ(failing.copied, 3);
     EXPECT_EQ(error.reason, "No space left on device");
+    expectOnlyTheSource();
+    // Nor does the trash keep a record of an item that never arrived.
+    failing.copied = 0;
+    EXPECT_FALSE(ops().moveToTrash(source, &error));
+    EXPECT_EQ(error.reason, "No space left on device");
+    EXPECT_TRUE(entries(homePath(".local/share/Trash/files")).isEmpty());
+    EXPECT_TRUE(entries(homePath(".local/share/Trash/info")).isEmpty());
     expectOnlyTheSource();
     FileOperations::setCurrent(nullptr);
 
