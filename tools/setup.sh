@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs the Debian packages Korvane builds with, when any is missing.
 set -euo pipefail
-packages=(cmake g++ make pkg-config qt6-base-dev libplist-dev libgtest-dev libgmock-dev e2fsprogs attr ccache libxml2-utils polkitd)
+packages=(cmake g++ make pkg-config qt6-base-dev libplist-dev libgtest-dev libgmock-dev e2fsprogs attr ccache
+  libxml2-utils polkitd                                # the polkit policy and its DTD
+  desktop-file-utils appstream librsvg2-bin groff-base) # checks of the desktop files and man page
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

@@ -1,5 +1,6 @@
 #include "panels/MyAboutObj.h"
 
+#include "panels/RtfText.h"
 #include "platform/SharedInstances.h"
 
 #include <QCoreApplication>
@@ -34,11 +35,14 @@ MyAboutObj *MyAboutObj::getAbout()
 void MyAboutObj::openAbout()
 {
     m_text.clear();
+    m_html.clear();
     for (const QString &candidate : resourceCandidates()) {
         QFile file(candidate);
         if (file.open(QIODevice::ReadOnly)) {
+            const QByteArray rtf = file.read(RtfText::maxInputSize);
             // RTF is seven-bit text; bytes above that are read as the Latin code page it names.
-            m_text = QString::fromLatin1(file.readAll());
+            m_text = QString::fromLatin1(rtf);
+            m_html = RtfText::toHtml(rtf);
             break;
         }
     }

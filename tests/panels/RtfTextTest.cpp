@@ -1,0 +1,116 @@
+#include "panels/RtfText.h"
+#include "panels/MyAboutObj.h"
+
+#include "support/TestRoots.h"
+
+#include <QRandomGenerator>
+#include <QRegularExpression>
+
+namespace korvane {
+namespace {
+
+QString html(const QByteArray &rtf) {
+    return RtfText::toHtml(rtf);
+}
+
+// What is left once the reader's own tags are gone must hold no markup at all.
+void expectOnlyOwnMarkup(const QString &out, const QByteArray &rtf) {
+    static const QRegularExpression ownTags(
+        R"(</?(p|b|i)>|<br>|<span style="font-size:[0-9.]+pt">|</span>)");
+    static const QRegularExpression strayAmpersand(R"(&(?!amp;|lt;|gt;|quot;|nbsp;))");
+    QString text = out;
+    text.remove(ownTags);
+    EXPECT_FALSE(text.contains('<') || text.contains('>') || text.contains(strayAmpersand))
+        << rtf.toStdString() << " -> " << out.toStdString();
+    for (const char *tag : {"p", "b", "i"})
+        EXPECT_EQ(out.count(QStringLiteral("<%1>").arg(tag)),
+                  out.count(QStringLiteral("</%1>").arg(tag)))
+            << tag << " in " << out.toStdString();
+    EXPECT_EQ(out.count("<span "), out.count("</span>")) << out.toStdString();
+}
+
+TEST(RtfTextTest, ConvertsTheSubsetAndSurvivesMalformedBytes) {
+    const QByteArray deep(10000, '{');
+    const QByteArray shut(10000, '}');
+    const struct {
+        QByteArray rtf;
+        QString html;
+    } cases[] = {
+        // Formatting lives in groups; blank lines between paragraphs vanish.
+        {R"({\rtf1 a{\b b\b0 c}{\i\fs13 d}{\b x\plain y}\line z\par\par\par f})",
+         R"(<p>a<b>b</b>c<i><span style="font-size:6.5pt">d</span></i><b>x</b>y<br>z</p><p>f</p>)"},
+        {R"({\rtf1 <b onclick="x">&amp;</b>})",
+         "<p>&lt;b onclick=&quot;x&quot;&gt;&amp;amp;&lt;/b&gt;</p>"},
+        {R"({\rtf1\ansi\ansicpg1252 caf\'e9 \'80\'3c\{\}\\ \~x  y\tab z})",
+         "<p>café €&lt;{}\\ \u00a0x &nbsp;y\u2003z</p>"},
+        {R"({\rtf1\ansicpg1250 \'e9})", "<p>\ufffd</p>"},
+        {R"({\rtf1{\fonttbl{\f0\fswiss Helvetica;}}{\colortbl;\red0;}{\*\x {y}z}\f0 Hi})",
+         "<p>Hi</p>"},
+        // \u with its fallback characters, surrogate pairs, lone halves.
+        {R"({\rtf1 \u8364?\uc2\u8212--\uc0\u-10179\u-8704 \u-10179 x})",
+         "<p>€—\U0001F600\ufffdx</p>"},
+        {R"({\rtf1 \u233\'e9!\uc3 {\u233}ab})", "<p>é!éab</p>"},
+        // Cut off, out of range, unbalanced.
+        {R"({\rtf1 a\'4)", "<p>a</p>"},
+        {R"({\rtf1 a\')", "<p>a</p>"},
+        {R"({\rtf1 a\'zz})", "<p>azz</p>"},
+        {R"({\rtf1 a\)", "<p>a</p>"},
+        {R"({\rtf1 a\u)", "<p>a</p>"},
+        {R"({\rtf1 a\u8364)", "<p>a€</p>"},
+        {R"({\rtf1 a\u99999999999999999 b})", "<p>a</p>"},
+        {R"({\rtf1 \fs-5\fs99999 a\bin3 {\}b\bin99999 c})", "<p>ab</p>"},
+        {R"({\rtf1 a}<b>x</b>)", "<p>a</p>"},
+        {"{\\rtf1 " + deep + "\\b deep" + shut + " tail}", "<p>deep tail</p>"},
+        {"{\\rtf1 {\\b " + deep.left(100) + "x" + shut.left(100) + "y}z}", "<p><b>xy</b>z</p>"},
+        {"{\\rtf1 " + deep + "x", "<p>x</p>"},
+        {"<p>not rtf</p>", ""},
+        {"", ""},
+    };
+    for (const auto &c : cases) {
+        const QString out = html(c.rtf);
+        EXPECT_EQ(out, c.html) << c.rtf.left(80).toStdString();
+        expectOnlyOwnMarkup(out, c.rtf);
+    }
+}
+
+TEST(RtfTextTest, RandomBytesNeverBecomeMarkup) {
+    const QByteArray alphabet = "{}\\'*ubcfsipar0189- ?<>&\"\xe9\n";
+    QRandomGenerator random(20261123);
+    for (int n = 0; n < 3000; ++n) {
+        QByteArray rtf = "{\\rtf1 ";
+        const int length = random.bounded(60);
+        for (int i = 0; i < length; ++i)
+            rtf += alphabet[random.bounded(int(alphabet.size()))];
+        expectOnlyOwnMarkup(html(rtf), rtf);
+    }
+}
+
+TEST(RtfTextTest, ReadsNoFurtherThanTheLimit) {
+    const QByteArray rtf = "{\\rtf1 " + QByteArray(RtfText::maxInputSize, 'x') + "TAIL}";
+    const QString out = html(rtf);
+    EXPECT_FALSE(out.contains("TAIL"));
+    EXPECT_TRUE(out.startsWith("<p>xxx"));
+}
+
+using AboutHtmlTest = TestRoots;
+
+TEST_F(AboutHtmlTest, ShippedAboutTextIsAHeadingAndThreeParagraphs) {
+    MyAboutObj *about = MyAboutObj::getAbout();
+    qputenv("KORVANE_RESOURCES", KORVANE_TEST_DATA "/../../resources");
+    about->openAbout();
+    const QString out = about->html();
+    EXPECT_TRUE(out.startsWith(R"(<p><b><span style="font-size:14pt">Korvane</span></b></p><p>)"))
+        << out.toStdString();
+    EXPECT_EQ(out.count("<p>"), 4);
+    EXPECT_TRUE(out.contains("&quot; (Disabled)&quot;"));
+    for (const char *residue : {"\\", "{", "}", "Helvetica"})
+        EXPECT_FALSE(out.contains(residue)) << residue;
+
+    qputenv("KORVANE_RESOURCES", homePath("nowhere").toUtf8());
+    about->openAbout();
+    qunsetenv("KORVANE_RESOURCES");
+    EXPECT_TRUE(about->html().isEmpty());
+}
+
+} // namespace
+} // namespace korvane
