@@ -143,25 +143,23 @@ QStringList TypeManager::mergeSet(const QString &path)
     for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc)
         folders[size_t(loc)] = Locations::folderPath(m_traits.type, loc);
 
+    // The installed copies of each name in list order, where each lies on disk (the folder its
+    // record was scanned in) and whether that is a system-wide folder.
     QHash<QString, QList<qsizetype>> copies;
     copies.reserve(plugins.size());
-    for (qsizetype i = 0; i < plugins.size(); ++i)
-        copies[plugins.at(i)->getAUName()].append(i);
-
-    // Where an item lies on disk: the folder its record was scanned in.
-    const auto folderOf = [this](qsizetype index) {
-        const AUItem &item = *plugins.at(index);
+    std::vector<QString> where(size_t(plugins.size()));
+    std::vector<bool> global(size_t(plugins.size()));
+    for (qsizetype i = 0; i < plugins.size(); ++i) {
+        const AUItem &item = *plugins.at(i);
+        copies[item.getAUName()].append(i);
         const qsizetype record = recordIndexOf(item);
-        return record >= 0 ? log.at(record).getLogPath() : item.getAULocation();
-    };
-    const auto globalOf = [&](qsizetype index) {
-        const QString folder = folderOf(index);
-        if (folder == folders[LocSystemActive] || folder == folders[LocSystemDisabled])
-            return true;
-        if (folder == folders[LocUserActive] || folder == folders[LocUserDisabled])
-            return false;
-        return plugins.at(index)->getAUGlobal();
-    };
+        const QString &folder = record >= 0 ? log.at(record).getLogPath() : item.getAULocation();
+        where[size_t(i)] = folder;
+        const bool system =
+            folder == folders[LocSystemActive] || folder == folders[LocSystemDisabled];
+        const bool user = folder == folders[LocUserActive] || folder == folders[LocUserDisabled];
+        global[size_t(i)] = system || (!user && item.getAUGlobal());
+    }
 
     std::vector<qsizetype> match(size_t(saved.size()), -1);
     std::vector<bool> taken(size_t(plugins.size()), false);
@@ -186,10 +184,10 @@ QStringList TypeManager::mergeSet(const QString &path)
         }
     };
     pass([&](const AUItem &entry, qsizetype index) {
-        return folderOf(index) == entry.getAULocation();
+        return where[size_t(index)] == entry.getAULocation();
     });
     pass([&](const AUItem &entry, qsizetype index) {
-        return globalOf(index) == entry.getAUGlobal();
+        return global[size_t(index)] == entry.getAUGlobal();
     });
     pass([](const AUItem &, qsizetype) { return true; });
 
