@@ -1,5 +1,6 @@
 #include "app/AppServices.h"
 
+#include "app/PathChecks.h"
 #include "platform/Bundle.h"
 #include "platform/FileOperations.h"
 #include "platform/Locations.h"
@@ -200,9 +201,12 @@ QStringList AppServices::removeContentPaths(int type, const QStringList &scanPat
     for (const QStringList &entry : std::as_const(pContent)) {
         for (qsizetype c = 1; c < entry.size(); ++c) {
             const QString &companion = entry.at(c);
+            // A ".." step could point anywhere; such an entry hides nothing.
+            if (climbsUp(companion))
+                continue;
             bool underRoot = false;
             for (const QString &root : roots) {
-                if (companion.startsWith(root)) {
+                if (liesInside(companion, root)) {
                     underRoot = true;
                     break;
                 }
@@ -211,12 +215,10 @@ QStringList AppServices::removeContentPaths(int type, const QStringList &scanPat
             if (!underRoot || companion.size() <= cut)
                 continue;
             const QString relative = companion.mid(cut);
-            for (qsizetype i = 0; i < paths.size();) {
-                if (paths.at(i).startsWith(relative))
-                    paths.removeAt(i);
-                else
-                    ++i;
-            }
+            // Whole steps only: a companion "Shared/Lib" hides "Shared/Lib/x", not "Shared/Lib2".
+            paths.removeIf([&relative](const QString &path) {
+                return path == relative || liesInside(path, relative);
+            });
         }
     }
     return paths;
@@ -224,7 +226,8 @@ QStringList AppServices::removeContentPaths(int type, const QStringList &scanPat
 
 QString AppServices::getFullPath(const QString &name, int type, int loc) const
 {
-    if (!isValidType(type) || !isValidLocation(loc))
+    // Expanding standardises the path, so a ".." in the name would lead out of the folder.
+    if (!isValidType(type) || !isValidLocation(loc) || !isContainedName(name))
         return {};
     return Locations::expand(Locations::folder(type, loc) + QLatin1Char('/') + name);
 }
@@ -239,12 +242,14 @@ QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringLi
     result.reserve(scanPaths.size());
     for (qsizetype i = 0; i < scanPaths.size();) {
         const QString &path = scanPaths.at(i);
-        result.append(path);
         ++i;
-        if (!Bundle::isFilePackage(path.isEmpty() ? folder : QString(folder % QLatin1Char('/') % path)))
+        if (path.isEmpty() || climbsUp(path))
+            continue; // not a place inside the folder
+        result.append(path);
+        if (!Bundle::isFilePackage(QString(folder % QLatin1Char('/') % path)))
             continue;
-        // Not bounded at a separator: "Echo.vst copy" goes with "Echo.vst" as it always has.
-        while (i < scanPaths.size() && scanPaths.at(i).startsWith(path))
+        // Only what lies inside the package: a sibling "Echo.vst copy" is a plug-in of its own.
+        while (i < scanPaths.size() && liesInside(scanPaths.at(i), path))
             ++i;
     }
     return removeContentPaths(type, result);
@@ -268,7 +273,8 @@ void AppServices::createFolders(const QString &path)
         components.append(QStringLiteral("/"));
     for (const QString &part : path.split(QLatin1Char('/'), Qt::SkipEmptyParts))
         components.append(part);
-    if (components.size() < 2)
+    // A ".." step would create folders somewhere else than on the way to the path.
+    if (components.size() < 2 || climbsUp(path))
         return;
 
     FileOperations &files = FileOperations::current();

@@ -14,6 +14,13 @@ QString lastComponent(const QString &path)
     return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
+// AppleDouble sidecars ("._Name.component") hold a file's metadata on file systems without
+// extended attributes; they carry their owner's name but are never plug-ins themselves.
+bool isAppleDouble(const QString &path)
+{
+    return lastComponent(path).startsWith(QLatin1String("._"));
+}
+
 bool isFolder(const QString &path)
 {
     return ScanCache::kind(path) == ScanCache::Folder;
@@ -172,16 +179,19 @@ FormatTraits vstTraits()
 
 } // namespace
 
-// Any name ending in the nine letters counts, with or without the dot, bundle or not.
+// Any name ending in the nine letters counts, with or without the dot, bundle or not; only a
+// sidecar does not.
 bool isAudioUnitName(const QString &name)
 {
-    return name.endsWith(QLatin1String("component"));
+    return name.endsWith(QLatin1String("component")) && !isAppleDouble(name);
 }
 
 // The name is tested before the disk is asked, and a bundle's Info.plist read only when its name
 // qualifies.
 bool isVSTPlugInPath(const QString &path)
 {
+    if (isAppleDouble(path))
+        return false;
     if (lastComponent(path).endsWith(QLatin1String(".vst")) && Bundle::isFilePackage(path))
         return true;
     return !isFolder(path) && isTypedFile(path, QLatin1StringView("'aPcs'"));
@@ -189,6 +199,8 @@ bool isVSTPlugInPath(const QString &path)
 
 bool isRTASPlugInPath(const QString &path)
 {
+    if (isAppleDouble(path))
+        return false;
     const QString name = lastComponent(path);
     const bool rtas = name.endsWith(QLatin1String(".rtas"));
     if ((rtas || name.endsWith(QLatin1String(".dpm"))) && Bundle::isFilePackage(path))
@@ -200,6 +212,8 @@ bool isRTASPlugInPath(const QString &path)
 
 bool isMASPlugInPath(const QString &path)
 {
+    if (isAppleDouble(path))
+        return false;
     if (isFolder(path))
         return Bundle::isFilePackage(path)
             && holdsValue(Bundle::infoValue(path, QStringLiteral("MotuPluginTypeUUID")));

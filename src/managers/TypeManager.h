@@ -28,6 +28,10 @@ struct MoveOutcome {
     bool enabled;  // moved into an active folder
     bool ok;
     FileError error;
+    // Not moved because another installed copy of the plug-in lies at the target; both stay.
+    bool otherCopyAtTarget = false;
+    // Not tried: the user chose Stop at an earlier failure of the same apply.
+    bool stopped = false;
 };
 
 // How a drop onto the table is to be treated.
@@ -57,7 +61,7 @@ public:
     int countOfUnprocessedLogItems() const;
     void checkLogForUpdate(const AUItemPtr &item);
     int findItemIndex(const QString &name, int itemID) const;
-    void activate();                       // the first pending record, then a rescan
+    void activate();                       // offers to save the set, then applyAllPending
     QList<MoveOutcome> applyAllPending();  // every pending record, then one rescan
     void moveContent(const AUItemPtr &item);
     void setAllActive();
@@ -152,7 +156,11 @@ protected:
     void setApplyEnabled(bool enabled);
     void setSetName(const QString &name);
     void reloadTable();
-    MoveOutcome applyRecord(int logIndex);
+    struct ApplyRun;
+    MoveOutcome applyRecord(int logIndex, ApplyRun &run);
+    MoveOutcome pendingOutcome(int logIndex, AUItemPtr *item = nullptr) const;
+    // The index in log of an item's record (matched by name and ID), or -1.
+    qsizetype recordIndexOf(const AUItem &item) const;
     // Keeps the count of unprocessed records when one record's state may have changed.
     void noteRecordState(bool wasProcessed, bool isProcessed);
     void markActive(const AUItemPtr &item, bool active);

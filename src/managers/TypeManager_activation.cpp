@@ -4,12 +4,17 @@
 #include "managers/TypeManager.h"
 
 #include "app/AppServices.h"
+#include "app/PathChecks.h"
 #include "panels/MyPrefObj.h"
 #include "platform/Locations.h"
 #include "platform/SystemLog.h"
 #include "privileged/BLAuthentication.h"
 
+#include <QDir>
+#include <QSet>
+#include <QStringBuilder>
 #include <QVariantMap>
+#include <algorithm>
 
 namespace korvane {
 
@@ -37,31 +42,33 @@ int TypeManager::countOfUnprocessedLogItems() const
     return count;
 }
 
-void TypeManager::checkLogForUpdate(const AUItemPtr &item)
+qsizetype TypeManager::recordIndexOf(const AUItem &item) const
 {
-    const QString name = item->getAUName();
-    const int id = item->getItemID();
+    const QString name = item.getAUName();
+    const int id = item.getItemID();
     // A scan gives record i the ID i, so the item's record is normally at its ID; the walk is
     // left for a list that does not hold it there.
-    AULog *record = nullptr;
     if (id >= 0 && id < log.size() && log.at(id).getLogID() == id
-        && log.at(id).getLogName() == name) {
-        record = &log[id];
-    } else {
-        for (AULog &candidate : log) {
-            // The ID is the cheap half of the match; most records differ in it.
-            if (candidate.getLogID() == id && candidate.getLogName() == name) {
-                record = &candidate;
-                break;
-            }
-        }
+        && log.at(id).getLogName() == name)
+        return id;
+    for (qsizetype i = 0; i < log.size(); ++i) {
+        // The ID is the cheap half of the match; most records differ in it.
+        if (log.at(i).getLogID() == id && log.at(i).getLogName() == name)
+            return i;
     }
-    if (!record)
+    return -1;
+}
+
+void TypeManager::checkLogForUpdate(const AUItemPtr &item)
+{
+    const qsizetype index = recordIndexOf(*item);
+    if (index < 0)
         return;
-    const bool wasProcessed = record->isLogProcessed();
-    record->checkAndUpdateLogID(name, item->getAULocation(), id);
-    noteRecordState(wasProcessed, record->isLogProcessed());
-    if (!record->isLogProcessed())
+    AULog &record = log[index];
+    const bool wasProcessed = record.isLogProcessed();
+    record.checkAndUpdateLogID(item->getAUName(), item->getAULocation(), item->getItemID());
+    noteRecordState(wasProcessed, record.isLogProcessed());
+    if (!record.isLogProcessed())
         setApplyEnabled(true);
     else if (m_unprocessedRecords == 0)
         setApplyEnabled(false);
@@ -83,49 +90,106 @@ int TypeManager::findItemIndex(const QString &name, int itemID) const
     return -1;
 }
 
+// One apply over the pending records.
+struct TypeManager::ApplyRun {
+    // Where an installed copy lies: where the scan found each plug-in, then wherever a move of
+    // this apply put it. A move onto one of these would replace a plug-in with its namesake.
+    QSet<QString> installed;
+    // The user chose Stop at a failure: the records after it are left as they are.
+    bool stopped = false;
+};
+
 void TypeManager::activate()
 {
     updateSet();
-    requestActivationRight();
-    for (qsizetype i = 0; i < log.size(); ++i) {
-        if (!log.at(i).isLogProcessed()) {
-            applyRecord(int(i));
-            break;
-        }
-    }
-    // One change per action: the rescan shows every other mark in its state on disk again.
-    reloadData();
+    // Every marked plug-in moves: applying one per press left the rest to be marked again.
+    applyAllPending();
 }
 
 QList<MoveOutcome> TypeManager::applyAllPending()
 {
     requestActivationRight();
+    ApplyRun run;
+    run.installed.reserve(log.size());
+    for (const AULog &record : std::as_const(log))
+        run.installed.insert(record.getLogPath() % QLatin1Char('/') % record.getLogName());
+
     QList<MoveOutcome> outcomes;
-    for (qsizetype i = 0; i < log.size(); ++i)
-        if (!log.at(i).isLogProcessed())
-            outcomes << applyRecord(int(i));
+    QStringList left;
+    for (qsizetype i = 0; i < log.size(); ++i) {
+        if (log.at(i).isLogProcessed())
+            continue;
+        if (!run.stopped) {
+            outcomes << applyRecord(int(i), run);
+            continue;
+        }
+        MoveOutcome outcome = pendingOutcome(int(i));
+        outcome.stopped = true;
+        outcome.error = {outcome.from, QStringLiteral("Not moved: the apply was stopped")};
+        outcomes << outcome;
+        left << outcome.name;
+    }
+    if (!left.isEmpty()) {
+        systemLog(QStringLiteral("Stopped, not moved: %1").arg(left.join(QStringLiteral(", "))));
+        AppServices::getMainObj()->addLogEntry(
+            this, tr("Stopped, not moved: %1\n").arg(left.join(QStringLiteral(", "))));
+    }
     reloadData();
     return outcomes;
 }
 
-MoveOutcome TypeManager::applyRecord(int logIndex)
+MoveOutcome TypeManager::pendingOutcome(int logIndex, AUItemPtr *item) const
 {
-    AULog &record = log[logIndex];
-    const QString source = record.getLogPath() + QLatin1Char('/') + record.getLogName();
-    MoveOutcome outcome{record.getLogName(), source, QString(), false, false, FileError{}};
-
+    const AULog &record = log.at(logIndex);
+    const QString from = record.getLogPath() % QLatin1Char('/') % record.getLogName();
+    MoveOutcome outcome{record.getLogName(), from, QString(), false, false, FileError{}};
     const int index = findItemIndex(record.getLogName(), record.getLogID());
-    if (index < 0) {
+    if (index >= 0) {
+        const AUItemPtr &found = plugins.at(index);
+        outcome.to = found->getAULocation() % QLatin1Char('/') % found->getAUName();
+        outcome.enabled = found->getAUActive();
+        if (item)
+            *item = found;
+    }
+    return outcome;
+}
+
+MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
+{
+    AUItemPtr item;
+    MoveOutcome outcome = pendingOutcome(logIndex, &item);
+    if (!item) {
         // The scan keeps items and records in step; a record without its item cannot be applied.
         outcome.error = {outcome.from, QStringLiteral("No plug-in matches the pending change")};
         return outcome;
     }
-    const AUItemPtr item = plugins.at(index);
-    outcome.to = item->getAULocation() + QLatin1Char('/') + item->getAUName();
-    outcome.enabled = item->getAUActive();
 
     AppServices *main = AppServices::getMainObj();
     FileOperations &files = FileOperations::current();
+    const auto reportFailure = [&](const FileError &error) {
+        if (!main->fileManager(&files, QVariantMap{{QStringLiteral("Error"), error.reason},
+                                                   {QStringLiteral("Path"), error.path}}))
+            run.stopped = true;
+        outcome.error = error;
+    };
+
+    // Two copies of one plug-in (system and user folder, or a set naming both) can be marked so
+    // that one goes where the other lies; making room would delete the other copy.
+    const bool otherCopy =
+        run.installed.contains(outcome.to)
+        || (files.isDirectory(outcome.to)
+            && std::any_of(run.installed.cbegin(), run.installed.cend(),
+                           [&](const QString &path) { return liesInside(path, outcome.to); }));
+    if (otherCopy) {
+        systemLog(QStringLiteral("Target is an installed copy, both kept: %1").arg(outcome.to));
+        main->addLogEntry(this, tr("%1 stays in %2: another installed copy lies at %3\n")
+                                    .arg(outcome.name, log.at(logIndex).getLogPath(), outcome.to));
+        outcome.otherCopyAtTarget = true;
+        reportFailure({outcome.to, QStringLiteral("Another installed copy of the plug-in lies "
+                                                  "there; both copies are kept")});
+        return outcome;
+    }
+
     main->createFolders(outcome.to);
 
     if (files.exists(outcome.to)) {
@@ -136,27 +200,41 @@ MoveOutcome TypeManager::applyRecord(int logIndex)
         if (!files.exists(outcome.from)) {
             // Whatever lies at the target may be the only copy left; the move below fails and
             // reports the missing source instead.
-        } else if (deletable) {
-            files.remove(outcome.to);
         } else {
-            requestActivationRight();
-            const bool removed = files.remove(outcome.to);
-            systemLog(QStringLiteral("Delete %1").arg(removed ? QStringLiteral("sucessful")
-                                                              : QStringLiteral("not sucessful")));
+            if (!deletable)
+                requestActivationRight();
+            // Into the trash, never unlinked: the target may hold files the scan never showed,
+            // such as a licence inside an older bundle. Should that fail, the target stays and
+            // the move below fails.
+            QString trashedTo;
+            FileError trashError;
+            const bool trashed = files.moveToTrash(outcome.to, &trashError, &trashedTo);
+            if (!deletable)
+                systemLog(QStringLiteral("Delete %1")
+                              .arg(trashed ? QStringLiteral("sucessful")
+                                           : QStringLiteral("not sucessful")));
+            if (trashed) {
+                systemLog(QStringLiteral("Target moved to the trash: %1").arg(trashedTo));
+                main->addLogEntry(this, tr("%1 was in the way and is now in the trash: %2\n")
+                                            .arg(outcome.to, trashedTo));
+            } else if (deletable) {
+                systemLog(QStringLiteral("Not moved to the trash: %1").arg(trashError.reason));
+            }
         }
     }
 
     FileError error;
     if (!files.move(outcome.from, outcome.to, &error)) {
-        main->fileManager(&files, QVariantMap{{QStringLiteral("Error"), error.reason},
-                                              {QStringLiteral("Path"), error.path}});
+        reportFailure(error);
         systemLog(QStringLiteral("fehlgeschlagen"));
-        outcome.error = error;
         return outcome;
     }
 
+    AULog &record = log[logIndex];
     noteRecordState(record.isLogProcessed(), true);
     record.setLogProcessed(true);
+    run.installed.remove(outcome.from);
+    run.installed.insert(outcome.to);
     if (m_unprocessedRecords == 0)
         setApplyEnabled(false);
     moveContent(item);
@@ -178,16 +256,19 @@ void TypeManager::moveContent(const AUItemPtr &item)
     const int count = item->getContentMaxIndex();
     for (int i = 0; i < count; ++i) {
         const QString entry = item->getContentByIndex(i);
+        // content.plist is outside data: a ".." step could name any file above the folders.
+        if (climbsUp(entry))
+            continue;
         QString relative;
-        bool inFormatFolder = false;
         for (const QString &prefix : prefixes) {
             if (entry.startsWith(prefix)) {
-                relative = entry.mid(prefix.size());
-                inFormatFolder = true;
+                relative = QDir::cleanPath(entry.mid(prefix.size()));
                 break;
             }
         }
-        if (!inFormatFolder)
+        // Outside the format's folders, or the folder itself.
+        if (relative.isEmpty() || relative == QLatin1String(".")
+            || relative.startsWith(QLatin1Char('/')))
             continue;
 
         const QString newPath = item->getAULocation() + QLatin1Char('/') + relative;

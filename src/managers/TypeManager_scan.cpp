@@ -141,13 +141,10 @@ void TypeManager::reloadData()
 
         QStringList entries;
         if (subpaths) {
-            // The user's disabled folder has always been handed over with its direct listing,
-            // so plug-ins in its subfolders are not found; kept so existing setups scan the same.
+            // All four folders recurse: a plug-in disabled from a subfolder lands in the same
+            // subfolder of the disabled folder and must be found there to be enabled again.
             QStringList listing;
-            if (loc == LocUserDisabled)
-                listing = files.directoryContents(folder);
-            else
-                collectOutsidePackages(files, folder, QString(), &listing);
+            collectOutsidePackages(files, folder, QString(), &listing);
             entries = main->removeIrrelevantData(m_traits.type, loc, listing);
         } else {
             entries = files.directoryContents(folder);

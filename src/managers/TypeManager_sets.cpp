@@ -3,6 +3,7 @@
 #include "managers/TypeManager.h"
 
 #include "app/AppServices.h"
+#include "app/PathChecks.h"
 #include "managers/SetDocument.h"
 #include "panels/MyMissingItems.h"
 #include "panels/MyPrefObj.h"
@@ -132,45 +133,76 @@ void TypeManager::openDefaultSet(const QString &path)
 
 QStringList TypeManager::mergeSet(const QString &path)
 {
-    // Each saved item updates the first current item of its name. A document that names a
-    // plug-in twice (saved while two copies were installed) gives its second entry to the second
-    // copy: sending both entries to the first copy would move it onto the second and delete that.
-    // The items of one name are chained in list order; each name keeps its first item and the
-    // next one still to be given an entry (-1 once all have one, so the first takes the rest).
-    struct Chain {
-        qsizetype first = -1, last = -1, next = -1;
-    };
-    QHash<QString, Chain> chains;
-    chains.reserve(plugins.size());
-    std::vector<qsizetype> following(size_t(plugins.size()), -1);
-    for (qsizetype i = 0; i < plugins.size(); ++i) {
-        Chain &chain = chains[plugins.at(i)->getAUName()];
-        if (chain.first < 0) {
-            chain = Chain{i, i, i};
-        } else {
-            following[size_t(chain.last)] = i;
-            chain.last = i;
-        }
-    }
+    // A document saved while a plug-in was installed twice (system and user folder) names it
+    // twice. Each saved entry goes to the copy that lies where the entry says, then to a copy in
+    // the same scope (system or user), then to any copy still without an entry, in list order;
+    // matching by name and position alone would follow the table's sort order and send one copy
+    // onto the other's place. An entry left without a copy is missing like an unknown name.
+    const QList<AUItemPtr> saved = SetDocument::read(path);
     std::array<QString, 4> folders;
     for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc)
         folders[size_t(loc)] = Locations::folderPath(m_traits.type, loc);
+
+    // The installed copies of each name in list order, where each lies on disk (the folder its
+    // record was scanned in) and whether that is a system-wide folder.
+    QHash<QString, QList<qsizetype>> copies;
+    copies.reserve(plugins.size());
+    std::vector<QString> where(size_t(plugins.size()));
+    std::vector<bool> global(size_t(plugins.size()));
+    for (qsizetype i = 0; i < plugins.size(); ++i) {
+        const AUItem &item = *plugins.at(i);
+        copies[item.getAUName()].append(i);
+        const qsizetype record = recordIndexOf(item);
+        const QString &folder = record >= 0 ? log.at(record).getLogPath() : item.getAULocation();
+        where[size_t(i)] = folder;
+        const bool system =
+            folder == folders[LocSystemActive] || folder == folders[LocSystemDisabled];
+        const bool user = folder == folders[LocUserActive] || folder == folders[LocUserDisabled];
+        global[size_t(i)] = system || (!user && item.getAUGlobal());
+    }
+
+    std::vector<qsizetype> match(size_t(saved.size()), -1);
+    std::vector<bool> taken(size_t(plugins.size()), false);
+    const auto pass = [&](const auto &fits) {
+        for (qsizetype s = 0; s < saved.size(); ++s) {
+            if (match[size_t(s)] >= 0)
+                continue;
+            const AUItem &entry = *saved.at(s);
+            // A name that leaves its folder never names an installed plug-in.
+            if (!isContainedName(entry.getAUName()))
+                continue;
+            const auto candidates = copies.constFind(entry.getAUName());
+            if (candidates == copies.cend())
+                continue;
+            for (const qsizetype index : *candidates) {
+                if (!taken[size_t(index)] && fits(entry, index)) {
+                    match[size_t(s)] = index;
+                    taken[size_t(index)] = true;
+                    break;
+                }
+            }
+        }
+    };
+    pass([&](const AUItem &entry, qsizetype index) {
+        return where[size_t(index)] == entry.getAULocation();
+    });
+    pass([&](const AUItem &entry, qsizetype index) {
+        return global[size_t(index)] == entry.getAUGlobal();
+    });
+    pass([](const AUItem &, qsizetype) { return true; });
+
     QStringList missing;
-    for (const AUItemPtr &saved : SetDocument::read(path)) {
-        const QString name = saved->getAUName();
-        const auto chain = chains.find(name);
-        if (chain == chains.end()) {
-            missing << name;
+    for (qsizetype s = 0; s < saved.size(); ++s) {
+        const AUItem &entry = *saved.at(s);
+        if (match[size_t(s)] < 0) {
+            missing << entry.getAUName();
             continue;
         }
-        const qsizetype index = chain->next >= 0 ? chain->next : chain->first;
-        if (chain->next >= 0)
-            chain->next = following[size_t(chain->next)];
-        const AUItemPtr item = plugins.at(index);
-        item->setAUName(name);
-        item->setAULocation(saved->getAULocation());
-        item->setAUGlobal(saved->getAUGlobal());
-        item->setAUActive(saved->getAUActive());
+        const AUItemPtr item = plugins.at(match[size_t(s)]);
+        item->setAUName(entry.getAUName());
+        item->setAULocation(entry.getAULocation());
+        item->setAUGlobal(entry.getAUGlobal());
+        item->setAUActive(entry.getAUActive());
         item->checkObject(folders);
         checkLogForUpdate(item);
     }

@@ -80,11 +80,13 @@ TEST_F(ContentRegistryTest, DuplicatesMalformedEntriesAndFailedWrites)
 TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
 {
     const QString components = Locations::expand("/Library/Audio/Plug-Ins/Components");
-    const QStringList scan{"Other", "Shared", "Shared/Lib", "Shared/Lib/x"};
+    const QStringList scan{"Other", "Shared", "Shared/Lib", "Shared/Lib/x", "Shared/Lib2"};
     {
         AppServices services;
         services.saveContent({"X.component", components + "/Shared/Lib"});
-        EXPECT_EQ(services.removeContentPaths(0, scan), QStringList({"Other", "Shared"}));
+        // Whole steps: "Shared/Lib2" is not inside "Shared/Lib".
+        EXPECT_EQ(services.removeContentPaths(0, scan),
+                  QStringList({"Other", "Shared", "Shared/Lib2"}));
         EXPECT_EQ(services.removeContentPaths(7, scan), scan);
     }
     // A home longer than the system root, as on a real machine, so the cut lands mid-folder.
@@ -97,15 +99,33 @@ TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
     EXPECT_EQ(services.removeContentPaths(0, scan), scan);
 }
 
-TEST_F(ContentRegistryTest, PackagesCollapseWithTheirContentsAndNamesakes)
+TEST_F(ContentRegistryTest, PackagesCollapseWithTheirContentsOnly)
 {
     PluginLibraryBuilder::makeVST(Locations::folderPath(3, 0), "A.vst", MachO::intel());
     PluginLibraryBuilder::makeFolder(Locations::folderPath(3, 0) + "/Sub");
     AppServices services;
-    const QStringList scan{"A.vst", "A.vst/Contents", "A.vst/Contents/Info.plist", "A.vst copy",
-                           "B.vst", "Sub", "Sub/C"};
+    const QStringList scan{"A.vst",      "A.vst/Contents", "A.vst/Contents/Info.plist",
+                           "A.vst copy", "A.vst2.vst",     "B.vst",
+                           "Sub",        "Sub/C"};
     EXPECT_EQ(services.removeIrrelevantData(3, 0, scan),
-              QStringList({"A.vst", "B.vst", "Sub", "Sub/C"}));
+              QStringList({"A.vst", "A.vst copy", "A.vst2.vst", "B.vst", "Sub", "Sub/C"}));
+}
+
+TEST_F(ContentRegistryTest, FullPathsAndCreatedFoldersStayInsideTheRoots)
+{
+    AppServices services;
+    EXPECT_EQ(services.getFullPath("X", 1, 3),
+              homePath("Library/Application Support/Digidesign/Plug-Ins (Disabled)/X"));
+    EXPECT_EQ(services.getFullPath("Sub/X.vst", 3, 0),
+              rootPath("Library/Audio/Plug-Ins/VST/Sub/X.vst"));
+    for (const char *name : {"../../../../../etc/passwd", "Sub/../../X.vst", "/etc/passwd", ".."})
+        EXPECT_TRUE(services.getFullPath(name, 3, 0).isEmpty()) << name;
+    EXPECT_TRUE(services.getFullPath("X", 4, 0).isEmpty());
+    EXPECT_TRUE(services.getFullPath("X", 0, -1).isEmpty());
+
+    QDir().mkpath(rootPath("a"));
+    services.createFolders(rootPath("a/../escape/b/file"));
+    EXPECT_FALSE(QFileInfo::exists(rootPath("escape")));
 }
 
 TEST_F(ContentRegistryTest, CreateFoldersMakesTheParentsOnlyAndIgnoresFailures)

@@ -3,6 +3,7 @@
 #include "PluginLibraryBuilder.h"
 #include "managers/MyAdminObj.h"
 #include "panels/MyPrefObj.h"
+#include "platform/Bundle.h"
 #include "platform/Locations.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
@@ -36,6 +37,11 @@ protected:
         return PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, loc), name, MachO::intel());
     }
     static bool exists(const QString &path) { return QFileInfo::exists(path); }
+    // The bundle is there with the executable it was made with.
+    static bool whole(const QString &bundle, const QByteArray &header)
+    {
+        return MachOHeader::firstBytes(Bundle::executablePath(bundle)) == header;
+    }
     static void setPref(const QString &key, bool value)
     {
         MyPrefObj::getPref()->defaults()->setObject(key, value);

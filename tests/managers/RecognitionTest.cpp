@@ -73,6 +73,12 @@ TEST_F(RecognitionTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKi
         {&isMASPlugInPath, folder("Folder"), false},
         {&isMASPlugInPath, broken("Broken.bundle", "<?xml version=\"1.0\"?><plist><dict><key>Mo"),
          false},
+        // AppleDouble sidecars carry their owner's name but are never plug-ins.
+        {&isAudioUnitName, "Foo.component", true},
+        {&isAudioUnitName, "._Foo.component", false},
+        {&isVSTPlugInPath, folder("._Bare.vst"), false},
+        {&isRTASPlugInPath, Builder::makeRTAS(dir(), "._Eq.rtas", MachO::ppc()), false},
+        {&isMASPlugInPath, Builder::makeMAS(dir(), "._Comp.bundle", MachO::ppc()), false},
     };
     for (const auto &c : cases)
         EXPECT_EQ(c.test(c.path), c.expected) << c.path.section('/', -1).toStdString();

@@ -12,7 +12,8 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
 {
     PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 0), "Zeta.component", MachO::ppc());
     PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 0), "alpha.component", MachO::universal2());
-    for (const char *name : {"notacomponent", "Foo.COMPONENT", "Foo.component.zip", ".DS_Store"})
+    for (const char *name :
+         {"notacomponent", "Foo.COMPONENT", "Foo.component.zip", ".DS_Store", "._Zeta.component"})
         PluginLibraryBuilder::makeFile(folder(TypeAU, 0), name);
     PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 1), "Off.component", MachO::universal3());
     PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 2), "Zeta.component", MachO::intel());
@@ -91,22 +92,30 @@ TEST_F(ScanTest, MissingFoldersAreCreatedPerFormat)
     EXPECT_TRUE(au->plugins.isEmpty());
 }
 
-TEST_F(ScanTest, SubfoldersAreScannedExceptInTheUsersDisabledFolder)
+TEST_F(ScanTest, SubfoldersAreScannedInAllFourFolders)
 {
     PluginLibraryBuilder::makeVST(folder(TypeVST, 2) + "/Sub", "Foo.vst", MachO::intel());
     PluginLibraryBuilder::makeVST(folder(TypeVST, 2), "Top.vst", MachO::ppc());
-    PluginLibraryBuilder::makeVST(folder(TypeVST, 3) + "/Sub", "Hidden.vst", MachO::intel());
+    PluginLibraryBuilder::makeVST(folder(TypeVST, 3) + "/Sub", "Off.vst", MachO::intel());
     PluginLibraryBuilder::makeVST(folder(TypeVST, 3), "Off.vst", MachO::intel());
     PluginLibraryBuilder::makeVST(folder(TypeVST, 1) + "/Deep/Er", "Sys.vst", MachO::intel());
+    // Siblings whose names merely begin like a bundle's are plug-ins of their own.
+    for (const char *name : {"Echo.vst", "Echo.vst copy.vst", "Echo.vst2.vst"})
+        PluginLibraryBuilder::makeVST(folder(TypeVST, 0) + "/Fx", name, MachO::intel());
 
     MyVSTObj *vst = MyVSTObj::getVSTObj();
     setPref("VSTScanSubfolders", true);
     vst->reloadData();
     // Bundles are collapsed: nothing inside a .vst is listed on its own.
-    EXPECT_EQ(names(vst), QStringList({"Deep/Er/Sys.vst", "Off.vst", "Sub/Foo.vst", "Top.vst"}));
+    EXPECT_EQ(names(vst), QStringList({"Deep/Er/Sys.vst", "Fx/Echo.vst", "Fx/Echo.vst copy.vst",
+                                       "Fx/Echo.vst2.vst", "Off.vst", "Sub/Foo.vst", "Sub/Off.vst",
+                                       "Top.vst"}));
     const AUItemPtr foo = item(vst, "Sub/Foo.vst");
     EXPECT_EQ(foo->getAULocation(), folder(TypeVST, 2));
     EXPECT_EQ(foo->getPlattformIdent(), "Intel");
+    const AUItemPtr off = item(vst, "Sub/Off.vst");
+    ASSERT_TRUE(off);
+    EXPECT_EQ(off->getAULocation(), folder(TypeVST, 3));
 
     setPref("VSTScanSubfolders", false);
     vst->reloadData();

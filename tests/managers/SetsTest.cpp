@@ -121,18 +121,56 @@ TEST_F(SetsTest, MasWindowLoadNameIsArchivedInTheCurrentFolder)
     EXPECT_FALSE(mas->bChanged);
 }
 
-TEST_F(SetsTest, ApplyAfterLoadingMovesThePlugIns)
+TEST_F(SetsTest, ApplyAfterLoadingMovesEveryPlugInOfTheSet)
 {
     const QString path = documents + "/off.aukorv";
     item(au, "A.component")->setAUActive(false);
+    item(au, "C.component")->setAUActive(false);
     au->archivePlugins(path);
     au->reloadData();
     setPref("AUActivateAfterLoading", true);
 
     au->openDefaultSet(path);
-    EXPECT_TRUE(exists(auPath(LocSystemDisabled, "A.component")));
-    EXPECT_FALSE(exists(auPath(LocSystemActive, "A.component")));
+    for (const char *name : {"A.component", "C.component"}) {
+        EXPECT_TRUE(exists(auPath(LocSystemDisabled, name))) << name;
+        EXPECT_FALSE(exists(auPath(LocSystemActive, name))) << name;
+    }
+    EXPECT_TRUE(exists(auPath(LocSystemActive, "B.component")));
     EXPECT_TRUE(ui.alerts.isEmpty());
+}
+
+TEST_F(SetsTest, EachSavedCopyGoesToTheCopyWhereTheSetSaysWhateverTheTableOrder)
+{
+    const QString system =
+        PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 0), "Foo.component", MachO::ppc());
+    const QString user = addAU(LocUserActive, "Foo.component");
+    au->reloadData();
+    au->sortDescriptorsDidChange({{"AULocation", true}});
+    for (const AUItemPtr &it : au->plugins) {
+        if (it->getAUName() == "Foo.component" && it->getAUGlobal()) {
+            it->setAUActive(false);
+            it->checkObject(TypeAU);
+        }
+    }
+    const QString path = documents + "/copies.aukorv";
+    au->archivePlugins(path);
+
+    au->reloadData();
+    au->sortDescriptorsDidChange({{"AULocation", false}});
+    setPref("AUActivateAfterLoading", true);
+    au->openDefaultSet(path);
+    EXPECT_TRUE(ui.missingItemsLists.isEmpty());
+    EXPECT_TRUE(ui.alerts.isEmpty());
+    EXPECT_FALSE(exists(system));
+    EXPECT_TRUE(whole(auPath(1, "Foo.component"), MachO::ppc()));
+    EXPECT_TRUE(whole(user, MachO::intel()));
+
+    // With one copy gone, the set's other entry for it is missing, not handed to the survivor.
+    QDir(auPath(1, "Foo.component")).removeRecursively();
+    au->reloadData();
+    au->openDefaultSet(path);
+    EXPECT_EQ(ui.missingItemsLists, QStringList({"Foo.component"}));
+    EXPECT_TRUE(whole(user, MachO::intel()));
 }
 
 TEST_F(SetsTest, ToggleMarksTheSetChangedOnlyWithADocumentSelected)
