@@ -67,11 +67,16 @@ bool UserDefaults::isDamaged() const {
 bool UserDefaults::keepIfDamaged() {
     if (!isDamaged())
         return true;
+    // Told once per version of the file: every setter would otherwise say it again.
+    if (m_keepFailed && *m_keepFailed == m_identity)
+        return false;
     QString report;
     const bool kept = DataFile::keep(m_path, &report);
     // The preferences may be read before the controller exists; then only the system log has it.
     if (AppServices *services = SharedInstance<AppServices>::peek())
         services->addLogEntry(this, report);
+    if (!kept)
+        m_keepFailed = m_identity;
     return kept;
 }
 

@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QVariant>
 #include <QVariantMap>
+#include <optional>
 
 namespace korvane {
 
@@ -41,6 +42,7 @@ private:
     mutable DataFile::Identity m_identity;
     mutable bool m_damaged = false;
     mutable bool m_loaded = false;
+    std::optional<DataFile::Identity> m_keepFailed;
 };
 
 } // namespace korvane
