@@ -2,6 +2,7 @@
 
 #include "app/PathChecks.h"
 #include "platform/Bundle.h"
+#include "platform/DataFile.h"
 #include "platform/FileOperations.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
@@ -16,49 +17,59 @@ namespace korvane {
 
 namespace {
 
-QString userContentFile()
-{
+QString userContentFile() {
     return Locations::expand(Locations::dataFile(QStringLiteral("content.plist")));
 }
 
-QString systemContentFile()
-{
+QString systemContentFile() {
     return Locations::expand(QStringLiteral("/Library/Application Support/Korvane/content.plist"));
 }
 
-QString groupsFile()
-{
+QString groupsFile() {
     return Locations::expand(Locations::dataFile(QStringLiteral("groups.plist")));
 }
 
 // Entries whose elements are not all strings, or that lack a key, are left out: one damaged
-// entry should not cost the user every other companion list.
-std::optional<QList<QStringList>> readContentFile(const QString &path)
-{
+// entry should not cost the user every other companion list. complete tells whether none was.
+std::optional<QList<QStringList>> readContentFile(const QString &path, bool *complete = nullptr) {
     const std::optional<QVariantList> root = PropertyList::readArray(path);
     if (!root)
         return std::nullopt;
     QList<QStringList> registry;
+    bool all = true;
     for (const QVariant &element : *root) {
-        if (element.typeId() != QMetaType::QVariantList)
-            continue;
         QStringList entry;
-        bool valid = true;
-        for (const QVariant &value : element.toList()) {
-            if (value.typeId() != QMetaType::QString) {
-                valid = false;
-                break;
+        bool valid = element.typeId() == QMetaType::QVariantList;
+        if (valid) {
+            for (const QVariant &value : element.toList()) {
+                if (value.typeId() != QMetaType::QString) {
+                    valid = false;
+                    break;
+                }
+                entry.append(value.toString());
             }
-            entry.append(value.toString());
         }
         if (valid && !entry.isEmpty())
             registry.append(entry);
+        else
+            all = false;
     }
+    if (complete)
+        *complete = all;
     return registry;
 }
 
-QVariantList toVariantList(const QStringList &strings)
-{
+// A registry file is replaced only when every entry in it was read; otherwise it is kept first.
+bool contentFileWhole(const QString &path) {
+    bool complete = false;
+    return readContentFile(path, &complete) && complete;
+}
+
+bool stringArrayFile(const QString &path) {
+    return PropertyList::readStringArray(path).has_value();
+}
+
+QVariantList toVariantList(const QStringList &strings) {
     QVariantList list;
     list.reserve(strings.size());
     for (const QString &s : strings)
@@ -73,16 +84,16 @@ const char *const kContentRoots[TypeCount][4] = {
      "~/Library/Audio/Plug-Ins/Components", "~/Library/Audio/Plug-Ins/Components (Disabled)"},
     {"/Library/Application Support/Digidesign/Plug-Ins",
      "/Library/Application Support/Digidesign/Plug-Ins (Disabled)",
-     "~/Library/Application Support/Digidesign/Plug-Ins", "~/Library/Application Support/Plug-Ins (Disabled)"},
-    {"/Library/Audio/Plug-Ins/MAS", "/Library/Audio/Plug-Ins/MAS (Disabled)", "~/Library/Audio/Plug-Ins/MAS",
-     "~/Library/Audio/Plug-Ins/MAS (Disabled)"},
-    {"/Library/Audio/Plug-Ins/VST", "/Library/Audio/Plug-Ins/VST (Disabled)", "~/Library/Audio/Plug-Ins/VST",
-     "~/Library/Audio/Plug-Ins/VST (Disabled)"},
+     "~/Library/Application Support/Digidesign/Plug-Ins",
+     "~/Library/Application Support/Plug-Ins (Disabled)"},
+    {"/Library/Audio/Plug-Ins/MAS", "/Library/Audio/Plug-Ins/MAS (Disabled)",
+     "~/Library/Audio/Plug-Ins/MAS", "~/Library/Audio/Plug-Ins/MAS (Disabled)"},
+    {"/Library/Audio/Plug-Ins/VST", "/Library/Audio/Plug-Ins/VST (Disabled)",
+     "~/Library/Audio/Plug-Ins/VST", "~/Library/Audio/Plug-Ins/VST (Disabled)"},
 };
 
 // Fills each "%@" in turn; a "%@" inside an argument stays as it is.
-QString fillFormat(const QString &format, const QStringList &args)
-{
+QString fillFormat(const QString &format, const QStringList &args) {
     QString out;
     qsizetype from = 0;
     for (const QString &arg : args) {
@@ -99,40 +110,34 @@ QString fillFormat(const QString &format, const QStringList &args)
 
 } // namespace
 
-AppServices::AppServices()
-{
+AppServices::AppServices() {
     m_undoTitle = korvane::tr("Undo");
     m_redoTitle = korvane::tr("Redo");
     loadGroups();
     initContent();
 }
 
-AppServices::~AppServices()
-{
+AppServices::~AppServices() {
     m_undoManager.removeAllActions();
     if (SharedInstance<AppServices>::peek() == this)
         SharedInstance<AppServices>::install(nullptr);
 }
 
-AppServices *AppServices::getMainObj()
-{
+AppServices *AppServices::getMainObj() {
     return SharedInstance<AppServices>::get();
 }
 
-void AppServices::install(AppServices *services)
-{
+void AppServices::install(AppServices *services) {
     SharedInstance<AppServices>::install(services);
 }
 
-void AppServices::setActiveType(int type)
-{
+void AppServices::setActiveType(int type) {
     m_activeType = type;
 }
 
 // --- Content registry ---------------------------------------------------------------------------
 
-void AppServices::initContent()
-{
+void AppServices::initContent() {
     pContent.clear();
     m_contentLoaded = true;
     if (auto registry = readContentFile(userContentFile())) {
@@ -144,12 +149,10 @@ void AppServices::initContent()
         pContent = *registry;
         return;
     }
-    createSupportFolder();
-    PropertyList::writeXml(userContentFile(), QVariantList());
+    writeContentFile();
 }
 
-std::optional<QStringList> AppServices::getContentForKey(const QString &key)
-{
+std::optional<QStringList> AppServices::getContentForKey(const QString &key) {
     if (!m_contentLoaded)
         initContent();
     for (const QStringList &entry : std::as_const(pContent)) {
@@ -159,8 +162,7 @@ std::optional<QStringList> AppServices::getContentForKey(const QString &key)
     return std::nullopt;
 }
 
-void AppServices::saveContent(const QStringList &entry)
-{
+void AppServices::saveContent(const QStringList &entry) {
     if (entry.isEmpty())
         return; // nothing to file it under
     if (!m_contentLoaded)
@@ -176,16 +178,28 @@ void AppServices::saveContent(const QStringList &entry)
     if (!replaced)
         pContent.append(entry);
 
+    writeContentFile();
+}
+
+void AppServices::writeContentFile() {
     QVariantList root;
     root.reserve(pContent.size());
     for (const QStringList &e : std::as_const(pContent))
         root.append(QVariant(toVariantList(e)));
     createSupportFolder();
-    PropertyList::writeXml(userContentFile(), root);
+    writeDataFile(userContentFile(), root, contentFileWhole);
 }
 
-QStringList AppServices::removeContentPaths(int type, const QStringList &scanPaths)
-{
+bool AppServices::writeDataFile(const QString &path, const QVariant &root,
+                                const std::function<bool(const QString &)> &readable) {
+    QString report;
+    const bool written = DataFile::writeXml(path, root, readable, &report);
+    if (!report.isEmpty())
+        addLogEntry(this, report);
+    return written;
+}
+
+QStringList AppServices::removeContentPaths(int type, const QStringList &scanPaths) {
     QStringList paths = scanPaths;
     if (!isValidType(type))
         return paths;
@@ -224,16 +238,14 @@ QStringList AppServices::removeContentPaths(int type, const QStringList &scanPat
     return paths;
 }
 
-QString AppServices::getFullPath(const QString &name, int type, int loc) const
-{
+QString AppServices::getFullPath(const QString &name, int type, int loc) const {
     // Expanding standardises the path, so a ".." in the name would lead out of the folder.
     if (!isValidType(type) || !isValidLocation(loc) || !isContainedName(name))
         return {};
     return Locations::expand(Locations::folder(type, loc) + QLatin1Char('/') + name);
 }
 
-QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringList &scanPaths)
-{
+QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringList &scanPaths) {
     QStringList result;
     // Listed paths hold no "." or ".." steps, so the folder is expanded once, not per path.
     const QString folder = getFullPath(QString(), type, loc);
@@ -255,8 +267,7 @@ QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringLi
     return removeContentPaths(type, result);
 }
 
-void AppServices::createSupportFolder()
-{
+void AppServices::createSupportFolder() {
     const QString folder = Locations::expand(Locations::supportFolder());
     FileOperations &files = FileOperations::current();
     if (files.isDirectory(folder))
@@ -266,8 +277,7 @@ void AppServices::createSupportFolder()
     files.createDirectory(folder); // a failure shows as the write that follows failing
 }
 
-void AppServices::createFolders(const QString &path)
-{
+void AppServices::createFolders(const QString &path) {
     QStringList components;
     if (path.startsWith(QLatin1Char('/')))
         components.append(QStringLiteral("/"));
@@ -294,8 +304,7 @@ void AppServices::createFolders(const QString &path)
 
 // --- Group registry -----------------------------------------------------------------------------
 
-void AppServices::loadGroups()
-{
+void AppServices::loadGroups() {
     // A file holding anything but strings reads as absent, like an unreadable one.
     const std::optional<QStringList> stored = PropertyList::readStringArray(groupsFile());
     if (!stored || stored->isEmpty()) {
@@ -307,19 +316,16 @@ void AppServices::loadGroups()
     emit groupsChanged();
 }
 
-void AppServices::saveGroupRegistry()
-{
+void AppServices::saveGroupRegistry() {
     createSupportFolder();
-    PropertyList::writeXml(groupsFile(), toVariantList(pGroups));
+    writeDataFile(groupsFile(), toVariantList(pGroups), stringArrayFile);
 }
 
-QString AppServices::getGroupByIndex(int i) const
-{
+QString AppServices::getGroupByIndex(int i) const {
     return pGroups.value(qsizetype(i) + 1);
 }
 
-void AppServices::setGroupByIndex(int i, const QString &name)
-{
+void AppServices::setGroupByIndex(int i, const QString &name) {
     const qsizetype position = qsizetype(i) + 1;
     if (position < 0)
         return;
@@ -331,110 +337,98 @@ void AppServices::setGroupByIndex(int i, const QString &name)
     createGroupSubmenu();
 }
 
-void AppServices::addGroupEntry()
-{
+void AppServices::addGroupEntry() {
     pGroups.append(korvane::tr("New Group"));
     emit groupsChanged();
     createGroupSubmenu();
 }
 
-void AppServices::removeGroupEntry(int selectedRow)
-{
-    // No selection (-1) removes the empty entry itself, as the editor always has.
+void AppServices::removeGroupEntry(int selectedRow) {
+    // Without a selection there is nothing to remove: taking out the empty entry would shift
+    // every group and so every plug-in's group by one.
     const qsizetype position = qsizetype(selectedRow) + 1;
-    if (position >= 0 && position < pGroups.size())
-        pGroups.removeAt(position);
+    if (position < 1 || position >= pGroups.size())
+        return;
+    pGroups.removeAt(position);
     emit groupsChanged();
     createGroupSubmenu();
 }
 
-int AppServices::numberOfRowsInGroupTable() const
-{
+int AppServices::numberOfRowsInGroupTable() const {
     return pGroups.isEmpty() ? 0 : int(pGroups.size() - 1);
 }
 
-QString AppServices::groupTableObjectValue(int row) const
-{
+QString AppServices::groupTableObjectValue(int row) const {
     return getGroupByIndex(row);
 }
 
-void AppServices::groupTableSetObjectValue(const QString &value, int row)
-{
+void AppServices::groupTableSetObjectValue(const QString &value, int row) {
     setGroupByIndex(row, value);
 }
 
-void AppServices::showGroups()
-{
+void AppServices::showGroups() {
     m_groupEditorVisible = true;
     emit groupEditorShown();
 }
 
-void AppServices::createGroupSubmenu()
-{
+void AppServices::createGroupSubmenu() {
     pMenuItems = pGroups.mid(1);
     emit groupMenuChanged();
 }
 
 // --- Log window ---------------------------------------------------------------------------------
 
-void AppServices::showLog()
-{
+void AppServices::showLog() {
     m_logVisible = true;
     m_showLogEnabled = false;
     emit logVisibilityChanged(true);
 }
 
-void AppServices::hideLog()
-{
+void AppServices::hideLog() {
     m_logVisible = false;
     m_showLogEnabled = true;
     emit logVisibilityChanged(false);
 }
 
-void AppServices::addLogEntry(const void *, const QString &entry)
-{
+void AppServices::addLogEntry(const void *, const QString &entry) {
     m_logText += entry;
     emit logChanged();
 }
 
 // --- Undo ---------------------------------------------------------------------------------------
 
-void AppServices::undoAction()
-{
+void AppServices::undoAction() {
     m_undoManager.undo();
     setUndoTitle();
     setRedoTitle();
 }
 
-void AppServices::redoAction()
-{
+void AppServices::redoAction() {
     m_undoManager.redo();
     setUndoTitle();
     setRedoTitle();
 }
 
-void AppServices::setUndoTitle()
-{
+void AppServices::setUndoTitle() {
     m_undoTitle = m_undoManager.undoMenuItemTitle();
     emit undoTitlesChanged();
 }
 
-void AppServices::setRedoTitle()
-{
+void AppServices::setRedoTitle() {
     m_redoTitle = m_undoManager.redoMenuItemTitle();
     emit undoTitlesChanged();
 }
 
 // --- File-operation errors ----------------------------------------------------------------------
 
-bool AppServices::fileManager(FileOperations *, const QVariantMap &errorInfo)
-{
+bool AppServices::fileManager(FileOperations *, const QVariantMap &errorInfo) {
     const QByteArray reason = errorInfo.value(QStringLiteral("Error")).toString().toUtf8();
     Alert alert;
     alert.title = QStringLiteral("Korvane");
-    alert.messageText = fillFormat(korvane::tr("File operation error...\n error: %@\n with file: %@"),
-                                   {QCoreApplication::translate("Korvane", reason.constData()),
-                                    errorInfo.value(QStringLiteral("Path")).toString()});
+    alert.messageText =
+        fillFormat(korvane::tr("File operation error...\n error: %@\n with file: %@"),
+                   {QCoreApplication::translate("Korvane", reason.constData()),
+                    errorInfo.value(QStringLiteral("Path")).toString()});
     alert.buttons = {korvane::tr("Proceed"), korvane::tr("Stop")};
     return UserInterface::current().runAlert(alert) == AlertDefault;
 }

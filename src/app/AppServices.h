@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
+#include <functional>
 #include <optional>
 
 namespace korvane {
@@ -30,13 +31,19 @@ public:
     std::optional<QStringList> getContentForKey(const QString &key);
     void saveContent(const QStringList &entry);
     QStringList removeContentPaths(int type, const QStringList &scanPaths);
-    QString getFullPath(const QString &name, int type, int loc) const; // empty: type/loc out of range
+    QString getFullPath(const QString &name, int type,
+                        int loc) const; // empty: type/loc out of range
     QStringList removeIrrelevantData(int type, int loc, const QStringList &scanPaths);
     void createFolders(const QString &path);
     // "~/Library/Application Support/Korvane" and any of its missing parents, before a data file
     // is written into it.
     void createSupportFolder();
     const QList<QStringList> &contentRegistry() const { return pContent; }
+
+    // Writes one of the program's data files atomically; a file there that readable rejects is
+    // first kept aside, and the log window says so. False when nothing was written.
+    bool writeDataFile(const QString &path, const QVariant &root,
+                       const std::function<bool(const QString &path)> &readable);
 
     // --- Group registry ---------------------------------------------------------------------
     void loadGroups();
@@ -90,6 +97,8 @@ signals:
     void groupEditorShown();
 
 protected:
+    void writeContentFile();
+
     QList<QStringList> pContent;
     bool m_contentLoaded = false;
     QStringList pGroups;

@@ -10,23 +10,22 @@
 
 namespace korvane {
 
-QString TypeManager::groupsFilePath() const
-{
+QString TypeManager::groupsFilePath() const {
     return Locations::expand(Locations::dataFile(m_traits.groupsFile));
 }
 
-void TypeManager::saveGroups()
-{
+void TypeManager::saveGroups() {
     QVariantList pairs;
     for (const AUItemPtr &item : std::as_const(plugins))
         pairs << item->getAUName() << item->getAUGroup();
-    const QString path = groupsFilePath();
-    AppServices::getMainObj()->createSupportFolder(); // a fresh home has none yet
-    PropertyList::writeXml(path, pairs);
+    AppServices *services = AppServices::getMainObj();
+    services->createSupportFolder(); // a fresh home has none yet
+    services->writeDataFile(groupsFilePath(), pairs, [](const QString &file) {
+        return PropertyList::readArray(file).has_value();
+    });
 }
 
-QString TypeManager::findGroup(const QVariantList &groups, const QString &name)
-{
+QString TypeManager::findGroup(const QVariantList &groups, const QString &name) {
     // The file is read from disk: anything but a string pair is passed over, never trusted.
     for (qsizetype i = 0; i + 1 < groups.size(); i += 2) {
         const QVariant &key = groups.at(i);
@@ -38,8 +37,7 @@ QString TypeManager::findGroup(const QVariantList &groups, const QString &name)
     return QStringLiteral("");
 }
 
-void TypeManager::changeGroup(const AUItemPtr &item, const QString &group)
-{
+void TypeManager::changeGroup(const AUItemPtr &item, const QString &group) {
     if (!item)
         return;
     AppServices *services = AppServices::getMainObj();
@@ -62,8 +60,7 @@ void TypeManager::changeGroup(const AUItemPtr &item, const QString &group)
     saveGroups();
 }
 
-void TypeManager::setGroup(const QString &menuTitle)
-{
+void TypeManager::setGroup(const QString &menuTitle) {
     const QString group =
         menuTitle == QLatin1String("none") ? QString(QLatin1String("")) : menuTitle;
     for (int row : std::as_const(m_selectedRows)) {
@@ -74,13 +71,11 @@ void TypeManager::setGroup(const QString &menuTitle)
     saveGroups();
 }
 
-int TypeManager::numberOfItemsInComboBoxCell() const
-{
+int TypeManager::numberOfItemsInComboBoxCell() const {
     return int(AppServices::getMainObj()->getGroups().size());
 }
 
-QString TypeManager::comboBoxCellObjectValue(int index) const
-{
+QString TypeManager::comboBoxCellObjectValue(int index) const {
     return AppServices::getMainObj()->getGroups().value(index);
 }
 

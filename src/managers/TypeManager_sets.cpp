@@ -24,15 +24,13 @@ namespace {
 
 const QString kNoSet = QStringLiteral("no set");
 
-QString documentsFolder()
-{
+QString documentsFolder() {
     return Locations::expand(QStringLiteral("~/Documents"));
 }
 
 } // namespace
 
-void TypeManager::awakeFromNib()
-{
+void TypeManager::awakeFromNib() {
     const std::optional<QStringList> stored =
         PropertyList::readStringArray(Locations::expand(Locations::dataFile(m_traits.setsFile)));
     QStringList titles;
@@ -55,14 +53,12 @@ void TypeManager::awakeFromNib()
     setSetName(m_traits.windowLoadName);
 }
 
-void TypeManager::newButtonPressed()
-{
+void TypeManager::newButtonPressed() {
     reloadData();
     setSetName(m_traits.untitledName);
 }
 
-void TypeManager::save()
-{
+void TypeManager::save() {
     if (etName == m_traits.untitledName)
         saveAs();
     else
@@ -70,8 +66,7 @@ void TypeManager::save()
     bChanged = false;
 }
 
-void TypeManager::saveAs()
-{
+void TypeManager::saveAs() {
     SavePanelRequest request;
     request.directory = documentsFolder();
     request.fileName = m_traits.savePanelName;
@@ -82,8 +77,7 @@ void TypeManager::saveAs()
         savePanelDidEnd(0, QString());
 }
 
-void TypeManager::savePanelDidEnd(int returnCode, const QString &path)
-{
+void TypeManager::savePanelDidEnd(int returnCode, const QString &path) {
     if (returnCode != 1)
         return;
     archivePlugins(path);
@@ -96,8 +90,7 @@ void TypeManager::savePanelDidEnd(int returnCode, const QString &path)
     bChanged = false;
 }
 
-void TypeManager::open()
-{
+void TypeManager::open() {
     OpenPanelRequest request;
     request.directory = documentsFolder();
     request.allowedTypes = m_traits.documentExtension.split(QLatin1Char(' '));
@@ -108,8 +101,7 @@ void TypeManager::open()
         openPanelDidEnd(0, QString());
 }
 
-void TypeManager::openPanelDidEnd(int returnCode, const QString &path)
-{
+void TypeManager::openPanelDidEnd(int returnCode, const QString &path) {
     if (returnCode != 1)
         return;
     // Opened first and selected afterwards: a "no set" chosen by openSet is overridden.
@@ -121,8 +113,7 @@ void TypeManager::openPanelDidEnd(int returnCode, const QString &path)
     selectSetIndex(pbSetsTitles.indexOf(path));
 }
 
-void TypeManager::openDefaultSet(const QString &path)
-{
+void TypeManager::openDefaultSet(const QString &path) {
     if (!pbSetsTitles.contains(path)) {
         pbSetsTitles << path;
         emit setsChanged();
@@ -209,8 +200,7 @@ QStringList TypeManager::mergeSet(const QString &path)
     return missing;
 }
 
-void TypeManager::openSet(const QString &path)
-{
+void TypeManager::openSet(const QString &path) {
     MyMissingItems *missingItems = MyMissingItems::getMI();
     missingItems->removeMissingItems();
     const QStringList missing = mergeSet(path);
@@ -231,8 +221,7 @@ void TypeManager::openSet(const QString &path)
         activate();
 }
 
-void TypeManager::selectSet(int index)
-{
+void TypeManager::selectSet(int index) {
     selectSetIndex(index);
     for (;;) {
         if (pbSetsIndex < 1) {
@@ -260,8 +249,7 @@ void TypeManager::selectSet(int index)
     }
 }
 
-void TypeManager::updateSet()
-{
+void TypeManager::updateSet() {
     if (!bChanged)
         return;
     // Compared with a capital S, so the pop-up's "no set" never matches; kept as it always was.
@@ -280,26 +268,26 @@ void TypeManager::updateSet()
     }
 }
 
-void TypeManager::saveSets()
-{
+void TypeManager::saveSets() {
     const QString path = Locations::expand(Locations::dataFile(m_traits.setsFile));
     AppServices::getMainObj()->createSupportFolder(); // a fresh home has none yet
     QVariantList titles;
     for (const QString &title : std::as_const(pbSetsTitles))
         titles << title;
-    PropertyList::writeXml(path, titles);
+    // The list is read as names only; a file holding anything else is kept, not replaced.
+    AppServices::getMainObj()->writeDataFile(path, titles, [](const QString &file) {
+        return PropertyList::readStringArray(file).has_value();
+    });
 }
 
-QString TypeManager::getSelectedSet() const
-{
+QString TypeManager::getSelectedSet() const {
     const QString title = pbSetsTitles.value(pbSetsIndex);
     if (pbSetsIndex < 0 || pbSetsIndex >= pbSetsTitles.size() || title == kNoSet)
         return QString();
     return title;
 }
 
-bool TypeManager::archivePlugins(const QString &path) const
-{
+bool TypeManager::archivePlugins(const QString &path) const {
     return SetDocument::write(path, plugins);
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/FileOperations.h"
 #include "platform/Locations.h"
+#include "platform/PropertyList.h"
 #include "platform/SharedInstances.h"
 #include "ui/UserInterface.h"
 
@@ -14,8 +15,7 @@ const QString kCheckAtStartup = QStringLiteral("SUCheckAtStartup");
 const QString kActiveTabView = QStringLiteral("ActiveTabView");
 
 // The set-document type of each preferences tab, by tab position 1..4.
-QString setDocumentType(int selectedTab)
-{
+QString setDocumentType(int selectedTab) {
     switch (selectedTab) {
     case 1:
         return QStringLiteral("aukorv");
@@ -30,43 +30,38 @@ QString setDocumentType(int selectedTab)
     }
 }
 
-QString key(int type, const char *name)
-{
+QString key(int type, const char *name) {
     return MyPrefObj::keyPrefix(type) + QLatin1String(name);
 }
 } // namespace
 
 MyPrefObj::MyPrefObj()
-    : prefs(std::make_unique<UserDefaults>(Locations::expand(Locations::userPreferencesFile())))
-{
+    : prefs(std::make_unique<UserDefaults>(Locations::expand(Locations::userPreferencesFile()))) {
     checkDefaults();
 }
 
-MyPrefObj *MyPrefObj::getPref()
-{
+MyPrefObj *MyPrefObj::getPref() {
     return SharedInstance<MyPrefObj>::get();
 }
 
-void MyPrefObj::install(MyPrefObj *pref)
-{
+void MyPrefObj::install(MyPrefObj *pref) {
     SharedInstance<MyPrefObj>::install(pref);
 }
 
-QString MyPrefObj::keyPrefix(int type)
-{
+QString MyPrefObj::keyPrefix(int type) {
     return typePrefix(type);
 }
 
-void MyPrefObj::checkDefaults()
-{
+void MyPrefObj::checkDefaults() {
     FileOperations &files = FileOperations::current();
     const QString userFile = Locations::expand(Locations::userPreferencesFile());
-    if (files.exists(userFile))
+    // An unreadable file counts as absent; it is kept aside before anything takes its place.
+    if (files.exists(userFile) && !prefs->isDamaged())
         return;
 
     // An administrator's machine-wide file is the template for every new user.
     const QString machineFile = Locations::expand(Locations::machinePreferencesFile());
-    if (files.exists(machineFile)) {
+    if (PropertyList::readDictionary(machineFile) && prefs->keepIfDamaged()) {
         UserDefaults::createFolders(QFileInfo(userFile).absolutePath());
         files.copy(machineFile, userFile);
         return;
@@ -87,8 +82,7 @@ void MyPrefObj::checkDefaults()
     prefs->setObjects(seed);
 }
 
-void MyPrefObj::awakeFromNib()
-{
+void MyPrefObj::awakeFromNib() {
     controls.checkForUpdates = prefs->boolForKey(kCheckAtStartup);
     for (int type = 0; type < TypeCount; ++type) {
         PrefTypeControls &c = controls.types[type];
@@ -107,26 +101,24 @@ void MyPrefObj::awakeFromNib()
     }
 }
 
-void MyPrefObj::showPreferences()
-{
+void MyPrefObj::showPreferences() {
     m_visible = true;
 }
 
-bool MyPrefObj::windowShouldClose()
-{
+bool MyPrefObj::windowShouldClose() {
     updatePrefs();
     m_visible = false;
     return true;
 }
 
-void MyPrefObj::updatePrefs()
-{
+void MyPrefObj::updatePrefs() {
     QList<QPair<QString, QVariant>> values{{kCheckAtStartup, controls.checkForUpdates}};
     for (int type = 0; type < TypeCount; ++type) {
         const PrefTypeControls &c = controls.types[type];
         values.append({key(type, "ShowMessage"), c.showMessage});
         values.append({key(type, "ActivateAfterLoading"), c.activateAfterLoading});
-        values.append({key(type, "DefaultSet"), c.defaultSet.isNull() ? QString(QLatin1String("")) : c.defaultSet});
+        values.append({key(type, "DefaultSet"),
+                       c.defaultSet.isNull() ? QString(QLatin1String("")) : c.defaultSet});
         values.append({key(type, "On"), c.on});
         values.append({key(type, "MoveContent"), c.moveContent});
         values.append({key(type, "ShowContent"), c.showContent});
@@ -137,8 +129,7 @@ void MyPrefObj::updatePrefs()
     prefs->setObjects(values);
 }
 
-void MyPrefObj::setDefault()
-{
+void MyPrefObj::setDefault() {
     OpenPanelRequest request;
     request.directory = Locations::expand(QStringLiteral("~/Documents"));
     const QString fileType = setDocumentType(controls.selectedTab);
@@ -148,8 +139,7 @@ void MyPrefObj::setDefault()
     openPanelDidEnd(path ? 1 : 0, path.value_or(QString()));
 }
 
-void MyPrefObj::openPanelDidEnd(int returnCode, const QString &path)
-{
+void MyPrefObj::openPanelDidEnd(int returnCode, const QString &path) {
     if (returnCode == 1) {
         const int tab = controls.selectedTab;
         if (tab >= 1 && tab <= TypeCount)
@@ -159,59 +149,49 @@ void MyPrefObj::openPanelDidEnd(int returnCode, const QString &path)
     updatePrefs();
 }
 
-std::optional<QString> MyPrefObj::getDefaultSet(int type) const
-{
+std::optional<QString> MyPrefObj::getDefaultSet(int type) const {
     if (!isValidType(type))
         return std::nullopt;
     return prefs->stringForKey(key(type, "DefaultSet"));
 }
 
-void MyPrefObj::setDefaultSet(int type, const QString &set)
-{
+void MyPrefObj::setDefaultSet(int type, const QString &set) {
     if (isValidType(type))
         prefs->setObject(key(type, "DefaultSet"), set);
 }
 
-bool MyPrefObj::activateDefaultSet(int type) const
-{
+bool MyPrefObj::activateDefaultSet(int type) const {
     return isValidType(type) && prefs->boolForKey(key(type, "ActivateAfterLoading"));
 }
 
-bool MyPrefObj::isTypeActive(int type) const
-{
+bool MyPrefObj::isTypeActive(int type) const {
     return isValidType(type) && prefs->boolForKey(key(type, "On"));
 }
 
-bool MyPrefObj::showType(int type) const
-{
+bool MyPrefObj::showType(int type) const {
     return isValidType(type) && prefs->boolForKey(key(type, "Type"));
 }
 
-bool MyPrefObj::showContent(int type) const
-{
+bool MyPrefObj::showContent(int type) const {
     return isValidType(type) && prefs->boolForKey(key(type, "ShowContent"));
 }
 
-bool MyPrefObj::moveContent(int type) const
-{
+bool MyPrefObj::moveContent(int type) const {
     return isValidType(type) && prefs->boolForKey(key(type, "MoveContent"));
 }
 
-bool MyPrefObj::scanSubpaths(int type) const
-{
+bool MyPrefObj::scanSubpaths(int type) const {
     // Audio Units are never scanned below the top level of their folders.
     if (type < TypeRTAS || type > TypeVST)
         return false;
     return prefs->boolForKey(key(type, "ScanSubfolders"));
 }
 
-int MyPrefObj::getDefaultType() const
-{
+int MyPrefObj::getDefaultType() const {
     return int(prefs->integerForKey(kActiveTabView));
 }
 
-void MyPrefObj::setDefaultType(int type)
-{
+void MyPrefObj::setDefaultType(int type) {
     prefs->setObject(kActiveTabView, qint64(type));
 }
 

@@ -1,7 +1,9 @@
 #include "panels/UserDefaults.h"
 
+#include "app/AppServices.h"
 #include "platform/FileOperations.h"
 #include "platform/PropertyList.h"
+#include "platform/SharedInstances.h"
 
 #include <QFileInfo>
 
@@ -10,8 +12,7 @@ namespace korvane {
 namespace {
 // NSString's boolValue: after white space and an optional sign, "Y", "y", "T", "t" or a digit
 // other than zero (leading zeros skipped) reads as YES.
-bool stringBool(const QString &text)
-{
+bool stringBool(const QString &text) {
     int i = 0;
     while (i < text.size() && text.at(i).isSpace())
         ++i;
@@ -25,8 +26,7 @@ bool stringBool(const QString &text)
     return c == u'Y' || c == u'y' || c == u'T' || c == u't' || (c >= u'1' && c <= u'9');
 }
 
-bool isNumber(const QVariant &value)
-{
+bool isNumber(const QVariant &value) {
     switch (value.typeId()) {
     case QMetaType::LongLong:
     case QMetaType::ULongLong:
@@ -40,27 +40,55 @@ bool isNumber(const QVariant &value)
 }
 } // namespace
 
-UserDefaults::UserDefaults(const QString &path) : m_path(path)
-{
+UserDefaults::UserDefaults(const QString &path) : m_path(path) {}
+
+const QVariantMap &UserDefaults::cached() const {
+    // The identity is taken before reading: a change in between only costs another read.
+    const DataFile::Identity now = DataFile::identity(m_path);
+    if (m_loaded && now == m_identity)
+        return m_values;
+    const std::optional<QVariantMap> read = PropertyList::readDictionary(m_path);
+    m_values = read.value_or(QVariantMap());
+    m_damaged = now.exists && !read;
+    m_identity = now;
+    m_loaded = true;
+    return m_values;
 }
 
-QVariantMap UserDefaults::dictionary() const
-{
-    return PropertyList::readDictionary(m_path).value_or(QVariantMap());
+QVariantMap UserDefaults::dictionary() const {
+    return cached();
 }
 
-bool UserDefaults::contains(const QString &key) const
-{
-    return dictionary().contains(key);
+bool UserDefaults::isDamaged() const {
+    cached();
+    return m_damaged;
 }
 
-QVariant UserDefaults::object(const QString &key) const
-{
-    return dictionary().value(key);
+bool UserDefaults::keepIfDamaged() {
+    if (!isDamaged())
+        return true;
+    // Told once per version of the file: every setter would otherwise say it again.
+    if (m_keepFailed && *m_keepFailed == m_identity)
+        return false;
+    QString report;
+    const bool kept = DataFile::keep(m_path, &report);
+    // The preferences may be read before the controller exists; then only the system log has it.
+    if (AppServices *services = SharedInstance<AppServices>::peek())
+        services->addLogEntry(this, report);
+    if (!kept)
+        m_keepFailed = m_identity;
+    return kept;
 }
 
-bool UserDefaults::boolForKey(const QString &key) const
-{
+bool UserDefaults::contains(const QString &key) const {
+    return cached().contains(key);
+}
+
+QVariant UserDefaults::object(const QString &key) const {
+    return cached().value(key);
+}
+
+bool UserDefaults::boolForKey(const QString &key) const {
     const QVariant value = object(key);
     if (value.typeId() == QMetaType::Bool)
         return value.toBool();
@@ -71,8 +99,7 @@ bool UserDefaults::boolForKey(const QString &key) const
     return false;
 }
 
-qint64 UserDefaults::integerForKey(const QString &key) const
-{
+qint64 UserDefaults::integerForKey(const QString &key) const {
     const QVariant value = object(key);
     if (value.typeId() == QMetaType::Bool)
         return value.toBool() ? 1 : 0;
@@ -91,8 +118,7 @@ qint64 UserDefaults::integerForKey(const QString &key) const
     return 0;
 }
 
-QString UserDefaults::stringForKey(const QString &key) const
-{
+QString UserDefaults::stringForKey(const QString &key) const {
     const QVariant value = object(key);
     if (value.typeId() == QMetaType::QString)
         return value.toString();
@@ -101,26 +127,31 @@ QString UserDefaults::stringForKey(const QString &key) const
     return QString();
 }
 
-void UserDefaults::setObject(const QString &key, const QVariant &value)
-{
+void UserDefaults::setObject(const QString &key, const QVariant &value) {
     setObjects({{key, value}});
 }
 
-void UserDefaults::setObjects(const QList<QPair<QString, QVariant>> &values)
-{
-    QVariantMap map = dictionary();
+void UserDefaults::setObjects(const QList<QPair<QString, QVariant>> &values) {
+    QVariantMap map = cached();
     for (const auto &[key, value] : values) {
         if (value.isValid())
             map.insert(key, value);
         else
             map.remove(key);
     }
-    createFolders(QFileInfo(m_path).absolutePath());
-    PropertyList::writeXml(m_path, map);
+    const bool free = keepIfDamaged();
+    if (free) {
+        createFolders(QFileInfo(m_path).absolutePath());
+        PropertyList::writeXml(m_path, map);
+    }
+    // Written or not, the values hold until the file changes on disk.
+    m_values = map;
+    m_identity = DataFile::identity(m_path);
+    m_damaged = !free;
+    m_loaded = true;
 }
 
-bool UserDefaults::createFolders(const QString &folder)
-{
+bool UserDefaults::createFolders(const QString &folder) {
     FileOperations &files = FileOperations::current();
     if (folder.isEmpty() || files.isDirectory(folder))
         return true;

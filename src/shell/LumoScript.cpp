@@ -1,6 +1,7 @@
 #include "shell/LumoScript.h"
 
 #include "managers/TypeManager.h"
+#include "platform/FileOperations.h"
 #include "platform/Locations.h"
 #include "platform/SharedInstances.h"
 #include "platform/Texts.h"
@@ -9,38 +10,65 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QProcess>
 
 namespace korvane {
 
 namespace {
 
-// The option piece and the no-set message of each format, by type index.
+// The tool's option and the no-set message of each format, by type index.
 struct ScriptOption {
     const char *option;
     const char *noSet;
 };
 
 const ScriptOption kOptions[TypeCount] = {
-    {" -AU '%@'", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for AudioUnits")},
-    {" -RTAS '%@'", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for RTAS")},
-    {" -MAS '%@'", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for MAS")},
-    {" -VST '%@'", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for VST")},
+    {"-AU", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for AudioUnits")},
+    {"-RTAS", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for RTAS")},
+    {"-MAS", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for MAS")},
+    {"-VST", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for VST")},
 };
+
+// The tool and its arguments as one sh command line. Options are our own words and stay bare;
+// set names are quoted.
+QString shellCommand(const QString &tool, const QStringList &arguments) {
+    QString command = LumoScript::shellQuote(tool);
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        command += QLatin1Char(' ');
+        command += i % 2 == 0 ? arguments.at(i) : LumoScript::shellQuote(arguments.at(i));
+    }
+    return command;
+}
+
+// The inside of an AppleScript string literal.
+QString appleScriptString(const QString &text) {
+    QString escaped;
+    escaped.reserve(text.size());
+    for (const QChar c : text) {
+        if (c == u'\\' || c == u'"')
+            escaped += QLatin1Char('\\');
+        if (c == u'\n')
+            escaped += QLatin1String("\\n");
+        else if (c == u'\r')
+            escaped += QLatin1String("\\r");
+        else
+            escaped += c;
+    }
+    return escaped;
+}
 
 } // namespace
 
-LumoScript *LumoScript::getLumoScript()
-{
+LumoScript *LumoScript::getLumoScript() {
     return SharedInstance<LumoScript>::get();
 }
 
-void LumoScript::install(LumoScript *script)
-{
+void LumoScript::install(LumoScript *script) {
     SharedInstance<LumoScript>::install(script);
 }
 
-QString LumoScript::bundlePath()
-{
+QString LumoScript::bundlePath() {
     const QString bundle = qEnvironmentVariable("KORVANE_BUNDLE");
     if (!bundle.isEmpty())
         return bundle;
@@ -49,44 +77,91 @@ QString LumoScript::bundlePath()
     return QDir::currentPath();
 }
 
-bool LumoScript::isSegmentSelected(int segment) const
-{
+LumoScript::Layout LumoScript::platformLayout() {
+#ifdef Q_OS_MACOS
+    return Layout::AppleScript;
+#else
+    return Layout::Shell;
+#endif
+}
+
+QString LumoScript::toolPath() const {
+    QString tool = m_toolPath;
+    if (tool.isEmpty() && m_layout == Layout::AppleScript)
+        tool = bundlePath() + QStringLiteral("/Contents/MacOS/KorvaneCMD/KorvaneCMD");
+    else if (tool.isEmpty() && QCoreApplication::instance())
+        tool = QCoreApplication::applicationDirPath() + QStringLiteral("/KorvaneCMD");
+    else if (tool.isEmpty())
+        tool = QStringLiteral("KorvaneCMD");
+    // The script may run from any folder.
+    return QFileInfo(tool).absoluteFilePath();
+}
+
+void LumoScript::setHostCommand(const QString &commandLine) {
+    m_hostCommand = commandLine;
+    build(false);
+}
+
+QString LumoScript::shellQuote(const QString &word) {
+    QString quoted = word;
+    quoted.replace(QLatin1Char('\''), QLatin1String("'\\''"));
+    return QLatin1Char('\'') + quoted + QLatin1Char('\'');
+}
+
+QString LumoScript::appleScript(const QString &tool, const QStringList &arguments) {
+    QString text = QStringLiteral("-- KorvaneCMD launch script\n");
+    text += QStringLiteral("\ntell application \"Finder\"\n");
+    text += QStringLiteral(" do shell script \"");
+    text += appleScriptString(shellCommand(tool, arguments));
+    text += QStringLiteral("\"\n  tell application \"Logic Pro\"\n");
+    text += QStringLiteral("    activate\n");
+    text += QStringLiteral("  end tell\n");
+    text += QStringLiteral("end tell\n");
+    return text;
+}
+
+QString LumoScript::shellScript(const QString &tool, const QStringList &arguments,
+                                const QString &hostCommand) {
+    QString text = QStringLiteral("#!/bin/sh\n# KorvaneCMD launch script\nset -e\n");
+    text += shellCommand(tool, arguments) + QLatin1Char('\n');
+    const QStringList host = QProcess::splitCommand(hostCommand);
+    if (!host.isEmpty()) {
+        QStringList words;
+        for (const QString &word : host)
+            words << shellQuote(word);
+        text += QStringLiteral("exec ") + words.join(QLatin1Char(' ')) + QLatin1Char('\n');
+    }
+    return text;
+}
+
+bool LumoScript::isSegmentSelected(int segment) const {
     return isValidType(segment) && sctrlType[segment];
 }
 
-void LumoScript::setSegmentSelected(int segment, bool selected)
-{
+void LumoScript::setSegmentSelected(int segment, bool selected) {
     if (!isValidType(segment) || sctrlType[segment] == selected)
         return;
     sctrlType[segment] = selected;
     emit segmentsChanged();
 }
 
-void LumoScript::setScript(const QString &text)
-{
+void LumoScript::setScript(const QString &text) {
     teScript = text;
 }
 
-void LumoScript::openScriptWindow()
-{
+void LumoScript::openScriptWindow() {
     build(false);
     m_visible = true;
     emit windowShown();
 }
 
-void LumoScript::changeArgument()
-{
+void LumoScript::changeArgument() {
     build(true);
 }
 
-void LumoScript::build(bool tell)
-{
-    QString text = QStringLiteral("-- KorvaneCMD launch script\n");
-    text += QStringLiteral("\ntell application \"Finder\"\n");
-    text += QStringLiteral(" do shell script \"'%@/Contents/MacOS/KorvaneCMD/KorvaneCMD'")
-                .replace(QLatin1String("%@"), bundlePath());
-
+void LumoScript::build(bool tell) {
     // Always AU, RTAS, MAS, VST, whatever order the segments were chosen in.
+    QStringList arguments;
     bool deselected = false;
     for (int type = 0; type < TypeCount; ++type) {
         if (!sctrlType[type])
@@ -94,7 +169,7 @@ void LumoScript::build(bool tell)
         TypeManager *manager = TypeManager::forType(type);
         const QString set = manager ? manager->getSelectedSet() : QString();
         if (!set.isNull()) {
-            text += QString::fromLatin1(kOptions[type].option).replace(QLatin1String("%@"), set);
+            arguments << QString::fromLatin1(kOptions[type].option) << set;
             continue;
         }
         if (tell) {
@@ -108,22 +183,18 @@ void LumoScript::build(bool tell)
         deselected = true;
     }
 
-    text += QStringLiteral("\"\n  tell application \"Logic Pro\"\n");
-    text += QStringLiteral("    activate\n");
-    text += QStringLiteral("  end tell\n");
-    text += QStringLiteral("end tell\n");
-
-    teScript = text;
+    teScript = m_layout == Layout::AppleScript ? appleScript(toolPath(), arguments)
+                                               : shellScript(toolPath(), arguments, m_hostCommand);
     if (deselected)
         emit segmentsChanged();
     emit scriptChanged();
 }
 
-void LumoScript::saveScript()
-{
+void LumoScript::saveScript() {
     SavePanelRequest request;
     request.directory = Locations::expand(QStringLiteral("~/Documents"));
-    request.fileName = QStringLiteral("untitled.applescript");
+    request.fileName = m_layout == Layout::AppleScript ? QStringLiteral("untitled.applescript")
+                                                       : QStringLiteral("untitled.sh");
     const std::optional<QString> path = UserInterface::current().runSavePanel(request);
     if (path)
         savePanelDidEnd(1, *path);
@@ -131,14 +202,23 @@ void LumoScript::saveScript()
         savePanelDidEnd(0, QString());
 }
 
-void LumoScript::savePanelDidEnd(int returnCode, const QString &path)
-{
+void LumoScript::savePanelDidEnd(int returnCode, const QString &path) {
     if (returnCode != 1)
         return;
-    // A plain write in the local encoding; a failure is not reported.
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        file.write(teScript.toLocal8Bit());
+    // A failure is not reported; a half-written script is never left behind.
+    if (!FileOperations::current().writeFileAtomically(path, teScript.toUtf8()))
+        return;
+    if (m_layout == Layout::Shell) {
+        const QFileDevice::Permissions readable = QFile::permissions(path);
+        QFileDevice::Permissions permissions = readable;
+        if (readable & QFileDevice::ReadOwner)
+            permissions |= QFileDevice::ExeOwner | QFileDevice::ExeUser;
+        if (readable & QFileDevice::ReadGroup)
+            permissions |= QFileDevice::ExeGroup;
+        if (readable & QFileDevice::ReadOther)
+            permissions |= QFileDevice::ExeOther;
+        QFile::setPermissions(path, permissions);
+    }
 }
 
 } // namespace korvane

@@ -2,20 +2,25 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <array>
 
 namespace korvane {
 
-// The launch-script generator: an AppleScript that runs the bundle's KorvaneCMD with the sets
-// selected in the chosen formats' managers, then brings Logic Pro to the front.
+// The launch-script generator: a script that runs KorvaneCMD with the sets selected in the chosen
+// formats' managers, then starts the host. On macOS an AppleScript that brings Logic Pro to the
+// front; elsewhere a POSIX shell script that runs the host command line the user gave.
 class LumoScript : public QObject {
     Q_OBJECT
 public:
+    enum class Layout { AppleScript, Shell };
+
     static LumoScript *getLumoScript();
     static void install(LumoScript *script);
 
     // $KORVANE_BUNDLE, else the application's folder, else the current folder.
     static QString bundlePath();
+    static Layout platformLayout();
 
     void openScriptWindow(); // builds silently, then shows the panel
     void changeArgument();   // the segments changed: rebuild, telling about types without a set
@@ -29,6 +34,23 @@ public:
     void setScript(const QString &text); // the user edited the text view
     bool isWindowVisible() const { return m_visible; }
 
+    Layout layout() const { return m_layout; }
+    void setLayout(Layout layout) { m_layout = layout; }
+    // The KorvaneCMD the script runs, absolute: the one set here, else the one inside the bundle
+    // (AppleScript) or beside the running program (shell).
+    QString toolPath() const;
+    void setToolPath(const QString &path) { m_toolPath = path; }
+    // The shell script's host: a command line run once the sets are applied; empty applies only.
+    QString hostCommand() const { return m_hostCommand; }
+    void setHostCommand(const QString &commandLine);
+
+    // The script texts; arguments alternate between an option of the tool and its set name.
+    static QString appleScript(const QString &tool, const QStringList &arguments);
+    static QString shellScript(const QString &tool, const QStringList &arguments,
+                               const QString &hostCommand);
+    // One word for sh, whatever it holds: single quotes, each ' written as '\''.
+    static QString shellQuote(const QString &word);
+
 signals:
     void scriptChanged();
     void segmentsChanged();
@@ -40,6 +62,9 @@ private:
     std::array<bool, 4> sctrlType{};
     QString teScript;
     bool m_visible = false;
+    Layout m_layout = platformLayout();
+    QString m_toolPath;
+    QString m_hostCommand;
 };
 
 } // namespace korvane

@@ -15,8 +15,18 @@ namespace korvane {
 
 namespace {
 
-QUrl configuredUrl(const char *variable, const char *builtIn)
-{
+// Packagers may point the check elsewhere when building; tests do so through the environment.
+#ifndef KORVANE_VERSION_LIST_URL
+#define KORVANE_VERSION_LIST_URL "https://www.velmora.example/korvane/versions.plist"
+#endif
+#ifndef KORVANE_DOWNLOAD_PAGE_URL
+#define KORVANE_DOWNLOAD_PAGE_URL "https://www.velmora.example/korvane/download.html"
+#endif
+
+// The longest version the newer-version panel shows before cutting it short.
+constexpr qsizetype kShownVersionLength = 64;
+
+QUrl configuredUrl(const char *variable, const char *builtIn) {
     const QString fromEnvironment = qEnvironmentVariable(variable);
     return QUrl(fromEnvironment.isEmpty() ? QString::fromUtf8(builtIn) : fromEnvironment);
 }
@@ -24,19 +34,15 @@ QUrl configuredUrl(const char *variable, const char *builtIn)
 } // namespace
 
 UpdateCheck::UpdateCheck()
-    : m_versionListUrl(configuredUrl("KORVANE_UPDATE_URL", KORVANE_UPDATE_URL)),
-      m_downloadUrl(configuredUrl("KORVANE_DOWNLOAD_URL", KORVANE_DOWNLOAD_URL)),
-      m_installedVersion(programVersion())
-{
-}
+    : m_versionListUrl(configuredUrl("KORVANE_UPDATE_URL", KORVANE_VERSION_LIST_URL)),
+      m_downloadUrl(configuredUrl("KORVANE_DOWNLOAD_URL", KORVANE_DOWNLOAD_PAGE_URL)),
+      m_installedVersion(programVersion()) {}
 
-QString UpdateCheck::programVersion()
-{
+QString UpdateCheck::programVersion() {
     return QStringLiteral(KORVANE_VERSION);
 }
 
-std::optional<QVariantMap> UpdateCheck::fetchVersionList() const
-{
+std::optional<QVariantMap> UpdateCheck::fetchVersionList() const {
     // Without an application object there is no event loop to carry the request.
     if (!QCoreApplication::instance() || !m_versionListUrl.isValid())
         return std::nullopt;
@@ -44,10 +50,28 @@ std::optional<QVariantMap> UpdateCheck::fetchVersionList() const
     QNetworkAccessManager network;
     QNetworkRequest request(m_versionListUrl);
     QNetworkReply *reply = network.get(request);
+    // The reply is taken in as it arrives, so what is held never grows past the limit by more
+    // than one piece, and a longer one is cut off there.
+    reply->setReadBufferSize(MaxReplyBytes);
+    QByteArray body;
+    bool tooLong = false;
+    const auto take = [reply, &body, &tooLong] {
+        if (tooLong)
+            return;
+        body += reply->read(MaxReplyBytes + 1 - body.size());
+        if (body.size() > MaxReplyBytes ||
+            reply->header(QNetworkRequest::ContentLengthHeader).toLongLong() > MaxReplyBytes) {
+            tooLong = true;
+            body.clear();
+            reply->abort();
+        }
+    };
 
     QEventLoop loop;
     QTimer deadline;
     deadline.setSingleShot(true);
+    QObject::connect(reply, &QNetworkReply::readyRead, &loop, take);
+    QObject::connect(reply, &QNetworkReply::metaDataChanged, &loop, take);
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
     QObject::connect(&deadline, &QTimer::timeout, reply, &QNetworkReply::abort);
     deadline.start(m_timeoutMs);
@@ -56,17 +80,25 @@ std::optional<QVariantMap> UpdateCheck::fetchVersionList() const
     deadline.stop();
 
     std::optional<QVariantMap> result;
-    if (reply->error() == QNetworkReply::NoError) {
-        const std::optional<QVariant> root = PropertyList::fromBytes(reply->readAll());
-        if (root && root->typeId() == QMetaType::QVariantMap)
+    if (!tooLong && reply->error() == QNetworkReply::NoError) {
+        take();
+        const std::optional<QVariant> root = PropertyList::fromBytes(body);
+        if (!tooLong && root && root->typeId() == QMetaType::QVariantMap)
             result = root->toMap();
     }
     return result; // the reply goes with its manager
-
 }
 
-void UpdateCheck::run()
-{
+QString UpdateCheck::shownVersion(const QString &version) {
+    if (version.size() <= kShownVersionLength)
+        return version;
+    qsizetype cut = kShownVersionLength;
+    if (version.at(cut - 1).isHighSurrogate())
+        --cut; // never half a character
+    return version.left(cut) + QChar(0x2026);
+}
+
+void UpdateCheck::run() {
     const std::optional<QVariantMap> list = fetchVersionList();
     UserInterface &ui = UserInterface::current();
 
@@ -94,7 +126,7 @@ void UpdateCheck::run()
     alert.title = korvane::tr("A New Version is Available");
     alert.messageText = korvane::tr("A new version of \"Korvane\" is available (version %@). Would "
                                     "you like to download the new version now?")
-                            .replace(QLatin1String("%@"), listed.toString());
+                            .replace(QLatin1String("%@"), shownVersion(listed.toString()));
     alert.buttons = {korvane::tr("OK"), korvane::tr("Cancel")};
     if (ui.runAlert(alert) == AlertDefault)
         ui.openUrl(m_downloadUrl);

@@ -14,12 +14,16 @@ class UpdateCheck {
 public:
     static constexpr int DefaultTimeoutMs = 15000;
     static constexpr const char *VersionKey = "KorvaneOSX";
+    // The version list is a few hundred bytes; a reply longer than this is no version list.
+    static constexpr qsizetype MaxReplyBytes = 64 * 1024;
 
     // Addresses from $KORVANE_UPDATE_URL and $KORVANE_DOWNLOAD_URL, else the built-in ones; the
     // installed version is this program's own.
     UpdateCheck();
 
     static QString programVersion();
+    // The listed version as the newer-version panel shows it: a long one is cut short.
+    static QString shownVersion(const QString &version);
 
     QUrl versionListUrl() const { return m_versionListUrl; }
     QUrl downloadUrl() const { return m_downloadUrl; }
@@ -30,7 +34,8 @@ public:
     void setInstalledVersion(const QString &version) { m_installedVersion = version; }
     void setTimeoutMs(int ms) { m_timeoutMs = ms; }
 
-    // The version list as a dictionary; nullopt for every network, HTTP or parse failure.
+    // The version list as a dictionary; nullopt for every network, HTTP or parse failure and for
+    // a reply longer than MaxReplyBytes.
     std::optional<QVariantMap> fetchVersionList() const;
 
     // The whole command: fetch, compare, tell the user, open the download page when asked.

@@ -9,6 +9,8 @@ namespace korvane {
 
 // A modal alert. With addedButtons NO the first button is the default (answer 1) and the second
 // the alternate (answer 0); with addedButtons YES the buttons answer 1000, 1001, 1002 in order.
+// Every text is plain text and every implementation shows it as such, never as rich text or
+// markup: messages carry file names, paths and text from the network.
 struct Alert {
     enum Style { Warning = 0, Informational = 1, Critical = 2 };
     QString title; // window title; empty for the platform's default
@@ -19,7 +21,13 @@ struct Alert {
     Style style = Warning;
 };
 
-enum AlertAnswer { AlertDefault = 1, AlertAlternate = 0, AlertFirst = 1000, AlertSecond = 1001, AlertThird = 1002 };
+enum AlertAnswer {
+    AlertDefault = 1,
+    AlertAlternate = 0,
+    AlertFirst = 1000,
+    AlertSecond = 1001,
+    AlertThird = 1002
+};
 
 struct SavePanelRequest {
     QString directory; // expanded
@@ -28,7 +36,7 @@ struct SavePanelRequest {
 };
 
 struct OpenPanelRequest {
-    QString directory; // expanded
+    QString directory;        // expanded
     QStringList allowedTypes; // extensions; empty: any
     bool canChooseFiles = true;
     bool canChooseDirectories = false;

@@ -2,19 +2,21 @@
 
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
+#include "platform/SystemLog.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 
 #include <PluginLibraryBuilder.h>
+#include <QDateTime>
 #include <QDir>
+#include <QSet>
 
 using namespace korvane;
 
 namespace {
 
 // Registry entries as the property list holds them.
-QVariantList plist(const QList<QStringList> &entries)
-{
+QVariantList plist(const QList<QStringList> &entries) {
     QVariantList list;
     for (const QStringList &entry : entries)
         list.append(QVariant(QVariantList(entry.begin(), entry.end())));
@@ -23,27 +25,35 @@ QVariantList plist(const QList<QStringList> &entries)
 
 const QString kSupport = QStringLiteral("Library/Application Support/Korvane");
 
+// The copies of a damaged file kept beside it, as paths.
+QStringList keptFiles(const QString &file) {
+    const QFileInfo info(file);
+    QStringList kept;
+    for (const QString &name :
+         QDir(info.absolutePath()).entryList({info.fileName() + ".damaged-*"}))
+        kept << info.absolutePath() + "/" + name;
+    return kept;
+}
+
 } // namespace
 
 class ContentRegistryTest : public TestRoots {
 protected:
-    void SetUp() override
-    {
+    void SetUp() override {
         TestRoots::SetUp();
         QDir().mkpath(homePath("Library/Application Support")); // there on every real system
     }
     QString userFile() const { return homePath(kSupport + "/content.plist"); }
+    QStringList keptFiles() const { return ::keptFiles(userFile()); }
     std::optional<QVariantList> userEntries() const { return PropertyList::readArray(userFile()); }
 };
 
-TEST_F(ContentRegistryTest, NoFileAnywhereLeavesAnEmptyUserFile)
-{
+TEST_F(ContentRegistryTest, NoFileAnywhereLeavesAnEmptyUserFile) {
     AppServices services;
     EXPECT_EQ(userEntries(), QVariantList());
 }
 
-TEST_F(ContentRegistryTest, SystemFileIsUsedAndCopiedToTheUserOnFirstSave)
-{
+TEST_F(ContentRegistryTest, SystemFileIsUsedAndCopiedToTheUserOnFirstSave) {
     writeText(rootPath(kSupport + "/content.plist"),
               PropertyList::toXml(plist({{"A", "/x"}, {"B", "/y"}})));
     AppServices services;
@@ -53,32 +63,65 @@ TEST_F(ContentRegistryTest, SystemFileIsUsedAndCopiedToTheUserOnFirstSave)
     EXPECT_EQ(userEntries(), plist({{"A", "/x"}, {"B", "/y"}, {"C", "/z"}}));
 }
 
-TEST_F(ContentRegistryTest, DuplicatesMalformedEntriesAndFailedWrites)
-{
+TEST_F(ContentRegistryTest, DuplicatesAndMalformedEntries) {
     // Only the first entry with a key is seen; what is not a list of strings is left out.
     const QVariantList bad{QVariantList{"A", qint64(5)}, "loose", QVariantList(), QVariantMap()};
-    writeText(userFile(), PropertyList::toXml(bad + plist({{"B"}, {"A", "/1"}, {"A", "/2"}})));
+    const QByteArray original = PropertyList::toXml(bad + plist({{"B"}, {"A", "/1"}, {"A", "/2"}}));
+    writeText(userFile(), original);
     AppServices services;
     EXPECT_EQ(services.contentRegistry(), QList<QStringList>({{"B"}, {"A", "/1"}, {"A", "/2"}}));
     EXPECT_EQ(services.getContentForKey("A"), QStringList({"A", "/1"}));
     services.saveContent({"A", "/3"});
     EXPECT_EQ(userEntries(), plist({{"B"}, {"A", "/3"}, {"A", "/2"}}));
-
-    writeText(userFile(), "<?xml version=\"1.0\"?><plist><array><array><string>A");
-    services.initContent(); // garbage reads as no file
-    EXPECT_TRUE(services.contentRegistry().isEmpty());
-    EXPECT_EQ(userEntries(), QVariantList());
-
-    ImmutableGuard guard(homePath(kSupport));
-    if (!guard.ok())
-        GTEST_SKIP() << "chattr not supported here";
-    services.saveContent({"A", "/a"}); // the change stays in memory
-    EXPECT_EQ(userEntries(), QVariantList());
-    EXPECT_EQ(services.getContentForKey("A"), QStringList({"A", "/a"}));
+    // What was left out is not lost with the rewrite.
+    const QStringList kept = keptFiles();
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_EQ(readText(kept.first()), QString::fromUtf8(original));
 }
 
-TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
-{
+TEST_F(ContentRegistryTest, DamagedFileIsKeptUnderAFreeDatedNameOrNotReplaced) {
+    // Names a keep in the next seconds would choose are taken already.
+    const QString support = homePath(kSupport);
+    QStringList taken;
+    const QDateTime now = QDateTime::currentDateTime();
+    for (int second = 0; second < 3; ++second) {
+        taken << userFile() + ".damaged-" + now.addSecs(second).toString("yyyy-MM-ddTHH-mm-ss");
+        writeText(taken.last(), "taken");
+    }
+    const QByteArray garbage = "<?xml version=\"1.0\"?><plist><array><array><string>A";
+    writeText(userFile(), garbage);
+    SystemLogCapture log;
+    AppServices services; // garbage reads as no file
+    EXPECT_TRUE(services.contentRegistry().isEmpty());
+    EXPECT_EQ(userEntries(), QVariantList());
+    const QStringList kept = keptFiles();
+    ASSERT_EQ(kept.size(), 4);
+    for (const QString &name : taken)
+        EXPECT_EQ(readText(name), "taken");
+    const QString keptAs =
+        (QSet<QString>(kept.begin(), kept.end()) - QSet<QString>(taken.begin(), taken.end()))
+            .values()
+            .value(0);
+    EXPECT_TRUE(keptAs.endsWith("-2")) << keptAs.toStdString();
+    EXPECT_EQ(readText(keptAs), QString::fromUtf8(garbage));
+    const QString line = "Could not read " + userFile() + "; kept it as " + keptAs;
+    EXPECT_EQ(log.lines(), QStringList{line});
+    EXPECT_EQ(services.logText(), line + "\n");
+
+    // Where it cannot be moved aside it is left alone, and so are the changes after it.
+    writeText(userFile(), garbage);
+    ImmutableGuard guard(support);
+    if (!guard.ok())
+        GTEST_SKIP() << "chattr not supported here";
+    services.initContent();
+    services.saveContent({"A", "/a"}); // the change stays in memory
+    EXPECT_EQ(readText(userFile()), QString::fromUtf8(garbage));
+    EXPECT_EQ(services.getContentForKey("A"), QStringList({"A", "/a"}));
+    EXPECT_EQ(log.lines().mid(1), QStringList(2, "Could not read " + userFile() +
+                                                     " nor move it aside; left it as it is"));
+}
+
+TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths) {
     const QString components = Locations::expand("/Library/Audio/Plug-Ins/Components");
     const QStringList scan{"Other", "Shared", "Shared/Lib", "Shared/Lib/x", "Shared/Lib2"};
     {
@@ -99,8 +142,7 @@ TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
     EXPECT_EQ(services.removeContentPaths(0, scan), scan);
 }
 
-TEST_F(ContentRegistryTest, PackagesCollapseWithTheirContentsOnly)
-{
+TEST_F(ContentRegistryTest, PackagesCollapseWithTheirContentsOnly) {
     PluginLibraryBuilder::makeVST(Locations::folderPath(3, 0), "A.vst", MachO::intel());
     PluginLibraryBuilder::makeFolder(Locations::folderPath(3, 0) + "/Sub");
     AppServices services;
@@ -111,8 +153,7 @@ TEST_F(ContentRegistryTest, PackagesCollapseWithTheirContentsOnly)
               QStringList({"A.vst", "A.vst copy", "A.vst2.vst", "B.vst", "Sub", "Sub/C"}));
 }
 
-TEST_F(ContentRegistryTest, FullPathsAndCreatedFoldersStayInsideTheRoots)
-{
+TEST_F(ContentRegistryTest, FullPathsAndCreatedFoldersStayInsideTheRoots) {
     AppServices services;
     EXPECT_EQ(services.getFullPath("X", 1, 3),
               homePath("Library/Application Support/Digidesign/Plug-Ins (Disabled)/X"));
@@ -128,8 +169,7 @@ TEST_F(ContentRegistryTest, FullPathsAndCreatedFoldersStayInsideTheRoots)
     EXPECT_FALSE(QFileInfo::exists(rootPath("escape")));
 }
 
-TEST_F(ContentRegistryTest, CreateFoldersMakesTheParentsOnlyAndIgnoresFailures)
-{
+TEST_F(ContentRegistryTest, CreateFoldersMakesTheParentsOnlyAndIgnoresFailures) {
     AppServices services;
     QDir().mkpath(rootPath("a"));
     services.createFolders(rootPath("a/b/c/file"));
@@ -149,17 +189,23 @@ protected:
     void writeGroups(const QVariantList &g) { writeText(groupsFile(), PropertyList::toXml(g)); }
 };
 
-TEST_F(GroupRegistryTest, LoadingForcesTheEmptyFirstEntry)
-{
+TEST_F(GroupRegistryTest, LoadingForcesTheEmptyFirstEntryAndKeepsWhatItCouldNotRead) {
     EXPECT_EQ(AppServices().getGroups(), QStringList({""}));
     writeGroups({"New Group", "Drums"});
     EXPECT_EQ(AppServices().getGroups(), QStringList({"", "Drums"}));
-    writeGroups({"", "Drums", qint64(3)}); // anything but names reads as no file
-    EXPECT_EQ(AppServices().getGroups(), QStringList({""}));
+    writeGroups({"", "Drums", qint64(3)}); // anything but names reads as no file...
+    const QByteArray original = readText(groupsFile()).toUtf8();
+    AppServices services;
+    EXPECT_EQ(services.getGroups(), QStringList({""}));
+    services.saveGroupRegistry(); // ...and is kept before it is replaced
+    EXPECT_EQ(PropertyList::readStringArray(groupsFile()), QStringList({""}));
+    const QStringList kept = keptFiles(groupsFile());
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_EQ(readText(kept.first()).toUtf8(), original);
+    EXPECT_TRUE(services.logText().contains(kept.first()));
 }
 
-TEST_F(GroupRegistryTest, EditsRenumberEditorMenuAndFile)
-{
+TEST_F(GroupRegistryTest, EditsRenumberEditorMenuAndFile) {
     writeGroups({"", "G1", "G2"});
     AppServices services;
     services.addGroupEntry();
@@ -167,6 +213,12 @@ TEST_F(GroupRegistryTest, EditsRenumberEditorMenuAndFile)
     services.groupTableSetObjectValue("Drums", 2);
     services.setGroupByIndex(4, "Synths"); // one past the last: appended
     EXPECT_EQ(services.groupMenuTitles(), QStringList({"G1", "G2", "Drums", "Synths"}));
+    int changes = 0;
+    QObject::connect(&services, &AppServices::groupsChanged, [&] { ++changes; });
+    for (int row : {-1, -7, 4}) // no selection, or none that exists: nothing shifts
+        services.removeGroupEntry(row);
+    EXPECT_EQ(services.getGroups(), QStringList({"", "G1", "G2", "Drums", "Synths"}));
+    EXPECT_EQ(changes, 0);
     services.removeGroupEntry(0);
     EXPECT_EQ(services.numberOfRowsInGroupTable(), 3);
     EXPECT_EQ(services.groupTableObjectValue(0), "G2");
@@ -185,8 +237,7 @@ TEST_F(GroupRegistryTest, EditsRenumberEditorMenuAndFile)
 
 class FileErrorTest : public TestRoots {};
 
-TEST_F(FileErrorTest, OnlyProceedCarriesOn)
-{
+TEST_F(FileErrorTest, OnlyProceedCarriesOn) {
     ScriptedUi ui;
     ui.alertAnswers << AlertAlternate << AlertDefault << AlertFirst;
     AppServices services;

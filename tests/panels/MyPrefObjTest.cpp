@@ -1,11 +1,15 @@
 #include "panels/MyPrefObj.h"
 
+#include "platform/Locations.h"
 #include "platform/PropertyList.h"
 #include "platform/SharedInstances.h"
+#include "platform/SystemLog.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 
 #include <QDir>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace korvane {
 namespace {
@@ -14,15 +18,13 @@ const QString kPlist = QStringLiteral("Library/Preferences/com.velmora.Korvane.p
 
 class MyPrefObjTest : public TestRoots {
 protected:
-    QVariantMap stored() const
-    {
+    QVariantMap stored() const {
         return PropertyList::readDictionary(homePath(kPlist)).value_or(QVariantMap());
     }
     ScriptedUi ui;
 };
 
-TEST_F(MyPrefObjTest, FirstLaunchSeedsTheDefaults)
-{
+TEST_F(MyPrefObjTest, FirstLaunchSeedsTheDefaults) {
     MyPrefObj *pref = MyPrefObj::getPref();
     QVariantMap seed;
     for (int type = 0; type < 4; ++type) {
@@ -41,8 +43,7 @@ TEST_F(MyPrefObjTest, FirstLaunchSeedsTheDefaults)
     EXPECT_EQ(stored(), seed); // all off but On, and no AUScanSubfolders
 }
 
-TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeavesAllOff)
-{
+TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeavesAllOff) {
     QDir().mkpath(rootPath("Library/Preferences"));
     const QVariantMap machineWide{{"VSTOn", true}, {"RTASOn", false}};
     ASSERT_TRUE(PropertyList::writeXml(rootPath(kPlist), machineWide));
@@ -53,7 +54,15 @@ TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeave
     EXPECT_FALSE(pref->isTypeActive(0)); // never seeded
     EXPECT_FALSE(pref->scanSubpaths(2));
 
+    // One that cannot be read is no template: the defaults are seeded.
     ASSERT_TRUE(QFile::remove(homePath(kPlist)));
+    writeText(rootPath(kPlist), "<plist><dict><key>AUOn</key>");
+    resetSharedInstances();
+    EXPECT_TRUE(MyPrefObj::getPref()->isTypeActive(TypeAU));
+    EXPECT_EQ(readText(rootPath(kPlist)), "<plist><dict><key>AUOn</key>");
+
+    ASSERT_TRUE(QFile::remove(homePath(kPlist)));
+    ASSERT_TRUE(PropertyList::writeXml(rootPath(kPlist), machineWide));
     ImmutableGuard guard(homePath("Library/Preferences"));
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
@@ -66,8 +75,7 @@ TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeave
     }
 }
 
-TEST_F(MyPrefObjTest, OutOfRangeTypeAnswersNoAndStoresNothing)
-{
+TEST_F(MyPrefObjTest, OutOfRangeTypeAnswersNoAndStoresNothing) {
     MyPrefObj *pref = MyPrefObj::getPref();
     pref->defaults()->setObjects({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
     const QString before = readText(homePath(kPlist));
@@ -83,22 +91,97 @@ TEST_F(MyPrefObjTest, OutOfRangeTypeAnswersNoAndStoresNothing)
     EXPECT_EQ(readText(homePath(kPlist)), before);
 }
 
-TEST_F(MyPrefObjTest, ReadsSeeTheFileAsItIsNow)
-{
-    writeText(homePath(kPlist), "<?xml version=\"1.0\"?><plist><dict><key>AUOn</key>");
+TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsent) {
+    QDir().mkpath(homePath("Library/Preferences"));
+    const QVariantMap machineWide{{"VSTOn", true}};
+    const struct {
+        QByteArray bytes;
+        bool machineWide;
+    } cases[] = {
+        {"<?xml version=\"1.0\"?><plist><dict><key>AUOn</key>", false},
+        {PropertyList::toXml(QVariantList{"AUOn", true}), false}, // not a dictionary
+        {QByteArray("bplist00\0\xff\x13", 11), false},
+        {"", true},
+        {PropertyList::toXml(QVariantList{}), true},
+    };
+    for (const auto &c : cases) {
+        resetSharedInstances(); // the next launch
+        QDir(homePath("Library/Preferences")).removeRecursively();
+        QFile::remove(rootPath(kPlist));
+        if (c.machineWide)
+            writeText(rootPath(kPlist), PropertyList::toXml(machineWide));
+        writeText(homePath(kPlist), c.bytes);
+        SystemLogCapture log;
+        MyPrefObj *pref = MyPrefObj::getPref();
+        const QStringList kept = QDir(homePath("Library/Preferences"))
+                                     .entryList({"com.velmora.Korvane.plist.damaged-*"});
+        ASSERT_EQ(kept.size(), 1) << c.bytes.toStdString();
+        const QString keptPath = homePath("Library/Preferences/" + kept.first());
+        QFile file(keptPath);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(file.readAll(), c.bytes);
+        EXPECT_EQ(log.lines(),
+                  QStringList{"Could not read " + homePath(kPlist) + "; kept it as " + keptPath});
+        // Seeded or copied from the machine-wide file, as on a first launch.
+        EXPECT_EQ(pref->isTypeActive(TypeAU), !c.machineWide) << c.bytes.toStdString();
+        EXPECT_TRUE(pref->isTypeActive(TypeVST));
+        EXPECT_EQ(stored().value("VSTOn"), QVariant(true));
+    }
+
+    // A file that cannot be moved aside is not replaced; the defaults hold in memory only.
+    resetSharedInstances();
+    QDir(homePath("Library/Preferences")).removeRecursively();
+    const QByteArray garbage = "not a property list";
+    writeText(homePath(kPlist), garbage);
+    ImmutableGuard guard(homePath("Library/Preferences"));
+    if (!guard.ok())
+        GTEST_SKIP() << "chattr +i not supported here";
+    SystemLogCapture log;
     MyPrefObj *pref = MyPrefObj::getPref();
-    EXPECT_FALSE(pref->isTypeActive(0)); // unreadable: empty
-    pref->setDefaultSet(2, "/sets/a.maskorv");
-    pref->setDefaultType(3);
-    EXPECT_EQ(stored(), (QVariantMap{{"MASDefaultSet", "/sets/a.maskorv"}, {"ActiveTabView", 3}}));
-    // Another process (the command-line tool) rewrites the file.
-    ASSERT_TRUE(PropertyList::writeXml(homePath(kPlist), QVariantMap{{"MASOn", true}}));
-    EXPECT_TRUE(pref->isTypeActive(2));
-    EXPECT_EQ(pref->getDefaultSet(2), QString());
+    pref->setDefaultType(TypeVST); // as at quit
+    EXPECT_EQ(readText(homePath(kPlist)).toUtf8(), garbage);
+    for (int type = 0; type < 4; ++type)
+        EXPECT_TRUE(pref->isTypeActive(type));
+    EXPECT_EQ(pref->getDefaultType(), TypeVST);
+    // Said once, not at every write.
+    EXPECT_EQ(log.lines(), QStringList{"Could not read " + homePath(kPlist) +
+                                       " nor move it aside; left it as it is"});
 }
 
-TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack)
-{
+TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged) {
+    MyPrefObj *pref = MyPrefObj::getPref();
+    pref->setDefaultSet(TypeMAS, "/sets/a.maskorv");
+    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/a.maskorv"));
+
+    // Rewritten in place with the same size and time: the cached values are what is read.
+    struct stat before;
+    ASSERT_EQ(::stat(QFile::encodeName(homePath(kPlist)).constData(), &before), 0);
+    {
+        QFile file(homePath(kPlist));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        QByteArray bytes = file.readAll();
+        bytes.replace("/sets/a.maskorv", "/sets/b.maskorv");
+        file.seek(0);
+        file.write(bytes);
+    }
+    const struct timespec times[2] = {before.st_atim, before.st_mtim};
+    ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(homePath(kPlist)).constData(), times, 0), 0);
+    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/a.maskorv"));
+
+    // Any change of time is a new version.
+    struct timespec later[2] = {before.st_atim, before.st_mtim};
+    later[1].tv_nsec = (later[1].tv_nsec + 1) % 1000000000;
+    ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(homePath(kPlist)).constData(), later, 0), 0);
+    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/b.maskorv"));
+
+    // Another process (the command-line tool) replaces the file.
+    ASSERT_TRUE(PropertyList::writeXml(homePath(kPlist), QVariantMap{{"MASOn", true}}));
+    EXPECT_TRUE(pref->isTypeActive(TypeMAS));
+    EXPECT_FALSE(pref->isTypeActive(TypeAU));
+    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString());
+}
+
+TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack) {
     MyPrefObj *pref = MyPrefObj::getPref();
     QVariantMap expected{{"SUCheckAtStartup", pref->controls.checkForUpdates = true}};
     for (int type = 0; type < 4; ++type) {
@@ -129,8 +212,7 @@ TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack)
     EXPECT_EQ(asked, (QList<QPair<int, bool>>{{0, false}, {1, false}, {2, true}, {3, false}}));
 }
 
-TEST_F(MyPrefObjTest, SetDocumentPanelFiltersByTabAndAlwaysStores)
-{
+TEST_F(MyPrefObjTest, SetDocumentPanelFiltersByTabAndAlwaysStores) {
     MyPrefObj *pref = MyPrefObj::getPref();
     pref->controls.selectedTab = 2;
     pref->controls.types[1].moveContent = true;

@@ -5,6 +5,7 @@
 #include "managers/MyRTASObj.h"
 #include "managers/MyVSTObj.h"
 #include "platform/PropertyList.h"
+#include "platform/SystemLog.h"
 #include "shell/MyMainObj.h"
 
 #include <QDir>
@@ -16,8 +17,7 @@ namespace korvane {
 
 class StartUp : public ShellTest {
 protected:
-    void SetUp() override
-    {
+    void SetUp() override {
         ShellTest::SetUp();
         QDir().mkpath(homePath("Library/Application Support"));
         QDir().mkpath(homePath("Documents"));
@@ -27,8 +27,7 @@ protected:
         placePlugin(TypeVST, "Delta.vst");
     }
     // The names each manager holds, AU to VST.
-    static QStringList names()
-    {
+    static QStringList names() {
         QStringList all;
         for (int type = 0; type < TypeCount; ++type)
             for (const AUItemPtr &item : TypeManager::forType(type)->plugins)
@@ -38,8 +37,7 @@ protected:
     QString alpha;
 };
 
-TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
-{
+TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist) {
     const QString auSet = homePath("Documents/Mix.aukorv");
     const QString vstSet = homePath("Documents/Live.vstkorv");
     {
@@ -74,8 +72,7 @@ TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
     EXPECT_TRUE(ui.alerts.isEmpty() && ui.missingItemsLists.isEmpty());
 }
 
-TEST_F(StartUp, SwitchedOffTypesAreNotScannedButQuitSavesAllFour)
-{
+TEST_F(StartUp, SwitchedOffTypesAreNotScannedButQuitSavesAllFour) {
     AppContext &ctx = makeContext();
     setTypeOn(TypeRTAS, false);
     setTypeOn(TypeMAS, false);
@@ -93,21 +90,66 @@ TEST_F(StartUp, SwitchedOffTypesAreNotScannedButQuitSavesAllFour)
     ctx.main()->selectTabAtIndex(0);
     ctx.main()->applicationWillTerminate();
     const QString support = homePath("Library/Application Support/Korvane/");
-    for (const char *file : {"groups.plist", "augroups.plist", "rtasgroups.plist",
-                             "masgroups.plist", "vstgroups.plist", "ausets.plist",
-                             "rtassets.plist", "massets.plist", "vstsets.plist"})
+    for (const char *file :
+         {"groups.plist", "augroups.plist", "rtasgroups.plist", "masgroups.plist",
+          "vstgroups.plist", "ausets.plist", "rtassets.plist", "massets.plist", "vstsets.plist"})
         EXPECT_TRUE(QFileInfo::exists(support + file)) << file;
     EXPECT_EQ(PropertyList::readArray(support + "augroups.plist"),
               QVariantList({"Alpha.component", ""}));
     EXPECT_EQ(ctx.pref()->getDefaultType(), TypeAU);
 }
 
+// Whatever the data files hold, each is kept beside itself before quitting replaces it, and the
+// log says so; a garbage preferences file switches nothing off.
+TEST_F(StartUp, DamagedDataFilesAreKeptBeforeAnythingReplacesThem) {
+    const QString support = homePath("Library/Application Support/Korvane/");
+    const QList<QPair<QString, QByteArray>> damaged = {
+        {homePath("Library/Preferences/com.velmora.Korvane.plist"), "<plist><dict><key>AUOn"},
+        {support + "content.plist", PropertyList::toXml(QVariantMap{{"Echo.vst", "/Presets"}})},
+        {support + "groups.plist", PropertyList::toXml(QVariantList{"", "Drums", qint64(7)})},
+        {support + "ausets.plist", QByteArray("bplist00\0\x01", 10)},
+        {support + "rtassets.plist", PropertyList::toXml(QVariantList{"no set", QVariantList{}})},
+        {support + "massets.plist", ""},
+        {support + "vstsets.plist", "<?xml version=\"1.0\"?><plist><array><string>/a"},
+        {support + "augroups.plist",
+         PropertyList::toXml(QVariantMap{{"Alpha.component", "Drums"}})},
+        {support + "rtasgroups.plist", "\xff\xfe<"},
+        {support + "masgroups.plist", "<plist><array>"},
+        {support + "vstgroups.plist", "{}"},
+    };
+    for (const auto &[path, bytes] : damaged)
+        writeText(path, bytes);
+
+    SystemLogCapture log;
+    AppContext &ctx = makeContext();
+    ctx.awakeFromNib();
+    ctx.main()->applicationDidFinishLaunching();
+    EXPECT_EQ(ctx.main()->tabIdentifiers(), QStringList({"tabAU", "tabRTAS", "tabMAS", "tabVST"}));
+    EXPECT_EQ(names(), QStringList({"Alpha.component", "Beta.rtas", "Gamma.bundle", "Delta.vst"}));
+    ctx.main()->applicationWillTerminate();
+
+    for (const auto &[path, bytes] : damaged) {
+        const QFileInfo info(path);
+        const QStringList kept =
+            QDir(info.absolutePath()).entryList({info.fileName() + ".damaged-*"});
+        ASSERT_EQ(kept.size(), 1) << path.toStdString();
+        const QString keptPath = info.absolutePath() + "/" + kept.first();
+        QFile file(keptPath);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(file.readAll(), bytes) << path.toStdString();
+        EXPECT_TRUE(PropertyList::read(path)) << path.toStdString(); // replaced by a good one
+        const QString line = "Could not read " + path + "; kept it as " + keptPath;
+        EXPECT_TRUE(log.contains(line)) << line.toStdString();
+        EXPECT_TRUE(ctx.main()->logText().contains(line + "\n")) << line.toStdString();
+    }
+    EXPECT_EQ(log.lines().size(), damaged.size());
+}
+
 // --- Tabs ----------------------------------------------------------------------------------------
 
 class Tabs : public ShellTest {
 protected:
-    MyMainObj *loadWith(std::array<bool, 4> on, int activeTab = 0)
-    {
+    MyMainObj *loadWith(std::array<bool, 4> on, int activeTab = 0) {
         makeContext();
         for (int type = 0; type < TypeCount; ++type)
             setTypeOn(type, on[type]);
@@ -116,8 +158,7 @@ protected:
         return context->main();
     }
     // The On check box of a format's preferences tab, clicked.
-    QStringList click(int type, bool on)
-    {
+    QStringList click(int type, bool on) {
         context->pref()->controls.selectedTab = type + 1;
         context->pref()->controls.types[type].on = on;
         context->main()->setTabView(on ? 1 : 0);
@@ -125,8 +166,7 @@ protected:
     }
 };
 
-TEST_F(Tabs, InsertionFollowsTheNearestSwitchedOnPredecessorsTypeIndex)
-{
+TEST_F(Tabs, InsertionFollowsTheNearestSwitchedOnPredecessorsTypeIndex) {
     MyMainObj *main = loadWith({true, false, false, false});
     EXPECT_EQ(click(TypeVST, true), QStringList({"tabAU", "tabVST"}));
     EXPECT_EQ(main->labelAt(1), "VST");
@@ -141,8 +181,7 @@ TEST_F(Tabs, InsertionFollowsTheNearestSwitchedOnPredecessorsTypeIndex)
     EXPECT_EQ(click(TypeVST, true), QStringList({"tabRTAS", "tabMAS", "tabVST"}));
 }
 
-TEST_F(Tabs, SwitchingOffAndOnAgainRestoresTheKeptPageAndSomeTabStaysInFront)
-{
+TEST_F(Tabs, SwitchingOffAndOnAgainRestoresTheKeptPageAndSomeTabStaysInFront) {
     MyMainObj *main = loadWith({true, true, true, true}, TypeMAS);
     EXPECT_EQ(click(TypeMAS, false), QStringList({"tabAU", "tabRTAS", "tabVST"}));
     EXPECT_TRUE(main->hasKeptView(TypeMAS));
@@ -169,8 +208,7 @@ TEST_F(Tabs, SwitchingOffAndOnAgainRestoresTheKeptPageAndSomeTabStaysInFront)
 
 class Routing : public ShellTest {
 protected:
-    void SetUp() override
-    {
+    void SetUp() override {
         ShellTest::SetUp();
         placePlugin(TypeAU, "Alpha.component");
         delta = placePlugin(TypeVST, "Delta.vst");
@@ -186,8 +224,7 @@ protected:
     MyMainObj *main = nullptr;
 };
 
-TEST_F(Routing, CommandsGoToTheManagerInFrontOrToAudioUnitsWithoutTabs)
-{
+TEST_F(Routing, CommandsGoToTheManagerInFrontOrToAudioUnitsWithoutTabs) {
     main->setActiveType(TypeVST);
     main->setAllInactive();
     EXPECT_FALSE(active(context->vst()));
@@ -209,18 +246,17 @@ TEST_F(Routing, CommandsGoToTheManagerInFrontOrToAudioUnitsWithoutTabs)
     EXPECT_EQ(ui.savePanels.value(1).fileName, "untitled.aukorv");
 }
 
-TEST_F(Routing, DeleteAsksFirstAndOnlyMoveToTrashDeletes)
-{
+TEST_F(Routing, DeleteAsksFirstAndOnlyMoveToTrashDeletes) {
     main->setActiveType(TypeVST);
     context->vst()->selectRows({0}, 0);
     ui.alertAnswers << AlertDefault << AlertAlternate;
     main->deleteItem();
     ASSERT_EQ(ui.alerts.size(), 1);
     EXPECT_EQ(ui.alerts[0].style, Alert::Informational);
-    EXPECT_EQ(texts(ui.alerts[0]),
-              QStringList({"", "Move to trash",
-                           "Do you want to move the selected Plug-Ins to trash?",
-                           "cancel|move to trash"}));
+    EXPECT_EQ(
+        texts(ui.alerts[0]),
+        QStringList({"", "Move to trash", "Do you want to move the selected Plug-Ins to trash?",
+                     "cancel|move to trash"}));
     EXPECT_TRUE(QFileInfo::exists(delta));
     EXPECT_EQ(context->vst()->plugins.size(), 1);
 
@@ -231,8 +267,7 @@ TEST_F(Routing, DeleteAsksFirstAndOnlyMoveToTrashDeletes)
     EXPECT_EQ(context->au()->plugins.size(), 1);
 }
 
-TEST_F(Routing, ArchitectureColumnNotImplementedAndLogMenuItem)
-{
+TEST_F(Routing, ArchitectureColumnNotImplementedAndLogMenuItem) {
     main->setActiveType(TypeVST);
     main->showPlattform(TypeAU, true); // by the type given, not the tab in front
     EXPECT_TRUE(context->au()->columns().contains("AUType"));
