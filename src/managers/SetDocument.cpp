@@ -110,8 +110,8 @@ std::optional<QByteArray> readOnce(const QString &path, QString *problem) {
 } // namespace
 
 QByteArray SetDocument::encode(const QList<AUItemPtr> &items) {
-    // The original program archives its flags as two constant strings, one instance each, so
-    // every flag after the first of its kind is a reference; documents match it byte for byte.
+    // The two flag strings are archived once each and referenced after that: the layout that
+    // existing set documents have, byte for byte.
     const ArchivedObjectPtr yes = TypedStreamWriter::makeString(QStringLiteral("YES"));
     const ArchivedObjectPtr no = TypedStreamWriter::makeString(QStringLiteral("NO"));
     QList<ArchivedObjectPtr> elements;

@@ -21,9 +21,7 @@
 #include <QProcess>
 #include <QThread>
 
-#include <signal.h>
 #include <sys/stat.h>
-#include <sys/types.h>
 
 namespace korvane {
 namespace {
@@ -411,8 +409,8 @@ TEST_F(KorvaneCmdTest, ReportingCommandsChangeNothingOnDisk) {
             << arguments.join(' ').toStdString() << ": " << run.err.toStdString();
         EXPECT_EQ(snapshot(true), before) << arguments.join(' ').toStdString();
     }
-    EXPECT_EQ(tool({"list", "--format", "au"}).out.count('\n'),
-              4); // scanned without making folders
+    // Scanned without making the missing folders.
+    EXPECT_EQ(tool({"list", "--format", "au"}).out.count('\n'), 4);
     EXPECT_EQ(tool({"show-set", set}).out.count('\n'), 5);
 }
 
@@ -516,6 +514,16 @@ TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheL
     EXPECT_EQ(after.exitCode, 0) << after.err.toStdString();
     EXPECT_EQ(after.out, "disabled Alpha.component\n");
     EXPECT_FALSE(QFile::exists(LibraryLock::lockFilePath()));
+
+    // Where no lock can be made, nothing moves either.
+    ImmutableGuard guard(support);
+    if (!guard.ok())
+        return;
+    const ToolRun unlockable = tool({"enable", "--format", "au", "Alpha"}, briefly);
+    EXPECT_EQ(unlockable.exitCode, 1);
+    EXPECT_TRUE(unlockable.err.contains(LibraryLock::lockFilePath()))
+        << unlockable.err.toStdString();
+    EXPECT_TRUE(isWholeBundle(au(LocSystemDisabled, "Alpha.component")));
 }
 
 TEST(ProgramExitTest, DecodingASetAndReturningFromMainWithoutAResetExitsCleanly) {
