@@ -29,11 +29,14 @@ private:
     int saveSet(CliSession &session, const Options &options);
     int showSet(const Options &options);
 
-    // Leaves in place every pending plug-in whose target is where another installed copy lies.
-    void keepInstalledCopies(TypeManager *manager);
+    // Leaves in place every pending plug-in whose target is where another installed copy lies,
+    // with an error for each; how many were left.
+    int keepInstalledCopies(TypeManager *manager);
+    // The library's lock for the rest of the run, or an error saying who holds it.
+    bool lockLibrary(CliSession &session);
     int usageError(const QString &message);
     // Prints one line per plug-in moved and one error per failure; ExitMoveFailed on a failure.
-    int report(const QList<MoveOutcome> &outcomes);
+    int report(int type, const QList<MoveOutcome> &outcomes);
     void printJson(const QJsonArray &array);
     static QList<int> formats(const Options &options); // --format, or all four in order
 

@@ -14,20 +14,19 @@ struct CommandWord {
 };
 
 constexpr CommandWord kCommands[] = {
-    {"list", Options::List},           {"enable", Options::Enable},     {"disable", Options::Disable},
-    {"duplicates", Options::Duplicates}, {"save-set", Options::SaveSet}, {"show-set", Options::ShowSet},
+    {"list", Options::List},        {"enable", Options::Enable},
+    {"disable", Options::Disable},  {"duplicates", Options::Duplicates},
+    {"save-set", Options::SaveSet}, {"show-set", Options::ShowSet},
 };
 
-std::optional<Options::Command> commandFromWord(const QString &word)
-{
+std::optional<Options::Command> commandFromWord(const QString &word) {
     for (const CommandWord &entry : kCommands)
         if (word == QLatin1String(entry.word))
             return entry.command;
     return std::nullopt;
 }
 
-QString commandWord(Options::Command command)
-{
+QString commandWord(Options::Command command) {
     for (const CommandWord &entry : kCommands)
         if (entry.command == command)
             return QLatin1String(entry.word);
@@ -35,24 +34,22 @@ QString commandWord(Options::Command command)
 }
 
 // "-AU", "-rtas", ...: the set options of the launch script, in any case.
-std::optional<int> setOptionType(const QString &arg)
-{
+std::optional<int> setOptionType(const QString &arg) {
     if (!arg.startsWith(QLatin1Char('-')) || arg.startsWith(QLatin1String("--")))
         return std::nullopt;
     return formatFromName(arg.mid(1));
 }
 
-bool takesValue(const QString &name)
-{
-    return name == QLatin1String("--root") || name == QLatin1String("--home")
-           || name == QLatin1String("--format") || setOptionType(name).has_value();
+bool takesValue(const QString &name) {
+    return name == QLatin1String("--root") || name == QLatin1String("--home") ||
+           name == QLatin1String("--format") || setOptionType(name).has_value();
 }
 
-bool isKnownOption(const QString &arg)
-{
+bool isKnownOption(const QString &arg) {
     const QString name = arg.section(QLatin1Char('='), 0, 0);
-    static const QStringList flags{QStringLiteral("--json"), QStringLiteral("--verbose"), QStringLiteral("-v"),
-                                   QStringLiteral("--help"), QStringLiteral("-h"), QStringLiteral("--version"),
+    static const QStringList flags{QStringLiteral("--json"), QStringLiteral("--verbose"),
+                                   QStringLiteral("-v"),     QStringLiteral("--help"),
+                                   QStringLiteral("-h"),     QStringLiteral("--version"),
                                    QStringLiteral("--")};
     return flags.contains(arg) || takesValue(name);
 }
@@ -61,8 +58,7 @@ class Parser {
 public:
     explicit Parser(const QStringList &arguments) : m_args(arguments) {}
 
-    ParsedCommandLine parse()
-    {
+    ParsedCommandLine parse() {
         for (m_index = 0; m_index < m_args.size(); ++m_index)
             step(m_args.at(m_index));
 
@@ -79,14 +75,12 @@ public:
     }
 
 private:
-    void fail(const QString &message)
-    {
+    void fail(const QString &message) {
         if (m_error.isEmpty())
             m_error = message;
     }
 
-    void step(const QString &arg)
-    {
+    void step(const QString &arg) {
         if (m_endOfOptions || !arg.startsWith(QLatin1Char('-')) || arg == QLatin1String("-")) {
             positional(arg);
             return;
@@ -122,16 +116,15 @@ private:
         }
     }
 
-    // The next argument, unless there is none or it is an option itself: "-AU --json" lacks its set.
-    std::optional<QString> nextValue()
-    {
+    // The next argument, unless there is none or it is an option itself: "-AU --json" lacks its
+    // set.
+    std::optional<QString> nextValue() {
         if (m_index + 1 >= m_args.size() || isKnownOption(m_args.at(m_index + 1)))
             return std::nullopt;
         return m_args.at(++m_index);
     }
 
-    static QString valueName(const QString &name)
-    {
+    static QString valueName(const QString &name) {
         if (name == QLatin1String("--format"))
             return QStringLiteral("a format (au, rtas, mas or vst)");
         if (setOptionType(name))
@@ -139,8 +132,7 @@ private:
         return QStringLiteral("a folder");
     }
 
-    void assign(const QString &name, const QString &value)
-    {
+    void assign(const QString &name, const QString &value) {
         auto once = [&](QString &field) {
             if (!field.isEmpty())
                 fail(QStringLiteral("option %1 given twice").arg(name));
@@ -163,8 +155,7 @@ private:
         }
     }
 
-    void positional(const QString &arg)
-    {
+    void positional(const QString &arg) {
         if (!m_commandGiven && !m_endOfOptions) {
             const std::optional<Options::Command> command = commandFromWord(arg);
             if (!command) {
@@ -178,8 +169,7 @@ private:
         m_positional << arg;
     }
 
-    void check()
-    {
+    void check() {
         const Options::Command command = m_options.command;
         const QString word = commandWord(command);
         bool anySet = false;
@@ -192,10 +182,10 @@ private:
         }
 
         const bool formatAllowed = command != Options::Apply && command != Options::ShowSet;
-        const bool formatRequired =
-            command == Options::Enable || command == Options::Disable || command == Options::SaveSet;
-        const bool jsonAllowed =
-            command == Options::List || command == Options::Duplicates || command == Options::ShowSet;
+        const bool formatRequired = command == Options::Enable || command == Options::Disable ||
+                                    command == Options::SaveSet;
+        const bool jsonAllowed = command == Options::List || command == Options::Duplicates ||
+                                 command == Options::ShowSet;
 
         if (command == Options::Apply && !anySet)
             fail(QStringLiteral("nothing to do: give a set (-AU, -RTAS, -MAS, -VST) or a command"));
@@ -245,13 +235,11 @@ private:
 
 } // namespace
 
-ParsedCommandLine parseCommandLine(const QStringList &arguments)
-{
+ParsedCommandLine parseCommandLine(const QStringList &arguments) {
     return Parser(arguments).parse();
 }
 
-QStringList toCommandLine(const Options &options)
-{
+QStringList toCommandLine(const Options &options) {
     if (options.command == Options::Help)
         return {QStringLiteral("--help")};
     if (options.command == Options::Version)
@@ -287,37 +275,39 @@ QStringList toCommandLine(const Options &options)
     return args + positional;
 }
 
-QString formatName(int type)
-{
+QString formatName(int type) {
     switch (type) {
-    case TypeAU: return QStringLiteral("AU");
-    case TypeRTAS: return QStringLiteral("RTAS");
-    case TypeMAS: return QStringLiteral("MAS");
-    case TypeVST: return QStringLiteral("VST");
-    default: return {};
+    case TypeAU:
+        return QStringLiteral("AU");
+    case TypeRTAS:
+        return QStringLiteral("RTAS");
+    case TypeMAS:
+        return QStringLiteral("MAS");
+    case TypeVST:
+        return QStringLiteral("VST");
+    default:
+        return {};
     }
 }
 
-std::optional<int> formatFromName(const QString &name)
-{
+std::optional<int> formatFromName(const QString &name) {
     for (int type = 0; type < TypeCount; ++type)
         if (name.compare(formatName(type), Qt::CaseInsensitive) == 0)
             return type;
     return std::nullopt;
 }
 
-QString versionText()
-{
+QString versionText() {
     return kProgram + QLatin1Char(' ') + QStringLiteral(KORVANE_VERSION);
 }
 
-QString helpText()
-{
+QString helpText() {
     return QStringLiteral(
         "Usage: KorvaneCMD [--root DIR] [--home DIR] [-AU SET] [-RTAS SET] [-MAS SET] [-VST SET]\n"
         "       KorvaneCMD [--root DIR] [--home DIR] COMMAND [--format F] [--json] [ARGUMENT...]\n"
         "\n"
-        "Switches audio plug-ins on and off the way Korvane does: a plug-in is off while it lies in\n"
+        "Switches audio plug-ins on and off the way Korvane does: a plug-in is off while it lies "
+        "in\n"
         "the \" (Disabled)\" folder beside its format's folder.\n"
         "\n"
         "Applying set documents:\n"
@@ -325,18 +315,25 @@ QString helpText()
         "  -RTAS SET    apply an RTAS set document (.rtaskorv)\n"
         "  -MAS SET     apply a MAS set document (.maskorv)\n"
         "  -VST SET     apply a VST set document (.vstkorv)\n"
-        "  For each format given, in the order AU, RTAS, MAS, VST: the format's folders are scanned,\n"
+        "  SET may be a pipe, such as /dev/stdin; each document is read once.\n"
+        "  For each format given, in the order AU, RTAS, MAS, VST: the format's folders are "
+        "scanned,\n"
         "  the set is merged in and every plug-in whose state differs is moved, companion content\n"
-        "  along when the format's move-content preference is on. Each move prints one line,\n"
-        "  \"disabled NAME\" or \"enabled NAME\"; set entries naming no installed plug-in are\n"
-        "  warnings on standard error.\n"
+        "  along when the format's move-content preference is on. Each move prints one line:\n"
+        "  \"enabled NAME\", \"disabled NAME\", \"moved to system NAME\", \"moved to user NAME\", "
+        "or a\n"
+        "  state and a place joined by \"and\". Set entries naming no installed plug-in are\n"
+        "  warnings on standard error. A plug-in whose place holds another installed copy stays\n"
+        "  where it is, as an error.\n"
         "\n"
         "Commands:\n"
-        "  list [--format F] [--json]    every plug-in, all formats unless --format: format, on/off,\n"
+        "  list [--format F] [--json]    every plug-in, all formats unless --format: format, "
+        "on/off,\n"
         "                                system/user, group, architecture, path\n"
         "  enable --format F NAME...     switch on every plug-in of each name and apply\n"
         "  disable --format F NAME...    switch off every plug-in of each name and apply\n"
-        "                                NAME as list shows it (Foo.component); the extension may be\n"
+        "                                NAME as list shows it (Foo.component); the extension may "
+        "be\n"
         "                                left off. An unknown NAME changes nothing.\n"
         "  duplicates [--format F] [--json]\n"
         "                                names installed more than once, with their count\n"
@@ -346,23 +343,29 @@ QString helpText()
         "Options (before or after the command):\n"
         "  --format F      au, rtas, mas or vst, in any case\n"
         "  --json          a JSON array instead of text columns\n"
-        "  --root DIR      the system root, the folder holding Library (default: $KORVANE_ROOT, or /)\n"
+        "  --root DIR      the system root, the folder holding Library (default: $KORVANE_ROOT, or "
+        "/)\n"
         "  --home DIR      the home folder (default: $HOME)\n"
         "  -v, --verbose   also print diagnostics and the questions answered on the way\n"
         "  -h, --help      this text\n"
         "  --version       the version\n"
         "  --              everything after it is an argument, not an option\n"
         "\n"
-        "Exit status: 0 done; 1 a plug-in could not be moved or a file not written (each on\n"
-        "standard error with path and reason); 2 a wrong command line or an unreadable set\n"
-        "document, with nothing changed.\n"
+        "Only one program moves plug-ins at a time: apply, enable and disable wait for another\n"
+        "that is moving them (Korvane or KorvaneCMD), up to $KORVANE_LOCK_WAIT_MS milliseconds\n"
+        "(default 10000). list, duplicates and show-set change nothing on disk and never wait.\n"
+        "\n"
+        "Exit status: 0 done; 1 a plug-in could not be moved, a file not written, or another\n"
+        "program kept the plug-ins locked (each on standard error with path and reason); 2 a\n"
+        "wrong command line or an unreadable set document, with nothing changed.\n"
         "\n"
         "Examples:\n"
         "  KorvaneCMD -AU ~/Documents/Live.aukorv -VST ~/Documents/Live.vstkorv\n"
         "  KorvaneCMD list --format au\n"
         "  KorvaneCMD duplicates --json\n"
         "  KorvaneCMD disable --format vst \"Iris Pad.vst\"\n"
-        "  KorvaneCMD --root /tmp/demo/root --home /tmp/demo/home save-set --format au Live.aukorv\n");
+        "  KorvaneCMD --root /tmp/demo/root --home /tmp/demo/home save-set --format au "
+        "Live.aukorv\n");
 }
 
 } // namespace korvane

@@ -5,7 +5,14 @@
 
 #include <QFile>
 
-#include <optional>
+#include <cerrno>
+#include <cstring>
+#include <map>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace korvane {
 
@@ -14,9 +21,19 @@ namespace {
 // A document of ten thousand plug-ins is about a megabyte; a file far beyond that is not one.
 constexpr qint64 kMaxDocumentSize = 64 * 1024 * 1024;
 
+struct Pin {
+    QList<AUItemPtr> items;
+    int count = 0;
+};
+
+// Never destroyed: a pin may still go while the statics go at exit.
+std::map<QString, Pin> &pins() {
+    static auto *map = new std::map<QString, Pin>();
+    return *map;
+}
+
 // nullopt: not a set document. An empty list: a document of no items.
-std::optional<QList<AUItemPtr>> decodeItems(const QByteArray &bytes)
-{
+std::optional<QList<AUItemPtr>> decodeItems(const QByteArray &bytes) {
     const std::optional<ArchivedObjectPtr> root = TypedStreamReader::read(bytes);
     if (!root || !*root || !(*root)->isArray())
         return std::nullopt;
@@ -32,22 +49,69 @@ std::optional<QList<AUItemPtr>> decodeItems(const QByteArray &bytes)
     return items;
 }
 
-std::optional<QList<AUItemPtr>> readItems(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > kMaxDocumentSize)
-        return std::nullopt;
-    // The size it has, not the limit: a buffer of the limit would cost far more than a set. What
-    // is no plain file has no size to go by and is read up to the limit.
-    return decodeItems(file.read(file.isSequential() ? kMaxDocumentSize : file.size()));
+std::optional<QByteArray> fail(QString *problem, const QString &why) {
+    if (problem)
+        *problem = why;
+    return std::nullopt;
+}
+
+// The bytes of a plain file or a pipe, read once.
+std::optional<QByteArray> readOnce(const QString &path, QString *problem) {
+    // Opening a FIFO for reading would wait for a writer; without blocking it opens at once, and
+    // with nobody writing the first read then finds its end.
+    const int fd =
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0)
+        return fail(problem, QString::fromLocal8Bit(std::strerror(errno)));
+    struct stat info;
+    const bool known = ::fstat(fd, &info) == 0;
+    const int kind = known ? int(info.st_mode & S_IFMT) : 0;
+    if (kind != S_IFREG && kind != S_IFIFO) {
+        ::close(fd);
+        return fail(problem, kind == S_IFDIR ? QStringLiteral("a folder, not a set document")
+                                             : QStringLiteral("not a file or a pipe"));
+    }
+    // A pipe with a writer is read to its end, however slowly the writer sends.
+    const int flags = ::fcntl(fd, F_GETFL);
+    if (flags >= 0)
+        ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+
+    QByteArray bytes;
+    int failure = 0;
+    char buffer[64 * 1024];
+    while (bytes.size() <= kMaxDocumentSize) {
+        const ssize_t got = ::read(fd, buffer, sizeof buffer);
+        if (got < 0 && errno == EAGAIN) {
+            pollfd wait{fd, POLLIN, 0};
+            ::poll(&wait, 1, -1);
+            continue;
+        }
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0) {
+            failure = errno;
+            break;
+        }
+        if (got == 0)
+            break;
+        bytes.append(buffer, got);
+    }
+    ::close(fd);
+    if (failure)
+        return fail(problem, QString::fromLocal8Bit(std::strerror(failure)));
+    if (bytes.size() > kMaxDocumentSize)
+        return fail(problem, QStringLiteral("too large for a set document"));
+    if (bytes.isEmpty() && kind == S_IFIFO)
+        return fail(problem,
+                    QStringLiteral("nothing to read: an empty pipe, or one that nobody writes to"));
+    return bytes;
 }
 
 } // namespace
 
-QByteArray SetDocument::encode(const QList<AUItemPtr> &items)
-{
-    // The original program archives its flags as two constant strings, one instance each, so
-    // every flag after the first of its kind is a reference; documents match it byte for byte.
+QByteArray SetDocument::encode(const QList<AUItemPtr> &items) {
+    // The two flag strings are archived once each and referenced after that: the layout that
+    // existing set documents have, byte for byte.
     const ArchivedObjectPtr yes = TypedStreamWriter::makeString(QStringLiteral("YES"));
     const ArchivedObjectPtr no = TypedStreamWriter::makeString(QStringLiteral("NO"));
     QList<ArchivedObjectPtr> elements;
@@ -57,34 +121,54 @@ QByteArray SetDocument::encode(const QList<AUItemPtr> &items)
             continue;
         const QStringList coded = item->encodeWithCoder();
         elements.append(TypedStreamWriter::makeObject(
-            QStringLiteral("AUItem"),
-            {TypedStreamWriter::makeString(coded.value(0)),
-             TypedStreamWriter::makeString(coded.value(1)),
-             coded.value(2) == QLatin1String("YES") ? yes : no,
-             coded.value(3) == QLatin1String("YES") ? yes : no}));
+            QStringLiteral("AUItem"), {TypedStreamWriter::makeString(coded.value(0)),
+                                       TypedStreamWriter::makeString(coded.value(1)),
+                                       coded.value(2) == QLatin1String("YES") ? yes : no,
+                                       coded.value(3) == QLatin1String("YES") ? yes : no}));
     }
     return TypedStreamWriter::write(TypedStreamWriter::makeArray(elements));
 }
 
-QList<AUItemPtr> SetDocument::decode(const QByteArray &bytes)
-{
+QList<AUItemPtr> SetDocument::decode(const QByteArray &bytes) {
     return decodeItems(bytes).value_or(QList<AUItemPtr>());
 }
 
-bool SetDocument::write(const QString &path, const QList<AUItemPtr> &items)
-{
+bool SetDocument::write(const QString &path, const QList<AUItemPtr> &items) {
     // Written beside the target and renamed over it, so a failed save keeps the old document.
     return FileOperations::current().writeFileAtomically(path, encode(items));
 }
 
-QList<AUItemPtr> SetDocument::read(const QString &path)
-{
-    return readItems(path).value_or(QList<AUItemPtr>());
+std::optional<QList<AUItemPtr>> SetDocument::load(const QString &path, QString *problem) {
+    const std::optional<QByteArray> bytes = readOnce(path, problem);
+    if (!bytes)
+        return std::nullopt;
+    std::optional<QList<AUItemPtr>> items = decodeItems(*bytes);
+    if (!items && problem)
+        *problem = QStringLiteral("not a set document");
+    return items;
 }
 
-bool SetDocument::isReadable(const QString &path)
-{
-    return readItems(path).has_value();
+QList<AUItemPtr> SetDocument::read(const QString &path) {
+    if (const auto pinned = pins().find(path); pinned != pins().end())
+        return pinned->second.items;
+    return load(path).value_or(QList<AUItemPtr>());
+}
+
+bool SetDocument::isReadable(const QString &path) {
+    return load(path).has_value();
+}
+
+PinnedSetDocument::PinnedSetDocument(const QString &path, const QList<AUItemPtr> &items)
+    : m_path(path) {
+    Pin &pin = pins()[path];
+    pin.items = items;
+    ++pin.count;
+}
+
+PinnedSetDocument::~PinnedSetDocument() {
+    const auto pinned = pins().find(m_path);
+    if (pinned != pins().end() && --pinned->second.count == 0)
+        pins().erase(pinned);
 }
 
 } // namespace korvane

@@ -6,9 +6,12 @@
 #include "app/AppServices.h"
 #include "app/PathChecks.h"
 #include "panels/MyPrefObj.h"
+#include "platform/LibraryLock.h"
 #include "platform/Locations.h"
 #include "platform/SystemLog.h"
+#include "platform/Texts.h"
 #include "privileged/BLAuthentication.h"
+#include "ui/UserInterface.h"
 
 #include <QDir>
 #include <QSet>
@@ -24,6 +27,22 @@ namespace {
 void requestActivationRight()
 {
     BLAuthentication::sharedInstance()->requestActivationRight();
+}
+
+// Another program moving the same plug-ins at the same time could leave one in neither folder;
+// while one does, nothing moves and the user is told who it is.
+bool libraryLocked(const LibraryLock &lock) {
+    if (lock.isLocked())
+        return true;
+    Alert alert;
+    alert.messageText = tr("Plug-ins not moved");
+    alert.informativeText =
+        lock.holder().isEmpty()
+            ? tr("The plug-in library could not be locked: %1.").arg(lock.failure())
+            : tr("%1 is moving plug-ins. Try again when it has finished.").arg(lock.holder());
+    alert.buttons = {tr("OK")};
+    UserInterface::current().runAlert(alert);
+    return false;
 }
 
 QString yesNo(bool flag)
@@ -101,6 +120,9 @@ struct TypeManager::ApplyRun {
 
 void TypeManager::activate()
 {
+    const LibraryLock lock;
+    if (!libraryLocked(lock))
+        return;
     updateSet();
     // Every marked plug-in moves: applying one per press left the rest to be marked again.
     applyAllPending();
@@ -108,6 +130,9 @@ void TypeManager::activate()
 
 QList<MoveOutcome> TypeManager::applyAllPending()
 {
+    const LibraryLock lock;
+    if (!libraryLocked(lock))
+        return {};
     requestActivationRight();
     ApplyRun run;
     run.installed.reserve(log.size());

@@ -5,20 +5,18 @@
 namespace korvane {
 
 namespace {
-std::vector<std::function<void()>> &resets()
-{
-    static std::vector<std::function<void()>> list;
-    return list;
+// Never destroyed: an instance may still unregister while the statics go at exit.
+std::vector<std::function<void()>> &resets() {
+    static auto *list = new std::vector<std::function<void()>>();
+    return *list;
 }
 } // namespace
 
-void registerSharedReset(std::function<void()> reset)
-{
+void registerSharedReset(std::function<void()> reset) {
     resets().push_back(std::move(reset));
 }
 
-void resetSharedInstances()
-{
+void resetSharedInstances() {
     // Newest first: later controllers may refer to earlier ones while they go.
     auto list = std::move(resets());
     resets().clear();

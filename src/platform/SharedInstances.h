@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 
 namespace korvane {
 
@@ -11,34 +10,52 @@ void registerSharedReset(std::function<void()> reset);
 void resetSharedInstances();
 
 // The slot behind an accessor such as getPref(): created on first use, or installed by the owner.
+// The slot holds plain pointers only: an instance made on first use and never reset is left to
+// the end of the process rather than destroyed among the other statics, whose order of
+// destruction nobody controls.
 template <class T> class SharedInstance {
 public:
-    static T *get()
-    {
+    static T *get() {
         if (!s_current) {
-            s_owned = std::make_unique<T>();
+            dropOwned();
+            T *made = new T();
+            s_owned = made;
             if (!s_current) // the constructor may have installed itself
-                s_current = s_owned.get();
-            registerSharedReset(&SharedInstance::reset);
+                s_current = made;
+            track();
         }
         return s_current;
     }
     static T *peek() { return s_current; }
     // The owner keeps ownership and must install nullptr before it goes.
-    static void install(T *instance)
-    {
+    static void install(T *instance) {
         s_current = instance;
-        registerSharedReset(&SharedInstance::reset);
+        if (instance)
+            track();
     }
-    static void reset()
-    {
+    static void reset() {
+        s_tracked = false;
         s_current = nullptr;
-        s_owned.reset();
+        dropOwned();
     }
 
 private:
+    static void track() {
+        if (s_tracked)
+            return;
+        s_tracked = true;
+        registerSharedReset(&SharedInstance::reset);
+    }
+    static void dropOwned() {
+        // Cleared first: the instance's destructor may look at its slot.
+        T *owned = s_owned;
+        s_owned = nullptr;
+        delete owned;
+    }
+
     static inline T *s_current = nullptr;
-    static inline std::unique_ptr<T> s_owned;
+    static inline T *s_owned = nullptr;
+    static inline bool s_tracked = false;
 };
 
 } // namespace korvane

@@ -1,0 +1,110 @@
+#include "platform/LibraryLock.h"
+
+#include "platform/FileOperations.h"
+#include "platform/Locations.h"
+
+#include <QFileInfo>
+#include <QLockFile>
+#include <QSysInfo>
+
+#include <map>
+#include <memory>
+
+namespace korvane {
+
+namespace {
+
+constexpr int kDefaultWaitMs = 10000;
+
+struct Hold {
+    std::unique_ptr<QLockFile> file;
+    int count = 0;
+};
+
+// This process's holds by lock file. Never destroyed: a hold may end while statics go at exit.
+std::map<QString, Hold> &holds() {
+    static auto *map = new std::map<QString, Hold>();
+    return *map;
+}
+
+bool createFolders(const QString &folder, FileError *error) {
+    FileOperations &files = FileOperations::current();
+    if (files.isDirectory(folder))
+        return true;
+    const QString parent = QFileInfo(folder).absolutePath();
+    if (parent != folder && !createFolders(parent, error))
+        return false;
+    return files.createDirectory(folder, error) || files.isDirectory(folder);
+}
+
+QString describeHolder(const QLockFile &file) {
+    qint64 pid = 0;
+    QString host, program;
+    if (!file.getLockInfo(&pid, &host, &program))
+        return {};
+    if (program.isEmpty())
+        program = QStringLiteral("another program");
+    QString text = QStringLiteral("%1 (process %2").arg(program).arg(pid);
+    if (!host.isEmpty() && host != QSysInfo::machineHostName())
+        text += QStringLiteral(" on %1").arg(host);
+    return text + QLatin1Char(')');
+}
+
+} // namespace
+
+LibraryLock::LibraryLock(int waitMs) : m_path(lockFilePath()) {
+    auto held = holds().find(m_path);
+    if (held != holds().end()) {
+        ++held->second.count;
+        m_locked = true;
+        return;
+    }
+
+    FileError error;
+    if (!createFolders(QFileInfo(m_path).absolutePath(), &error)) {
+        m_failure =
+            QStringLiteral("cannot create the folder \"%1\": %2").arg(error.path, error.reason);
+        return;
+    }
+    auto file = std::make_unique<QLockFile>(m_path);
+    // Only a dead holder's lock is stale; a long move across disks must not lose it to age.
+    file->setStaleLockTime(0);
+    if (file->tryLock(waitMs < 0 ? defaultWaitMs() : waitMs)) {
+        holds()[m_path] = Hold{std::move(file), 1};
+        m_locked = true;
+        return;
+    }
+    switch (file->error()) {
+    case QLockFile::LockFailedError:
+        m_holder = describeHolder(*file);
+        m_failure = QStringLiteral("the plug-in library is in use by %1")
+                        .arg(m_holder.isEmpty() ? QStringLiteral("another program") : m_holder);
+        break;
+    case QLockFile::PermissionError:
+        m_failure = QStringLiteral("no permission to create the lock file \"%1\"").arg(m_path);
+        break;
+    default:
+        m_failure = QStringLiteral("cannot create the lock file \"%1\"").arg(m_path);
+        break;
+    }
+}
+
+LibraryLock::~LibraryLock() {
+    if (!m_locked)
+        return;
+    auto held = holds().find(m_path);
+    if (held != holds().end() && --held->second.count == 0)
+        holds().erase(held); // the QLockFile removes its file as it goes
+}
+
+QString LibraryLock::lockFilePath() {
+    return Locations::expand(Locations::dataFile(QStringLiteral("library.lock")));
+}
+
+int LibraryLock::defaultWaitMs() {
+    bool ok = false;
+    const int wait = qEnvironmentVariableIntValue("KORVANE_LOCK_WAIT_MS", &ok);
+    return ok && wait >= 0 ? wait : kDefaultWaitMs;
+}
+
+} // namespace korvane

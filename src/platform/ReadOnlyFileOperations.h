@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/FileOperations.h"
+
+namespace korvane {
+
+// File operations that look but never change anything: every change fails with the reason
+// "read-only" and leaves the disk as it was. Commands that only report install it, so that
+// asking what is installed cannot create folders or rewrite data files on the way.
+class ReadOnlyFileOperations : public FileOperations {
+public:
+    // Reads go to inner, which must outlive this object.
+    explicit ReadOnlyFileOperations(FileOperations &inner) : m_inner(inner) {}
+
+    QStringList directoryContents(const QString &path) const override;
+    QStringList subpaths(const QString &path) const override;
+    bool exists(const QString &path) const override;
+    bool isDirectory(const QString &path) const override;
+    bool isReadable(const QString &path) const override;
+    bool isWritable(const QString &path) const override;
+    bool isDeletable(const QString &path) const override;
+
+    bool createDirectory(const QString &path, FileError *error = nullptr) override;
+    bool move(const QString &from, const QString &to, FileError *error = nullptr) override;
+    bool copy(const QString &from, const QString &to, FileError *error = nullptr) override;
+    bool remove(const QString &path, FileError *error = nullptr) override;
+    bool moveToTrash(const QString &path, FileError *error = nullptr,
+                     QString *trashedTo = nullptr) override;
+    bool writeFileAtomically(const QString &path, const QByteArray &bytes,
+                             FileError *error = nullptr) override;
+
+protected:
+    bool copyFile(const QString &from, const QString &to, FileError *error) override;
+
+private:
+    FileOperations &m_inner;
+};
+
+// A read-only view of the file operations in use, installed for the scope's lifetime.
+class ReadOnlyScope {
+public:
+    ReadOnlyScope() : m_previous(&FileOperations::current()), m_readOnly(*m_previous) {
+        FileOperations::setCurrent(&m_readOnly);
+    }
+    ~ReadOnlyScope() { FileOperations::setCurrent(m_previous); }
+    ReadOnlyScope(const ReadOnlyScope &) = delete;
+    ReadOnlyScope &operator=(const ReadOnlyScope &) = delete;
+
+private:
+    FileOperations *m_previous;
+    ReadOnlyFileOperations m_readOnly;
+};
+
+} // namespace korvane

@@ -1,0 +1,24 @@
+// Holds the library lock of $HOME until its standard input closes: the other program of the
+// command-line tests' lock cases.
+
+#include "platform/LibraryLock.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+#include <unistd.h>
+
+int main(int argc, char *argv[]) {
+    QCoreApplication app(argc, argv);
+    const korvane::LibraryLock lock(0);
+    if (!lock.isLocked()) {
+        std::fprintf(stderr, "%s\n", qPrintable(lock.failure()));
+        return 1;
+    }
+    std::puts("locked");
+    std::fflush(stdout);
+    char byte;
+    while (::read(STDIN_FILENO, &byte, 1) > 0) {
+    }
+    return 0;
+}
