@@ -4,6 +4,7 @@
 #include "platform/Bundle.h"
 #include "platform/DataFile.h"
 #include "platform/FileOperations.h"
+#include "platform/FormatTable.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
 #include "platform/SharedInstances.h"
@@ -17,17 +18,8 @@ namespace korvane {
 
 namespace {
 
-QString userContentFile() {
-    return Locations::expand(Locations::dataFile(QStringLiteral("content.plist")));
-}
-
-QString systemContentFile() {
-    return Locations::expand(QStringLiteral("/Library/Application Support/Korvane/content.plist"));
-}
-
-QString groupsFile() {
-    return Locations::expand(Locations::dataFile(QStringLiteral("groups.plist")));
-}
+const QString kSystemContentFile =
+    QStringLiteral("/Library/Application Support/Korvane/content.plist");
 
 // Entries whose elements are not all strings, or that lack a key, are left out: one damaged
 // entry should not cost the user every other companion list. complete tells whether none was.
@@ -77,21 +69,6 @@ QVariantList toVariantList(const QStringList &strings) {
     return list;
 }
 
-// The roots a companion path is measured against; the user-disabled RTAS root lacks the
-// "Digidesign" level on purpose, as the program has always spelt it.
-const char *const kContentRoots[TypeCount][4] = {
-    {"/Library/Audio/Plug-Ins/Components", "/Library/Audio/Plug-Ins/Components (Disabled)",
-     "~/Library/Audio/Plug-Ins/Components", "~/Library/Audio/Plug-Ins/Components (Disabled)"},
-    {"/Library/Application Support/Digidesign/Plug-Ins",
-     "/Library/Application Support/Digidesign/Plug-Ins (Disabled)",
-     "~/Library/Application Support/Digidesign/Plug-Ins",
-     "~/Library/Application Support/Plug-Ins (Disabled)"},
-    {"/Library/Audio/Plug-Ins/MAS", "/Library/Audio/Plug-Ins/MAS (Disabled)",
-     "~/Library/Audio/Plug-Ins/MAS", "~/Library/Audio/Plug-Ins/MAS (Disabled)"},
-    {"/Library/Audio/Plug-Ins/VST", "/Library/Audio/Plug-Ins/VST (Disabled)",
-     "~/Library/Audio/Plug-Ins/VST", "~/Library/Audio/Plug-Ins/VST (Disabled)"},
-};
-
 // Fills each "%@" in turn; a "%@" inside an argument stays as it is.
 QString fillFormat(const QString &format, const QStringList &args) {
     QString out;
@@ -110,7 +87,7 @@ QString fillFormat(const QString &format, const QStringList &args) {
 
 } // namespace
 
-AppServices::AppServices() {
+AppServices::AppServices(const RunParts &parts) : m_parts(parts) {
     m_undoTitle = korvane::tr("Undo");
     m_redoTitle = korvane::tr("Redo");
     loadGroups();
@@ -119,8 +96,7 @@ AppServices::AppServices() {
 
 AppServices::~AppServices() {
     m_undoManager.removeAllActions();
-    if (SharedInstance<AppServices>::peek() == this)
-        SharedInstance<AppServices>::install(nullptr);
+    SharedInstance<AppServices>::uninstall(this);
 }
 
 AppServices *AppServices::getMainObj() {
@@ -129,6 +105,14 @@ AppServices *AppServices::getMainObj() {
 
 void AppServices::install(AppServices *services) {
     SharedInstance<AppServices>::install(services);
+}
+
+QString AppServices::userContentFile() const {
+    return locations().dataFilePath(QStringLiteral("content.plist"));
+}
+
+QString AppServices::groupsFile() const {
+    return locations().dataFilePath(QStringLiteral("groups.plist"));
 }
 
 void AppServices::setActiveType(int type) {
@@ -145,7 +129,7 @@ void AppServices::initContent() {
         return;
     }
     // The system-wide registry is only read here; the first save copies it to the user.
-    if (auto registry = readContentFile(systemContentFile())) {
+    if (auto registry = readContentFile(locations().expand(kSystemContentFile))) {
         pContent = *registry;
         return;
     }
@@ -193,7 +177,7 @@ void AppServices::writeContentFile() {
 bool AppServices::writeDataFile(const QString &path, const QVariant &root,
                                 const std::function<bool(const QString &)> &readable) {
     QString report;
-    const bool written = DataFile::writeXml(path, root, readable, &report);
+    const bool written = DataFile::writeXml(files(), path, root, readable, &report);
     if (!report.isEmpty())
         addLogEntry(this, report);
     return written;
@@ -201,14 +185,15 @@ bool AppServices::writeDataFile(const QString &path, const QVariant &root,
 
 QStringList AppServices::removeContentPaths(int type, const QStringList &scanPaths) {
     QStringList paths = scanPaths;
-    if (!isValidType(type))
+    const Format *format = formats().find(type);
+    if (!format)
         return paths;
     if (!m_contentLoaded)
         initContent();
 
-    QString roots[4];
-    for (int i = 0; i < 4; ++i)
-        roots[i] = Locations::expand(QString::fromUtf8(kContentRoots[type][i]));
+    QString roots[LocationCount];
+    for (int i = 0; i < LocationCount; ++i)
+        roots[i] = locations().expand(format->contentRoots[size_t(i)]);
     // Every companion is measured against the system-wide active root, whichever root it is under.
     const qsizetype cut = roots[0].size() + 1;
 
@@ -240,9 +225,10 @@ QStringList AppServices::removeContentPaths(int type, const QStringList &scanPat
 
 QString AppServices::getFullPath(const QString &name, int type, int loc) const {
     // Expanding standardises the path, so a ".." in the name would lead out of the folder.
-    if (!isValidType(type) || !isValidLocation(loc) || !isContainedName(name))
+    const Format *format = formats().find(type);
+    if (!format || !isValidLocation(loc) || !isContainedName(name))
         return {};
-    return Locations::expand(Locations::folder(type, loc) + QLatin1Char('/') + name);
+    return locations().expand(format->folder(loc) + QLatin1Char('/') + name);
 }
 
 QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringList &scanPaths) {
@@ -268,13 +254,12 @@ QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringLi
 }
 
 void AppServices::createSupportFolder() {
-    const QString folder = Locations::expand(Locations::supportFolder());
-    FileOperations &files = FileOperations::current();
-    if (files.isDirectory(folder))
+    const QString folder = locations().supportFolderPath();
+    if (files().isDirectory(folder))
         return;
     // A fresh home may lack "Library/Application Support" too; without it nothing could be saved.
     createFolders(folder);
-    files.createDirectory(folder); // a failure shows as the write that follows failing
+    files().createDirectory(folder); // a failure shows as the write that follows failing
 }
 
 void AppServices::createFolders(const QString &path) {
@@ -287,7 +272,6 @@ void AppServices::createFolders(const QString &path) {
     if (components.size() < 2 || climbsUp(path))
         return;
 
-    FileOperations &files = FileOperations::current();
     QString current;
     for (qsizetype i = 0; i + 1 < components.size(); ++i) {
         const QString &part = components.at(i);
@@ -297,8 +281,8 @@ void AppServices::createFolders(const QString &path) {
             current += part;
         else
             current += QLatin1Char('/') + part;
-        if (!files.exists(current))
-            files.createDirectory(current); // a failure is left to the move that follows
+        if (!files().exists(current))
+            files().createDirectory(current); // a failure is left to the move that follows
     }
 }
 
@@ -430,7 +414,7 @@ bool AppServices::fileManager(FileOperations *, const QVariantMap &errorInfo) {
                    {QCoreApplication::translate("Korvane", reason.constData()),
                     errorInfo.value(QStringLiteral("Path")).toString()});
     alert.buttons = {korvane::tr("Proceed"), korvane::tr("Stop")};
-    return UserInterface::current().runAlert(alert) == AlertDefault;
+    return ui().runAlert(alert) == AlertDefault;
 }
 
 } // namespace korvane

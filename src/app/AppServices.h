@@ -12,27 +12,44 @@
 namespace korvane {
 
 class FileOperations;
+class FormatTable;
+class Locations;
+class UserInterface;
+
+// What every controller of one run works with: where its paths lie, how it touches the disk,
+// whom it asks, and which formats it knows. AppContext makes them and outlives every user.
+struct RunParts {
+    const Locations &locations;
+    FileOperations &files;
+    UserInterface &ui;
+    const FormatTable &formats;
+};
 
 // The part of the application controller that every lower layer shares: the content registry, the
 // group registry and its submenu, the log text, the undo manager with its menu titles, and the
 // answer to a failed file operation. MyMainObj (shell) derives from it and adds start-up, tabs
-// and routing; below the shell it is reached as AppServices::getMainObj().
+// and routing; the layers below the shell are handed it as AppServices.
 class AppServices : public QObject {
     Q_OBJECT
 public:
-    AppServices(); // loads the group registry, then the content registry
+    explicit AppServices(const RunParts &parts); // loads the group registry, then the content one
     ~AppServices() override;
 
-    static AppServices *getMainObj(); // the installed controller, created on first use
+    static AppServices *getMainObj(); // the installed controller
     static void install(AppServices *services);
+
+    const Locations &locations() const { return m_parts.locations; }
+    FileOperations &files() const { return m_parts.files; }
+    UserInterface &ui() const { return m_parts.ui; }
+    const FormatTable &formats() const { return m_parts.formats; }
+    const RunParts &parts() const { return m_parts; }
 
     // --- Content registry -------------------------------------------------------------------
     void initContent();
     std::optional<QStringList> getContentForKey(const QString &key);
     void saveContent(const QStringList &entry);
     QStringList removeContentPaths(int type, const QStringList &scanPaths);
-    QString getFullPath(const QString &name, int type,
-                        int loc) const; // empty: type/loc out of range
+    QString getFullPath(const QString &name, int type, int loc) const; // empty: out of range
     QStringList removeIrrelevantData(int type, int loc, const QStringList &scanPaths);
     void createFolders(const QString &path);
     // "~/Library/Application Support/Korvane" and any of its missing parents, before a data file
@@ -84,7 +101,7 @@ public:
     // errorInfo holds "Error" (the reason) and "Path"; YES exactly when "Proceed" was pressed.
     bool fileManager(FileOperations *manager, const QVariantMap &errorInfo);
 
-    // The format whose tab is in front (0 AU, 1 RTAS, 2 MAS, 3 VST); the shell's tab model answers.
+    // The format whose tab is in front (0 AU, 1 RTAS, 2 MAS, 3 VST, ...); the shell's tabs answer.
     virtual int getActiveType() const { return m_activeType; }
     virtual void setActiveType(int type);
 
@@ -98,7 +115,10 @@ signals:
 
 protected:
     void writeContentFile();
+    QString userContentFile() const;
+    QString groupsFile() const;
 
+    RunParts m_parts;
     QList<QStringList> pContent;
     bool m_contentLoaded = false;
     QStringList pGroups;

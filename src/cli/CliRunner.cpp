@@ -4,16 +4,14 @@
 #include "cli/TextTable.h"
 #include "managers/SetDocument.h"
 #include "platform/Locations.h"
-#include "platform/ReadOnlyFileOperations.h"
+#include "shell/AppContext.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSet>
 #include <QTextStream>
 
-#include <list>
 #include <map>
 
 namespace korvane {
@@ -42,10 +40,11 @@ bool namesItem(const QString &name, const AUItem &item) {
 }
 
 // The location code of the folder that holds name at path; -1 for none of the format's four.
-int locationOf(int type, const QString &path, const QString &name) {
+int locationOf(const std::array<QString, LocationCount> &folders, const QString &path,
+               const QString &name) {
     const QString folder = path.left(path.size() - name.size() - 1);
-    for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc)
-        if (Locations::folderPath(type, loc) == folder)
+    for (int loc = 0; loc < LocationCount; ++loc)
+        if (folders[size_t(loc)] == folder)
             return loc;
     return -1;
 }
@@ -53,10 +52,11 @@ int locationOf(int type, const QString &path, const QString &name) {
 // What a move from one folder of the format to another does, as done and as wanted:
 // "enabled"/"enable", "disabled", "moved to system", "moved to user", or a state and a place
 // joined by "and". Paths outside the four folders go by enabledFallback.
-std::pair<QString, QString> moveWords(int type, const QString &from, const QString &to,
-                                      const QString &name, bool enabledFallback = true) {
-    const int source = locationOf(type, from, name);
-    const int target = locationOf(type, to, name);
+std::pair<QString, QString> moveWords(const std::array<QString, LocationCount> &folders,
+                                      const QString &from, const QString &to,
+                                      const QString &name, bool enabledFallback) {
+    const int source = locationOf(folders, from, name);
+    const int target = locationOf(folders, to, name);
     if (source < 0 || target < 0)
         return enabledFallback ? std::pair(QStringLiteral("enabled"), QStringLiteral("enable"))
                                : std::pair(QStringLiteral("disabled"), QStringLiteral("disable"));
@@ -78,7 +78,8 @@ std::pair<QString, QString> moveWords(int type, const QString &from, const QStri
 
 } // namespace
 
-CliRunner::CliRunner(QTextStream &out, QTextStream &err) : m_out(out), m_err(err) {}
+CliRunner::CliRunner(const Roots &defaults, QTextStream &out, QTextStream &err)
+    : m_defaults(defaults), m_out(out), m_err(err) {}
 
 int CliRunner::run(const Options &options) {
     if (options.command == Options::Help) {
@@ -97,7 +98,7 @@ int CliRunner::run(const Options &options) {
     if (!options.home.isEmpty() && !QFileInfo(options.home).isDir())
         return usageError(QStringLiteral("--home: no folder \"%1\"").arg(options.home));
 
-    CliSession session(options, m_err);
+    CliSession session(options, m_defaults, m_err);
     switch (options.command) {
     case Options::Apply:
         return applySets(session, options);
@@ -112,7 +113,7 @@ int CliRunner::run(const Options &options) {
     case Options::SaveSet:
         return saveSet(session, options);
     case Options::ShowSet:
-        return showSet(options);
+        return showSet(session, options);
     default:
         return ExitUsage;
     }
@@ -121,60 +122,55 @@ int CliRunner::run(const Options &options) {
 int CliRunner::applySets(CliSession &session, const Options &options) {
     // Each document is read once, before anything is locked or changed: a pipe gives its bytes
     // only once, and a bad document must stop the run while nothing has happened yet.
-    std::array<QString, TypeCount> paths;
+    const FormatTable &table = FormatTable::builtIn();
     std::map<QString, QList<AUItemPtr>> documents;
-    {
-        const ReadOnlyScope readOnly;
-        for (int type = 0; type < TypeCount; ++type) {
-            if (options.sets[type].isEmpty())
-                continue;
-            paths[type] = CliSession::resolvePath(options.sets[type]);
-            if (documents.count(paths[type]))
-                continue;
-            QString problem;
-            std::optional<QList<AUItemPtr>> items = SetDocument::load(paths[type], &problem);
-            if (!items)
-                return usageError(QStringLiteral("%1 set \"%2\": %3")
-                                      .arg(formatName(type), options.sets[type], problem));
-            documents[paths[type]] = *items;
-        }
+    QList<QString> paths(table.count());
+    for (const Format &format : table) {
+        const QString given = options.sets.value(format.type);
+        if (given.isEmpty())
+            continue;
+        paths[format.type] = session.resolvePath(given);
+        if (documents.count(paths[format.type]))
+            continue;
+        QString problem;
+        std::optional<QList<AUItemPtr>> items = SetDocument::load(paths[format.type], &problem);
+        if (!items)
+            return usageError(
+                QStringLiteral("%1 set \"%2\": %3").arg(format.prefix, given, problem));
+        documents[paths[format.type]] = *items;
     }
-    std::list<PinnedSetDocument> pinned;
-    for (const auto &[path, items] : documents)
-        pinned.emplace_back(path, items);
 
     if (!lockLibrary(session))
         return ExitMoveFailed;
-    session.startControllers();
+    AppContext &context = session.controllers();
     int status = ExitDone;
-    for (int type = 0; type < TypeCount; ++type) {
-        if (paths[type].isEmpty())
+    for (const Format &format : table) {
+        if (paths.at(format.type).isEmpty())
             continue;
-        TypeManager *manager = TypeManager::forType(type);
+        TypeManager *manager = context.manager(format.type);
         manager->reloadData();
-        for (const QString &name : manager->mergeSet(paths[type]))
+        for (const QString &name : manager->mergeItems(documents.at(paths.at(format.type))))
             m_err << QStringLiteral("warning: %1 set \"%2\": no installed plug-in \"%3\"\n")
-                         .arg(formatName(type), options.sets[type], name);
+                         .arg(format.prefix, options.sets.value(format.type), name);
         m_err.flush();
-        if (keepInstalledCopies(manager) > 0)
-            status = ExitMoveFailed;
-        status = qMax(status, report(type, manager->applyAllPending()));
+        status = qMax(status, report(context, format.type, manager->applyAllPending()));
     }
     return status;
 }
 
 int CliRunner::list(CliSession &session, const Options &options) {
-    session.startControllers();
+    AppContext &context = session.controllers();
     QJsonArray array;
     TextTable table;
     for (int type : formats(options)) {
-        TypeManager *manager = TypeManager::forType(type);
+        TypeManager *manager = context.manager(type);
+        const QString format = manager->traits().prefix;
         manager->reloadData();
-        for (const AUItemPtr &item : std::as_const(manager->plugins)) {
+        for (const AUItemPtr &item : manager->items()) {
             const QString group = item->getAUGroup();
             if (options.json) {
                 array.append(
-                    QJsonObject{{QStringLiteral("format"), formatName(type)},
+                    QJsonObject{{QStringLiteral("format"), format},
                                 {QStringLiteral("name"), item->getAUName()},
                                 {QStringLiteral("location"), item->getAULocation()},
                                 {QStringLiteral("global"), item->getAUGlobal()},
@@ -182,8 +178,7 @@ int CliRunner::list(CliSession &session, const Options &options) {
                                 {QStringLiteral("group"), group},
                                 {QStringLiteral("architecture"), item->getPlattformIdent()}});
             } else {
-                table.addRow({formatName(type), onOff(item->getAUActive()),
-                              scope(item->getAUGlobal()),
+                table.addRow({format, onOff(item->getAUActive()), scope(item->getAUGlobal()),
                               group.isEmpty() ? QStringLiteral("-") : group,
                               item->getPlattformIdent(), fullPath(*item)});
             }
@@ -199,8 +194,8 @@ int CliRunner::list(CliSession &session, const Options &options) {
 int CliRunner::switchNamed(CliSession &session, const Options &options, bool on) {
     if (!lockLibrary(session))
         return ExitMoveFailed;
-    session.startControllers();
-    TypeManager *manager = TypeManager::forType(options.format);
+    AppContext &context = session.controllers();
+    TypeManager *manager = context.manager(options.format);
     manager->reloadData();
 
     // Every name is checked before anything moves: a typo must not leave half a change behind.
@@ -208,7 +203,7 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
     QStringList unknown;
     for (const QString &name : options.names) {
         bool found = false;
-        for (const AUItemPtr &item : std::as_const(manager->plugins)) {
+        for (const AUItemPtr &item : manager->items()) {
             if (namesItem(name, *item)) {
                 targets << item;
                 found = true;
@@ -220,7 +215,7 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
     if (!unknown.isEmpty()) {
         for (const QString &name : std::as_const(unknown))
             m_err << QStringLiteral("KorvaneCMD: no %1 plug-in named \"%2\"\n")
-                         .arg(formatName(options.format), name);
+                         .arg(manager->traits().prefix, name);
         m_err << "KorvaneCMD: nothing changed\n";
         m_err.flush();
         return ExitUsage;
@@ -233,25 +228,24 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
         item->checkObject(options.format);
         manager->checkLogForUpdate(item);
     }
-    const int blocked = keepInstalledCopies(manager);
-    const int status = report(options.format, manager->applyAllPending());
-    return blocked > 0 ? int(ExitMoveFailed) : status;
+    return report(context, options.format, manager->applyAllPending());
 }
 
 int CliRunner::duplicates(CliSession &session, const Options &options) {
-    session.startControllers();
+    AppContext &context = session.controllers();
     QJsonArray array;
     TextTable table;
     for (int type : formats(options)) {
-        TypeManager *manager = TypeManager::forType(type);
+        TypeManager *manager = context.manager(type);
+        const QString format = manager->traits().prefix;
         manager->reloadData();
-        for (const auto &[name, count] : TypeManager::duplicateNames(manager->plugins)) {
+        for (const auto &[name, count] : TypeManager::duplicateNames(manager->items())) {
             if (options.json)
-                array.append(QJsonObject{{QStringLiteral("format"), formatName(type)},
+                array.append(QJsonObject{{QStringLiteral("format"), format},
                                          {QStringLiteral("name"), name},
                                          {QStringLiteral("count"), count}});
             else
-                table.addRow({formatName(type), QString::number(count), name});
+                table.addRow({format, QString::number(count), name});
         }
     }
     if (options.json)
@@ -262,11 +256,11 @@ int CliRunner::duplicates(CliSession &session, const Options &options) {
 }
 
 int CliRunner::saveSet(CliSession &session, const Options &options) {
-    session.startControllers();
-    TypeManager *manager = TypeManager::forType(options.format);
+    AppContext &context = session.controllers();
+    TypeManager *manager = context.manager(options.format);
     manager->reloadData();
-    const QString path = CliSession::resolvePath(options.file);
-    if (!SetDocument::write(path, manager->plugins)) {
+    const QString path = session.resolvePath(options.file);
+    if (!SetDocument::write(session.files(), path, manager->items())) {
         m_err << QStringLiteral("KorvaneCMD: could not write \"%1\"\n").arg(path);
         m_err.flush();
         return ExitMoveFailed;
@@ -274,10 +268,11 @@ int CliRunner::saveSet(CliSession &session, const Options &options) {
     return ExitDone;
 }
 
-int CliRunner::showSet(const Options &options) {
+int CliRunner::showSet(CliSession &session, const Options &options) {
     QString problem;
+    // Decoded without controllers: showing a document must not touch the user's data.
     const std::optional<QList<AUItemPtr>> items =
-        SetDocument::load(CliSession::resolvePath(options.file), &problem);
+        SetDocument::load(session.resolvePath(options.file), &problem);
     if (!items)
         return usageError(QStringLiteral("\"%1\": %2").arg(options.file, problem));
 
@@ -299,45 +294,6 @@ int CliRunner::showSet(const Options &options) {
     return ExitDone;
 }
 
-int CliRunner::keepInstalledCopies(TypeManager *manager) {
-    // Items match set entries by name alone, so a set holding two copies of one name sends the
-    // first copy to the second's place; the move would delete the second copy to make room.
-    const int type = manager->typeIndex();
-    QSet<QString> installed;
-    for (const AULog &record : std::as_const(manager->log))
-        installed.insert(record.getLogPath() + QLatin1Char('/') + record.getLogName());
-
-    int blocked = 0;
-    for (const AULog &record : std::as_const(manager->log)) {
-        if (record.isLogProcessed())
-            continue;
-        const int index = manager->findItemIndex(record.getLogName(), record.getLogID());
-        if (index < 0)
-            continue;
-        const AUItemPtr item = manager->plugins.at(index);
-        const QString source = record.getLogPath() + QLatin1Char('/') + record.getLogName();
-        const QString target = fullPath(*item);
-        if (target == source || !installed.contains(target))
-            continue;
-
-        ++blocked;
-        m_err << QStringLiteral(
-                     "error: could not %1 \"%2\": \"%3\" -> \"%4\": another copy lies there\n")
-                     .arg(moveWords(type, source, target, item->getAUName()).second,
-                          item->getAUName(), source, target);
-        for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc) {
-            if (Locations::folderPath(type, loc) == record.getLogPath()) {
-                item->setAUGlobal(loc == LocSystemActive || loc == LocSystemDisabled);
-                item->setAUActive(loc == LocSystemActive || loc == LocUserActive);
-            }
-        }
-        item->setAULocation(record.getLogPath());
-        manager->checkLogForUpdate(item);
-    }
-    m_err.flush();
-    return blocked;
-}
-
 bool CliRunner::lockLibrary(CliSession &session) {
     QString failure;
     if (session.lockLibrary(&failure))
@@ -353,11 +309,13 @@ int CliRunner::usageError(const QString &message) {
     return ExitUsage;
 }
 
-int CliRunner::report(int type, const QList<MoveOutcome> &outcomes) {
+int CliRunner::report(const AppContext &context, int type, const QList<MoveOutcome> &outcomes) {
+    const std::array<QString, LocationCount> folders =
+        context.locations().folderPaths(context.formats().at(type));
     int status = ExitDone;
     for (const MoveOutcome &outcome : outcomes) {
         const auto [done, wanted] =
-            moveWords(type, outcome.from, outcome.to, outcome.name, outcome.enabled);
+            moveWords(folders, outcome.from, outcome.to, outcome.name, outcome.enabled);
         if (outcome.ok) {
             m_out << done << ' ' << outcome.name << '\n';
             continue;
@@ -385,11 +343,14 @@ void CliRunner::printJson(const QJsonArray &array) {
 QList<int> CliRunner::formats(const Options &options) {
     if (options.format >= 0)
         return {options.format};
-    return {TypeAU, TypeRTAS, TypeMAS, TypeVST};
+    QList<int> all;
+    for (const Format &format : FormatTable::builtIn())
+        all << format.type;
+    return all;
 }
 
-int run(const Options &options, QTextStream &out, QTextStream &err) {
-    return CliRunner(out, err).run(options);
+int run(const Options &options, const Roots &defaults, QTextStream &out, QTextStream &err) {
+    return CliRunner(defaults, out, err).run(options);
 }
 
 } // namespace korvane

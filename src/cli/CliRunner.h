@@ -2,6 +2,7 @@
 
 #include "cli/Options.h"
 #include "managers/TypeManager.h"
+#include "platform/Roots.h"
 
 #include <QJsonArray>
 #include <QList>
@@ -13,12 +14,13 @@ namespace korvane {
 // Exit statuses of the tool.
 enum ExitStatus { ExitDone = 0, ExitMoveFailed = 1, ExitUsage = 2 };
 
-// Carries out parsed options: everything is checked before the first change on disk.
+class AppContext;
 class CliSession;
 
+// Carries out parsed options: everything is checked before the first change on disk.
 class CliRunner {
 public:
-    CliRunner(QTextStream &out, QTextStream &err);
+    CliRunner(const Roots &defaults, QTextStream &out, QTextStream &err);
     int run(const Options &options);
 
 private:
@@ -27,24 +29,22 @@ private:
     int switchNamed(CliSession &session, const Options &options, bool on);
     int duplicates(CliSession &session, const Options &options);
     int saveSet(CliSession &session, const Options &options);
-    int showSet(const Options &options);
-
-    // Leaves in place every pending plug-in whose target is where another installed copy lies,
-    // with an error for each; how many were left.
-    int keepInstalledCopies(TypeManager *manager);
+    int showSet(CliSession &session, const Options &options);
     // The library's lock for the rest of the run, or an error saying who holds it.
     bool lockLibrary(CliSession &session);
     int usageError(const QString &message);
     // Prints one line per plug-in moved and one error per failure; ExitMoveFailed on a failure.
-    int report(int type, const QList<MoveOutcome> &outcomes);
+    int report(const AppContext &context, int type, const QList<MoveOutcome> &outcomes);
     void printJson(const QJsonArray &array);
     static QList<int> formats(const Options &options); // --format, or all four in order
 
+    Roots m_defaults;
     QTextStream &m_out;
     QTextStream &m_err;
 };
 
-// Runs one command line's options against the roots they name and returns the exit status.
-int run(const Options &options, QTextStream &out, QTextStream &err);
+// Runs one command line's options over the default roots (or the ones the options name) and
+// returns the exit status.
+int run(const Options &options, const Roots &defaults, QTextStream &out, QTextStream &err);
 
 } // namespace korvane

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "cli/CliUi.h"
+#include "platform/Roots.h"
 
-#include <QByteArray>
 #include <QString>
 #include <memory>
 
@@ -11,56 +11,52 @@ class QTextStream;
 namespace korvane {
 
 class AppContext;
+class FileOperations;
 class LibraryLock;
+class LocalFileOperations;
 class NullAuthorizationBackend;
-class ReadOnlyScope;
+class ReadOnlyFileOperations;
 class SystemLogCapture;
 struct Options;
 
-// Everything one run of the tool sets up and takes down again: the roots from --root and --home
-// (in the environment before any controller reads them), the prompt-free interface, no
-// authorization prompt, and the diagnostics kept for --verbose. The controllers are made only
-// when asked for, so that input can be checked before anything is written. A command that only
-// reports runs with read-only file operations from the start: it changes nothing on disk.
+// Everything one run of the tool sets up and takes down again: the roots (the program's defaults
+// with --root and --home over them), the prompt-free interface, no authorization prompt, and the
+// diagnostics kept for --verbose. The controllers are made only when asked for, so that input can
+// be checked before anything is written. A command that only reports runs on read-only file
+// operations from the start: it changes nothing on disk.
 class CliSession {
 public:
-    CliSession(const Options &options, QTextStream &err);
+    CliSession(const Options &options, const Roots &defaults, QTextStream &err);
     ~CliSession();
     CliSession(const CliSession &) = delete;
     CliSession &operator=(const CliSession &) = delete;
 
-    // Every controller, installed for the accessors; without the window-load steps and without
-    // the start-up that opens default sets.
-    void startControllers();
+    // Every controller, without the window-load steps and without the start-up that opens
+    // default sets.
+    AppContext &controllers();
 
     // Takes the library's lock for the rest of the run; false with the reason when another
     // program holds it past the wait, or it cannot be made.
     bool lockLibrary(QString *failure);
 
+    const Roots &roots() const { return m_roots; }
+    FileOperations &files() const;
+
     // Commands that only look: list, duplicates, show-set.
     static bool isReadOnly(const Options &options);
 
     // "~" and relative paths as the shell would have resolved them, with this run's home.
-    static QString resolvePath(const QString &path);
+    QString resolvePath(const QString &path) const;
 
 private:
-    struct SavedVariable {
-        const char *name;
-        QByteArray value;
-        bool wasSet;
-        bool changed;
-    };
-    void setVariable(SavedVariable &saved, const QString &value);
-    void restoreVariable(const SavedVariable &saved);
-
     QTextStream &m_err;
     bool m_verbose;
-    SavedVariable m_root{"KORVANE_ROOT", {}, false, false};
-    SavedVariable m_home{"HOME", {}, false, false};
+    Roots m_roots;
     CliUi m_ui;
+    std::unique_ptr<LocalFileOperations> m_local;
+    std::unique_ptr<ReadOnlyFileOperations> m_readOnly;
     std::unique_ptr<NullAuthorizationBackend> m_authorization;
     std::unique_ptr<SystemLogCapture> m_log;
-    std::unique_ptr<ReadOnlyScope> m_readOnly;
     std::unique_ptr<LibraryLock> m_lock;
     std::unique_ptr<AppContext> m_context;
 };

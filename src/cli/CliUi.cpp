@@ -18,11 +18,9 @@ CliUi::CliUi(QTextStream *progress) : m_progress(progress) {}
 
 int CliUi::runAlert(const Alert &alert)
 {
-    // Proceeding past a failed move could leave a plug-in half done; stopping never loses one.
-    int answer = alert.addedButtons ? AlertFirst : AlertDefault;
-    const int stop = alert.buttons.indexOf(tr("Stop"));
-    if (stop >= 0)
-        answer = alert.addedButtons ? AlertFirst + stop : (stop == 0 ? AlertDefault : AlertAlternate);
+    // Every alert takes its default button. After a failed move that is Proceed: each move is
+    // whole or not made at all, so the rest of the set is applied and the failure reported.
+    const int answer = alert.addedButtons ? AlertFirst : AlertDefault;
 
     QString button;
     if (alert.addedButtons)

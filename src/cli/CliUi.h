@@ -10,7 +10,7 @@ class QTextStream;
 namespace korvane {
 
 // The interface of the command-line tool: nobody is there to answer, so nothing ever waits.
-// Alerts take their default button, except that a failed file operation answers "Stop"; panels
+// Alerts take their default button (after a failed move: Proceed, the rest still moves); panels
 // are cancelled, missing items ignored. Progress goes to a terminal only, as one rewritten line.
 class CliUi : public UserInterface {
 public:
@@ -20,6 +20,7 @@ public:
     // Every alert answered so far, as "message: informative text -> button".
     QStringList answeredAlerts() const { return m_answered; }
 
+    bool isInteractive() const override { return false; }
     int runAlert(const Alert &alert) override;
     std::optional<QString> runSavePanel(const SavePanelRequest &) override { return std::nullopt; }
     std::optional<QString> runOpenPanel(const OpenPanelRequest &) override { return std::nullopt; }

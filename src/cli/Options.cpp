@@ -34,29 +34,32 @@ QString commandWord(Options::Command command) {
 }
 
 // "-AU", "-rtas", ...: the set options of the launch script, in any case.
-std::optional<int> setOptionType(const QString &arg) {
+std::optional<int> setOptionType(const FormatTable &formats, const QString &arg) {
     if (!arg.startsWith(QLatin1Char('-')) || arg.startsWith(QLatin1String("--")))
         return std::nullopt;
-    return formatFromName(arg.mid(1));
+    return formats.typeOfName(arg.mid(1));
 }
 
-bool takesValue(const QString &name) {
+bool takesValue(const FormatTable &formats, const QString &name) {
     return name == QLatin1String("--root") || name == QLatin1String("--home") ||
-           name == QLatin1String("--format") || setOptionType(name).has_value();
+           name == QLatin1String("--format") || setOptionType(formats, name).has_value();
 }
 
-bool isKnownOption(const QString &arg) {
+bool isKnownOption(const FormatTable &formats, const QString &arg) {
     const QString name = arg.section(QLatin1Char('='), 0, 0);
     static const QStringList flags{QStringLiteral("--json"), QStringLiteral("--verbose"),
                                    QStringLiteral("-v"),     QStringLiteral("--help"),
                                    QStringLiteral("-h"),     QStringLiteral("--version"),
                                    QStringLiteral("--")};
-    return flags.contains(arg) || takesValue(name);
+    return flags.contains(arg) || takesValue(formats, name);
 }
 
 class Parser {
 public:
-    explicit Parser(const QStringList &arguments) : m_args(arguments) {}
+    Parser(const QStringList &arguments, const FormatTable &formats)
+        : m_args(arguments), m_formats(formats) {
+        m_options.sets = QList<QString>(formats.count());
+    }
 
     ParsedCommandLine parse() {
         for (m_index = 0; m_index < m_args.size(); ++m_index)
@@ -103,7 +106,7 @@ private:
                 name = arg.section(QLatin1Char('='), 0, 0);
                 inlineValue = arg.section(QLatin1Char('='), 1);
             }
-            if (!takesValue(name)) {
+            if (!takesValue(m_formats, name)) {
                 fail(QStringLiteral("unknown option \"%1\"").arg(arg));
                 return;
             }
@@ -119,15 +122,15 @@ private:
     // The next argument, unless there is none or it is an option itself: "-AU --json" lacks its
     // set.
     std::optional<QString> nextValue() {
-        if (m_index + 1 >= m_args.size() || isKnownOption(m_args.at(m_index + 1)))
+        if (m_index + 1 >= m_args.size() || isKnownOption(m_formats, m_args.at(m_index + 1)))
             return std::nullopt;
         return m_args.at(++m_index);
     }
 
-    static QString valueName(const QString &name) {
+    QString valueName(const QString &name) const {
         if (name == QLatin1String("--format"))
-            return QStringLiteral("a format (au, rtas, mas or vst)");
-        if (setOptionType(name))
+            return QStringLiteral("a format (%1)").arg(formatNames());
+        if (setOptionType(m_formats, name))
             return QStringLiteral("a set document");
         return QStringLiteral("a folder");
     }
@@ -143,14 +146,14 @@ private:
         } else if (name == QLatin1String("--home")) {
             once(m_options.home);
         } else if (name == QLatin1String("--format")) {
-            const std::optional<int> type = formatFromName(value);
+            const std::optional<int> type = m_formats.typeOfName(value);
             if (!type)
-                fail(QStringLiteral("unknown format \"%1\" (use au, rtas, mas or vst)").arg(value));
+                fail(QStringLiteral("unknown format \"%1\" (use %2)").arg(value, formatNames()));
             else if (m_options.format >= 0)
                 fail(QStringLiteral("option --format given twice"));
             else
                 m_options.format = *type;
-        } else if (const std::optional<int> type = setOptionType(name)) {
+        } else if (const std::optional<int> type = setOptionType(m_formats, name)) {
             once(m_options.sets[*type]);
         }
     }
@@ -173,12 +176,13 @@ private:
         const Options::Command command = m_options.command;
         const QString word = commandWord(command);
         bool anySet = false;
-        for (int type = 0; type < TypeCount; ++type) {
-            if (m_options.sets[type].isEmpty())
+        for (const Format &format : m_formats) {
+            if (m_options.sets.value(format.type).isEmpty())
                 continue;
             anySet = true;
             if (command != Options::Apply)
-                fail(QStringLiteral("-%1 cannot be combined with %2").arg(formatName(type), word));
+                fail(QStringLiteral("%1 cannot be combined with %2")
+                         .arg(format.commandLineFlag(), word));
         }
 
         const bool formatAllowed = command != Options::Apply && command != Options::ShowSet;
@@ -188,7 +192,7 @@ private:
                                  command == Options::ShowSet;
 
         if (command == Options::Apply && !anySet)
-            fail(QStringLiteral("nothing to do: give a set (-AU, -RTAS, -MAS, -VST) or a command"));
+            fail(QStringLiteral("nothing to do: give a set (%1) or a command").arg(setFlags()));
         if (m_options.format >= 0 && !formatAllowed)
             fail(command == Options::Apply ? QStringLiteral("--format needs a command")
                                            : QStringLiteral("%1 takes no --format").arg(word));
@@ -221,7 +225,22 @@ private:
         }
     }
 
+    QString formatNames() const {
+        QStringList names;
+        for (const Format &format : m_formats)
+            names << format.commandLineName();
+        const QString last = names.takeLast();
+        return names.isEmpty() ? last : names.join(QStringLiteral(", ")) + QStringLiteral(" or ") + last;
+    }
+    QString setFlags() const {
+        QStringList flags;
+        for (const Format &format : m_formats)
+            flags << format.commandLineFlag() + QStringLiteral(" SET");
+        return flags.join(QStringLiteral(", "));
+    }
+
     const QStringList &m_args;
+    const FormatTable &m_formats;
     qsizetype m_index = 0;
     Options m_options;
     QStringList m_positional;
@@ -235,11 +254,11 @@ private:
 
 } // namespace
 
-ParsedCommandLine parseCommandLine(const QStringList &arguments) {
-    return Parser(arguments).parse();
+ParsedCommandLine parseCommandLine(const QStringList &arguments, const FormatTable &formats) {
+    return Parser(arguments, formats).parse();
 }
 
-QStringList toCommandLine(const Options &options) {
+QStringList toCommandLine(const Options &options, const FormatTable &formats) {
     if (options.command == Options::Help)
         return {QStringLiteral("--help")};
     if (options.command == Options::Version)
@@ -252,15 +271,15 @@ QStringList toCommandLine(const Options &options) {
         args << QStringLiteral("--home") << options.home;
     if (options.verbose)
         args << QStringLiteral("--verbose");
-    for (int type = 0; type < TypeCount; ++type)
-        if (!options.sets[type].isEmpty())
-            args << QLatin1Char('-') + formatName(type) << options.sets[type];
+    for (const Format &format : formats)
+        if (!options.sets.value(format.type).isEmpty())
+            args << format.commandLineFlag() << options.sets.value(format.type);
     if (options.command == Options::Apply)
         return args;
 
     args << commandWord(options.command);
     if (options.format >= 0)
-        args << QStringLiteral("--format") << formatName(options.format).toLower();
+        args << QStringLiteral("--format") << formats.at(options.format).commandLineName();
     if (options.json)
         args << QStringLiteral("--json");
     QStringList positional = options.names;
@@ -273,28 +292,6 @@ QStringList toCommandLine(const Options &options) {
         }
     }
     return args + positional;
-}
-
-QString formatName(int type) {
-    switch (type) {
-    case TypeAU:
-        return QStringLiteral("AU");
-    case TypeRTAS:
-        return QStringLiteral("RTAS");
-    case TypeMAS:
-        return QStringLiteral("MAS");
-    case TypeVST:
-        return QStringLiteral("VST");
-    default:
-        return {};
-    }
-}
-
-std::optional<int> formatFromName(const QString &name) {
-    for (int type = 0; type < TypeCount; ++type)
-        if (name.compare(formatName(type), Qt::CaseInsensitive) == 0)
-            return type;
-    return std::nullopt;
 }
 
 QString versionText() {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Locations.h"
+#include "platform/FormatTable.h"
 
 #include <QString>
 #include <QStringList>
@@ -16,7 +16,7 @@ struct Options {
     Command command = Apply;
     QString root{};                      // --root; empty: KORVANE_ROOT as it stands
     QString home{};                      // --home; empty: HOME as it stands
-    std::array<QString, TypeCount> sets{}; // -AU, -RTAS, -MAS, -VST by type index; empty: none
+    QList<QString> sets{}; // -AU, -RTAS, -MAS, -VST, ... by type index; empty: none
     int format = -1;                     // --format as a type index; -1: every format
     bool json = false;
     bool verbose = false;
@@ -32,16 +32,14 @@ struct ParsedCommandLine {
 };
 
 // The arguments after the program name. Pure: no file or environment is looked at.
-ParsedCommandLine parseCommandLine(const QStringList &arguments);
+ParsedCommandLine parseCommandLine(const QStringList &arguments,
+                                   const FormatTable &formats = FormatTable::builtIn());
 // The inverse: arguments that parse back to the same options.
-QStringList toCommandLine(const Options &options);
+QStringList toCommandLine(const Options &options,
+                          const FormatTable &formats = FormatTable::builtIn());
 
 QString helpText();
 QString versionText();
 
-// "AU", "RTAS", "MAS", "VST"; empty for anything else.
-QString formatName(int type);
-// A format name in any case; nullopt when it names none.
-std::optional<int> formatFromName(const QString &name);
 
 } // namespace korvane

@@ -1,5 +1,6 @@
 #include "cli/CliRunner.h"
 #include "cli/Options.h"
+#include "platform/Roots.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
@@ -16,5 +17,6 @@ int main(int argc, char *argv[])
         err << "KorvaneCMD: " << parsed.error << "\nTry \"KorvaneCMD --help\".\n";
         return korvane::ExitUsage;
     }
-    return korvane::run(*parsed.options, out, err);
+    // The environment is read here once; everything below is handed its roots.
+    return korvane::run(*parsed.options, korvane::Roots::fromEnvironment(), out, err);
 }

@@ -2,7 +2,6 @@
 
 #include "platform/Bundle.h"
 #include "platform/FileOperations.h"
-#include "platform/Locations.h"
 
 #include <QStringList>
 #include <QVariant>
@@ -66,12 +65,10 @@ bool matches(const ComponentDescription &component, const ComponentDescription &
 
 // The registered component bundles in registry order: the system folder before the user's, each
 // by name. A bundle's components are the entries of its AudioComponents array, in order.
-QStringList componentBundles()
+QStringList componentBundles(const FileOperations &files, const QStringList &folders)
 {
     QStringList bundles;
-    const FileOperations &files = FileOperations::current();
-    for (int loc : {LocSystemActive, LocUserActive}) {
-        const QString folder = Locations::folderPath(TypeAU, loc);
+    for (const QString &folder : folders) {
         for (const QString &name : files.directoryContents(folder)) {
             if (isComponentBundle(name))
                 bundles << folder + QLatin1Char('/') + name;
@@ -83,13 +80,14 @@ QStringList componentBundles()
 } // namespace
 
 std::optional<Component>
-ComponentManager::findNextComponent(const std::optional<Component> &after,
+ComponentManager::findNextComponent(const FileOperations &files, const QStringList &folders,
+                                    const std::optional<Component> &after,
                                     const ComponentDescription &description)
 {
     // Only the bundles from the previous component on are read, so a whole enumeration reads
     // each Info.plist about once.
     bool passed = !after.has_value();
-    for (const QString &bundle : componentBundles()) {
+    for (const QString &bundle : componentBundles(files, folders)) {
         int first = 0;
         if (!passed) {
             if (bundle != after->bundlePath)

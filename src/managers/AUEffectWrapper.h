@@ -2,10 +2,13 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <QtGlobal>
 #include <optional>
 
 namespace korvane {
+
+class FileOperations;
 
 struct ComponentDescription {
     quint32 componentType = 0;
@@ -27,8 +30,11 @@ struct Component {
 class ComponentManager {
 public:
     // The next registered component after `after` (from the start when absent) matching the
-    // description, zero fields matching anything.
-    static std::optional<Component> findNextComponent(const std::optional<Component> &after,
+    // description, zero fields matching anything; the bundles are those in the active folders,
+    // system-wide first.
+    static std::optional<Component> findNextComponent(const FileOperations &files,
+                                                      const QStringList &activeFolders,
+                                                      const std::optional<Component> &after,
                                                       const ComponentDescription &description);
     // Fills the description and the length-prefixed name; 0 on success.
     static int getComponentInfo(const Component &component, ComponentDescription *description,

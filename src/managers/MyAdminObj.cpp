@@ -1,11 +1,14 @@
 #include "managers/MyAdminObj.h"
 
-#include "platform/Locations.h"
+#include "app/AppServices.h"
 #include "platform/SharedInstances.h"
 
 namespace korvane {
 
-MyAdminObj::MyAdminObj() : TypeManager(formatTraits(TypeAU)) {}
+MyAdminObj::MyAdminObj(const ManagerParts &parts)
+    : TypeManager(parts.services.formats().at(TypeAU), parts)
+{
+}
 
 MyAdminObj *MyAdminObj::getAUObj()
 {

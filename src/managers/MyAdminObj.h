@@ -11,7 +11,7 @@ namespace korvane {
 class MyAdminObj : public TypeManager {
     Q_OBJECT
 public:
-    MyAdminObj();
+    explicit MyAdminObj(const ManagerParts &parts);
     static MyAdminObj *getAUObj();
 
     void AUActivate() { activate(); }

@@ -4,6 +4,7 @@
 
 #include "app/AppServices.h"
 #include "platform/FileOperations.h"
+#include "platform/Locations.h"
 #include "platform/SystemLog.h"
 
 namespace korvane {
@@ -27,11 +28,11 @@ QString disabledPath(const AUItem &item)
 
 bool MyAdminObj::createSpecialEnv(const AUItemPtr &item)
 {
-    FileOperations &files = FileOperations::current();
+    FileOperations &files = this->files();
     if (!bSpecialMode) {
         bSpecialMode = true;
         // Flags and log stay as they are: the table still shows these plug-ins as active.
-        for (const AUItemPtr &plugin : std::as_const(plugins)) {
+        for (const AUItemPtr &plugin : items()) {
             if (plugin->getAUActive())
                 files.move(activePath(*plugin), disabledPath(*plugin));
         }
@@ -42,7 +43,7 @@ bool MyAdminObj::createSpecialEnv(const AUItemPtr &item)
         item && item->getAUActive() && files.copy(disabledPath(*item), activePath(*item));
 
     getPluginList();
-    AppServices *services = AppServices::getMainObj();
+    AppServices *services = &this->services();
     for (const std::shared_ptr<AUEffectWrapper> &wrapper : std::as_const(pluginList)) {
         const ComponentDescription *description = wrapper->getComponentDescription();
         if (description->componentManufacturer == kApple)
@@ -61,8 +62,8 @@ bool MyAdminObj::createSpecialEnv(const AUItemPtr &item)
 bool MyAdminObj::destroySpecialEnv()
 {
     if (bSpecialMode) {
-        FileOperations &files = FileOperations::current();
-        for (const AUItemPtr &plugin : std::as_const(plugins)) {
+        FileOperations &files = this->files();
+        for (const AUItemPtr &plugin : items()) {
             if (plugin->getAUActive())
                 files.move(disabledPath(*plugin), activePath(*plugin));
         }
@@ -77,7 +78,10 @@ void MyAdminObj::getPluginList()
     ComponentDescription description;
     description.componentType = kMusicDevice;
     std::optional<Component> component;
-    while ((component = ComponentManager::findNextComponent(component, description)))
+    const QStringList folders{locations().folderPath(traits(), LocSystemActive),
+                              locations().folderPath(traits(), LocUserActive)};
+    while ((component =
+                ComponentManager::findNextComponent(files(), folders, component, description)))
         pluginList << std::make_shared<AUEffectWrapper>(*component);
 }
 

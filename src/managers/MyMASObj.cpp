@@ -1,12 +1,14 @@
 #include "managers/MyMASObj.h"
 
-#include "platform/FileOperations.h"
-#include "platform/Locations.h"
+#include "app/AppServices.h"
 #include "platform/SharedInstances.h"
 
 namespace korvane {
 
-MyMASObj::MyMASObj() : TypeManager(formatTraits(TypeMAS)) {}
+MyMASObj::MyMASObj(const ManagerParts &parts)
+    : TypeManager(parts.services.formats().at(TypeMAS), parts)
+{
+}
 
 MyMASObj *MyMASObj::getMASObj()
 {
@@ -15,14 +17,7 @@ MyMASObj *MyMASObj::getMASObj()
 
 void MyMASObj::checkAndCreatePath(bool system)
 {
-    FileOperations &files = FileOperations::current();
-    // The RTAS parent comes first, as it always has for MAS; whatever exists is left alone.
-    const int loc = system ? LocSystemActive : LocUserActive;
-    for (const QString &path : {digidesignParent(system), Locations::folder(TypeMAS, loc)}) {
-        const QString expanded = Locations::expand(path);
-        if (!files.exists(expanded))
-            files.createDirectory(expanded);
-    }
+    createParentAndFolder(system);
 }
 
 } // namespace korvane

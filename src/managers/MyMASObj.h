@@ -8,7 +8,7 @@ namespace korvane {
 class MyMASObj : public TypeManager {
     Q_OBJECT
 public:
-    MyMASObj();
+    explicit MyMASObj(const ManagerParts &parts);
     static MyMASObj *getMASObj();
 
     void MASActivate() { activate(); }

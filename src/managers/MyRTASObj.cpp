@@ -1,12 +1,14 @@
 #include "managers/MyRTASObj.h"
 
-#include "platform/FileOperations.h"
-#include "platform/Locations.h"
+#include "app/AppServices.h"
 #include "platform/SharedInstances.h"
 
 namespace korvane {
 
-MyRTASObj::MyRTASObj() : TypeManager(formatTraits(TypeRTAS)) {}
+MyRTASObj::MyRTASObj(const ManagerParts &parts)
+    : TypeManager(parts.services.formats().at(TypeRTAS), parts)
+{
+}
 
 MyRTASObj *MyRTASObj::getRTASObj()
 {
@@ -15,14 +17,7 @@ MyRTASObj *MyRTASObj::getRTASObj()
 
 void MyRTASObj::checkAndCreatePath(bool system)
 {
-    FileOperations &files = FileOperations::current();
-    // Whatever exists at a path is left alone, folder or not.
-    const int loc = system ? LocSystemActive : LocUserActive;
-    for (const QString &path : {digidesignParent(system), Locations::folder(TypeRTAS, loc)}) {
-        const QString expanded = Locations::expand(path);
-        if (!files.exists(expanded))
-            files.createDirectory(expanded);
-    }
+    createParentAndFolder(system);
 }
 
 } // namespace korvane

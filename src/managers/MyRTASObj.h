@@ -8,7 +8,7 @@ namespace korvane {
 class MyRTASObj : public TypeManager {
     Q_OBJECT
 public:
-    MyRTASObj();
+    explicit MyRTASObj(const ManagerParts &parts);
     static MyRTASObj *getRTASObj();
 
     void RTASActivate() { activate(); }

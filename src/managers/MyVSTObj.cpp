@@ -1,11 +1,14 @@
 #include "managers/MyVSTObj.h"
 
-#include "platform/Locations.h"
+#include "app/AppServices.h"
 #include "platform/SharedInstances.h"
 
 namespace korvane {
 
-MyVSTObj::MyVSTObj() : TypeManager(formatTraits(TypeVST)) {}
+MyVSTObj::MyVSTObj(const ManagerParts &parts)
+    : TypeManager(parts.services.formats().at(TypeVST), parts)
+{
+}
 
 MyVSTObj *MyVSTObj::getVSTObj()
 {

@@ -8,7 +8,7 @@ namespace korvane {
 class MyVSTObj : public TypeManager {
     Q_OBJECT
 public:
-    MyVSTObj();
+    explicit MyVSTObj(const ManagerParts &parts);
     static MyVSTObj *getVSTObj();
 
     void VSTActivate() { activate(); }

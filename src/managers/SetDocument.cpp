@@ -21,19 +21,8 @@ namespace {
 // A document of ten thousand plug-ins is about a megabyte; a file far beyond that is not one.
 constexpr qint64 kMaxDocumentSize = 64 * 1024 * 1024;
 
-struct Pin {
-    QList<AUItemPtr> items;
-    int count = 0;
-};
-
-// Never destroyed: a pin may still go while the statics go at exit.
-std::map<QString, Pin> &pins() {
-    static auto *map = new std::map<QString, Pin>();
-    return *map;
-}
-
 // nullopt: not a set document. An empty list: a document of no items.
-std::optional<QList<AUItemPtr>> decodeItems(const QByteArray &bytes) {
+std::optional<QList<AUItemPtr>> decodeItems(const QByteArray &bytes, AppServices *registry) {
     const std::optional<ArchivedObjectPtr> root = TypedStreamReader::read(bytes);
     if (!root || !*root || !(*root)->isArray())
         return std::nullopt;
@@ -41,7 +30,7 @@ std::optional<QList<AUItemPtr>> decodeItems(const QByteArray &bytes) {
     for (const ArchivedObjectPtr &element : (*root)->elements) {
         if (!element || element->className != QLatin1String("AUItem"))
             return std::nullopt;
-        AUItemPtr item = AUItem::initWithCoder(element->elements);
+        AUItemPtr item = AUItem::initWithCoder(element->elements, registry);
         if (!item)
             return std::nullopt;
         items.append(item);
@@ -129,46 +118,28 @@ QByteArray SetDocument::encode(const QList<AUItemPtr> &items) {
     return TypedStreamWriter::write(TypedStreamWriter::makeArray(elements));
 }
 
-QList<AUItemPtr> SetDocument::decode(const QByteArray &bytes) {
-    return decodeItems(bytes).value_or(QList<AUItemPtr>());
+QList<AUItemPtr> SetDocument::decode(const QByteArray &bytes, AppServices *registry) {
+    return decodeItems(bytes, registry).value_or(QList<AUItemPtr>());
 }
 
-bool SetDocument::write(const QString &path, const QList<AUItemPtr> &items) {
+bool SetDocument::write(FileOperations &files, const QString &path, const QList<AUItemPtr> &items) {
     // Written beside the target and renamed over it, so a failed save keeps the old document.
-    return FileOperations::current().writeFileAtomically(path, encode(items));
+    return files.writeFileAtomically(path, encode(items));
 }
 
-std::optional<QList<AUItemPtr>> SetDocument::load(const QString &path, QString *problem) {
+std::optional<QList<AUItemPtr>> SetDocument::load(const QString &path, QString *problem,
+                                                  AppServices *registry) {
     const std::optional<QByteArray> bytes = readOnce(path, problem);
     if (!bytes)
         return std::nullopt;
-    std::optional<QList<AUItemPtr>> items = decodeItems(*bytes);
+    std::optional<QList<AUItemPtr>> items = decodeItems(*bytes, registry);
     if (!items && problem)
         *problem = QStringLiteral("not a set document");
     return items;
 }
 
-QList<AUItemPtr> SetDocument::read(const QString &path) {
-    if (const auto pinned = pins().find(path); pinned != pins().end())
-        return pinned->second.items;
-    return load(path).value_or(QList<AUItemPtr>());
-}
-
-bool SetDocument::isReadable(const QString &path) {
-    return load(path).has_value();
-}
-
-PinnedSetDocument::PinnedSetDocument(const QString &path, const QList<AUItemPtr> &items)
-    : m_path(path) {
-    Pin &pin = pins()[path];
-    pin.items = items;
-    ++pin.count;
-}
-
-PinnedSetDocument::~PinnedSetDocument() {
-    const auto pinned = pins().find(m_path);
-    if (pinned != pins().end() && --pinned->second.count == 0)
-        pins().erase(pinned);
+QList<AUItemPtr> SetDocument::read(const QString &path, AppServices *registry) {
+    return load(path, nullptr, registry).value_or(QList<AUItemPtr>());
 }
 
 } // namespace korvane

@@ -1,17 +1,14 @@
 #include "managers/TypeManager.h"
 
-#include "managers/MyAdminObj.h"
-#include "managers/MyMASObj.h"
-#include "managers/MyRTASObj.h"
-#include "managers/MyVSTObj.h"
+#include "app/AppServices.h"
 #include "platform/Locations.h"
 
 #include <algorithm>
 
 namespace korvane {
 
-TypeManager::TypeManager(const FormatTraits &traits)
-    : fileName(QStringLiteral("Untitled")), m_traits(traits),
+TypeManager::TypeManager(const Format &format, const ManagerParts &parts)
+    : m_traits(format), m_parts(parts), fileName(QStringLiteral("Untitled")),
       m_columns{QStringLiteral("AUActive"), QStringLiteral("AUName"), QStringLiteral("AUGlobal"),
                 QStringLiteral("AUGroup")},
       m_sortDescriptors{{QStringLiteral("AUName"), true, true}}
@@ -20,20 +17,19 @@ TypeManager::TypeManager(const FormatTraits &traits)
 
 TypeManager::~TypeManager() = default;
 
-TypeManager *TypeManager::forType(int type)
+UserInterface &TypeManager::ui() const
 {
-    switch (type) {
-    case TypeAU:
-        return MyAdminObj::getAUObj();
-    case TypeRTAS:
-        return MyRTASObj::getRTASObj();
-    case TypeMAS:
-        return MyMASObj::getMASObj();
-    case TypeVST:
-        return MyVSTObj::getVSTObj();
-    default:
-        return nullptr;
-    }
+    return services().ui();
+}
+
+FileOperations &TypeManager::files() const
+{
+    return services().files();
+}
+
+const Locations &TypeManager::locations() const
+{
+    return services().locations();
 }
 
 void TypeManager::setApplyEnabled(bool enabled)
@@ -50,9 +46,18 @@ void TypeManager::setSetName(const QString &name)
     emit setNameChanged(name);
 }
 
-void TypeManager::reloadTable()
+void TypeManager::announceChanged(const QList<AUItemPtr> &items)
 {
-    emit tableReloaded();
+    QList<int> rows;
+    rows.reserve(items.size());
+    for (const AUItemPtr &item : items)
+        if (const int row = rowOf(item); row >= 0)
+            rows << row;
+    if (rows.isEmpty())
+        return;
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    emit itemsChanged(rows);
 }
 
 void TypeManager::selectSetIndex(int index)
@@ -61,17 +66,50 @@ void TypeManager::selectSetIndex(int index)
     emit setsChanged();
 }
 
+void TypeManager::selectItems(const QList<AUItemPtr> &items, const AUItemPtr &lastSelected)
+{
+    m_selection.clear();
+    for (const AUItemPtr &item : items)
+        if (item && !m_selection.contains(item))
+            m_selection << item;
+    if (lastSelected && !m_selection.contains(lastSelected))
+        m_selection << lastSelected;
+    // Without a word on which came last, the last one given stands for it.
+    m_lastSelected = lastSelected ? lastSelected : (m_selection.isEmpty() ? AUItemPtr()
+                                                                          : m_selection.last());
+    emit selectionChanged();
+}
+
+QList<AUItemPtr> TypeManager::selectedItems() const
+{
+    QList<AUItemPtr> items;
+    for (int row : selectedRows())
+        items << m_list.at(row);
+    return items;
+}
+
+QList<int> TypeManager::selectedRows() const
+{
+    QList<int> rows;
+    for (const AUItemPtr &item : m_selection)
+        if (const int row = rowOf(item); row >= 0)
+            rows << row;
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+int TypeManager::selectedRow() const
+{
+    return rowOf(m_lastSelected);
+}
+
 void TypeManager::selectRows(const QList<int> &rows, int lastSelected)
 {
-    QList<int> sorted = rows;
-    if (lastSelected >= 0 && !sorted.contains(lastSelected))
-        sorted << lastSelected;
-    std::sort(sorted.begin(), sorted.end());
-    sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
-    m_selectedRows = sorted;
-    // Without a word on which came last, the last one listed stands for it.
-    m_selectedRow = lastSelected >= 0 ? lastSelected : (rows.isEmpty() ? -1 : rows.last());
-    emit selectionChanged();
+    QList<AUItemPtr> items;
+    for (int row : rows)
+        if (m_list.isValidRow(row))
+            items << m_list.at(row);
+    selectItems(items, itemAt(lastSelected));
 }
 
 void TypeManager::markActive(const AUItemPtr &item, bool active)
@@ -79,6 +117,30 @@ void TypeManager::markActive(const AUItemPtr &item, bool active)
     item->setAUActive(active);
     item->checkObject(m_traits.type);
     checkLogForUpdate(item);
+}
+
+void TypeManager::markAll(const std::function<bool(const AUItem &)> &which, bool active)
+{
+    QList<AUItemPtr> changed;
+    for (const AUItemPtr &item : m_list.items()) {
+        if (!which(*item))
+            continue;
+        markActive(item, active);
+        changed << item;
+    }
+    announceChanged(changed);
+}
+
+void TypeManager::createParentAndFolder(bool system)
+{
+    // Whatever exists at a path is left alone, folder or not.
+    const QString parent = m_traits.parentFolder;
+    const int loc = system ? LocSystemActive : LocUserActive;
+    for (const QString &path : {system ? parent : QLatin1Char('~') + parent, m_traits.folder(loc)}) {
+        const QString expanded = locations().expand(path);
+        if (!path.isEmpty() && !files().exists(expanded))
+            files().createDirectory(expanded);
+    }
 }
 
 } // namespace korvane

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "managers/FormatTraits.h"
-#include "model/AUItem.h"
-#include "model/AULog.h"
+#include "managers/PluginList.h"
 #include "platform/FileOperations.h"
 
 #include <QList>
@@ -10,8 +9,24 @@
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <functional>
 
 namespace korvane {
+
+class AppServices;
+class Locations;
+class UserInterface;
+class BLAuthentication;
+class MyMissingItems;
+class MyPrefObj;
+
+// The controllers a manager works with, made by AppContext.
+struct ManagerParts {
+    AppServices &services; // registries, undo, log, file errors; roots, files, interface, formats
+    MyPrefObj &prefs;
+    MyMissingItems &missingItems;
+    BLAuthentication &authentication;
+};
 
 // One column of the table's sort order.
 struct SortDescriptor {
@@ -41,24 +56,37 @@ struct DropValidation {
     bool onRow;    // drop on a row (false: above)
 };
 
-// The one design of the four format managers: scanning, activation, sets, table, groups and
-// maintenance. A subclass only supplies its FormatTraits and its own spellings.
+// The one design of every format's manager: scanning, activation, sets, table, groups and
+// maintenance. A subclass only supplies its format's row and its own spellings.
+//
+// The manager keeps the list's order, as the behaviour requires (sets, groups and deletion work in
+// list order). It announces every change: itemsChanged for the rows whose values changed, a
+// reorder after a sort, a removal per deleted row, and a reset only when a rescan rebuilt the
+// list. The selection and the sort order are the view's: it hands them over as they change, and
+// the selection is kept by identity, so no row number goes stale.
 class TypeManager : public QObject {
     Q_OBJECT
 public:
-    explicit TypeManager(const FormatTraits &traits);
+    TypeManager(const Format &format, const ManagerParts &parts);
     ~TypeManager() override;
 
     const FormatTraits &traits() const { return m_traits; }
     int typeIndex() const { return m_traits.type; }
-    static TypeManager *forType(int type); // the shared manager of a type; nullptr for others
+
+    // --- The list ------------------------------------------------------------------------------
+    const PluginList &plugins() const { return m_list; }
+    const QList<AUItemPtr> &items() const { return m_list.items(); }
+    AUItemPtr itemAt(int row) const { return m_list.isValidRow(row) ? m_list.at(row) : AUItemPtr(); }
+    int rowOf(const AUItemPtr &item) const { return item ? m_list.rowOf(item.get()) : -1; }
 
     // --- Scanning --------------------------------------------------------------------------
     void reloadData();
     bool recognise(const QString &nameOrPath) const { return m_traits.recognise(nameOrPath); }
+    // Whether this manager has scanned its folders since it was made.
+    bool hasScanned() const { return m_scanned; }
 
     // --- Log records and activation ------------------------------------------------------------
-    int countOfUnprocessedLogItems() const;
+    int countOfUnprocessedLogItems() const { return m_list.pendingCount(); }
     void checkLogForUpdate(const AUItemPtr &item);
     int findItemIndex(const QString &name, int itemID) const;
     void activate();                       // offers to save the set, then applyAllPending
@@ -83,6 +111,7 @@ public:
     void openSet(const QString &path);
     // The merge of openSet alone: no dialog, no apply; the names of saved items that match none.
     QStringList mergeSet(const QString &path);
+    QStringList mergeItems(const QList<AUItemPtr> &saved);
     void selectSet(int index); // the pop-up's action with its new selection
     void updateSet();
     void saveSets();
@@ -90,14 +119,13 @@ public:
     bool archivePlugins(const QString &path) const;
 
     // --- Table ---------------------------------------------------------------------------------
-    int numberOfRowsInTableView() const { return plugins.size(); }
+    int numberOfRowsInTableView() const { return m_list.count(); }
     QVariant objectValue(int row, const QString &identifier) const;
     static QVariant itemValue(const AUItem &item, const QString &identifier);
     void setObjectValue(const QVariant &value, const QString &identifier, int row);
     void changeObject(const AUItemPtr &item, const QString &identifier, const QVariant &data);
     bool shouldSelectRow(int row);
     void sortDescriptorsDidChange(const QList<SortDescriptor> &descriptors);
-    void sortPlugins();
     QStringList writeRows(const QList<int> &rows) const;
     DropValidation validateDrop(int proposedRow, bool proposedOnRow, bool fromInsideApplication) const;
     bool acceptDrop(const QStringList &paths);
@@ -126,58 +154,74 @@ public:
     void setPlattformActive(int plattform, bool active);
 
     // --- State the window shows ----------------------------------------------------------------
-    QList<AUItemPtr> plugins;
-    QList<AULog> log;
-    QString fileName;
-    bool bChanged = false;
-
     bool isApplyEnabled() const { return pbActiveEnabled; }
     QString setName() const { return etName; }
     QStringList setTitles() const { return pbSetsTitles; }
     int selectedSetIndex() const { return pbSetsIndex; }
     void selectSetIndex(int index); // selection only, no action
+    bool isSetChanged() const { return bChanged; }
     QStringList columns() const { return m_columns; }
     QList<SortDescriptor> sortDescriptors() const { return m_sortDescriptors; }
 
-    // The table selection: rows ascending, and the row selected last (-1 for none).
-    QList<int> selectedRows() const { return m_selectedRows; }
-    int selectedRow() const { return m_selectedRow; }
+    // The view's selection, by identity; rows are where those items stand now, ascending, and the
+    // row selected last (-1 for none).
+    void selectItems(const QList<AUItemPtr> &items, const AUItemPtr &lastSelected = {});
+    QList<AUItemPtr> selectedItems() const;
+    QList<int> selectedRows() const;
+    int selectedRow() const;
     void selectRows(const QList<int> &rows, int lastSelected = -1);
 
 signals:
-    void tableReloaded();
+    void itemsAboutToBeReset();
+    void itemsReset();
+    void itemsChanged(const QList<int> &rows);
+    void itemsAboutToBeReordered();
+    void itemsReordered();
+    void itemAboutToBeRemoved(int row);
+    void itemRemoved(int row);
     void applyEnabledChanged(bool enabled);
     void setNameChanged(const QString &name);
     void setsChanged();
     void columnsChanged();
     void selectionChanged();
+    // For the info panel: a row was selected in the table, or the info command was given.
+    void rowSelected(const AUItemPtr &item);
+    void infoRequested(const AUItemPtr &item, bool showContent);
 
 protected:
+    AppServices &services() const { return m_parts.services; }
+    UserInterface &ui() const;
+    FileOperations &files() const;
+    const Locations &locations() const;
+    // The format's parent and active folder, system-wide or the user's, when missing.
+    void createParentAndFolder(bool system);
+
+private:
+    struct ApplyRun;
     void setApplyEnabled(bool enabled);
     void setSetName(const QString &name);
-    void reloadTable();
-    struct ApplyRun;
+    void announceChanged(const QList<AUItemPtr> &items);
+    void sortPlugins();
     MoveOutcome applyRecord(int logIndex, ApplyRun &run);
     MoveOutcome pendingOutcome(int logIndex, AUItemPtr *item = nullptr) const;
-    // The index in log of an item's record (matched by name and ID), or -1.
-    qsizetype recordIndexOf(const AUItem &item) const;
-    // Keeps the count of unprocessed records when one record's state may have changed.
-    void noteRecordState(bool wasProcessed, bool isProcessed);
+    // Sets an item's active flag, its place and its record; true when it is now pending.
     void markActive(const AUItemPtr &item, bool active);
-    QString undoActionName(const AUItem &item, bool globalFlag) const;
+    void markAll(const std::function<bool(const AUItem &)> &which, bool active);
 
     FormatTraits m_traits;
+    ManagerParts m_parts;
+    PluginList m_list;
+    QString fileName;
+    bool bChanged = false;
+    bool m_scanned = false;
     bool pbActiveEnabled = false;
     QString etName;
     QStringList pbSetsTitles{QStringLiteral("no set")};
     int pbSetsIndex = 0;
     QStringList m_columns;
     QList<SortDescriptor> m_sortDescriptors;
-    QList<int> m_selectedRows;
-    int m_selectedRow = -1;
-    // Unprocessed records in log, kept as they change so that marking one item costs no walk of
-    // the whole log; the records change state only through this class.
-    int m_unprocessedRecords = 0;
+    QList<AUItemPtr> m_selection; // in the order the view gave them
+    AUItemPtr m_lastSelected;
 };
 
 } // namespace korvane

@@ -10,6 +10,7 @@
 #include "platform/Locations.h"
 #include "platform/SystemLog.h"
 #include "platform/Texts.h"
+#include "platform/FormatTable.h"
 #include "privileged/BLAuthentication.h"
 #include "ui/UserInterface.h"
 
@@ -23,15 +24,9 @@ namespace korvane {
 
 namespace {
 
-// Nothing depends on the answer: the moves succeed or fail by the file system's own rights.
-void requestActivationRight()
-{
-    BLAuthentication::sharedInstance()->requestActivationRight();
-}
-
 // Another program moving the same plug-ins at the same time could leave one in neither folder;
 // while one does, nothing moves and the user is told who it is.
-bool libraryLocked(const LibraryLock &lock) {
+bool libraryLocked(const LibraryLock &lock, UserInterface &ui) {
     if (lock.isLocked())
         return true;
     Alert alert;
@@ -41,7 +36,7 @@ bool libraryLocked(const LibraryLock &lock) {
             ? tr("The plug-in library could not be locked: %1.").arg(lock.failure())
             : tr("%1 is moving plug-ins. Try again when it has finished.").arg(lock.holder());
     alert.buttons = {tr("OK")};
-    UserInterface::current().runAlert(alert);
+    ui.runAlert(alert);
     return false;
 }
 
@@ -52,61 +47,24 @@ QString yesNo(bool flag)
 
 } // namespace
 
-int TypeManager::countOfUnprocessedLogItems() const
-{
-    int count = 0;
-    for (const AULog &record : log)
-        if (!record.isLogProcessed())
-            ++count;
-    return count;
-}
-
-qsizetype TypeManager::recordIndexOf(const AUItem &item) const
-{
-    const QString name = item.getAUName();
-    const int id = item.getItemID();
-    // A scan gives record i the ID i, so the item's record is normally at its ID; the walk is
-    // left for a list that does not hold it there.
-    if (id >= 0 && id < log.size() && log.at(id).getLogID() == id
-        && log.at(id).getLogName() == name)
-        return id;
-    for (qsizetype i = 0; i < log.size(); ++i) {
-        // The ID is the cheap half of the match; most records differ in it.
-        if (log.at(i).getLogID() == id && log.at(i).getLogName() == name)
-            return i;
-    }
-    return -1;
-}
-
 void TypeManager::checkLogForUpdate(const AUItemPtr &item)
 {
-    const qsizetype index = recordIndexOf(*item);
+    const qsizetype index = m_list.recordIndexOf(*item);
     if (index < 0)
         return;
-    AULog &record = log[index];
+    AULog &record = m_list.record(index);
     const bool wasProcessed = record.isLogProcessed();
     record.checkAndUpdateLogID(item->getAUName(), item->getAULocation(), item->getItemID());
-    noteRecordState(wasProcessed, record.isLogProcessed());
+    m_list.noteRecordState(wasProcessed, record.isLogProcessed());
     if (!record.isLogProcessed())
         setApplyEnabled(true);
-    else if (m_unprocessedRecords == 0)
+    else if (m_list.pendingCount() == 0)
         setApplyEnabled(false);
-}
-
-void TypeManager::noteRecordState(bool wasProcessed, bool isProcessed)
-{
-    if (wasProcessed != isProcessed)
-        m_unprocessedRecords += isProcessed ? -1 : 1;
 }
 
 int TypeManager::findItemIndex(const QString &name, int itemID) const
 {
-    for (qsizetype i = 0; i < plugins.size(); ++i) {
-        const AUItem &item = *plugins.at(i);
-        if (item.getItemID() == itemID && item.getAUName() == name)
-            return int(i);
-    }
-    return -1;
+    return m_list.findItemIndex(name, itemID);
 }
 
 // One apply over the pending records.
@@ -120,8 +78,8 @@ struct TypeManager::ApplyRun {
 
 void TypeManager::activate()
 {
-    const LibraryLock lock;
-    if (!libraryLocked(lock))
+    const LibraryLock lock(files(), LibraryLock::lockFilePath(locations()));
+    if (!libraryLocked(lock, ui()))
         return;
     updateSet();
     // Every marked plug-in moves: applying one per press left the rest to be marked again.
@@ -130,21 +88,33 @@ void TypeManager::activate()
 
 QList<MoveOutcome> TypeManager::applyAllPending()
 {
-    const LibraryLock lock;
-    if (!libraryLocked(lock))
+    const LibraryLock lock(files(), LibraryLock::lockFilePath(locations()));
+    if (!libraryLocked(lock, ui()))
         return {};
-    requestActivationRight();
+    // Nothing depends on the answer: the moves succeed or fail by the file system's own rights.
+    m_parts.authentication.requestActivationRight();
     ApplyRun run;
-    run.installed.reserve(log.size());
-    for (const AULog &record : std::as_const(log))
+    const QList<AULog> &records = m_list.records();
+    run.installed.reserve(records.size());
+    for (const AULog &record : records)
         run.installed.insert(record.getLogPath() % QLatin1Char('/') % record.getLogName());
 
     QList<MoveOutcome> outcomes;
     QStringList left;
-    for (qsizetype i = 0; i < log.size(); ++i) {
-        if (log.at(i).isLogProcessed())
+    const int pending = m_list.pendingCount();
+    int done = 0;
+    const bool showProgress = pending > 0;
+    if (showProgress)
+        ui().progressBegin(tr("Moving plug-ins:"));
+    for (qsizetype i = 0; i < records.size(); ++i) {
+        if (records.at(i).isLogProcessed())
             continue;
+        // A person may stop a long apply between plug-ins; what moved stays moved.
+        if (!run.stopped && ui().progressCancelled())
+            run.stopped = true;
         if (!run.stopped) {
+            ui().progressText(records.at(i).getLogName());
+            ui().progressValue(done++, pending);
             outcomes << applyRecord(int(i), run);
             continue;
         }
@@ -156,21 +126,23 @@ QList<MoveOutcome> TypeManager::applyAllPending()
     }
     if (!left.isEmpty()) {
         systemLog(QStringLiteral("Stopped, not moved: %1").arg(left.join(QStringLiteral(", "))));
-        AppServices::getMainObj()->addLogEntry(
-            this, tr("Stopped, not moved: %1\n").arg(left.join(QStringLiteral(", "))));
+        services().addLogEntry(this,
+                               tr("Stopped, not moved: %1\n").arg(left.join(QStringLiteral(", "))));
     }
+    if (showProgress)
+        ui().progressEnd();
     reloadData();
     return outcomes;
 }
 
 MoveOutcome TypeManager::pendingOutcome(int logIndex, AUItemPtr *item) const
 {
-    const AULog &record = log.at(logIndex);
+    const AULog &record = m_list.records().at(logIndex);
     const QString from = record.getLogPath() % QLatin1Char('/') % record.getLogName();
     MoveOutcome outcome{record.getLogName(), from, QString(), false, false, FileError{}};
     const int index = findItemIndex(record.getLogName(), record.getLogID());
     if (index >= 0) {
-        const AUItemPtr &found = plugins.at(index);
+        const AUItemPtr &found = m_list.at(index);
         outcome.to = found->getAULocation() % QLatin1Char('/') % found->getAUName();
         outcome.enabled = found->getAUActive();
         if (item)
@@ -189,8 +161,8 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
         return outcome;
     }
 
-    AppServices *main = AppServices::getMainObj();
-    FileOperations &files = FileOperations::current();
+    AppServices *main = &services();
+    FileOperations &files = this->files();
     const auto reportFailure = [&](const FileError &error) {
         if (!main->fileManager(&files, QVariantMap{{QStringLiteral("Error"), error.reason},
                                                    {QStringLiteral("Path"), error.path}}))
@@ -208,7 +180,8 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
     if (otherCopy) {
         systemLog(QStringLiteral("Target is an installed copy, both kept: %1").arg(outcome.to));
         main->addLogEntry(this, tr("%1 stays in %2: another installed copy lies at %3\n")
-                                    .arg(outcome.name, log.at(logIndex).getLogPath(), outcome.to));
+                                    .arg(outcome.name, m_list.records().at(logIndex).getLogPath(),
+                                         outcome.to));
         outcome.otherCopyAtTarget = true;
         reportFailure({outcome.to, QStringLiteral("Another installed copy of the plug-in lies "
                                                   "there; both copies are kept")});
@@ -227,7 +200,7 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
             // reports the missing source instead.
         } else {
             if (!deletable)
-                requestActivationRight();
+                m_parts.authentication.requestActivationRight();
             // Into the trash, never unlinked: the target may hold files the scan never showed,
             // such as a licence inside an older bundle. Should that fail, the target stays and
             // the move below fails.
@@ -255,12 +228,12 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
         return outcome;
     }
 
-    AULog &record = log[logIndex];
-    noteRecordState(record.isLogProcessed(), true);
+    AULog &record = m_list.record(logIndex);
+    m_list.noteRecordState(record.isLogProcessed(), true);
     record.setLogProcessed(true);
     run.installed.remove(outcome.from);
     run.installed.insert(outcome.to);
-    if (m_unprocessedRecords == 0)
+    if (m_list.pendingCount() == 0)
         setApplyEnabled(false);
     moveContent(item);
     outcome.ok = true;
@@ -269,15 +242,15 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
 
 void TypeManager::moveContent(const AUItemPtr &item)
 {
-    if (!MyPrefObj::getPref()->moveContent(m_traits.type) || !item->hasContent()
+    if (!m_parts.prefs.moveContent(m_traits.type) || !item->hasContent()
         || item->getContentMaxIndex() <= 0)
         return;
 
     QStringList prefixes;
-    for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc)
-        prefixes << Locations::folderPath(m_traits.type, loc) + QLatin1Char('/');
+    for (const QString &folder : locations().folderPaths(m_traits))
+        prefixes << folder + QLatin1Char('/');
 
-    FileOperations &files = FileOperations::current();
+    FileOperations &files = this->files();
     const int count = item->getContentMaxIndex();
     for (int i = 0; i < count; ++i) {
         const QString entry = item->getContentByIndex(i);
@@ -312,60 +285,50 @@ void TypeManager::moveContent(const AUItemPtr &item)
 
 void TypeManager::setAllActive()
 {
-    for (const AUItemPtr &item : plugins)
-        if (!item->getAUActive())
-            markActive(item, true);
-    reloadTable();
+    markAll([](const AUItem &item) { return !item.getAUActive(); }, true);
 }
 
 void TypeManager::setAllInactive()
 {
-    for (const AUItemPtr &item : plugins)
-        if (item->getAUActive())
-            markActive(item, false);
-    reloadTable();
+    markAll([](const AUItem &item) { return item.getAUActive(); }, false);
 }
 
 void TypeManager::setGroupActive()
 {
-    const int row = selectedRow();
-    if (row < 0 || row >= plugins.size())
+    const AUItemPtr selected = itemAt(selectedRow());
+    if (!selected)
         return;
-    const int group = plugins.at(row)->getGroupID();
-    for (const AUItemPtr &item : plugins)
-        if (!item->getAUActive() && item->groupIDEqualTo(group))
-            markActive(item, true);
-    reloadTable();
+    const int group = selected->getGroupID();
+    markAll([group](const AUItem &item) { return !item.getAUActive() && item.groupIDEqualTo(group); },
+            true);
 }
 
 void TypeManager::setGroupInactive()
 {
-    const int row = selectedRow();
-    if (row < 0 || row >= plugins.size())
+    const AUItemPtr selected = itemAt(selectedRow());
+    if (!selected)
         return;
-    const int group = plugins.at(row)->getGroupID();
-    for (const AUItemPtr &item : plugins)
-        if (item->getAUActive() && item->groupIDEqualTo(group))
-            markActive(item, false);
-    reloadTable();
+    const int group = selected->getGroupID();
+    markAll([group](const AUItem &item) { return item.getAUActive() && item.groupIDEqualTo(group); },
+            false);
 }
 
 // The selected-row commands set every selected item whatever its state, so each one's record is
 // brought up to date even when nothing changes.
 void TypeManager::setSelectedActive()
 {
-    for (int row : selectedRows())
-        if (row >= 0 && row < plugins.size())
-            markActive(plugins.at(row), true);
-    reloadTable();
+    const QList<AUItemPtr> selected = selectedItems();
+    for (const AUItemPtr &item : selected)
+        markActive(item, true);
+    announceChanged(selected);
 }
 
 void TypeManager::setSelectedInactive()
 {
-    for (int row : selectedRows())
-        if (row >= 0 && row < plugins.size())
-            markActive(plugins.at(row), false);
-    reloadTable();
+    const QList<AUItemPtr> selected = selectedItems();
+    for (const AUItemPtr &item : selected)
+        markActive(item, false);
+    announceChanged(selected);
 }
 
 } // namespace korvane

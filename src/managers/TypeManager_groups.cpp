@@ -11,16 +11,19 @@
 namespace korvane {
 
 QString TypeManager::groupsFilePath() const {
-    return Locations::expand(Locations::dataFile(m_traits.groupsFile));
+    return locations().dataFilePath(m_traits.groupsFile);
 }
 
 void TypeManager::saveGroups() {
+    // A format that was never scanned (switched off) holds no items: writing its list would wipe
+    // the groups its plug-ins had.
+    if (!m_scanned)
+        return;
     QVariantList pairs;
-    for (const AUItemPtr &item : std::as_const(plugins))
+    for (const AUItemPtr &item : m_list.items())
         pairs << item->getAUName() << item->getAUGroup();
-    AppServices *services = AppServices::getMainObj();
-    services->createSupportFolder(); // a fresh home has none yet
-    services->writeDataFile(groupsFilePath(), pairs, [](const QString &file) {
+    services().createSupportFolder(); // a fresh home has none yet
+    services().writeDataFile(groupsFilePath(), pairs, [](const QString &file) {
         return PropertyList::readArray(file).has_value();
     });
 }
@@ -40,8 +43,7 @@ QString TypeManager::findGroup(const QVariantList &groups, const QString &name) 
 void TypeManager::changeGroup(const AUItemPtr &item, const QString &group) {
     if (!item)
         return;
-    AppServices *services = AppServices::getMainObj();
-    UndoManager *undo = services->getUndoManager();
+    UndoManager *undo = services().getUndoManager();
 
     const QString previous = item->getAUGroup();
     QPointer<TypeManager> self(this);
@@ -55,28 +57,27 @@ void TypeManager::changeGroup(const AUItemPtr &item, const QString &group) {
             QStringLiteral("%1 %2 for \"%3\"")
                 .arg(QStringLiteral("setGroup"), item->getAUGroup(), item->getAUName()));
     if (undo->isUndoing() || undo->isRedoing())
-        reloadTable();
-    services->setUndoTitle();
+        announceChanged({item});
+    services().setUndoTitle();
     saveGroups();
 }
 
 void TypeManager::setGroup(const QString &menuTitle) {
     const QString group =
         menuTitle == QLatin1String("none") ? QString(QLatin1String("")) : menuTitle;
-    for (int row : std::as_const(m_selectedRows)) {
-        if (row >= 0 && row < plugins.size())
-            plugins.at(row)->setAUGroup(group);
-    }
-    reloadTable();
+    const QList<AUItemPtr> selected = selectedItems();
+    for (const AUItemPtr &item : selected)
+        item->setAUGroup(group);
+    announceChanged(selected);
     saveGroups();
 }
 
 int TypeManager::numberOfItemsInComboBoxCell() const {
-    return int(AppServices::getMainObj()->getGroups().size());
+    return int(services().getGroups().size());
 }
 
 QString TypeManager::comboBoxCellObjectValue(int index) const {
-    return AppServices::getMainObj()->getGroups().value(index);
+    return services().getGroups().value(index);
 }
 
 } // namespace korvane

@@ -3,9 +3,9 @@
 #include "managers/TypeManager.h"
 
 #include "app/AppServices.h"
-#include "panels/MyInfoObj.h"
 #include "panels/MyPrefObj.h"
 #include "platform/FileOperations.h"
+#include "platform/SystemLog.h"
 #include "platform/Texts.h"
 #include "ui/UserInterface.h"
 
@@ -18,13 +18,13 @@ namespace korvane {
 
 namespace {
 
-void showOkAlert(const QString &message, const QString &informative)
+void showOkAlert(UserInterface &ui, const QString &message, const QString &informative)
 {
     Alert alert;
     alert.messageText = message;
     alert.informativeText = informative;
     alert.buttons = {tr("Ok")};
-    UserInterface::current().runAlert(alert);
+    ui.runAlert(alert);
 }
 
 QString trText(const QString &english)
@@ -36,31 +36,29 @@ QString trText(const QString &english)
 
 void TypeManager::getInfo()
 {
-    MyInfoObj *info = MyInfoObj::getInfo();
-    info->setDisplayContent(MyPrefObj::getPref()->showContent(m_traits.type));
-    if (m_selectedRow < 0 || m_selectedRow >= plugins.size()) {
-        showOkAlert(trText(m_traits.infoMessage), trText(m_traits.infoText));
-        return;
-    }
-    info->showInfo(plugins.at(m_selectedRow));
+    const AUItemPtr selected = itemAt(selectedRow());
+    // Without a selection the panel only learns whether to show content.
+    emit infoRequested(selected, m_parts.prefs.showContent(m_traits.type));
+    if (!selected)
+        showOkAlert(ui(), trText(m_traits.infoMessage), trText(m_traits.infoText));
 }
 
 void TypeManager::backupRestore()
 {
-    showOkAlert(trText(m_traits.backupRestoreMessage),
+    showOkAlert(ui(), trText(m_traits.backupRestoreMessage),
                 tr("This function will be implemented in a future version"));
 }
 
 void TypeManager::checkForDuplicates()
 {
-    AppServices *services = AppServices::getMainObj();
+    AppServices *services = &this->services();
     services->showLog();
     services->addLogEntry(
         this, QStringLiteral("----- %1 -----\n").arg(QDateTime::currentDateTime().toString()));
 
     // The lines go to the log as one entry: the same text, and one append instead of one per
     // line keeps a long report linear however the log stores its text.
-    const QList<QPair<QString, int>> names = duplicateNames(plugins);
+    const QList<QPair<QString, int>> names = duplicateNames(m_list.items());
     QString report;
     qsizetype length = 0;
     for (const auto &[name, count] : names)
@@ -100,30 +98,34 @@ QList<QPair<QString, int>> TypeManager::duplicateNames(const QList<AUItemPtr> &i
 
 void TypeManager::deleteItem()
 {
-    QList<int> rows = m_selectedRows;
+    QList<int> rows = selectedRows();
     // Highest row first, so a removal never shifts a row still to come.
     std::sort(rows.begin(), rows.end(), std::greater<int>());
-    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
-    FileOperations &files = FileOperations::current();
+    FileOperations &files = this->files();
     for (int row : std::as_const(rows)) {
-        if (row < 0 || row >= plugins.size())
-            continue;
-        const AUItemPtr item = plugins.at(row);
-        files.moveToTrash(QStringLiteral("%1/%2").arg(item->getAULocation(), item->getAUName()));
-        plugins.removeAt(row);
+        const AUItemPtr item = m_list.at(row);
+        const QString path = QStringLiteral("%1/%2").arg(item->getAULocation(), item->getAUName());
+        QString trashedTo;
+        FileError error;
+        // The item leaves the list either way; the next rescan shows one whose trash failed.
+        if (files.moveToTrash(path, &error, &trashedTo))
+            systemLog(QStringLiteral("Moved to the trash: %1 -> %2").arg(path, trashedTo));
+        else
+            systemLog(QStringLiteral("Not moved to the trash: %1: %2").arg(path, error.reason));
+        emit itemAboutToBeRemoved(row);
+        m_list.removeAt(row);
+        emit itemRemoved(row);
     }
-    reloadTable();
-    if (plugins.isEmpty())
-        selectRows({}, -1);
+    if (m_list.isEmpty())
+        selectItems({});
     else
-        selectRows({0}, 0);
+        selectItems({m_list.at(0)});
 }
 
 QString TypeManager::getIconFromObject(int row) const
 {
-    if (row < 0 || row >= plugins.size())
-        return QString();
-    return plugins.at(row)->getAUIcon();
+    const AUItemPtr item = itemAt(row);
+    return item ? item->getAUIcon() : QString();
 }
 
 void TypeManager::setPlattformVisible(bool visible)
@@ -138,14 +140,7 @@ void TypeManager::setPlattformVisible(bool visible)
 
 void TypeManager::setPlattformActive(int plattform, bool active)
 {
-    for (const AUItemPtr &item : std::as_const(plugins)) {
-        if (item->getPlattform() != plattform)
-            continue;
-        item->setAUActive(active);
-        item->checkObject(m_traits.type);
-        checkLogForUpdate(item);
-    }
-    reloadTable();
+    markAll([plattform](const AUItem &item) { return item.getPlattform() == plattform; }, active);
 }
 
 } // namespace korvane

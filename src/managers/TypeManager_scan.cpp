@@ -4,6 +4,7 @@
 
 #include "app/AppServices.h"
 #include "panels/MyPrefObj.h"
+#include "platform/FormatTable.h"
 #include "platform/Bundle.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
@@ -104,39 +105,45 @@ void createIfMissing(FileOperations &files, const QString &path)
 
 void TypeManager::reloadData()
 {
-    AppServices *main = AppServices::getMainObj();
-    main->getUndoManager()->removeAllActionsWithTarget(this);
-    main->setUndoTitle();
-    main->setRedoTitle();
+    AppServices &main = services();
+    main.getUndoManager()->removeAllActionsWithTarget(this);
+    main.setUndoTitle();
+    main.setRedoTitle();
 
-    plugins.clear();
-    log.clear();
-    m_unprocessedRecords = 0; // every record a scan makes is processed
+    // The selection outlives the rescan by name and place; the items themselves are made anew.
+    QList<QPair<QString, QString>> selected;
+    for (const AUItemPtr &item : selectedItems())
+        selected.append({item->getAUName(), item->getAULocation()});
+
+    emit itemsAboutToBeReset();
+    m_list.clear();
     fileName = QStringLiteral("Untitled");
+    m_scanned = true;
 
     const GroupIndex groups(
-        PropertyList::readArray(Locations::expand(Locations::dataFile(m_traits.groupsFile)))
+        PropertyList::readArray(locations().dataFilePath(m_traits.groupsFile))
             .value_or(QVariantList{}));
 
-    FileOperations &files = FileOperations::current();
-    UserInterface &ui = UserInterface::current();
+    FileOperations &files = this->files();
+    UserInterface &ui = this->ui();
     ui.progressBegin(tr(m_traits.panelTitle.toUtf8().constData()));
     ScanProgress progress(ui, m_traits.progressOffset);
     const QString folderPrefix = tr(m_traits.folderTextPrefix.toUtf8().constData());
-    // Audio Units never recurse.
-    const bool subpaths = m_traits.recognitionTakesFullPath
-        && MyPrefObj::getPref()->scanSubpaths(m_traits.type);
+    const bool subpaths = m_parts.prefs.scanSubpaths(m_traits.type);
     // The disk does not change under one scan in any way the scan cares about; the next scan
     // starts with a new cache.
     std::optional<ScanCache> cache(std::in_place);
 
     for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc) {
-        const QString written = Locations::folder(m_traits.type, loc);
-        const QString folder = Locations::folderPath(m_traits.type, loc);
+        const QString written = m_traits.folder(loc);
+        const QString folder = locations().expand(written);
 
-        if (m_traits.createsDigidesignParents && (loc == LocSystemActive || loc == LocUserActive))
-            createIfMissing(files, Locations::expand(digidesignParent(loc == LocSystemActive)));
-        if (m_traits.createdFolders[loc])
+        if (m_traits.createsParentOnScan && isActiveLocation(loc)) {
+            const QString parent = isSystemLocation(loc) ? m_traits.parentFolder
+                                                         : QLatin1Char('~') + m_traits.parentFolder;
+            createIfMissing(files, locations().expand(parent));
+        }
+        if (m_traits.createdFolders[size_t(loc)])
             createIfMissing(files, folder);
 
         QStringList entries;
@@ -145,14 +152,14 @@ void TypeManager::reloadData()
             // subfolder of the disabled folder and must be found there to be enabled again.
             QStringList listing;
             collectOutsidePackages(files, folder, QString(), &listing);
-            entries = main->removeIrrelevantData(m_traits.type, loc, listing);
+            entries = main.removeIrrelevantData(m_traits.type, loc, listing);
         } else {
             entries = files.directoryContents(folder);
         }
 
         progress.folder(folderPrefix + written);
-        const bool global = loc == LocSystemActive || loc == LocSystemDisabled;
-        const bool active = loc == LocSystemActive || loc == LocUserActive;
+        const bool global = isSystemLocation(loc);
+        const bool active = isActiveLocation(loc);
         const qsizetype n = entries.size();
         for (qsizetype k = 1; k <= n; ++k) {
             const QString &entry = entries.at(k - 1);
@@ -162,7 +169,7 @@ void TypeManager::reloadData()
             if (!m_traits.recognise(m_traits.recognitionTakesFullPath ? fullPath : entry))
                 continue;
 
-            auto item = std::make_shared<AUItem>();
+            auto item = std::make_shared<AUItem>(&main);
             item->setAUName(entry);
             item->setAULocation(folder);
             item->setAUGlobal(global);
@@ -174,14 +181,9 @@ void TypeManager::reloadData()
             record.setLogPath(folder);
             record.setLogProcessed(true);
 
-            plugins.append(item);
-            const int id = int(plugins.size() - 1);
-            item->setItemID(id);
+            m_list.append(item, record);
             item->initAUIcon();
             item->setPlattform(fullPath);
-
-            record.setLogID(id);
-            log.append(record);
         }
     }
 
@@ -189,7 +191,15 @@ void TypeManager::reloadData()
     ui.progressEnd();
     setApplyEnabled(false);
     sortPlugins();
-    reloadTable();
+
+    QList<AUItemPtr> reselected;
+    for (const AUItemPtr &item : m_list.items())
+        if (selected.contains({item->getAUName(), item->getAULocation()}))
+            reselected << item;
+    m_selection = reselected;
+    m_lastSelected = reselected.isEmpty() ? AUItemPtr() : reselected.last();
+    emit itemsReset();
+    emit selectionChanged();
 }
 
 } // namespace korvane

@@ -24,15 +24,11 @@ namespace {
 
 const QString kNoSet = QStringLiteral("no set");
 
-QString documentsFolder() {
-    return Locations::expand(QStringLiteral("~/Documents"));
-}
-
 } // namespace
 
 void TypeManager::awakeFromNib() {
     const std::optional<QStringList> stored =
-        PropertyList::readStringArray(Locations::expand(Locations::dataFile(m_traits.setsFile)));
+        PropertyList::readStringArray(locations().dataFilePath(m_traits.setsFile));
     QStringList titles;
     if (!stored) {
         titles << kNoSet;
@@ -68,9 +64,9 @@ void TypeManager::save() {
 
 void TypeManager::saveAs() {
     SavePanelRequest request;
-    request.directory = documentsFolder();
+    request.directory = locations().documentsFolder();
     request.fileName = m_traits.savePanelName;
-    const std::optional<QString> path = UserInterface::current().runSavePanel(request);
+    const std::optional<QString> path = ui().runSavePanel(request);
     if (path)
         savePanelDidEnd(1, *path);
     else
@@ -92,9 +88,9 @@ void TypeManager::savePanelDidEnd(int returnCode, const QString &path) {
 
 void TypeManager::open() {
     OpenPanelRequest request;
-    request.directory = documentsFolder();
+    request.directory = locations().documentsFolder();
     request.allowedTypes = m_traits.documentExtension.split(QLatin1Char(' '));
-    const std::optional<QString> path = UserInterface::current().runOpenPanel(request);
+    const std::optional<QString> path = ui().runOpenPanel(request);
     if (path)
         openPanelDidEnd(1, *path);
     else
@@ -124,15 +120,18 @@ void TypeManager::openDefaultSet(const QString &path) {
 
 QStringList TypeManager::mergeSet(const QString &path)
 {
+    return mergeItems(SetDocument::read(path)); // only names, places and flags are taken
+}
+
+QStringList TypeManager::mergeItems(const QList<AUItemPtr> &saved)
+{
     // A document saved while a plug-in was installed twice (system and user folder) names it
     // twice. Each saved entry goes to the copy that lies where the entry says, then to a copy in
     // the same scope (system or user), then to any copy still without an entry, in list order;
     // matching by name and position alone would follow the table's sort order and send one copy
     // onto the other's place. An entry left without a copy is missing like an unknown name.
-    const QList<AUItemPtr> saved = SetDocument::read(path);
-    std::array<QString, 4> folders;
-    for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc)
-        folders[size_t(loc)] = Locations::folderPath(m_traits.type, loc);
+    const std::array<QString, LocationCount> folders = locations().folderPaths(m_traits);
+    const QList<AUItemPtr> &plugins = m_list.items();
 
     // The installed copies of each name in list order, where each lies on disk (the folder its
     // record was scanned in) and whether that is a system-wide folder.
@@ -143,8 +142,9 @@ QStringList TypeManager::mergeSet(const QString &path)
     for (qsizetype i = 0; i < plugins.size(); ++i) {
         const AUItem &item = *plugins.at(i);
         copies[item.getAUName()].append(i);
-        const qsizetype record = recordIndexOf(item);
-        const QString &folder = record >= 0 ? log.at(record).getLogPath() : item.getAULocation();
+        const qsizetype record = m_list.recordIndexOf(item);
+        const QString &folder =
+            record >= 0 ? m_list.records().at(record).getLogPath() : item.getAULocation();
         where[size_t(i)] = folder;
         const bool system =
             folder == folders[LocSystemActive] || folder == folders[LocSystemDisabled];
@@ -183,6 +183,7 @@ QStringList TypeManager::mergeSet(const QString &path)
     pass([](const AUItem &, qsizetype) { return true; });
 
     QStringList missing;
+    QList<AUItemPtr> changed;
     for (qsizetype s = 0; s < saved.size(); ++s) {
         const AUItem &entry = *saved.at(s);
         if (match[size_t(s)] < 0) {
@@ -196,28 +197,29 @@ QStringList TypeManager::mergeSet(const QString &path)
         item->setAUActive(entry.getAUActive());
         item->checkObject(folders);
         checkLogForUpdate(item);
+        changed << item;
     }
+    announceChanged(changed);
     return missing;
 }
 
 void TypeManager::openSet(const QString &path) {
-    MyMissingItems *missingItems = MyMissingItems::getMI();
-    missingItems->removeMissingItems();
+    MyMissingItems &missingItems = m_parts.missingItems;
+    missingItems.removeMissingItems();
     const QStringList missing = mergeSet(path);
     for (const QString &name : missing)
-        missingItems->addMissingItem(name);
+        missingItems.addMissingItem(name);
 
     setSetName(path);
-    reloadTable();
 
     if (!missing.isEmpty()) {
-        if (missingItems->showMissingItems() == 2)
+        if (missingItems.showMissingItems() == 2)
             save(); // rewrites the document from the current list, without the missing entries
         else
             selectSetIndex(std::max(0, int(pbSetsTitles.indexOf(kNoSet))));
     }
 
-    if (MyPrefObj::getPref()->activateDefaultSet(m_traits.type))
+    if (m_parts.prefs.activateDefaultSet(m_traits.type))
         activate();
 }
 
@@ -229,7 +231,7 @@ void TypeManager::selectSet(int index) {
             return;
         }
         const QString path = pbSetsTitles.value(pbSetsIndex);
-        if (FileOperations::current().exists(path)) {
+        if (files().exists(path)) {
             openSet(path);
             return;
         }
@@ -240,7 +242,15 @@ void TypeManager::selectSet(int index) {
         alert.buttons = {tr("try again"), tr("remove")};
         alert.informativeText =
             tr("The set \"%@\" not longer exist.").replace(QLatin1String("%@"), path);
-        if (UserInterface::current().runAlert(alert) != AlertDefault) {
+        const int answer = ui().runAlert(alert);
+        if (answer == AlertDefault && !ui().isInteractive()) {
+            // Nobody is there to put the file back: asking again would never end. The entry
+            // stays for a person to decide on later.
+            selectSetIndex(std::max(0, int(pbSetsTitles.indexOf(kNoSet))));
+            bChanged = false;
+            return;
+        }
+        if (answer != AlertDefault) {
             pbSetsTitles.removeAll(path);
             emit setsChanged();
             selectSetIndex(std::max(0, int(pbSetsTitles.indexOf(kNoSet))));
@@ -252,7 +262,7 @@ void TypeManager::selectSet(int index) {
 void TypeManager::updateSet() {
     if (!bChanged)
         return;
-    // Compared with a capital S, so the pop-up's "no set" never matches; kept as it always was.
+    // Compared with a capital S, so the pop-up's "no set" never matches.
     if (pbSetsTitles.value(pbSetsIndex) == QLatin1String("no Set"))
         return;
 
@@ -260,7 +270,7 @@ void TypeManager::updateSet() {
     alert.messageText = tr("Save changes to Set");
     alert.buttons = {tr("Save"), tr("Discard")};
     alert.informativeText = tr("Save changes to actual Set?");
-    if (UserInterface::current().runAlert(alert) == AlertDefault) {
+    if (ui().runAlert(alert) == AlertDefault) {
         save();
     } else {
         selectSetIndex(0);
@@ -269,13 +279,13 @@ void TypeManager::updateSet() {
 }
 
 void TypeManager::saveSets() {
-    const QString path = Locations::expand(Locations::dataFile(m_traits.setsFile));
-    AppServices::getMainObj()->createSupportFolder(); // a fresh home has none yet
+    const QString path = locations().dataFilePath(m_traits.setsFile);
+    services().createSupportFolder(); // a fresh home has none yet
     QVariantList titles;
     for (const QString &title : std::as_const(pbSetsTitles))
         titles << title;
     // The list is read as names only; a file holding anything else is kept, not replaced.
-    AppServices::getMainObj()->writeDataFile(path, titles, [](const QString &file) {
+    services().writeDataFile(path, titles, [](const QString &file) {
         return PropertyList::readStringArray(file).has_value();
     });
 }
@@ -288,7 +298,7 @@ QString TypeManager::getSelectedSet() const {
 }
 
 bool TypeManager::archivePlugins(const QString &path) const {
-    return SetDocument::write(path, plugins);
+    return SetDocument::write(files(), path, m_list.items());
 }
 
 } // namespace korvane

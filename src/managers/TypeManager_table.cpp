@@ -3,7 +3,6 @@
 #include "managers/TypeManager.h"
 
 #include "app/AppServices.h"
-#include "panels/MyInfoObj.h"
 #include "platform/FileOperations.h"
 #include "platform/Locations.h"
 #include "platform/Texts.h"
@@ -129,9 +128,9 @@ QString lastPathComponent(QString path)
 
 QVariant TypeManager::objectValue(int row, const QString &identifier) const
 {
-    if (row < 0 || row >= plugins.size())
+    if (!m_list.isValidRow(row))
         return QVariant();
-    return itemValue(*plugins.at(row), identifier);
+    return itemValue(*m_list.at(row), identifier);
 }
 
 QVariant TypeManager::itemValue(const AUItem &item, const QString &identifier)
@@ -166,22 +165,9 @@ QVariant TypeManager::itemValue(const AUItem &item, const QString &identifier)
 
 void TypeManager::setObjectValue(const QVariant &value, const QString &identifier, int row)
 {
-    if (row < 0 || row >= plugins.size())
+    if (!m_list.isValidRow(row))
         return;
-    changeObject(plugins.at(row), identifier, value);
-}
-
-QString TypeManager::undoActionName(const AUItem &item, bool globalFlag) const
-{
-    const QString word =
-        globalFlag ? (item.getAUGlobal() ? QStringLiteral("setGlobal") : QStringLiteral("setLocal"))
-                   : (item.getAUActive() ? m_traits.activeOnWord : m_traits.activeOffWord);
-    const QString name = item.getAUName();
-    if (!m_traits.wordFirst)
-        return QStringLiteral("%1 \"%2\"").arg(name, word);
-    if (globalFlag)
-        return QStringLiteral("%1 for \"%2\"").arg(word, name);
-    return QStringLiteral("%1 \"%2\"").arg(word, name);
+    changeObject(m_list.at(row), identifier, value);
 }
 
 void TypeManager::changeObject(const AUItemPtr &item, const QString &identifier,
@@ -189,14 +175,14 @@ void TypeManager::changeObject(const AUItemPtr &item, const QString &identifier,
 {
     if (!item)
         return;
-    AppServices *services = AppServices::getMainObj();
+    AppServices *services = &this->services();
     UndoManager *undo = services->getUndoManager();
 
     if (identifier == kGroup) {
         changeGroup(item, data.toString());
         item->checkObject(m_traits.type);
         checkLogForUpdate(item);
-        reloadTable();
+        announceChanged({item});
         return;
     }
     if (identifier != kActive && identifier != kGlobal)
@@ -214,29 +200,29 @@ void TypeManager::changeObject(const AUItemPtr &item, const QString &identifier,
     else
         item->setAUActive(!item->getAUActive());
     if (!undo->isUndoing())
-        undo->setActionName(undoActionName(*item, globalFlag));
+        undo->setActionName(m_traits.toggleActionName(item->getAUName(), item->getAUActive(),
+                                                      item->getAUGlobal(), globalFlag));
 
     services->setUndoTitle();
     services->setRedoTitle();
     item->checkObject(m_traits.type);
     checkLogForUpdate(item);
     bChanged = pbSetsIndex > 0;
-    reloadTable();
+    announceChanged({item});
 }
 
 bool TypeManager::shouldSelectRow(int row)
 {
-    MyInfoObj *info = MyInfoObj::getInfo();
-    if (info->isVisible())
-        info->showInfo(row >= 0 && row < plugins.size() ? plugins.at(row) : AUItemPtr());
+    emit rowSelected(itemAt(row));
     return true;
 }
 
 void TypeManager::sortDescriptorsDidChange(const QList<SortDescriptor> &descriptors)
 {
     m_sortDescriptors = descriptors;
+    emit itemsAboutToBeReordered();
     sortPlugins();
-    reloadTable();
+    emit itemsReordered();
 }
 
 void TypeManager::sortPlugins()
@@ -246,6 +232,7 @@ void TypeManager::sortPlugins()
     // Stable, and item IDs stay as the scan gave them: activation finds items by ID.
     std::vector<SortColumn> columns;
     columns.reserve(size_t(m_sortDescriptors.size()));
+    const QList<AUItemPtr> &plugins = m_list.items();
     for (const SortDescriptor &descriptor : std::as_const(m_sortDescriptors))
         columns.emplace_back(descriptor, plugins);
     std::vector<qsizetype> order(size_t(plugins.size()));
@@ -261,16 +248,15 @@ void TypeManager::sortPlugins()
     sorted.reserve(plugins.size());
     for (qsizetype index : order)
         sorted.append(plugins.at(index));
-    plugins = std::move(sorted);
+    m_list.reorder(std::move(sorted));
 }
 
 QStringList TypeManager::writeRows(const QList<int> &rows) const
 {
     QStringList paths;
     for (int row : rows) {
-        if (row >= 0 && row < plugins.size())
-            paths << QStringLiteral("%1/%2").arg(plugins.at(row)->getAULocation(),
-                                                 plugins.at(row)->getAUName());
+        if (const AUItemPtr item = itemAt(row))
+            paths << QStringLiteral("%1/%2").arg(item->getAULocation(), item->getAUName());
     }
     return paths;
 }
@@ -288,7 +274,7 @@ DropValidation TypeManager::validateDrop(int proposedRow, bool proposedOnRow,
 
 bool TypeManager::acceptDrop(const QStringList &paths)
 {
-    UserInterface &ui = UserInterface::current();
+    UserInterface &ui = this->ui();
     Alert alert;
     alert.style = Alert::Informational;
     alert.messageText = tr("Install Files");
@@ -303,7 +289,7 @@ bool TypeManager::acceptDrop(const QStringList &paths)
 
     ui.progressBegin(tr(m_traits.installProgressTitle.toUtf8().constData()));
     ui.progressDetail(QString());
-    FileOperations &files = FileOperations::current();
+    FileOperations &files = this->files();
     const int count = paths.size();
     for (int i = 0; i < count; ++i) {
         const QString &path = paths.at(i);
@@ -313,10 +299,9 @@ bool TypeManager::acceptDrop(const QStringList &paths)
         const bool recognised = recognise(m_traits.recognitionTakesFullPath ? path : name);
         if (!recognised && !allFiles)
             continue;
-        const QString target =
-            Locations::expand(QString(m_traits.installTarget).replace(QLatin1String("%@"), name));
+        const QString target = locations().expand(m_traits.installPath(name));
         // A fresh account may have no plug-in folder yet; a drop should still install.
-        AppServices::getMainObj()->createFolders(target);
+        services().createFolders(target);
         files.copy(path, target); // never overwrites; failures show in the rescan
     }
     reloadData();

@@ -2,6 +2,7 @@
 
 #include "app/AppServices.h"
 #include "platform/Bundle.h"
+#include "platform/FormatTable.h"
 #include "platform/Locations.h"
 #include "platform/TypedStream.h"
 
@@ -24,7 +25,7 @@ void AUItem::initAUIcon()
 
 void AUItem::setAUGroup(const QString &group)
 {
-    const qsizetype index = AppServices::getMainObj()->getGroups().indexOf(group);
+    const qsizetype index = m_registry ? m_registry->getGroups().indexOf(group) : -1;
     // The list answers "not found" with the largest positive int, which the sign test lets through:
     // an unknown name is kept under that ID.
     const int found = index < 0 ? INT_MAX : int(index);
@@ -40,27 +41,20 @@ void AUItem::setAUGroup(const QString &group)
 QString AUItem::getAUGroup() const
 {
     // Read through the list so a renamed group renames its members; a stale position is no group.
-    const QStringList &groups = AppServices::getMainObj()->getGroups();
+    if (!m_registry)
+        return QString();
+    const QStringList &groups = m_registry->getGroups();
     if (nGroupID < 0 || nGroupID >= groups.size())
         return QString();
     return groups.at(nGroupID);
 }
 
-namespace {
-
-int locationCode(bool global, bool active)
-{
-    return global ? (active ? LocSystemActive : LocSystemDisabled)
-                  : (active ? LocUserActive : LocUserDisabled);
-}
-
-} // namespace
-
 void AUItem::checkObject(int type)
 {
-    if (!isValidType(type))
+    const Format *format = m_registry ? m_registry->formats().find(type) : nullptr;
+    if (!format)
         return;
-    setAULocation(Locations::folderPath(type, locationCode(bAUGlobal, bAUActive)));
+    setAULocation(m_registry->locations().folderPath(*format, locationCode(bAUGlobal, bAUActive)));
 }
 
 void AUItem::checkObject(const std::array<QString, 4> &folders)
@@ -70,7 +64,8 @@ void AUItem::checkObject(const std::array<QString, 4> &folders)
 
 void AUItem::checkContent()
 {
-    const std::optional<QStringList> content = AppServices::getMainObj()->getContentForKey(AUName);
+    const std::optional<QStringList> content =
+        m_registry ? m_registry->getContentForKey(AUName) : std::nullopt;
     if (content && !content->isEmpty()) {
         bContent = true;
         pContent = *content;
@@ -95,7 +90,7 @@ void AUItem::addContent(const QString &entry)
     if (pContent.isEmpty())
         pContent.append(AUName);
     pContent.append(entry);
-    AppServices::getMainObj()->saveContent(pContent);
+    saveContent();
 }
 
 void AUItem::removeContent(int i)
@@ -104,7 +99,7 @@ void AUItem::removeContent(int i)
     if (position < 1 || position >= pContent.size())
         return;
     pContent.removeAt(position);
-    AppServices::getMainObj()->saveContent(pContent);
+    saveContent();
 }
 
 void AUItem::replaceContent(const QString &entry, int i)
@@ -113,7 +108,13 @@ void AUItem::replaceContent(const QString &entry, int i)
     if (position < 1 || position >= pContent.size())
         return;
     pContent[position] = entry;
-    AppServices::getMainObj()->saveContent(pContent);
+    saveContent();
+}
+
+void AUItem::saveContent()
+{
+    if (m_registry)
+        m_registry->saveContent(pContent);
 }
 
 void AUItem::setPlattform(const QString &path)
@@ -158,7 +159,8 @@ QStringList AUItem::encodeWithCoder() const
             bAUActive ? QStringLiteral("YES") : QStringLiteral("NO")};
 }
 
-std::shared_ptr<AUItem> AUItem::initWithCoder(const QList<std::shared_ptr<ArchivedObject>> &objects)
+std::shared_ptr<AUItem> AUItem::initWithCoder(const QList<std::shared_ptr<ArchivedObject>> &objects,
+                                              AppServices *registry)
 {
     auto isString = [&objects](qsizetype i) {
         return i < objects.size() && objects.at(i) && objects.at(i)->isString();
@@ -167,7 +169,7 @@ std::shared_ptr<AUItem> AUItem::initWithCoder(const QList<std::shared_ptr<Archiv
         return nullptr;
     auto flag = [&](qsizetype i) { return isString(i) && objects.at(i)->string == QLatin1String("YES"); };
 
-    auto item = std::make_shared<AUItem>();
+    auto item = std::make_shared<AUItem>(registry);
     item->setAUName(objects.at(0)->string);
     item->setAULocation(objects.at(1)->string);
     item->setAUGlobal(flag(2));

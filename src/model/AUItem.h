@@ -9,13 +9,17 @@
 
 namespace korvane {
 
+class AppServices;
 struct ArchivedObject;
 
 // One installed plug-in of any format: where it lies, whether it is on, its group, its companion
 // content and the architecture of its executable.
 class AUItem {
 public:
-    AUItem() = default;
+    // The registry gives an item its group names, its content list and its folders; an item
+    // without one (decoded for display only) has no group, no content and keeps its location.
+    explicit AUItem(AppServices *registry = nullptr) : m_registry(registry) {}
+    AppServices *registry() const { return m_registry; }
 
     QString getAUName() const { return AUName; }
     void setAUName(const QString &name); // also looks its content up (checkContent)
@@ -71,9 +75,13 @@ public:
     QStringList encodeWithCoder() const;
     // Rebuilds an item from the four decoded objects; a flag is YES only for the string "YES",
     // a missing or non-string object counts as NO. Null when name or location is not a string.
-    static std::shared_ptr<AUItem> initWithCoder(const QList<std::shared_ptr<ArchivedObject>> &objects);
+    static std::shared_ptr<AUItem> initWithCoder(const QList<std::shared_ptr<ArchivedObject>> &objects,
+                                                 AppServices *registry = nullptr);
 
 private:
+    void saveContent();
+
+    AppServices *m_registry = nullptr;
     QString AUName;
     QString AULocation;
     QString AUGroup;

@@ -26,6 +26,10 @@ QString infoString(const QVariantMap &info, const QString &key, const QString &f
 }
 } // namespace
 
+MyInfoObj::MyInfoObj(AppServices &services, MyPrefObj &prefs) : m_services(services), m_prefs(prefs)
+{
+}
+
 MyInfoObj *MyInfoObj::getInfo()
 {
     return SharedInstance<MyInfoObj>::get();
@@ -47,7 +51,7 @@ void MyInfoObj::showInfo(const AUItemPtr &item)
         pData = item;
     }
     // The preference may have changed since the panel was last filled.
-    setDisplayContent(MyPrefObj::getPref()->showContent(AppServices::getMainObj()->getActiveType()));
+    setDisplayContent(m_prefs.showContent(m_services.getActiveType()));
     bIsVisible = true;
     emit changed();
 }
@@ -80,11 +84,11 @@ QString MyInfoObj::objectValue(int row) const
 void MyInfoObj::addContent()
 {
     OpenPanelRequest request;
-    request.directory = Locations::expand(QStringLiteral("~/Documents"));
+    request.directory = m_services.locations().documentsFolder();
     request.canChooseFiles = false;
     request.canChooseDirectories = true;
     request.canCreateDirectories = false;
-    const std::optional<QString> path = UserInterface::current().runOpenPanel(request);
+    const std::optional<QString> path = m_services.ui().runOpenPanel(request);
     if (path && pData)
         pData->addContent(*path);
     emit changed();

@@ -8,9 +8,13 @@
 namespace korvane {
 
 // The info panel for one plug-in: name, version, info string and, when allowed, its content list.
+class AppServices;
+class MyPrefObj;
+
 class MyInfoObj : public QObject {
     Q_OBJECT
 public:
+    MyInfoObj(AppServices &services, MyPrefObj &prefs);
     static MyInfoObj *getInfo();
     static void install(MyInfoObj *info);
 
@@ -34,6 +38,8 @@ signals:
     void changed();
 
 private:
+    AppServices &m_services;
+    MyPrefObj &m_prefs;
     bool bIsVisible = false;
     bool bDisplayContent = false;
     AUItemPtr pData;

@@ -25,7 +25,7 @@ void MyMissingItems::addMissingItem(const QString &name)
 int MyMissingItems::showMissingItems()
 {
     // Closing the dialog any other way counts as ignoring.
-    return UserInterface::current().runMissingItems(m_text) == 2 ? 2 : 1;
+    return m_ui.runMissingItems(m_text) == 2 ? 2 : 1;
 }
 
 } // namespace korvane

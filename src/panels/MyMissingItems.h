@@ -5,8 +5,11 @@
 namespace korvane {
 
 // After a set was opened, lists the plug-ins it names that are no longer installed.
+class UserInterface;
+
 class MyMissingItems {
 public:
+    explicit MyMissingItems(UserInterface &ui) : m_ui(ui) {}
     static MyMissingItems *getMI();
     static void install(MyMissingItems *mi);
 
@@ -17,6 +20,7 @@ public:
     int showMissingItems();
 
 private:
+    UserInterface &m_ui;
     QString m_text;
 };
 

@@ -1,6 +1,8 @@
 #include "panels/MyPrefObj.h"
 
+#include "app/AppServices.h"
 #include "platform/FileOperations.h"
+#include "platform/FormatTable.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
 #include "platform/SharedInstances.h"
@@ -14,29 +16,13 @@ namespace {
 const QString kCheckAtStartup = QStringLiteral("SUCheckAtStartup");
 const QString kActiveTabView = QStringLiteral("ActiveTabView");
 
-// The set-document type of each preferences tab, by tab position 1..4.
-QString setDocumentType(int selectedTab) {
-    switch (selectedTab) {
-    case 1:
-        return QStringLiteral("aukorv");
-    case 2:
-        return QStringLiteral("rtaskorv");
-    case 3:
-        return QStringLiteral("maskorv");
-    case 4:
-        return QStringLiteral("vstkorv");
-    default:
-        return QString();
-    }
-}
-
-QString key(int type, const char *name) {
-    return MyPrefObj::keyPrefix(type) + QLatin1String(name);
-}
 } // namespace
 
-MyPrefObj::MyPrefObj()
-    : prefs(std::make_unique<UserDefaults>(Locations::expand(Locations::userPreferencesFile()))) {
+MyPrefObj::MyPrefObj(AppServices &services)
+    : m_services(services), m_formats(services.formats()),
+      prefs(std::make_unique<UserDefaults>(services.locations().userPreferencesPath(),
+                                           services.files(), &services)) {
+    controls.types.resize(m_formats.count());
     checkDefaults();
 }
 
@@ -48,56 +34,69 @@ void MyPrefObj::install(MyPrefObj *pref) {
     SharedInstance<MyPrefObj>::install(pref);
 }
 
-QString MyPrefObj::keyPrefix(int type) {
-    return typePrefix(type);
+QString MyPrefObj::keyPrefix(int type) const {
+    const Format *format = m_formats.find(type);
+    return format ? format->prefix : QString();
+}
+
+std::optional<QString> MyPrefObj::key(int type, const char *name) const {
+    const Format *format = m_formats.find(type);
+    if (!format)
+        return std::nullopt;
+    return format->preferenceKey(name);
+}
+
+bool MyPrefObj::boolForType(int type, const char *name) const {
+    const std::optional<QString> k = key(type, name);
+    return k && prefs->boolForKey(*k);
 }
 
 void MyPrefObj::checkDefaults() {
-    FileOperations &files = FileOperations::current();
-    const QString userFile = Locations::expand(Locations::userPreferencesFile());
+    FileOperations &files = m_services.files();
+    const QString userFile = m_services.locations().userPreferencesPath();
     // An unreadable file counts as absent; it is kept aside before anything takes its place.
     if (files.exists(userFile) && !prefs->isDamaged())
         return;
 
     // An administrator's machine-wide file is the template for every new user.
-    const QString machineFile = Locations::expand(Locations::machinePreferencesFile());
+    const QString machineFile = m_services.locations().machinePreferencesPath();
     if (PropertyList::readDictionary(machineFile) && prefs->keepIfDamaged()) {
-        UserDefaults::createFolders(QFileInfo(userFile).absolutePath());
+        prefs->createFolders(QFileInfo(userFile).absolutePath());
         files.copy(machineFile, userFile);
         return;
     }
 
     QList<QPair<QString, QVariant>> seed;
-    for (int type = 0; type < TypeCount; ++type) {
-        seed.append({key(type, "ShowMessage"), false});
-        seed.append({key(type, "ActivateAfterLoading"), false});
-        seed.append({key(type, "DefaultSet"), QString(QLatin1String(""))});
-        seed.append({key(type, "On"), true});
-        seed.append({key(type, "MoveContent"), false});
-        seed.append({key(type, "ShowContent"), false});
-        if (type != TypeAU)
-            seed.append({key(type, "ScanSubfolders"), true});
-        seed.append({key(type, "Type"), false});
+    for (const Format &f : m_formats) {
+        seed.append({f.preferenceKey("ShowMessage"), false});
+        seed.append({f.preferenceKey("ActivateAfterLoading"), false});
+        seed.append({f.preferenceKey("DefaultSet"), QString(QLatin1String(""))});
+        seed.append({f.preferenceKey("On"), true});
+        seed.append({f.preferenceKey("MoveContent"), false});
+        seed.append({f.preferenceKey("ShowContent"), false});
+        if (f.scansSubfolders)
+            seed.append({f.preferenceKey("ScanSubfolders"), true});
+        seed.append({f.preferenceKey("Type"), false});
     }
     prefs->setObjects(seed);
 }
 
 void MyPrefObj::awakeFromNib() {
     controls.checkForUpdates = prefs->boolForKey(kCheckAtStartup);
-    for (int type = 0; type < TypeCount; ++type) {
-        PrefTypeControls &c = controls.types[type];
-        c.showMessage = prefs->boolForKey(key(type, "ShowMessage"));
-        c.activateAfterLoading = prefs->boolForKey(key(type, "ActivateAfterLoading"));
-        c.on = prefs->boolForKey(key(type, "On"));
-        c.showContent = prefs->boolForKey(key(type, "ShowContent"));
-        c.moveContent = prefs->boolForKey(key(type, "MoveContent"));
-        if (type != TypeAU)
-            c.scanSubfolders = prefs->boolForKey(key(type, "ScanSubfolders"));
-        c.type = prefs->boolForKey(key(type, "Type"));
-        const QString set = prefs->stringForKey(key(type, "DefaultSet"));
+    for (const Format &f : m_formats) {
+        PrefTypeControls &c = controls.types[f.type];
+        c.showMessage = prefs->boolForKey(f.preferenceKey("ShowMessage"));
+        c.activateAfterLoading = prefs->boolForKey(f.preferenceKey("ActivateAfterLoading"));
+        c.on = prefs->boolForKey(f.preferenceKey("On"));
+        c.showContent = prefs->boolForKey(f.preferenceKey("ShowContent"));
+        c.moveContent = prefs->boolForKey(f.preferenceKey("MoveContent"));
+        if (f.scansSubfolders)
+            c.scanSubfolders = prefs->boolForKey(f.preferenceKey("ScanSubfolders"));
+        c.type = prefs->boolForKey(f.preferenceKey("Type"));
+        const QString set = prefs->stringForKey(f.preferenceKey("DefaultSet"));
         c.defaultSet = set.isNull() ? QString(QLatin1String("")) : set;
         // Each load asks once: the controller adds a column every time it is told YES.
-        emit showPlattformRequested(type, c.type);
+        emit showPlattformRequested(f.type, c.type);
     }
 }
 
@@ -113,78 +112,77 @@ bool MyPrefObj::windowShouldClose() {
 
 void MyPrefObj::updatePrefs() {
     QList<QPair<QString, QVariant>> values{{kCheckAtStartup, controls.checkForUpdates}};
-    for (int type = 0; type < TypeCount; ++type) {
-        const PrefTypeControls &c = controls.types[type];
-        values.append({key(type, "ShowMessage"), c.showMessage});
-        values.append({key(type, "ActivateAfterLoading"), c.activateAfterLoading});
-        values.append({key(type, "DefaultSet"),
+    for (const Format &f : m_formats) {
+        const PrefTypeControls &c = controls.types[f.type];
+        values.append({f.preferenceKey("ShowMessage"), c.showMessage});
+        values.append({f.preferenceKey("ActivateAfterLoading"), c.activateAfterLoading});
+        values.append({f.preferenceKey("DefaultSet"),
                        c.defaultSet.isNull() ? QString(QLatin1String("")) : c.defaultSet});
-        values.append({key(type, "On"), c.on});
-        values.append({key(type, "MoveContent"), c.moveContent});
-        values.append({key(type, "ShowContent"), c.showContent});
-        if (type != TypeAU)
-            values.append({key(type, "ScanSubfolders"), c.scanSubfolders});
-        values.append({key(type, "Type"), c.type});
+        values.append({f.preferenceKey("On"), c.on});
+        values.append({f.preferenceKey("MoveContent"), c.moveContent});
+        values.append({f.preferenceKey("ShowContent"), c.showContent});
+        if (f.scansSubfolders)
+            values.append({f.preferenceKey("ScanSubfolders"), c.scanSubfolders});
+        values.append({f.preferenceKey("Type"), c.type});
     }
     prefs->setObjects(values);
 }
 
 void MyPrefObj::setDefault() {
     OpenPanelRequest request;
-    request.directory = Locations::expand(QStringLiteral("~/Documents"));
-    const QString fileType = setDocumentType(controls.selectedTab);
-    if (!fileType.isEmpty())
-        request.allowedTypes = fileType.split(QLatin1Char(' '));
-    const std::optional<QString> path = UserInterface::current().runOpenPanel(request);
+    request.directory = m_services.locations().documentsFolder();
+    // A tab's position is its format's type index plus one; another tab has no type to ask for.
+    if (const Format *format = m_formats.find(controls.selectedTab - 1))
+        request.allowedTypes = format->defaultSetExtension.split(QLatin1Char(' '));
+    const std::optional<QString> path = m_services.ui().runOpenPanel(request);
     openPanelDidEnd(path ? 1 : 0, path.value_or(QString()));
 }
 
 void MyPrefObj::openPanelDidEnd(int returnCode, const QString &path) {
     if (returnCode == 1) {
-        const int tab = controls.selectedTab;
-        if (tab >= 1 && tab <= TypeCount)
-            controls.types[tab - 1].defaultSet = path;
+        if (m_formats.isValid(controls.selectedTab - 1))
+            controls.types[controls.selectedTab - 1].defaultSet = path;
     }
     // Cancelled or not, the window's state is stored.
     updatePrefs();
 }
 
 std::optional<QString> MyPrefObj::getDefaultSet(int type) const {
-    if (!isValidType(type))
+    const std::optional<QString> k = key(type, "DefaultSet");
+    if (!k)
         return std::nullopt;
-    return prefs->stringForKey(key(type, "DefaultSet"));
+    return prefs->stringForKey(*k);
 }
 
 void MyPrefObj::setDefaultSet(int type, const QString &set) {
-    if (isValidType(type))
-        prefs->setObject(key(type, "DefaultSet"), set);
+    if (const std::optional<QString> k = key(type, "DefaultSet"))
+        prefs->setObject(*k, set);
 }
 
 bool MyPrefObj::activateDefaultSet(int type) const {
-    return isValidType(type) && prefs->boolForKey(key(type, "ActivateAfterLoading"));
+    return boolForType(type, "ActivateAfterLoading");
 }
 
 bool MyPrefObj::isTypeActive(int type) const {
-    return isValidType(type) && prefs->boolForKey(key(type, "On"));
+    return boolForType(type, "On");
 }
 
 bool MyPrefObj::showType(int type) const {
-    return isValidType(type) && prefs->boolForKey(key(type, "Type"));
+    return boolForType(type, "Type");
 }
 
 bool MyPrefObj::showContent(int type) const {
-    return isValidType(type) && prefs->boolForKey(key(type, "ShowContent"));
+    return boolForType(type, "ShowContent");
 }
 
 bool MyPrefObj::moveContent(int type) const {
-    return isValidType(type) && prefs->boolForKey(key(type, "MoveContent"));
+    return boolForType(type, "MoveContent");
 }
 
 bool MyPrefObj::scanSubpaths(int type) const {
     // Audio Units are never scanned below the top level of their folders.
-    if (type < TypeRTAS || type > TypeVST)
-        return false;
-    return prefs->boolForKey(key(type, "ScanSubfolders"));
+    const Format *format = m_formats.find(type);
+    return format && format->scansSubfolders && boolForType(type, "ScanSubfolders");
 }
 
 int MyPrefObj::getDefaultType() const {

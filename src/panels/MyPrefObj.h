@@ -4,11 +4,14 @@
 
 #include <QObject>
 #include <QString>
-#include <array>
+#include <QList>
 #include <memory>
 #include <optional>
 
 namespace korvane {
+
+class AppServices;
+class FormatTable;
 
 // The state of the preferences window's controls, which updatePrefs copies into the store.
 struct PrefTypeControls {
@@ -24,19 +27,19 @@ struct PrefTypeControls {
 
 struct PrefControls {
     bool checkForUpdates = false;
-    std::array<PrefTypeControls, 4> types; // by type index
-    int selectedTab = 0;                   // tab position; 1 AU, 2 RTAS, 3 MAS, 4 VST
+    QList<PrefTypeControls> types; // by type index
+    int selectedTab = 0;           // tab position: 1 AU, 2 RTAS, 3 MAS, 4 VST, then added formats
 };
 
 // The preferences controller: the defaults store, first-launch seeding and the typed queries.
 class MyPrefObj : public QObject {
     Q_OBJECT
 public:
-    MyPrefObj(); // runs checkDefaults
+    explicit MyPrefObj(AppServices &services); // runs checkDefaults
     static MyPrefObj *getPref();
     static void install(MyPrefObj *pref);
 
-    static QString keyPrefix(int type); // "AU", "RTAS", "MAS", "VST"; empty for others
+    QString keyPrefix(int type) const; // "AU", "RTAS", "MAS", "VST"; empty for others
 
     void checkDefaults();
     void awakeFromNib(); // controls from the store, then asks for each type's architecture column
@@ -67,6 +70,12 @@ signals:
     void showPlattformRequested(int type, bool show);
 
 private:
+    // A format's key, or nothing for a type outside the table.
+    std::optional<QString> key(int type, const char *name) const;
+    bool boolForType(int type, const char *name) const;
+
+    AppServices &m_services;
+    const FormatTable &m_formats;
     std::unique_ptr<UserDefaults> prefs;
     bool m_visible = false;
 };

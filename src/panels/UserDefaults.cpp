@@ -3,7 +3,6 @@
 #include "app/AppServices.h"
 #include "platform/FileOperations.h"
 #include "platform/PropertyList.h"
-#include "platform/SharedInstances.h"
 
 #include <QFileInfo>
 
@@ -40,7 +39,8 @@ bool isNumber(const QVariant &value) {
 }
 } // namespace
 
-UserDefaults::UserDefaults(const QString &path) : m_path(path) {}
+UserDefaults::UserDefaults(const QString &path, FileOperations &files, AppServices *log)
+    : m_path(path), m_files(files), m_log(log) {}
 
 const QVariantMap &UserDefaults::cached() const {
     // The identity is taken before reading: a change in between only costs another read.
@@ -71,10 +71,9 @@ bool UserDefaults::keepIfDamaged() {
     if (m_keepFailed && *m_keepFailed == m_identity)
         return false;
     QString report;
-    const bool kept = DataFile::keep(m_path, &report);
-    // The preferences may be read before the controller exists; then only the system log has it.
-    if (AppServices *services = SharedInstance<AppServices>::peek())
-        services->addLogEntry(this, report);
+    const bool kept = DataFile::keep(m_files, m_path, &report);
+    if (m_log)
+        m_log->addLogEntry(this, report);
     if (!kept)
         m_keepFailed = m_identity;
     return kept;
@@ -142,7 +141,7 @@ void UserDefaults::setObjects(const QList<QPair<QString, QVariant>> &values) {
     const bool free = keepIfDamaged();
     if (free) {
         createFolders(QFileInfo(m_path).absolutePath());
-        PropertyList::writeXml(m_path, map);
+        PropertyList::writeXml(m_files, m_path, map);
     }
     // Written or not, the values hold until the file changes on disk.
     m_values = map;
@@ -152,7 +151,7 @@ void UserDefaults::setObjects(const QList<QPair<QString, QVariant>> &values) {
 }
 
 bool UserDefaults::createFolders(const QString &folder) {
-    FileOperations &files = FileOperations::current();
+    FileOperations &files = m_files;
     if (folder.isEmpty() || files.isDirectory(folder))
         return true;
     const QString parent = QFileInfo(folder).absolutePath();

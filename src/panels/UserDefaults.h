@@ -10,12 +10,16 @@
 
 namespace korvane {
 
+class AppServices;
+class FileOperations;
+
 // The application's defaults domain, kept in one plist file. The file is parsed again only when
 // it changed on disk, so the command-line tool and the program still share one store; every write
 // rewrites it atomically. A write that fails stays in memory for as long as the file is unchanged.
 class UserDefaults {
 public:
-    explicit UserDefaults(const QString &path); // expanded path
+    // path expanded; log, when given, also hears of a damaged file being kept aside.
+    UserDefaults(const QString &path, FileOperations &files, AppServices *log = nullptr);
     QString path() const { return m_path; }
 
     bool contains(const QString &key) const;
@@ -32,12 +36,14 @@ public:
     bool keepIfDamaged();
 
     // Creates folder and its missing parents through the file operations.
-    static bool createFolders(const QString &folder);
+    bool createFolders(const QString &folder);
 
 private:
     const QVariantMap &cached() const;
 
     QString m_path;
+    FileOperations &m_files;
+    AppServices *m_log;
     mutable QVariantMap m_values;
     mutable DataFile::Identity m_identity;
     mutable bool m_damaged = false;

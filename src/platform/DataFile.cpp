@@ -15,8 +15,7 @@ namespace {
 constexpr int kMaxCounter = 100;
 } // namespace
 
-bool DataFile::keep(const QString &path, QString *report) {
-    FileOperations &files = FileOperations::current();
+bool DataFile::keep(FileOperations &files, const QString &path, QString *report) {
     const QString base =
         path + QStringLiteral(".damaged-") +
         QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddTHH-mm-ss"));
@@ -44,17 +43,18 @@ bool DataFile::keep(const QString &path, QString *report) {
     return kept;
 }
 
-bool DataFile::prepareToReplace(const QString &path, const Check &readable, QString *report) {
-    if (!FileOperations::current().exists(path) || readable(path))
+bool DataFile::prepareToReplace(FileOperations &files, const QString &path, const Check &readable,
+                                QString *report) {
+    if (!files.exists(path) || readable(path))
         return true;
-    return keep(path, report);
+    return keep(files, path, report);
 }
 
-bool DataFile::writeXml(const QString &path, const QVariant &root, const Check &readable,
-                        QString *report) {
-    if (!prepareToReplace(path, readable, report))
+bool DataFile::writeXml(FileOperations &files, const QString &path, const QVariant &root,
+                        const Check &readable, QString *report) {
+    if (!prepareToReplace(files, path, readable, report))
         return false;
-    return PropertyList::writeXml(path, root);
+    return PropertyList::writeXml(files, path, root);
 }
 
 DataFile::Identity DataFile::identity(const QString &path) {

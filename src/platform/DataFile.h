@@ -6,6 +6,8 @@
 
 namespace korvane {
 
+class FileOperations;
+
 // The program's own data files (preferences, registries, set lists, groups files). A file that
 // is there but cannot be read as what it should hold is moved aside under a dated name before
 // anything is written in its place, so that no rewrite destroys what a user or another program
@@ -17,17 +19,18 @@ public:
     // Moves path to "<path>.damaged-<local date and time>" ("-2", "-3", ... added when that name
     // is taken) through the file operations, never over anything, and tells the system log.
     // report receives the same line for the log window. False when it could not be moved.
-    static bool keep(const QString &path, QString *report);
+    static bool keep(FileOperations &files, const QString &path, QString *report);
 
     // True when path may be written: nothing is there, readable accepts what is there, or it has
     // been kept aside. report receives a line for the log window when something was kept or
     // could not be.
-    static bool prepareToReplace(const QString &path, const Check &readable, QString *report);
+    static bool prepareToReplace(FileOperations &files, const QString &path, const Check &readable,
+                                 QString *report);
 
     // prepareToReplace, then root as an XML property list, atomically through the file
     // operations. False when nothing was written.
-    static bool writeXml(const QString &path, const QVariant &root, const Check &readable,
-                         QString *report);
+    static bool writeXml(FileOperations &files, const QString &path, const QVariant &root,
+                         const Check &readable, QString *report);
 
     // What tells one version of a file from the next without reading it: an atomic rewrite makes
     // a new inode, an in-place one a new size or modification time.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -11,25 +12,26 @@ struct FileError {
     QString reason;
 };
 
-// Every file-system change the program makes passes through here. The real implementation works on
-// the disk; tests subclass it to inject failures where the file system cannot produce them.
+// Every look at and every change of the disk the program makes passes through here, so a run
+// can be made read-only, and tests can inject failures the file system cannot produce.
+// LocalFileOperations is the real one.
 class FileOperations {
 public:
     virtual ~FileOperations() = default;
 
     // Direct entries (no "." or ".."; hidden ones included), sorted by name. Unlistable: empty.
-    virtual QStringList directoryContents(const QString &path) const;
+    virtual QStringList directoryContents(const QString &path) const = 0;
     // Every file and folder below path as paths relative to it, parents before children, sorted.
-    virtual QStringList subpaths(const QString &path) const;
+    virtual QStringList subpaths(const QString &path) const = 0;
 
-    virtual bool exists(const QString &path) const;
-    virtual bool isDirectory(const QString &path) const;
-    virtual bool isReadable(const QString &path) const;
-    virtual bool isWritable(const QString &path) const;
-    virtual bool isDeletable(const QString &path) const;
+    virtual bool exists(const QString &path) const = 0;
+    virtual bool isDirectory(const QString &path) const = 0;
+    virtual bool isReadable(const QString &path) const = 0;
+    virtual bool isWritable(const QString &path) const = 0;
+    virtual bool isDeletable(const QString &path) const = 0;
 
     // One level, no attributes; fails when the parent is missing.
-    virtual bool createDirectory(const QString &path, FileError *error = nullptr);
+    virtual bool createDirectory(const QString &path, FileError *error = nullptr) = 0;
 
     // An item's AppleDouble sidecar ("._" and its name, beside it) goes wherever the item goes in
     // move, copy, remove and moveToTrash. A sidecar that cannot follow stays where it was and is
@@ -38,38 +40,19 @@ public:
 
     // Rename; across file systems copy to a temporary name beside the target, rename, then remove
     // the source, so the item is whole in exactly one place whatever fails. Never overwrites.
-    virtual bool move(const QString &from, const QString &to, FileError *error = nullptr);
+    virtual bool move(const QString &from, const QString &to, FileError *error = nullptr) = 0;
     // Recursive copy; never overwrites an existing target.
-    virtual bool copy(const QString &from, const QString &to, FileError *error = nullptr);
+    virtual bool copy(const QString &from, const QString &to, FileError *error = nullptr) = 0;
     // Recursive removal, checked first: when any part could not be removed nothing is.
-    virtual bool remove(const QString &path, FileError *error = nullptr);
-    // Into the freedesktop home trash ($XDG_DATA_HOME/Trash, by default under
-    // HOME/.local/share), created when missing; never anywhere else. trashedTo receives where the
-    // item now lies.
+    virtual bool remove(const QString &path, FileError *error = nullptr) = 0;
+    // Into the freedesktop home trash, created when missing; never anywhere else. trashedTo
+    // receives where the item now lies.
     virtual bool moveToTrash(const QString &path, FileError *error = nullptr,
-                             QString *trashedTo = nullptr);
+                             QString *trashedTo = nullptr) = 0;
     // Replaces path's contents whole or not at all (temporary file beside it, then rename). Every
     // data file the program writes goes through here.
     virtual bool writeFileAtomically(const QString &path, const QByteArray &bytes,
-                                     FileError *error = nullptr);
-
-    // The instance the program uses; tests may install their own and restore it.
-    static FileOperations &current();
-    static void setCurrent(FileOperations *operations); // nullptr restores the real one
-
-protected:
-    // One plain file; the recursive copy and the cross-device move call it per file.
-    virtual bool copyFile(const QString &from, const QString &to, FileError *error);
-
-private:
-    bool copyTree(const QString &from, const QString &to, FileError *error);
-    // move and copy without the sidecar.
-    bool relocate(const QString &from, const QString &to, FileError *error);
-    bool duplicate(const QString &from, const QString &to, FileError *error);
-    bool moveAcrossFileSystems(const QString &from, const QString &to, FileError *error);
-    // One item into the trash's files folder, under preferredName when it is free.
-    bool trashItem(const QString &path, const QString &preferredName, FileError *error,
-                   QString *trashedTo);
+                                     FileError *error = nullptr) = 0;
 };
 
 } // namespace korvane

@@ -27,12 +27,11 @@ std::map<QString, Hold> &holds() {
     return *map;
 }
 
-bool createFolders(const QString &folder, FileError *error) {
-    FileOperations &files = FileOperations::current();
+bool createFolders(FileOperations &files, const QString &folder, FileError *error) {
     if (files.isDirectory(folder))
         return true;
     const QString parent = QFileInfo(folder).absolutePath();
-    if (parent != folder && !createFolders(parent, error))
+    if (parent != folder && !createFolders(files, parent, error))
         return false;
     return files.createDirectory(folder, error) || files.isDirectory(folder);
 }
@@ -52,7 +51,8 @@ QString describeHolder(const QLockFile &file) {
 
 } // namespace
 
-LibraryLock::LibraryLock(int waitMs) : m_path(lockFilePath()) {
+LibraryLock::LibraryLock(FileOperations &files, const QString &lockFile, int waitMs)
+    : m_path(lockFile) {
     auto held = holds().find(m_path);
     if (held != holds().end()) {
         ++held->second.count;
@@ -61,7 +61,7 @@ LibraryLock::LibraryLock(int waitMs) : m_path(lockFilePath()) {
     }
 
     FileError error;
-    if (!createFolders(QFileInfo(m_path).absolutePath(), &error)) {
+    if (!createFolders(files, QFileInfo(m_path).absolutePath(), &error)) {
         m_failure =
             QStringLiteral("cannot create the folder \"%1\": %2").arg(error.path, error.reason);
         return;
@@ -97,8 +97,8 @@ LibraryLock::~LibraryLock() {
         holds().erase(held); // the QLockFile removes its file as it goes
 }
 
-QString LibraryLock::lockFilePath() {
-    return Locations::expand(Locations::dataFile(QStringLiteral("library.lock")));
+QString LibraryLock::lockFilePath(const Locations &locations) {
+    return locations.dataFilePath(QStringLiteral("library.lock"));
 }
 
 int LibraryLock::defaultWaitMs() {

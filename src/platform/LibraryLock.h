@@ -4,14 +4,18 @@
 
 namespace korvane {
 
+class FileOperations;
+class Locations;
+
 // The lock of one plug-in library, held while plug-ins move: two programs moving the same
 // plug-ins at once can leave one in neither folder. It is a lock file in the support folder; one
 // left by a process that is gone is taken over. Holders within one process share it, so a tool
 // that locks for a whole run may call code that locks again.
 class LibraryLock {
 public:
-    // Waits up to waitMs for another process to let go; negative: defaultWaitMs().
-    explicit LibraryLock(int waitMs = -1);
+    // Waits up to waitMs for another process to let go; negative: defaultWaitMs(). The lock
+    // file's folder is created through files when missing.
+    LibraryLock(FileOperations &files, const QString &lockFile, int waitMs = -1);
     ~LibraryLock();
     LibraryLock(const LibraryLock &) = delete;
     LibraryLock &operator=(const LibraryLock &) = delete;
@@ -23,8 +27,8 @@ public:
     // When not locked: why, in one sentence without a final full stop.
     QString failure() const { return m_failure; }
 
-    // The lock file of the library under the current home.
-    static QString lockFilePath();
+    // The lock file of the library under these roots.
+    static QString lockFilePath(const Locations &locations);
     // KORVANE_LOCK_WAIT_MS when it holds a number of milliseconds, else ten seconds.
     static int defaultWaitMs();
 

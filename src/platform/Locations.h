@@ -1,44 +1,41 @@
 #pragma once
 
+#include "platform/FormatTable.h"
+#include "platform/Roots.h"
+
 #include <QString>
 
 namespace korvane {
 
-// Plug-in formats, in the order start-up and quit visit them.
-enum TypeIndex { TypeAU = 0, TypeRTAS = 1, TypeMAS = 2, TypeVST = 3 };
-constexpr int TypeCount = 4;
-inline bool isValidType(int type) { return type >= 0 && type < TypeCount; }
-// "AU", "RTAS", "MAS", "VST": the prefix of a format's preference keys and tab identifier;
-// empty for a type outside 0..3.
-QString typePrefix(int type);
-
-// The four folders of a format.
-enum LocationCode { LocSystemActive = 0, LocSystemDisabled = 1, LocUserActive = 2, LocUserDisabled = 3 };
-inline bool isValidLocation(int loc) { return loc >= 0 && loc < 4; }
-
-// Where "/Library" and "~" are. The system root is KORVANE_ROOT (default "/"), home is HOME;
-// both are read at every call so a test or the command-line tool can point them elsewhere.
+// Resolves the paths the program writes with "/Library" and "~" against one run's roots.
 class Locations {
 public:
-    static QString systemRoot();
-    static QString home();
+    explicit Locations(Roots roots) : m_roots(std::move(roots)) {}
+    const Roots &roots() const { return m_roots; }
 
-    // Expands a leading "~" to home and a leading "/Library" to the system root's Library,
+    // Expands a leading "~" to the home and a leading "/Library" to the system root's Library,
     // then standardises (no "." or ".." components, no trailing or doubled separators).
-    static QString expand(const QString &path);
+    QString expand(const QString &path) const;
 
-    // A format's folder as the program writes it ("~/Library/Audio/Plug-Ins/VST (Disabled)");
-    // empty for a type or location outside 0..3.
-    static QString folder(int type, int loc);
-    // The same, expanded.
-    static QString folderPath(int type, int loc);
+    // A format's folder, expanded; empty for a location outside 0..3.
+    QString folderPath(const Format &format, int loc) const { return expand(format.folder(loc)); }
+    // All four, by location code.
+    std::array<QString, LocationCount> folderPaths(const Format &format) const;
 
-    // "~/Library/Application Support/Korvane" and a file in it, unexpanded.
-    static QString supportFolder();
+    QString supportFolderPath() const { return expand(supportFolder()); }
+    QString dataFilePath(const QString &fileName) const { return expand(dataFile(fileName)); }
+    QString userPreferencesPath() const { return expand(userPreferencesFile()); }
+    QString machinePreferencesPath() const { return expand(machinePreferencesFile()); }
+    QString documentsFolder() const { return expand(QStringLiteral("~/Documents")); }
+
+    // As the program writes them, unexpanded.
+    static QString supportFolder(); // "~/Library/Application Support/Korvane"
     static QString dataFile(const QString &fileName);
-
     static QString userPreferencesFile();    // "~/Library/Preferences/com.velmora.Korvane.plist"
     static QString machinePreferencesFile(); // "/Library/Preferences/com.velmora.Korvane.plist"
+
+private:
+    Roots m_roots;
 };
 
 } // namespace korvane

@@ -574,12 +574,12 @@ QByteArray PropertyList::toBinary(const QVariant &root)
     return bytes;
 }
 
-bool PropertyList::writeXml(const QString &path, const QVariant &root)
+bool PropertyList::writeXml(FileOperations &files, const QString &path, const QVariant &root)
 {
     const QByteArray bytes = toXml(root);
     if (bytes.isEmpty())
         return false;
-    return FileOperations::current().writeFileAtomically(path, bytes);
+    return files.writeFileAtomically(path, bytes);
 }
 
 } // namespace korvane

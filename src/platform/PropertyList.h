@@ -8,6 +8,8 @@
 
 namespace korvane {
 
+class FileOperations;
+
 // Property lists through libplist, as Qt values: array -> QVariantList, dictionary -> QVariantMap,
 // string -> QString, boolean -> bool, integer -> qint64 (quint64 above its range), real -> double,
 // data -> QByteArray, date -> QDateTime (UTC).
@@ -38,7 +40,7 @@ public:
     static QByteArray toXml(const QVariant &root);
     static QByteArray toBinary(const QVariant &root);
     // Writes an XML property list atomically: a failed write leaves the old file whole.
-    static bool writeXml(const QString &path, const QVariant &root);
+    static bool writeXml(FileOperations &files, const QString &path, const QVariant &root);
 };
 
 } // namespace korvane

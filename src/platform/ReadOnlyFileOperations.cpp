@@ -63,8 +63,4 @@ bool ReadOnlyFileOperations::writeFileAtomically(const QString &path, const QByt
     return refuse(error, path);
 }
 
-bool ReadOnlyFileOperations::copyFile(const QString &, const QString &to, FileError *error) {
-    return refuse(error, to);
-}
-
 } // namespace korvane

@@ -29,26 +29,8 @@ public:
     bool writeFileAtomically(const QString &path, const QByteArray &bytes,
                              FileError *error = nullptr) override;
 
-protected:
-    bool copyFile(const QString &from, const QString &to, FileError *error) override;
-
 private:
     FileOperations &m_inner;
-};
-
-// A read-only view of the file operations in use, installed for the scope's lifetime.
-class ReadOnlyScope {
-public:
-    ReadOnlyScope() : m_previous(&FileOperations::current()), m_readOnly(*m_previous) {
-        FileOperations::setCurrent(&m_readOnly);
-    }
-    ~ReadOnlyScope() { FileOperations::setCurrent(m_previous); }
-    ReadOnlyScope(const ReadOnlyScope &) = delete;
-    ReadOnlyScope &operator=(const ReadOnlyScope &) = delete;
-
-private:
-    FileOperations *m_previous;
-    ReadOnlyFileOperations m_readOnly;
 };
 
 } // namespace korvane

@@ -1,61 +1,34 @@
 #pragma once
 
-#include <functional>
+#include <typeinfo>
 
 namespace korvane {
 
-// Registers how to drop one process-wide shared instance; resetSharedInstances() drops them all,
-// newest first, so each test can start over with fresh controllers over fresh roots.
-void registerSharedReset(std::function<void()> reset);
-void resetSharedInstances();
+// Stops the program: a controller was asked for before anything installed one.
+[[noreturn]] void missingSharedInstance(const char *typeName);
 
-// The slot behind an accessor such as getPref(): created on first use, or installed by the owner.
-// The slot holds plain pointers only: an instance made on first use and never reset is left to
-// the end of the process rather than destroyed among the other statics, whose order of
-// destruction nobody controls.
+// The slot behind an accessor such as getPref(). The context that owns the controller installs
+// it and uninstalls it before the controller goes; nothing is ever made on demand, so code cannot
+// come to depend on whichever instance happened to exist.
 template <class T> class SharedInstance {
 public:
-    static T *get() {
-        if (!s_current) {
-            dropOwned();
-            T *made = new T();
-            s_owned = made;
-            if (!s_current) // the constructor may have installed itself
-                s_current = made;
-            track();
-        }
+    static T *get()
+    {
+        if (!s_current)
+            missingSharedInstance(typeid(T).name());
         return s_current;
     }
     static T *peek() { return s_current; }
-    // The owner keeps ownership and must install nullptr before it goes.
-    static void install(T *instance) {
-        s_current = instance;
-        if (instance)
-            track();
-    }
-    static void reset() {
-        s_tracked = false;
-        s_current = nullptr;
-        dropOwned();
+    static void install(T *instance) { s_current = instance; }
+    // Uninstalls instance if it is the one installed.
+    static void uninstall(T *instance)
+    {
+        if (s_current == instance)
+            s_current = nullptr;
     }
 
 private:
-    static void track() {
-        if (s_tracked)
-            return;
-        s_tracked = true;
-        registerSharedReset(&SharedInstance::reset);
-    }
-    static void dropOwned() {
-        // Cleared first: the instance's destructor may look at its slot.
-        T *owned = s_owned;
-        s_owned = nullptr;
-        delete owned;
-    }
-
     static inline T *s_current = nullptr;
-    static inline T *s_owned = nullptr;
-    static inline bool s_tracked = false;
 };
 
 } // namespace korvane

@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <memory>
 #include <optional>
 
 namespace korvane {
@@ -62,11 +63,9 @@ public:
     // The running processes as "PID COMMAND" lines; ok false when they cannot be listed.
     virtual QByteArray processList(bool *ok);
 
-    // The backend in use: an installed one, else polkit where it helps, else one that allows all.
-    static AuthorizationBackend &current();
-    // nullptr restores the default. An installed backend is dropped again by
-    // resetSharedInstances(), so a test's fake never outlives the test.
-    static void setCurrent(AuthorizationBackend *backend);
+    // Polkit where it helps, else one that allows all: as root polkit adds nothing but prompts,
+    // and without it there is nobody to ask.
+    static std::unique_ptr<AuthorizationBackend> createDefault();
 };
 
 } // namespace korvane

@@ -9,7 +9,8 @@
 
 namespace korvane {
 
-BLAuthentication::BLAuthentication() = default;
+BLAuthentication::BLAuthentication(AuthorizationBackend &backend, UserInterface &ui)
+    : m_backend(backend), m_ui(ui) {}
 
 BLAuthentication::~BLAuthentication() {
     deauthenticate();
@@ -41,12 +42,12 @@ int BLAuthentication::copyRights(const QStringList &commands, quint32 flags) {
     const auto rights = rightsForCommands(commands);
     if (!rights)
         return AuthorizationInvalidSet;
-    return AuthorizationBackend::current().copyRights(m_authorizationRef, *rights, flags);
+    return m_backend.copyRights(m_authorizationRef, *rights, flags);
 }
 
 bool BLAuthentication::isAuthenticated(const QStringList &forCommands) {
     if (!m_authorizationRef)
-        AuthorizationBackend::current().create(&m_authorizationRef);
+        m_backend.create(&m_authorizationRef);
     // Extending without interaction tells whether the rights are held, never showing a dialog.
     return copyRights(forCommands, AuthorizationFlagExtendRights) == AuthorizationSuccess;
 }
@@ -68,7 +69,7 @@ bool BLAuthentication::authenticate(const QStringList &forCommands) {
 void BLAuthentication::deauthenticate() {
     if (!m_authorizationRef)
         return;
-    AuthorizationBackend::current().free(m_authorizationRef, AuthorizationFlagDestroyRights);
+    m_backend.free(m_authorizationRef, AuthorizationFlagDestroyRights);
     m_authorizationRef = 0;
     emit deauthenticated();
 }
@@ -121,10 +122,10 @@ int BLAuthentication::pidFromProcessList(const QString &text, const QString &nam
 
 int BLAuthentication::getPID(const QString &forProcess) {
     bool ok = false;
-    const QByteArray output = AuthorizationBackend::current().processList(&ok);
+    const QByteArray output = m_backend.processList(&ok);
     if (!ok) {
         systemLog(QStringLiteral("Error opening pipe: ") + forProcess);
-        UserInterface::current().beep();
+        m_ui.beep();
         return 0;
     }
     return pidFromProcessList(QString::fromLatin1(output), forProcess);
@@ -137,11 +138,11 @@ bool BLAuthentication::executeCommand(const QString &pathToCommand,
     std::optional<QStringList> vector;
     if (arguments && !arguments->isEmpty())
         vector = arguments->mid(0, MaxArguments);
-    const int status = AuthorizationBackend::current().executeWithPrivileges(m_authorizationRef,
+    const int status = m_backend.executeWithPrivileges(m_authorizationRef,
                                                                              pathToCommand, vector);
     if (status == AuthorizationSuccess)
         return true;
-    UserInterface::current().beep();
+    m_ui.beep();
     systemLog(QStringLiteral("Error %1 in AuthorizationExecuteWithPrivileges").arg(status));
     return false;
 }
@@ -152,7 +153,7 @@ bool BLAuthentication::killProcess(const QString &commandFromPS) {
         authenticate({commandFromPS});
     const QString pid = QString::number(getPID(commandFromPS));
     if (pid.toInt() < 1) {
-        UserInterface::current().beep();
+        m_ui.beep();
         systemLog(QStringLiteral("Error killing process ") + pid +
                   QStringLiteral(", invalid PID."));
         return false;
@@ -162,7 +163,7 @@ bool BLAuthentication::killProcess(const QString &commandFromPS) {
 }
 
 bool BLAuthentication::requestActivationRight() {
-    AuthorizationBackend &backend = AuthorizationBackend::current();
+    AuthorizationBackend &backend = m_backend;
     AuthorizationRef ref = 0;
     if (backend.create(&ref) != AuthorizationSuccess)
         return false;

@@ -9,6 +9,8 @@
 
 namespace korvane {
 
+class UserInterface;
+
 // Administrator rights for running tools: keeps one authorization, asks for a password when
 // needed, runs a tool as root, finds and kills processes by name. Signals when rights are gained
 // with interaction and when they are dropped.
@@ -24,7 +26,7 @@ public:
     // The value buffer of one rights item; a path must be shorter than this.
     static constexpr int MaxPathBytes = 128;
 
-    BLAuthentication();
+    BLAuthentication(AuthorizationBackend &backend, UserInterface &ui);
     ~BLAuthentication() override; // deauthenticates
 
     static BLAuthentication *sharedInstance();
@@ -56,6 +58,8 @@ signals:
     void deauthenticated();
 
 private:
+    AuthorizationBackend &m_backend;
+    UserInterface &m_ui;
     int copyRights(const QStringList &commands, quint32 flags);
 
     AuthorizationRef m_authorizationRef = 0;

@@ -4,85 +4,169 @@
 #include "managers/MyMASObj.h"
 #include "managers/MyRTASObj.h"
 #include "managers/MyVSTObj.h"
+#include "panels/MyAboutObj.h"
 #include "panels/MyInfoObj.h"
 #include "panels/MyMissingItems.h"
 #include "panels/MyPrefObj.h"
+#include "platform/LocalFileOperations.h"
 #include "platform/SharedInstances.h"
+#include "privileged/AuthorizationBackend.h"
 #include "privileged/BLAuthentication.h"
 #include "shell/LumoScript.h"
 #include "shell/MyMainObj.h"
+#include "ui/UserInterface.h"
 
 namespace korvane {
 
 namespace {
 
-// Installs a freshly made controller in its accessor's slot.
-template <class T> T *installed(std::unique_ptr<T> &slot)
+// The built-in formats keep their own manager classes and accessors; an added format gets the
+// shared design as it is.
+std::unique_ptr<TypeManager> makeManager(int type, const ManagerParts &parts)
 {
-    slot = std::make_unique<T>();
-    SharedInstance<T>::install(slot.get());
-    return slot.get();
+    switch (type) {
+    case TypeAU:
+        return std::make_unique<MyAdminObj>(parts);
+    case TypeRTAS:
+        return std::make_unique<MyRTASObj>(parts);
+    case TypeMAS:
+        return std::make_unique<MyMASObj>(parts);
+    case TypeVST:
+        return std::make_unique<MyVSTObj>(parts);
+    default:
+        return std::make_unique<TypeManager>(parts.services.formats().at(type), parts);
+    }
 }
 
-template <class T> void release(std::unique_ptr<T> &slot)
+template <class T> T *builtIn(const QList<TypeManager *> &managers, int type)
 {
-    if (slot && SharedInstance<T>::peek() == slot.get())
-        SharedInstance<T>::install(nullptr);
-    slot.reset();
+    return qobject_cast<T *>(managers.value(type));
 }
 
 } // namespace
 
-AppContext::AppContext() : AppContext(Options{}) {}
-
-AppContext::AppContext(const Options &options)
+AppContext::AppContext(Parts parts)
+    : m_locations(parts.roots), m_formats(std::move(parts.formats))
 {
-    // Each later controller may ask the earlier ones for their state while it is made.
-    m_main = std::make_unique<MyMainObj>();
-    MyMainObj::install(m_main.get());
-    installed(m_pref); // runs checkDefaults
-    m_main->connectPreferences(m_pref.get());
-    installed(m_au);
-    installed(m_rtas);
-    installed(m_mas);
-    installed(m_vst);
-    installed(m_info);
-    installed(m_missingItems);
-    installed(m_authentication);
-    installed(m_script);
+    if (!parts.files)
+        m_ownFiles = std::make_unique<LocalFileOperations>(parts.roots);
+    if (!parts.ui)
+        m_ownUi = std::make_unique<HeadlessUi>();
+    if (!parts.authorization)
+        m_ownAuthorization = AuthorizationBackend::createDefault();
+    m_files = parts.files ? parts.files : m_ownFiles.get();
+    m_ui = parts.ui ? parts.ui : m_ownUi.get();
+    m_authorization = parts.authorization ? parts.authorization : m_ownAuthorization.get();
 
-    if (options.awakeFromNib)
+    // Each controller is handed the ones made before it; none finds another by itself.
+    const RunParts run{m_locations, *m_files, *m_ui, m_formats};
+    m_main = std::make_unique<MyMainObj>(run);
+    m_pref = std::make_unique<MyPrefObj>(*m_main); // runs checkDefaults
+    m_missingItems = std::make_unique<MyMissingItems>(*m_ui);
+    m_authentication = std::make_unique<BLAuthentication>(*m_authorization, *m_ui);
+    const ManagerParts managerParts{*m_main, *m_pref, *m_missingItems, *m_authentication};
+    for (const Format &format : m_formats) {
+        m_managers.push_back(makeManager(format.type, managerParts));
+        m_managerList << m_managers.back().get();
+    }
+    m_main->setControllers(m_pref.get(), m_managerList);
+
+    // The info panel follows the tables; the managers only announce.
+    m_info = std::make_unique<MyInfoObj>(*m_main, *m_pref);
+    MyInfoObj *info = m_info.get();
+    for (TypeManager *manager : std::as_const(m_managerList)) {
+        QObject::connect(manager, &TypeManager::rowSelected, info, [info](const AUItemPtr &item) {
+            if (info->isVisible())
+                info->showInfo(item);
+        });
+        QObject::connect(manager, &TypeManager::infoRequested, info,
+                         [info](const AUItemPtr &item, bool showContent) {
+                             info->setDisplayContent(showContent);
+                             if (item)
+                                 info->showInfo(item);
+                         });
+    }
+    m_script = std::make_unique<LumoScript>(*m_main, m_managerList);
+    m_about = std::make_unique<MyAboutObj>();
+    install();
+
+    if (parts.awakeFromNib)
         awakeFromNib();
 }
 
 AppContext::~AppContext()
 {
     uninstall();
+    // Newest first: a controller may still reach older ones while it goes.
+    m_about.reset();
+    m_script.reset();
+    m_info.reset();
+    m_managerList.clear();
+    while (!m_managers.empty())
+        m_managers.pop_back();
+    m_authentication.reset();
+    m_missingItems.reset();
+    m_pref.reset();
+    m_main.reset();
+}
+
+MyAdminObj *AppContext::au() const
+{
+    return builtIn<MyAdminObj>(m_managerList, TypeAU);
+}
+
+MyRTASObj *AppContext::rtas() const
+{
+    return builtIn<MyRTASObj>(m_managerList, TypeRTAS);
+}
+
+MyMASObj *AppContext::mas() const
+{
+    return builtIn<MyMASObj>(m_managerList, TypeMAS);
+}
+
+MyVSTObj *AppContext::vst() const
+{
+    return builtIn<MyVSTObj>(m_managerList, TypeVST);
 }
 
 void AppContext::awakeFromNib()
 {
     m_main->awakeFromNib();
-    m_au->awakeFromNib();
-    m_rtas->awakeFromNib();
-    m_mas->awakeFromNib();
-    m_vst->awakeFromNib();
+    for (TypeManager *manager : std::as_const(m_managerList))
+        manager->awakeFromNib();
     m_pref->awakeFromNib();
+}
+
+void AppContext::install()
+{
+    MyMainObj::install(m_main.get());
+    SharedInstance<MyPrefObj>::install(m_pref.get());
+    SharedInstance<MyAdminObj>::install(au());
+    SharedInstance<MyRTASObj>::install(rtas());
+    SharedInstance<MyMASObj>::install(mas());
+    SharedInstance<MyVSTObj>::install(vst());
+    SharedInstance<MyInfoObj>::install(m_info.get());
+    SharedInstance<MyMissingItems>::install(m_missingItems.get());
+    SharedInstance<BLAuthentication>::install(m_authentication.get());
+    SharedInstance<LumoScript>::install(m_script.get());
+    SharedInstance<MyAboutObj>::install(m_about.get());
 }
 
 void AppContext::uninstall()
 {
-    // Newest first: a controller may still reach older ones while it goes.
-    release(m_script);
-    release(m_authentication);
-    release(m_missingItems);
-    release(m_info);
-    release(m_vst);
-    release(m_mas);
-    release(m_rtas);
-    release(m_au);
-    release(m_pref);
-    release(m_main); // leaves the services slot as it goes
+    SharedInstance<MyAboutObj>::uninstall(m_about.get());
+    SharedInstance<LumoScript>::uninstall(m_script.get());
+    SharedInstance<BLAuthentication>::uninstall(m_authentication.get());
+    SharedInstance<MyMissingItems>::uninstall(m_missingItems.get());
+    SharedInstance<MyInfoObj>::uninstall(m_info.get());
+    SharedInstance<MyVSTObj>::uninstall(vst());
+    SharedInstance<MyMASObj>::uninstall(mas());
+    SharedInstance<MyRTASObj>::uninstall(rtas());
+    SharedInstance<MyAdminObj>::uninstall(au());
+    SharedInstance<MyPrefObj>::uninstall(m_pref.get());
+    SharedInstance<MyMainObj>::uninstall(m_main.get());
+    SharedInstance<AppServices>::uninstall(m_main.get());
 }
 
 } // namespace korvane

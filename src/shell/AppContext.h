@@ -1,11 +1,20 @@
 #pragma once
 
+#include "platform/FormatTable.h"
+#include "platform/Locations.h"
+#include "platform/Roots.h"
+
+#include <QList>
 #include <memory>
+#include <vector>
 
 namespace korvane {
 
+class AuthorizationBackend;
 class BLAuthentication;
+class FileOperations;
 class LumoScript;
+class MyAboutObj;
 class MyAdminObj;
 class MyInfoObj;
 class MyMainObj;
@@ -14,18 +23,24 @@ class MyMissingItems;
 class MyPrefObj;
 class MyRTASObj;
 class MyVSTObj;
+class TypeManager;
+class UserInterface;
 
-// Owns every controller of one run of the program and installs each as the shared instance its
-// accessor answers, in start-up order; going away uninstalls and drops them all. The GUI, the
-// command-line tool and each test build one over the roots in force at that moment.
+// Builds every controller of one run of the program from explicit parts, wires them to one
+// another, and installs each as the shared instance its accessor answers; going away uninstalls
+// and drops them all. The window, the command-line tool and each test build one.
 class AppContext {
 public:
-    struct Options {
-        bool awakeFromNib = true; // run the window-load steps at once
+    struct Parts {
+        Roots roots;                                  // where "/Library" and "~" are
+        FormatTable formats = FormatTable::builtIn(); // one manager per row
+        FileOperations *files = nullptr;              // default: the local disk
+        UserInterface *ui = nullptr;                  // default: nobody there to answer
+        AuthorizationBackend *authorization = nullptr; // default: polkit where it helps
+        bool awakeFromNib = true;                     // run the window-load steps at once
     };
 
-    AppContext();
-    explicit AppContext(const Options &options);
+    explicit AppContext(Parts parts);
     ~AppContext();
     AppContext(const AppContext &) = delete;
     AppContext &operator=(const AppContext &) = delete;
@@ -34,30 +49,47 @@ public:
     // the preferences controls (which ask the managers for their architecture column).
     void awakeFromNib();
 
+    const Locations &locations() const { return m_locations; }
+    const FormatTable &formats() const { return m_formats; }
+    FileOperations &files() const { return *m_files; }
+    UserInterface &ui() const { return *m_ui; }
+
     MyMainObj *main() const { return m_main.get(); }
     MyPrefObj *pref() const { return m_pref.get(); }
-    MyAdminObj *au() const { return m_au.get(); }
-    MyRTASObj *rtas() const { return m_rtas.get(); }
-    MyMASObj *mas() const { return m_mas.get(); }
-    MyVSTObj *vst() const { return m_vst.get(); }
+    const QList<TypeManager *> &managers() const { return m_managerList; }
+    TypeManager *manager(int type) const { return m_managerList.value(type); }
+    MyAdminObj *au() const;
+    MyRTASObj *rtas() const;
+    MyMASObj *mas() const;
+    MyVSTObj *vst() const;
     MyInfoObj *info() const { return m_info.get(); }
     MyMissingItems *missingItems() const { return m_missingItems.get(); }
     BLAuthentication *authentication() const { return m_authentication.get(); }
     LumoScript *script() const { return m_script.get(); }
+    MyAboutObj *about() const { return m_about.get(); }
 
 private:
+    void install();
     void uninstall();
+
+    Locations m_locations;
+    FormatTable m_formats;
+    std::unique_ptr<FileOperations> m_ownFiles;
+    std::unique_ptr<UserInterface> m_ownUi;
+    std::unique_ptr<AuthorizationBackend> m_ownAuthorization;
+    FileOperations *m_files;
+    UserInterface *m_ui;
+    AuthorizationBackend *m_authorization;
 
     std::unique_ptr<MyMainObj> m_main;
     std::unique_ptr<MyPrefObj> m_pref;
-    std::unique_ptr<MyAdminObj> m_au;
-    std::unique_ptr<MyRTASObj> m_rtas;
-    std::unique_ptr<MyMASObj> m_mas;
-    std::unique_ptr<MyVSTObj> m_vst;
-    std::unique_ptr<MyInfoObj> m_info;
     std::unique_ptr<MyMissingItems> m_missingItems;
     std::unique_ptr<BLAuthentication> m_authentication;
+    std::vector<std::unique_ptr<TypeManager>> m_managers;
+    QList<TypeManager *> m_managerList;
+    std::unique_ptr<MyInfoObj> m_info;
     std::unique_ptr<LumoScript> m_script;
+    std::unique_ptr<MyAboutObj> m_about;
 };
 
 } // namespace korvane

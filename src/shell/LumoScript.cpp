@@ -1,6 +1,8 @@
 #include "shell/LumoScript.h"
 
+#include "app/AppServices.h"
 #include "managers/TypeManager.h"
+#include "platform/FormatTable.h"
 #include "platform/FileOperations.h"
 #include "platform/Locations.h"
 #include "platform/SharedInstances.h"
@@ -16,19 +18,6 @@
 namespace korvane {
 
 namespace {
-
-// The tool's option and the no-set message of each format, by type index.
-struct ScriptOption {
-    const char *option;
-    const char *noSet;
-};
-
-const ScriptOption kOptions[TypeCount] = {
-    {"-AU", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for AudioUnits")},
-    {"-RTAS", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for RTAS")},
-    {"-MAS", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for MAS")},
-    {"-VST", QT_TRANSLATE_NOOP("Korvane", "There is no set selected for VST")},
-};
 
 // The tool and its arguments as one sh command line. Options are our own words and stay bare;
 // set names are quoted.
@@ -59,6 +48,10 @@ QString appleScriptString(const QString &text) {
 }
 
 } // namespace
+
+LumoScript::LumoScript(AppServices &services, const QList<TypeManager *> &managers)
+    : m_services(services), m_managers(managers),
+      sctrlType(QList<bool>(services.formats().count(), false)) {}
 
 LumoScript *LumoScript::getLumoScript() {
     return SharedInstance<LumoScript>::get();
@@ -135,11 +128,11 @@ QString LumoScript::shellScript(const QString &tool, const QStringList &argument
 }
 
 bool LumoScript::isSegmentSelected(int segment) const {
-    return isValidType(segment) && sctrlType[segment];
+    return segment >= 0 && segment < sctrlType.size() && sctrlType.at(segment);
 }
 
 void LumoScript::setSegmentSelected(int segment, bool selected) {
-    if (!isValidType(segment) || sctrlType[segment] == selected)
+    if (segment < 0 || segment >= sctrlType.size() || sctrlType.at(segment) == selected)
         return;
     sctrlType[segment] = selected;
     emit segmentsChanged();
@@ -163,21 +156,22 @@ void LumoScript::build(bool tell) {
     // Always AU, RTAS, MAS, VST, whatever order the segments were chosen in.
     QStringList arguments;
     bool deselected = false;
-    for (int type = 0; type < TypeCount; ++type) {
-        if (!sctrlType[type])
+    for (int type = 0; type < sctrlType.size(); ++type) {
+        if (!sctrlType.at(type))
             continue;
-        TypeManager *manager = TypeManager::forType(type);
+        TypeManager *manager = m_managers.value(type);
         const QString set = manager ? manager->getSelectedSet() : QString();
         if (!set.isNull()) {
-            arguments << QString::fromLatin1(kOptions[type].option) << set;
+            arguments << m_services.formats().at(type).commandLineFlag() << set;
             continue;
         }
         if (tell) {
             Alert alert;
             alert.title = korvane::tr("Scrip Generation");
-            alert.messageText = korvane::tr(kOptions[type].noSet);
+            alert.messageText =
+                korvane::tr(m_services.formats().at(type).noSetMessage.toUtf8().constData());
             alert.buttons = {korvane::tr("Ok")};
-            UserInterface::current().runAlert(alert);
+            m_services.ui().runAlert(alert);
         }
         sctrlType[type] = false;
         deselected = true;
@@ -192,10 +186,10 @@ void LumoScript::build(bool tell) {
 
 void LumoScript::saveScript() {
     SavePanelRequest request;
-    request.directory = Locations::expand(QStringLiteral("~/Documents"));
+    request.directory = m_services.locations().documentsFolder();
     request.fileName = m_layout == Layout::AppleScript ? QStringLiteral("untitled.applescript")
                                                        : QStringLiteral("untitled.sh");
-    const std::optional<QString> path = UserInterface::current().runSavePanel(request);
+    const std::optional<QString> path = m_services.ui().runSavePanel(request);
     if (path)
         savePanelDidEnd(1, *path);
     else
@@ -206,7 +200,7 @@ void LumoScript::savePanelDidEnd(int returnCode, const QString &path) {
     if (returnCode != 1)
         return;
     // A failure is not reported; a half-written script is never left behind.
-    if (!FileOperations::current().writeFileAtomically(path, teScript.toUtf8()))
+    if (!m_services.files().writeFileAtomically(path, teScript.toUtf8()))
         return;
     if (m_layout == Layout::Shell) {
         const QFileDevice::Permissions readable = QFile::permissions(path);

@@ -3,9 +3,12 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <array>
+#include <QList>
 
 namespace korvane {
+
+class AppServices;
+class TypeManager;
 
 // The launch-script generator: a script that runs KorvaneCMD with the sets selected in the chosen
 // formats' managers, then starts the host. On macOS an AppleScript that brings Logic Pro to the
@@ -15,6 +18,8 @@ class LumoScript : public QObject {
 public:
     enum class Layout { AppleScript, Shell };
 
+    // The managers give their selected sets, by type index.
+    LumoScript(AppServices &services, const QList<TypeManager *> &managers);
     static LumoScript *getLumoScript();
     static void install(LumoScript *script);
 
@@ -59,7 +64,9 @@ signals:
 private:
     void build(bool tell);
 
-    std::array<bool, 4> sctrlType{};
+    AppServices &m_services;
+    QList<TypeManager *> m_managers;
+    QList<bool> sctrlType; // by type index
     QString teScript;
     bool m_visible = false;
     Layout m_layout = platformLayout();

@@ -3,6 +3,7 @@
 #include "managers/TypeManager.h"
 #include "panels/MyPrefObj.h"
 #include "platform/FileOperations.h"
+#include "platform/FormatTable.h"
 #include "platform/Locations.h"
 #include "platform/SharedInstances.h"
 #include "platform/Texts.h"
@@ -11,20 +12,18 @@
 
 namespace korvane {
 
-MyMainObj::MyMainObj()
+MyMainObj::MyMainObj(const RunParts &parts) : AppServices(parts)
 {
-    // The tab view as the main window's interface file lays it out: every format, AU in front.
-    for (int type = 0; type < TypeCount; ++type)
-        m_tabs.append({tabIdentifier(type), tabLabel(type)});
-    // A second controller does not take over from the first; only its owner may install it.
-    if (!SharedInstance<MyMainObj>::peek())
-        install(this);
+    // The tab view as the main window lays it out: every format, the first in front.
+    for (const Format &format : formats()) {
+        m_tabs.append({format.tabIdentifier(), format.tabLabel});
+        m_keptView.append(false);
+    }
 }
 
 MyMainObj::~MyMainObj()
 {
-    if (SharedInstance<MyMainObj>::peek() == this)
-        SharedInstance<MyMainObj>::install(nullptr);
+    SharedInstance<MyMainObj>::uninstall(this);
 }
 
 MyMainObj *MyMainObj::getMainObj()
@@ -38,10 +37,17 @@ void MyMainObj::install(MyMainObj *main)
     AppServices::install(main);
 }
 
-void MyMainObj::connectPreferences(MyPrefObj *pref)
+void MyMainObj::setControllers(MyPrefObj *pref, const QList<TypeManager *> &managers)
 {
+    m_pref = pref;
+    m_managers = managers;
     connect(pref, &MyPrefObj::showPlattformRequested, this, &MyMainObj::showPlattform,
             Qt::UniqueConnection);
+}
+
+TypeManager *MyMainObj::managerOf(int type) const
+{
+    return type >= 0 && type < m_managers.size() ? m_managers.at(type) : nullptr;
 }
 
 // --- Lifecycle ------------------------------------------------------------------------------------
@@ -54,16 +60,14 @@ void MyMainObj::awakeFromNib()
 
 void MyMainObj::applicationDidFinishLaunching()
 {
-    MyPrefObj *pref = MyPrefObj::getPref();
-    for (int type = 0; type < TypeCount; ++type) {
+    MyPrefObj *pref = m_pref;
+    for (TypeManager *manager : std::as_const(m_managers)) {
+        const int type = manager->typeIndex();
         if (!pref->isTypeActive(type))
-            continue;
-        TypeManager *manager = TypeManager::forType(type);
-        if (!manager)
             continue;
         manager->reloadData();
         const QString set = pref->getDefaultSet(type).value_or(QString());
-        if (!set.isEmpty() && FileOperations::current().exists(set))
+        if (!set.isEmpty() && files().exists(set))
             manager->openDefaultSet(set);
         else
             pref->setDefaultSet(type, QStringLiteral("no set"));
@@ -74,50 +78,36 @@ void MyMainObj::applicationWillTerminate()
 {
     saveGroupRegistry();
     // Every format saves, switched on or not: a format's files outlive its tab.
-    for (int type = 0; type < TypeCount; ++type)
-        if (TypeManager *manager = TypeManager::forType(type))
-            manager->saveGroups();
-    for (int type = 0; type < TypeCount; ++type)
-        if (TypeManager *manager = TypeManager::forType(type))
-            manager->saveSets();
-    MyPrefObj::getPref()->setDefaultType(getActiveType());
+    for (TypeManager *manager : std::as_const(m_managers))
+        manager->saveGroups();
+    for (TypeManager *manager : std::as_const(m_managers))
+        manager->saveSets();
+    m_pref->setDefaultType(getActiveType());
 }
 
 // --- Tabs -----------------------------------------------------------------------------------------
 
-QString MyMainObj::tabIdentifier(int type)
+QString MyMainObj::tabIdentifier(int type) const
 {
-    return isValidType(type) ? QStringLiteral("tab") + typePrefix(type) : QString();
+    const Format *format = formats().find(type);
+    return format ? format->tabIdentifier() : QString();
 }
 
-QString MyMainObj::tabLabel(int type)
+QString MyMainObj::tabLabel(int type) const
 {
-    switch (type) {
-    case TypeAU:
-        return QStringLiteral("AudioUnits");
-    case TypeRTAS:
-        return QStringLiteral("RTAS");
-    case TypeMAS:
-        return QStringLiteral("MAS");
-    case TypeVST:
-        return QStringLiteral("VST");
-    default:
-        return QString();
-    }
+    const Format *format = formats().find(type);
+    return format ? format->tabLabel : QString();
 }
 
-int MyMainObj::typeOfIdentifier(const QString &identifier)
+int MyMainObj::typeOfIdentifier(const QString &identifier) const
 {
-    for (int type = 0; type < TypeCount; ++type)
-        if (identifier == tabIdentifier(type))
-            return type;
-    return -1;
+    return formats().typeOfTabIdentifier(identifier);
 }
 
 void MyMainObj::initTabView()
 {
-    MyPrefObj *pref = MyPrefObj::getPref();
-    for (int type = 0; type < TypeCount; ++type) {
+    MyPrefObj *pref = m_pref;
+    for (int type = 0; type < formats().count(); ++type) {
         if (pref->isTypeActive(type))
             continue;
         const int index = indexOfIdentifier(tabIdentifier(type));
@@ -131,12 +121,12 @@ void MyMainObj::initTabView()
 
 void MyMainObj::setTabView(int state)
 {
-    MyPrefObj *pref = MyPrefObj::getPref();
+    MyPrefObj *pref = m_pref;
     const int position = pref->getSelectedTab();
-    const int type = (position >= 1 && position <= 4) ? position - 1 : -1;
+    const int type = formats().isValid(position - 1) ? position - 1 : -1;
 
     if (state == 0) {
-        for (int t = 0; t < TypeCount; ++t)
+        for (int t = 0; t < formats().count(); ++t)
             if (indexOfIdentifier(tabIdentifier(t)) >= 0)
                 keepView(t);
         const int index = type >= 0 ? indexOfIdentifier(tabIdentifier(type)) : 0;
@@ -167,7 +157,7 @@ int MyMainObj::getActiveType() const
 
 void MyMainObj::setActiveType(int type)
 {
-    const int index = isValidType(type) ? indexOfIdentifier(tabIdentifier(type)) : -1;
+    const int index = formats().isValid(type) ? indexOfIdentifier(tabIdentifier(type)) : -1;
     if (index >= 0)
         selectIndex(index);
     else if (m_selected < 0 && !m_tabs.isEmpty())
@@ -195,7 +185,7 @@ void MyMainObj::selectTabAtIndex(int index)
 
 bool MyMainObj::hasKeptView(int type) const
 {
-    return isValidType(type) && m_keptView[type];
+    return formats().isValid(type) && m_keptView.at(type);
 }
 
 int MyMainObj::indexOfIdentifier(const QString &identifier) const
@@ -257,12 +247,12 @@ TypeManager *MyMainObj::managerByIdentifier() const
     int type = -1;
     if (m_selected >= 0 && m_selected < tabCount())
         type = typeOfIdentifier(m_tabs.at(m_selected).identifier);
-    return TypeManager::forType(type < 0 ? TypeAU : type);
+    return managerOf(type < 0 ? TypeAU : type);
 }
 
 TypeManager *MyMainObj::activeManager() const
 {
-    return TypeManager::forType(getActiveType());
+    return managerOf(getActiveType());
 }
 
 void MyMainObj::newButton()
@@ -297,7 +287,7 @@ void MyMainObj::deleteItem()
     alert.informativeText = korvane::tr("Do you want to move the selected Plug-Ins to trash?");
     // The safe answer is the default one.
     alert.buttons = {QStringLiteral("cancel"), QStringLiteral("move to trash")};
-    if (UserInterface::current().runAlert(alert) != AlertAlternate)
+    if (ui().runAlert(alert) != AlertAlternate)
         return;
     if (TypeManager *manager = activeManager())
         manager->deleteItem();
@@ -353,7 +343,7 @@ void MyMainObj::setPlattformActive(int plattform, bool active)
 
 void MyMainObj::showPlattform(int type, bool show)
 {
-    if (TypeManager *manager = TypeManager::forType(type))
+    if (TypeManager *manager = managerOf(type))
         manager->setPlattformVisible(show);
 }
 
@@ -363,7 +353,7 @@ void MyMainObj::functionNotImplemented(const QString &title)
     alert.messageText = title;
     alert.informativeText = korvane::tr("This function will be implemented in a future version");
     alert.buttons = {QStringLiteral("Ok")};
-    UserInterface::current().runAlert(alert);
+    ui().runAlert(alert);
 }
 
 bool MyMainObj::validateMenuItem(MenuItem item) const
@@ -385,7 +375,7 @@ void MyMainObj::windowWillClose(Window window)
 
 void MyMainObj::checkForUpdate()
 {
-    UpdateCheck().run();
+    UpdateCheck(ui()).run();
 }
 
 } // namespace korvane

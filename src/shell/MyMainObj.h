@@ -5,7 +5,6 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
-#include <array>
 
 namespace korvane {
 
@@ -27,15 +26,18 @@ public:
     enum class MenuItem { ShowLog, HideLog, Undo, Redo, Delete, Other };
     enum class Window { Log, Other };
 
-    MyMainObj(); // the registries (AppServices), then installs itself unless a controller exists
+    explicit MyMainObj(const RunParts &parts); // the registries (AppServices)
     ~MyMainObj() override;
 
-    static MyMainObj *getMainObj(); // the installed controller, created on first use
+    static MyMainObj *getMainObj(); // the installed controller
     // Installs into both slots, so getMainObj() here and below the shell answer the same object.
     static void install(MyMainObj *main);
 
-    // Routes the preferences window's architecture-column requests to showPlattform.
-    void connectPreferences(MyPrefObj *pref);
+    // The preferences and one manager per format, by type index, once AppContext has made them;
+    // the preferences window's architecture-column requests go to showPlattform.
+    void setControllers(MyPrefObj *pref, const QList<TypeManager *> &managers);
+    TypeManager *managerOf(int type) const; // nullptr outside the table
+    const QList<TypeManager *> &managers() const { return m_managers; }
 
     // --- Lifecycle -----------------------------------------------------------------------------
     // The front end calls these where the platform would notify: once its event loop runs, and
@@ -45,9 +47,9 @@ public:
     void applicationWillTerminate();
 
     // --- Tabs ----------------------------------------------------------------------------------
-    static QString tabIdentifier(int type); // "tabAU" ...; empty for others
-    static QString tabLabel(int type);      // "AudioUnits" ...; empty for others
-    static int typeOfIdentifier(const QString &identifier); // -1 for none
+    QString tabIdentifier(int type) const; // "tabAU" ...; empty for others
+    QString tabLabel(int type) const;      // "AudioUnits" ...; empty for others
+    int typeOfIdentifier(const QString &identifier) const; // -1 for none
 
     void initTabView();
     void setTabView(int state); // the On check box of the preferences tab in front
@@ -111,10 +113,12 @@ private:
     TypeManager *managerByIdentifier() const;
     TypeManager *activeManager() const;
 
+    MyPrefObj *m_pref = nullptr;
+    QList<TypeManager *> m_managers;
     QList<TabItem> m_tabs;
     int m_selected = 0;
-    // tabAUView, tabRTASView, tabMASView, tabVSTView: set aside once, kept for the process.
-    std::array<bool, 4> m_keptView{};
+    // tabAUView, tabRTASView, tabMASView, tabVSTView, ...: set aside once, kept for the process.
+    QList<bool> m_keptView;
 };
 
 } // namespace korvane

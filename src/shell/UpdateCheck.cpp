@@ -33,8 +33,8 @@ QUrl configuredUrl(const char *variable, const char *builtIn) {
 
 } // namespace
 
-UpdateCheck::UpdateCheck()
-    : m_versionListUrl(configuredUrl("KORVANE_UPDATE_URL", KORVANE_VERSION_LIST_URL)),
+UpdateCheck::UpdateCheck(UserInterface &ui)
+    : m_ui(ui), m_versionListUrl(configuredUrl("KORVANE_UPDATE_URL", KORVANE_VERSION_LIST_URL)),
       m_downloadUrl(configuredUrl("KORVANE_DOWNLOAD_URL", KORVANE_DOWNLOAD_PAGE_URL)),
       m_installedVersion(programVersion()) {}
 
@@ -100,7 +100,7 @@ QString UpdateCheck::shownVersion(const QString &version) {
 
 void UpdateCheck::run() {
     const std::optional<QVariantMap> list = fetchVersionList();
-    UserInterface &ui = UserInterface::current();
+    UserInterface &ui = m_ui;
 
     if (!list) {
         Alert alert;

@@ -7,6 +7,8 @@
 
 namespace korvane {
 
+class UserInterface;
+
 // Asks the maker's web site for the current release and offers the download page when it differs
 // from the installed version. The fetch blocks, as the command always has, but gives up after a
 // time-out so that a server that accepts and never answers cannot hang the program.
@@ -19,7 +21,7 @@ public:
 
     // Addresses from $KORVANE_UPDATE_URL and $KORVANE_DOWNLOAD_URL, else the built-in ones; the
     // installed version is this program's own.
-    UpdateCheck();
+    explicit UpdateCheck(UserInterface &ui);
 
     static QString programVersion();
     // The listed version as the newer-version panel shows it: a long one is cut short.
@@ -42,6 +44,7 @@ public:
     void run();
 
 private:
+    UserInterface &m_ui;
     QUrl m_versionListUrl;
     QUrl m_downloadUrl;
     QString m_installedVersion;

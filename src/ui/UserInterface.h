@@ -65,14 +65,17 @@ public:
     virtual void openUrl(const QUrl &url) = 0;
     virtual void beep() = 0;
 
-    // The interface in use; without one installed, a HeadlessUi that answers every alert with
-    // its default button, cancels panels and ignores missing items.
-    static UserInterface &current();
-    static void setCurrent(UserInterface *ui); // nullptr restores the headless one
+    // Whether a person is there to answer. Where nobody is, a question that would be asked again
+    // until the answer changes is asked once.
+    virtual bool isInteractive() const { return true; }
+    // Whether the person asked the long work in progress to stop; checked between plug-ins.
+    virtual bool progressCancelled() { return false; }
 };
 
+// Nobody there: every alert takes its default button, panels are cancelled, missing items ignored.
 class HeadlessUi : public UserInterface {
 public:
+    bool isInteractive() const override { return false; }
     int runAlert(const Alert &alert) override;
     std::optional<QString> runSavePanel(const SavePanelRequest &) override { return std::nullopt; }
     std::optional<QString> runOpenPanel(const OpenPanelRequest &) override { return std::nullopt; }

@@ -1,6 +1,6 @@
-#include "platform/FileOperations.h"
+#include "platform/LocalFileOperations.h"
 
-#include "platform/Locations.h"
+#include "platform/PlatformFiles.h"
 #include "platform/ScanCache.h"
 #include "platform/SystemLog.h"
 
@@ -19,18 +19,16 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace korvane {
 
 namespace {
 
-FileOperations s_realOperations;
-FileOperations *s_currentOperations = &s_realOperations;
+using PlatformFiles::isLocked;
+using PlatformFiles::renameNoReplace;
+using PlatformFiles::syncFileSystemOf;
 
 const QString kPartialSuffix = QStringLiteral(".korvane-partial");
 const QString kRemovingSuffix = QStringLiteral(".korvane-removing");
@@ -102,70 +100,9 @@ bool isInside(const QString &path, const QString &folder) {
         cleanFolder == QLatin1String("/") ? cleanFolder : cleanFolder + QLatin1Char('/'));
 }
 
-// Immutable or append-only: even root can neither remove the item nor change its entries.
-bool isLocked(const QString &path) {
-    struct stat info;
-    if (!lstatPath(path, &info) || S_ISLNK(info.st_mode))
-        return false;
-    const int flags =
-        O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | (S_ISDIR(info.st_mode) ? O_DIRECTORY : 0);
-    const int fd = ::open(encoded(path).constData(), flags);
-    if (fd < 0)
-        return false;
-    int attributes = 0;
-    const bool known = ::ioctl(fd, FS_IOC_GETFLAGS, &attributes) == 0; // unsupported: not locked
-    ::close(fd);
-    return known && (attributes & (FS_IMMUTABLE_FL | FS_APPEND_FL));
-}
-
 bool parentAllowsChanges(const QString &path) {
     const QString parent = parentOf(path);
     return ::access(encoded(parent).constData(), W_OK | X_OK) == 0 && !isLocked(parent);
-}
-
-// rename(2) that never replaces an existing target.
-int renameNoReplace(const QString &from, const QString &to) {
-    const QByteArray source = encoded(from);
-    const QByteArray target = encoded(to);
-    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) ==
-        0)
-        return 0;
-    if (errno != EINVAL && errno != ENOSYS)
-        return errno;
-    // A file system without the flag: check first, accepting the small window.
-    struct stat info;
-    if (::lstat(target.constData(), &info) == 0)
-        return EEXIST;
-    return ::rename(source.constData(), target.constData()) == 0 ? 0 : errno;
-}
-
-void copyAttributes(int from, int to) {
-    const ssize_t size = ::flistxattr(from, nullptr, 0);
-    if (size <= 0)
-        return;
-    std::vector<char> names(size_t(size) + 1, '\0');
-    const ssize_t got = ::flistxattr(from, names.data(), names.size() - 1);
-    if (got <= 0)
-        return;
-    for (const char *name = names.data(); name < names.data() + got;
-         name += std::strlen(name) + 1) {
-        const ssize_t valueSize = ::fgetxattr(from, name, nullptr, 0);
-        if (valueSize < 0)
-            continue;
-        std::vector<char> value(size_t(valueSize) + 1);
-        const ssize_t valueGot = ::fgetxattr(from, name, value.data(), value.size());
-        if (valueGot >= 0) // a namespace the target refuses is not worth failing the copy
-            ::fsetxattr(to, name, value.data(), size_t(valueGot), 0);
-    }
-}
-
-int syncFileSystemOf(const QString &path) {
-    const int fd = ::open(encoded(parentOf(path)).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0)
-        return errno;
-    const int result = ::syncfs(fd) == 0 ? 0 : errno;
-    ::close(fd);
-    return result;
 }
 
 // The kind a listing gives an entry that is no link; Missing where it does not say.
@@ -292,19 +229,15 @@ struct HomeTrash {
     QString info;
 };
 
-// The freedesktop home trash, $XDG_DATA_HOME/Trash (by default under HOME/.local/share), made
-// when missing. There is no other place to put an item: without a home folder, no trash.
-bool openHomeTrash(HomeTrash *trash, FileError *error) {
-    const QString home = Locations::home();
+// The freedesktop home trash of the run's roots, made when missing. There is no other place to
+// put an item: without a home folder, no trash.
+bool openHomeTrash(const Roots &roots, HomeTrash *trash, FileError *error) {
+    const QString home = roots.home;
     struct stat info;
     if (!QDir::isAbsolutePath(home) || !statPath(home, &info) || !S_ISDIR(info.st_mode))
         return failWith(error, home,
                         QStringLiteral("There is no trash: the home folder does not exist"));
-    // A relative XDG_DATA_HOME is invalid and ignored.
-    QString dataHome = qEnvironmentVariable("XDG_DATA_HOME");
-    if (!QDir::isAbsolutePath(dataHome))
-        dataHome = childOf(home, QStringLiteral(".local/share"));
-    const QString top = childOf(QDir::cleanPath(dataHome), QStringLiteral("Trash"));
+    const QString top = QDir::cleanPath(roots.trashFolder());
     trash->files = childOf(top, QStringLiteral("files"));
     trash->info = childOf(top, QStringLiteral("info"));
     return makeTrashFolders(trash->files, error) && makeTrashFolders(trash->info, error);
@@ -353,43 +286,37 @@ int writeTrashInfo(const QString &infoPath, const QString &original) {
 
 } // namespace
 
-FileOperations &FileOperations::current() {
-    return *s_currentOperations;
-}
+LocalFileOperations::LocalFileOperations(Roots roots) : m_roots(std::move(roots)) {}
 
-void FileOperations::setCurrent(FileOperations *operations) {
-    s_currentOperations = operations ? operations : &s_realOperations;
-}
-
-QStringList FileOperations::directoryContents(const QString &path) const {
+QStringList LocalFileOperations::directoryContents(const QString &path) const {
     return listNames(path, ScanCache::current() != nullptr);
 }
 
-QStringList FileOperations::subpaths(const QString &path) const {
+QStringList LocalFileOperations::subpaths(const QString &path) const {
     QStringList result;
     collectSubpaths(*this, path, QString(), &result);
     return result;
 }
 
-bool FileOperations::exists(const QString &path) const {
+bool LocalFileOperations::exists(const QString &path) const {
     struct stat info;
     return statPath(path, &info);
 }
 
-bool FileOperations::isDirectory(const QString &path) const {
+bool LocalFileOperations::isDirectory(const QString &path) const {
     struct stat info;
     return statPath(path, &info) && S_ISDIR(info.st_mode);
 }
 
-bool FileOperations::isReadable(const QString &path) const {
+bool LocalFileOperations::isReadable(const QString &path) const {
     return !path.isEmpty() && ::access(encoded(path).constData(), R_OK) == 0;
 }
 
-bool FileOperations::isWritable(const QString &path) const {
+bool LocalFileOperations::isWritable(const QString &path) const {
     return !path.isEmpty() && ::access(encoded(path).constData(), W_OK) == 0;
 }
 
-bool FileOperations::isDeletable(const QString &path) const {
+bool LocalFileOperations::isDeletable(const QString &path) const {
     struct stat info;
     if (!lstatPath(path, &info) || !parentAllowsChanges(path) || isLocked(path))
         return false;
@@ -401,7 +328,7 @@ bool FileOperations::isDeletable(const QString &path) const {
     return true;
 }
 
-bool FileOperations::createDirectory(const QString &path, FileError *error) {
+bool LocalFileOperations::createDirectory(const QString &path, FileError *error) {
     if (path.isEmpty())
         return fail(error, path, ENOENT);
     if (::mkdir(encoded(path).constData(), 0777) != 0)
@@ -422,7 +349,7 @@ static bool canPlace(const QString &from, const QString &to, struct stat *info, 
     return true;
 }
 
-bool FileOperations::move(const QString &from, const QString &to, FileError *error) {
+bool LocalFileOperations::move(const QString &from, const QString &to, FileError *error) {
     if (!relocate(from, to, error))
         return false;
     if (hasSidecar(from)) {
@@ -433,7 +360,7 @@ bool FileOperations::move(const QString &from, const QString &to, FileError *err
     return true;
 }
 
-bool FileOperations::relocate(const QString &from, const QString &to, FileError *error) {
+bool LocalFileOperations::relocate(const QString &from, const QString &to, FileError *error) {
     struct stat info;
     if (!canPlace(from, to, &info, error))
         return false;
@@ -451,7 +378,7 @@ bool FileOperations::relocate(const QString &from, const QString &to, FileError 
     return true;
 }
 
-bool FileOperations::moveAcrossFileSystems(const QString &from, const QString &to,
+bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QString &to,
                                            FileError *error) {
     // A source that could not be removed afterwards is not worth copying.
     if (!checkRemovable(from, error))
@@ -501,7 +428,7 @@ bool FileOperations::moveAcrossFileSystems(const QString &from, const QString &t
     return true;
 }
 
-bool FileOperations::copy(const QString &from, const QString &to, FileError *error) {
+bool LocalFileOperations::copy(const QString &from, const QString &to, FileError *error) {
     if (!duplicate(from, to, error))
         return false;
     if (hasSidecar(from)) {
@@ -512,7 +439,7 @@ bool FileOperations::copy(const QString &from, const QString &to, FileError *err
     return true;
 }
 
-bool FileOperations::duplicate(const QString &from, const QString &to, FileError *error) {
+bool LocalFileOperations::duplicate(const QString &from, const QString &to, FileError *error) {
     struct stat info;
     if (!canPlace(from, to, &info, error))
         return false;
@@ -523,7 +450,7 @@ bool FileOperations::duplicate(const QString &from, const QString &to, FileError
     return true;
 }
 
-bool FileOperations::copyTree(const QString &from, const QString &to, FileError *error) {
+bool LocalFileOperations::copyTree(const QString &from, const QString &to, FileError *error) {
     struct stat info;
     if (!lstatPath(from, &info))
         return fail(error, from, errno);
@@ -552,7 +479,7 @@ bool FileOperations::copyTree(const QString &from, const QString &to, FileError 
         const int source = ::open(encoded(from).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         const int target = ::open(encoded(to).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         if (source >= 0 && target >= 0)
-            copyAttributes(source, target);
+            PlatformFiles::copyExtendedAttributes(source, target);
         if (source >= 0)
             ::close(source);
         if (target >= 0)
@@ -571,7 +498,7 @@ bool FileOperations::copyTree(const QString &from, const QString &to, FileError 
     return fail(error, from, ENOTSUP);
 }
 
-bool FileOperations::copyFile(const QString &from, const QString &to, FileError *error) {
+bool LocalFileOperations::copyFile(const QString &from, const QString &to, FileError *error) {
     const int source = ::open(encoded(from).constData(), O_RDONLY | O_CLOEXEC);
     if (source < 0)
         return fail(error, from, errno);
@@ -617,7 +544,7 @@ bool FileOperations::copyFile(const QString &from, const QString &to, FileError 
             break;
     }
     if (!failure) {
-        copyAttributes(source, target);
+        PlatformFiles::copyExtendedAttributes(source, target);
         const timespec times[2] = {info.st_atim, info.st_mtim};
         ::futimens(target, times);
         if (::fchmod(target, info.st_mode & 07777) != 0)
@@ -633,7 +560,7 @@ bool FileOperations::copyFile(const QString &from, const QString &to, FileError 
     return true;
 }
 
-bool FileOperations::remove(const QString &path, FileError *error) {
+bool LocalFileOperations::remove(const QString &path, FileError *error) {
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
@@ -651,7 +578,7 @@ bool FileOperations::remove(const QString &path, FileError *error) {
     return true;
 }
 
-bool FileOperations::moveToTrash(const QString &path, FileError *error, QString *trashedTo) {
+bool LocalFileOperations::moveToTrash(const QString &path, FileError *error, QString *trashedTo) {
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
@@ -669,12 +596,12 @@ bool FileOperations::moveToTrash(const QString &path, FileError *error, QString 
     return true;
 }
 
-bool FileOperations::trashItem(const QString &path, const QString &preferredName, FileError *error,
+bool LocalFileOperations::trashItem(const QString &path, const QString &preferredName, FileError *error,
                                QString *trashedTo) {
     if (preferredName.isEmpty())
         return fail(error, path, EINVAL);
     HomeTrash trash;
-    if (!openHomeTrash(&trash, error))
+    if (!openHomeTrash(m_roots, &trash, error))
         return false;
     const QString original = QDir::cleanPath(QDir::current().absoluteFilePath(path));
     for (int attempt = 1; attempt <= kTrashNameAttempts; ++attempt) {
@@ -705,7 +632,7 @@ bool FileOperations::trashItem(const QString &path, const QString &preferredName
     return failWith(error, path, QStringLiteral("The trash holds too many items of this name"));
 }
 
-bool FileOperations::writeFileAtomically(const QString &path, const QByteArray &bytes,
+bool LocalFileOperations::writeFileAtomically(const QString &path, const QByteArray &bytes,
                                          FileError *error) {
     // The folder is not created here.
     QSaveFile file(path);

@@ -1,0 +1,81 @@
+#include "managers/PluginList.h"
+
+namespace korvane {
+
+int PluginList::rowOf(const AUItem *item) const
+{
+    if (!m_rowsValid) {
+        m_rows.clear();
+        m_rows.reserve(m_items.size());
+        for (qsizetype row = 0; row < m_items.size(); ++row)
+            m_rows.insert(m_items.at(row).get(), int(row));
+        m_rowsValid = true;
+    }
+    return m_rows.value(item, -1);
+}
+
+qsizetype PluginList::recordIndexOf(const AUItem &item) const
+{
+    const QString name = item.getAUName();
+    const int id = item.getItemID();
+    // A scan gives record i the ID i, so the item's record is normally at its ID; the walk is
+    // left for a list that does not hold it there.
+    if (id >= 0 && id < m_records.size() && m_records.at(id).getLogID() == id
+        && m_records.at(id).getLogName() == name)
+        return id;
+    for (qsizetype i = 0; i < m_records.size(); ++i) {
+        // The ID is the cheap half of the match; most records differ in it.
+        if (m_records.at(i).getLogID() == id && m_records.at(i).getLogName() == name)
+            return i;
+    }
+    return -1;
+}
+
+void PluginList::noteRecordState(bool wasProcessed, bool isProcessed)
+{
+    if (wasProcessed != isProcessed)
+        m_pending += isProcessed ? -1 : 1;
+}
+
+int PluginList::findItemIndex(const QString &name, int itemID) const
+{
+    for (qsizetype i = 0; i < m_items.size(); ++i) {
+        const AUItem &item = *m_items.at(i);
+        if (item.getItemID() == itemID && item.getAUName() == name)
+            return int(i);
+    }
+    return -1;
+}
+
+void PluginList::clear()
+{
+    m_items.clear();
+    m_records.clear();
+    m_rowsValid = false;
+    m_pending = 0; // every record a scan makes is processed
+}
+
+void PluginList::append(const AUItemPtr &item, AULog record)
+{
+    const int id = int(m_items.size());
+    item->setItemID(id);
+    record.setLogID(id);
+    if (m_rowsValid)
+        m_rows.insert(item.get(), id);
+    m_items.append(item);
+    m_records.append(std::move(record));
+}
+
+void PluginList::reorder(QList<AUItemPtr> items)
+{
+    m_items = std::move(items);
+    m_rowsValid = false;
+}
+
+void PluginList::removeAt(int row)
+{
+    m_items.removeAt(row);
+    m_rowsValid = false;
+}
+
+} // namespace korvane

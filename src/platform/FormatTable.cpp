@@ -1,0 +1,345 @@
+#include "platform/FormatTable.h"
+
+#include "platform/Bundle.h"
+#include "platform/ScanCache.h"
+
+#include <QCoreApplication>
+#include <QVariant>
+
+namespace korvane {
+
+namespace {
+
+const QString kDigidesign = QStringLiteral("/Library/Application Support/Digidesign");
+
+QString lastComponent(const QString &path)
+{
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+bool isFolder(const QString &path)
+{
+    return ScanCache::kind(path) == ScanCache::Folder;
+}
+
+// A plain file (anything that is not a folder) counts when it is not hidden and carries the
+// format's Finder type.
+bool isTypedFile(const QString &path, QLatin1StringView typeString)
+{
+    if (lastComponent(path).startsWith(QLatin1Char('.')))
+        return false;
+    return FinderInfo::hfsTypeString(path) == typeString;
+}
+
+bool holdsValue(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::QString:
+        return !value.toString().isEmpty();
+    case QMetaType::QByteArray:
+        return !value.toByteArray().isEmpty();
+    case QMetaType::QVariantList:
+        return !value.toList().isEmpty();
+    case QMetaType::QVariantMap:
+        return !value.toMap().isEmpty();
+    default:
+        return value.isValid() && !value.isNull();
+    }
+}
+
+// The four folders of a system-wide active folder, as the content roots are usually written.
+std::array<QString, LocationCount> foldersOf(const Format &format)
+{
+    std::array<QString, LocationCount> folders;
+    for (int loc = 0; loc < LocationCount; ++loc)
+        folders[size_t(loc)] = format.folder(loc);
+    return folders;
+}
+
+// The texts every format words alike, with its own name in them.
+void fillTexts(Format &f, const QString &label, const QString &singular)
+{
+    f.panelTitle = QStringLiteral("scan %1:").arg(label);
+    f.folderTextPrefix = QStringLiteral("scan for %1:").arg(label);
+    f.installFirstButton = QStringLiteral("%1 only").arg(label);
+    f.installInformative = QStringLiteral("Install %1 only?").arg(label);
+    f.installProgressTitle = QStringLiteral("install %1:").arg(label);
+    f.infoText = QStringLiteral("Please select a %1").arg(singular);
+}
+
+Format audioUnits()
+{
+    Format f;
+    f.prefix = QStringLiteral("AU");
+    f.tabLabel = QStringLiteral("AudioUnits");
+    f.activeFolder = QStringLiteral("/Library/Audio/Plug-Ins/Components");
+    f.recognise = &isAudioUnitName;
+    f.recognitionTakesFullPath = false;
+    f.scansSubfolders = false;
+    f.createdFolders = {false, true, false, true};
+    f.progressOffset = 0;
+    f.contentRoots = foldersOf(f);
+    f.groupsFile = QStringLiteral("augroups.plist");
+    f.setsFile = QStringLiteral("ausets.plist");
+    f.documentExtension = f.defaultSetExtension = QStringLiteral("aukorv");
+    f.windowLoadName = f.untitledName = QStringLiteral("Untitled.aukorv");
+    f.savePanelName = QStringLiteral("untitled.aukorv");
+    f.activeOnWord = QStringLiteral("enable");
+    f.activeOffWord = QStringLiteral("disable");
+    f.wordFirst = true;
+    fillTexts(f, QStringLiteral("AudioUnits"), QStringLiteral("AudioUnit Plug-In"));
+    f.installTarget = QStringLiteral("~/Library/Audio/Plug-Ins/Components/%@");
+    f.backupRestoreMessage = QStringLiteral("AudioUnits Backup Restore");
+    f.infoMessage = QStringLiteral("AudioUnits Plug-In Info");
+    f.noSetMessage = QStringLiteral("There is no set selected for AudioUnits");
+    return f;
+}
+
+Format rtas()
+{
+    Format f;
+    f.prefix = QStringLiteral("RTAS");
+    f.tabLabel = QStringLiteral("RTAS");
+    f.activeFolder = kDigidesign + QStringLiteral("/Plug-Ins");
+    f.recognise = &isRTASPlugInPath;
+    f.parentFolder = kDigidesign;
+    f.createsParentOnScan = true;
+    f.contentRoots = foldersOf(f);
+    // The user-disabled root is written without the Digidesign level.
+    f.contentRoots[LocUserDisabled] =
+        QStringLiteral("~/Library/Application Support/Plug-Ins (Disabled)");
+    f.groupsFile = QStringLiteral("rtasgroups.plist");
+    f.setsFile = QStringLiteral("rtassets.plist");
+    f.documentExtension = f.defaultSetExtension = QStringLiteral("rtaskorv");
+    f.windowLoadName = f.untitledName = QStringLiteral("Untitled.rtaskorv");
+    f.savePanelName = QStringLiteral("untitled.rtaskorv");
+    f.activeOnWord = QStringLiteral("setActive");
+    f.activeOffWord = QStringLiteral("setInactive");
+    fillTexts(f, QStringLiteral("RTAS-Plugins"), QStringLiteral("RTAS Plug-In"));
+    f.installFirstButton = QStringLiteral("RTAS-PlugIns only");
+    f.installInformative = QStringLiteral("Install RTAS-PlugIns only?");
+    f.installProgressTitle = QStringLiteral("install RTAS-PlugIns:");
+    f.installTarget = QStringLiteral("~/Library/Application Support/Digidesign/Plug-Ins/%@");
+    f.backupRestoreMessage = QStringLiteral("RTAS Plug-Ins Backup Restore");
+    f.infoMessage = QStringLiteral("RTAS Plug-Ins Info");
+    f.noSetMessage = QStringLiteral("There is no set selected for RTAS");
+    return f;
+}
+
+Format mas()
+{
+    Format f;
+    f.prefix = QStringLiteral("MAS");
+    f.tabLabel = QStringLiteral("MAS");
+    f.activeFolder = QStringLiteral("/Library/Audio/Plug-Ins/MAS");
+    f.recognise = &isMASPlugInPath;
+    // Its folders hang below the RTAS parent, which the path check creates first.
+    f.parentFolder = kDigidesign;
+    f.contentRoots = foldersOf(f);
+    f.groupsFile = QStringLiteral("masgroups.plist");
+    f.setsFile = QStringLiteral("massets.plist");
+    // The set panels offer "MASkorv" and compare with an upper-case untitled name, while the
+    // window loads with a lower-case one and the preferences' chooser offers "maskorv": a fresh
+    // MAS tab therefore does not count as untitled.
+    f.documentExtension = QStringLiteral("MASkorv");
+    f.defaultSetExtension = QStringLiteral("maskorv");
+    f.windowLoadName = QStringLiteral("Untitled.maskorv");
+    f.untitledName = QStringLiteral("Untitled.MASkorv");
+    f.savePanelName = QStringLiteral("untitled.MASkorv");
+    f.activeOnWord = QStringLiteral("setActive");
+    f.activeOffWord = QStringLiteral("setInactive");
+    fillTexts(f, QStringLiteral("MAS-Plugins"), QStringLiteral("MAS Plug-In"));
+    f.installFirstButton = QStringLiteral("MAS-PlugIns only");
+    f.installInformative = QStringLiteral("Install MAS-PlugIns only?");
+    f.installProgressTitle = QStringLiteral("install MAS-PlugIns:");
+    f.installTarget = QStringLiteral("~/Library/Audio/Plug-Ins/MAS/%@");
+    f.backupRestoreMessage = QStringLiteral("MAS Plug-Ins Backup Restore");
+    f.infoMessage = QStringLiteral("MAS Plug-Ins Info");
+    f.noSetMessage = QStringLiteral("There is no set selected for MAS");
+    return f;
+}
+
+Format vst()
+{
+    Format f;
+    f.prefix = QStringLiteral("VST");
+    f.tabLabel = QStringLiteral("VST");
+    f.activeFolder = QStringLiteral("/Library/Audio/Plug-Ins/VST");
+    f.recognise = &isVSTPlugInPath;
+    f.contentRoots = foldersOf(f);
+    f.groupsFile = QStringLiteral("vstgroups.plist");
+    f.setsFile = QStringLiteral("vstsets.plist");
+    f.documentExtension = f.defaultSetExtension = QStringLiteral("vstkorv");
+    f.windowLoadName = f.untitledName = QStringLiteral("Untitled.vstkorv");
+    f.savePanelName = QStringLiteral("untitled.vstkorv");
+    f.activeOnWord = QStringLiteral("setActive");
+    f.activeOffWord = QStringLiteral("setInactive");
+    fillTexts(f, QStringLiteral("VST-Plugins"), QStringLiteral("VST Plug-In"));
+    f.installFirstButton = QStringLiteral("VST-PlugIns only");
+    f.installInformative = QStringLiteral("Install VST-PlugIns only?");
+    f.installProgressTitle = QStringLiteral("install VST-PlugIns:");
+    f.installTarget = QStringLiteral("~/Library/Audio/Plug-Ins/VST/%@");
+    f.backupRestoreMessage = QStringLiteral("VST Plug-Ins Backup Restore");
+    f.infoMessage = QStringLiteral("VST Plug-Ins Info");
+    f.noSetMessage = QStringLiteral("There is no set selected for VST");
+    return f;
+}
+
+} // namespace
+
+// The texts of the built-in formats, marked for translation where they are looked up.
+[[maybe_unused]] static const char *const kTranslatedTexts[] = {
+    QT_TRANSLATE_NOOP("Korvane", "scan AudioUnits:"),
+    QT_TRANSLATE_NOOP("Korvane", "scan RTAS-Plugins:"),
+    QT_TRANSLATE_NOOP("Korvane", "scan MAS-Plugins:"),
+    QT_TRANSLATE_NOOP("Korvane", "scan VST-Plugins:"),
+    QT_TRANSLATE_NOOP("Korvane", "scan for AudioUnits:"),
+    QT_TRANSLATE_NOOP("Korvane", "scan for RTAS-Plugins:"),
+    QT_TRANSLATE_NOOP("Korvane", "scan for MAS-Plugins:"),
+    QT_TRANSLATE_NOOP("Korvane", "scan for VST-Plugins:"),
+    QT_TRANSLATE_NOOP("Korvane", "AudioUnits only"),
+    QT_TRANSLATE_NOOP("Korvane", "RTAS-PlugIns only"),
+    QT_TRANSLATE_NOOP("Korvane", "MAS-PlugIns only"),
+    QT_TRANSLATE_NOOP("Korvane", "VST-PlugIns only"),
+    QT_TRANSLATE_NOOP("Korvane", "Install AudioUnits only?"),
+    QT_TRANSLATE_NOOP("Korvane", "Install RTAS-PlugIns only?"),
+    QT_TRANSLATE_NOOP("Korvane", "Install MAS-PlugIns only?"),
+    QT_TRANSLATE_NOOP("Korvane", "Install VST-PlugIns only?"),
+    QT_TRANSLATE_NOOP("Korvane", "install AudioUnits:"),
+    QT_TRANSLATE_NOOP("Korvane", "install RTAS-PlugIns:"),
+    QT_TRANSLATE_NOOP("Korvane", "install MAS-PlugIns:"),
+    QT_TRANSLATE_NOOP("Korvane", "install VST-PlugIns:"),
+    QT_TRANSLATE_NOOP("Korvane", "AudioUnits Backup Restore"),
+    QT_TRANSLATE_NOOP("Korvane", "RTAS Plug-Ins Backup Restore"),
+    QT_TRANSLATE_NOOP("Korvane", "MAS Plug-Ins Backup Restore"),
+    QT_TRANSLATE_NOOP("Korvane", "VST Plug-Ins Backup Restore"),
+    QT_TRANSLATE_NOOP("Korvane", "AudioUnits Plug-In Info"),
+    QT_TRANSLATE_NOOP("Korvane", "RTAS Plug-Ins Info"),
+    QT_TRANSLATE_NOOP("Korvane", "MAS Plug-Ins Info"),
+    QT_TRANSLATE_NOOP("Korvane", "VST Plug-Ins Info"),
+    QT_TRANSLATE_NOOP("Korvane", "Please select a AudioUnit Plug-In"),
+    QT_TRANSLATE_NOOP("Korvane", "Please select a RTAS Plug-In"),
+    QT_TRANSLATE_NOOP("Korvane", "Please select a MAS Plug-In"),
+    QT_TRANSLATE_NOOP("Korvane", "Please select a VST Plug-In"),
+    QT_TRANSLATE_NOOP("Korvane", "There is no set selected for AudioUnits"),
+    QT_TRANSLATE_NOOP("Korvane", "There is no set selected for RTAS"),
+    QT_TRANSLATE_NOOP("Korvane", "There is no set selected for MAS"),
+    QT_TRANSLATE_NOOP("Korvane", "There is no set selected for VST"),
+};
+
+QString Format::folder(int loc) const
+{
+    if (!isValidLocation(loc))
+        return {};
+    QString path = activeFolder;
+    if (!isSystemLocation(loc))
+        path.prepend(QLatin1Char('~'));
+    if (!isActiveLocation(loc))
+        path += QStringLiteral(" (Disabled)");
+    return path;
+}
+
+Format Format::derived(const QString &prefix, const QString &label, const QString &activeFolder,
+                       bool (*recognise)(const QString &path))
+{
+    Format f;
+    f.prefix = prefix;
+    f.tabLabel = label;
+    f.activeFolder = activeFolder;
+    f.recognise = recognise;
+    f.contentRoots = foldersOf(f);
+    const QString lower = prefix.toLower();
+    f.groupsFile = lower + QStringLiteral("groups.plist");
+    f.setsFile = lower + QStringLiteral("sets.plist");
+    f.documentExtension = f.defaultSetExtension = lower + QStringLiteral("korv");
+    f.windowLoadName = f.untitledName = QStringLiteral("Untitled.") + f.documentExtension;
+    f.savePanelName = QStringLiteral("untitled.") + f.documentExtension;
+    f.activeOnWord = QStringLiteral("setActive");
+    f.activeOffWord = QStringLiteral("setInactive");
+    fillTexts(f, label, label + QStringLiteral(" Plug-In"));
+    f.installTarget = QLatin1Char('~') + activeFolder + QStringLiteral("/%@");
+    f.backupRestoreMessage = label + QStringLiteral(" Backup Restore");
+    f.infoMessage = label + QStringLiteral(" Plug-In Info");
+    f.noSetMessage = QStringLiteral("There is no set selected for ") + label;
+    return f;
+}
+
+const FormatTable &FormatTable::builtIn()
+{
+    // Immutable, built once; nothing in it depends on where a run's roots are.
+    static const FormatTable table =
+        FormatTable().with(audioUnits()).with(rtas()).with(mas()).with(vst());
+    return table;
+}
+
+std::optional<int> FormatTable::typeOfName(const QString &name) const
+{
+    for (const Format &format : m_rows)
+        if (name.compare(format.prefix, Qt::CaseInsensitive) == 0)
+            return format.type;
+    return std::nullopt;
+}
+
+int FormatTable::typeOfTabIdentifier(const QString &identifier) const
+{
+    for (const Format &format : m_rows)
+        if (identifier == format.tabIdentifier())
+            return format.type;
+    return -1;
+}
+
+FormatTable FormatTable::with(Format format) const
+{
+    FormatTable table = *this;
+    format.type = count();
+    table.m_rows.append(std::move(format));
+    return table;
+}
+
+bool isAppleDoubleName(const QString &name)
+{
+    return lastComponent(name).startsWith(QLatin1String("._"));
+}
+
+// Any name ending in the nine letters counts, with or without the dot, bundle or not; only a
+// sidecar does not.
+bool isAudioUnitName(const QString &name)
+{
+    return name.endsWith(QLatin1String("component")) && !isAppleDoubleName(name);
+}
+
+// The name is tested before the disk is asked, and a bundle's Info.plist read only when its name
+// qualifies.
+bool isVSTPlugInPath(const QString &path)
+{
+    if (isAppleDoubleName(path))
+        return false;
+    if (lastComponent(path).endsWith(QLatin1String(".vst")) && Bundle::isFilePackage(path))
+        return true;
+    return !isFolder(path) && isTypedFile(path, QLatin1StringView("'aPcs'"));
+}
+
+bool isRTASPlugInPath(const QString &path)
+{
+    if (isAppleDoubleName(path))
+        return false;
+    const QString name = lastComponent(path);
+    const bool rtas = name.endsWith(QLatin1String(".rtas"));
+    if ((rtas || name.endsWith(QLatin1String(".dpm"))) && Bundle::isFilePackage(path))
+        return rtas
+            || Bundle::infoValue(path, QStringLiteral("CFBundlePackageType")).toString()
+                   == QLatin1String("TDMw");
+    return !isFolder(path) && isTypedFile(path, QLatin1StringView("'TDMw'"));
+}
+
+bool isMASPlugInPath(const QString &path)
+{
+    if (isAppleDoubleName(path))
+        return false;
+    if (isFolder(path))
+        return Bundle::isFilePackage(path)
+            && holdsValue(Bundle::infoValue(path, QStringLiteral("MotuPluginTypeUUID")));
+    return isTypedFile(path, QLatin1StringView("'Mas!'"));
+}
+
+} // namespace korvane

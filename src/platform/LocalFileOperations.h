@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/FileOperations.h"
+#include "platform/Roots.h"
+
+namespace korvane {
+
+// The file operations on the local disk. Moves never leave an item in neither place; the calls
+// that differ between operating systems live in PlatformFiles.
+class LocalFileOperations : public FileOperations {
+public:
+    // The trash is the roots' freedesktop home trash; default roots have none.
+    explicit LocalFileOperations(Roots roots = {});
+
+    QStringList directoryContents(const QString &path) const override;
+    QStringList subpaths(const QString &path) const override;
+    bool exists(const QString &path) const override;
+    bool isDirectory(const QString &path) const override;
+    bool isReadable(const QString &path) const override;
+    bool isWritable(const QString &path) const override;
+    bool isDeletable(const QString &path) const override;
+    bool createDirectory(const QString &path, FileError *error = nullptr) override;
+    bool move(const QString &from, const QString &to, FileError *error = nullptr) override;
+    bool copy(const QString &from, const QString &to, FileError *error = nullptr) override;
+    bool remove(const QString &path, FileError *error = nullptr) override;
+    bool moveToTrash(const QString &path, FileError *error = nullptr,
+                     QString *trashedTo = nullptr) override;
+    bool writeFileAtomically(const QString &path, const QByteArray &bytes,
+                             FileError *error = nullptr) override;
+
+protected:
+    // One plain file; the recursive copy and the cross-device move call it per file.
+    virtual bool copyFile(const QString &from, const QString &to, FileError *error);
+
+private:
+    bool copyTree(const QString &from, const QString &to, FileError *error);
+    // move and copy without the sidecar.
+    bool relocate(const QString &from, const QString &to, FileError *error);
+    bool duplicate(const QString &from, const QString &to, FileError *error);
+    bool moveAcrossFileSystems(const QString &from, const QString &to, FileError *error);
+    // One item into the trash's files folder, under preferredName when it is free.
+    bool trashItem(const QString &path, const QString &preferredName, FileError *error,
+                   QString *trashedTo);
+
+    Roots m_roots;
+};
+
+} // namespace korvane

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+namespace korvane {
+
+// The few file-system calls that differ between operating systems. Each returns 0 or an errno.
+namespace PlatformFiles {
+
+// rename(2) that never replaces an existing target.
+int renameNoReplace(const QString &from, const QString &to);
+// Immutable or append-only: even root can neither remove the item nor change its entries.
+bool isLocked(const QString &path);
+// Flushes the file system that holds path's folder.
+int syncFileSystemOf(const QString &path);
+// Copies every extended attribute a target accepts; a refused one is not worth failing a copy.
+void copyExtendedAttributes(int fromFd, int toFd);
+
+} // namespace PlatformFiles
+
+} // namespace korvane

@@ -1,0 +1,51 @@
+#include "platform/Roots.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <pwd.h>
+#include <unistd.h>
+
+namespace korvane {
+
+namespace {
+
+QString clean(const QString &path)
+{
+    return path.isEmpty() ? path : QDir::cleanPath(path);
+}
+
+QString userDatabaseHome()
+{
+    // Without HOME (a stripped environment under a privileged helper) ask the user database.
+    if (const passwd *entry = getpwuid(getuid()); entry && entry->pw_dir)
+        return QFile::decodeName(entry->pw_dir);
+    return QStringLiteral("/");
+}
+
+} // namespace
+
+Roots Roots::fromEnvironment()
+{
+    const QString root = qEnvironmentVariable("KORVANE_ROOT");
+    QString home = qEnvironmentVariable("HOME");
+    if (home.isEmpty())
+        home = userDatabaseHome();
+    Roots roots = at(root.isEmpty() ? QStringLiteral("/") : root, home);
+    // A relative data home is to be ignored, as the freedesktop rules say.
+    const QString dataHome = qEnvironmentVariable("XDG_DATA_HOME");
+    if (dataHome.startsWith(QLatin1Char('/')))
+        roots.dataHome = clean(dataHome);
+    return roots;
+}
+
+Roots Roots::at(const QString &systemRoot, const QString &home)
+{
+    Roots roots;
+    roots.systemRoot = clean(systemRoot.isEmpty() ? QStringLiteral("/") : systemRoot);
+    roots.home = clean(home);
+    roots.dataHome = roots.home + QStringLiteral("/.local/share");
+    return roots;
+}
+
+} // namespace korvane

@@ -1,0 +1,96 @@
+#include "platform/PlatformFiles.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace korvane::PlatformFiles {
+
+namespace {
+
+QByteArray encoded(const QString &path)
+{
+    return QFile::encodeName(path);
+}
+
+QString parentOf(const QString &path)
+{
+    const QString clean = QDir::cleanPath(path);
+    const qsizetype slash = clean.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0)
+        return QStringLiteral(".");
+    return slash == 0 ? QStringLiteral("/") : clean.left(slash);
+}
+
+} // namespace
+
+int renameNoReplace(const QString &from, const QString &to) {
+    const QByteArray source = encoded(from);
+    const QByteArray target = encoded(to);
+    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) ==
+        0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS)
+        return errno;
+    // A file system without the flag: check first, accepting the small window.
+    struct stat info;
+    if (::lstat(target.constData(), &info) == 0)
+        return EEXIST;
+    return ::rename(source.constData(), target.constData()) == 0 ? 0 : errno;
+}
+
+bool isLocked(const QString &path) {
+    struct stat info;
+    if (path.isEmpty() || ::lstat(encoded(path).constData(), &info) != 0 || S_ISLNK(info.st_mode))
+        return false;
+    const int flags =
+        O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | (S_ISDIR(info.st_mode) ? O_DIRECTORY : 0);
+    const int fd = ::open(encoded(path).constData(), flags);
+    if (fd < 0)
+        return false;
+    int attributes = 0;
+    const bool known = ::ioctl(fd, FS_IOC_GETFLAGS, &attributes) == 0; // unsupported: not locked
+    ::close(fd);
+    return known && (attributes & (FS_IMMUTABLE_FL | FS_APPEND_FL));
+}
+
+void copyExtendedAttributes(int from, int to) {
+    const ssize_t size = ::flistxattr(from, nullptr, 0);
+    if (size <= 0)
+        return;
+    std::vector<char> names(size_t(size) + 1, '\0');
+    const ssize_t got = ::flistxattr(from, names.data(), names.size() - 1);
+    if (got <= 0)
+        return;
+    for (const char *name = names.data(); name < names.data() + got;
+         name += std::strlen(name) + 1) {
+        const ssize_t valueSize = ::fgetxattr(from, name, nullptr, 0);
+        if (valueSize < 0)
+            continue;
+        std::vector<char> value(size_t(valueSize) + 1);
+        const ssize_t valueGot = ::fgetxattr(from, name, value.data(), value.size());
+        if (valueGot >= 0)
+            ::fsetxattr(to, name, value.data(), size_t(valueGot), 0);
+    }
+}
+
+int syncFileSystemOf(const QString &path) {
+    const int fd = ::open(encoded(parentOf(path)).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return errno;
+    const int result = ::syncfs(fd) == 0 ? 0 : errno;
+    ::close(fd);
+    return result;
+}
+
+} // namespace korvane::PlatformFiles
