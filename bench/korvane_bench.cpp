@@ -8,7 +8,7 @@
 #include "managers/MyVSTObj.h"
 #include "platform/Bundle.h"
 #include "platform/Locations.h"
-#include "platform/SharedInstances.h"
+#include "shell/AppContext.h"
 #include "ui/UserInterface.h"
 
 #include <QCoreApplication>
@@ -52,12 +52,13 @@ QByteArray header(int i)
 
 // n plug-ins, a quarter per format, spread over the four folders of each; every eighth one of
 // VST, RTAS and MAS a plain file with a Finder type.
-void buildLibrary(int n)
+void buildLibrary(const Locations &locations, int n)
 {
     const int perFormat = n / 4;
-    for (int type = 0; type < TypeCount; ++type) {
+    for (const Format &format : FormatTable::builtIn()) {
+        const int type = format.type;
         for (int i = 0; i < perFormat; ++i) {
-            const QString folder = Locations::folderPath(type, i % 4);
+            const QString folder = locations.folderPath(format, i % 4);
             const auto format = (i % 2) ? PluginLibraryBuilder::Binary : PluginLibraryBuilder::Xml;
             const QString base = QStringLiteral("Plug%1").arg(i, 5, 10, QLatin1Char('0'));
             const bool plain = type != TypeAU && i % 8 == 7;
@@ -104,12 +105,12 @@ std::string readFile(const std::string &path)
 
 // The unavoidable work, in plain C++: list the folders, parse each Info.plist, read each
 // executable's first 8 bytes (or a plain file's Finder info). Returns the count found.
-long baselineScan()
+long baselineScan(const Locations &locations)
 {
     long found = 0;
-    for (int type = 0; type < TypeCount; ++type) {
-        for (int loc = 0; loc < 4; ++loc) {
-            const std::string folder = Locations::folderPath(type, loc).toStdString();
+    for (const Format &format : FormatTable::builtIn()) {
+        for (int loc = 0; loc < LocationCount; ++loc) {
+            const std::string folder = locations.folderPath(format, loc).toStdString();
             DIR *dir = ::opendir(folder.c_str());
             if (!dir)
                 continue;
@@ -149,11 +150,6 @@ long baselineScan()
     return found;
 }
 
-TypeManager *manager(int type)
-{
-    return TypeManager::forType(type);
-}
-
 double bestOf(int runs, const std::function<void()> &work)
 {
     double best = 1e300;
@@ -169,34 +165,38 @@ double bestOf(int runs, const std::function<void()> &work)
 void measure(int n, QTextStream &out)
 {
     QTemporaryDir root, home;
-    qputenv("KORVANE_ROOT", root.path().toUtf8());
-    qputenv("HOME", home.path().toUtf8());
-    resetSharedInstances();
-    buildLibrary(n);
+    const Roots roots = Roots::at(root.path(), home.path());
+    const Locations locations(roots);
+    buildLibrary(locations, n);
 
     CountingUi ui;
-    UserInterface::setCurrent(&ui);
+    AppContext::Parts parts;
+    parts.roots = roots;
+    parts.ui = &ui;
+    parts.awakeFromNib = false;
+    AppContext context(std::move(parts));
+    const QList<TypeManager *> managers = context.managers();
 
     // Warm the caches for both sides first, so neither pays for the first read from disk.
-    baselineScan();
-    for (int type = 0; type < TypeCount; ++type)
-        manager(type)->reloadData();
+    baselineScan(locations);
+    for (TypeManager *manager : managers)
+        manager->reloadData();
 
     const int runs = n >= 10000 ? 3 : 5;
-    const double baseline = bestOf(runs, [] { baselineScan(); });
+    const double baseline = bestOf(runs, [&] { baselineScan(locations); });
     ui.calls = 0;
-    const double scan = bestOf(runs, [] {
-        for (int type = 0; type < TypeCount; ++type)
-            manager(type)->reloadData();
+    const double scan = bestOf(runs, [&] {
+        for (TypeManager *manager : managers)
+            manager->reloadData();
     });
 
     long items = 0;
-    for (int type = 0; type < TypeCount; ++type)
-        items += manager(type)->plugins.size();
+    for (TypeManager *manager : managers)
+        items += manager->numberOfRowsInTableView();
 
     // A set of every Audio Unit with every state flipped, opened into the scanned list.
-    TypeManager *au = manager(TypeAU);
-    for (const AUItemPtr &item : au->plugins)
+    TypeManager *au = context.manager(TypeAU);
+    for (const AUItemPtr &item : au->items())
         item->setAUActive(!item->getAUActive());
     const QString setPath = home.path() + "/bench.aukorv";
     au->archivePlugins(setPath);
@@ -207,16 +207,10 @@ void measure(int n, QTextStream &out)
     const double openSet = bestOf(sizeRuns, [&] { au->mergeSet(setPath); });
 
     // Every name twice: the system and the user folder hold the same plug-ins.
-    QList<AUItemPtr> doubled = au->plugins;
-    for (const AUItemPtr &item : au->plugins) {
-        auto copy = std::make_shared<AUItem>(*item);
-        doubled << copy;
-    }
-    au->plugins = doubled;
-    const double duplicates = bestOf(sizeRuns, [&] { au->checkForDuplicates(); });
-
-    UserInterface::setCurrent(nullptr);
-    resetSharedInstances();
+    QList<AUItemPtr> doubled = au->items();
+    for (const AUItemPtr &item : au->items())
+        doubled << std::make_shared<AUItem>(*item);
+    const double duplicates = bestOf(sizeRuns, [&] { TypeManager::duplicateNames(doubled); });
 
     out << "items_" << n << ": " << items << "\n";
     out << "baseline_ms_" << n << ": " << QString::number(baseline, 'f', 1) << "\n";
@@ -233,11 +227,8 @@ void measure(int n, QTextStream &out)
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    const QByteArray oldRoot = qgetenv("KORVANE_ROOT"), oldHome = qgetenv("HOME");
     QTextStream out(stdout);
     measure(1000, out);
     measure(10000, out);
-    qputenv("KORVANE_ROOT", oldRoot);
-    qputenv("HOME", oldHome);
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "PluginLibraryBuilder.h"
 
 #include "platform/Bundle.h"
+#include "platform/LocalFileOperations.h"
 #include "platform/PropertyList.h"
 
 #include <QDir>
@@ -60,7 +61,7 @@ QString PluginLibraryBuilder::makeBundle(const QString &folder, const QString &n
     if (format == Binary)
         writeFile(plist, PropertyList::toBinary(info));
     else
-        PropertyList::writeXml(plist, info);
+        writePlist(plist, info);
 
     if (!executable.isEmpty()) {
         const QString path = bundle + QStringLiteral("/Contents/MacOS/") + executable;
@@ -129,6 +130,12 @@ QString PluginLibraryBuilder::makeMAS(const QString &folder, const QString &name
         {QStringLiteral("MotuPluginTypeUUID"), QStringLiteral("5D2E8C1A-7B43-4F0E-9A61-3C8B2D4E6F17")},
     };
     return makeBundle(folder, name, header, extra, format);
+}
+
+bool PluginLibraryBuilder::writePlist(const QString &path, const QVariant &root)
+{
+    LocalFileOperations disk;
+    return PropertyList::writeXml(disk, path, root);
 }
 
 } // namespace korvane

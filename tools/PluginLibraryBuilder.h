@@ -33,6 +33,8 @@ public:
                             const QByteArray &data = QByteArrayLiteral("plug-in"));
     // A folder (and its parents).
     static QString makeFolder(const QString &path);
+    // An XML property list, written straight to the disk (parents are not created).
+    static bool writePlist(const QString &path, const QVariant &root);
 
     // Format shortcuts, in the folder given. A name without its extension (".component", ".vst",
     // ".rtas" unless it ends in ".dpm") gets it added; MAS names are used as they are.

@@ -9,12 +9,15 @@
 #include "panels/MyPrefObj.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
-#include "platform/SharedInstances.h"
+#include "platform/LocalFileOperations.h"
+#include "shell/AppContext.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTextStream>
+
+#include <optional>
 
 using namespace korvane;
 
@@ -22,14 +25,17 @@ namespace {
 
 using Builder = PluginLibraryBuilder;
 
+// The demo's own roots, set once in main.
+std::optional<Locations> g_locations;
+
 QString folder(int type, int loc)
 {
-    return Locations::folderPath(type, loc);
+    return g_locations->folderPath(FormatTable::builtIn().at(type), loc);
 }
 
 QString dataFile(const QString &name)
 {
-    return Locations::expand(Locations::dataFile(name));
+    return g_locations->dataFilePath(name);
 }
 
 struct DemoAudioUnit {
@@ -66,7 +72,7 @@ void makeAudioUnits()
     const QString presets = folder(TypeAU, LocSystemActive) + QStringLiteral("/Ember EQ Presets");
     Builder::makeFile(presets, QStringLiteral("Warm.preset"), {}, "warm");
     Builder::makeFile(presets, QStringLiteral("Bright.preset"), {}, "bright");
-    PropertyList::writeXml(dataFile(QStringLiteral("content.plist")),
+    Builder::writePlist(dataFile(QStringLiteral("content.plist")),
                            QVariantList{QStringList{QStringLiteral("Ember EQ.component"), presets}});
 }
 
@@ -104,15 +110,15 @@ void makeMAS()
 
 void makeGroups()
 {
-    PropertyList::writeXml(dataFile(QStringLiteral("groups.plist")),
+    Builder::writePlist(dataFile(QStringLiteral("groups.plist")),
                            QVariantList{QString(), QStringLiteral("Synths"), QStringLiteral("Effects")});
-    PropertyList::writeXml(dataFile(QStringLiteral("augroups.plist")),
+    Builder::writePlist(dataFile(QStringLiteral("augroups.plist")),
                            QStringList{QStringLiteral("Aurora Synth.component"), QStringLiteral("Synths"),
                                        QStringLiteral("Granite Pad.component"), QStringLiteral("Synths"),
                                        QStringLiteral("Basalt Compressor.component"), QStringLiteral("Effects"),
                                        QStringLiteral("Cinder Reverb.component"), QStringLiteral("Effects"),
                                        QStringLiteral("Ember EQ.component"), QStringLiteral("Effects")});
-    PropertyList::writeXml(dataFile(QStringLiteral("vstgroups.plist")),
+    Builder::writePlist(dataFile(QStringLiteral("vstgroups.plist")),
                            QStringList{QStringLiteral("Iris Pad.vst"), QStringLiteral("Synths"),
                                        QStringLiteral("Kestrel Bass"), QStringLiteral("Synths"),
                                        QStringLiteral("Jade Flanger.vst"), QStringLiteral("Effects")});
@@ -126,9 +132,9 @@ bool writeLiveSet(const QString &path)
     auto add = [&](const QString &name, int loc, bool active) {
         auto item = std::make_shared<AUItem>();
         item->setAUName(name);
-        item->setAUGlobal(loc == LocSystemActive || loc == LocSystemDisabled);
+        item->setAUGlobal(isSystemLocation(loc));
         item->setAUActive(active);
-        item->checkObject(TypeAU);
+        item->checkObject(g_locations->folderPaths(FormatTable::builtIn().at(TypeAU)));
         items << item;
     };
     QStringList seen;
@@ -139,7 +145,8 @@ bool writeLiveSet(const QString &path)
         seen << name;
     }
     add(QStringLiteral("Zephyr Vocoder.component"), LocUserActive, true);
-    return SetDocument::write(path, items);
+    LocalFileOperations disk;
+    return SetDocument::write(disk, path, items);
 }
 
 bool isEmptyOrMissing(const QString &path)
@@ -174,19 +181,24 @@ int main(int argc, char *argv[])
             return 1;
         }
     }
-    qputenv("KORVANE_ROOT", QFile::encodeName(root));
-    qputenv("HOME", QFile::encodeName(home));
+    const Roots roots = Roots::at(root, home);
+    g_locations.emplace(roots);
 
     makeGroups();
     makeAudioUnits();
     makeVST();
     makeRTAS();
     makeMAS();
-    // Presets of Ember EQ follow it when it is switched.
-    MyPrefObj::getPref()->defaults()->setObject(QStringLiteral("AUMoveContent"), true);
+    {
+        // The preferences as a first start seeds them; presets of Ember EQ follow it.
+        AppContext::Parts parts;
+        parts.roots = roots;
+        parts.awakeFromNib = false;
+        AppContext context(std::move(parts));
+        context.pref()->defaults()->setObject(QStringLiteral("AUMoveContent"), true);
+    }
     const QString set = home + QStringLiteral("/Documents/Live.aukorv");
     const bool written = writeLiveSet(set);
-    resetSharedInstances();
     if (!written) {
         err << "korvane_demo: cannot write " << set << '\n';
         return 1;

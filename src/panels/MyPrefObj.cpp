@@ -82,6 +82,7 @@ void MyPrefObj::checkDefaults() {
 }
 
 void MyPrefObj::awakeFromNib() {
+    controls.types.resize(m_formats.count());
     controls.checkForUpdates = prefs->boolForKey(kCheckAtStartup);
     for (const Format &f : m_formats) {
         PrefTypeControls &c = controls.types[f.type];
@@ -111,6 +112,7 @@ bool MyPrefObj::windowShouldClose() {
 }
 
 void MyPrefObj::updatePrefs() {
+    controls.types.resize(m_formats.count());
     QList<QPair<QString, QVariant>> values{{kCheckAtStartup, controls.checkForUpdates}};
     for (const Format &f : m_formats) {
         const PrefTypeControls &c = controls.types[f.type];

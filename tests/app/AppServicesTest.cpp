@@ -4,6 +4,7 @@
 #include "platform/PropertyList.h"
 #include "platform/SystemLog.h"
 #include "support/ScriptedUi.h"
+#include "ServicesFixture.h"
 #include "support/TestRoots.h"
 
 #include <PluginLibraryBuilder.h>
@@ -37,10 +38,10 @@ QStringList keptFiles(const QString &file) {
 
 } // namespace
 
-class ContentRegistryTest : public TestRoots {
+class ContentRegistryTest : public ServicesFixture {
 protected:
     void SetUp() override {
-        TestRoots::SetUp();
+        ServicesFixture::SetUp();
         QDir().mkpath(homePath("Library/Application Support")); // there on every real system
     }
     QString userFile() const { return homePath(kSupport + "/content.plist"); }
@@ -49,14 +50,14 @@ protected:
 };
 
 TEST_F(ContentRegistryTest, NoFileAnywhereLeavesAnEmptyUserFile) {
-    AppServices services;
+    AppServices services(parts());
     EXPECT_EQ(userEntries(), QVariantList());
 }
 
 TEST_F(ContentRegistryTest, SystemFileIsUsedAndCopiedToTheUserOnFirstSave) {
     writeText(rootPath(kSupport + "/content.plist"),
               PropertyList::toXml(plist({{"A", "/x"}, {"B", "/y"}})));
-    AppServices services;
+    AppServices services(parts());
     EXPECT_FALSE(QFileInfo::exists(userFile()));
     EXPECT_EQ(services.getContentForKey("B"), QStringList({"B", "/y"}));
     services.saveContent({"C", "/z"});
@@ -68,7 +69,7 @@ TEST_F(ContentRegistryTest, DuplicatesAndMalformedEntries) {
     const QVariantList bad{QVariantList{"A", qint64(5)}, "loose", QVariantList(), QVariantMap()};
     const QByteArray original = PropertyList::toXml(bad + plist({{"B"}, {"A", "/1"}, {"A", "/2"}}));
     writeText(userFile(), original);
-    AppServices services;
+    AppServices services(parts());
     EXPECT_EQ(services.contentRegistry(), QList<QStringList>({{"B"}, {"A", "/1"}, {"A", "/2"}}));
     EXPECT_EQ(services.getContentForKey("A"), QStringList({"A", "/1"}));
     services.saveContent({"A", "/3"});
@@ -91,7 +92,7 @@ TEST_F(ContentRegistryTest, DamagedFileIsKeptUnderAFreeDatedNameOrNotReplaced) {
     const QByteArray garbage = "<?xml version=\"1.0\"?><plist><array><array><string>A";
     writeText(userFile(), garbage);
     SystemLogCapture log;
-    AppServices services; // garbage reads as no file
+    AppServices services(parts()); // garbage reads as no file
     EXPECT_TRUE(services.contentRegistry().isEmpty());
     EXPECT_EQ(userEntries(), QVariantList());
     const QStringList kept = keptFiles();
@@ -122,10 +123,10 @@ TEST_F(ContentRegistryTest, DamagedFileIsKeptUnderAFreeDatedNameOrNotReplaced) {
 }
 
 TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths) {
-    const QString components = Locations::expand("/Library/Audio/Plug-Ins/Components");
+    const QString components = locations().expand("/Library/Audio/Plug-Ins/Components");
     const QStringList scan{"Other", "Shared", "Shared/Lib", "Shared/Lib/x", "Shared/Lib2"};
     {
-        AppServices services;
+        AppServices services(parts());
         services.saveContent({"X.component", components + "/Shared/Lib"});
         // Whole steps: "Shared/Lib2" is not inside "Shared/Lib".
         EXPECT_EQ(services.removeContentPaths(0, scan),
@@ -134,18 +135,18 @@ TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
     }
     // A home longer than the system root, as on a real machine, so the cut lands mid-folder.
     QDir().mkpath(homePath("someone/Library/Application Support"));
-    qputenv("HOME", homePath("someone").toUtf8());
-    AppServices services;
+    const Locations longer(Roots::at(root(), homePath("someone")));
+    AppServices services(RunParts{longer, disk(), ui, FormatTable::builtIn()});
     services.saveContent(
-        {"X.component", Locations::expand("~/Library/Audio/Plug-Ins/Components/Shared/Lib")});
+        {"X.component", longer.expand("~/Library/Audio/Plug-Ins/Components/Shared/Lib")});
     services.saveContent({"Y.component", components, components + "/"}); // too short to cut
     EXPECT_EQ(services.removeContentPaths(0, scan), scan);
 }
 
 TEST_F(ContentRegistryTest, PackagesCollapseWithTheirContentsOnly) {
-    PluginLibraryBuilder::makeVST(Locations::folderPath(3, 0), "A.vst", MachO::intel());
-    PluginLibraryBuilder::makeFolder(Locations::folderPath(3, 0) + "/Sub");
-    AppServices services;
+    PluginLibraryBuilder::makeVST(folder(3, 0), "A.vst", MachO::intel());
+    PluginLibraryBuilder::makeFolder(folder(3, 0) + "/Sub");
+    AppServices services(parts());
     const QStringList scan{"A.vst",      "A.vst/Contents", "A.vst/Contents/Info.plist",
                            "A.vst copy", "A.vst2.vst",     "B.vst",
                            "Sub",        "Sub/C"};
@@ -154,7 +155,7 @@ TEST_F(ContentRegistryTest, PackagesCollapseWithTheirContentsOnly) {
 }
 
 TEST_F(ContentRegistryTest, FullPathsAndCreatedFoldersStayInsideTheRoots) {
-    AppServices services;
+    AppServices services(parts());
     EXPECT_EQ(services.getFullPath("X", 1, 3),
               homePath("Library/Application Support/Digidesign/Plug-Ins (Disabled)/X"));
     EXPECT_EQ(services.getFullPath("Sub/X.vst", 3, 0),
@@ -170,7 +171,7 @@ TEST_F(ContentRegistryTest, FullPathsAndCreatedFoldersStayInsideTheRoots) {
 }
 
 TEST_F(ContentRegistryTest, CreateFoldersMakesTheParentsOnlyAndIgnoresFailures) {
-    AppServices services;
+    AppServices services(parts());
     QDir().mkpath(rootPath("a"));
     services.createFolders(rootPath("a/b/c/file"));
     EXPECT_TRUE(QFileInfo(rootPath("a/b/c")).isDir());
@@ -183,19 +184,19 @@ TEST_F(ContentRegistryTest, CreateFoldersMakesTheParentsOnlyAndIgnoresFailures) 
     EXPECT_FALSE(QFileInfo::exists(rootPath("a/x")));
 }
 
-class GroupRegistryTest : public TestRoots {
+class GroupRegistryTest : public ServicesFixture {
 protected:
     QString groupsFile() const { return homePath(kSupport + "/groups.plist"); }
     void writeGroups(const QVariantList &g) { writeText(groupsFile(), PropertyList::toXml(g)); }
 };
 
 TEST_F(GroupRegistryTest, LoadingForcesTheEmptyFirstEntryAndKeepsWhatItCouldNotRead) {
-    EXPECT_EQ(AppServices().getGroups(), QStringList({""}));
+    EXPECT_EQ(AppServices(parts()).getGroups(), QStringList({""}));
     writeGroups({"New Group", "Drums"});
-    EXPECT_EQ(AppServices().getGroups(), QStringList({"", "Drums"}));
+    EXPECT_EQ(AppServices(parts()).getGroups(), QStringList({"", "Drums"}));
     writeGroups({"", "Drums", qint64(3)}); // anything but names reads as no file...
     const QByteArray original = readText(groupsFile()).toUtf8();
-    AppServices services;
+    AppServices services(parts());
     EXPECT_EQ(services.getGroups(), QStringList({""}));
     services.saveGroupRegistry(); // ...and is kept before it is replaced
     EXPECT_EQ(PropertyList::readStringArray(groupsFile()), QStringList({""}));
@@ -207,7 +208,7 @@ TEST_F(GroupRegistryTest, LoadingForcesTheEmptyFirstEntryAndKeepsWhatItCouldNotR
 
 TEST_F(GroupRegistryTest, EditsRenumberEditorMenuAndFile) {
     writeGroups({"", "G1", "G2"});
-    AppServices services;
+    AppServices services(parts());
     services.addGroupEntry();
     EXPECT_EQ(services.getGroups().value(3), "New Group");
     services.groupTableSetObjectValue("Drums", 2);
@@ -235,12 +236,11 @@ TEST_F(GroupRegistryTest, EditsRenumberEditorMenuAndFile) {
     EXPECT_EQ(PropertyList::readStringArray(groupsFile()), saved);
 }
 
-class FileErrorTest : public TestRoots {};
+class FileErrorTest : public ServicesFixture {};
 
 TEST_F(FileErrorTest, OnlyProceedCarriesOn) {
-    ScriptedUi ui;
     ui.alertAnswers << AlertAlternate << AlertDefault << AlertFirst;
-    AppServices services;
+    AppServices services(parts());
     const QVariantMap info{{"Error", "Permission denied"}, {"Path", "/x/%@.vst"}};
     EXPECT_FALSE(services.fileManager(nullptr, info));
     EXPECT_TRUE(services.fileManager(nullptr, info));

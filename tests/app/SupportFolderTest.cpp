@@ -1,6 +1,7 @@
 #include "app/AppServices.h"
 
 #include "platform/PropertyList.h"
+#include "ServicesFixture.h"
 #include "support/TestRoots.h"
 
 #include <QDir>
@@ -9,14 +10,14 @@ using namespace korvane;
 
 namespace {
 
-class SupportFolderTest : public TestRoots {};
+class SupportFolderTest : public ServicesFixture {};
 
 // A fresh account may not even have "Library/Application Support": the data files must still land.
 TEST_F(SupportFolderTest, AHomeWithoutLibraryStillGetsEveryDataFile)
 {
     ASSERT_FALSE(QFileInfo::exists(homePath("Library")));
     const QString support = homePath("Library/Application Support/Korvane");
-    AppServices services;
+    AppServices services(parts());
     EXPECT_EQ(PropertyList::readArray(support + "/content.plist"), QVariantList());
 
     QDir(homePath("Library")).removeRecursively();

@@ -1,7 +1,7 @@
 #include "app/AppServices.h"
 #include "app/UndoManager.h"
 
-#include "support/TestRoots.h"
+#include "ServicesFixture.h"
 
 using namespace korvane;
 
@@ -22,11 +22,11 @@ struct Switch {
 
 } // namespace
 
-class UndoManagerTest : public TestRoots {};
+class UndoManagerTest : public ServicesFixture {};
 
 TEST_F(UndoManagerTest, UndoRecordsTheRedoAndRedoTheUndo)
 {
-    AppServices services;
+    AppServices services(parts());
     UndoManager &undo = *services.getUndoManager();
     auto titles = [&] { return QStringList{services.undoTitle(), services.redoTitle()}; };
     services.undoAction(); // nothing to undo

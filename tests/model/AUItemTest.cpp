@@ -3,7 +3,7 @@
 #include "app/AppServices.h"
 #include "platform/PropertyList.h"
 #include "platform/TypedStream.h"
-#include "support/TestRoots.h"
+#include "app/ServicesFixture.h"
 
 #include <PluginLibraryBuilder.h>
 #include <QDir>
@@ -11,13 +11,15 @@
 
 using namespace korvane;
 
-class AUItemTest : public TestRoots {
+class AUItemTest : public ServicesFixture {
 protected:
     void SetUp() override
     {
-        TestRoots::SetUp();
+        ServicesFixture::SetUp();
         QDir().mkpath(homePath("Library/Application Support"));
+        services.emplace(parts());
     }
+    std::optional<AppServices> services; // the registries the items read
     static ArchivedObjectPtr text(const QString &s) { return TypedStreamWriter::makeString(s); }
 };
 
@@ -43,9 +45,8 @@ TEST_F(AUItemTest, ArchitectureComesFromTheExecutablesFirstBytes)
 
 TEST_F(AUItemTest, GroupsAreReadThroughTheRegistryByPosition)
 {
-    AppServices *services = AppServices::getMainObj();
     services->getGroups() = QStringList{"", "G1", "G2", "G3"};
-    AUItem second, third, stranger;
+    AUItem second(&*services), third(&*services), stranger(&*services);
     second.setAUGroup("G2");
     third.setAUGroup("G3");
     stranger.setAUGroup("Nowhere"); // the sign test lets "not found" through
@@ -62,7 +63,7 @@ TEST_F(AUItemTest, GroupsAreReadThroughTheRegistryByPosition)
 TEST_F(AUItemTest, LocationFollowsTheFlags)
 {
     const QString vst = "Library/Audio/Plug-Ins/VST";
-    AUItem item;
+    AUItem item(&*services);
     item.setAUGlobal(true);
     item.checkObject(3);
     EXPECT_EQ(item.getAULocation(), rootPath(vst + " (Disabled)"));
@@ -76,7 +77,7 @@ TEST_F(AUItemTest, LocationFollowsTheFlags)
 
 TEST_F(AUItemTest, ContentListIsKeptInTheRegistry)
 {
-    AUItem item;
+    AUItem item(&*services);
     item.setAUName("Echo.vst");
     item.addContent("/presets");
     item.addContent("/docs");
@@ -87,11 +88,11 @@ TEST_F(AUItemTest, ContentListIsKeptInTheRegistry)
         "Library/Application Support/Korvane/content.plist"));
     EXPECT_EQ(stored, QVariantList{QVariant(QVariantList{"Echo.vst", "/manual"})});
 
-    AUItem again;
+    AUItem again(&*services);
     again.setAUName("Echo.vst");
     EXPECT_TRUE(again.hasContent());
     EXPECT_EQ(again.getContentByIndex(0), "/manual");
-    AppServices::getMainObj()->saveContent({"Bare.vst"});
+    services->saveContent({"Bare.vst"});
     again.setAUName("Bare.vst");
     EXPECT_TRUE(again.hasContent());
     EXPECT_EQ(again.getContentMaxIndex(), 0);
@@ -99,17 +100,20 @@ TEST_F(AUItemTest, ContentListIsKeptInTheRegistry)
 
 TEST_F(AUItemTest, ArchiveHoldsNameLocationAndTwoFlags)
 {
-    AppServices::getMainObj()->saveContent({"Echo.vst", "/presets"});
+    services->saveContent({"Echo.vst", "/presets"});
     AUItem item;
     item.setAULocation("/L");
     item.setAUGlobal(true);
     EXPECT_EQ(item.encodeWithCoder(), QStringList({"", "/L", "YES", "NO"}));
 
-    auto decoded = AUItem::initWithCoder({text("Echo.vst"), text("/L"), text("YES"), text("NO")});
+    const QList<ArchivedObjectPtr> coded{text("Echo.vst"), text("/L"), text("YES"), text("NO")};
+    auto decoded = AUItem::initWithCoder(coded, &*services);
     ASSERT_TRUE(decoded);
     EXPECT_TRUE(decoded->getAUGlobal());
     EXPECT_FALSE(decoded->getAUActive());
     EXPECT_TRUE(decoded->hasContent()); // the content lookup ran
+    // Decoded for display only: no registry, no content, no group.
+    EXPECT_FALSE(AUItem::initWithCoder(coded)->hasContent());
     for (const auto &flag : {text("yes"), text("1"), ArchivedObjectPtr()}) {
         auto other = AUItem::initWithCoder({text("A"), text("/L"), flag, flag});
         ASSERT_TRUE(other);

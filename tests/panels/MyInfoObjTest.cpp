@@ -3,15 +3,14 @@
 #include "app/AppServices.h"
 #include "panels/MyPrefObj.h"
 #include "platform/PropertyList.h"
-#include "support/ScriptedUi.h"
-#include "support/TestRoots.h"
+#include "PanelsFixture.h"
 
 #include <QDir>
 
 namespace korvane {
 namespace {
 
-class MyInfoObjTest : public TestRoots {
+class MyInfoObjTest : public PanelsFixture {
 protected:
     // A bundle in the user's Components folder, with the given Info.plist bytes (none when empty).
     AUItemPtr makeItem(const QString &name, const QByteArray &infoPlist = {})
@@ -20,14 +19,19 @@ protected:
         QDir().mkpath(bundle + "/Contents");
         if (!infoPlist.isEmpty())
             writeText(bundle + "/Contents/Info.plist", infoPlist);
-        auto item = std::make_shared<AUItem>();
+        auto item = std::make_shared<AUItem>(&services());
         item->setAULocation(homePath("Library/Audio/Plug-Ins/Components"));
         item->setAUName(name);
         return item;
     }
-    static QStringList shown() { return {info()->name(), info()->version(), info()->info()}; }
-    static MyInfoObj *info() { return MyInfoObj::getInfo(); }
-    ScriptedUi ui;
+    QStringList shown() { return {info()->name(), info()->version(), info()->info()}; }
+    MyInfoObj *info()
+    {
+        if (!m_info)
+            m_info = std::make_unique<MyInfoObj>(services(), *pref());
+        return m_info.get();
+    }
+    std::unique_ptr<MyInfoObj> m_info;
 };
 
 TEST_F(MyInfoObjTest, InfoPlistFieldsOrTheItemNameAndQuestionMarks)
@@ -51,18 +55,18 @@ TEST_F(MyInfoObjTest, InfoPlistFieldsOrTheItemNameAndQuestionMarks)
 TEST_F(MyInfoObjTest, ShowContentIsReadAgainAtEveryShow)
 {
     const AUItemPtr item = makeItem("Synth.component");
-    MyPrefObj::getPref()->defaults()->setObject("AUShowContent", true);
+    pref()->defaults()->setObject("AUShowContent", true);
     info()->showInfo(item);
     EXPECT_TRUE(info()->shouldDisplayContent());
 
-    MyPrefObj::getPref()->defaults()->setObject("AUShowContent", false);
+    pref()->defaults()->setObject("AUShowContent", false);
     info()->showInfo(nullptr);
     EXPECT_FALSE(info()->shouldDisplayContent());
     EXPECT_EQ(info()->item(), item); // null keeps the item shown
 
     // The type of the tab in front decides.
-    MyPrefObj::getPref()->defaults()->setObject("RTASShowContent", true);
-    AppServices::getMainObj()->setActiveType(1);
+    pref()->defaults()->setObject("RTASShowContent", true);
+    services().setActiveType(1);
     info()->showInfo(nullptr);
     EXPECT_TRUE(info()->shouldDisplayContent());
 }

@@ -14,7 +14,8 @@ protected:
 
 TEST_F(MyMissingItemsTest, OneLinePerNameAndAnythingButRemoveCountsAsIgnore)
 {
-    MyMissingItems *mi = MyMissingItems::getMI();
+    MyMissingItems missing(ui);
+    MyMissingItems *mi = &missing;
     for (const char *name : {"Reverb.component", "Delay.component", "Synth.component"})
         mi->addMissingItem(name);
     EXPECT_EQ(mi->text(), "Reverb.component\nDelay.component\nSynth.component");
@@ -31,7 +32,8 @@ using MyAboutObjTest = MyMissingItemsTest;
 
 TEST_F(MyAboutObjTest, ReadsTheShippedResourceOrNothing)
 {
-    MyAboutObj *about = MyAboutObj::getAbout();
+    MyAboutObj aboutObj;
+    MyAboutObj *about = &aboutObj;
     qputenv("KORVANE_RESOURCES", KORVANE_TEST_DATA "/../../resources");
     about->openAbout();
     EXPECT_TRUE(about->isVisible());

@@ -2,10 +2,8 @@
 
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
-#include "platform/SharedInstances.h"
 #include "platform/SystemLog.h"
-#include "support/ScriptedUi.h"
-#include "support/TestRoots.h"
+#include "PanelsFixture.h"
 
 #include <QDir>
 #include <fcntl.h>
@@ -16,19 +14,18 @@ namespace {
 
 const QString kPlist = QStringLiteral("Library/Preferences/com.velmora.Korvane.plist");
 
-class MyPrefObjTest : public TestRoots {
+class MyPrefObjTest : public PanelsFixture {
 protected:
     QVariantMap stored() const {
         return PropertyList::readDictionary(homePath(kPlist)).value_or(QVariantMap());
     }
-    ScriptedUi ui;
 };
 
 TEST_F(MyPrefObjTest, FirstLaunchSeedsTheDefaults) {
-    MyPrefObj *pref = MyPrefObj::getPref();
+    MyPrefObj *pref = this->pref();
     QVariantMap seed;
     for (int type = 0; type < 4; ++type) {
-        const QString x = MyPrefObj::keyPrefix(type);
+        const QString x = prefix(type);
         for (const char *flag :
              {"ShowMessage", "ActivateAfterLoading", "MoveContent", "ShowContent", "Type"})
             seed[x + flag] = false;
@@ -46,8 +43,8 @@ TEST_F(MyPrefObjTest, FirstLaunchSeedsTheDefaults) {
 TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeavesAllOff) {
     QDir().mkpath(rootPath("Library/Preferences"));
     const QVariantMap machineWide{{"VSTOn", true}, {"RTASOn", false}};
-    ASSERT_TRUE(PropertyList::writeXml(rootPath(kPlist), machineWide));
-    MyPrefObj *pref = MyPrefObj::getPref();
+    ASSERT_TRUE(writePlist(rootPath(kPlist), machineWide));
+    MyPrefObj *pref = this->pref();
     EXPECT_EQ(readText(homePath(kPlist)), readText(rootPath(kPlist)));
     EXPECT_TRUE(pref->isTypeActive(3));
     EXPECT_FALSE(pref->isTypeActive(1));
@@ -57,17 +54,17 @@ TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeave
     // One that cannot be read is no template: the defaults are seeded.
     ASSERT_TRUE(QFile::remove(homePath(kPlist)));
     writeText(rootPath(kPlist), "<plist><dict><key>AUOn</key>");
-    resetSharedInstances();
-    EXPECT_TRUE(MyPrefObj::getPref()->isTypeActive(TypeAU));
+    relaunch();
+    EXPECT_TRUE(this->pref()->isTypeActive(TypeAU));
     EXPECT_EQ(readText(rootPath(kPlist)), "<plist><dict><key>AUOn</key>");
 
     ASSERT_TRUE(QFile::remove(homePath(kPlist)));
-    ASSERT_TRUE(PropertyList::writeXml(rootPath(kPlist), machineWide));
+    ASSERT_TRUE(writePlist(rootPath(kPlist), machineWide));
     ImmutableGuard guard(homePath("Library/Preferences"));
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
-    resetSharedInstances(); // the next launch
-    pref = MyPrefObj::getPref();
+    relaunch(); // the next launch
+    pref = this->pref();
     EXPECT_FALSE(QFile::exists(homePath(kPlist)));
     for (int type = 0; type < 4; ++type) {
         EXPECT_FALSE(pref->isTypeActive(type));
@@ -76,7 +73,7 @@ TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeave
 }
 
 TEST_F(MyPrefObjTest, OutOfRangeTypeAnswersNoAndStoresNothing) {
-    MyPrefObj *pref = MyPrefObj::getPref();
+    MyPrefObj *pref = this->pref();
     pref->defaults()->setObjects({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
     const QString before = readText(homePath(kPlist));
     for (int type : {-1, 4, 100}) {
@@ -105,14 +102,14 @@ TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsent) {
         {PropertyList::toXml(QVariantList{}), true},
     };
     for (const auto &c : cases) {
-        resetSharedInstances(); // the next launch
+        relaunch(); // the next launch
         QDir(homePath("Library/Preferences")).removeRecursively();
         QFile::remove(rootPath(kPlist));
         if (c.machineWide)
             writeText(rootPath(kPlist), PropertyList::toXml(machineWide));
         writeText(homePath(kPlist), c.bytes);
         SystemLogCapture log;
-        MyPrefObj *pref = MyPrefObj::getPref();
+        MyPrefObj *pref = this->pref();
         const QStringList kept = QDir(homePath("Library/Preferences"))
                                      .entryList({"com.velmora.Korvane.plist.damaged-*"});
         ASSERT_EQ(kept.size(), 1) << c.bytes.toStdString();
@@ -129,7 +126,7 @@ TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsent) {
     }
 
     // A file that cannot be moved aside is not replaced; the defaults hold in memory only.
-    resetSharedInstances();
+    relaunch();
     QDir(homePath("Library/Preferences")).removeRecursively();
     const QByteArray garbage = "not a property list";
     writeText(homePath(kPlist), garbage);
@@ -137,7 +134,7 @@ TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsent) {
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
     SystemLogCapture log;
-    MyPrefObj *pref = MyPrefObj::getPref();
+    MyPrefObj *pref = this->pref();
     pref->setDefaultType(TypeVST); // as at quit
     EXPECT_EQ(readText(homePath(kPlist)).toUtf8(), garbage);
     for (int type = 0; type < 4; ++type)
@@ -149,7 +146,7 @@ TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsent) {
 }
 
 TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged) {
-    MyPrefObj *pref = MyPrefObj::getPref();
+    MyPrefObj *pref = this->pref();
     pref->setDefaultSet(TypeMAS, "/sets/a.maskorv");
     EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/a.maskorv"));
 
@@ -175,18 +172,18 @@ TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged) {
     EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/b.maskorv"));
 
     // Another process (the command-line tool) replaces the file.
-    ASSERT_TRUE(PropertyList::writeXml(homePath(kPlist), QVariantMap{{"MASOn", true}}));
+    ASSERT_TRUE(writePlist(homePath(kPlist), QVariantMap{{"MASOn", true}}));
     EXPECT_TRUE(pref->isTypeActive(TypeMAS));
     EXPECT_FALSE(pref->isTypeActive(TypeAU));
     EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString());
 }
 
 TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack) {
-    MyPrefObj *pref = MyPrefObj::getPref();
+    MyPrefObj *pref = this->pref();
     QVariantMap expected{{"SUCheckAtStartup", pref->controls.checkForUpdates = true}};
     for (int type = 0; type < 4; ++type) {
         PrefTypeControls &c = pref->controls.types[type];
-        const QString x = MyPrefObj::keyPrefix(type);
+        const QString x = prefix(type);
         expected[x + "DefaultSet"] = c.defaultSet = QString("/sets/%1").arg(type);
         expected[x + "ShowMessage"] = c.showMessage = type == 0;
         expected[x + "ActivateAfterLoading"] = c.activateAfterLoading = type == 1;
@@ -213,7 +210,7 @@ TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack) {
 }
 
 TEST_F(MyPrefObjTest, SetDocumentPanelFiltersByTabAndAlwaysStores) {
-    MyPrefObj *pref = MyPrefObj::getPref();
+    MyPrefObj *pref = this->pref();
     pref->controls.selectedTab = 2;
     pref->controls.types[1].moveContent = true;
     pref->controls.types[1].defaultSet = "/old.rtaskorv";

@@ -95,7 +95,8 @@ TEST(RtfTextTest, ReadsNoFurtherThanTheLimit) {
 using AboutHtmlTest = TestRoots;
 
 TEST_F(AboutHtmlTest, ShippedAboutTextIsAHeadingAndThreeParagraphs) {
-    MyAboutObj *about = MyAboutObj::getAbout();
+    MyAboutObj aboutObj;
+    MyAboutObj *about = &aboutObj;
     qputenv("KORVANE_RESOURCES", KORVANE_TEST_DATA "/../../resources");
     about->openAbout();
     const QString out = about->html();

@@ -1,4 +1,4 @@
-#include "platform/FileOperations.h"
+#include "platform/LocalFileOperations.h"
 #include "platform/Bundle.h"
 #include "platform/SystemLog.h"
 #include "support/TestRoots.h"
@@ -22,7 +22,7 @@ using B = PluginLibraryBuilder;
 // Everything below path, keyed by relative path: permissions, then contents or link target.
 QMap<QString, QByteArray> snapshot(const QString &path) {
     QMap<QString, QByteArray> result;
-    for (const QString &relative : QStringList{""} + FileOperations::current().subpaths(path)) {
+    for (const QString &relative : QStringList{""} + LocalFileOperations().subpaths(path)) {
         const QString name = relative.isEmpty() ? path : path + "/" + relative;
         const QByteArray full = QFile::encodeName(name);
         struct stat info;
@@ -51,14 +51,15 @@ QString makeRichBundle(const QString &folder, const QString &name) {
 }
 
 // Fails the third file copied and leaves half of it behind, as a full disk would.
-class FailingOperations : public FileOperations {
+class FailingOperations : public LocalFileOperations {
 public:
+    using LocalFileOperations::LocalFileOperations;
     int copied = 0;
 
 protected:
     bool copyFile(const QString &from, const QString &to, FileError *error) override {
         if (++copied != 3)
-            return FileOperations::copyFile(from, to, error);
+            return LocalFileOperations::copyFile(from, to, error);
         QFile file(to);
         if (file.open(QIODevice::WriteOnly))
             file.write("half");
@@ -70,8 +71,9 @@ protected:
 
 class FileOperationsTest : public TestRoots {
 protected:
-    static FileOperations &ops() { return FileOperations::current(); }
-    static QStringList entries(const QString &folder) { return ops().directoryContents(folder); }
+    FileOperations &ops() { return m_current ? *m_current : disk(); }
+    QStringList entries(const QString &folder) { return ops().directoryContents(folder); }
+    FileOperations *m_current = nullptr; // an injected failure, else the disk
 };
 
 TEST_F(FileOperationsTest, ListsSortedWithHiddenEntriesAndNoLinkedFolders) {
@@ -156,8 +158,8 @@ TEST_F(FileOperationsTest, CopyKeepsTheTreeAndNeverOverwritesOrLeavesHalfACopy) 
     EXPECT_FALSE(ops().copy(source, source + "/Contents/Inside"));
     EXPECT_FALSE(QFileInfo::exists(source + "/Contents/Inside"));
 
-    FailingOperations failing;
-    FileOperations::setCurrent(&failing);
+    FailingOperations failing(roots());
+    m_current = &failing;
     EXPECT_FALSE(ops().copy(source, homePath("Echo copy.vst"), &error));
     EXPECT_EQ(error.reason, "No space left on device");
     EXPECT_FALSE(QFileInfo::exists(homePath("Echo copy.vst")));
@@ -247,11 +249,12 @@ TEST_F(CrossDeviceMoveTest, BundleArrivesWholeInOnePlace) {
 }
 
 // Fails the removal of what a cross-device move leaves behind, as a busy file system would.
-class StuckLeftoverOperations : public FileOperations {
+class StuckLeftoverOperations : public LocalFileOperations {
 public:
+    using LocalFileOperations::LocalFileOperations;
     bool remove(const QString &path, FileError *error) override {
         if (!path.endsWith(".korvane-removing"))
-            return FileOperations::remove(path, error);
+            return LocalFileOperations::remove(path, error);
         if (error)
             *error = FileError{path, QStringLiteral("Device or resource busy")};
         return false;
@@ -264,8 +267,8 @@ TEST_F(CrossDeviceMoveTest, ALeftoverThatWillNotGoNeitherFailsNorBlocksAMove) {
     const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
     const auto before = snapshot(source);
     const QString folder = B::makeFolder(rootPath("VST"));
-    StuckLeftoverOperations stuck;
-    FileOperations::setCurrent(&stuck);
+    StuckLeftoverOperations stuck(roots());
+    m_current = &stuck;
     SystemLogCapture log;
     FileError error;
     EXPECT_TRUE(ops().move(source, folder + "/Echo.vst", &error)) << error.reason.toStdString();
@@ -273,7 +276,7 @@ TEST_F(CrossDeviceMoveTest, ALeftoverThatWillNotGoNeitherFailsNorBlocksAMove) {
     EXPECT_EQ(entries(mounted("VST")), QStringList{".Echo.vst.korvane-removing"});
     ASSERT_EQ(log.lines().size(), 1);
     EXPECT_TRUE(log.lines().constFirst().contains("Device or resource busy"));
-    FileOperations::setCurrent(nullptr);
+    m_current = nullptr;
 
     const QString stale = B::makeFile(folder + "/.Echo.vst.korvane-removing", "Stale");
     ImmutableGuard guard(stale);
@@ -295,8 +298,8 @@ TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris) {
         EXPECT_EQ(entries(mounted("VST")), QStringList{"Echo.vst"});
     };
 
-    FailingOperations failing; // the copy fails half-way
-    FileOperations::setCurrent(&failing);
+    FailingOperations failing(roots()); // the copy fails half-way
+    m_current = &failing;
     FileError error;
     EXPECT_FALSE(ops().move(source, folder + "/Echo.vst", &error));
     EXPECT_EQ(failing.copied, 3);
@@ -309,7 +312,7 @@ TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris) {
     EXPECT_TRUE(entries(homePath(".local/share/Trash/files")).isEmpty());
     EXPECT_TRUE(entries(homePath(".local/share/Trash/info")).isEmpty());
     expectOnlyTheSource();
-    FileOperations::setCurrent(nullptr);
+    m_current = nullptr;
 
     const QString stuck = source + "/Contents/Resources/en.lproj/Strings"; // cannot be removed
     ImmutableGuard guard(stuck);

@@ -22,23 +22,48 @@ TEST_F(LocationsTest, OnlyLeadingLibraryAndTildeFollowTheRootsAndPathsAreStandar
         {"", ""},
     };
     for (const auto &[path, expected] : cases)
-        EXPECT_EQ(Locations::expand(path), expected) << path.toStdString();
+        EXPECT_EQ(locations().expand(path), expected) << path.toStdString();
     // Expanding twice changes nothing.
-    const QString once = Locations::folderPath(TypeRTAS, LocSystemDisabled);
+    const QString once = folder(TypeRTAS, LocSystemDisabled);
     EXPECT_EQ(once, root() + "/Library/Application Support/Digidesign/Plug-Ins (Disabled)");
-    EXPECT_EQ(Locations::expand(once), once);
+    EXPECT_EQ(locations().expand(once), once);
 
-    qunsetenv("KORVANE_ROOT");
-    EXPECT_EQ(Locations::expand(Locations::machinePreferencesFile()),
+    EXPECT_EQ(Locations(Roots::at("/", home())).machinePreferencesPath(),
               "/Library/Preferences/com.velmora.Korvane.plist");
 }
 
-TEST_F(LocationsTest, FoldersOutsideTheTableAreEmpty)
+TEST_F(LocationsTest, TheEnvironmentIsReadOnlyWhereTheProgramsAskForIt)
 {
-    EXPECT_EQ(Locations::folder(TypeAU, LocUserDisabled),
+    const QByteArray oldRoot = qgetenv("KORVANE_ROOT"), oldHome = qgetenv("HOME"),
+                     oldData = qgetenv("XDG_DATA_HOME");
+    qputenv("KORVANE_ROOT", root().toUtf8() + "/");
+    qputenv("HOME", home().toUtf8());
+    qputenv("XDG_DATA_HOME", "relative/share"); // not absolute: ignored
+    Roots roots = Roots::fromEnvironment();
+    EXPECT_EQ(roots, Roots::at(root(), home()));
+    EXPECT_EQ(roots.trashFolder(), home() + "/.local/share/Trash");
+    qputenv("XDG_DATA_HOME", "/srv/data");
+    qunsetenv("KORVANE_ROOT");
+    roots = Roots::fromEnvironment();
+    EXPECT_EQ(roots.systemRoot, "/");
+    EXPECT_EQ(roots.trashFolder(), "/srv/data/Trash");
+    qputenv("KORVANE_ROOT", oldRoot);
+    qputenv("HOME", oldHome);
+    oldData.isNull() ? qunsetenv("XDG_DATA_HOME") : qputenv("XDG_DATA_HOME", oldData);
+}
+
+TEST_F(LocationsTest, EveryFormatHasItsFourFoldersAndNothingOutsideThem)
+{
+    const FormatTable &formats = FormatTable::builtIn();
+    EXPECT_EQ(formats.at(TypeAU).folder(LocUserDisabled),
               "~/Library/Audio/Plug-Ins/Components (Disabled)");
-    for (const auto &[type, loc] : {std::pair{-1, 0}, {4, 0}, {0, -1}, {0, 4}})
-        EXPECT_TRUE(Locations::folderPath(type, loc).isEmpty()) << type << "," << loc;
+    EXPECT_EQ(formats.at(TypeMAS).folder(LocSystemActive), "/Library/Audio/Plug-Ins/MAS");
+    for (int loc : {-1, 4})
+        EXPECT_TRUE(formats.at(TypeVST).folder(loc).isEmpty()) << loc;
+    EXPECT_EQ(formats.find(4), nullptr);
+    EXPECT_EQ(formats.typeOfName("rtas"), TypeRTAS);
+    EXPECT_EQ(formats.typeOfTabIdentifier("tabVST"), TypeVST);
+    EXPECT_FALSE(formats.typeOfName("clap").has_value());
 }
 
 } // namespace

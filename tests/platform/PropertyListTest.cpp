@@ -123,18 +123,18 @@ TEST_F(PlistTest, MalformedBytesReadAsAbsent)
 
 TEST_F(PlistTest, FailedWriteLeavesOldFileWholeAndNoFolderIsMade)
 {
-    EXPECT_FALSE(PropertyList::writeXml(homePath("Nowhere/x.plist"), QVariantList{}));
+    EXPECT_FALSE(PropertyList::writeXml(disk(), homePath("Nowhere/x.plist"), QVariantList{}));
     EXPECT_FALSE(QFileInfo::exists(homePath("Nowhere")));
 
     const QString folder = homePath("Prefs"), path = folder + "/settings.plist";
     ASSERT_TRUE(QDir().mkpath(folder));
-    ASSERT_TRUE(PropertyList::writeXml(path, QVariantMap{{"Version", qint64(1)}}));
+    ASSERT_TRUE(PropertyList::writeXml(disk(), path, QVariantMap{{"Version", qint64(1)}}));
     const QByteArray before = readAll(path);
     {
         ImmutableGuard guard(folder);
         if (!guard.ok())
             GTEST_SKIP() << "chattr +i is not available here";
-        EXPECT_FALSE(PropertyList::writeXml(path, QVariantMap{{"Version", qint64(2)}}));
+        EXPECT_FALSE(PropertyList::writeXml(disk(), path, QVariantMap{{"Version", qint64(2)}}));
     }
     EXPECT_EQ(readAll(path), before);
     EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),

@@ -1,4 +1,4 @@
-#include "platform/FileOperations.h"
+#include "platform/LocalFileOperations.h"
 #include "support/TestRoots.h"
 
 #include "PluginLibraryBuilder.h"
@@ -17,7 +17,7 @@ class RemoveSafetyTest : public TestRoots {};
 QMap<QString, QByteArray> contents(const QString &bundle)
 {
     QMap<QString, QByteArray> result;
-    for (const QString &relative : FileOperations::current().subpaths(bundle)) {
+    for (const QString &relative : LocalFileOperations().subpaths(bundle)) {
         QFile file(bundle + "/" + relative);
         result.insert(relative, file.open(QIODevice::ReadOnly) ? file.readAll() : "folder");
     }
@@ -41,14 +41,14 @@ TEST_F(RemoveSafetyTest, ALockAnywhereRemovesNothing)
             ImmutableGuard guard(locked);
             if (!guard.ok())
                 GTEST_SKIP() << "no immutable files here";
-            EXPECT_FALSE(FileOperations::current().remove(bundle, &error)) << qPrintable(locked);
+            EXPECT_FALSE(disk().remove(bundle, &error)) << qPrintable(locked);
         }
         EXPECT_FALSE(error.reason.isEmpty()) << qPrintable(locked);
         EXPECT_EQ(contents(bundle), before) << qPrintable(locked);
     }
 
     // Unlocked, the same call removes it all.
-    EXPECT_TRUE(FileOperations::current().remove(bundle));
+    EXPECT_TRUE(disk().remove(bundle));
     EXPECT_FALSE(QFileInfo::exists(bundle));
 }
 

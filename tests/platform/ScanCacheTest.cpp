@@ -1,5 +1,5 @@
 #include "platform/Bundle.h"
-#include "platform/FileOperations.h"
+#include "platform/LocalFileOperations.h"
 #include "platform/ScanCache.h"
 #include "support/TestRoots.h"
 
@@ -24,7 +24,7 @@ TEST_F(ScanCacheTest, AnswersLastOnlyAsLongAsTheScan)
     {
         ScanCache scan;
         // The listing tells the kind of each entry; the bundle is read once.
-        EXPECT_EQ(FileOperations::current().directoryContents(folder), QStringList{"Delay.bundle"});
+        EXPECT_EQ(disk().directoryContents(folder), QStringList{"Delay.bundle"});
         EXPECT_EQ(Bundle::executablePath(bundle), bundle + "/Contents/MacOS/Plugin");
         ASSERT_TRUE(QDir().rename(bundle, renamed));
         EXPECT_TRUE(Bundle::canOpen(bundle));

@@ -1,4 +1,4 @@
-#include "platform/FileOperations.h"
+#include "platform/LocalFileOperations.h"
 #include "support/TestRoots.h"
 
 #include "PluginLibraryBuilder.h"
@@ -31,11 +31,11 @@ protected:
             QDir(m_current.path()).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden));
         TestRoots::TearDown();
     }
-    static FileOperations &ops() { return FileOperations::current(); }
+    FileOperations &ops() { return disk(); }
     QString trash(const QString &relative) const {
         return homePath(".local/share/Trash/" + relative);
     }
-    QStringList entries(const QString &folder) const { return ops().directoryContents(folder); }
+    QStringList entries(const QString &folder) { return ops().directoryContents(folder); }
 
 private:
     QTemporaryDir m_current;
@@ -48,7 +48,6 @@ int modeOf(const QString &path) {
 }
 
 TEST_F(TrashTest, MakesTheHomeTrashAndRecordsWhereEachItemCameFrom) {
-    qputenv("XDG_DATA_HOME", "relative/share"); // invalid, so ignored: never the current folder
     const QString name = QStringLiteral("Echo Verb \u00fc.vst");
     const QString first = B::makeVST(rootPath("VST"), name, MachO::intel());
     B::makeFile(rootPath("VST"), "._" + name, {}, "finder info");
@@ -90,14 +89,12 @@ TEST_F(TrashTest, WithoutRoomInTheHomeNothingMovesAndNothingIsWritten) {
     FileError error;
 
     const QString missing = homePath("missing");
-    const QByteArray home = qgetenv("HOME");
-    qputenv("HOME", missing.toUtf8());
-    EXPECT_FALSE(ops().moveToTrash(item, &error));
-    qputenv("HOME", home);
+    EXPECT_FALSE(LocalFileOperations(Roots::at(root(), missing)).moveToTrash(item, &error));
     EXPECT_EQ(error.path, missing);
     EXPECT_EQ(error.reason, "There is no trash: the home folder does not exist");
     EXPECT_FALSE(QFileInfo::exists(missing));
 
+    const QString home = this->home();
     ImmutableGuard guard(home);
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i is not available here";

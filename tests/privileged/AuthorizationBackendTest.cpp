@@ -44,19 +44,15 @@ protected:
 };
 
 TEST_F(AuthorizationBackendTest, AllowAllBackendReportsAToolThatCannotStart) {
-    AuthorizationBackend::setCurrent(&allowAll);
-    EXPECT_FALSE(BLAuthentication::sharedInstance()->executeCommand(homePath("no-such-tool"),
-                                                                    QStringList{"x"}));
+    BLAuthentication auth(allowAll, ui);
+    EXPECT_FALSE(auth.executeCommand(homePath("no-such-tool"), QStringList{"x"}));
     EXPECT_EQ(ui.beeps, 1);
     EXPECT_EQ(log.lines(), QStringList{"Error -60031 in AuthorizationExecuteWithPrivileges"});
-    // The installed backend goes with the shared instances.
-    resetSharedInstances();
-    EXPECT_NE(&AuthorizationBackend::current(), &allowAll);
 }
 
 TEST_F(AuthorizationBackendTest, PolkitAsksOncePerActionAndNeverForPlainChecks) {
-    AuthorizationBackend::setCurrent(&polkit);
-    BLAuthentication *auth = BLAuthentication::sharedInstance();
+    BLAuthentication authentication(polkit, ui);
+    BLAuthentication *auth = &authentication;
     auto asked = [&] {
         return std::count_if(polkit.checks.begin(), polkit.checks.end(), [](const QStringList &a) {
             return a.contains("--allow-user-interaction");
@@ -118,8 +114,8 @@ TEST_F(AuthorizationBackendTest, PolicyDeclaresTheActivationRight) {
 // The lookup reads /proc: a name is only ever compared, never run, and a process whose own name
 // imitates the line of PID 1 is still found (and killed) as itself.
 TEST_F(AuthorizationBackendTest, ProcessLookupRunsNothingAndFindsOnlyTheProcessNamed) {
-    AuthorizationBackend::setCurrent(&allowAll);
-    BLAuthentication *auth = BLAuthentication::sharedInstance();
+    BLAuthentication authentication(allowAll, ui);
+    BLAuthentication *auth = &authentication;
     const QString touched = homePath("touched");
     for (const QString &name : {"x$(touch " + touched + ")", "\"; touch " + touched + "; echo \"",
                                 "`touch " + touched + "`", QString()})

@@ -44,14 +44,14 @@ class BLAuthenticationTest : public TestRoots {
 protected:
     void SetUp() override {
         TestRoots::SetUp();
-        AuthorizationBackend::setCurrent(&backend);
         QObject::connect(auth(), &BLAuthentication::authenticated, [this] { ++gained; });
         QObject::connect(auth(), &BLAuthentication::deauthenticated, [this] { ++dropped; });
     }
-    static BLAuthentication *auth() { return BLAuthentication::sharedInstance(); }
+    BLAuthentication *auth() { return &m_auth; }
 
     FakeBackend backend;
     ScriptedUi ui;
+    BLAuthentication m_auth{backend, ui};
     SystemLogCapture log;
     int gained = 0, dropped = 0;
 };

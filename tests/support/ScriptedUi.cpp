@@ -2,16 +2,6 @@
 
 namespace korvane {
 
-ScriptedUi::ScriptedUi() : m_previous(nullptr)
-{
-    UserInterface::setCurrent(this);
-}
-
-ScriptedUi::~ScriptedUi()
-{
-    UserInterface::setCurrent(m_previous);
-}
-
 QStringList ScriptedUi::alertMessages() const
 {
     QStringList messages;

@@ -9,12 +9,10 @@
 
 namespace korvane {
 
-// Answers from queues and records everything asked of it. Installs itself while it lives.
+// Answers from queues and records everything asked of it, like a person at the screen.
 // An alert with no queued answer gets its default (1, or 1000 with added buttons).
 class ScriptedUi : public UserInterface {
 public:
-    ScriptedUi();
-    ~ScriptedUi() override;
 
     QQueue<int> alertAnswers;
     QQueue<std::optional<QString>> savePanelAnswers; // empty queue: cancel
@@ -47,9 +45,6 @@ public:
     void progressEnd() override;
     void openUrl(const QUrl &url) override;
     void beep() override;
-
-private:
-    UserInterface *m_previous;
 };
 
 } // namespace korvane

@@ -1,8 +1,6 @@
 #include "support/TestRoots.h"
 
-#include "platform/FileOperations.h"
-#include "platform/SharedInstances.h"
-#include "ui/UserInterface.h"
+#include "platform/PropertyList.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,27 +12,15 @@ void TestRoots::SetUp()
 {
     ASSERT_TRUE(m_root.isValid());
     ASSERT_TRUE(m_home.isValid());
-    m_oldRoot = qgetenv("KORVANE_ROOT");
-    m_oldHome = qgetenv("HOME");
-    m_oldXdg = qgetenv("XDG_DATA_HOME");
-    qputenv("KORVANE_ROOT", m_root.path().toUtf8());
-    qputenv("HOME", m_home.path().toUtf8());
-    qunsetenv("XDG_DATA_HOME");
     QDir().mkpath(homePath(".local/share"));
-    resetSharedInstances();
+    m_locations.emplace(roots());
+    m_disk.emplace(roots());
 }
 
-void TestRoots::TearDown()
+bool TestRoots::writePlist(const QString &path, const QVariant &root)
 {
-    resetSharedInstances();
-    FileOperations::setCurrent(nullptr);
-    UserInterface::setCurrent(nullptr);
-    qputenv("KORVANE_ROOT", m_oldRoot);
-    qputenv("HOME", m_oldHome);
-    if (m_oldXdg.isEmpty())
-        qunsetenv("XDG_DATA_HOME");
-    else
-        qputenv("XDG_DATA_HOME", m_oldXdg);
+    LocalFileOperations disk;
+    return PropertyList::writeXml(disk, path, root);
 }
 
 QString TestRoots::rootPath(const QString &relative) const

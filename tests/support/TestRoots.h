@@ -1,22 +1,35 @@
 #pragma once
 
+#include "platform/LocalFileOperations.h"
+#include "platform/Locations.h"
+
 #include <QString>
+#include <QVariant>
+#include <optional>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace korvane {
 
-// A fresh system root (KORVANE_ROOT) and home (HOME, with .local/share for the trash) per test.
-// Tear-down drops every shared controller and restores the real file operations and the
-// headless interface, so no test sees another's state.
+// A fresh system root and home (with .local/share for the trash) per test, and the file
+// operations of the local disk under them. Nothing is taken from the environment.
 class TestRoots : public ::testing::Test {
 protected:
     void SetUp() override;
-    void TearDown() override;
 
     QString root() const { return m_root.path(); }
     QString home() const { return m_home.path(); }
+    Roots roots() const { return Roots::at(root(), home()); }
+    const Locations &locations() const { return *m_locations; }
+    LocalFileOperations &disk() { return *m_disk; }
+    // A built-in format's folder under these roots.
+    QString folder(int type, int loc) const
+    {
+        return m_locations->folderPath(FormatTable::builtIn().at(type), loc);
+    }
+    // An XML property list written straight to the disk.
+    static bool writePlist(const QString &path, const QVariant &root);
     // Paths under the roots: rootPath("Library/Audio") and homePath("Library/Audio").
     QString rootPath(const QString &relative) const;
     QString homePath(const QString &relative) const;
@@ -27,7 +40,8 @@ protected:
 private:
     QTemporaryDir m_root;
     QTemporaryDir m_home;
-    QByteArray m_oldRoot, m_oldHome, m_oldXdg;
+    std::optional<Locations> m_locations;
+    std::optional<LocalFileOperations> m_disk;
 };
 
 // Makes a path immutable (chattr +i) for the lifetime of the guard, so that even root cannot
