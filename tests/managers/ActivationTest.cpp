@@ -10,8 +10,9 @@
 namespace korvane {
 
 // Fails the chosen operations, as a full disk or a broken trash would.
-class RefusingOperations : public FileOperations {
+class RefusingOperations : public LocalFileOperations {
 public:
+    using LocalFileOperations::LocalFileOperations;
     QString moveSource; // a move from here fails
     bool trash = true;
     bool move(const QString &from, const QString &to, FileError *error) override
@@ -21,7 +22,7 @@ public:
                 *error = {from, QStringLiteral("No space left on device")};
             return false;
         }
-        return FileOperations::move(from, to, error);
+        return LocalFileOperations::move(from, to, error);
     }
     bool moveToTrash(const QString &path, FileError *error, QString *trashedTo) override
     {
@@ -30,7 +31,7 @@ public:
                 *error = {path, QStringLiteral("No trash here")};
             return false;
         }
-        return FileOperations::moveToTrash(path, error, trashedTo);
+        return LocalFileOperations::moveToTrash(path, error, trashedTo);
     }
 };
 
@@ -41,7 +42,7 @@ protected:
         manager->selectRows({rowOf(manager, name)});
         active ? manager->setSelectedActive() : manager->setSelectedInactive();
     }
-    static QString logText() { return AppServices::getMainObj()->logText(); }
+    QString logText() { return services().logText(); }
     // Foo.component active (PPC), marked to go off; then an older Foo.component (Intel, with a
     // licence file the scan never looks at) appears in the disabled folder.
     void conflict()
@@ -80,7 +81,7 @@ TEST_F(ActivationTest, ApplyMovesEveryPendingChange)
                                      auPath(3, "C.component > ") + auPath(2, "C.component 11")}));
     EXPECT_TRUE(whole(auPath(0, "B.component"), MachO::intel()));
     EXPECT_TRUE(whole(auPath(2, "C.component"), MachO::ppc())); // user folder created
-    EXPECT_EQ(au->plugins.size(), 3);
+    EXPECT_EQ(au->numberOfRowsInTableView(), 3);
     EXPECT_FALSE(au->isApplyEnabled());
 }
 
@@ -88,9 +89,9 @@ TEST_F(ActivationTest, StopAtAFailureLeavesTheRestAndSaysWhich)
 {
     for (const char *name : {"A.component", "B.component", "C.component"})
         addAU(LocSystemActive, name);
-    RefusingOperations files;
+    RefusingOperations files(roots());
     files.moveSource = auPath(0, "A.component");
-    FileOperations::setCurrent(&files);
+    relaunch(&files);
     SystemLogCapture capture;
 
     au->reloadData();
@@ -117,7 +118,7 @@ TEST_F(ActivationTest, StopAtAFailureLeavesTheRestAndSaysWhich)
         EXPECT_TRUE(exists(auPath(0, name))) << name;
     EXPECT_TRUE(logText().endsWith("Stopped, not moved: B.component, C.component\n"));
     EXPECT_EQ(capture.lines().last(), "Stopped, not moved: B.component, C.component");
-    FileOperations::setCurrent(nullptr);
+    relaunch();
 }
 
 TEST_F(ActivationTest, AnOccupiedTargetGoesToTheTrashOnlyForASourceThatIsThere)
@@ -147,9 +148,9 @@ TEST_F(ActivationTest, AnOccupiedTargetGoesToTheTrashOnlyForASourceThatIsThere)
     QDir(target).removeRecursively();
 
     // Without a trash the target stays, and the move fails as any failed move does.
-    RefusingOperations files;
+    RefusingOperations files(roots());
     files.trash = false;
-    FileOperations::setCurrent(&files);
+    relaunch(&files);
     conflict();
     QList<MoveOutcome> outcomes = au->applyAllPending();
     EXPECT_TRUE(outcomes.size() == 1 && !outcomes[0].ok);
@@ -157,7 +158,7 @@ TEST_F(ActivationTest, AnOccupiedTargetGoesToTheTrashOnlyForASourceThatIsThere)
     EXPECT_TRUE(whole(source, MachO::ppc()));
     EXPECT_TRUE(whole(target, MachO::intel()));
     QDir(target).removeRecursively();
-    FileOperations::setCurrent(nullptr);
+    relaunch();
 
     conflict();
     {
@@ -187,7 +188,7 @@ TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefused)
     const QString bar = addAU(LocUserActive, "Bar.component");
     SystemLogCapture capture;
     au->reloadData();
-    for (const AUItemPtr &it : au->plugins) {
+    for (const AUItemPtr &it : au->items()) {
         if (!it->getAUGlobal())
             au->changeObject(it, "AUGlobal", true);
         else if (!it->getAUActive())
@@ -223,7 +224,7 @@ TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)
     // Under the user's folder by its text, above every folder in fact.
     PluginLibraryBuilder::makeFile(home(), "victim.txt");
     const QString climbing = folder(TypeAU, 2) + "/../../../../victim.txt";
-    AppServices::getMainObj()->saveContent({"Foo.component", preset, outside, climbing});
+    services().saveContent({"Foo.component", preset, outside, climbing});
     au->reloadData();
     mark(au, "Foo.component", false);
 
@@ -244,7 +245,7 @@ TEST_F(ActivationTest, APlugInInASubfolderMovesToTheSameSubfolderAndBack)
 {
     const QString source =
         PluginLibraryBuilder::makeVST(folder(TypeVST, 2) + "/Sub", "Foo.vst", MachO::intel());
-    MyVSTObj *vst = MyVSTObj::getVSTObj();
+    MyVSTObj *vst = &context->vst;
     vst->reloadData();
     mark(vst, "Sub/Foo.vst", false);
 
@@ -252,7 +253,7 @@ TEST_F(ActivationTest, APlugInInASubfolderMovesToTheSameSubfolderAndBack)
     EXPECT_FALSE(exists(source));
     EXPECT_TRUE(whole(folder(TypeVST, 3) + "/Sub/Foo.vst", MachO::intel()));
     ASSERT_EQ(names(vst), QStringList({"Sub/Foo.vst"}));
-    EXPECT_EQ(vst->plugins[0]->getAULocation(), folder(TypeVST, 3));
+    EXPECT_EQ(vst->itemAt(0)->getAULocation(), folder(TypeVST, 3));
 
     mark(vst, "Sub/Foo.vst", true);
     vst->VSTActivate();
@@ -282,13 +283,13 @@ TEST_F(ActivationTest, MarkingBackAndForthLeavesNothingPending)
 
 TEST_F(ActivationTest, CheckAndCreatePathMakesTheParentThenThePlugInFolder)
 {
-    MyMASObj::getMASObj()->checkAndCreatePath(true);
+    context->mas.checkAndCreatePath(true);
     EXPECT_TRUE(QFileInfo(rootPath("Library/Application Support/Digidesign")).isDir());
     EXPECT_TRUE(QFileInfo(folder(TypeMAS, 0)).isDir());
 
     // Something that exists at a path is left alone, folder or not.
     PluginLibraryBuilder::makeFile(homePath("Library/Application Support/Digidesign"), "Plug-Ins");
-    MyRTASObj::getRTASObj()->checkAndCreatePath(false);
+    context->rtas.checkAndCreatePath(false);
     EXPECT_TRUE(QFileInfo(folder(TypeRTAS, 2)).isFile());
 }
 

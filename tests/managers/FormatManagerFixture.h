@@ -1,22 +1,59 @@
 #pragma once
 
 #include "PluginLibraryBuilder.h"
+#include "app/AppServices.h"
 #include "managers/MyAdminObj.h"
+#include "managers/MyMASObj.h"
+#include "managers/MyRTASObj.h"
+#include "managers/MyVSTObj.h"
 #include "panels/MyPrefObj.h"
 #include "platform/Bundle.h"
 #include "platform/Locations.h"
+#include "panels/MyMissingItems.h"
+#include "privileged/BLAuthentication.h"
+#include "privileged/NullAuthorizationBackend.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <memory>
 
 namespace korvane {
 
-// Plug-in trees under the test roots, a scripted interface, and items looked up by name.
+// The controllers the managers work with, made as the program makes them (without the shell).
+struct ManagersOfOneRun {
+    ManagersOfOneRun(const Locations &locations, FileOperations &files, UserInterface &ui)
+        : services(RunParts{locations, files, ui, FormatTable::builtIn()}), pref(services),
+          missingItems(ui), authentication(allowAll, ui),
+          parts{services, pref, missingItems, authentication}, au(parts), rtas(parts), mas(parts),
+          vst(parts)
+    {
+    }
+    TypeManager *manager(int type)
+    {
+        TypeManager *all[] = {&au, &rtas, &mas, &vst};
+        return all[type];
+    }
+
+    NullAuthorizationBackend allowAll;
+    AppServices services;
+    MyPrefObj pref;
+    MyMissingItems missingItems;
+    BLAuthentication authentication;
+    ManagerParts parts;
+    MyAdminObj au;
+    MyRTASObj rtas;
+    MyMASObj mas;
+    MyVSTObj vst;
+};
+
+// Plug-in trees under the test roots, a scripted person, and the controllers of one run over
+// them; items looked up by name.
 class FormatManagerFixture : public TestRoots {
 protected:
     ScriptedUi ui;
+    std::unique_ptr<ManagersOfOneRun> context;
     MyAdminObj *au = nullptr;
 
     void SetUp() override
@@ -27,29 +64,32 @@ protected:
             QDir().mkpath(base + "/Library/Audio/Plug-Ins");
             QDir().mkpath(base + "/Library/Application Support");
         }
-        au = MyAdminObj::getAUObj();
+        relaunch();
     }
 
-    static QString folder(int type, int loc) { return Locations::folderPath(type, loc); }
-    static QString auPath(int loc, const QString &name) { return folder(TypeAU, loc) + "/" + name; }
-    static QString addAU(int loc, const QString &name)
+    // The controllers of a fresh run, optionally over injected file operations.
+    void relaunch(FileOperations *files = nullptr)
+    {
+        context.reset();
+        context = std::make_unique<ManagersOfOneRun>(locations(), files ? *files : disk(), ui);
+        au = &context->au;
+    }
+
+    AppServices &services() { return context->services; }
+    MyPrefObj &pref() { return context->pref; }
+    TypeManager *manager(int type) { return context->manager(type); }
+
+    QString auPath(int loc, const QString &name) const { return folder(TypeAU, loc) + "/" + name; }
+    QString addAU(int loc, const QString &name) const
     {
         return PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, loc), name, MachO::intel());
     }
     static bool exists(const QString &path) { return QFileInfo::exists(path); }
-    // The bundle is there with the executable it was made with.
-    static bool whole(const QString &bundle, const QByteArray &header)
-    {
-        return MachOHeader::firstBytes(Bundle::executablePath(bundle)) == header;
-    }
-    static void setPref(const QString &key, bool value)
-    {
-        MyPrefObj::getPref()->defaults()->setObject(key, value);
-    }
+    void setPref(const QString &key, bool value) { pref().defaults()->setObject(key, value); }
     static QStringList names(const TypeManager *manager)
     {
         QStringList result;
-        for (const AUItemPtr &plugin : manager->plugins)
+        for (const AUItemPtr &plugin : manager->items())
             result << plugin->getAUName();
         return result;
     }
@@ -59,8 +99,11 @@ protected:
     }
     static AUItemPtr item(const TypeManager *manager, const QString &name)
     {
-        const int row = rowOf(manager, name);
-        return row < 0 ? AUItemPtr() : manager->plugins.at(row);
+        return manager->itemAt(rowOf(manager, name));
+    }
+    static bool whole(const QString &bundle, const QByteArray &header)
+    {
+        return MachOHeader::firstBytes(Bundle::executablePath(bundle)) == header;
     }
 };
 

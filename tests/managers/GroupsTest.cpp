@@ -12,7 +12,7 @@ protected:
     void SetUp() override
     {
         FormatManagerFixture::SetUp();
-        AppServices::getMainObj()->getGroups() << "Synths"
+        services().getGroups() << "Synths"
                                                << "Drums";
         groupsFile = homePath("Library/Application Support/Korvane/augroups.plist");
         writeText(groupsFile, PropertyList::toXml(
@@ -26,7 +26,7 @@ protected:
     QStringList groups() const
     {
         QStringList result;
-        for (const AUItemPtr &plugin : au->plugins)
+        for (const AUItemPtr &plugin : au->items())
             result << plugin->getAUName() + "=" + plugin->getAUGroup();
         return result;
     }
@@ -70,9 +70,11 @@ TEST_F(GroupsTest, MenuAssignsToSelectedRowsAndSavesNamePairs)
     au->setGroup("Synths");
     EXPECT_EQ(item(au, "D.component")->getAUGroup(), "");
     EXPECT_TRUE(exists(groupsFile));
-    au->plugins.clear();
-    au->saveGroups();
-    EXPECT_EQ(groupsOnDisk(), QVariantList());
+    TypeManager *empty = &context->vst; // scanned, and nothing installed
+    empty->reloadData();
+    empty->saveGroups();
+    EXPECT_EQ(PropertyList::readArray(locations().dataFilePath("vstgroups.plist")),
+              QVariantList());
 }
 
 TEST_F(GroupsTest, GroupCommandsSwitchTheMembersOfTheSelectedRowsGroup)

@@ -10,19 +10,18 @@ namespace korvane {
 
 class MaintenanceTest : public FormatManagerFixture {
 protected:
-    // The duplicate report's lines after its dated header, for a list of those names.
-    QString duplicateReport(const QStringList &names)
+    // The duplicate report's lines for a list of those names.
+    static QString duplicateReport(const QStringList &names)
     {
-        au->plugins.clear();
+        QList<AUItemPtr> items;
         for (const QString &name : names) {
-            au->plugins << std::make_shared<AUItem>();
-            au->plugins.last()->setAUName(name);
+            items << std::make_shared<AUItem>();
+            items.last()->setAUName(name);
         }
-        const QString before = AppServices::getMainObj()->logText();
-        au->checkForDuplicates();
-        const QString added = AppServices::getMainObj()->logText().mid(before.size());
-        EXPECT_TRUE(added.startsWith("----- ")) << added.toStdString();
-        return added.section('\n', 1);
+        QString report;
+        for (const auto &[name, count] : TypeManager::duplicateNames(items))
+            report += QString("Plugin %1 is found %2 times\n").arg(name).arg(count);
+        return report;
     }
 };
 
@@ -39,6 +38,17 @@ QString quadraticReport(const QStringList &names)
 
 TEST_F(MaintenanceTest, DuplicatesAreReportedOnceAtTheFirstPosition)
 {
+    // In the log: a dated header, then one line per name held more than once.
+    for (int loc : {LocSystemActive, LocUserActive, LocUserDisabled})
+        addAU(loc, "A.component");
+    addAU(LocSystemActive, "B.component");
+    au->reloadData();
+    au->checkForDuplicates();
+    EXPECT_TRUE(services().isLogVisible());
+    const QString log = services().logText();
+    EXPECT_TRUE(log.startsWith("----- ")) << log.toStdString();
+    EXPECT_EQ(log.section('\n', 1), "Plugin A.component is found 3 times\n");
+
     EXPECT_EQ(duplicateReport({"B", "A", "C", "A", "A"}), "Plugin A is found 3 times\n");
     EXPECT_EQ(duplicateReport({}), "");
 
@@ -50,13 +60,14 @@ TEST_F(MaintenanceTest, DuplicatesAreReportedOnceAtTheFirstPosition)
 }
 
 // Records the order of the trash requests before doing them.
-class RecordingOperations : public FileOperations {
+class RecordingOperations : public LocalFileOperations {
 public:
+    using LocalFileOperations::LocalFileOperations;
     QStringList trashed;
     bool moveToTrash(const QString &path, FileError *error, QString *trashedTo) override
     {
         trashed << path;
-        return FileOperations::moveToTrash(path, error, trashedTo);
+        return LocalFileOperations::moveToTrash(path, error, trashedTo);
     }
 };
 
@@ -64,10 +75,10 @@ TEST_F(MaintenanceTest, DeleteTrashesFromTheHighestRowDown)
 {
     for (int i = 0; i < 7; ++i)
         addAU(LocUserActive, QString("P%1.component").arg(i));
+    RecordingOperations recording(roots());
+    relaunch(&recording);
     au->reloadData();
     const QString dir = folder(TypeAU, LocUserActive) + "/";
-    RecordingOperations recording;
-    FileOperations::setCurrent(&recording);
     au->selectRows({2, 5});
 
     au->deleteItem();
@@ -80,7 +91,7 @@ TEST_F(MaintenanceTest, DeleteTrashesFromTheHighestRowDown)
 
     au->selectRows({});
     au->deleteItem();
-    EXPECT_EQ(au->plugins.size(), 5);
+    EXPECT_EQ(au->numberOfRowsInTableView(), 5);
     EXPECT_EQ(au->selectedRows(), QList<int>({0}));
 
     // A failed trash still drops the item.
@@ -88,13 +99,13 @@ TEST_F(MaintenanceTest, DeleteTrashesFromTheHighestRowDown)
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i is not supported here";
     au->deleteItem();
-    EXPECT_EQ(au->plugins.size(), 4);
+    EXPECT_EQ(au->numberOfRowsInTableView(), 4);
     EXPECT_TRUE(exists(dir + "P0.component"));
 }
 
 TEST_F(MaintenanceTest, InfoWithoutSelectionAndRestoreExplainThemselves)
 {
-    MyVSTObj *vst = MyVSTObj::getVSTObj();
+    MyVSTObj *vst = &context->vst;
     vst->getInfo();
     vst->backupRestore();
     EXPECT_EQ(ui.alertMessages(),

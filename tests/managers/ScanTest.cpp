@@ -18,13 +18,12 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
     PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 1), "Off.component", MachO::universal3());
     PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 2), "Zeta.component", MachO::intel());
     PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 3), "Mine.component", MachO::x86_64());
-    au->fileName = "Before";
     au->reloadData();
 
     // name, location code, ID, architecture, global and active flags. Rows sort by name
     // case-insensitively; IDs keep the scan's order.
     QStringList rows;
-    for (const AUItemPtr &it : au->plugins) {
+    for (const AUItemPtr &it : au->items()) {
         int loc = 0;
         while (loc < 4 && it->getAULocation() != folder(TypeAU, loc))
             ++loc;
@@ -38,8 +37,7 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
                                  "Mine.component 3 #5 Unknown 00", "notacomponent 0 #2 PPC 11",
                                  "Off.component 1 #3 Unknown 10", "Zeta.component 0 #0 PPC 11",
                                  "Zeta.component 2 #4 Intel 01"}));
-    EXPECT_EQ(au->log.size(), 6);
-    EXPECT_EQ(au->fileName, "Untitled");
+    EXPECT_EQ(au->plugins().records().size(), 6);
     EXPECT_FALSE(au->isApplyEnabled());
 }
 
@@ -64,22 +62,23 @@ TEST_F(ScanTest, ProgressNamesEachFolderAsWrittenAndStepsToTwentyFive)
     PluginLibraryBuilder::makeFile(folder(TypeVST, 3), ".DS_Store");
     PluginLibraryBuilder::makeFile(folder(TypeVST, 3), "C", "aPcs");
     PluginLibraryBuilder::makeFile(folder(TypeVST, 3), "D", "aPcs");
-    ScriptedUi vstUi;
+    ScriptedUi &vstUi = ui;
+    vstUi = ScriptedUi();
     setPref("VSTScanSubfolders", false);
-    MyVSTObj::getVSTObj()->reloadData();
+    context->vst.reloadData();
     EXPECT_EQ(vstUi.progressTitles, QStringList({"scan VST-Plugins:"}));
     EXPECT_EQ(vstUi.progressTexts,
               QStringList({"scan for VST-Plugins:~/Library/Audio/Plug-Ins/VST (Disabled)"}));
     EXPECT_EQ(vstUi.progressValues, QList<double>({0, 5, 10, 15, 20}));
-    EXPECT_EQ(MyVSTObj::getVSTObj()->plugins.size(), 4);
+    EXPECT_EQ(context->vst.numberOfRowsInTableView(), 4);
 }
 
 TEST_F(ScanTest, MissingFoldersAreCreatedPerFormat)
 {
     au->reloadData();
-    MyVSTObj::getVSTObj()->reloadData();
-    MyMASObj::getMASObj()->reloadData();
-    MyRTASObj::getRTASObj()->reloadData();
+    context->vst.reloadData();
+    context->mas.reloadData();
+    context->rtas.reloadData();
     for (int type : {TypeAU, TypeVST, TypeMAS, TypeRTAS})
         for (int loc = 0; loc < 4; ++loc) // Audio Units make only their disabled folders
             EXPECT_EQ(QFileInfo(folder(type, loc)).isDir(), type != TypeAU || loc % 2 == 1)
@@ -89,7 +88,7 @@ TEST_F(ScanTest, MissingFoldersAreCreatedPerFormat)
     QDir(rootPath("Library/Audio/Plug-Ins")).removeRecursively();
     au->reloadData();
     EXPECT_FALSE(exists(folder(TypeAU, 1)));
-    EXPECT_TRUE(au->plugins.isEmpty());
+    EXPECT_TRUE(au->items().isEmpty());
 }
 
 TEST_F(ScanTest, SubfoldersAreScannedInAllFourFolders)
@@ -103,7 +102,7 @@ TEST_F(ScanTest, SubfoldersAreScannedInAllFourFolders)
     for (const char *name : {"Echo.vst", "Echo.vst copy.vst", "Echo.vst2.vst"})
         PluginLibraryBuilder::makeVST(folder(TypeVST, 0) + "/Fx", name, MachO::intel());
 
-    MyVSTObj *vst = MyVSTObj::getVSTObj();
+    MyVSTObj *vst = &context->vst;
     setPref("VSTScanSubfolders", true);
     vst->reloadData();
     // Bundles are collapsed: nothing inside a .vst is listed on its own.

@@ -47,7 +47,7 @@ protected:
     {
         const QString path = homePath("doc.aukorv");
         writeText(path, bytes);
-        EXPECT_EQ(SetDocument::isReadable(path), readable);
+        EXPECT_EQ(SetDocument::load(path).has_value(), readable);
         return summary(SetDocument::read(path));
     }
 };
@@ -65,32 +65,32 @@ TEST_F(SetDocumentTest, WorkedExampleOpensAndIsWrittenIdentically)
 TEST_F(SetDocumentTest, SavedDocumentsOpenWithEveryItem)
 {
     const QString path = homePath("mine.aukorv");
-    ASSERT_TRUE(SetDocument::write(path, sample()));
-    EXPECT_TRUE(SetDocument::isReadable(path));
+    ASSERT_TRUE(SetDocument::write(disk(), path, sample()));
+    EXPECT_TRUE(SetDocument::load(path).has_value());
     EXPECT_EQ(summary(SetDocument::read(path)), summary(sample()));
-    ASSERT_TRUE(SetDocument::write(path, {})); // replaces the document whole
-    EXPECT_TRUE(SetDocument::isReadable(path));
+    ASSERT_TRUE(SetDocument::write(disk(), path, {})); // replaces the document whole
+    EXPECT_TRUE(SetDocument::load(path).has_value());
     EXPECT_TRUE(SetDocument::read(path).isEmpty());
 }
 
 TEST_F(SetDocumentTest, FailedWritesReportFalseAndKeepTheOldDocument)
 {
-    EXPECT_FALSE(SetDocument::write(homePath("missing/folder/set.aukorv"), sample()));
+    EXPECT_FALSE(SetDocument::write(disk(), homePath("missing/folder/set.aukorv"), sample()));
     EXPECT_FALSE(QFile::exists(homePath("missing/folder/set.aukorv")));
 
     const QString path = homePath("locked/set.aukorv");
     QDir().mkpath(homePath("locked"));
-    ASSERT_TRUE(SetDocument::write(path, sample()));
+    ASSERT_TRUE(SetDocument::write(disk(), path, sample()));
     ImmutableGuard guard(homePath("locked"));
     if (!guard.ok())
         GTEST_SKIP() << "no immutable attribute on this file system";
-    EXPECT_FALSE(SetDocument::write(path, {}));
+    EXPECT_FALSE(SetDocument::write(disk(), path, {}));
     EXPECT_EQ(summary(SetDocument::read(path)), summary(sample()));
 }
 
 TEST_F(SetDocumentTest, OnlyArraysOfItemsAreReadable)
 {
-    EXPECT_FALSE(SetDocument::isReadable(homePath("nothing.aukorv")));
+    EXPECT_FALSE(SetDocument::load(homePath("nothing.aukorv")).has_value());
     EXPECT_TRUE(SetDocument::read(homePath("nothing.aukorv")).isEmpty());
     EXPECT_TRUE(reread("not an archive at all").isEmpty());
 

@@ -38,9 +38,8 @@ protected:
 
 TEST_F(SetsTest, SavedSetReopensWithItsFlags)
 {
-    au->bChanged = true;
     au->save(); // cancelled
-    EXPECT_FALSE(au->bChanged);
+    EXPECT_FALSE(au->isSetChanged());
     EXPECT_EQ(au->setTitles(), QStringList({"no set"}));
 
     const QString path = saveAs("one.aukorv");
@@ -109,16 +108,15 @@ TEST_F(SetsTest, MasWindowLoadNameIsArchivedInTheCurrentFolder)
     const QString previous = QDir::currentPath();
     QTemporaryDir work;
     ASSERT_TRUE(QDir::setCurrent(work.path()));
-    MyMASObj *mas = MyMASObj::getMASObj();
+    MyMASObj *mas = &context->mas;
     mas->awakeFromNib();
     EXPECT_EQ(mas->setName(), "Untitled.maskorv");
-    mas->bChanged = true;
     mas->save();
     QDir::setCurrent(previous);
 
     EXPECT_TRUE(ui.savePanels.isEmpty());
-    EXPECT_TRUE(SetDocument::isReadable(work.path() + "/Untitled.maskorv"));
-    EXPECT_FALSE(mas->bChanged);
+    EXPECT_TRUE(SetDocument::load(work.path() + "/Untitled.maskorv").has_value());
+    EXPECT_FALSE(mas->isSetChanged());
 }
 
 TEST_F(SetsTest, ApplyAfterLoadingMovesEveryPlugInOfTheSet)
@@ -146,7 +144,7 @@ TEST_F(SetsTest, EachSavedCopyGoesToTheCopyWhereTheSetSaysWhateverTheTableOrder)
     const QString user = addAU(LocUserActive, "Foo.component");
     au->reloadData();
     au->sortDescriptorsDidChange({{"AULocation", true}});
-    for (const AUItemPtr &it : au->plugins) {
+    for (const AUItemPtr &it : au->items()) {
         if (it->getAUName() == "Foo.component" && it->getAUGlobal()) {
             it->setAUActive(false);
             it->checkObject(TypeAU);
@@ -176,16 +174,16 @@ TEST_F(SetsTest, EachSavedCopyGoesToTheCopyWhereTheSetSaysWhateverTheTableOrder)
 TEST_F(SetsTest, ToggleMarksTheSetChangedOnlyWithADocumentSelected)
 {
     au->changeObject(item(au, "A.component"), "AUActive", false);
-    EXPECT_FALSE(au->bChanged);
+    EXPECT_FALSE(au->isSetChanged());
 
     saveAs("one.aukorv");
     au->changeObject(item(au, "B.component"), "AUActive", false);
-    EXPECT_TRUE(au->bChanged);
+    EXPECT_TRUE(au->isSetChanged());
     ui.alertAnswers << 0; // Discard
     au->activate();
     EXPECT_EQ(ui.alertMessages(), QStringList({"Save changes to Set"}));
     EXPECT_EQ(ui.alerts[0].informativeText, "Save changes to actual Set?");
-    EXPECT_FALSE(au->bChanged);
+    EXPECT_FALSE(au->isSetChanged());
     EXPECT_EQ(au->selectedSetIndex(), 0);
 }
 

@@ -6,13 +6,14 @@
 namespace korvane {
 
 // Counts moves and passes them on.
-class CountingOperations : public FileOperations {
+class CountingOperations : public LocalFileOperations {
 public:
+    using LocalFileOperations::LocalFileOperations;
     int moves = 0;
     bool move(const QString &from, const QString &to, FileError *error) override
     {
         ++moves;
-        return FileOperations::move(from, to, error);
+        return LocalFileOperations::move(from, to, error);
     }
 };
 
@@ -23,7 +24,7 @@ QVariantMap component(const char *type, const char *manufacturer, const QString 
 
 class SoloEnvironmentTest : public FormatManagerFixture {
 protected:
-    CountingOperations counting;
+    CountingOperations counting{roots()};
 
     void SetUp() override
     {
@@ -34,15 +35,15 @@ protected:
                     component("aufx", "Acme", "Acme: Delay")});
         instrument(LocUserActive, "Apple.component", {component("aumu", "appl", "Apple: Sampler")});
         addAU(LocUserDisabled, "Off.component");
+        relaunch(&counting);
         au->reloadData();
-        FileOperations::setCurrent(&counting);
     }
-    static void instrument(int loc, const QString &name, const QVariantList &components)
+    void instrument(int loc, const QString &name, const QVariantList &components)
     {
         PluginLibraryBuilder::makeBundle(folder(TypeAU, loc), name, MachO::intel(),
                                          {{"AudioComponents", components}});
     }
-    static QString logText() { return AppServices::getMainObj()->logText(); }
+    QString logText() { return services().logText(); }
 };
 
 TEST_F(SoloEnvironmentTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)

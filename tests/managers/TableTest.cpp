@@ -9,7 +9,9 @@ namespace korvane {
 class TableTest : public FormatManagerFixture {
 protected:
     UndoManager *undo = nullptr;
-    int reloads = 0;
+    int reloads = 0;         // rows announced as changed
+    int resets = 0;          // whole-list rebuilds
+    QList<int> changedRows;  // the rows of the last announcement
 
     void SetUp() override
     {
@@ -18,8 +20,12 @@ protected:
         addAU(LocUserDisabled, "bar.component");
         addAU(LocUserActive, "Baz.component");
         au->reloadData();
-        undo = AppServices::getMainObj()->getUndoManager();
-        QObject::connect(au, &TypeManager::tableReloaded, [this] { ++reloads; });
+        undo = services().getUndoManager();
+        QObject::connect(au, &TypeManager::itemsChanged, [this](const QList<int> &rows) {
+            ++reloads;
+            changedRows = rows;
+        });
+        QObject::connect(au, &TypeManager::itemsReset, [this] { ++resets; });
     }
 };
 
@@ -28,6 +34,9 @@ TEST_F(TableTest, UndoRestoresTogglesAndActionNamesFollowTheFormat)
     const AUItemPtr foo = item(au, "Foo.component");
     au->setObjectValue(false, "AUActive", rowOf(au, "Foo.component"));
     EXPECT_FALSE(foo->getAUActive());
+    // One row announced, nothing rebuilt.
+    EXPECT_EQ(changedRows, QList<int>{rowOf(au, "Foo.component")});
+    EXPECT_EQ(resets, 0);
     EXPECT_EQ(foo->getAULocation(), folder(TypeAU, LocSystemDisabled));
     EXPECT_EQ(undo->undoActionName(), "disable \"Foo.component\"");
     au->changeObject(foo, "AUActive", true);
@@ -46,7 +55,7 @@ TEST_F(TableTest, UndoRestoresTogglesAndActionNamesFollowTheFormat)
     EXPECT_EQ(item(au, "Baz.component")->getAULocation(), folder(TypeAU, LocSystemActive));
 
     PluginLibraryBuilder::makeVST(folder(TypeVST, LocUserDisabled), "Foo.vst", MachO::intel());
-    MyVSTObj *vst = MyVSTObj::getVSTObj();
+    MyVSTObj *vst = &context->vst;
     vst->reloadData();
     vst->changeObject(item(vst, "Foo.vst"), "AUActive", false);
     EXPECT_EQ(undo->undoActionName(), "Foo.vst \"setActive\"");
@@ -54,7 +63,7 @@ TEST_F(TableTest, UndoRestoresTogglesAndActionNamesFollowTheFormat)
 
 TEST_F(TableTest, GroupEditUndoAndRedoRewriteTheGroupsFile)
 {
-    AppServices::getMainObj()->getGroups() << "Synths";
+    services().getGroups() << "Synths";
     const QString groupsFile = homePath("Library/Application Support/Korvane/augroups.plist");
     const auto grouped = [&] {
         return PropertyList::readStringArray(groupsFile).value_or(QStringList()).contains("Synths");
@@ -74,9 +83,12 @@ TEST_F(TableTest, GroupEditUndoAndRedoRewriteTheGroupsFile)
     EXPECT_EQ(reloads, 2);
 }
 
-TEST_F(TableTest, SortingIsStableAndRowsDragOutAsPaths)
+TEST_F(TableTest, SortingIsStableKeepsTheSelectionAndRowsDragOutAsPaths)
 {
     const int fooID = item(au, "Foo.component")->getItemID();
+    int reorders = 0;
+    QObject::connect(au, &TypeManager::itemsReordered, [&] { ++reorders; });
+    au->selectRows({rowOf(au, "Foo.component")});
     au->sortDescriptorsDidChange({{"AUName", true, false}});
     EXPECT_EQ(names(au), QStringList({"Baz.component", "Foo.component", "bar.component"}));
     au->sortDescriptorsDidChange({{"AUName", true, true}});
@@ -84,6 +96,15 @@ TEST_F(TableTest, SortingIsStableAndRowsDragOutAsPaths)
     au->sortDescriptorsDidChange({{"AUActive", false, false}});
     EXPECT_EQ(names(au), QStringList({"Baz.component", "Foo.component", "bar.component"}));
     EXPECT_EQ(item(au, "Foo.component")->getItemID(), fooID);
+    EXPECT_EQ(reorders, 3);
+    EXPECT_EQ(resets, 0);
+    // The selection is the plug-in, wherever the sort put it; a rescan finds it again.
+    EXPECT_EQ(au->selectedRows(), QList<int>{1});
+    au->sortDescriptorsDidChange({{"AUName", false, true}});
+    EXPECT_EQ(au->selectedItems(), QList<AUItemPtr>{item(au, "Foo.component")});
+    au->reloadData();
+    EXPECT_EQ(resets, 1);
+    EXPECT_EQ(au->selectedItems(), QList<AUItemPtr>{item(au, "Foo.component")});
 
     EXPECT_EQ(au->writeRows({2, 42}), QStringList({auPath(3, "bar.component")}));
     const DropValidation onRow = au->validateDrop(1, true, false);

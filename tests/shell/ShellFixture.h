@@ -10,12 +10,6 @@
 #include <memory>
 #include <ostream>
 
-// Readable failure messages for Qt strings.
-inline void PrintTo(const QString &text, std::ostream *os)
-{
-    *os << '"' << text.toStdString() << '"';
-}
-
 namespace korvane {
 
 // An alert as its title, message, informative text and buttons ("|"-joined).
