@@ -57,9 +57,7 @@ bool isKnownOption(const FormatTable &formats, const QString &arg) {
 class Parser {
 public:
     Parser(const QStringList &arguments, const FormatTable &formats)
-        : m_args(arguments), m_formats(formats) {
-        m_options.sets = QList<QString>(formats.count());
-    }
+        : m_args(arguments), m_formats(formats) {}
 
     ParsedCommandLine parse() {
         for (m_index = 0; m_index < m_args.size(); ++m_index)
@@ -154,6 +152,9 @@ private:
             else
                 m_options.format = *type;
         } else if (const std::optional<int> type = setOptionType(m_formats, name)) {
+            // Only as long as the last format given: equal options compare equal.
+            if (m_options.sets.size() <= *type)
+                m_options.sets.resize(*type + 1);
             once(m_options.sets[*type]);
         }
     }

@@ -93,7 +93,7 @@ TEST(ParseCommandLineTest, HelpNamesEveryOptionAndVersionTheNumber)
         << versionText().toStdString();
 }
 
-TEST(CliUiTest, NothingWaitsAndAFailedFileOperationStops)
+TEST(CliUiTest, NothingWaitsAndEveryAlertTakesItsDefault)
 {
     CliUi ui;
     Alert fileError, question, added;
@@ -103,14 +103,15 @@ TEST(CliUiTest, NothingWaitsAndAFailedFileOperationStops)
     question.buttons = {"Save", "Discard"};
     added.addedButtons = true;
     added.buttons = {"Cancel", "Stop", "Go"};
-    EXPECT_EQ(ui.runAlert(fileError), AlertAlternate);
+    EXPECT_EQ(ui.runAlert(fileError), AlertDefault);
     EXPECT_EQ(ui.runAlert(question), AlertDefault);
-    EXPECT_EQ(ui.runAlert(added), AlertSecond);
+    EXPECT_EQ(ui.runAlert(added), AlertFirst);
+    EXPECT_FALSE(ui.isInteractive());
     EXPECT_EQ(ui.runSavePanel({}), std::nullopt);
     EXPECT_EQ(ui.runOpenPanel({}), std::nullopt);
     EXPECT_EQ(ui.runMissingItems("A\nB"), 1);
-    EXPECT_EQ(ui.answeredAlerts(), QStringList({"File operation error... -> Stop",
-                                                "Save changes to Set -> Save", " -> Stop"}));
+    EXPECT_EQ(ui.answeredAlerts(), QStringList({"File operation error... -> Proceed",
+                                                "Save changes to Set -> Save", " -> Cancel"}));
 }
 
 TEST(CliUiTest, ProgressIsThrottledAndClearedAtTheEnd)

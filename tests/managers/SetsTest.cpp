@@ -95,6 +95,17 @@ TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemoved)
     EXPECT_EQ(au->setTitles(), QStringList({"no set"}));
     EXPECT_EQ(au->selectedSetIndex(), 0);
 
+    // With nobody there to answer, "try again" would never end: it is asked once, and the entry
+    // stays for a person to decide on.
+    HeadlessUi nobody;
+    ManagersOfOneRun unattended(locations(), disk(), nobody);
+    unattended.au.awakeFromNib();
+    unattended.au.openDefaultSet("/gone/y.aukorv");
+    const QStringList titles = unattended.au.setTitles();
+    unattended.au.selectSet(int(titles.indexOf("/gone/y.aukorv")));
+    EXPECT_EQ(unattended.au.setTitles(), titles);
+    EXPECT_EQ(unattended.au.selectedSetIndex(), 0);
+
     QDir(homePath("Library")).removeRecursively();
     const QString path = saveAs("c.aukorv");
     au->saveSets();

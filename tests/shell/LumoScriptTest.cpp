@@ -87,10 +87,9 @@ protected:
         const QString support = homePath("Library/Application Support/Korvane/");
         QDir().mkpath(support);
         const char *files[] = {"ausets.plist", "rtassets.plist", "massets.plist", "vstsets.plist"};
-        for (int type = 0; type < TypeCount; ++type) {
-            ASSERT_TRUE(PropertyList::writeXml(support + files[type],
-                                               QVariantList{"no set", titles.value(type)}));
-            TypeManager *manager = TypeManager::forType(type);
+        for (int type = 0; type < 4; ++type) {
+            ASSERT_TRUE(writePlist(support + files[type], QVariantList{"no set", titles.value(type)}));
+            TypeManager *manager = context->manager(type);
             manager->awakeFromNib();
             manager->selectSetIndex(1);
             ASSERT_EQ(manager->getSelectedSet(), titles.value(type));
@@ -118,8 +117,8 @@ TEST_F(LumoScriptTest, ChosenSetsBecomeOptionsInFormatOrder) {
     // The set pop-ups of AU and VST holding and showing "Mix" and "Live".
     const QString support = homePath("Library/Application Support/Korvane/");
     QDir().mkpath(support);
-    ASSERT_TRUE(PropertyList::writeXml(support + "ausets.plist", QVariantList{"no set", "Mix"}));
-    ASSERT_TRUE(PropertyList::writeXml(support + "vstsets.plist", QVariantList{"no set", "Live"}));
+    ASSERT_TRUE(writePlist(support + "ausets.plist", QVariantList{"no set", "Mix"}));
+    ASSERT_TRUE(writePlist(support + "vstsets.plist", QVariantList{"no set", "Live"}));
     context->awakeFromNib();
     context->au()->selectSetIndex(1);
     context->vst()->selectSetIndex(1);

@@ -27,10 +27,10 @@ protected:
         placePlugin(TypeVST, "Delta.vst");
     }
     // The names each manager holds, AU to VST.
-    static QStringList names() {
+    QStringList names() {
         QStringList all;
-        for (int type = 0; type < TypeCount; ++type)
-            for (const AUItemPtr &item : TypeManager::forType(type)->plugins)
+        for (int type = 0; type < 4; ++type)
+            for (const AUItemPtr &item : context->manager(type)->items())
                 all << item->getAUName();
         return all;
     }
@@ -43,8 +43,8 @@ TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist) {
     {
         AppContext &earlier = makeContext(); // an earlier session saved AU with Alpha off
         earlier.au()->reloadData();
-        ASSERT_EQ(earlier.au()->plugins.size(), 1);
-        earlier.au()->plugins.at(0)->setAUActive(false);
+        ASSERT_EQ(earlier.au()->numberOfRowsInTableView(), 1);
+        earlier.au()->itemAt(0)->setAUActive(false);
         ASSERT_TRUE(earlier.au()->archivePlugins(auSet));
         earlier.vst()->reloadData();
         ASSERT_TRUE(earlier.vst()->archivePlugins(vstSet));
@@ -62,7 +62,7 @@ TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist) {
     EXPECT_EQ(names(), QStringList({"Alpha.component", "Beta.rtas", "Gamma.bundle", "Delta.vst"}));
     // The AU set was merged (Alpha marked off) but not applied: the file has not moved.
     EXPECT_EQ(ctx.au()->getSelectedSet(), auSet);
-    EXPECT_FALSE(ctx.au()->plugins.at(0)->getAUActive());
+    EXPECT_FALSE(ctx.au()->itemAt(0)->getAUActive());
     EXPECT_TRUE(QFileInfo::exists(alpha));
     EXPECT_EQ(ctx.vst()->getSelectedSet(), vstSet);
     // A missing file and an empty default both become "no set", silently.
@@ -72,7 +72,11 @@ TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist) {
     EXPECT_TRUE(ui.alerts.isEmpty() && ui.missingItemsLists.isEmpty());
 }
 
-TEST_F(StartUp, SwitchedOffTypesAreNotScannedButQuitSavesAllFour) {
+TEST_F(StartUp, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit) {
+    const QString support = homePath("Library/Application Support/Korvane/");
+    QDir().mkpath(support);
+    const QVariantList rtasGroups{"Beta.rtas", "Reverbs"};
+    ASSERT_TRUE(writePlist(support + "rtasgroups.plist", rtasGroups));
     AppContext &ctx = makeContext();
     setTypeOn(TypeRTAS, false);
     setTypeOn(TypeMAS, false);
@@ -89,11 +93,12 @@ TEST_F(StartUp, SwitchedOffTypesAreNotScannedButQuitSavesAllFour) {
 
     ctx.main()->selectTabAtIndex(0);
     ctx.main()->applicationWillTerminate();
-    const QString support = homePath("Library/Application Support/Korvane/");
-    for (const char *file :
-         {"groups.plist", "augroups.plist", "rtasgroups.plist", "masgroups.plist",
-          "vstgroups.plist", "ausets.plist", "rtassets.plist", "massets.plist", "vstsets.plist"})
+    for (const char *file : {"groups.plist", "augroups.plist", "vstgroups.plist", "ausets.plist",
+                             "rtassets.plist", "massets.plist", "vstsets.plist"})
         EXPECT_TRUE(QFileInfo::exists(support + file)) << file;
+    // A format that was never scanned knows no plug-ins: its groups stay as they were.
+    EXPECT_EQ(PropertyList::readArray(support + "rtasgroups.plist"), rtasGroups);
+    EXPECT_FALSE(QFileInfo::exists(support + "masgroups.plist"));
     EXPECT_EQ(PropertyList::readArray(support + "augroups.plist"),
               QVariantList({"Alpha.component", ""}));
     EXPECT_EQ(ctx.pref()->getDefaultType(), TypeAU);
@@ -151,7 +156,7 @@ class Tabs : public ShellTest {
 protected:
     MyMainObj *loadWith(std::array<bool, 4> on, int activeTab = 0) {
         makeContext();
-        for (int type = 0; type < TypeCount; ++type)
+        for (int type = 0; type < 4; ++type)
             setTypeOn(type, on[type]);
         context->pref()->setDefaultType(activeTab);
         context->awakeFromNib();
@@ -215,10 +220,10 @@ protected:
         makeContext().awakeFromNib();
         context->au()->reloadData();
         context->vst()->reloadData();
-        ASSERT_EQ(context->vst()->plugins.size(), 1);
+        ASSERT_EQ(context->vst()->numberOfRowsInTableView(), 1);
         main = context->main();
     }
-    static bool active(TypeManager *manager) { return manager->plugins.at(0)->getAUActive(); }
+    static bool active(TypeManager *manager) { return manager->itemAt(0)->getAUActive(); }
 
     QString delta;
     MyMainObj *main = nullptr;
@@ -235,7 +240,7 @@ TEST_F(Routing, CommandsGoToTheManagerInFrontOrToAudioUnitsWithoutTabs) {
     main->open();
     EXPECT_EQ(ui.openPanels.value(0).allowedTypes, QStringList{"vstkorv"});
 
-    for (int type = 0; type < TypeCount; ++type)
+    for (int type = 0; type < 4; ++type)
         setTypeOn(type, false);
     main->initTabView();
     ASSERT_EQ(main->tabCount(), 0);
@@ -258,13 +263,13 @@ TEST_F(Routing, DeleteAsksFirstAndOnlyMoveToTrashDeletes) {
         QStringList({"", "Move to trash", "Do you want to move the selected Plug-Ins to trash?",
                      "cancel|move to trash"}));
     EXPECT_TRUE(QFileInfo::exists(delta));
-    EXPECT_EQ(context->vst()->plugins.size(), 1);
+    EXPECT_EQ(context->vst()->numberOfRowsInTableView(), 1);
 
     main->deleteItem();
     EXPECT_TRUE(QFileInfo::exists(homePath(".local/share/Trash/files/Delta.vst")));
     EXPECT_FALSE(QFileInfo::exists(delta));
-    EXPECT_TRUE(context->vst()->plugins.isEmpty());
-    EXPECT_EQ(context->au()->plugins.size(), 1);
+    EXPECT_TRUE(context->vst()->items().isEmpty());
+    EXPECT_EQ(context->au()->numberOfRowsInTableView(), 1);
 }
 
 TEST_F(Routing, ArchitectureColumnNotImplementedAndLogMenuItem) {

@@ -3,6 +3,7 @@
 #include "PluginLibraryBuilder.h"
 #include "panels/MyPrefObj.h"
 #include "platform/Locations.h"
+#include "privileged/NullAuthorizationBackend.h"
 #include "shell/AppContext.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
@@ -31,30 +32,37 @@ protected:
     }
 
     // The controllers as the program makes them, before its windows load.
-    AppContext &makeContext()
+    AppContext &makeContext(const FormatTable &formats = FormatTable::builtIn())
     {
         context.reset();
-        context = std::make_unique<AppContext>(AppContext::Options{false});
+        AppContext::Parts parts;
+        parts.roots = roots();
+        parts.formats = formats;
+        parts.ui = &ui;
+        parts.authorization = &allowAll;
+        parts.awakeFromNib = false;
+        context = std::make_unique<AppContext>(std::move(parts));
         return *context;
     }
 
     void setTypeOn(int type, bool on)
     {
-        context->pref()->defaults()->setObject(MyPrefObj::keyPrefix(type) + "On", on);
+        context->pref()->defaults()->setObject(context->formats().at(type).prefix + "On", on);
     }
 
     // One plug-in of the format in its system-wide active folder.
-    static QString placePlugin(int type, const QString &name)
+    QString placePlugin(int type, const QString &name) const
     {
         using Make = QString (*)(const QString &, const QString &, const QByteArray &,
                                  PluginLibraryBuilder::PlistFormat);
         const Make make[] = {&PluginLibraryBuilder::makeAudioUnit, &PluginLibraryBuilder::makeRTAS,
                              &PluginLibraryBuilder::makeMAS, &PluginLibraryBuilder::makeVST};
-        return make[type](Locations::folderPath(type, LocSystemActive), name, MachO::intel(),
+        return make[type](folder(type, LocSystemActive), name, MachO::intel(),
                           PluginLibraryBuilder::Xml);
     }
 
     ScriptedUi ui;
+    NullAuthorizationBackend allowAll;
     std::unique_ptr<AppContext> context;
 };
 

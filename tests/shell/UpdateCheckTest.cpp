@@ -108,7 +108,7 @@ protected:
                       bool silent = false) {
         ui.alerts.clear();
         VersionServer server(body, status, silent);
-        UpdateCheck update;
+        UpdateCheck update(ui);
         update.setInstalledVersion(installed);
         if (silent)
             update.setTimeoutMs(300);
@@ -160,7 +160,7 @@ TEST_F(UpdateCheckTest, AnythingButAVersionDictionaryInTimeIsNoConnection) {
         port = probe.serverPort();
     }
     qputenv("KORVANE_UPDATE_URL", urlOn(port));
-    UpdateCheck().run();
+    UpdateCheck(ui).run();
     ASSERT_EQ(ui.alerts.size(), 2);
     EXPECT_EQ(texts(ui.alerts.last()), kNoConnection);
 }
@@ -168,7 +168,7 @@ TEST_F(UpdateCheckTest, AnythingButAVersionDictionaryInTimeIsNoConnection) {
 TEST_F(UpdateCheckTest, AnEndlessReplyIsCutOffEarlyAndTheBuiltInAddressesAreHttps) {
     ui.alerts.clear();
     StreamingServer server(128 * 1024 * 1024);
-    UpdateCheck().run();
+    UpdateCheck(ui).run();
     EXPECT_EQ(ui.alerts.size(), 1);
     EXPECT_EQ(texts(ui.alerts.value(0)), kNoConnection);
     // The client hung up after the first pieces instead of taking everything in.
@@ -177,7 +177,7 @@ TEST_F(UpdateCheckTest, AnEndlessReplyIsCutOffEarlyAndTheBuiltInAddressesAreHttp
 
     for (const char *name : {"KORVANE_UPDATE_URL", "KORVANE_DOWNLOAD_URL"})
         qunsetenv(name);
-    const UpdateCheck builtIn;
+    const UpdateCheck builtIn(ui);
     for (const QUrl &url : {builtIn.versionListUrl(), builtIn.downloadUrl()}) {
         EXPECT_EQ(url.scheme(), "https") << url.toString().toStdString();
         EXPECT_FALSE(QHostAddress(url.host()).isLoopback()) << url.toString().toStdString();

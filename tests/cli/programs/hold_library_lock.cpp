@@ -2,6 +2,8 @@
 // command-line tests' lock cases.
 
 #include "platform/LibraryLock.h"
+#include "platform/LocalFileOperations.h"
+#include "platform/Locations.h"
 
 #include <QCoreApplication>
 
@@ -10,7 +12,10 @@
 
 int main(int argc, char *argv[]) {
     QCoreApplication app(argc, argv);
-    const korvane::LibraryLock lock(0);
+    const korvane::Roots roots = korvane::Roots::fromEnvironment();
+    korvane::LocalFileOperations files(roots);
+    const korvane::LibraryLock lock(files, korvane::LibraryLock::lockFilePath(korvane::Locations(roots)),
+                                    0);
     if (!lock.isLocked()) {
         std::fprintf(stderr, "%s\n", qPrintable(lock.failure()));
         return 1;
