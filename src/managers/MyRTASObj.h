@@ -18,7 +18,7 @@ public:
     void RTASGetInfo() { getInfo(); }
     void RTASBackup() { backup(); }
     void RTASBackupRestore() { backupRestore(); }
-    // Creates the format's parent and plug-in folder, system-wide (YES) or the user's (NO).
+    // Creates the format's parent and plug-in folder, system-wide or the user's.
     void checkAndCreatePath(bool system);
 };
 

@@ -130,7 +130,7 @@ QString TypeManager::getIconFromObject(int row) const
 
 void TypeManager::setPlattformVisible(bool visible)
 {
-    // Showing twice adds a second column and hiding removes one, as the table always did.
+    // Showing twice adds a second column and hiding removes one; callers ask once per load.
     if (visible)
         m_columns << QStringLiteral("AUType");
     else

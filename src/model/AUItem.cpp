@@ -119,7 +119,7 @@ void AUItem::saveContent()
 
 void AUItem::setPlattform(const QString &path)
 {
-    // Whatever does not open as a bundle has always been taken for PowerPC.
+    // Whatever does not open as a bundle is taken for PowerPC.
     if (!Bundle::canOpen(path)) {
         nPlattform = MachOHeader::PPC;
         return;

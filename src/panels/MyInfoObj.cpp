@@ -35,11 +35,6 @@ MyInfoObj *MyInfoObj::getInfo()
     return SharedInstance<MyInfoObj>::get();
 }
 
-void MyInfoObj::install(MyInfoObj *info)
-{
-    SharedInstance<MyInfoObj>::install(info);
-}
-
 void MyInfoObj::showInfo(const AUItemPtr &item)
 {
     if (item) {

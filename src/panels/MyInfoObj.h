@@ -16,7 +16,6 @@ class MyInfoObj : public QObject {
 public:
     MyInfoObj(AppServices &services, MyPrefObj &prefs);
     static MyInfoObj *getInfo();
-    static void install(MyInfoObj *info);
 
     void showInfo(const AUItemPtr &item); // null keeps the item shown so far
     bool isVisible() const { return bIsVisible; }

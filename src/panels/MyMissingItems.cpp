@@ -10,11 +10,6 @@ MyMissingItems *MyMissingItems::getMI()
     return SharedInstance<MyMissingItems>::get();
 }
 
-void MyMissingItems::install(MyMissingItems *mi)
-{
-    SharedInstance<MyMissingItems>::install(mi);
-}
-
 void MyMissingItems::addMissingItem(const QString &name)
 {
     if (!m_text.isEmpty())

@@ -11,7 +11,6 @@ class MyMissingItems {
 public:
     explicit MyMissingItems(UserInterface &ui) : m_ui(ui) {}
     static MyMissingItems *getMI();
-    static void install(MyMissingItems *mi);
 
     void removeMissingItems() { m_text.clear(); }
     void addMissingItem(const QString &name);

@@ -30,10 +30,6 @@ MyPrefObj *MyPrefObj::getPref() {
     return SharedInstance<MyPrefObj>::get();
 }
 
-void MyPrefObj::install(MyPrefObj *pref) {
-    SharedInstance<MyPrefObj>::install(pref);
-}
-
 QString MyPrefObj::keyPrefix(int type) const {
     const Format *format = m_formats.find(type);
     return format ? format->prefix : QString();

@@ -37,7 +37,6 @@ class MyPrefObj : public QObject {
 public:
     explicit MyPrefObj(AppServices &services); // runs checkDefaults
     static MyPrefObj *getPref();
-    static void install(MyPrefObj *pref);
 
     QString keyPrefix(int type) const; // "AU", "RTAS", "MAS", "VST"; empty for others
 
@@ -66,7 +65,7 @@ public:
     PrefControls controls;
 
 signals:
-    // Loading the window hands each type's Type preference to the controller's showPlattform:show:.
+    // Loading the window hands each type's Type preference to the controller's showPlattform.
     void showPlattformRequested(int type, bool show);
 
 private:

@@ -6,7 +6,7 @@
 
 namespace korvane {
 
-// Bundles as the original platform sees them, on a file system that has none.
+// Bundles (folders shown as one file) on a file system that knows none.
 class Bundle {
 public:
     // A folder whose name ends in a bundle extension or that holds Contents/Info.plist.

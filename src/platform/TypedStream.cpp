@@ -54,9 +54,8 @@ public:
             fail();
         readSigned(head()); // system version: every value seen so far is 1000, none matters here
         const ArchivedObjectPtr root = readObjectGroup();
-        // Bytes after the root group are left unread. The original unarchiver also decodes the
-        // root object and stops, so a document with a tail opens there; refusing it here would
-        // only make Korvane stricter than the program that wrote it.
+        // Bytes after the root group are left unread: documents written elsewhere may carry a
+        // tail, and the set is whole without it.
         return root;
     }
 

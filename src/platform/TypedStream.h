@@ -30,7 +30,7 @@ struct ArchivedObject {
 };
 using ArchivedObjectPtr = std::shared_ptr<ArchivedObject>;
 
-// Reads the archives the original platform's archiver writes (little-endian, "streamtyped").
+// Reads the sequential archives set documents are (little-endian, "streamtyped").
 // Malformed, truncated or hostile bytes give nullopt; nothing is read past the buffer.
 class TypedStreamReader {
 public:

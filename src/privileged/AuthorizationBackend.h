@@ -9,8 +9,8 @@
 
 namespace korvane {
 
-// Authorization flags and status codes with the values the original services give them, so the
-// numbers in the log read the same on every platform.
+// Authorization flags and status codes with fixed values, so the numbers in the log read the
+// same on every platform.
 enum AuthorizationFlag : quint32 {
     AuthorizationFlagDefaults = 0,
     AuthorizationFlagInteractionAllowed = 1,

@@ -57,10 +57,6 @@ LumoScript *LumoScript::getLumoScript() {
     return SharedInstance<LumoScript>::get();
 }
 
-void LumoScript::install(LumoScript *script) {
-    SharedInstance<LumoScript>::install(script);
-}
-
 QString LumoScript::bundlePath() {
     const QString bundle = qEnvironmentVariable("KORVANE_BUNDLE");
     if (!bundle.isEmpty())

@@ -21,7 +21,6 @@ public:
     // The managers give their selected sets, by type index.
     LumoScript(AppServices &services, const QList<TypeManager *> &managers);
     static LumoScript *getLumoScript();
-    static void install(LumoScript *script);
 
     // $KORVANE_BUNDLE, else the application's folder, else the current folder.
     static QString bundlePath();

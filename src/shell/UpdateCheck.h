@@ -10,7 +10,7 @@ namespace korvane {
 class UserInterface;
 
 // Asks the maker's web site for the current release and offers the download page when it differs
-// from the installed version. The fetch blocks, as the command always has, but gives up after a
+// from the installed version. The fetch waits for its answer, but gives up after a
 // time-out so that a server that accepts and never answers cannot hang the program.
 class UpdateCheck {
 public:

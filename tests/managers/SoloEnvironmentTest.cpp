@@ -30,10 +30,10 @@ protected:
     {
         FormatManagerFixture::SetUp();
         instrument(LocSystemActive, "Synth.component",
-                   {component("aumu", "appl", "Apple: DLS"),
+                   {component("aumu", "appl", "Osmaker: Tone"),
                     component("aumu", "Acme", "Acme: Big Synth"),
                     component("aufx", "Acme", "Acme: Delay")});
-        instrument(LocUserActive, "Apple.component", {component("aumu", "appl", "Apple: Sampler")});
+        instrument(LocUserActive, "System.component", {component("aumu", "appl", "Osmaker: Sampler")});
         addAU(LocUserDisabled, "Off.component");
         relaunch(&counting);
         au->reloadData();
@@ -55,17 +55,17 @@ TEST_F(SoloEnvironmentTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
     EXPECT_EQ(counting.moves, 2);
     EXPECT_TRUE(exists(auPath(LocSystemDisabled, "Synth.component")));
     EXPECT_FALSE(exists(auPath(LocSystemActive, "Synth.component"))); // the copy is gone again
-    EXPECT_TRUE(exists(auPath(LocUserDisabled, "Apple.component")));
+    EXPECT_TRUE(exists(auPath(LocUserDisabled, "System.component")));
     EXPECT_EQ(logText(), "----- Plug-In Info -----\nType: aumu\n");
 
-    EXPECT_TRUE(au->createSpecialEnv(item(au, "Apple.component")));
+    EXPECT_TRUE(au->createSpecialEnv(item(au, "System.component")));
     EXPECT_EQ(counting.moves, 2);
-    EXPECT_EQ(logText(), "----- Plug-In Info -----\nType: aumu\n"); // Apple's own components only
+    EXPECT_EQ(logText(), "----- Plug-In Info -----\nType: aumu\n"); // the system maker's components are left out
 
     EXPECT_FALSE(au->destroySpecialEnv());
     EXPECT_EQ(counting.moves, 4);
     EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component/Contents/Info.plist")));
-    EXPECT_TRUE(exists(auPath(LocUserActive, "Apple.component")));
+    EXPECT_TRUE(exists(auPath(LocUserActive, "System.component")));
     EXPECT_TRUE(exists(auPath(LocUserDisabled, "Off.component")));
 }
 
@@ -76,7 +76,7 @@ TEST_F(SoloEnvironmentTest, FailedMovesAreSilent)
     EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component"))); // never removed in place
     au->destroySpecialEnv();
     EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component")));
-    EXPECT_TRUE(exists(auPath(LocUserActive, "Apple.component")));
+    EXPECT_TRUE(exists(auPath(LocUserActive, "System.component")));
     EXPECT_EQ(counting.moves, 4);
 }
 
@@ -87,7 +87,7 @@ TEST_F(SoloEnvironmentTest, ComponentListIsSystemThenUserAndInstrumentsOnly)
     QStringList names;
     for (const auto &wrapper : au->pluginList)
         names << wrapper->manufacturer().value_or("?") + ":" + wrapper->effectName().value_or("?");
-    EXPECT_EQ(names, QStringList({"Apple:DLS", "Acme:Big Synth", "Zeta:Pad", "Apple:Sampler"}));
+    EXPECT_EQ(names, QStringList({"Osmaker:Tone", "Acme:Big Synth", "Zeta:Pad", "Osmaker:Sampler"}));
 }
 
 TEST(AUEffectWrapperNames, ParsesManufacturerAndEffect)

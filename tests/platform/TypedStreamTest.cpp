@@ -93,7 +93,7 @@ TEST(TypedStreamTest, LongValuesAndLateReferencesRoundTrip)
     EXPECT_EQ(root->elements[609]->number, QVariant(qlonglong(1) << 40));
     EXPECT_EQ(root->elements[612]->number, QVariant(std::numeric_limits<qulonglong>::max()));
     EXPECT_EQ(W::write(root), bytes);
-    // 200 bytes take the 16-bit length form, as the original writes them.
+    // 200 bytes take the 16-bit length form, as existing documents have them.
     const QByteArray longForm = QByteArray::fromHex("2b81c800");
     EXPECT_TRUE(W::write(W::makeString(QString(200, 'a'))).contains(longForm));
 }
@@ -139,7 +139,7 @@ TEST(TypedStreamTest, DamagedTruncatedAndHostileDocumentsAreRefused)
         for (qsizetype length = 0; length < bytes.size(); ++length)
             EXPECT_FALSE(TypedStreamReader::read(bytes.left(length))) << name << " " << length;
     }
-    // The original unarchiver stops after the root object too.
+    // Reading stops after the root object.
     EXPECT_TRUE(TypedStreamReader::read(fixture("NSString") + "tail"));
 }
 
