@@ -44,6 +44,9 @@ TEST(ParseCommandLineTest, EveryCommandParsesAndToCommandLineParsesBack)
         {"--root /r --home /h list --format au", listAu},
         {"list --format au --root /r --home=/h", listAu},
         {"-AU a --root /r", {.root = "/r", .sets = {"a"}}},
+        // A folder named like an option can only be given inline.
+        {"list --root=-VST --home=--root=h",
+         {.command = O::List, .root = "-VST", .home = "--root=h"}},
         // Help and version win over everything else.
         {"--help", {.command = O::Help}},
         {"-h", {.command = O::Help}},
