@@ -246,10 +246,11 @@ QStringList toCommandLine(const Options &options) {
         return {QStringLiteral("--version")};
 
     QStringList args;
+    // Inline, so that a folder named like an option ("-VST", "--json") is not taken for one.
     if (!options.root.isEmpty())
-        args << QStringLiteral("--root") << options.root;
+        args << QStringLiteral("--root=") + options.root;
     if (!options.home.isEmpty())
-        args << QStringLiteral("--home") << options.home;
+        args << QStringLiteral("--home=") + options.home;
     if (options.verbose)
         args << QStringLiteral("--verbose");
     for (int type = 0; type < TypeCount; ++type)
