@@ -84,6 +84,13 @@ TEST(ParseCommandLineTest, WrongCommandLinesAreErrorsNamingTheCulprit)
         EXPECT_FALSE(result.options.has_value()) << line;
         EXPECT_TRUE(result.error.contains(culprit)) << line << ": " << result.error.toStdString();
     }
+    // An empty argument names no file, as an empty value names no set.
+    for (const QStringList &arguments :
+         {QStringList{"show-set", ""}, QStringList{"save-set", "--format", "au", ""}}) {
+        const ParsedCommandLine result = parseCommandLine(arguments);
+        EXPECT_FALSE(result.options.has_value()) << arguments.join(' ').toStdString();
+        EXPECT_TRUE(result.error.contains("needs a file")) << result.error.toStdString();
+    }
 }
 
 TEST(ParseCommandLineTest, HelpNamesEveryOptionAndVersionTheNumber)
