@@ -207,7 +207,7 @@ private:
             break;
         case Options::SaveSet:
         case Options::ShowSet:
-            if (m_positional.isEmpty())
+            if (m_positional.isEmpty() || m_positional.first().isEmpty())
                 fail(QStringLiteral("%1 needs a file").arg(word));
             else if (m_positional.size() > 1)
                 fail(QStringLiteral("unexpected argument \"%1\"").arg(m_positional.at(1)));
