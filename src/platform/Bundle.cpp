@@ -127,7 +127,8 @@ SidecarEntry finderInfoEntry(QFile &file)
     QByteArray head = file.read(kAppleDoubleHeaderSize);
     if (!isAppleDoubleHeader(head))
         return {};
-    head += file.read(qMin(entryCount(head) * kAppleDoubleEntrySize, size - kAppleDoubleHeaderSize));
+    head +=
+        file.read(qMin(entryCount(head) * kAppleDoubleEntrySize, size - kAppleDoubleHeaderSize));
     return finderInfoEntry(head, size);
 }
 
@@ -330,7 +331,8 @@ std::optional<quint32> FinderInfo::typeFromAppleDouble(const QByteArray &sidecar
     const SidecarEntry entry = finderInfoEntry(sidecar, sidecar.size());
     if (entry.offset < 0)
         return std::nullopt;
-    return typeFromAttribute(sidecar.mid(entry.offset, qMin<qint64>(entry.length, kFinderInfoSize)));
+    return typeFromAttribute(
+        sidecar.mid(entry.offset, qMin<qint64>(entry.length, kFinderInfoSize)));
 }
 
 QString FinderInfo::hfsTypeString(const QString &path)
