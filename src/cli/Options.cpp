@@ -212,7 +212,7 @@ private:
             break;
         case Options::SaveSet:
         case Options::ShowSet:
-            if (m_positional.isEmpty())
+            if (m_positional.isEmpty() || m_positional.first().isEmpty())
                 fail(QStringLiteral("%1 needs a file").arg(word));
             else if (m_positional.size() > 1)
                 fail(QStringLiteral("unexpected argument \"%1\"").arg(m_positional.at(1)));
@@ -266,10 +266,11 @@ QStringList toCommandLine(const Options &options, const FormatTable &formats) {
         return {QStringLiteral("--version")};
 
     QStringList args;
+    // Inline, so that a folder named like an option ("-VST", "--json") is not taken for one.
     if (!options.root.isEmpty())
-        args << QStringLiteral("--root") << options.root;
+        args << QStringLiteral("--root=") + options.root;
     if (!options.home.isEmpty())
-        args << QStringLiteral("--home") << options.home;
+        args << QStringLiteral("--home=") + options.home;
     if (options.verbose)
         args << QStringLiteral("--verbose");
     for (const Format &format : formats)

@@ -74,33 +74,38 @@ std::optional<QByteArray> finderInfoAttribute(const QString &path)
     return std::nullopt;
 }
 
-// Where the Finder info lies inside an AppleDouble sidecar; every number in the file is checked
-// against the file's real size before it is used.
+// Where the Finder info lies inside an AppleDouble sidecar.
 struct SidecarEntry {
     qint64 offset = -1;
     qint64 length = 0;
 };
 
-SidecarEntry finderInfoEntry(QFile &file)
+bool isAppleDoubleHeader(QByteArrayView head)
 {
-    const qint64 size = file.size();
-    if (size < kAppleDoubleHeaderSize || !file.seek(0))
+    if (head.size() < kAppleDoubleHeaderSize)
+        return false;
+    const quint32 version = bigEndian32(head.data() + 4);
+    return bigEndian32(head.data()) == kAppleDoubleMagic
+        && (version == kAppleDoubleVersion1 || version == kAppleDoubleVersion2);
+}
+
+qint64 entryCount(QByteArrayView head)
+{
+    return qFromBigEndian<quint16>(head.data() + 24);
+}
+
+// The Finder info entry of a sidecar of `size` bytes that begins with `head` (its header and
+// entry table at least); every number in it is checked against the real size before it is used.
+SidecarEntry finderInfoEntry(QByteArrayView head, qint64 size)
+{
+    if (size < kAppleDoubleHeaderSize || !isAppleDoubleHeader(head))
         return {};
-    const QByteArray header = file.read(kAppleDoubleHeaderSize);
-    if (header.size() != kAppleDoubleHeaderSize)
-        return {};
-    const quint32 version = bigEndian32(header.constData() + 4);
-    if (bigEndian32(header.constData()) != kAppleDoubleMagic
-        || (version != kAppleDoubleVersion1 && version != kAppleDoubleVersion2))
-        return {};
-    const qint64 count = qFromBigEndian<quint16>(header.constData() + 24);
-    if (count * kAppleDoubleEntrySize > size - kAppleDoubleHeaderSize)
-        return {};
-    const QByteArray entries = file.read(count * kAppleDoubleEntrySize);
-    if (entries.size() != count * kAppleDoubleEntrySize)
+    const qint64 count = entryCount(head);
+    if (count * kAppleDoubleEntrySize > size - kAppleDoubleHeaderSize
+        || count * kAppleDoubleEntrySize > head.size() - kAppleDoubleHeaderSize)
         return {};
     for (qint64 i = 0; i < count; ++i) {
-        const char *entry = entries.constData() + i * kAppleDoubleEntrySize;
+        const char *entry = head.data() + kAppleDoubleHeaderSize + i * kAppleDoubleEntrySize;
         if (bigEndian32(entry) != kFinderInfoEntry)
             continue;
         const qint64 offset = bigEndian32(entry + 4);
@@ -112,7 +117,22 @@ SidecarEntry finderInfoEntry(QFile &file)
     return {};
 }
 
-std::optional<QByteArray> finderInfoSidecar(const QString &path)
+// The same for an open sidecar, of which only the header and the entry table are read: the
+// resource fork after them may be large.
+SidecarEntry finderInfoEntry(QFile &file)
+{
+    const qint64 size = file.size();
+    if (size < kAppleDoubleHeaderSize || !file.seek(0))
+        return {};
+    QByteArray head = file.read(kAppleDoubleHeaderSize);
+    if (!isAppleDoubleHeader(head))
+        return {};
+    head +=
+        file.read(qMin(entryCount(head) * kAppleDoubleEntrySize, size - kAppleDoubleHeaderSize));
+    return finderInfoEntry(head, size);
+}
+
+std::optional<quint32> sidecarType(const QString &path)
 {
     QFile file(sidecarPath(path));
     if (!file.open(QIODevice::ReadOnly))
@@ -120,10 +140,11 @@ std::optional<QByteArray> finderInfoSidecar(const QString &path)
     const SidecarEntry entry = finderInfoEntry(file);
     if (entry.offset < 0 || !file.seek(entry.offset))
         return std::nullopt;
-    const QByteArray bytes = file.read(qMin<qint64>(entry.length, kFinderInfoSize));
-    if (bytes.size() != qMin<qint64>(entry.length, kFinderInfoSize))
+    const qint64 wanted = qMin<qint64>(entry.length, kFinderInfoSize);
+    const QByteArray bytes = file.read(wanted);
+    if (bytes.size() != wanted)
         return std::nullopt;
-    return bytes;
+    return FinderInfo::typeFromAttribute(bytes);
 }
 
 bool writeSidecar(const QString &path, quint32 code)
@@ -290,15 +311,28 @@ std::optional<quint32> FinderInfo::fileType(const QString &path)
 {
     if (path.isEmpty() || ScanCache::kind(path) == ScanCache::Missing)
         return std::nullopt;
-    std::optional<QByteArray> info = finderInfoAttribute(path);
-    if (!info)
-        info = finderInfoSidecar(path);
-    if (!info || info->size() < 4)
+    if (const std::optional<QByteArray> attribute = finderInfoAttribute(path))
+        return typeFromAttribute(*attribute);
+    return sidecarType(path);
+}
+
+std::optional<quint32> FinderInfo::typeFromAttribute(const QByteArray &finderInfo)
+{
+    if (finderInfo.size() < 4)
         return std::nullopt;
-    const quint32 code = bigEndian32(info->constData());
+    const quint32 code = bigEndian32(finderInfo.constData());
     if (code == 0)
         return std::nullopt;
     return code;
+}
+
+std::optional<quint32> FinderInfo::typeFromAppleDouble(const QByteArray &sidecar)
+{
+    const SidecarEntry entry = finderInfoEntry(sidecar, sidecar.size());
+    if (entry.offset < 0)
+        return std::nullopt;
+    return typeFromAttribute(
+        sidecar.mid(entry.offset, qMin<qint64>(entry.length, kFinderInfoSize)));
 }
 
 QString FinderInfo::hfsTypeString(const QString &path)

@@ -37,6 +37,10 @@ public:
 class FinderInfo {
 public:
     static std::optional<quint32> fileType(const QString &path);
+    // The type held in the bytes of a com.apple.FinderInfo attribute; none when it is zero.
+    static std::optional<quint32> typeFromAttribute(const QByteArray &finderInfo);
+    // The type held in a whole AppleDouble file's Finder info entry.
+    static std::optional<quint32> typeFromAppleDouble(const QByteArray &sidecar);
     // The type as NSFileTypeForHFSTypeCode writes it: "'aPcs'"; empty when the file has none.
     static QString hfsTypeString(const QString &path);
     static QString typeCodeString(quint32 code);

@@ -488,9 +488,12 @@ std::optional<QVariantMap> PropertyList::readDictionary(const QString &path)
 std::optional<PropertyList::Dictionary> PropertyList::readParsedDictionary(const QString &path)
 {
     const std::optional<QByteArray> bytes = readBounded(path);
-    if (!bytes)
-        return std::nullopt;
-    PlistPtr root = parse(*bytes);
+    return bytes ? parsedDictionary(*bytes) : std::nullopt;
+}
+
+std::optional<PropertyList::Dictionary> PropertyList::parsedDictionary(const QByteArray &bytes)
+{
+    PlistPtr root = parse(bytes);
     if (!root || plist_get_node_type(root.get()) != PLIST_DICT)
         return std::nullopt;
     Dictionary dictionary;

@@ -36,6 +36,7 @@ public:
     };
     // What readDictionary reads, as a Dictionary.
     static std::optional<Dictionary> readParsedDictionary(const QString &path);
+    static std::optional<Dictionary> parsedDictionary(const QByteArray &bytes);
 
     static QByteArray toXml(const QVariant &root);
     static QByteArray toBinary(const QVariant &root);

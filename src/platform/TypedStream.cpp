@@ -17,7 +17,6 @@ constexpr int kStreamerVersion = 4;
 constexpr int kSystemVersion = 1000;
 
 // Head bytes read as signed values. -128 .. -111 are tags; everything else is a one-byte integer.
-constexpr int kFirstTag = -128;
 constexpr int kTagInt16 = -127;  // 0x81
 constexpr int kTagInt32 = -126;  // 0x82
 constexpr int kTagReal = -125;   // 0x83

@@ -82,11 +82,19 @@ std::optional<QVariantMap> UpdateCheck::fetchVersionList() const {
     std::optional<QVariantMap> result;
     if (!tooLong && reply->error() == QNetworkReply::NoError) {
         take();
-        const std::optional<QVariant> root = PropertyList::fromBytes(body);
-        if (!tooLong && root && root->typeId() == QMetaType::QVariantMap)
-            result = root->toMap();
+        if (!tooLong)
+            result = parseVersionList(body);
     }
     return result; // the reply goes with its manager
+}
+
+std::optional<QVariantMap> UpdateCheck::parseVersionList(const QByteArray &body) {
+    if (body.size() > MaxReplyBytes)
+        return std::nullopt;
+    const std::optional<QVariant> root = PropertyList::fromBytes(body);
+    if (!root || root->typeId() != QMetaType::QVariantMap)
+        return std::nullopt;
+    return root->toMap();
 }
 
 QString UpdateCheck::shownVersion(const QString &version) {

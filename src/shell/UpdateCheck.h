@@ -39,6 +39,8 @@ public:
     // The version list as a dictionary; nullopt for every network, HTTP or parse failure and for
     // a reply longer than MaxReplyBytes.
     std::optional<QVariantMap> fetchVersionList() const;
+    // A reply's body as a version list: nullopt unless it is a dictionary of MaxReplyBytes or less.
+    static std::optional<QVariantMap> parseVersionList(const QByteArray &body);
 
     // The whole command: fetch, compare, tell the user, open the download page when asked.
     void run();

@@ -44,6 +44,9 @@ TEST(ParseCommandLineTest, EveryCommandParsesAndToCommandLineParsesBack)
         {"--root /r --home /h list --format au", listAu},
         {"list --format au --root /r --home=/h", listAu},
         {"-AU a --root /r", {.root = "/r", .sets = {"a"}}},
+        // A folder named like an option can only be given inline.
+        {"list --root=-VST --home=--root=h",
+         {.command = O::List, .root = "-VST", .home = "--root=h"}},
         // Help and version win over everything else.
         {"--help", {.command = O::Help}},
         {"-h", {.command = O::Help}},
@@ -80,6 +83,13 @@ TEST(ParseCommandLineTest, WrongCommandLinesAreErrorsNamingTheCulprit)
         const ParsedCommandLine result = parse(line);
         EXPECT_FALSE(result.options.has_value()) << line;
         EXPECT_TRUE(result.error.contains(culprit)) << line << ": " << result.error.toStdString();
+    }
+    // An empty argument names no file, as an empty value names no set.
+    for (const QStringList &arguments :
+         {QStringList{"show-set", ""}, QStringList{"save-set", "--format", "au", ""}}) {
+        const ParsedCommandLine result = parseCommandLine(arguments);
+        EXPECT_FALSE(result.options.has_value()) << arguments.join(' ').toStdString();
+        EXPECT_TRUE(result.error.contains("needs a file")) << result.error.toStdString();
     }
 }
 

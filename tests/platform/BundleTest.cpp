@@ -107,12 +107,15 @@ TEST_F(FinderInfoTest, TypeFromAttributeOrSidecarAndNoneFromMalformedSidecars)
     for (qsizetype i = 0; i < cases.size(); ++i) {
         writeText(folder + "/._Plug", cases[i]);
         EXPECT_TRUE(FinderInfo::hfsTypeString(file).isEmpty()) << "case " << i;
+        // The reader of the bytes in memory refuses what the reader of the file does.
+        EXPECT_FALSE(FinderInfo::typeFromAppleDouble(cases[i])) << "case " << i;
     }
     // The well-formed sidecar, and one whose Finder info follows a resource-fork entry.
     const QByteArray afterFork = appleDouble({{2, 50, 4}, {9, 54, 32}}, "rsrc" + info);
     for (const QByteArray &sidecar : {good, afterFork}) {
         writeText(folder + "/._Plug", sidecar);
         EXPECT_EQ(FinderInfo::hfsTypeString(file), "'TDMw'");
+        EXPECT_EQ(FinderInfo::typeFromAppleDouble(sidecar), 0x54444D77u);
     }
 }
 
