@@ -6,20 +6,8 @@
 #include "managers/SetDocument.h"
 #include "platform/TypedStream.h"
 
-#include <QTemporaryDir>
-
 #include <cstddef>
 #include <cstdint>
-
-extern "C" int LLVMFuzzerInitialize(int *, char ***)
-{
-    // Decoding asks the content registry about each item; it finds an empty home, never the real
-    // one.
-    static QTemporaryDir root, home;
-    qputenv("KORVANE_ROOT", root.path().toUtf8());
-    qputenv("HOME", home.path().toUtf8());
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
