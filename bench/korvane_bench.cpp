@@ -43,10 +43,14 @@ public:
 QByteArray header(int i)
 {
     switch (i % 4) {
-    case 0: return MachO::ppc();
-    case 1: return MachO::intel();
-    case 2: return MachO::universal2();
-    default: return MachO::x86_64();
+    case 0:
+        return MachO::ppc();
+    case 1:
+        return MachO::intel();
+    case 2:
+        return MachO::universal2();
+    default:
+        return MachO::x86_64();
     }
 }
 

@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const MachOHeader::Architecture architecture = MachOHeader::classify(bytes);
     FUZZ_CHECK(architecture == MachOHeader::classify(bytes.left(8)));
     if (architecture != MachOHeader::Unknown)
-        FUZZ_CHECK(bytes.startsWith("\xfe\xed\xfa\xce") || bytes.startsWith("\xce\xfa\xed\xfe") ||
-                   bytes.startsWith("\xca\xfe\xba\xbe"));
+        FUZZ_CHECK(bytes.startsWith("\xfe\xed\xfa\xce") || bytes.startsWith("\xce\xfa\xed\xfe")
+                   || bytes.startsWith("\xca\xfe\xba\xbe"));
     return 0;
 }

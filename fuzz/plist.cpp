@@ -40,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         if (!it.key().contains(QChar::ReplacementCharacter))
             FUZZ_CHECK(same(dictionary->value(it.key()), it.value()));
     }
-    FUZZ_CHECK(!dictionary->value(QStringLiteral("CFBundleExecutable")).isValid() ||
-               map.contains(QStringLiteral("CFBundleExecutable")));
+    FUZZ_CHECK(!dictionary->value(QStringLiteral("CFBundleExecutable")).isValid()
+               || map.contains(QStringLiteral("CFBundleExecutable")));
     return 0;
 }

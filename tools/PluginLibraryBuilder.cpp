@@ -12,11 +12,26 @@
 namespace korvane {
 
 namespace MachO {
-QByteArray ppc() { return QByteArray::fromHex("feedface00000012"); }
-QByteArray intel() { return QByteArray::fromHex("cefaedfe07000000"); }
-QByteArray universal2() { return QByteArray::fromHex("cafebabe00000002"); }
-QByteArray universal3() { return QByteArray::fromHex("cafebabe00000003"); }
-QByteArray x86_64() { return QByteArray::fromHex("cffaedfe07000001"); }
+QByteArray ppc()
+{
+    return QByteArray::fromHex("feedface00000012");
+}
+QByteArray intel()
+{
+    return QByteArray::fromHex("cefaedfe07000000");
+}
+QByteArray universal2()
+{
+    return QByteArray::fromHex("cafebabe00000002");
+}
+QByteArray universal3()
+{
+    return QByteArray::fromHex("cafebabe00000003");
+}
+QByteArray x86_64()
+{
+    return QByteArray::fromHex("cffaedfe07000001");
+}
 } // namespace MachO
 
 namespace {
@@ -44,8 +59,9 @@ bool writeFile(const QString &path, const QByteArray &data)
 
 } // namespace
 
-QString PluginLibraryBuilder::makeBundle(const QString &folder, const QString &name, const QByteArray &header,
-                                         const QVariantMap &extraInfo, PlistFormat format, const QString &executable)
+QString PluginLibraryBuilder::makeBundle(const QString &folder, const QString &name,
+                                         const QByteArray &header, const QVariantMap &extraInfo,
+                                         PlistFormat format, const QString &executable)
 {
     const QString bundle = folder + QLatin1Char('/') + name;
     QDir().mkpath(bundle + QStringLiteral("/Contents/MacOS"));
@@ -66,13 +82,14 @@ QString PluginLibraryBuilder::makeBundle(const QString &folder, const QString &n
     if (!executable.isEmpty()) {
         const QString path = bundle + QStringLiteral("/Contents/MacOS/") + executable;
         writeFile(path, header + QByteArray(kExecutablePadding, '\0'));
-        QFile::setPermissions(path, QFile::permissions(path) | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther);
+        QFile::setPermissions(path, QFile::permissions(path) | QFile::ExeOwner | QFile::ExeGroup
+                                        | QFile::ExeOther);
     }
     return bundle;
 }
 
-QString PluginLibraryBuilder::makeFile(const QString &folder, const QString &name, const QString &typeCode,
-                                       const QByteArray &data)
+QString PluginLibraryBuilder::makeFile(const QString &folder, const QString &name,
+                                       const QString &typeCode, const QByteArray &data)
 {
     const QString path = folder + QLatin1Char('/') + name;
     QDir().mkpath(QFileInfo(path).path());
@@ -89,8 +106,8 @@ QString PluginLibraryBuilder::makeFolder(const QString &path)
     return path;
 }
 
-QString PluginLibraryBuilder::makeAudioUnit(const QString &folder, const QString &name, const QByteArray &header,
-                                            PlistFormat format)
+QString PluginLibraryBuilder::makeAudioUnit(const QString &folder, const QString &name,
+                                            const QByteArray &header, PlistFormat format)
 {
     const QString fileName = withExtension(name, QStringLiteral(".component"));
     const QVariantMap component{
@@ -106,28 +123,30 @@ QString PluginLibraryBuilder::makeAudioUnit(const QString &folder, const QString
     return makeBundle(folder, fileName, header, extra, format);
 }
 
-QString PluginLibraryBuilder::makeVST(const QString &folder, const QString &name, const QByteArray &header,
-                                      PlistFormat format)
+QString PluginLibraryBuilder::makeVST(const QString &folder, const QString &name,
+                                      const QByteArray &header, PlistFormat format)
 {
     const QVariantMap extra{{QStringLiteral("CFBundlePackageType"), QStringLiteral("BNDL")}};
     return makeBundle(folder, withExtension(name, QStringLiteral(".vst")), header, extra, format);
 }
 
-QString PluginLibraryBuilder::makeRTAS(const QString &folder, const QString &name, const QByteArray &header,
-                                       PlistFormat format)
+QString PluginLibraryBuilder::makeRTAS(const QString &folder, const QString &name,
+                                       const QByteArray &header, PlistFormat format)
 {
     const bool dpm = name.endsWith(QLatin1String(".dpm"));
     const QString fileName = dpm ? name : withExtension(name, QStringLiteral(".rtas"));
-    const QVariantMap extra{{QStringLiteral("CFBundlePackageType"), dpm ? QStringLiteral("TDMw") : QStringLiteral("BNDL")}};
+    const QVariantMap extra{{QStringLiteral("CFBundlePackageType"),
+                             dpm ? QStringLiteral("TDMw") : QStringLiteral("BNDL")}};
     return makeBundle(folder, fileName, header, extra, format);
 }
 
-QString PluginLibraryBuilder::makeMAS(const QString &folder, const QString &name, const QByteArray &header,
-                                      PlistFormat format)
+QString PluginLibraryBuilder::makeMAS(const QString &folder, const QString &name,
+                                      const QByteArray &header, PlistFormat format)
 {
     const QVariantMap extra{
         {QStringLiteral("CFBundlePackageType"), QStringLiteral("BNDL")},
-        {QStringLiteral("MotuPluginTypeUUID"), QStringLiteral("5D2E8C1A-7B43-4F0E-9A61-3C8B2D4E6F17")},
+        {QStringLiteral("MotuPluginTypeUUID"),
+         QStringLiteral("5D2E8C1A-7B43-4F0E-9A61-3C8B2D4E6F17")},
     };
     return makeBundle(folder, name, header, extra, format);
 }

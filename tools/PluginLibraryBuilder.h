@@ -8,11 +8,11 @@ namespace korvane {
 
 // Executable headers the architecture test tells apart.
 namespace MachO {
-QByteArray ppc();               // FE ED FA CE 00 00 00 12
-QByteArray intel();             // CE FA ED FE 07 00 00 00
-QByteArray universal2();        // CA FE BA BE 00 00 00 02
-QByteArray universal3();        // CA FE BA BE 00 00 00 03
-QByteArray x86_64();            // CF FA ED FE 07 00 00 01
+QByteArray ppc();        // FE ED FA CE 00 00 00 12
+QByteArray intel();      // CE FA ED FE 07 00 00 00
+QByteArray universal2(); // CA FE BA BE 00 00 00 02
+QByteArray universal3(); // CA FE BA BE 00 00 00 03
+QByteArray x86_64();     // CF FA ED FE 07 00 00 01
 } // namespace MachO
 
 // Writes plug-ins as the four formats lay them out: bundles with an Info.plist (XML or binary)
@@ -29,7 +29,8 @@ public:
                               const QVariantMap &extraInfo = {}, PlistFormat format = Xml,
                               const QString &executable = QStringLiteral("Plugin"));
     // A plain file holding data, with a Finder type when typeCode is four characters.
-    static QString makeFile(const QString &folder, const QString &name, const QString &typeCode = {},
+    static QString makeFile(const QString &folder, const QString &name,
+                            const QString &typeCode = {},
                             const QByteArray &data = QByteArrayLiteral("plug-in"));
     // A folder (and its parents).
     static QString makeFolder(const QString &path);
@@ -38,8 +39,8 @@ public:
 
     // Format shortcuts, in the folder given. A name without its extension (".component", ".vst",
     // ".rtas" unless it ends in ".dpm") gets it added; MAS names are used as they are.
-    static QString makeAudioUnit(const QString &folder, const QString &name, const QByteArray &header,
-                                 PlistFormat format = Xml);
+    static QString makeAudioUnit(const QString &folder, const QString &name,
+                                 const QByteArray &header, PlistFormat format = Xml);
     static QString makeVST(const QString &folder, const QString &name, const QByteArray &header,
                            PlistFormat format = Xml);
     static QString makeRTAS(const QString &folder, const QString &name, const QByteArray &header,

@@ -7,9 +7,9 @@
 #include "managers/SetDocument.h"
 #include "model/AUItem.h"
 #include "panels/MyPrefObj.h"
+#include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
-#include "platform/LocalFileOperations.h"
 #include "shell/AppContext.h"
 
 #include <QCoreApplication>
@@ -66,62 +66,77 @@ QList<DemoAudioUnit> audioUnits()
 void makeAudioUnits()
 {
     for (const DemoAudioUnit &unit : audioUnits())
-        Builder::makeAudioUnit(folder(TypeAU, unit.loc), QString::fromUtf8(unit.name), unit.header, unit.plist);
+        Builder::makeAudioUnit(folder(TypeAU, unit.loc), QString::fromUtf8(unit.name), unit.header,
+                               unit.plist);
 
     // Companion content of Ember EQ, inside the Components folder so that it moves along.
     const QString presets = folder(TypeAU, LocSystemActive) + QStringLiteral("/Ember EQ Presets");
     Builder::makeFile(presets, QStringLiteral("Warm.preset"), {}, "warm");
     Builder::makeFile(presets, QStringLiteral("Bright.preset"), {}, "bright");
     Builder::writePlist(dataFile(QStringLiteral("content.plist")),
-                           QVariantList{QStringList{QStringLiteral("Ember EQ.component"), presets}});
+                        QVariantList{QStringList{QStringLiteral("Ember EQ.component"), presets}});
 }
 
 void makeVST()
 {
-    Builder::makeVST(folder(TypeVST, LocSystemActive), QStringLiteral("Iris Pad.vst"), MachO::universal2());
-    Builder::makeVST(folder(TypeVST, LocSystemActive), QStringLiteral("Jade Flanger.vst"), MachO::intel(),
-                     Builder::Binary);
-    Builder::makeFile(folder(TypeVST, LocSystemActive), QStringLiteral("Kestrel Bass"), QStringLiteral("aPcs"));
+    Builder::makeVST(folder(TypeVST, LocSystemActive), QStringLiteral("Iris Pad.vst"),
+                     MachO::universal2());
+    Builder::makeVST(folder(TypeVST, LocSystemActive), QStringLiteral("Jade Flanger.vst"),
+                     MachO::intel(), Builder::Binary);
+    Builder::makeFile(folder(TypeVST, LocSystemActive), QStringLiteral("Kestrel Bass"),
+                      QStringLiteral("aPcs"));
     Builder::makeVST(folder(TypeVST, LocSystemActive) + QStringLiteral("/Mosaic"),
                      QStringLiteral("Mosaic Drums.vst"), MachO::ppc());
-    Builder::makeVST(folder(TypeVST, LocSystemDisabled), QStringLiteral("Lumen Phaser.vst"), MachO::ppc());
-    Builder::makeVST(folder(TypeVST, LocUserActive), QStringLiteral("Iris Pad.vst"), MachO::intel());
-    Builder::makeFile(folder(TypeVST, LocUserDisabled), QStringLiteral("Nova Tape"), QStringLiteral("aPcs"));
+    Builder::makeVST(folder(TypeVST, LocSystemDisabled), QStringLiteral("Lumen Phaser.vst"),
+                     MachO::ppc());
+    Builder::makeVST(folder(TypeVST, LocUserActive), QStringLiteral("Iris Pad.vst"),
+                     MachO::intel());
+    Builder::makeFile(folder(TypeVST, LocUserDisabled), QStringLiteral("Nova Tape"),
+                      QStringLiteral("aPcs"));
 }
 
 void makeRTAS()
 {
-    Builder::makeRTAS(folder(TypeRTAS, LocSystemActive), QStringLiteral("Onyx Verb.dpm"), MachO::ppc());
-    Builder::makeRTAS(folder(TypeRTAS, LocSystemActive), QStringLiteral("Prism Comp.rtas"), MachO::universal2(),
-                      Builder::Binary);
-    Builder::makeFile(folder(TypeRTAS, LocSystemActive), QStringLiteral("Quartz Delay"), QStringLiteral("TDMw"));
-    Builder::makeRTAS(folder(TypeRTAS, LocSystemDisabled), QStringLiteral("Raven EQ.dpm"), MachO::intel());
-    Builder::makeRTAS(folder(TypeRTAS, LocUserActive), QStringLiteral("Onyx Verb.dpm"), MachO::intel());
+    Builder::makeRTAS(folder(TypeRTAS, LocSystemActive), QStringLiteral("Onyx Verb.dpm"),
+                      MachO::ppc());
+    Builder::makeRTAS(folder(TypeRTAS, LocSystemActive), QStringLiteral("Prism Comp.rtas"),
+                      MachO::universal2(), Builder::Binary);
+    Builder::makeFile(folder(TypeRTAS, LocSystemActive), QStringLiteral("Quartz Delay"),
+                      QStringLiteral("TDMw"));
+    Builder::makeRTAS(folder(TypeRTAS, LocSystemDisabled), QStringLiteral("Raven EQ.dpm"),
+                      MachO::intel());
+    Builder::makeRTAS(folder(TypeRTAS, LocUserActive), QStringLiteral("Onyx Verb.dpm"),
+                      MachO::intel());
 }
 
 void makeMAS()
 {
-    Builder::makeMAS(folder(TypeMAS, LocSystemActive), QStringLiteral("Slate Filter.bundle"), MachO::ppc());
-    Builder::makeFile(folder(TypeMAS, LocSystemActive), QStringLiteral("Tundra Echo"), QStringLiteral("Mas!"));
-    Builder::makeMAS(folder(TypeMAS, LocUserActive), QStringLiteral("Umber Drive.bundle"), MachO::universal2(),
-                     Builder::Binary);
-    Builder::makeFile(folder(TypeMAS, LocUserDisabled), QStringLiteral("Vesper Gate"), QStringLiteral("Mas!"));
+    Builder::makeMAS(folder(TypeMAS, LocSystemActive), QStringLiteral("Slate Filter.bundle"),
+                     MachO::ppc());
+    Builder::makeFile(folder(TypeMAS, LocSystemActive), QStringLiteral("Tundra Echo"),
+                      QStringLiteral("Mas!"));
+    Builder::makeMAS(folder(TypeMAS, LocUserActive), QStringLiteral("Umber Drive.bundle"),
+                     MachO::universal2(), Builder::Binary);
+    Builder::makeFile(folder(TypeMAS, LocUserDisabled), QStringLiteral("Vesper Gate"),
+                      QStringLiteral("Mas!"));
 }
 
 void makeGroups()
 {
-    Builder::writePlist(dataFile(QStringLiteral("groups.plist")),
-                           QVariantList{QString(), QStringLiteral("Synths"), QStringLiteral("Effects")});
-    Builder::writePlist(dataFile(QStringLiteral("augroups.plist")),
-                           QStringList{QStringLiteral("Aurora Synth.component"), QStringLiteral("Synths"),
-                                       QStringLiteral("Granite Pad.component"), QStringLiteral("Synths"),
-                                       QStringLiteral("Basalt Compressor.component"), QStringLiteral("Effects"),
-                                       QStringLiteral("Cinder Reverb.component"), QStringLiteral("Effects"),
-                                       QStringLiteral("Ember EQ.component"), QStringLiteral("Effects")});
+    Builder::writePlist(
+        dataFile(QStringLiteral("groups.plist")),
+        QVariantList{QString(), QStringLiteral("Synths"), QStringLiteral("Effects")});
+    Builder::writePlist(
+        dataFile(QStringLiteral("augroups.plist")),
+        QStringList{QStringLiteral("Aurora Synth.component"), QStringLiteral("Synths"),
+                    QStringLiteral("Granite Pad.component"), QStringLiteral("Synths"),
+                    QStringLiteral("Basalt Compressor.component"), QStringLiteral("Effects"),
+                    QStringLiteral("Cinder Reverb.component"), QStringLiteral("Effects"),
+                    QStringLiteral("Ember EQ.component"), QStringLiteral("Effects")});
     Builder::writePlist(dataFile(QStringLiteral("vstgroups.plist")),
-                           QStringList{QStringLiteral("Iris Pad.vst"), QStringLiteral("Synths"),
-                                       QStringLiteral("Kestrel Bass"), QStringLiteral("Synths"),
-                                       QStringLiteral("Jade Flanger.vst"), QStringLiteral("Effects")});
+                        QStringList{QStringLiteral("Iris Pad.vst"), QStringLiteral("Synths"),
+                                    QStringLiteral("Kestrel Bass"), QStringLiteral("Synths"),
+                                    QStringLiteral("Jade Flanger.vst"), QStringLiteral("Effects")});
 }
 
 // The Live set: every Audio Unit once (the user's copy of Aurora Synth is left out, since a set
@@ -151,7 +166,8 @@ bool writeLiveSet(const QString &path)
 
 bool isEmptyOrMissing(const QString &path)
 {
-    return QDir(path).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden) || !QFile::exists(path);
+    return QDir(path).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)
+           || !QFile::exists(path);
 }
 
 } // namespace
@@ -173,9 +189,10 @@ int main(int argc, char *argv[])
         err << "korvane_demo: " << dir << " already holds a library; give an empty folder\n";
         return 1;
     }
-    for (const QString &path : {root, home + QStringLiteral("/.local/share"), home + QStringLiteral("/Documents"),
-                                home + QStringLiteral("/Library/Preferences"),
-                                home + QStringLiteral("/Library/Application Support/Korvane")}) {
+    for (const QString &path :
+         {root, home + QStringLiteral("/.local/share"), home + QStringLiteral("/Documents"),
+          home + QStringLiteral("/Library/Preferences"),
+          home + QStringLiteral("/Library/Application Support/Korvane")}) {
         if (!QDir().mkpath(path)) {
             err << "korvane_demo: cannot create " << path << '\n';
             return 1;

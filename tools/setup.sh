@@ -4,6 +4,7 @@ set -euo pipefail
 packages=(cmake g++ make pkg-config qt6-base-dev libplist-dev libgtest-dev libgmock-dev e2fsprogs attr ccache
   libxml2-utils polkitd                                # the polkit policy and its DTD
   clang libclang-rt-dev                                # the fuzzing harnesses (libFuzzer)
+  clang-format                                         # the committed code style, checked in CI
   desktop-file-utils appstream librsvg2-bin groff-base) # checks of the desktop files and man page
 missing=()
 for p in "${packages[@]}"; do

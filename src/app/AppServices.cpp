@@ -23,7 +23,8 @@ const QString kSystemContentFile =
 
 // Entries whose elements are not all strings, or that lack a key, are left out: one damaged
 // entry should not cost the user every other companion list. complete tells whether none was.
-std::optional<QList<QStringList>> readContentFile(const QString &path, bool *complete = nullptr) {
+std::optional<QList<QStringList>> readContentFile(const QString &path, bool *complete = nullptr)
+{
     const std::optional<QVariantList> root = PropertyList::readArray(path);
     if (!root)
         return std::nullopt;
@@ -52,16 +53,19 @@ std::optional<QList<QStringList>> readContentFile(const QString &path, bool *com
 }
 
 // A registry file is replaced only when every entry in it was read; otherwise it is kept first.
-bool contentFileWhole(const QString &path) {
+bool contentFileWhole(const QString &path)
+{
     bool complete = false;
     return readContentFile(path, &complete) && complete;
 }
 
-bool stringArrayFile(const QString &path) {
+bool stringArrayFile(const QString &path)
+{
     return PropertyList::readStringArray(path).has_value();
 }
 
-QVariantList toVariantList(const QStringList &strings) {
+QVariantList toVariantList(const QStringList &strings)
+{
     QVariantList list;
     list.reserve(strings.size());
     for (const QString &s : strings)
@@ -70,7 +74,8 @@ QVariantList toVariantList(const QStringList &strings) {
 }
 
 // Fills each "%@" in turn; a "%@" inside an argument stays as it is.
-QString fillFormat(const QString &format, const QStringList &args) {
+QString fillFormat(const QString &format, const QStringList &args)
+{
     QString out;
     qsizetype from = 0;
     for (const QString &arg : args) {
@@ -87,41 +92,49 @@ QString fillFormat(const QString &format, const QStringList &args) {
 
 } // namespace
 
-AppServices::AppServices(const RunParts &parts) : m_parts(parts) {
+AppServices::AppServices(const RunParts &parts) : m_parts(parts)
+{
     m_undoTitle = korvane::tr("Undo");
     m_redoTitle = korvane::tr("Redo");
     loadGroups();
     initContent();
 }
 
-AppServices::~AppServices() {
+AppServices::~AppServices()
+{
     m_undoManager.removeAllActions();
     SharedInstance<AppServices>::uninstall(this);
 }
 
-AppServices *AppServices::getMainObj() {
+AppServices *AppServices::getMainObj()
+{
     return SharedInstance<AppServices>::get();
 }
 
-void AppServices::install(AppServices *services) {
+void AppServices::install(AppServices *services)
+{
     SharedInstance<AppServices>::install(services);
 }
 
-QString AppServices::userContentFile() const {
+QString AppServices::userContentFile() const
+{
     return locations().dataFilePath(QStringLiteral("content.plist"));
 }
 
-QString AppServices::groupsFile() const {
+QString AppServices::groupsFile() const
+{
     return locations().dataFilePath(QStringLiteral("groups.plist"));
 }
 
-void AppServices::setActiveType(int type) {
+void AppServices::setActiveType(int type)
+{
     m_activeType = type;
 }
 
 // --- Content registry ---------------------------------------------------------------------------
 
-void AppServices::initContent() {
+void AppServices::initContent()
+{
     pContent.clear();
     m_contentLoaded = true;
     if (auto registry = readContentFile(userContentFile())) {
@@ -136,7 +149,8 @@ void AppServices::initContent() {
     writeContentFile();
 }
 
-std::optional<QStringList> AppServices::getContentForKey(const QString &key) {
+std::optional<QStringList> AppServices::getContentForKey(const QString &key)
+{
     if (!m_contentLoaded)
         initContent();
     for (const QStringList &entry : std::as_const(pContent)) {
@@ -146,7 +160,8 @@ std::optional<QStringList> AppServices::getContentForKey(const QString &key) {
     return std::nullopt;
 }
 
-void AppServices::saveContent(const QStringList &entry) {
+void AppServices::saveContent(const QStringList &entry)
+{
     if (entry.isEmpty())
         return; // nothing to file it under
     if (!m_contentLoaded)
@@ -165,7 +180,8 @@ void AppServices::saveContent(const QStringList &entry) {
     writeContentFile();
 }
 
-void AppServices::writeContentFile() {
+void AppServices::writeContentFile()
+{
     QVariantList root;
     root.reserve(pContent.size());
     for (const QStringList &e : std::as_const(pContent))
@@ -175,7 +191,8 @@ void AppServices::writeContentFile() {
 }
 
 bool AppServices::writeDataFile(const QString &path, const QVariant &root,
-                                const std::function<bool(const QString &)> &readable) {
+                                const std::function<bool(const QString &)> &readable)
+{
     QString report;
     const bool written = DataFile::writeXml(files(), path, root, readable, &report);
     if (!report.isEmpty())
@@ -183,7 +200,8 @@ bool AppServices::writeDataFile(const QString &path, const QVariant &root,
     return written;
 }
 
-QStringList AppServices::removeContentPaths(int type, const QStringList &scanPaths) {
+QStringList AppServices::removeContentPaths(int type, const QStringList &scanPaths)
+{
     QStringList paths = scanPaths;
     const Format *format = formats().find(type);
     if (!format)
@@ -223,7 +241,8 @@ QStringList AppServices::removeContentPaths(int type, const QStringList &scanPat
     return paths;
 }
 
-QString AppServices::getFullPath(const QString &name, int type, int loc) const {
+QString AppServices::getFullPath(const QString &name, int type, int loc) const
+{
     // Expanding standardises the path, so a ".." in the name would lead out of the folder.
     const Format *format = formats().find(type);
     if (!format || !isValidLocation(loc) || !isContainedName(name))
@@ -231,7 +250,8 @@ QString AppServices::getFullPath(const QString &name, int type, int loc) const {
     return locations().expand(format->folder(loc) + QLatin1Char('/') + name);
 }
 
-QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringList &scanPaths) {
+QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringList &scanPaths)
+{
     QStringList result;
     // Listed paths hold no "." or ".." steps, so the folder is expanded once, not per path.
     const QString folder = getFullPath(QString(), type, loc);
@@ -253,7 +273,8 @@ QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringLi
     return removeContentPaths(type, result);
 }
 
-void AppServices::createSupportFolder() {
+void AppServices::createSupportFolder()
+{
     const QString folder = locations().supportFolderPath();
     if (files().isDirectory(folder))
         return;
@@ -262,7 +283,8 @@ void AppServices::createSupportFolder() {
     files().createDirectory(folder); // a failure shows as the write that follows failing
 }
 
-void AppServices::createFolders(const QString &path) {
+void AppServices::createFolders(const QString &path)
+{
     QStringList components;
     if (path.startsWith(QLatin1Char('/')))
         components.append(QStringLiteral("/"));
@@ -288,7 +310,8 @@ void AppServices::createFolders(const QString &path) {
 
 // --- Group registry -----------------------------------------------------------------------------
 
-void AppServices::loadGroups() {
+void AppServices::loadGroups()
+{
     // A file holding anything but strings reads as absent, like an unreadable one.
     const std::optional<QStringList> stored = PropertyList::readStringArray(groupsFile());
     if (!stored || stored->isEmpty()) {
@@ -300,16 +323,19 @@ void AppServices::loadGroups() {
     emit groupsChanged();
 }
 
-void AppServices::saveGroupRegistry() {
+void AppServices::saveGroupRegistry()
+{
     createSupportFolder();
     writeDataFile(groupsFile(), toVariantList(pGroups), stringArrayFile);
 }
 
-QString AppServices::getGroupByIndex(int i) const {
+QString AppServices::getGroupByIndex(int i) const
+{
     return pGroups.value(qsizetype(i) + 1);
 }
 
-void AppServices::setGroupByIndex(int i, const QString &name) {
+void AppServices::setGroupByIndex(int i, const QString &name)
+{
     const qsizetype position = qsizetype(i) + 1;
     if (position < 0)
         return;
@@ -321,13 +347,15 @@ void AppServices::setGroupByIndex(int i, const QString &name) {
     createGroupSubmenu();
 }
 
-void AppServices::addGroupEntry() {
+void AppServices::addGroupEntry()
+{
     pGroups.append(korvane::tr("New Group"));
     emit groupsChanged();
     createGroupSubmenu();
 }
 
-void AppServices::removeGroupEntry(int selectedRow) {
+void AppServices::removeGroupEntry(int selectedRow)
+{
     // Without a selection there is nothing to remove: taking out the empty entry would shift
     // every group and so every plug-in's group by one.
     const qsizetype position = qsizetype(selectedRow) + 1;
@@ -338,74 +366,87 @@ void AppServices::removeGroupEntry(int selectedRow) {
     createGroupSubmenu();
 }
 
-int AppServices::numberOfRowsInGroupTable() const {
+int AppServices::numberOfRowsInGroupTable() const
+{
     return pGroups.isEmpty() ? 0 : int(pGroups.size() - 1);
 }
 
-QString AppServices::groupTableObjectValue(int row) const {
+QString AppServices::groupTableObjectValue(int row) const
+{
     return getGroupByIndex(row);
 }
 
-void AppServices::groupTableSetObjectValue(const QString &value, int row) {
+void AppServices::groupTableSetObjectValue(const QString &value, int row)
+{
     setGroupByIndex(row, value);
 }
 
-void AppServices::showGroups() {
+void AppServices::showGroups()
+{
     m_groupEditorVisible = true;
     emit groupEditorShown();
 }
 
-void AppServices::createGroupSubmenu() {
+void AppServices::createGroupSubmenu()
+{
     pMenuItems = pGroups.mid(1);
     emit groupMenuChanged();
 }
 
 // --- Log window ---------------------------------------------------------------------------------
 
-void AppServices::showLog() {
+void AppServices::showLog()
+{
     m_logVisible = true;
     m_showLogEnabled = false;
     emit logVisibilityChanged(true);
 }
 
-void AppServices::hideLog() {
+void AppServices::hideLog()
+{
     m_logVisible = false;
     m_showLogEnabled = true;
     emit logVisibilityChanged(false);
 }
 
-void AppServices::addLogEntry(const void *, const QString &entry) {
+void AppServices::addLogEntry(const void *, const QString &entry)
+{
     m_logText += entry;
     emit logChanged();
 }
 
 // --- Undo ---------------------------------------------------------------------------------------
 
-void AppServices::undoAction() {
+void AppServices::undoAction()
+{
     m_undoManager.undo();
     setUndoTitle();
     setRedoTitle();
 }
 
-void AppServices::redoAction() {
+void AppServices::redoAction()
+{
     m_undoManager.redo();
     setUndoTitle();
     setRedoTitle();
 }
 
-void AppServices::setUndoTitle() {
+void AppServices::setUndoTitle()
+{
     m_undoTitle = m_undoManager.undoMenuItemTitle();
     emit undoTitlesChanged();
 }
 
-void AppServices::setRedoTitle() {
+void AppServices::setRedoTitle()
+{
     m_redoTitle = m_undoManager.redoMenuItemTitle();
     emit undoTitlesChanged();
 }
 
 // --- File-operation errors ----------------------------------------------------------------------
 
-bool AppServices::fileManager(FileOperations *, const QVariantMap &errorInfo) {
+bool AppServices::fileManager(FileOperations *, const QVariantMap &errorInfo)
+{
     const QByteArray reason = errorInfo.value(QStringLiteral("Error")).toString().toUtf8();
     Alert alert;
     alert.title = QStringLiteral("Korvane");

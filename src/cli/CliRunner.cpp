@@ -18,20 +18,24 @@ namespace korvane {
 
 namespace {
 
-QString onOff(bool active) {
+QString onOff(bool active)
+{
     return active ? QStringLiteral("on") : QStringLiteral("off");
 }
 
-QString scope(bool global) {
+QString scope(bool global)
+{
     return global ? QStringLiteral("system") : QStringLiteral("user");
 }
 
-QString fullPath(const AUItem &item) {
+QString fullPath(const AUItem &item)
+{
     return item.getAULocation() + QLatin1Char('/') + item.getAUName();
 }
 
 // "Foo.component" and "Foo" both name Foo.component; a folder part stays ("Sub/Foo").
-bool namesItem(const QString &name, const AUItem &item) {
+bool namesItem(const QString &name, const AUItem &item)
+{
     const QString itemName = item.getAUName();
     if (itemName == name)
         return true;
@@ -41,7 +45,8 @@ bool namesItem(const QString &name, const AUItem &item) {
 
 // The location code of the folder that holds name at path; -1 for none of the format's four.
 int locationOf(const std::array<QString, LocationCount> &folders, const QString &path,
-               const QString &name) {
+               const QString &name)
+{
     const QString folder = path.left(path.size() - name.size() - 1);
     for (int loc = 0; loc < LocationCount; ++loc)
         if (folders[size_t(loc)] == folder)
@@ -53,8 +58,9 @@ int locationOf(const std::array<QString, LocationCount> &folders, const QString 
 // "enabled"/"enable", "disabled", "moved to system", "moved to user", or a state and a place
 // joined by "and". Paths outside the four folders go by enabledFallback.
 std::pair<QString, QString> moveWords(const std::array<QString, LocationCount> &folders,
-                                      const QString &from, const QString &to,
-                                      const QString &name, bool enabledFallback) {
+                                      const QString &from, const QString &to, const QString &name,
+                                      bool enabledFallback)
+{
     const int source = locationOf(folders, from, name);
     const int target = locationOf(folders, to, name);
     if (source < 0 || target < 0)
@@ -79,9 +85,12 @@ std::pair<QString, QString> moveWords(const std::array<QString, LocationCount> &
 } // namespace
 
 CliRunner::CliRunner(const Roots &defaults, QTextStream &out, QTextStream &err)
-    : m_defaults(defaults), m_out(out), m_err(err) {}
+    : m_defaults(defaults), m_out(out), m_err(err)
+{
+}
 
-int CliRunner::run(const Options &options) {
+int CliRunner::run(const Options &options)
+{
     if (options.command == Options::Help) {
         m_out << helpText();
         m_out.flush();
@@ -119,7 +128,8 @@ int CliRunner::run(const Options &options) {
     }
 }
 
-int CliRunner::applySets(CliSession &session, const Options &options) {
+int CliRunner::applySets(CliSession &session, const Options &options)
+{
     // Each document is read once, before anything is locked or changed: a pipe gives its bytes
     // only once, and a bad document must stop the run while nothing has happened yet.
     const FormatTable &table = FormatTable::builtIn();
@@ -158,7 +168,8 @@ int CliRunner::applySets(CliSession &session, const Options &options) {
     return status;
 }
 
-int CliRunner::list(CliSession &session, const Options &options) {
+int CliRunner::list(CliSession &session, const Options &options)
+{
     AppContext &context = session.controllers();
     QJsonArray array;
     TextTable table;
@@ -191,7 +202,8 @@ int CliRunner::list(CliSession &session, const Options &options) {
     return ExitDone;
 }
 
-int CliRunner::switchNamed(CliSession &session, const Options &options, bool on) {
+int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
+{
     if (!lockLibrary(session))
         return ExitMoveFailed;
     AppContext &context = session.controllers();
@@ -231,7 +243,8 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
     return report(context, options.format, manager->applyAllPending());
 }
 
-int CliRunner::duplicates(CliSession &session, const Options &options) {
+int CliRunner::duplicates(CliSession &session, const Options &options)
+{
     AppContext &context = session.controllers();
     QJsonArray array;
     TextTable table;
@@ -255,7 +268,8 @@ int CliRunner::duplicates(CliSession &session, const Options &options) {
     return ExitDone;
 }
 
-int CliRunner::saveSet(CliSession &session, const Options &options) {
+int CliRunner::saveSet(CliSession &session, const Options &options)
+{
     AppContext &context = session.controllers();
     TypeManager *manager = context.manager(options.format);
     manager->reloadData();
@@ -268,7 +282,8 @@ int CliRunner::saveSet(CliSession &session, const Options &options) {
     return ExitDone;
 }
 
-int CliRunner::showSet(CliSession &session, const Options &options) {
+int CliRunner::showSet(CliSession &session, const Options &options)
+{
     QString problem;
     // Decoded without controllers: showing a document must not touch the user's data.
     const std::optional<QList<AUItemPtr>> items =
@@ -294,7 +309,8 @@ int CliRunner::showSet(CliSession &session, const Options &options) {
     return ExitDone;
 }
 
-bool CliRunner::lockLibrary(CliSession &session) {
+bool CliRunner::lockLibrary(CliSession &session)
+{
     QString failure;
     if (session.lockLibrary(&failure))
         return true;
@@ -303,13 +319,15 @@ bool CliRunner::lockLibrary(CliSession &session) {
     return false;
 }
 
-int CliRunner::usageError(const QString &message) {
+int CliRunner::usageError(const QString &message)
+{
     m_err << "KorvaneCMD: " << message << '\n';
     m_err.flush();
     return ExitUsage;
 }
 
-int CliRunner::report(const AppContext &context, int type, const QList<MoveOutcome> &outcomes) {
+int CliRunner::report(const AppContext &context, int type, const QList<MoveOutcome> &outcomes)
+{
     const std::array<QString, LocationCount> folders =
         context.locations().folderPaths(context.formats().at(type));
     int status = ExitDone;
@@ -335,12 +353,14 @@ int CliRunner::report(const AppContext &context, int type, const QList<MoveOutco
     return status;
 }
 
-void CliRunner::printJson(const QJsonArray &array) {
+void CliRunner::printJson(const QJsonArray &array)
+{
     m_out << QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Indented));
     m_out.flush();
 }
 
-QList<int> CliRunner::formats(const Options &options) {
+QList<int> CliRunner::formats(const Options &options)
+{
     if (options.format >= 0)
         return {options.format};
     QList<int> all;
@@ -349,7 +369,8 @@ QList<int> CliRunner::formats(const Options &options) {
     return all;
 }
 
-int run(const Options &options, const Roots &defaults, QTextStream &out, QTextStream &err) {
+int run(const Options &options, const Roots &defaults, QTextStream &out, QTextStream &err)
+{
     return CliRunner(defaults, out, err).run(options);
 }
 

@@ -96,7 +96,7 @@ bool CliSession::lockLibrary(QString *failure)
 bool CliSession::isReadOnly(const Options &options)
 {
     return options.command == Options::List || options.command == Options::Duplicates
-        || options.command == Options::ShowSet;
+           || options.command == Options::ShowSet;
 }
 
 QString CliSession::resolvePath(const QString &path) const

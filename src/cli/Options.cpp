@@ -19,14 +19,16 @@ constexpr CommandWord kCommands[] = {
     {"save-set", Options::SaveSet}, {"show-set", Options::ShowSet},
 };
 
-std::optional<Options::Command> commandFromWord(const QString &word) {
+std::optional<Options::Command> commandFromWord(const QString &word)
+{
     for (const CommandWord &entry : kCommands)
         if (word == QLatin1String(entry.word))
             return entry.command;
     return std::nullopt;
 }
 
-QString commandWord(Options::Command command) {
+QString commandWord(Options::Command command)
+{
     for (const CommandWord &entry : kCommands)
         if (entry.command == command)
             return QLatin1String(entry.word);
@@ -34,18 +36,21 @@ QString commandWord(Options::Command command) {
 }
 
 // "-AU", "-rtas", ...: the set options of the launch script, in any case.
-std::optional<int> setOptionType(const FormatTable &formats, const QString &arg) {
+std::optional<int> setOptionType(const FormatTable &formats, const QString &arg)
+{
     if (!arg.startsWith(QLatin1Char('-')) || arg.startsWith(QLatin1String("--")))
         return std::nullopt;
     return formats.typeOfName(arg.mid(1));
 }
 
-bool takesValue(const FormatTable &formats, const QString &name) {
-    return name == QLatin1String("--root") || name == QLatin1String("--home") ||
-           name == QLatin1String("--format") || setOptionType(formats, name).has_value();
+bool takesValue(const FormatTable &formats, const QString &name)
+{
+    return name == QLatin1String("--root") || name == QLatin1String("--home")
+           || name == QLatin1String("--format") || setOptionType(formats, name).has_value();
 }
 
-bool isKnownOption(const FormatTable &formats, const QString &arg) {
+bool isKnownOption(const FormatTable &formats, const QString &arg)
+{
     const QString name = arg.section(QLatin1Char('='), 0, 0);
     static const QStringList flags{QStringLiteral("--json"), QStringLiteral("--verbose"),
                                    QStringLiteral("-v"),     QStringLiteral("--help"),
@@ -57,9 +62,12 @@ bool isKnownOption(const FormatTable &formats, const QString &arg) {
 class Parser {
 public:
     Parser(const QStringList &arguments, const FormatTable &formats)
-        : m_args(arguments), m_formats(formats) {}
+        : m_args(arguments), m_formats(formats)
+    {
+    }
 
-    ParsedCommandLine parse() {
+    ParsedCommandLine parse()
+    {
         for (m_index = 0; m_index < m_args.size(); ++m_index)
             step(m_args.at(m_index));
 
@@ -76,12 +84,14 @@ public:
     }
 
 private:
-    void fail(const QString &message) {
+    void fail(const QString &message)
+    {
         if (m_error.isEmpty())
             m_error = message;
     }
 
-    void step(const QString &arg) {
+    void step(const QString &arg)
+    {
         if (m_endOfOptions || !arg.startsWith(QLatin1Char('-')) || arg == QLatin1String("-")) {
             positional(arg);
             return;
@@ -119,13 +129,15 @@ private:
 
     // The next argument, unless there is none or it is an option itself: "-AU --json" lacks its
     // set.
-    std::optional<QString> nextValue() {
+    std::optional<QString> nextValue()
+    {
         if (m_index + 1 >= m_args.size() || isKnownOption(m_formats, m_args.at(m_index + 1)))
             return std::nullopt;
         return m_args.at(++m_index);
     }
 
-    QString valueName(const QString &name) const {
+    QString valueName(const QString &name) const
+    {
         if (name == QLatin1String("--format"))
             return QStringLiteral("a format (%1)").arg(formatNames());
         if (setOptionType(m_formats, name))
@@ -133,7 +145,8 @@ private:
         return QStringLiteral("a folder");
     }
 
-    void assign(const QString &name, const QString &value) {
+    void assign(const QString &name, const QString &value)
+    {
         auto once = [&](QString &field) {
             if (!field.isEmpty())
                 fail(QStringLiteral("option %1 given twice").arg(name));
@@ -159,7 +172,8 @@ private:
         }
     }
 
-    void positional(const QString &arg) {
+    void positional(const QString &arg)
+    {
         if (!m_commandGiven && !m_endOfOptions) {
             const std::optional<Options::Command> command = commandFromWord(arg);
             if (!command) {
@@ -173,7 +187,8 @@ private:
         m_positional << arg;
     }
 
-    void check() {
+    void check()
+    {
         const Options::Command command = m_options.command;
         const QString word = commandWord(command);
         bool anySet = false;
@@ -187,10 +202,10 @@ private:
         }
 
         const bool formatAllowed = command != Options::Apply && command != Options::ShowSet;
-        const bool formatRequired = command == Options::Enable || command == Options::Disable ||
-                                    command == Options::SaveSet;
-        const bool jsonAllowed = command == Options::List || command == Options::Duplicates ||
-                                 command == Options::ShowSet;
+        const bool formatRequired = command == Options::Enable || command == Options::Disable
+                                    || command == Options::SaveSet;
+        const bool jsonAllowed = command == Options::List || command == Options::Duplicates
+                                 || command == Options::ShowSet;
 
         if (command == Options::Apply && !anySet)
             fail(QStringLiteral("nothing to do: give a set (%1) or a command").arg(setFlags()));
@@ -226,14 +241,17 @@ private:
         }
     }
 
-    QString formatNames() const {
+    QString formatNames() const
+    {
         QStringList names;
         for (const Format &format : m_formats)
             names << format.commandLineName();
         const QString last = names.takeLast();
-        return names.isEmpty() ? last : names.join(QStringLiteral(", ")) + QStringLiteral(" or ") + last;
+        return names.isEmpty() ? last
+                               : names.join(QStringLiteral(", ")) + QStringLiteral(" or ") + last;
     }
-    QString setFlags() const {
+    QString setFlags() const
+    {
         QStringList flags;
         for (const Format &format : m_formats)
             flags << format.commandLineFlag() + QStringLiteral(" SET");
@@ -255,11 +273,13 @@ private:
 
 } // namespace
 
-ParsedCommandLine parseCommandLine(const QStringList &arguments, const FormatTable &formats) {
+ParsedCommandLine parseCommandLine(const QStringList &arguments, const FormatTable &formats)
+{
     return Parser(arguments, formats).parse();
 }
 
-QStringList toCommandLine(const Options &options, const FormatTable &formats) {
+QStringList toCommandLine(const Options &options, const FormatTable &formats)
+{
     if (options.command == Options::Help)
         return {QStringLiteral("--help")};
     if (options.command == Options::Version)
@@ -296,11 +316,13 @@ QStringList toCommandLine(const Options &options, const FormatTable &formats) {
     return args + positional;
 }
 
-QString versionText() {
+QString versionText()
+{
     return kProgram + QLatin1Char(' ') + QStringLiteral(KORVANE_VERSION);
 }
 
-QString helpText() {
+QString helpText()
+{
     return QStringLiteral(
         "Usage: KorvaneCMD [--root DIR] [--home DIR] [-AU SET] [-RTAS SET] [-MAS SET] [-VST SET]\n"
         "       KorvaneCMD [--root DIR] [--home DIR] COMMAND [--format F] [--json] [ARGUMENT...]\n"

@@ -14,10 +14,10 @@ struct Options {
     enum Command { Apply, List, Enable, Disable, Duplicates, SaveSet, ShowSet, Help, Version };
 
     Command command = Apply;
-    QString root{};                      // --root; empty: KORVANE_ROOT as it stands
-    QString home{};                      // --home; empty: HOME as it stands
+    QString root{};        // --root; empty: KORVANE_ROOT as it stands
+    QString home{};        // --home; empty: HOME as it stands
     QList<QString> sets{}; // -AU, -RTAS, -MAS, -VST, ... by type index; empty: none
-    int format = -1;                     // --format as a type index; -1: every format
+    int format = -1;       // --format as a type index; -1: every format
     bool json = false;
     bool verbose = false;
     QStringList names{}; // enable, disable
@@ -40,6 +40,5 @@ QStringList toCommandLine(const Options &options,
 
 QString helpText();
 QString versionText();
-
 
 } // namespace korvane

@@ -12,7 +12,8 @@ int main(int argc, char *argv[])
     QTextStream out(stdout);
     QTextStream err(stderr);
 
-    const korvane::ParsedCommandLine parsed = korvane::parseCommandLine(QCoreApplication::arguments().mid(1));
+    const korvane::ParsedCommandLine parsed =
+        korvane::parseCommandLine(QCoreApplication::arguments().mid(1));
     if (!parsed.options) {
         err << "KorvaneCMD: " << parsed.error << "\nTry \"KorvaneCMD --help\".\n";
         return korvane::ExitUsage;

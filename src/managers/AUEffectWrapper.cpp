@@ -56,11 +56,11 @@ bool matches(const ComponentDescription &component, const ComponentDescription &
         return false;
     if (wanted.componentSubType && wanted.componentSubType != component.componentSubType)
         return false;
-    if (wanted.componentManufacturer &&
-        wanted.componentManufacturer != component.componentManufacturer)
+    if (wanted.componentManufacturer
+        && wanted.componentManufacturer != component.componentManufacturer)
         return false;
-    return (component.componentFlags & wanted.componentFlagsMask) ==
-           (wanted.componentFlags & wanted.componentFlagsMask);
+    return (component.componentFlags & wanted.componentFlagsMask)
+           == (wanted.componentFlags & wanted.componentFlagsMask);
 }
 
 // The registered component bundles in registry order: the system folder before the user's, each

@@ -5,9 +5,9 @@ namespace korvane {
 QString FormatTraits::toggleActionName(const QString &name, bool active, bool global,
                                        bool globalFlag) const
 {
-    const QString word =
-        globalFlag ? (global ? QStringLiteral("setGlobal") : QStringLiteral("setLocal"))
-                   : (active ? activeOnWord : activeOffWord);
+    const QString word = globalFlag
+                             ? (global ? QStringLiteral("setGlobal") : QStringLiteral("setLocal"))
+                             : (active ? activeOnWord : activeOffWord);
     if (!wordFirst)
         return QStringLiteral("%1 \"%2\"").arg(name, word);
     if (globalFlag)

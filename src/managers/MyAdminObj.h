@@ -15,7 +15,10 @@ public:
     static MyAdminObj *getAUObj();
 
     void AUActivate() { activate(); }
-    int findAUItemIndex(const QString &name, int itemID) const { return findItemIndex(name, itemID); }
+    int findAUItemIndex(const QString &name, int itemID) const
+    {
+        return findItemIndex(name, itemID);
+    }
     bool isAudioUnit(const QString &name) const { return recognise(name); }
     void AURescan() { rescan(); }
     void AUGetInfo() { getInfo(); }

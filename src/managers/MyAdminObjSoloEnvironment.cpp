@@ -80,8 +80,8 @@ void MyAdminObj::getPluginList()
     std::optional<Component> component;
     const QStringList folders{locations().folderPath(traits(), LocSystemActive),
                               locations().folderPath(traits(), LocUserActive)};
-    while ((component =
-                ComponentManager::findNextComponent(files(), folders, component, description)))
+    while (
+        (component = ComponentManager::findNextComponent(files(), folders, component, description)))
         pluginList << std::make_shared<AUEffectWrapper>(*component);
 }
 

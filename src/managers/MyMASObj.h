@@ -12,7 +12,10 @@ public:
     static MyMASObj *getMASObj();
 
     void MASActivate() { activate(); }
-    int findMASItemIndex(const QString &name, int itemID) const { return findItemIndex(name, itemID); }
+    int findMASItemIndex(const QString &name, int itemID) const
+    {
+        return findItemIndex(name, itemID);
+    }
     bool isMASPlugIn(const QString &path) const { return recognise(path); }
     void MASRescan() { rescan(); }
     void MASGetInfo() { getInfo(); }

@@ -12,7 +12,10 @@ public:
     static MyRTASObj *getRTASObj();
 
     void RTASActivate() { activate(); }
-    int findRTASItemIndex(const QString &name, int itemID) const { return findItemIndex(name, itemID); }
+    int findRTASItemIndex(const QString &name, int itemID) const
+    {
+        return findItemIndex(name, itemID);
+    }
     bool isRTASPlugIn(const QString &path) const { return recognise(path); }
     void RTASRescan() { rescan(); }
     void RTASGetInfo() { getInfo(); }

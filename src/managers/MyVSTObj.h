@@ -12,7 +12,10 @@ public:
     static MyVSTObj *getVSTObj();
 
     void VSTActivate() { activate(); }
-    int findVSTItemIndex(const QString &name, int itemID) const { return findItemIndex(name, itemID); }
+    int findVSTItemIndex(const QString &name, int itemID) const
+    {
+        return findItemIndex(name, itemID);
+    }
     bool isVSTPlugIn(const QString &path) const { return recognise(path); }
     void VSTRescan() { rescan(); }
     void VSTGetInfo() { getInfo(); }

@@ -22,7 +22,8 @@ namespace {
 constexpr qint64 kMaxDocumentSize = 64 * 1024 * 1024;
 
 // nullopt: not a set document. An empty list: a document of no items.
-std::optional<QList<AUItemPtr>> decodeItems(const QByteArray &bytes, AppServices *registry) {
+std::optional<QList<AUItemPtr>> decodeItems(const QByteArray &bytes, AppServices *registry)
+{
     const std::optional<ArchivedObjectPtr> root = TypedStreamReader::read(bytes);
     if (!root || !*root || !(*root)->isArray())
         return std::nullopt;
@@ -38,14 +39,16 @@ std::optional<QList<AUItemPtr>> decodeItems(const QByteArray &bytes, AppServices
     return items;
 }
 
-std::optional<QByteArray> fail(QString *problem, const QString &why) {
+std::optional<QByteArray> fail(QString *problem, const QString &why)
+{
     if (problem)
         *problem = why;
     return std::nullopt;
 }
 
 // The bytes of a plain file or a pipe, read once.
-std::optional<QByteArray> readOnce(const QString &path, QString *problem) {
+std::optional<QByteArray> readOnce(const QString &path, QString *problem)
+{
     // Opening a FIFO for reading would wait for a writer; without blocking it opens at once, and
     // with nobody writing the first read then finds its end.
     const int fd =
@@ -98,7 +101,8 @@ std::optional<QByteArray> readOnce(const QString &path, QString *problem) {
 
 } // namespace
 
-QByteArray SetDocument::encode(const QList<AUItemPtr> &items) {
+QByteArray SetDocument::encode(const QList<AUItemPtr> &items)
+{
     // The two flag strings are archived once each and referenced after that: the layout that
     // existing set documents have, byte for byte.
     const ArchivedObjectPtr yes = TypedStreamWriter::makeString(QStringLiteral("YES"));
@@ -118,17 +122,20 @@ QByteArray SetDocument::encode(const QList<AUItemPtr> &items) {
     return TypedStreamWriter::write(TypedStreamWriter::makeArray(elements));
 }
 
-QList<AUItemPtr> SetDocument::decode(const QByteArray &bytes, AppServices *registry) {
+QList<AUItemPtr> SetDocument::decode(const QByteArray &bytes, AppServices *registry)
+{
     return decodeItems(bytes, registry).value_or(QList<AUItemPtr>());
 }
 
-bool SetDocument::write(FileOperations &files, const QString &path, const QList<AUItemPtr> &items) {
+bool SetDocument::write(FileOperations &files, const QString &path, const QList<AUItemPtr> &items)
+{
     // Written beside the target and renamed over it, so a failed save keeps the old document.
     return files.writeFileAtomically(path, encode(items));
 }
 
 std::optional<QList<AUItemPtr>> SetDocument::load(const QString &path, QString *problem,
-                                                  AppServices *registry) {
+                                                  AppServices *registry)
+{
     const std::optional<QByteArray> bytes = readOnce(path, problem);
     if (!bytes)
         return std::nullopt;
@@ -138,7 +145,8 @@ std::optional<QList<AUItemPtr>> SetDocument::load(const QString &path, QString *
     return items;
 }
 
-QList<AUItemPtr> SetDocument::read(const QString &path, AppServices *registry) {
+QList<AUItemPtr> SetDocument::read(const QString &path, AppServices *registry)
+{
     return load(path, nullptr, registry).value_or(QList<AUItemPtr>());
 }
 

@@ -8,9 +8,11 @@
 namespace korvane {
 
 TypeManager::TypeManager(const Format &format, const ManagerParts &parts)
-    : m_traits(format), m_parts(parts), fileName(QStringLiteral("Untitled")),
-      m_columns{QStringLiteral("AUActive"), QStringLiteral("AUName"), QStringLiteral("AUGlobal"),
-                QStringLiteral("AUGroup")},
+    : m_traits(format), m_parts(parts),
+      fileName(QStringLiteral("Untitled")), m_columns{QStringLiteral("AUActive"),
+                                                      QStringLiteral("AUName"),
+                                                      QStringLiteral("AUGlobal"),
+                                                      QStringLiteral("AUGroup")},
       m_sortDescriptors{{QStringLiteral("AUName"), true, true}}
 {
 }
@@ -75,8 +77,8 @@ void TypeManager::selectItems(const QList<AUItemPtr> &items, const AUItemPtr &la
     if (lastSelected && !m_selection.contains(lastSelected))
         m_selection << lastSelected;
     // Without a word on which came last, the last one given stands for it.
-    m_lastSelected = lastSelected ? lastSelected : (m_selection.isEmpty() ? AUItemPtr()
-                                                                          : m_selection.last());
+    m_lastSelected =
+        lastSelected ? lastSelected : (m_selection.isEmpty() ? AUItemPtr() : m_selection.last());
     emit selectionChanged();
 }
 
@@ -136,7 +138,8 @@ void TypeManager::createParentAndFolder(bool system)
     // Whatever exists at a path is left alone, folder or not.
     const QString parent = m_traits.parentFolder;
     const int loc = system ? LocSystemActive : LocUserActive;
-    for (const QString &path : {system ? parent : QLatin1Char('~') + parent, m_traits.folder(loc)}) {
+    for (const QString &path :
+         {system ? parent : QLatin1Char('~') + parent, m_traits.folder(loc)}) {
         const QString expanded = locations().expand(path);
         if (!path.isEmpty() && !files().exists(expanded))
             files().createDirectory(expanded);

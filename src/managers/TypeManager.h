@@ -30,7 +30,8 @@ struct ManagerParts {
 
 // One column of the table's sort order.
 struct SortDescriptor {
-    QString key; // a column identifier: "AUName", "AULocation", "AUActive", "AUGlobal", "AUGroup", "AUType"
+    QString key; // a column identifier: "AUName", "AULocation", "AUActive", "AUGlobal", "AUGroup",
+                 // "AUType"
     bool ascending = true;
     bool caseInsensitive = false;
 };
@@ -38,9 +39,9 @@ struct SortDescriptor {
 // What happened to one pending plug-in when it was applied.
 struct MoveOutcome {
     QString name;
-    QString from;  // full source path
-    QString to;    // full target path
-    bool enabled;  // moved into an active folder
+    QString from; // full source path
+    QString to;   // full target path
+    bool enabled; // moved into an active folder
     bool ok;
     FileError error;
     // Not moved because another installed copy of the plug-in lies at the target; both stay.
@@ -76,7 +77,10 @@ public:
     // --- The list ------------------------------------------------------------------------------
     const PluginList &plugins() const { return m_list; }
     const QList<AUItemPtr> &items() const { return m_list.items(); }
-    AUItemPtr itemAt(int row) const { return m_list.isValidRow(row) ? m_list.at(row) : AUItemPtr(); }
+    AUItemPtr itemAt(int row) const
+    {
+        return m_list.isValidRow(row) ? m_list.at(row) : AUItemPtr();
+    }
     int rowOf(const AUItemPtr &item) const { return item ? m_list.rowOf(item.get()) : -1; }
 
     // --- Scanning --------------------------------------------------------------------------
@@ -89,8 +93,8 @@ public:
     int countOfUnprocessedLogItems() const { return m_list.pendingCount(); }
     void checkLogForUpdate(const AUItemPtr &item);
     int findItemIndex(const QString &name, int itemID) const;
-    void activate();                       // offers to save the set, then applyAllPending
-    QList<MoveOutcome> applyAllPending();  // every pending record, then one rescan
+    void activate();                      // offers to save the set, then applyAllPending
+    QList<MoveOutcome> applyAllPending(); // every pending record, then one rescan
     void moveContent(const AUItemPtr &item);
     void setAllActive();
     void setAllInactive();
@@ -127,7 +131,8 @@ public:
     bool shouldSelectRow(int row);
     void sortDescriptorsDidChange(const QList<SortDescriptor> &descriptors);
     QStringList writeRows(const QList<int> &rows) const;
-    DropValidation validateDrop(int proposedRow, bool proposedOnRow, bool fromInsideApplication) const;
+    DropValidation validateDrop(int proposedRow, bool proposedOnRow,
+                                bool fromInsideApplication) const;
     bool acceptDrop(const QStringList &paths);
 
     // --- Groups --------------------------------------------------------------------------------

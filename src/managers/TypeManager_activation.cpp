@@ -6,11 +6,11 @@
 #include "app/AppServices.h"
 #include "app/PathChecks.h"
 #include "panels/MyPrefObj.h"
+#include "platform/FormatTable.h"
 #include "platform/LibraryLock.h"
 #include "platform/Locations.h"
 #include "platform/SystemLog.h"
 #include "platform/Texts.h"
-#include "platform/FormatTable.h"
 #include "privileged/BLAuthentication.h"
 #include "ui/UserInterface.h"
 
@@ -26,7 +26,8 @@ namespace {
 
 // Another program moving the same plug-ins at the same time could leave one in neither folder;
 // while one does, nothing moves and the user is told who it is.
-bool libraryLocked(const LibraryLock &lock, UserInterface &ui) {
+bool libraryLocked(const LibraryLock &lock, UserInterface &ui)
+{
     if (lock.isLocked())
         return true;
     Alert alert;
@@ -179,9 +180,9 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
                            [&](const QString &path) { return liesInside(path, outcome.to); }));
     if (otherCopy) {
         systemLog(QStringLiteral("Target is an installed copy, both kept: %1").arg(outcome.to));
-        main->addLogEntry(this, tr("%1 stays in %2: another installed copy lies at %3\n")
-                                    .arg(outcome.name, m_list.records().at(logIndex).getLogPath(),
-                                         outcome.to));
+        main->addLogEntry(
+            this, tr("%1 stays in %2: another installed copy lies at %3\n")
+                      .arg(outcome.name, m_list.records().at(logIndex).getLogPath(), outcome.to));
         outcome.otherCopyAtTarget = true;
         reportFailure({outcome.to, QStringLiteral("Another installed copy of the plug-in lies "
                                                   "there; both copies are kept")});
@@ -299,8 +300,9 @@ void TypeManager::setGroupActive()
     if (!selected)
         return;
     const int group = selected->getGroupID();
-    markAll([group](const AUItem &item) { return !item.getAUActive() && item.groupIDEqualTo(group); },
-            true);
+    markAll(
+        [group](const AUItem &item) { return !item.getAUActive() && item.groupIDEqualTo(group); },
+        true);
 }
 
 void TypeManager::setGroupInactive()
@@ -309,8 +311,9 @@ void TypeManager::setGroupInactive()
     if (!selected)
         return;
     const int group = selected->getGroupID();
-    markAll([group](const AUItem &item) { return item.getAUActive() && item.groupIDEqualTo(group); },
-            false);
+    markAll(
+        [group](const AUItem &item) { return item.getAUActive() && item.groupIDEqualTo(group); },
+        false);
 }
 
 // The selected-row commands set every selected item whatever its state, so each one's record is

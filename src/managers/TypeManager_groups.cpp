@@ -10,11 +10,13 @@
 
 namespace korvane {
 
-QString TypeManager::groupsFilePath() const {
+QString TypeManager::groupsFilePath() const
+{
     return locations().dataFilePath(m_traits.groupsFile);
 }
 
-void TypeManager::saveGroups() {
+void TypeManager::saveGroups()
+{
     // A format that was never scanned (switched off) holds no items: writing its list would wipe
     // the groups its plug-ins had.
     if (!m_scanned)
@@ -28,7 +30,8 @@ void TypeManager::saveGroups() {
     });
 }
 
-QString TypeManager::findGroup(const QVariantList &groups, const QString &name) {
+QString TypeManager::findGroup(const QVariantList &groups, const QString &name)
+{
     // The file is read from disk: anything but a string pair is passed over, never trusted.
     for (qsizetype i = 0; i + 1 < groups.size(); i += 2) {
         const QVariant &key = groups.at(i);
@@ -40,7 +43,8 @@ QString TypeManager::findGroup(const QVariantList &groups, const QString &name) 
     return QStringLiteral("");
 }
 
-void TypeManager::changeGroup(const AUItemPtr &item, const QString &group) {
+void TypeManager::changeGroup(const AUItemPtr &item, const QString &group)
+{
     if (!item)
         return;
     UndoManager *undo = services().getUndoManager();
@@ -62,7 +66,8 @@ void TypeManager::changeGroup(const AUItemPtr &item, const QString &group) {
     saveGroups();
 }
 
-void TypeManager::setGroup(const QString &menuTitle) {
+void TypeManager::setGroup(const QString &menuTitle)
+{
     const QString group =
         menuTitle == QLatin1String("none") ? QString(QLatin1String("")) : menuTitle;
     const QList<AUItemPtr> selected = selectedItems();
@@ -72,11 +77,13 @@ void TypeManager::setGroup(const QString &menuTitle) {
     saveGroups();
 }
 
-int TypeManager::numberOfItemsInComboBoxCell() const {
+int TypeManager::numberOfItemsInComboBoxCell() const
+{
     return int(services().getGroups().size());
 }
 
-QString TypeManager::comboBoxCellObjectValue(int index) const {
+QString TypeManager::comboBoxCellObjectValue(int index) const
+{
     return services().getGroups().value(index);
 }
 

@@ -4,8 +4,8 @@
 
 #include "app/AppServices.h"
 #include "panels/MyPrefObj.h"
-#include "platform/FormatTable.h"
 #include "platform/Bundle.h"
+#include "platform/FormatTable.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
 #include "platform/ScanCache.h"
@@ -120,9 +120,8 @@ void TypeManager::reloadData()
     fileName = QStringLiteral("Untitled");
     m_scanned = true;
 
-    const GroupIndex groups(
-        PropertyList::readArray(locations().dataFilePath(m_traits.groupsFile))
-            .value_or(QVariantList{}));
+    const GroupIndex groups(PropertyList::readArray(locations().dataFilePath(m_traits.groupsFile))
+                                .value_or(QVariantList{}));
 
     FileOperations &files = this->files();
     UserInterface &ui = this->ui();

@@ -26,7 +26,8 @@ const QString kNoSet = QStringLiteral("no set");
 
 } // namespace
 
-void TypeManager::awakeFromNib() {
+void TypeManager::awakeFromNib()
+{
     const std::optional<QStringList> stored =
         PropertyList::readStringArray(locations().dataFilePath(m_traits.setsFile));
     QStringList titles;
@@ -49,12 +50,14 @@ void TypeManager::awakeFromNib() {
     setSetName(m_traits.windowLoadName);
 }
 
-void TypeManager::newButtonPressed() {
+void TypeManager::newButtonPressed()
+{
     reloadData();
     setSetName(m_traits.untitledName);
 }
 
-void TypeManager::save() {
+void TypeManager::save()
+{
     if (etName == m_traits.untitledName)
         saveAs();
     else
@@ -62,7 +65,8 @@ void TypeManager::save() {
     bChanged = false;
 }
 
-void TypeManager::saveAs() {
+void TypeManager::saveAs()
+{
     SavePanelRequest request;
     request.directory = locations().documentsFolder();
     request.fileName = m_traits.savePanelName;
@@ -73,7 +77,8 @@ void TypeManager::saveAs() {
         savePanelDidEnd(0, QString());
 }
 
-void TypeManager::savePanelDidEnd(int returnCode, const QString &path) {
+void TypeManager::savePanelDidEnd(int returnCode, const QString &path)
+{
     if (returnCode != 1)
         return;
     archivePlugins(path);
@@ -86,7 +91,8 @@ void TypeManager::savePanelDidEnd(int returnCode, const QString &path) {
     bChanged = false;
 }
 
-void TypeManager::open() {
+void TypeManager::open()
+{
     OpenPanelRequest request;
     request.directory = locations().documentsFolder();
     request.allowedTypes = m_traits.documentExtension.split(QLatin1Char(' '));
@@ -97,7 +103,8 @@ void TypeManager::open() {
         openPanelDidEnd(0, QString());
 }
 
-void TypeManager::openPanelDidEnd(int returnCode, const QString &path) {
+void TypeManager::openPanelDidEnd(int returnCode, const QString &path)
+{
     if (returnCode != 1)
         return;
     // Opened first and selected afterwards: a "no set" chosen by openSet is overridden.
@@ -109,7 +116,8 @@ void TypeManager::openPanelDidEnd(int returnCode, const QString &path) {
     selectSetIndex(pbSetsTitles.indexOf(path));
 }
 
-void TypeManager::openDefaultSet(const QString &path) {
+void TypeManager::openDefaultSet(const QString &path)
+{
     if (!pbSetsTitles.contains(path)) {
         pbSetsTitles << path;
         emit setsChanged();
@@ -203,7 +211,8 @@ QStringList TypeManager::mergeItems(const QList<AUItemPtr> &saved)
     return missing;
 }
 
-void TypeManager::openSet(const QString &path) {
+void TypeManager::openSet(const QString &path)
+{
     MyMissingItems &missingItems = m_parts.missingItems;
     missingItems.removeMissingItems();
     const QStringList missing = mergeSet(path);
@@ -223,7 +232,8 @@ void TypeManager::openSet(const QString &path) {
         activate();
 }
 
-void TypeManager::selectSet(int index) {
+void TypeManager::selectSet(int index)
+{
     selectSetIndex(index);
     for (;;) {
         if (pbSetsIndex < 1) {
@@ -259,7 +269,8 @@ void TypeManager::selectSet(int index) {
     }
 }
 
-void TypeManager::updateSet() {
+void TypeManager::updateSet()
+{
     if (!bChanged)
         return;
     // Compared with a capital S, so the pop-up's "no set" never matches.
@@ -278,7 +289,8 @@ void TypeManager::updateSet() {
     }
 }
 
-void TypeManager::saveSets() {
+void TypeManager::saveSets()
+{
     const QString path = locations().dataFilePath(m_traits.setsFile);
     services().createSupportFolder(); // a fresh home has none yet
     QVariantList titles;
@@ -290,14 +302,16 @@ void TypeManager::saveSets() {
     });
 }
 
-QString TypeManager::getSelectedSet() const {
+QString TypeManager::getSelectedSet() const
+{
     const QString title = pbSetsTitles.value(pbSetsIndex);
     if (pbSetsIndex < 0 || pbSetsIndex >= pbSetsTitles.size() || title == kNoSet)
         return QString();
     return title;
 }
 
-bool TypeManager::archivePlugins(const QString &path) const {
+bool TypeManager::archivePlugins(const QString &path) const
+{
     return SetDocument::write(files(), path, m_list.items());
 }
 

@@ -167,7 +167,9 @@ std::shared_ptr<AUItem> AUItem::initWithCoder(const QList<std::shared_ptr<Archiv
     };
     if (!isString(0) || !isString(1))
         return nullptr;
-    auto flag = [&](qsizetype i) { return isString(i) && objects.at(i)->string == QLatin1String("YES"); };
+    auto flag = [&](qsizetype i) {
+        return isString(i) && objects.at(i)->string == QLatin1String("YES");
+    };
 
     auto item = std::make_shared<AUItem>(registry);
     item->setAUName(objects.at(0)->string);

@@ -75,8 +75,9 @@ public:
     QStringList encodeWithCoder() const;
     // Rebuilds an item from the four decoded objects; a flag is YES only for the string "YES",
     // a missing or non-string object counts as NO. Null when name or location is not a string.
-    static std::shared_ptr<AUItem> initWithCoder(const QList<std::shared_ptr<ArchivedObject>> &objects,
-                                                 AppServices *registry = nullptr);
+    static std::shared_ptr<AUItem>
+    initWithCoder(const QList<std::shared_ptr<ArchivedObject>> &objects,
+                  AppServices *registry = nullptr);
 
 private:
     void saveContent();

@@ -42,7 +42,8 @@ void MyInfoObj::showInfo(const AUItemPtr &item)
         const QVariantMap info = Bundle::infoDictionary(bundlePath).value_or(QVariantMap());
         etIFName = infoString(info, QStringLiteral("CFBundleName"), item->getAUName());
         etIFVersion = infoString(info, QStringLiteral("CFBundleVersion"), QStringLiteral("???"));
-        etIFInfo = infoString(info, QStringLiteral("CFBundleGetInfoString"), QString(QLatin1String("")));
+        etIFInfo =
+            infoString(info, QStringLiteral("CFBundleGetInfoString"), QString(QLatin1String("")));
         pData = item;
     }
     // The preference may have changed since the panel was last filled.

@@ -21,33 +21,39 @@ const QString kActiveTabView = QStringLiteral("ActiveTabView");
 MyPrefObj::MyPrefObj(AppServices &services)
     : m_services(services), m_formats(services.formats()),
       prefs(std::make_unique<UserDefaults>(services.locations().userPreferencesPath(),
-                                           services.files(), &services)) {
+                                           services.files(), &services))
+{
     controls.types.resize(m_formats.count());
     checkDefaults();
 }
 
-MyPrefObj *MyPrefObj::getPref() {
+MyPrefObj *MyPrefObj::getPref()
+{
     return SharedInstance<MyPrefObj>::get();
 }
 
-QString MyPrefObj::keyPrefix(int type) const {
+QString MyPrefObj::keyPrefix(int type) const
+{
     const Format *format = m_formats.find(type);
     return format ? format->prefix : QString();
 }
 
-std::optional<QString> MyPrefObj::key(int type, const char *name) const {
+std::optional<QString> MyPrefObj::key(int type, const char *name) const
+{
     const Format *format = m_formats.find(type);
     if (!format)
         return std::nullopt;
     return format->preferenceKey(name);
 }
 
-bool MyPrefObj::boolForType(int type, const char *name) const {
+bool MyPrefObj::boolForType(int type, const char *name) const
+{
     const std::optional<QString> k = key(type, name);
     return k && prefs->boolForKey(*k);
 }
 
-void MyPrefObj::checkDefaults() {
+void MyPrefObj::checkDefaults()
+{
     FileOperations &files = m_services.files();
     const QString userFile = m_services.locations().userPreferencesPath();
     // An unreadable file counts as absent; it is kept aside before anything takes its place.
@@ -77,7 +83,8 @@ void MyPrefObj::checkDefaults() {
     prefs->setObjects(seed);
 }
 
-void MyPrefObj::awakeFromNib() {
+void MyPrefObj::awakeFromNib()
+{
     controls.types.resize(m_formats.count());
     controls.checkForUpdates = prefs->boolForKey(kCheckAtStartup);
     for (const Format &f : m_formats) {
@@ -97,17 +104,20 @@ void MyPrefObj::awakeFromNib() {
     }
 }
 
-void MyPrefObj::showPreferences() {
+void MyPrefObj::showPreferences()
+{
     m_visible = true;
 }
 
-bool MyPrefObj::windowShouldClose() {
+bool MyPrefObj::windowShouldClose()
+{
     updatePrefs();
     m_visible = false;
     return true;
 }
 
-void MyPrefObj::updatePrefs() {
+void MyPrefObj::updatePrefs()
+{
     controls.types.resize(m_formats.count());
     QList<QPair<QString, QVariant>> values{{kCheckAtStartup, controls.checkForUpdates}};
     for (const Format &f : m_formats) {
@@ -126,7 +136,8 @@ void MyPrefObj::updatePrefs() {
     prefs->setObjects(values);
 }
 
-void MyPrefObj::setDefault() {
+void MyPrefObj::setDefault()
+{
     OpenPanelRequest request;
     request.directory = m_services.locations().documentsFolder();
     // A tab's position is its format's type index plus one; another tab has no type to ask for.
@@ -136,7 +147,8 @@ void MyPrefObj::setDefault() {
     openPanelDidEnd(path ? 1 : 0, path.value_or(QString()));
 }
 
-void MyPrefObj::openPanelDidEnd(int returnCode, const QString &path) {
+void MyPrefObj::openPanelDidEnd(int returnCode, const QString &path)
+{
     if (returnCode == 1) {
         if (m_formats.isValid(controls.selectedTab - 1))
             controls.types[controls.selectedTab - 1].defaultSet = path;
@@ -145,49 +157,59 @@ void MyPrefObj::openPanelDidEnd(int returnCode, const QString &path) {
     updatePrefs();
 }
 
-std::optional<QString> MyPrefObj::getDefaultSet(int type) const {
+std::optional<QString> MyPrefObj::getDefaultSet(int type) const
+{
     const std::optional<QString> k = key(type, "DefaultSet");
     if (!k)
         return std::nullopt;
     return prefs->stringForKey(*k);
 }
 
-void MyPrefObj::setDefaultSet(int type, const QString &set) {
+void MyPrefObj::setDefaultSet(int type, const QString &set)
+{
     if (const std::optional<QString> k = key(type, "DefaultSet"))
         prefs->setObject(*k, set);
 }
 
-bool MyPrefObj::activateDefaultSet(int type) const {
+bool MyPrefObj::activateDefaultSet(int type) const
+{
     return boolForType(type, "ActivateAfterLoading");
 }
 
-bool MyPrefObj::isTypeActive(int type) const {
+bool MyPrefObj::isTypeActive(int type) const
+{
     return boolForType(type, "On");
 }
 
-bool MyPrefObj::showType(int type) const {
+bool MyPrefObj::showType(int type) const
+{
     return boolForType(type, "Type");
 }
 
-bool MyPrefObj::showContent(int type) const {
+bool MyPrefObj::showContent(int type) const
+{
     return boolForType(type, "ShowContent");
 }
 
-bool MyPrefObj::moveContent(int type) const {
+bool MyPrefObj::moveContent(int type) const
+{
     return boolForType(type, "MoveContent");
 }
 
-bool MyPrefObj::scanSubpaths(int type) const {
+bool MyPrefObj::scanSubpaths(int type) const
+{
     // Audio Units are never scanned below the top level of their folders.
     const Format *format = m_formats.find(type);
     return format && format->scansSubfolders && boolForType(type, "ScanSubfolders");
 }
 
-int MyPrefObj::getDefaultType() const {
+int MyPrefObj::getDefaultType() const
+{
     return int(prefs->integerForKey(kActiveTabView));
 }
 
-void MyPrefObj::setDefaultType(int type) {
+void MyPrefObj::setDefaultType(int type)
+{
     prefs->setObject(kActiveTabView, qint64(type));
 }
 

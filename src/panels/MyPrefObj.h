@@ -2,9 +2,9 @@
 
 #include "panels/UserDefaults.h"
 
+#include <QList>
 #include <QObject>
 #include <QString>
-#include <QList>
 #include <memory>
 #include <optional>
 
@@ -46,7 +46,7 @@ public:
     bool isWindowVisible() const { return m_visible; }
     bool windowShouldClose();
     void updatePrefs();
-    void setDefault();                                       // the set-document chooser of a tab
+    void setDefault(); // the set-document chooser of a tab
     void openPanelDidEnd(int returnCode, const QString &path);
 
     std::optional<QString> getDefaultSet(int type) const; // nullopt for others

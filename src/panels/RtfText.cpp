@@ -50,7 +50,8 @@ constexpr NamedCharacter namedCharacters[] = {
     {"rquote", 0x2019},  {"ldblquote", 0x201C}, {"rdblquote", 0x201D}, {"bullet", 0x2022},
     {"emspace", 0x2003}, {"enspace", 0x2002}};
 
-int hexValue(char c) {
+int hexValue(char c)
+{
     if (c >= '0' && c <= '9')
         return c - '0';
     if (c >= 'a' && c <= 'f')
@@ -60,11 +61,13 @@ int hexValue(char c) {
     return -1;
 }
 
-bool isLetter(char c) {
+bool isLetter(char c)
+{
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-bool isDigit(char c) {
+bool isDigit(char c)
+{
     return c >= '0' && c <= '9';
 }
 
@@ -72,7 +75,8 @@ bool isDigit(char c) {
 // tags nest properly whatever order the RTF changed its formatting in.
 class HtmlWriter {
 public:
-    void text(char16_t unit, const Format &format) {
+    void text(char16_t unit, const Format &format)
+    {
         if (QChar::isHighSurrogate(unit)) {
             flushHighSurrogate(format);
             m_highSurrogate = unit;
@@ -91,13 +95,15 @@ public:
         put(unit, format);
     }
 
-    void lineBreak() {
+    void lineBreak()
+    {
         m_paragraph += QLatin1String("<br>");
         m_visible = true;
         m_lastWasSpace = false;
     }
 
-    void endParagraph() {
+    void endParagraph()
+    {
         flushHighSurrogate(m_open.value_or(Format{}));
         closeFormat();
         // Blank RTF lines only space paragraphs apart, which HTML paragraphs do by themselves.
@@ -108,20 +114,23 @@ public:
         m_lastWasSpace = false;
     }
 
-    QString finish() {
+    QString finish()
+    {
         endParagraph();
         return m_html;
     }
 
 private:
-    void flushHighSurrogate(const Format &format) {
+    void flushHighSurrogate(const Format &format)
+    {
         if (m_highSurrogate) {
             m_highSurrogate = 0;
             put(QChar::ReplacementCharacter, format);
         }
     }
 
-    void put(char32_t c, const Format &format) {
+    void put(char32_t c, const Format &format)
+    {
         if (c == u'\t')
             c = 0x2003;
         if (c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0xFFFE || c == 0xFFFF)
@@ -151,7 +160,8 @@ private:
         m_visible = m_visible || c != ' ';
     }
 
-    void switchFormat(const Format &format) {
+    void switchFormat(const Format &format)
+    {
         if (m_open == format)
             return;
         closeFormat();
@@ -165,7 +175,8 @@ private:
         m_open = format;
     }
 
-    void closeFormat() {
+    void closeFormat()
+    {
         if (!m_open)
             return;
         if (m_open->halfPoints != defaultHalfPoints)
@@ -190,7 +201,8 @@ class RtfReader {
 public:
     explicit RtfReader(QByteArrayView in) : m_in(in) {}
 
-    QString read() {
+    QString read()
+    {
         while (m_pos < m_in.size()) {
             const char c = m_in[m_pos++];
             switch (c) {
@@ -222,14 +234,16 @@ private:
     bool skipping() const { return m_skipFrom != 0 && m_depth >= m_skipFrom; }
     bool formattable() const { return m_depth <= maxTrackedDepth; }
 
-    void openGroup() {
+    void openGroup()
+    {
         if (m_depth < maxTrackedDepth)
             m_stack.push_back(m_state);
         ++m_depth;
         m_pendingSkip = 0;
     }
 
-    void closeGroup() {
+    void closeGroup()
+    {
         --m_depth;
         if (m_depth < maxTrackedDepth) {
             m_state = m_stack.back();
@@ -240,12 +254,14 @@ private:
         m_pendingSkip = 0;
     }
 
-    void skipDestination() {
+    void skipDestination()
+    {
         if (m_skipFrom == 0)
             m_skipFrom = m_depth;
     }
 
-    char16_t decode(uchar byte) const {
+    char16_t decode(uchar byte) const
+    {
         if (byte < 0x80)
             return byte;
         if (!m_windows1252)
@@ -255,12 +271,14 @@ private:
         return byte;
     }
 
-    void character(char16_t unit) {
+    void character(char16_t unit)
+    {
         if (!skipping())
             m_out.text(unit, m_state.format);
     }
 
-    void controlSequence() {
+    void controlSequence()
+    {
         if (m_pos >= m_in.size())
             return;
         if (isLetter(m_in[m_pos])) {
@@ -312,7 +330,8 @@ private:
         }
     }
 
-    void controlWord() {
+    void controlWord()
+    {
         const qsizetype start = m_pos;
         while (m_pos < m_in.size() && isLetter(m_in[m_pos]))
             ++m_pos;
@@ -348,7 +367,8 @@ private:
         apply(word, hasParameter, static_cast<int>(parameter));
     }
 
-    void apply(QByteArrayView word, bool hasParameter, int parameter) {
+    void apply(QByteArrayView word, bool hasParameter, int parameter)
+    {
         const bool on = !hasParameter || parameter != 0;
         if (word == "u") {
             if (hasParameter) {
@@ -380,8 +400,8 @@ private:
         } else if (word == "plain") {
             if (formattable())
                 m_state.format = Format{};
-        } else if (std::find(std::begin(skippedDestinations), std::end(skippedDestinations),
-                             word) != std::end(skippedDestinations)) {
+        } else if (std::find(std::begin(skippedDestinations), std::end(skippedDestinations), word)
+                   != std::end(skippedDestinations)) {
             skipDestination();
         } else {
             for (const NamedCharacter &named : namedCharacters) {
@@ -406,7 +426,8 @@ private:
 
 } // namespace
 
-QString RtfText::toHtml(QByteArrayView rtf) {
+QString RtfText::toHtml(QByteArrayView rtf)
+{
     rtf = rtf.first(std::min(rtf.size(), maxInputSize));
     if (!rtf.startsWith("{\\rtf"))
         return {};

@@ -11,7 +11,8 @@ namespace korvane {
 namespace {
 // NSString's boolValue: after white space and an optional sign, "Y", "y", "T", "t" or a digit
 // other than zero (leading zeros skipped) reads as YES.
-bool stringBool(const QString &text) {
+bool stringBool(const QString &text)
+{
     int i = 0;
     while (i < text.size() && text.at(i).isSpace())
         ++i;
@@ -25,7 +26,8 @@ bool stringBool(const QString &text) {
     return c == u'Y' || c == u'y' || c == u'T' || c == u't' || (c >= u'1' && c <= u'9');
 }
 
-bool isNumber(const QVariant &value) {
+bool isNumber(const QVariant &value)
+{
     switch (value.typeId()) {
     case QMetaType::LongLong:
     case QMetaType::ULongLong:
@@ -40,9 +42,12 @@ bool isNumber(const QVariant &value) {
 } // namespace
 
 UserDefaults::UserDefaults(const QString &path, FileOperations &files, AppServices *log)
-    : m_path(path), m_files(files), m_log(log) {}
+    : m_path(path), m_files(files), m_log(log)
+{
+}
 
-const QVariantMap &UserDefaults::cached() const {
+const QVariantMap &UserDefaults::cached() const
+{
     // The identity is taken before reading: a change in between only costs another read.
     const DataFile::Identity now = DataFile::identity(m_path);
     if (m_loaded && now == m_identity)
@@ -55,16 +60,19 @@ const QVariantMap &UserDefaults::cached() const {
     return m_values;
 }
 
-QVariantMap UserDefaults::dictionary() const {
+QVariantMap UserDefaults::dictionary() const
+{
     return cached();
 }
 
-bool UserDefaults::isDamaged() const {
+bool UserDefaults::isDamaged() const
+{
     cached();
     return m_damaged;
 }
 
-bool UserDefaults::keepIfDamaged() {
+bool UserDefaults::keepIfDamaged()
+{
     if (!isDamaged())
         return true;
     // Told once per version of the file: every setter would otherwise say it again.
@@ -79,15 +87,18 @@ bool UserDefaults::keepIfDamaged() {
     return kept;
 }
 
-bool UserDefaults::contains(const QString &key) const {
+bool UserDefaults::contains(const QString &key) const
+{
     return cached().contains(key);
 }
 
-QVariant UserDefaults::object(const QString &key) const {
+QVariant UserDefaults::object(const QString &key) const
+{
     return cached().value(key);
 }
 
-bool UserDefaults::boolForKey(const QString &key) const {
+bool UserDefaults::boolForKey(const QString &key) const
+{
     const QVariant value = object(key);
     if (value.typeId() == QMetaType::Bool)
         return value.toBool();
@@ -98,7 +109,8 @@ bool UserDefaults::boolForKey(const QString &key) const {
     return false;
 }
 
-qint64 UserDefaults::integerForKey(const QString &key) const {
+qint64 UserDefaults::integerForKey(const QString &key) const
+{
     const QVariant value = object(key);
     if (value.typeId() == QMetaType::Bool)
         return value.toBool() ? 1 : 0;
@@ -117,7 +129,8 @@ qint64 UserDefaults::integerForKey(const QString &key) const {
     return 0;
 }
 
-QString UserDefaults::stringForKey(const QString &key) const {
+QString UserDefaults::stringForKey(const QString &key) const
+{
     const QVariant value = object(key);
     if (value.typeId() == QMetaType::QString)
         return value.toString();
@@ -126,11 +139,13 @@ QString UserDefaults::stringForKey(const QString &key) const {
     return QString();
 }
 
-void UserDefaults::setObject(const QString &key, const QVariant &value) {
+void UserDefaults::setObject(const QString &key, const QVariant &value)
+{
     setObjects({{key, value}});
 }
 
-void UserDefaults::setObjects(const QList<QPair<QString, QVariant>> &values) {
+void UserDefaults::setObjects(const QList<QPair<QString, QVariant>> &values)
+{
     QVariantMap map = cached();
     for (const auto &[key, value] : values) {
         if (value.isValid())
@@ -150,7 +165,8 @@ void UserDefaults::setObjects(const QList<QPair<QString, QVariant>> &values) {
     m_loaded = true;
 }
 
-bool UserDefaults::createFolders(const QString &folder) {
+bool UserDefaults::createFolders(const QString &folder)
+{
     FileOperations &files = m_files;
     if (folder.isEmpty() || files.isDirectory(folder))
         return true;

@@ -20,7 +20,8 @@ namespace korvane {
 
 namespace {
 
-const char *const kPackageExtensions[] = {".component", ".vst", ".vst3", ".rtas", ".dpm", ".bundle", ".plugin", ".app"};
+const char *const kPackageExtensions[] = {".component", ".vst",    ".vst3",   ".rtas",
+                                          ".dpm",       ".bundle", ".plugin", ".app"};
 
 const char *const kFinderInfoAttributes[] = {"com.apple.FinderInfo", "osx.com.apple.FinderInfo",
                                              "user.com.apple.FinderInfo"};
@@ -86,7 +87,7 @@ bool isAppleDoubleHeader(QByteArrayView head)
         return false;
     const quint32 version = bigEndian32(head.data() + 4);
     return bigEndian32(head.data()) == kAppleDoubleMagic
-        && (version == kAppleDoubleVersion1 || version == kAppleDoubleVersion2);
+           && (version == kAppleDoubleVersion1 || version == kAppleDoubleVersion2);
 }
 
 qint64 entryCount(QByteArrayView head)
@@ -356,10 +357,13 @@ bool FinderInfo::setFileType(const QString &path, quint32 code)
         return false;
     QByteArray info(kFinderInfoSize, '\0');
     if (const std::optional<QByteArray> existing = finderInfoAttribute(path))
-        info.replace(0, qMin<qsizetype>(existing->size(), kFinderInfoSize), existing->left(kFinderInfoSize));
+        info.replace(0, qMin<qsizetype>(existing->size(), kFinderInfoSize),
+                     existing->left(kFinderInfoSize));
     qToBigEndian(code, info.data());
     const QByteArray name = QFile::encodeName(path);
-    if (::setxattr(name.constData(), kWritableFinderInfoAttribute, info.constData(), size_t(info.size()), 0) == 0)
+    if (::setxattr(name.constData(), kWritableFinderInfoAttribute, info.constData(),
+                   size_t(info.size()), 0)
+        == 0)
         return true;
     if (errno != ENOTSUP && errno != EOPNOTSUPP)
         return false;

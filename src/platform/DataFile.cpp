@@ -15,10 +15,11 @@ namespace {
 constexpr int kMaxCounter = 100;
 } // namespace
 
-bool DataFile::keep(FileOperations &files, const QString &path, QString *report) {
+bool DataFile::keep(FileOperations &files, const QString &path, QString *report)
+{
     const QString base =
-        path + QStringLiteral(".damaged-") +
-        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddTHH-mm-ss"));
+        path + QStringLiteral(".damaged-")
+        + QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddTHH-mm-ss"));
     QString line;
     bool kept = false;
     for (int counter = 1; counter <= kMaxCounter; ++counter) {
@@ -44,20 +45,23 @@ bool DataFile::keep(FileOperations &files, const QString &path, QString *report)
 }
 
 bool DataFile::prepareToReplace(FileOperations &files, const QString &path, const Check &readable,
-                                QString *report) {
+                                QString *report)
+{
     if (!files.exists(path) || readable(path))
         return true;
     return keep(files, path, report);
 }
 
 bool DataFile::writeXml(FileOperations &files, const QString &path, const QVariant &root,
-                        const Check &readable, QString *report) {
+                        const Check &readable, QString *report)
+{
     if (!prepareToReplace(files, path, readable, report))
         return false;
     return PropertyList::writeXml(files, path, root);
 }
 
-DataFile::Identity DataFile::identity(const QString &path) {
+DataFile::Identity DataFile::identity(const QString &path)
+{
     struct stat info;
     if (path.isEmpty() || ::stat(QFile::encodeName(path).constData(), &info) != 0)
         return {};

@@ -327,8 +327,8 @@ bool isRTASPlugInPath(const QString &path)
     const bool rtas = name.endsWith(QLatin1String(".rtas"));
     if ((rtas || name.endsWith(QLatin1String(".dpm"))) && Bundle::isFilePackage(path))
         return rtas
-            || Bundle::infoValue(path, QStringLiteral("CFBundlePackageType")).toString()
-                   == QLatin1String("TDMw");
+               || Bundle::infoValue(path, QStringLiteral("CFBundlePackageType")).toString()
+                      == QLatin1String("TDMw");
     return !isFolder(path) && isTypedFile(path, QLatin1StringView("'TDMw'"));
 }
 
@@ -338,7 +338,7 @@ bool isMASPlugInPath(const QString &path)
         return false;
     if (isFolder(path))
         return Bundle::isFilePackage(path)
-            && holdsValue(Bundle::infoValue(path, QStringLiteral("MotuPluginTypeUUID")));
+               && holdsValue(Bundle::infoValue(path, QStringLiteral("MotuPluginTypeUUID")));
     return isTypedFile(path, QLatin1StringView("'Mas!'"));
 }
 

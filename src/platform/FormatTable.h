@@ -12,11 +12,25 @@ namespace korvane {
 enum TypeIndex { TypeAU = 0, TypeRTAS = 1, TypeMAS = 2, TypeVST = 3 };
 
 // The four folders of a format.
-enum LocationCode { LocSystemActive = 0, LocSystemDisabled = 1, LocUserActive = 2, LocUserDisabled = 3 };
+enum LocationCode {
+    LocSystemActive = 0,
+    LocSystemDisabled = 1,
+    LocUserActive = 2,
+    LocUserDisabled = 3
+};
 constexpr int LocationCount = 4;
-inline bool isValidLocation(int loc) { return loc >= 0 && loc < LocationCount; }
-inline bool isSystemLocation(int loc) { return loc == LocSystemActive || loc == LocSystemDisabled; }
-inline bool isActiveLocation(int loc) { return loc == LocSystemActive || loc == LocUserActive; }
+inline bool isValidLocation(int loc)
+{
+    return loc >= 0 && loc < LocationCount;
+}
+inline bool isSystemLocation(int loc)
+{
+    return loc == LocSystemActive || loc == LocSystemDisabled;
+}
+inline bool isActiveLocation(int loc)
+{
+    return loc == LocSystemActive || loc == LocUserActive;
+}
 inline int locationCode(bool global, bool active)
 {
     return global ? (active ? LocSystemActive : LocSystemDisabled)
@@ -26,9 +40,9 @@ inline int locationCode(bool global, bool active)
 // Everything in which one plug-in format differs from another: one row of the format table.
 // Adding a format is adding a row (Format::derived fills in the texts) with its recognition rule.
 struct Format {
-    int type = -1;     // the row's index: 0 AU, 1 RTAS, 2 MAS, 3 VST, then added formats
-    QString prefix;    // "AU": preference keys, tab identifiers, command-line flag and format name
-    QString tabLabel;  // "AudioUnits"
+    int type = -1;    // the row's index: 0 AU, 1 RTAS, 2 MAS, 3 VST, then added formats
+    QString prefix;   // "AU": preference keys, tab identifiers, command-line flag and format name
+    QString tabLabel; // "AudioUnits"
     QString activeFolder; // the system-wide active folder as written: "/Library/Audio/Plug-Ins/VST"
 
     // Recognition: given the bare entry name, or its full path.
@@ -38,11 +52,11 @@ struct Format {
 
     // Scanning.
     std::array<bool, LocationCount> createdFolders{true, true, true, true};
-    QString parentFolder;       // created before the active folders ("/Library/.../Digidesign")
+    QString parentFolder; // created before the active folders ("/Library/.../Digidesign")
     bool createsParentOnScan = false;
-    int progressOffset = 1;     // the k-th of n entries shows 25*(k - offset) div n
-    QString panelTitle;         // "scan AudioUnits:"
-    QString folderTextPrefix;   // "scan for AudioUnits:"
+    int progressOffset = 1;   // the k-th of n entries shows 25*(k - offset) div n
+    QString panelTitle;       // "scan AudioUnits:"
+    QString folderTextPrefix; // "scan for AudioUnits:"
     // The roots companions are measured against; the RTAS user-disabled one lacks "Digidesign".
     std::array<QString, LocationCount> contentRoots;
 
@@ -100,7 +114,8 @@ public:
     QList<Format>::const_iterator begin() const { return m_rows.cbegin(); }
     QList<Format>::const_iterator end() const { return m_rows.cend(); }
 
-    // The format whose prefix is name, in any case ("au", "-AU" without the dash); nullopt for none.
+    // The format whose prefix is name, in any case ("au", "-AU" without the dash); nullopt for
+    // none.
     std::optional<int> typeOfName(const QString &name) const;
     // The type whose tab identifier is given; -1 for none.
     int typeOfTabIdentifier(const QString &identifier) const;

@@ -22,12 +22,14 @@ struct Hold {
 };
 
 // This process's holds by lock file. Never destroyed: a hold may end while statics go at exit.
-std::map<QString, Hold> &holds() {
+std::map<QString, Hold> &holds()
+{
     static auto *map = new std::map<QString, Hold>();
     return *map;
 }
 
-bool createFolders(FileOperations &files, const QString &folder, FileError *error) {
+bool createFolders(FileOperations &files, const QString &folder, FileError *error)
+{
     if (files.isDirectory(folder))
         return true;
     const QString parent = QFileInfo(folder).absolutePath();
@@ -36,7 +38,8 @@ bool createFolders(FileOperations &files, const QString &folder, FileError *erro
     return files.createDirectory(folder, error) || files.isDirectory(folder);
 }
 
-QString describeHolder(const QLockFile &file) {
+QString describeHolder(const QLockFile &file)
+{
     qint64 pid = 0;
     QString host, program;
     if (!file.getLockInfo(&pid, &host, &program))
@@ -52,7 +55,8 @@ QString describeHolder(const QLockFile &file) {
 } // namespace
 
 LibraryLock::LibraryLock(FileOperations &files, const QString &lockFile, int waitMs)
-    : m_path(lockFile) {
+    : m_path(lockFile)
+{
     auto held = holds().find(m_path);
     if (held != holds().end()) {
         ++held->second.count;
@@ -89,7 +93,8 @@ LibraryLock::LibraryLock(FileOperations &files, const QString &lockFile, int wai
     }
 }
 
-LibraryLock::~LibraryLock() {
+LibraryLock::~LibraryLock()
+{
     if (!m_locked)
         return;
     auto held = holds().find(m_path);
@@ -97,11 +102,13 @@ LibraryLock::~LibraryLock() {
         holds().erase(held); // the QLockFile removes its file as it goes
 }
 
-QString LibraryLock::lockFilePath(const Locations &locations) {
+QString LibraryLock::lockFilePath(const Locations &locations)
+{
     return locations.dataFilePath(QStringLiteral("library.lock"));
 }
 
-int LibraryLock::defaultWaitMs() {
+int LibraryLock::defaultWaitMs()
+{
     bool ok = false;
     const int wait = qEnvironmentVariableIntValue("KORVANE_LOCK_WAIT_MS", &ok);
     return ok && wait >= 0 ? wait : kDefaultWaitMs;

@@ -33,29 +33,35 @@ using PlatformFiles::syncFileSystemOf;
 const QString kPartialSuffix = QStringLiteral(".korvane-partial");
 const QString kRemovingSuffix = QStringLiteral(".korvane-removing");
 
-QByteArray encoded(const QString &path) {
+QByteArray encoded(const QString &path)
+{
     return QFile::encodeName(path);
 }
 
-QString reasonFor(int errorNumber) {
+QString reasonFor(int errorNumber)
+{
     return QString::fromLocal8Bit(std::strerror(errorNumber));
 }
 
-bool fail(FileError *error, const QString &path, int errorNumber) {
+bool fail(FileError *error, const QString &path, int errorNumber)
+{
     if (error)
         *error = FileError{path, reasonFor(errorNumber)};
     return false;
 }
 
-bool lstatPath(const QString &path, struct stat *info) {
+bool lstatPath(const QString &path, struct stat *info)
+{
     return !path.isEmpty() && ::lstat(encoded(path).constData(), info) == 0;
 }
 
-bool statPath(const QString &path, struct stat *info) {
+bool statPath(const QString &path, struct stat *info)
+{
     return !path.isEmpty() && ::stat(encoded(path).constData(), info) == 0;
 }
 
-QString parentOf(const QString &path) {
+QString parentOf(const QString &path)
+{
     const QString clean = QDir::cleanPath(path);
     const qsizetype slash = clean.lastIndexOf(QLatin1Char('/'));
     if (slash < 0)
@@ -63,50 +69,59 @@ QString parentOf(const QString &path) {
     return slash == 0 ? QStringLiteral("/") : clean.left(slash);
 }
 
-QString nameOf(const QString &path) {
+QString nameOf(const QString &path)
+{
     const QString clean = QDir::cleanPath(path);
     return clean.mid(clean.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
-QString childOf(const QString &folder, const QString &name) {
+QString childOf(const QString &folder, const QString &name)
+{
     if (folder.endsWith(QLatin1Char('/')))
         return folder + name;
     return folder % QLatin1Char('/') % name;
 }
 
 // A hidden name beside path, for the intermediate states of a move.
-QString besideName(const QString &path, const QString &suffix) {
+QString besideName(const QString &path, const QString &suffix)
+{
     return childOf(parentOf(path), QLatin1Char('.') + nameOf(path) + suffix);
 }
 
 // The AppleDouble sidecar that carries an item's Finder information on foreign file systems.
-QString sidecarOf(const QString &path) {
+QString sidecarOf(const QString &path)
+{
     return childOf(parentOf(path), QStringLiteral("._") + nameOf(path));
 }
 
-bool hasSidecar(const QString &path) {
+bool hasSidecar(const QString &path)
+{
     struct stat info;
     return lstatPath(sidecarOf(path), &info) && !S_ISDIR(info.st_mode);
 }
 
-void reportSidecar(const QString &path, const QString &ownerTarget, const FileError &failure) {
+void reportSidecar(const QString &path, const QString &ownerTarget, const FileError &failure)
+{
     systemLog(QStringLiteral("Sidecar %1 did not follow to %2 and stays: %3")
                   .arg(sidecarOf(path), ownerTarget, failure.reason));
 }
 
-bool isInside(const QString &path, const QString &folder) {
+bool isInside(const QString &path, const QString &folder)
+{
     const QString cleanFolder = QDir::cleanPath(folder);
     return QDir::cleanPath(path).startsWith(
         cleanFolder == QLatin1String("/") ? cleanFolder : cleanFolder + QLatin1Char('/'));
 }
 
-bool parentAllowsChanges(const QString &path) {
+bool parentAllowsChanges(const QString &path)
+{
     const QString parent = parentOf(path);
     return ::access(encoded(parent).constData(), W_OK | X_OK) == 0 && !isLocked(parent);
 }
 
 // The kind a listing gives an entry that is no link; Missing where it does not say.
-ScanCache::Kind listedKind(unsigned char type) {
+ScanCache::Kind listedKind(unsigned char type)
+{
     switch (type) {
     case DT_DIR:
         return ScanCache::Folder;
@@ -123,7 +138,8 @@ ScanCache::Kind listedKind(unsigned char type) {
 }
 
 // With a scan under way, each entry's kind is handed to its cache on the way.
-QStringList listNames(const QString &path, bool rememberKinds = false) {
+QStringList listNames(const QString &path, bool rememberKinds = false)
+{
     QStringList names;
     if (path.isEmpty())
         return names;
@@ -145,7 +161,8 @@ QStringList listNames(const QString &path, bool rememberKinds = false) {
 }
 
 void collectSubpaths(const FileOperations &operations, const QString &root, const QString &relative,
-                     QStringList *result) {
+                     QStringList *result)
+{
     const QStringList names =
         operations.directoryContents(relative.isEmpty() ? root : childOf(root, relative));
     for (const QString &name : names) {
@@ -157,7 +174,8 @@ void collectSubpaths(const FileOperations &operations, const QString &root, cons
     }
 }
 
-bool removeTree(const QString &path, FileError *error = nullptr) {
+bool removeTree(const QString &path, FileError *error = nullptr)
+{
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
@@ -176,7 +194,8 @@ bool removeTree(const QString &path, FileError *error = nullptr) {
     return true;
 }
 
-bool checkRemovableTree(const QString &path, FileError *error) {
+bool checkRemovableTree(const QString &path, FileError *error)
+{
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
@@ -195,20 +214,23 @@ bool checkRemovableTree(const QString &path, FileError *error) {
 }
 
 // Whether the whole of path could be removed, found out before anything is.
-bool checkRemovable(const QString &path, FileError *error) {
+bool checkRemovable(const QString &path, FileError *error)
+{
     if (!parentAllowsChanges(path))
         return fail(error, parentOf(path), isLocked(parentOf(path)) ? EPERM : EACCES);
     return checkRemovableTree(path, error);
 }
 
-bool failWith(FileError *error, const QString &path, const QString &reason) {
+bool failWith(FileError *error, const QString &path, const QString &reason)
+{
     if (error)
         *error = FileError{path, reason};
     return false;
 }
 
 // path and its missing parents, each created 0700 as the freedesktop base-directory rules ask.
-bool makeTrashFolders(const QString &path, FileError *error) {
+bool makeTrashFolders(const QString &path, FileError *error)
+{
     struct stat info;
     if (statPath(path, &info)) {
         if (S_ISDIR(info.st_mode))
@@ -231,7 +253,8 @@ struct HomeTrash {
 
 // The freedesktop home trash of the run's roots, made when missing. There is no other place to
 // put an item: without a home folder, no trash.
-bool openHomeTrash(const Roots &roots, HomeTrash *trash, FileError *error) {
+bool openHomeTrash(const Roots &roots, HomeTrash *trash, FileError *error)
+{
     const QString home = roots.home;
     struct stat info;
     if (!QDir::isAbsolutePath(home) || !statPath(home, &info) || !S_ISDIR(info.st_mode))
@@ -247,7 +270,8 @@ const QString kTrashInfoSuffix = QStringLiteral(".trashinfo");
 constexpr int kTrashNameAttempts = 1000;
 
 // NAME, NAME.2, NAME.3, ..., shortened where NAME.trashinfo would not fit a file name.
-QString trashName(const QString &name, int attempt) {
+QString trashName(const QString &name, int attempt)
+{
     const QString number = attempt == 1 ? QString() : QLatin1Char('.') + QString::number(attempt);
     QString base = name;
     while (base.size() > 1 && encoded(base + number + kTrashInfoSuffix).size() > NAME_MAX)
@@ -256,11 +280,12 @@ QString trashName(const QString &name, int attempt) {
 }
 
 // Created exclusively, so it also reserves NAME in the trash; errno, or 0 when written.
-int writeTrashInfo(const QString &infoPath, const QString &original) {
+int writeTrashInfo(const QString &infoPath, const QString &original)
+{
     const QByteArray text =
-        "[Trash Info]\nPath=" + encoded(original).toPercentEncoding("/") + "\nDeletionDate=" +
-        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd'T'HH:mm:ss")).toLatin1() +
-        '\n';
+        "[Trash Info]\nPath=" + encoded(original).toPercentEncoding("/") + "\nDeletionDate="
+        + QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd'T'HH:mm:ss")).toLatin1()
+        + '\n';
     const QByteArray file = encoded(infoPath);
     const int fd =
         ::open(file.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
@@ -288,35 +313,42 @@ int writeTrashInfo(const QString &infoPath, const QString &original) {
 
 LocalFileOperations::LocalFileOperations(Roots roots) : m_roots(std::move(roots)) {}
 
-QStringList LocalFileOperations::directoryContents(const QString &path) const {
+QStringList LocalFileOperations::directoryContents(const QString &path) const
+{
     return listNames(path, ScanCache::current() != nullptr);
 }
 
-QStringList LocalFileOperations::subpaths(const QString &path) const {
+QStringList LocalFileOperations::subpaths(const QString &path) const
+{
     QStringList result;
     collectSubpaths(*this, path, QString(), &result);
     return result;
 }
 
-bool LocalFileOperations::exists(const QString &path) const {
+bool LocalFileOperations::exists(const QString &path) const
+{
     struct stat info;
     return statPath(path, &info);
 }
 
-bool LocalFileOperations::isDirectory(const QString &path) const {
+bool LocalFileOperations::isDirectory(const QString &path) const
+{
     struct stat info;
     return statPath(path, &info) && S_ISDIR(info.st_mode);
 }
 
-bool LocalFileOperations::isReadable(const QString &path) const {
+bool LocalFileOperations::isReadable(const QString &path) const
+{
     return !path.isEmpty() && ::access(encoded(path).constData(), R_OK) == 0;
 }
 
-bool LocalFileOperations::isWritable(const QString &path) const {
+bool LocalFileOperations::isWritable(const QString &path) const
+{
     return !path.isEmpty() && ::access(encoded(path).constData(), W_OK) == 0;
 }
 
-bool LocalFileOperations::isDeletable(const QString &path) const {
+bool LocalFileOperations::isDeletable(const QString &path) const
+{
     struct stat info;
     if (!lstatPath(path, &info) || !parentAllowsChanges(path) || isLocked(path))
         return false;
@@ -328,7 +360,8 @@ bool LocalFileOperations::isDeletable(const QString &path) const {
     return true;
 }
 
-bool LocalFileOperations::createDirectory(const QString &path, FileError *error) {
+bool LocalFileOperations::createDirectory(const QString &path, FileError *error)
+{
     if (path.isEmpty())
         return fail(error, path, ENOENT);
     if (::mkdir(encoded(path).constData(), 0777) != 0)
@@ -338,7 +371,8 @@ bool LocalFileOperations::createDirectory(const QString &path, FileError *error)
 
 // A source that exists, a target that does not, and not a folder into itself: what move and copy
 // both need before they touch anything.
-static bool canPlace(const QString &from, const QString &to, struct stat *info, FileError *error) {
+static bool canPlace(const QString &from, const QString &to, struct stat *info, FileError *error)
+{
     if (!lstatPath(from, info))
         return fail(error, from, errno);
     struct stat existing;
@@ -349,7 +383,8 @@ static bool canPlace(const QString &from, const QString &to, struct stat *info, 
     return true;
 }
 
-bool LocalFileOperations::move(const QString &from, const QString &to, FileError *error) {
+bool LocalFileOperations::move(const QString &from, const QString &to, FileError *error)
+{
     if (!relocate(from, to, error))
         return false;
     if (hasSidecar(from)) {
@@ -360,7 +395,8 @@ bool LocalFileOperations::move(const QString &from, const QString &to, FileError
     return true;
 }
 
-bool LocalFileOperations::relocate(const QString &from, const QString &to, FileError *error) {
+bool LocalFileOperations::relocate(const QString &from, const QString &to, FileError *error)
+{
     struct stat info;
     if (!canPlace(from, to, &info, error))
         return false;
@@ -379,7 +415,8 @@ bool LocalFileOperations::relocate(const QString &from, const QString &to, FileE
 }
 
 bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QString &to,
-                                           FileError *error) {
+                                                FileError *error)
+{
     // A source that could not be removed afterwards is not worth copying.
     if (!checkRemovable(from, error))
         return false;
@@ -428,7 +465,8 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
     return true;
 }
 
-bool LocalFileOperations::copy(const QString &from, const QString &to, FileError *error) {
+bool LocalFileOperations::copy(const QString &from, const QString &to, FileError *error)
+{
     if (!duplicate(from, to, error))
         return false;
     if (hasSidecar(from)) {
@@ -439,7 +477,8 @@ bool LocalFileOperations::copy(const QString &from, const QString &to, FileError
     return true;
 }
 
-bool LocalFileOperations::duplicate(const QString &from, const QString &to, FileError *error) {
+bool LocalFileOperations::duplicate(const QString &from, const QString &to, FileError *error)
+{
     struct stat info;
     if (!canPlace(from, to, &info, error))
         return false;
@@ -450,7 +489,8 @@ bool LocalFileOperations::duplicate(const QString &from, const QString &to, File
     return true;
 }
 
-bool LocalFileOperations::copyTree(const QString &from, const QString &to, FileError *error) {
+bool LocalFileOperations::copyTree(const QString &from, const QString &to, FileError *error)
+{
     struct stat info;
     if (!lstatPath(from, &info))
         return fail(error, from, errno);
@@ -498,7 +538,8 @@ bool LocalFileOperations::copyTree(const QString &from, const QString &to, FileE
     return fail(error, from, ENOTSUP);
 }
 
-bool LocalFileOperations::copyFile(const QString &from, const QString &to, FileError *error) {
+bool LocalFileOperations::copyFile(const QString &from, const QString &to, FileError *error)
+{
     const int source = ::open(encoded(from).constData(), O_RDONLY | O_CLOEXEC);
     if (source < 0)
         return fail(error, from, errno);
@@ -560,7 +601,8 @@ bool LocalFileOperations::copyFile(const QString &from, const QString &to, FileE
     return true;
 }
 
-bool LocalFileOperations::remove(const QString &path, FileError *error) {
+bool LocalFileOperations::remove(const QString &path, FileError *error)
+{
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
@@ -578,7 +620,8 @@ bool LocalFileOperations::remove(const QString &path, FileError *error) {
     return true;
 }
 
-bool LocalFileOperations::moveToTrash(const QString &path, FileError *error, QString *trashedTo) {
+bool LocalFileOperations::moveToTrash(const QString &path, FileError *error, QString *trashedTo)
+{
     struct stat info;
     if (!lstatPath(path, &info))
         return fail(error, path, errno);
@@ -596,8 +639,9 @@ bool LocalFileOperations::moveToTrash(const QString &path, FileError *error, QSt
     return true;
 }
 
-bool LocalFileOperations::trashItem(const QString &path, const QString &preferredName, FileError *error,
-                               QString *trashedTo) {
+bool LocalFileOperations::trashItem(const QString &path, const QString &preferredName,
+                                    FileError *error, QString *trashedTo)
+{
     if (preferredName.isEmpty())
         return fail(error, path, EINVAL);
     HomeTrash trash;
@@ -613,8 +657,8 @@ bool LocalFileOperations::trashItem(const QString &path, const QString &preferre
             continue;
         if (written != 0)
             return failWith(error, info,
-                            QStringLiteral("Cannot record the item in the trash: ") +
-                                reasonFor(written));
+                            QStringLiteral("Cannot record the item in the trash: ")
+                                + reasonFor(written));
         struct stat existing;
         if (lstatPath(target, &existing)) { // an entry without its record; not ours to replace
             ::unlink(encoded(info).constData());
@@ -633,7 +677,8 @@ bool LocalFileOperations::trashItem(const QString &path, const QString &preferre
 }
 
 bool LocalFileOperations::writeFileAtomically(const QString &path, const QByteArray &bytes,
-                                         FileError *error) {
+                                              FileError *error)
+{
     // The folder is not created here.
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {

@@ -18,7 +18,8 @@ namespace {
 constexpr qsizetype kCommandLimit = 64 * 1024;
 constexpr qsizetype kNameLimit = 256;
 
-QByteArray readLimited(const QByteArray &path, qsizetype limit) {
+QByteArray readLimited(const QByteArray &path, qsizetype limit)
+{
     QByteArray bytes;
     const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
     if (fd < 0)
@@ -38,7 +39,8 @@ QByteArray readLimited(const QByteArray &path, qsizetype limit) {
     return bytes;
 }
 
-QByteArray commandOf(const QByteArray &pidText) {
+QByteArray commandOf(const QByteArray &pidText)
+{
     const QByteArray folder = "/proc/" + pidText;
     QByteArray command = readLimited(folder + "/cmdline", kCommandLimit);
     while (command.endsWith('\0'))
@@ -61,7 +63,8 @@ QByteArray commandOf(const QByteArray &pidText) {
 
 } // namespace
 
-QByteArray readProcessList(bool *ok) {
+QByteArray readProcessList(bool *ok)
+{
     if (ok)
         *ok = false;
     DIR *dir = ::opendir("/proc");

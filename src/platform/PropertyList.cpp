@@ -121,7 +121,8 @@ bool binaryStructureWithinLimits(const QByteArray &bytes)
         *kind = marker >> 4;
         *first = offset + 1;
         *count = marker & 0x0F;
-        const bool counted = *kind == 0x4 || *kind == 0x5 || *kind == 0x6 || (*kind >= 0xA && *kind <= 0xD);
+        const bool counted =
+            *kind == 0x4 || *kind == 0x5 || *kind == 0x6 || (*kind >= 0xA && *kind <= 0xD);
         if (counted && *count == 0x0F) {
             if (offset + 2 > tableOffset || (data[offset + 1] & 0xF0) != 0x10)
                 return false;
@@ -189,7 +190,8 @@ bool binaryStructureWithinLimits(const QByteArray &bytes)
     auto account = [&](quint64 parent, quint64 child) -> bool {
         height[parent] = qMax(height[parent], height[child] + 1);
         expanded[parent] += expanded[child];
-        return int(stack.size()) + height[child] <= kMaxNesting && expanded[parent] <= kMaxExpandedObjects;
+        return int(stack.size()) + height[child] <= kMaxNesting
+               && expanded[parent] <= kMaxExpandedObjects;
     };
 
     if (!open(topObject))
@@ -260,7 +262,8 @@ QVariant toVariant(plist_t node)
     case PLIST_STRING: {
         uint64_t length = 0;
         const char *value = plist_get_string_ptr(node, &length);
-        return QVariant(value ? QString::fromUtf8(value, qsizetype(length)) : QString(QLatin1String("")));
+        return QVariant(value ? QString::fromUtf8(value, qsizetype(length))
+                              : QString(QLatin1String("")));
     }
     case PLIST_DATA: {
         char *value = nullptr;

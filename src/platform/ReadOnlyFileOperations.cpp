@@ -3,63 +3,77 @@
 namespace korvane {
 
 namespace {
-bool refuse(FileError *error, const QString &path) {
+bool refuse(FileError *error, const QString &path)
+{
     if (error)
         *error = FileError{path, QStringLiteral("read-only")};
     return false;
 }
 } // namespace
 
-QStringList ReadOnlyFileOperations::directoryContents(const QString &path) const {
+QStringList ReadOnlyFileOperations::directoryContents(const QString &path) const
+{
     return m_inner.directoryContents(path);
 }
 
-QStringList ReadOnlyFileOperations::subpaths(const QString &path) const {
+QStringList ReadOnlyFileOperations::subpaths(const QString &path) const
+{
     return m_inner.subpaths(path);
 }
 
-bool ReadOnlyFileOperations::exists(const QString &path) const {
+bool ReadOnlyFileOperations::exists(const QString &path) const
+{
     return m_inner.exists(path);
 }
 
-bool ReadOnlyFileOperations::isDirectory(const QString &path) const {
+bool ReadOnlyFileOperations::isDirectory(const QString &path) const
+{
     return m_inner.isDirectory(path);
 }
 
-bool ReadOnlyFileOperations::isReadable(const QString &path) const {
+bool ReadOnlyFileOperations::isReadable(const QString &path) const
+{
     return m_inner.isReadable(path);
 }
 
-bool ReadOnlyFileOperations::isWritable(const QString &path) const {
+bool ReadOnlyFileOperations::isWritable(const QString &path) const
+{
     return m_inner.isWritable(path);
 }
 
-bool ReadOnlyFileOperations::isDeletable(const QString &path) const {
+bool ReadOnlyFileOperations::isDeletable(const QString &path) const
+{
     return m_inner.isDeletable(path);
 }
 
-bool ReadOnlyFileOperations::createDirectory(const QString &path, FileError *error) {
+bool ReadOnlyFileOperations::createDirectory(const QString &path, FileError *error)
+{
     return refuse(error, path);
 }
 
-bool ReadOnlyFileOperations::move(const QString &from, const QString &, FileError *error) {
+bool ReadOnlyFileOperations::move(const QString &from, const QString &, FileError *error)
+{
     return refuse(error, from);
 }
 
-bool ReadOnlyFileOperations::copy(const QString &, const QString &to, FileError *error) {
+bool ReadOnlyFileOperations::copy(const QString &, const QString &to, FileError *error)
+{
     return refuse(error, to);
 }
 
-bool ReadOnlyFileOperations::remove(const QString &path, FileError *error) {
+bool ReadOnlyFileOperations::remove(const QString &path, FileError *error)
+{
     return refuse(error, path);
 }
 
-bool ReadOnlyFileOperations::moveToTrash(const QString &path, FileError *error, QString *) {
+bool ReadOnlyFileOperations::moveToTrash(const QString &path, FileError *error, QString *)
+{
     return refuse(error, path);
 }
 
 bool ReadOnlyFileOperations::writeFileAtomically(const QString &path, const QByteArray &,
-                                                 FileError *error) {
+                                                 FileError *error)
+{
     return refuse(error, path);
 }
 

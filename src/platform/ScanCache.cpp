@@ -54,8 +54,8 @@ ScanCache::Kind ScanCache::kind(const QString &path)
     }
     struct stat info;
     const Kind kind = !path.isEmpty() && ::stat(QFile::encodeName(path).constData(), &info) == 0
-        ? kindOf(info)
-        : Missing;
+                          ? kindOf(info)
+                          : Missing;
     if (cache)
         cache->m_kinds.insert(path, kind);
     return kind;
@@ -85,8 +85,8 @@ void ScanCache::rememberListed(const QString &path, Kind kind)
     s_current->m_lastPath = QString();
 }
 
-const std::optional<PropertyList::Dictionary> *ScanCache::infoDictionary(
-    const QString &bundlePath) const
+const std::optional<PropertyList::Dictionary> *
+ScanCache::infoDictionary(const QString &bundlePath) const
 {
     return !m_infoPath.isNull() && m_infoPath == bundlePath ? &m_info : nullptr;
 }

@@ -17,13 +17,13 @@ constexpr int kStreamerVersion = 4;
 constexpr int kSystemVersion = 1000;
 
 // Head bytes read as signed values. -128 .. -111 are tags; everything else is a one-byte integer.
-constexpr int kTagInt16 = -127;  // 0x81
-constexpr int kTagInt32 = -126;  // 0x82
-constexpr int kTagReal = -125;   // 0x83
-constexpr int kTagNew = -124;    // 0x84
-constexpr int kTagNil = -123;    // 0x85
-constexpr int kTagEnd = -122;    // 0x86
-constexpr int kTagInt64 = -121;  // 0x87
+constexpr int kTagInt16 = -127; // 0x81
+constexpr int kTagInt32 = -126; // 0x82
+constexpr int kTagReal = -125;  // 0x83
+constexpr int kTagNew = -124;   // 0x84
+constexpr int kTagNil = -123;   // 0x85
+constexpr int kTagEnd = -122;   // 0x86
+constexpr int kTagInt64 = -121; // 0x87
 constexpr int kLastTag = -111;
 // Reference numbers start right above the tags, so early references fit in the head byte.
 constexpr qint64 kFirstReference = -110; // 0x92
@@ -101,10 +101,14 @@ private:
         if (head > kLastTag)
             return head;
         switch (head) {
-        case kTagInt16: return readLittleEndian<qint16>();
-        case kTagInt32: return readLittleEndian<qint32>();
-        case kTagInt64: return readLittleEndian<qint64>();
-        default: fail();
+        case kTagInt16:
+            return readLittleEndian<qint16>();
+        case kTagInt32:
+            return readLittleEndian<qint32>();
+        case kTagInt64:
+            return readLittleEndian<qint64>();
+        default:
+            fail();
         }
     }
 
@@ -113,10 +117,14 @@ private:
         if (head > kLastTag)
             return quint64(head & 0xff);
         switch (head) {
-        case kTagInt16: return readLittleEndian<quint16>();
-        case kTagInt32: return readLittleEndian<quint32>();
-        case kTagInt64: return readLittleEndian<quint64>();
-        default: fail();
+        case kTagInt16:
+            return readLittleEndian<quint16>();
+        case kTagInt32:
+            return readLittleEndian<quint32>();
+        case kTagInt64:
+            return readLittleEndian<quint64>();
+        default:
+            fail();
         }
     }
 
@@ -272,25 +280,36 @@ private:
     QVariant readNumber(char type)
     {
         switch (type) {
-        case 'c': return int(qint8(rawByte())); // chars and BOOLs are stored as the bare byte
-        case 'C': return uint(quint8(rawByte()));
+        case 'c':
+            return int(qint8(rawByte())); // chars and BOOLs are stored as the bare byte
+        case 'C':
+            return uint(quint8(rawByte()));
         case 'B': {
             const int value = rawByte();
             if (value > 1)
                 fail();
             return value == 1;
         }
-        case 's': return int(qint16(readSigned(head())));
+        case 's':
+            return int(qint16(readSigned(head())));
         case 'i':
-        case 'l': return int(qint32(readSigned(head())));
-        case 'q': return qlonglong(readSigned(head()));
-        case 'S': return uint(quint16(readUnsigned(head())));
+        case 'l':
+            return int(qint32(readSigned(head())));
+        case 'q':
+            return qlonglong(readSigned(head()));
+        case 'S':
+            return uint(quint16(readUnsigned(head())));
         case 'I':
-        case 'L': return uint(quint32(readUnsigned(head())));
-        case 'Q': return qulonglong(readUnsigned(head()));
-        case 'f': return readReal<float>();
-        case 'd': return readReal<double>();
-        default: fail();
+        case 'L':
+            return uint(quint32(readUnsigned(head())));
+        case 'Q':
+            return qulonglong(readUnsigned(head()));
+        case 'f':
+            return readReal<float>();
+        case 'd':
+            return readReal<double>();
+        default:
+            fail();
         }
     }
 
@@ -456,16 +475,23 @@ private:
     static char numberType(const QVariant &value)
     {
         switch (value.metaType().id()) {
-        case QMetaType::Bool: return 'c'; // a BOOL number's type is char
+        case QMetaType::Bool:
+            return 'c'; // a BOOL number's type is char
         case QMetaType::Short:
-        case QMetaType::Int: return 'i';
+        case QMetaType::Int:
+            return 'i';
         case QMetaType::UShort:
-        case QMetaType::UInt: return 'I';
+        case QMetaType::UInt:
+            return 'I';
         case QMetaType::ULong:
-        case QMetaType::ULongLong: return 'Q';
-        case QMetaType::Float: return 'f';
-        case QMetaType::Double: return 'd';
-        default: return 'q';
+        case QMetaType::ULongLong:
+            return 'Q';
+        case QMetaType::Float:
+            return 'f';
+        case QMetaType::Double:
+            return 'd';
+        default:
+            return 'q';
         }
     }
 
@@ -477,10 +503,18 @@ private:
         writeCString(typeString);
         writeSharedString(typeString);
         switch (type) {
-        case 'c': m_out.append(char(value.toInt())); break;
-        case 'i': writeInteger(value.toInt()); break;
-        case 'I': writeUnsigned(value.toUInt()); break;
-        case 'Q': writeUnsigned(value.toULongLong()); break;
+        case 'c':
+            m_out.append(char(value.toInt()));
+            break;
+        case 'i':
+            writeInteger(value.toInt());
+            break;
+        case 'I':
+            writeUnsigned(value.toUInt());
+            break;
+        case 'Q':
+            writeUnsigned(value.toULongLong());
+            break;
         case 'f': {
             writeTag(kTagReal);
             const float real = value.toFloat();
@@ -497,7 +531,9 @@ private:
             appendLittleEndian(bits);
             break;
         }
-        default: writeInteger(value.toLongLong()); break;
+        default:
+            writeInteger(value.toLongLong());
+            break;
         }
     }
 
@@ -528,7 +564,8 @@ QByteArray TypedStreamWriter::write(const ArchivedObjectPtr &root)
 ArchivedObjectPtr TypedStreamWriter::makeString(const QString &text, bool mutableString)
 {
     auto object = std::make_shared<ArchivedObject>();
-    object->className = mutableString ? QStringLiteral("NSMutableString") : QStringLiteral("NSString");
+    object->className =
+        mutableString ? QStringLiteral("NSMutableString") : QStringLiteral("NSString");
     object->string = text;
     return object;
 }

@@ -12,20 +12,21 @@ namespace korvane {
 // One object of a sequential ("typedstream") archive. Strings carry their text, arrays their
 // elements, numbers their value; any other class (AUItem) carries the objects its coder wrote.
 struct ArchivedObject {
-    QString className;          // most derived class: "NSString", "NSMutableArray", "AUItem", ...
-    QString string;             // NSString / NSMutableString
-    QVariant number;            // NSNumber
-    QList<std::shared_ptr<ArchivedObject>> elements; // arrays: elements; others: encoded objects (nil = nullptr)
+    QString className; // most derived class: "NSString", "NSMutableArray", "AUItem", ...
+    QString string;    // NSString / NSMutableString
+    QVariant number;   // NSNumber
+    QList<std::shared_ptr<ArchivedObject>>
+        elements; // arrays: elements; others: encoded objects (nil = nullptr)
 
     bool isString() const
     {
         return className == QLatin1StringView("NSString")
-            || className == QLatin1StringView("NSMutableString");
+               || className == QLatin1StringView("NSMutableString");
     }
     bool isArray() const
     {
         return className == QLatin1StringView("NSArray")
-            || className == QLatin1StringView("NSMutableArray");
+               || className == QLatin1StringView("NSMutableArray");
     }
 };
 using ArchivedObjectPtr = std::shared_ptr<ArchivedObject>;

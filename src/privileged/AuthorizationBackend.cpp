@@ -9,12 +9,13 @@
 
 namespace korvane {
 
-
-QByteArray AuthorizationBackend::processList(bool *ok) {
+QByteArray AuthorizationBackend::processList(bool *ok)
+{
     return readProcessList(ok);
 }
 
-std::unique_ptr<AuthorizationBackend> AuthorizationBackend::createDefault() {
+std::unique_ptr<AuthorizationBackend> AuthorizationBackend::createDefault()
+{
     if (::geteuid() != 0 && PolkitBackend::available())
         return std::make_unique<PolkitBackend>();
     return std::make_unique<NullAuthorizationBackend>();

@@ -10,18 +10,22 @@
 namespace korvane {
 
 BLAuthentication::BLAuthentication(AuthorizationBackend &backend, UserInterface &ui)
-    : m_backend(backend), m_ui(ui) {}
+    : m_backend(backend), m_ui(ui)
+{
+}
 
-BLAuthentication::~BLAuthentication() {
+BLAuthentication::~BLAuthentication()
+{
     deauthenticate();
 }
 
-BLAuthentication *BLAuthentication::sharedInstance() {
+BLAuthentication *BLAuthentication::sharedInstance()
+{
     return SharedInstance<BLAuthentication>::get();
 }
 
-std::optional<AuthorizationRights>
-BLAuthentication::rightsForCommands(const QStringList &commands) {
+std::optional<AuthorizationRights> BLAuthentication::rightsForCommands(const QStringList &commands)
+{
     AuthorizationRights rights;
     rights.count = quint32(commands.size());
     for (const QString &command : commands) {
@@ -36,7 +40,8 @@ BLAuthentication::rightsForCommands(const QStringList &commands) {
     return rights;
 }
 
-int BLAuthentication::copyRights(const QStringList &commands, quint32 flags) {
+int BLAuthentication::copyRights(const QStringList &commands, quint32 flags)
+{
     if (commands.isEmpty())
         return AuthorizationInvalidSet;
     const auto rights = rightsForCommands(commands);
@@ -45,28 +50,32 @@ int BLAuthentication::copyRights(const QStringList &commands, quint32 flags) {
     return m_backend.copyRights(m_authorizationRef, *rights, flags);
 }
 
-bool BLAuthentication::isAuthenticated(const QStringList &forCommands) {
+bool BLAuthentication::isAuthenticated(const QStringList &forCommands)
+{
     if (!m_authorizationRef)
         m_backend.create(&m_authorizationRef);
     // Extending without interaction tells whether the rights are held, never showing a dialog.
     return copyRights(forCommands, AuthorizationFlagExtendRights) == AuthorizationSuccess;
 }
 
-bool BLAuthentication::fetchPassword(const QStringList &forCommands) {
-    if (copyRights(forCommands, AuthorizationFlagInteractionAllowed |
-                                    AuthorizationFlagExtendRights) != AuthorizationSuccess)
+bool BLAuthentication::fetchPassword(const QStringList &forCommands)
+{
+    if (copyRights(forCommands, AuthorizationFlagInteractionAllowed | AuthorizationFlagExtendRights)
+        != AuthorizationSuccess)
         return false;
     emit authenticated();
     return true;
 }
 
-bool BLAuthentication::authenticate(const QStringList &forCommands) {
+bool BLAuthentication::authenticate(const QStringList &forCommands)
+{
     if (!isAuthenticated(forCommands))
         fetchPassword(forCommands);
     return isAuthenticated(forCommands);
 }
 
-void BLAuthentication::deauthenticate() {
+void BLAuthentication::deauthenticate()
+{
     if (!m_authorizationRef)
         return;
     m_backend.free(m_authorizationRef, AuthorizationFlagDestroyRights);
@@ -77,7 +86,8 @@ void BLAuthentication::deauthenticate() {
 namespace {
 // The integer at the start of text after white space, 0 when there is none; clamped like intValue.
 // end receives where the number stops.
-int leadingInteger(QStringView text, qsizetype *end) {
+int leadingInteger(QStringView text, qsizetype *end)
+{
     qsizetype i = 0;
     while (i < text.size() && text.at(i).isSpace())
         ++i;
@@ -99,7 +109,8 @@ int leadingInteger(QStringView text, qsizetype *end) {
 }
 } // namespace
 
-int BLAuthentication::pidFromProcessList(const QString &text, const QString &name) {
+int BLAuthentication::pidFromProcessList(const QString &text, const QString &name)
+{
     // An empty name is in every line; it names no process.
     if (name.isEmpty())
         return 0;
@@ -120,7 +131,8 @@ int BLAuthentication::pidFromProcessList(const QString &text, const QString &nam
     return 0;
 }
 
-int BLAuthentication::getPID(const QString &forProcess) {
+int BLAuthentication::getPID(const QString &forProcess)
+{
     bool ok = false;
     const QByteArray output = m_backend.processList(&ok);
     if (!ok) {
@@ -132,14 +144,14 @@ int BLAuthentication::getPID(const QString &forProcess) {
 }
 
 bool BLAuthentication::executeCommand(const QString &pathToCommand,
-                                      const std::optional<QStringList> &arguments) {
+                                      const std::optional<QStringList> &arguments)
+{
     if (!authenticate({pathToCommand}))
         return false;
     std::optional<QStringList> vector;
     if (arguments && !arguments->isEmpty())
         vector = arguments->mid(0, MaxArguments);
-    const int status = m_backend.executeWithPrivileges(m_authorizationRef,
-                                                                             pathToCommand, vector);
+    const int status = m_backend.executeWithPrivileges(m_authorizationRef, pathToCommand, vector);
     if (status == AuthorizationSuccess)
         return true;
     m_ui.beep();
@@ -147,22 +159,24 @@ bool BLAuthentication::executeCommand(const QString &pathToCommand,
     return false;
 }
 
-bool BLAuthentication::killProcess(const QString &commandFromPS) {
+bool BLAuthentication::killProcess(const QString &commandFromPS)
+{
     // The right asked for is the process name's, not /bin/kill's; the kill below asks again.
     if (!isAuthenticated({commandFromPS}))
         authenticate({commandFromPS});
     const QString pid = QString::number(getPID(commandFromPS));
     if (pid.toInt() < 1) {
         m_ui.beep();
-        systemLog(QStringLiteral("Error killing process ") + pid +
-                  QStringLiteral(", invalid PID."));
+        systemLog(QStringLiteral("Error killing process ") + pid
+                  + QStringLiteral(", invalid PID."));
         return false;
     }
     executeCommand(QStringLiteral("/bin/kill"), QStringList{pid});
     return true;
 }
 
-bool BLAuthentication::requestActivationRight() {
+bool BLAuthentication::requestActivationRight()
+{
     AuthorizationBackend &backend = m_backend;
     AuthorizationRef ref = 0;
     if (backend.create(&ref) != AuthorizationSuccess)
@@ -172,8 +186,8 @@ bool BLAuthentication::requestActivationRight() {
     rights.items.append({QString::fromLatin1(ActivationRight), {}, 0});
     const int status =
         backend.copyRights(ref, rights,
-                           AuthorizationFlagInteractionAllowed | AuthorizationFlagExtendRights |
-                               AuthorizationFlagPartialRights);
+                           AuthorizationFlagInteractionAllowed | AuthorizationFlagExtendRights
+                               | AuthorizationFlagPartialRights);
     backend.free(ref, AuthorizationFlagDefaults);
     return status == AuthorizationSuccess;
 }

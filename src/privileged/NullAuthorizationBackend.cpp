@@ -15,9 +15,7 @@ int NullAuthorizationBackend::copyRights(AuthorizationRef ref, const Authorizati
     return ref ? AuthorizationSuccess : AuthorizationInvalidRef;
 }
 
-void NullAuthorizationBackend::free(AuthorizationRef, quint32)
-{
-}
+void NullAuthorizationBackend::free(AuthorizationRef, quint32) {}
 
 int NullAuthorizationBackend::executeWithPrivileges(AuthorizationRef ref, const QString &tool,
                                                     const std::optional<QStringList> &arguments)

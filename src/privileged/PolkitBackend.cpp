@@ -14,24 +14,28 @@ const QString kExecAction = QStringLiteral("org.freedesktop.policykit.exec");
 constexpr int kCheckTimeoutMs = 30000;
 } // namespace
 
-bool PolkitBackend::available() {
-    return !QStandardPaths::findExecutable(kPkcheck).isEmpty() &&
-           !QStandardPaths::findExecutable(kPkexec).isEmpty();
+bool PolkitBackend::available()
+{
+    return !QStandardPaths::findExecutable(kPkcheck).isEmpty()
+           && !QStandardPaths::findExecutable(kPkexec).isEmpty();
 }
 
-QString PolkitBackend::actionFor(const QString &right) {
+QString PolkitBackend::actionFor(const QString &right)
+{
     if (right == QLatin1String("system.privilege.admin"))
         return kExecAction;
     return right;
 }
 
-int PolkitBackend::create(AuthorizationRef *ref) {
+int PolkitBackend::create(AuthorizationRef *ref)
+{
     *ref = ++m_lastRef;
     m_granted.insert(*ref, {});
     return AuthorizationSuccess;
 }
 
-int PolkitBackend::runCheck(const QStringList &arguments, int timeoutMs) {
+int PolkitBackend::runCheck(const QStringList &arguments, int timeoutMs)
+{
     QProcess process;
     process.start(kPkcheck, arguments);
     if (!process.waitForStarted())
@@ -44,11 +48,13 @@ int PolkitBackend::runCheck(const QStringList &arguments, int timeoutMs) {
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
 }
 
-bool PolkitBackend::startExec(const QStringList &arguments) {
+bool PolkitBackend::startExec(const QStringList &arguments)
+{
     return QProcess::startDetached(kPkexec, arguments);
 }
 
-int PolkitBackend::check(const QString &action, bool allowInteraction) {
+int PolkitBackend::check(const QString &action, bool allowInteraction)
+{
     QStringList arguments{QStringLiteral("--action-id"), action, QStringLiteral("--process"),
                           QString::number(QCoreApplication::applicationPid())};
     if (allowInteraction)
@@ -68,7 +74,8 @@ int PolkitBackend::check(const QString &action, bool allowInteraction) {
 }
 
 int PolkitBackend::copyRights(AuthorizationRef ref, const AuthorizationRights &rights,
-                              quint32 flags) {
+                              quint32 flags)
+{
     auto granted = m_granted.find(ref);
     if (granted == m_granted.end())
         return AuthorizationInvalidRef;
@@ -100,13 +107,15 @@ int PolkitBackend::copyRights(AuthorizationRef ref, const AuthorizationRights &r
     return AuthorizationSuccess;
 }
 
-void PolkitBackend::free(AuthorizationRef ref, quint32) {
+void PolkitBackend::free(AuthorizationRef ref, quint32)
+{
     // Destroying the rights and merely releasing end the same here: the remembered grants go.
     m_granted.remove(ref);
 }
 
 int PolkitBackend::executeWithPrivileges(AuthorizationRef ref, const QString &tool,
-                                         const std::optional<QStringList> &arguments) {
+                                         const std::optional<QStringList> &arguments)
+{
     if (!m_granted.contains(ref))
         return AuthorizationInvalidRef;
     // pkexec would read such a name as one of its own options.

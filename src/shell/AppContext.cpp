@@ -45,8 +45,7 @@ template <class T> T *builtIn(const QList<TypeManager *> &managers, int type)
 
 } // namespace
 
-AppContext::AppContext(Parts parts)
-    : m_locations(parts.roots), m_formats(std::move(parts.formats))
+AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::move(parts.formats))
 {
     if (!parts.files)
         m_ownFiles = std::make_unique<LocalFileOperations>(parts.roots);

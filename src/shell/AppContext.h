@@ -32,12 +32,12 @@ class UserInterface;
 class AppContext {
 public:
     struct Parts {
-        Roots roots;                                  // where "/Library" and "~" are
-        FormatTable formats = FormatTable::builtIn(); // one manager per row
-        FileOperations *files = nullptr;              // default: the local disk
-        UserInterface *ui = nullptr;                  // default: nobody there to answer
+        Roots roots;                                   // where "/Library" and "~" are
+        FormatTable formats = FormatTable::builtIn();  // one manager per row
+        FileOperations *files = nullptr;               // default: the local disk
+        UserInterface *ui = nullptr;                   // default: nobody there to answer
         AuthorizationBackend *authorization = nullptr; // default: polkit where it helps
-        bool awakeFromNib = true;                     // run the window-load steps at once
+        bool awakeFromNib = true;                      // run the window-load steps at once
     };
 
     explicit AppContext(Parts parts);

@@ -2,8 +2,8 @@
 
 #include "app/AppServices.h"
 #include "managers/TypeManager.h"
-#include "platform/FormatTable.h"
 #include "platform/FileOperations.h"
+#include "platform/FormatTable.h"
 #include "platform/Locations.h"
 #include "platform/SharedInstances.h"
 #include "platform/Texts.h"
@@ -21,7 +21,8 @@ namespace {
 
 // The tool and its arguments as one sh command line. Options are our own words and stay bare;
 // set names are quoted.
-QString shellCommand(const QString &tool, const QStringList &arguments) {
+QString shellCommand(const QString &tool, const QStringList &arguments)
+{
     QString command = LumoScript::shellQuote(tool);
     for (qsizetype i = 0; i < arguments.size(); ++i) {
         command += QLatin1Char(' ');
@@ -31,7 +32,8 @@ QString shellCommand(const QString &tool, const QStringList &arguments) {
 }
 
 // The inside of an AppleScript string literal.
-QString appleScriptString(const QString &text) {
+QString appleScriptString(const QString &text)
+{
     QString escaped;
     escaped.reserve(text.size());
     for (const QChar c : text) {
@@ -51,13 +53,17 @@ QString appleScriptString(const QString &text) {
 
 LumoScript::LumoScript(AppServices &services, const QList<TypeManager *> &managers)
     : m_services(services), m_managers(managers),
-      sctrlType(QList<bool>(services.formats().count(), false)) {}
+      sctrlType(QList<bool>(services.formats().count(), false))
+{
+}
 
-LumoScript *LumoScript::getLumoScript() {
+LumoScript *LumoScript::getLumoScript()
+{
     return SharedInstance<LumoScript>::get();
 }
 
-QString LumoScript::bundlePath() {
+QString LumoScript::bundlePath()
+{
     const QString bundle = qEnvironmentVariable("KORVANE_BUNDLE");
     if (!bundle.isEmpty())
         return bundle;
@@ -66,7 +72,8 @@ QString LumoScript::bundlePath() {
     return QDir::currentPath();
 }
 
-LumoScript::Layout LumoScript::platformLayout() {
+LumoScript::Layout LumoScript::platformLayout()
+{
 #ifdef Q_OS_MACOS
     return Layout::AppleScript;
 #else
@@ -74,7 +81,8 @@ LumoScript::Layout LumoScript::platformLayout() {
 #endif
 }
 
-QString LumoScript::toolPath() const {
+QString LumoScript::toolPath() const
+{
     QString tool = m_toolPath;
     if (tool.isEmpty() && m_layout == Layout::AppleScript)
         tool = bundlePath() + QStringLiteral("/Contents/MacOS/KorvaneCMD/KorvaneCMD");
@@ -86,18 +94,21 @@ QString LumoScript::toolPath() const {
     return QFileInfo(tool).absoluteFilePath();
 }
 
-void LumoScript::setHostCommand(const QString &commandLine) {
+void LumoScript::setHostCommand(const QString &commandLine)
+{
     m_hostCommand = commandLine;
     build(false);
 }
 
-QString LumoScript::shellQuote(const QString &word) {
+QString LumoScript::shellQuote(const QString &word)
+{
     QString quoted = word;
     quoted.replace(QLatin1Char('\''), QLatin1String("'\\''"));
     return QLatin1Char('\'') + quoted + QLatin1Char('\'');
 }
 
-QString LumoScript::appleScript(const QString &tool, const QStringList &arguments) {
+QString LumoScript::appleScript(const QString &tool, const QStringList &arguments)
+{
     QString text = QStringLiteral("-- KorvaneCMD launch script\n");
     text += QStringLiteral("\ntell application \"Finder\"\n");
     text += QStringLiteral(" do shell script \"");
@@ -110,7 +121,8 @@ QString LumoScript::appleScript(const QString &tool, const QStringList &argument
 }
 
 QString LumoScript::shellScript(const QString &tool, const QStringList &arguments,
-                                const QString &hostCommand) {
+                                const QString &hostCommand)
+{
     QString text = QStringLiteral("#!/bin/sh\n# KorvaneCMD launch script\nset -e\n");
     text += shellCommand(tool, arguments) + QLatin1Char('\n');
     const QStringList host = QProcess::splitCommand(hostCommand);
@@ -123,32 +135,38 @@ QString LumoScript::shellScript(const QString &tool, const QStringList &argument
     return text;
 }
 
-bool LumoScript::isSegmentSelected(int segment) const {
+bool LumoScript::isSegmentSelected(int segment) const
+{
     return segment >= 0 && segment < sctrlType.size() && sctrlType.at(segment);
 }
 
-void LumoScript::setSegmentSelected(int segment, bool selected) {
+void LumoScript::setSegmentSelected(int segment, bool selected)
+{
     if (segment < 0 || segment >= sctrlType.size() || sctrlType.at(segment) == selected)
         return;
     sctrlType[segment] = selected;
     emit segmentsChanged();
 }
 
-void LumoScript::setScript(const QString &text) {
+void LumoScript::setScript(const QString &text)
+{
     teScript = text;
 }
 
-void LumoScript::openScriptWindow() {
+void LumoScript::openScriptWindow()
+{
     build(false);
     m_visible = true;
     emit windowShown();
 }
 
-void LumoScript::changeArgument() {
+void LumoScript::changeArgument()
+{
     build(true);
 }
 
-void LumoScript::build(bool tell) {
+void LumoScript::build(bool tell)
+{
     // Always AU, RTAS, MAS, VST, whatever order the segments were chosen in.
     QStringList arguments;
     bool deselected = false;
@@ -180,7 +198,8 @@ void LumoScript::build(bool tell) {
     emit scriptChanged();
 }
 
-void LumoScript::saveScript() {
+void LumoScript::saveScript()
+{
     SavePanelRequest request;
     request.directory = m_services.locations().documentsFolder();
     request.fileName = m_layout == Layout::AppleScript ? QStringLiteral("untitled.applescript")
@@ -192,7 +211,8 @@ void LumoScript::saveScript() {
         savePanelDidEnd(0, QString());
 }
 
-void LumoScript::savePanelDidEnd(int returnCode, const QString &path) {
+void LumoScript::savePanelDidEnd(int returnCode, const QString &path)
+{
     if (returnCode != 1)
         return;
     // A failure is not reported; a half-written script is never left behind.

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <QList>
 
 namespace korvane {
 

@@ -50,7 +50,8 @@ TypeManager *MyMainObj::managerOf(int type) const
     return type >= 0 && type < m_managers.size() ? m_managers.at(type) : nullptr;
 }
 
-// --- Lifecycle ------------------------------------------------------------------------------------
+// --- Lifecycle
+// ------------------------------------------------------------------------------------
 
 void MyMainObj::awakeFromNib()
 {
@@ -85,7 +86,8 @@ void MyMainObj::applicationWillTerminate()
     m_pref->setDefaultType(getActiveType());
 }
 
-// --- Tabs -----------------------------------------------------------------------------------------
+// --- Tabs
+// -----------------------------------------------------------------------------------------
 
 QString MyMainObj::tabIdentifier(int type) const
 {
@@ -240,7 +242,8 @@ void MyMainObj::selectIndex(int index)
     emit selectedTabChanged(index);
 }
 
-// --- Routing --------------------------------------------------------------------------------------
+// --- Routing
+// --------------------------------------------------------------------------------------
 
 TypeManager *MyMainObj::managerByIdentifier() const
 {

@@ -41,14 +41,15 @@ public:
 
     // --- Lifecycle -----------------------------------------------------------------------------
     // The front end calls these where the platform would notify: once its event loop runs, and
-    // before it quits. Nothing subscribes on its own, so the command-line tool never saves by accident.
+    // before it quits. Nothing subscribes on its own, so the command-line tool never saves by
+    // accident.
     void awakeFromNib(); // initTabView, then the group submenu
     void applicationDidFinishLaunching();
     void applicationWillTerminate();
 
     // --- Tabs ----------------------------------------------------------------------------------
-    QString tabIdentifier(int type) const; // "tabAU" ...; empty for others
-    QString tabLabel(int type) const;      // "AudioUnits" ...; empty for others
+    QString tabIdentifier(int type) const;                 // "tabAU" ...; empty for others
+    QString tabLabel(int type) const;                      // "AudioUnits" ...; empty for others
     int typeOfIdentifier(const QString &identifier) const; // -1 for none
 
     void initTabView();

@@ -26,7 +26,8 @@ namespace {
 // The longest version the newer-version panel shows before cutting it short.
 constexpr qsizetype kShownVersionLength = 64;
 
-QUrl configuredUrl(const char *variable, const char *builtIn) {
+QUrl configuredUrl(const char *variable, const char *builtIn)
+{
     const QString fromEnvironment = qEnvironmentVariable(variable);
     return QUrl(fromEnvironment.isEmpty() ? QString::fromUtf8(builtIn) : fromEnvironment);
 }
@@ -36,13 +37,17 @@ QUrl configuredUrl(const char *variable, const char *builtIn) {
 UpdateCheck::UpdateCheck(UserInterface &ui)
     : m_ui(ui), m_versionListUrl(configuredUrl("KORVANE_UPDATE_URL", KORVANE_VERSION_LIST_URL)),
       m_downloadUrl(configuredUrl("KORVANE_DOWNLOAD_URL", KORVANE_DOWNLOAD_PAGE_URL)),
-      m_installedVersion(programVersion()) {}
+      m_installedVersion(programVersion())
+{
+}
 
-QString UpdateCheck::programVersion() {
+QString UpdateCheck::programVersion()
+{
     return QStringLiteral(KORVANE_VERSION);
 }
 
-std::optional<QVariantMap> UpdateCheck::fetchVersionList() const {
+std::optional<QVariantMap> UpdateCheck::fetchVersionList() const
+{
     // Without an application object there is no event loop to carry the request.
     if (!QCoreApplication::instance() || !m_versionListUrl.isValid())
         return std::nullopt;
@@ -59,8 +64,8 @@ std::optional<QVariantMap> UpdateCheck::fetchVersionList() const {
         if (tooLong)
             return;
         body += reply->read(MaxReplyBytes + 1 - body.size());
-        if (body.size() > MaxReplyBytes ||
-            reply->header(QNetworkRequest::ContentLengthHeader).toLongLong() > MaxReplyBytes) {
+        if (body.size() > MaxReplyBytes
+            || reply->header(QNetworkRequest::ContentLengthHeader).toLongLong() > MaxReplyBytes) {
             tooLong = true;
             body.clear();
             reply->abort();
@@ -88,7 +93,8 @@ std::optional<QVariantMap> UpdateCheck::fetchVersionList() const {
     return result; // the reply goes with its manager
 }
 
-std::optional<QVariantMap> UpdateCheck::parseVersionList(const QByteArray &body) {
+std::optional<QVariantMap> UpdateCheck::parseVersionList(const QByteArray &body)
+{
     if (body.size() > MaxReplyBytes)
         return std::nullopt;
     const std::optional<QVariant> root = PropertyList::fromBytes(body);
@@ -97,7 +103,8 @@ std::optional<QVariantMap> UpdateCheck::parseVersionList(const QByteArray &body)
     return root->toMap();
 }
 
-QString UpdateCheck::shownVersion(const QString &version) {
+QString UpdateCheck::shownVersion(const QString &version)
+{
     if (version.size() <= kShownVersionLength)
         return version;
     qsizetype cut = kShownVersionLength;
@@ -106,7 +113,8 @@ QString UpdateCheck::shownVersion(const QString &version) {
     return version.left(cut) + QChar(0x2026);
 }
 
-void UpdateCheck::run() {
+void UpdateCheck::run()
+{
     const std::optional<QVariantMap> list = fetchVersionList();
     UserInterface &ui = m_ui;
 

@@ -1,10 +1,10 @@
 #include "app/AppServices.h"
 
+#include "ServicesFixture.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
 #include "platform/SystemLog.h"
 #include "support/ScriptedUi.h"
-#include "ServicesFixture.h"
 #include "support/TestRoots.h"
 
 #include <PluginLibraryBuilder.h>
@@ -17,7 +17,8 @@ using namespace korvane;
 namespace {
 
 // Registry entries as the property list holds them.
-QVariantList plist(const QList<QStringList> &entries) {
+QVariantList plist(const QList<QStringList> &entries)
+{
     QVariantList list;
     for (const QStringList &entry : entries)
         list.append(QVariant(QVariantList(entry.begin(), entry.end())));
@@ -27,7 +28,8 @@ QVariantList plist(const QList<QStringList> &entries) {
 const QString kSupport = QStringLiteral("Library/Application Support/Korvane");
 
 // The copies of a damaged file kept beside it, as paths.
-QStringList keptFiles(const QString &file) {
+QStringList keptFiles(const QString &file)
+{
     const QFileInfo info(file);
     QStringList kept;
     for (const QString &name :
@@ -40,7 +42,8 @@ QStringList keptFiles(const QString &file) {
 
 class ContentRegistryTest : public ServicesFixture {
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         ServicesFixture::SetUp();
         QDir().mkpath(homePath("Library/Application Support")); // there on every real system
     }
@@ -49,12 +52,14 @@ protected:
     std::optional<QVariantList> userEntries() const { return PropertyList::readArray(userFile()); }
 };
 
-TEST_F(ContentRegistryTest, NoFileAnywhereLeavesAnEmptyUserFile) {
+TEST_F(ContentRegistryTest, NoFileAnywhereLeavesAnEmptyUserFile)
+{
     AppServices services(parts());
     EXPECT_EQ(userEntries(), QVariantList());
 }
 
-TEST_F(ContentRegistryTest, SystemFileIsUsedAndCopiedToTheUserOnFirstSave) {
+TEST_F(ContentRegistryTest, SystemFileIsUsedAndCopiedToTheUserOnFirstSave)
+{
     writeText(rootPath(kSupport + "/content.plist"),
               PropertyList::toXml(plist({{"A", "/x"}, {"B", "/y"}})));
     AppServices services(parts());
@@ -64,7 +69,8 @@ TEST_F(ContentRegistryTest, SystemFileIsUsedAndCopiedToTheUserOnFirstSave) {
     EXPECT_EQ(userEntries(), plist({{"A", "/x"}, {"B", "/y"}, {"C", "/z"}}));
 }
 
-TEST_F(ContentRegistryTest, DuplicatesAndMalformedEntries) {
+TEST_F(ContentRegistryTest, DuplicatesAndMalformedEntries)
+{
     // Only the first entry with a key is seen; what is not a list of strings is left out.
     const QVariantList bad{QVariantList{"A", qint64(5)}, "loose", QVariantList(), QVariantMap()};
     const QByteArray original = PropertyList::toXml(bad + plist({{"B"}, {"A", "/1"}, {"A", "/2"}}));
@@ -80,7 +86,8 @@ TEST_F(ContentRegistryTest, DuplicatesAndMalformedEntries) {
     EXPECT_EQ(readText(kept.first()), QString::fromUtf8(original));
 }
 
-TEST_F(ContentRegistryTest, DamagedFileIsKeptUnderAFreeDatedNameOrNotReplaced) {
+TEST_F(ContentRegistryTest, DamagedFileIsKeptUnderAFreeDatedNameOrNotReplaced)
+{
     // Names a keep in the next seconds would choose are taken already.
     const QString support = homePath(kSupport);
     QStringList taken;
@@ -118,11 +125,12 @@ TEST_F(ContentRegistryTest, DamagedFileIsKeptUnderAFreeDatedNameOrNotReplaced) {
     services.saveContent({"A", "/a"}); // the change stays in memory
     EXPECT_EQ(readText(userFile()), QString::fromUtf8(garbage));
     EXPECT_EQ(services.getContentForKey("A"), QStringList({"A", "/a"}));
-    EXPECT_EQ(log.lines().mid(1), QStringList(2, "Could not read " + userFile() +
-                                                     " nor move it aside; left it as it is"));
+    EXPECT_EQ(log.lines().mid(1), QStringList(2, "Could not read " + userFile()
+                                                     + " nor move it aside; left it as it is"));
 }
 
-TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths) {
+TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
+{
     const QString components = locations().expand("/Library/Audio/Plug-Ins/Components");
     const QStringList scan{"Other", "Shared", "Shared/Lib", "Shared/Lib/x", "Shared/Lib2"};
     {
@@ -143,7 +151,8 @@ TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
     EXPECT_EQ(services.removeContentPaths(0, scan), scan);
 }
 
-TEST_F(ContentRegistryTest, PackagesCollapseWithTheirContentsOnly) {
+TEST_F(ContentRegistryTest, PackagesCollapseWithTheirContentsOnly)
+{
     PluginLibraryBuilder::makeVST(folder(3, 0), "A.vst", MachO::intel());
     PluginLibraryBuilder::makeFolder(folder(3, 0) + "/Sub");
     AppServices services(parts());
@@ -154,7 +163,8 @@ TEST_F(ContentRegistryTest, PackagesCollapseWithTheirContentsOnly) {
               QStringList({"A.vst", "A.vst copy", "A.vst2.vst", "B.vst", "Sub", "Sub/C"}));
 }
 
-TEST_F(ContentRegistryTest, FullPathsAndCreatedFoldersStayInsideTheRoots) {
+TEST_F(ContentRegistryTest, FullPathsAndCreatedFoldersStayInsideTheRoots)
+{
     AppServices services(parts());
     EXPECT_EQ(services.getFullPath("X", 1, 3),
               homePath("Library/Application Support/Digidesign/Plug-Ins (Disabled)/X"));
@@ -170,7 +180,8 @@ TEST_F(ContentRegistryTest, FullPathsAndCreatedFoldersStayInsideTheRoots) {
     EXPECT_FALSE(QFileInfo::exists(rootPath("escape")));
 }
 
-TEST_F(ContentRegistryTest, CreateFoldersMakesTheParentsOnlyAndIgnoresFailures) {
+TEST_F(ContentRegistryTest, CreateFoldersMakesTheParentsOnlyAndIgnoresFailures)
+{
     AppServices services(parts());
     QDir().mkpath(rootPath("a"));
     services.createFolders(rootPath("a/b/c/file"));
@@ -190,7 +201,8 @@ protected:
     void writeGroups(const QVariantList &g) { writeText(groupsFile(), PropertyList::toXml(g)); }
 };
 
-TEST_F(GroupRegistryTest, LoadingForcesTheEmptyFirstEntryAndKeepsWhatItCouldNotRead) {
+TEST_F(GroupRegistryTest, LoadingForcesTheEmptyFirstEntryAndKeepsWhatItCouldNotRead)
+{
     EXPECT_EQ(AppServices(parts()).getGroups(), QStringList({""}));
     writeGroups({"New Group", "Drums"});
     EXPECT_EQ(AppServices(parts()).getGroups(), QStringList({"", "Drums"}));
@@ -206,7 +218,8 @@ TEST_F(GroupRegistryTest, LoadingForcesTheEmptyFirstEntryAndKeepsWhatItCouldNotR
     EXPECT_TRUE(services.logText().contains(kept.first()));
 }
 
-TEST_F(GroupRegistryTest, EditsRenumberEditorMenuAndFile) {
+TEST_F(GroupRegistryTest, EditsRenumberEditorMenuAndFile)
+{
     writeGroups({"", "G1", "G2"});
     AppServices services(parts());
     services.addGroupEntry();
@@ -238,7 +251,8 @@ TEST_F(GroupRegistryTest, EditsRenumberEditorMenuAndFile) {
 
 class FileErrorTest : public ServicesFixture {};
 
-TEST_F(FileErrorTest, OnlyProceedCarriesOn) {
+TEST_F(FileErrorTest, OnlyProceedCarriesOn)
+{
     ui.alertAnswers << AlertAlternate << AlertDefault << AlertFirst;
     AppServices services(parts());
     const QVariantMap info{{"Error", "Permission denied"}, {"Path", "/x/%@.vst"}};

@@ -1,7 +1,7 @@
 #include "app/AppServices.h"
 
-#include "platform/PropertyList.h"
 #include "ServicesFixture.h"
+#include "platform/PropertyList.h"
 #include "support/TestRoots.h"
 
 #include <QDir>

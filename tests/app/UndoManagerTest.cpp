@@ -1,5 +1,5 @@
-#include "app/AppServices.h"
 #include "app/UndoManager.h"
+#include "app/AppServices.h"
 
 #include "ServicesFixture.h"
 

@@ -32,11 +32,13 @@ using Builder = PluginLibraryBuilder;
 // cannot move and every move is a copy and a removal.
 class TmpfsMount {
 public:
-    explicit TmpfsMount(const QString &folder) : m_folder(folder) {
+    explicit TmpfsMount(const QString &folder) : m_folder(folder)
+    {
         QDir().mkpath(folder);
         m_ok = QProcess::execute("mount", {"-t", "tmpfs", "-o", "size=64m", "tmpfs", folder}) == 0;
     }
-    ~TmpfsMount() {
+    ~TmpfsMount()
+    {
         if (m_ok && QProcess::execute("umount", {m_folder}) != 0)
             QProcess::execute("umount", {"-l", m_folder});
     }
@@ -51,10 +53,12 @@ private:
 class EnvironmentGuard {
 public:
     EnvironmentGuard(const char *name, const QByteArray &value)
-        : m_name(name), m_old(qgetenv(name)), m_wasSet(qEnvironmentVariableIsSet(name)) {
+        : m_name(name), m_old(qgetenv(name)), m_wasSet(qEnvironmentVariableIsSet(name))
+    {
         qputenv(name, value);
     }
-    ~EnvironmentGuard() {
+    ~EnvironmentGuard()
+    {
         if (m_wasSet)
             qputenv(m_name, m_old);
         else
@@ -84,7 +88,8 @@ struct RunOptions {
 
 class KorvaneCmdTest : public TestRoots {
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         TestRoots::SetUp();
         for (const char *path : {"Documents", "Library/Preferences"})
             QDir().mkpath(homePath(path));
@@ -93,7 +98,8 @@ protected:
     }
 
     std::unique_ptr<QProcess> start(const QString &program, const QStringList &arguments,
-                                    const RunOptions &options = {}) {
+                                    const RunOptions &options = {})
+    {
         auto process = std::make_unique<QProcess>();
         // Whatever a program takes from the environment lies under the test's roots.
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -113,13 +119,15 @@ protected:
     }
 
     std::unique_ptr<QProcess> startTool(const QStringList &arguments,
-                                        const RunOptions &options = {}) {
+                                        const RunOptions &options = {})
+    {
         const QString top = options.systemRoot.isEmpty() ? root() : options.systemRoot;
         return start(KORVANE_CMD, QStringList{"--root", top, "--home", home()} + arguments,
                      options);
     }
 
-    static ToolRun finish(QProcess &process, int timeoutMs = 60000) {
+    static ToolRun finish(QProcess &process, int timeoutMs = 60000)
+    {
         const bool finished = process.waitForFinished(timeoutMs);
         EXPECT_TRUE(finished) << process.arguments().join(' ').toStdString();
         if (!finished) {
@@ -131,18 +139,21 @@ protected:
                 QString::fromUtf8(process.readAllStandardError())};
     }
 
-    ToolRun tool(const QStringList &arguments, const RunOptions &options = {}) {
+    ToolRun tool(const QStringList &arguments, const RunOptions &options = {})
+    {
         return finish(*startTool(arguments, options), options.timeoutMs);
     }
 
     // An Audio Unit folder, or a path inside it.
-    QString au(int loc, const QString &name = {}) const {
+    QString au(int loc, const QString &name = {}) const
+    {
         return folder(TypeAU, loc) + (name.isEmpty() ? "" : "/" + name);
     }
 
     // Every file and folder under both roots, one line each: path, digest of the contents and,
     // withTimes, size and modification time (a folder's changes whenever an entry comes or goes).
-    std::string snapshot(bool withTimes = false) const {
+    std::string snapshot(bool withTimes = false) const
+    {
         QStringList entries;
         const auto all = QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System;
         for (const QString &top : {root(), home()}) {
@@ -167,13 +178,15 @@ protected:
         return entries.join('\n').toStdString();
     }
 
-    static bool isWholeBundle(const QString &path) {
-        return QFile::exists(path + "/Contents/Info.plist") &&
-               QFile::exists(path + "/Contents/MacOS/Plugin");
+    static bool isWholeBundle(const QString &path)
+    {
+        return QFile::exists(path + "/Contents/Info.plist")
+               && QFile::exists(path + "/Contents/MacOS/Plugin");
     }
 
     // Alpha and Beta on system-wide, Gamma off and Delta on for the user; Beta has presets.
-    void makeLibrary() {
+    void makeLibrary()
+    {
         Builder::makeAudioUnit(au(LocSystemActive), "Alpha.component", MachO::universal2());
         Builder::makeAudioUnit(au(LocSystemActive), "Beta.component", MachO::intel());
         Builder::makeAudioUnit(au(LocUserDisabled), "Gamma.component", MachO::ppc());
@@ -188,7 +201,8 @@ protected:
     using Entry = std::tuple<const char *, bool, bool>; // name, global, active
 
     // A set document in Documents holding the entries in order.
-    QString writeSet(const QString &fileName, const QList<Entry> &entries) {
+    QString writeSet(const QString &fileName, const QList<Entry> &entries)
+    {
         QList<AUItemPtr> items;
         for (const auto &[name, global, active] : entries) {
             items << std::make_shared<AUItem>();
@@ -203,7 +217,8 @@ protected:
     }
 
     // Beta goes off, Gamma comes on, Alpha and Delta stay; one entry names nothing installed.
-    QString writeSet() {
+    QString writeSet()
+    {
         return writeSet("Live.aukorv", {{"Alpha.component", true, true},
                                         {"Beta.component", true, false},
                                         {"Gamma.component", false, true},
@@ -211,14 +226,16 @@ protected:
                                         {"Delta.component", false, true}});
     }
 
-    QJsonArray json(const QStringList &arguments) {
+    QJsonArray json(const QStringList &arguments)
+    {
         return QJsonDocument::fromJson(tool(arguments).out.toUtf8()).array();
     }
 
     QString support, presets;
 };
 
-TEST_F(KorvaneCmdTest, ApplyingASetMovesExactlyTheChangedPlugInsWithTheirContent) {
+TEST_F(KorvaneCmdTest, ApplyingASetMovesExactlyTheChangedPlugInsWithTheirContent)
+{
     makeLibrary();
     const QString set = writeSet();
 
@@ -243,7 +260,8 @@ TEST_F(KorvaneCmdTest, ApplyingASetMovesExactlyTheChangedPlugInsWithTheirContent
     EXPECT_EQ(snapshot(), before);
 }
 
-TEST_F(KorvaneCmdTest, BadArgumentsAndUnreadableSetsExitTwoAndChangeNothing) {
+TEST_F(KorvaneCmdTest, BadArgumentsAndUnreadableSetsExitTwoAndChangeNothing)
+{
     makeLibrary();
     const QString set = writeSet();
     // Lets a first run make its folders and preferences; list would make none.
@@ -282,7 +300,8 @@ TEST_F(KorvaneCmdTest, BadArgumentsAndUnreadableSetsExitTwoAndChangeNothing) {
     EXPECT_EQ(snapshot(), before);
 }
 
-TEST_F(KorvaneCmdTest, AFailedMoveExitsOneNamesThePathAndLosesNothing) {
+TEST_F(KorvaneCmdTest, AFailedMoveExitsOneNamesThePathAndLosesNothing)
+{
     makeLibrary();
     const QString set = writeSet();
     QDir().mkpath(au(LocSystemDisabled));
@@ -302,7 +321,8 @@ TEST_F(KorvaneCmdTest, AFailedMoveExitsOneNamesThePathAndLosesNothing) {
     EXPECT_FALSE(QFile::exists(au(LocSystemDisabled, "Beta.component")));
 }
 
-TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAnotherCopyInTheWayExitsOne) {
+TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAnotherCopyInTheWayExitsOne)
+{
     Builder::makeAudioUnit(au(LocSystemActive), "Twin.component", MachO::intel());
     Builder::makeAudioUnit(au(LocUserActive), "Twin.component", MachO::ppc());
     Builder::makeAudioUnit(au(LocSystemActive), "Alpha.component", MachO::intel());
@@ -327,8 +347,8 @@ TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAnotherCopyInTheWayExitsOne) {
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.out,
               "disabled and moved to user Alpha.component\nmoved to system Delta.component\n");
-    EXPECT_TRUE(run.err.startsWith("error: could not move to user \"Twin.component\": \"" +
-                                   au(LocSystemActive, "Twin.component")))
+    EXPECT_TRUE(run.err.startsWith("error: could not move to user \"Twin.component\": \""
+                                   + au(LocSystemActive, "Twin.component")))
         << run.err.toStdString();
     const QString executable = "Twin.component/Contents/MacOS/Plugin";
     EXPECT_EQ(MachOHeader::firstBytes(au(LocSystemActive, executable)), MachO::intel());
@@ -337,7 +357,8 @@ TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAnotherCopyInTheWayExitsOne) {
     EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Delta.component")));
 }
 
-TEST_F(KorvaneCmdTest, EnableAndDisableSwitchEveryPlugInOfTheName) {
+TEST_F(KorvaneCmdTest, EnableAndDisableSwitchEveryPlugInOfTheName)
+{
     makeLibrary();
     Builder::makeAudioUnit(au(LocUserActive), "Alpha.component", MachO::ppc());
 
@@ -355,7 +376,8 @@ TEST_F(KorvaneCmdTest, EnableAndDisableSwitchEveryPlugInOfTheName) {
     EXPECT_EQ(tool({"enable", "--format", "au", "Gamma.component"}).out, ""); // already on
 }
 
-TEST_F(KorvaneCmdTest, JsonOutputCarriesExactlyTheDocumentedKeys) {
+TEST_F(KorvaneCmdTest, JsonOutputCarriesExactlyTheDocumentedKeys)
+{
     makeLibrary();
     Builder::makeAudioUnit(au(LocUserDisabled), "Alpha.component", MachO::ppc());
     const QString echo = folder(TypeVST, LocSystemDisabled);
@@ -402,7 +424,8 @@ TEST_F(KorvaneCmdTest, JsonOutputCarriesExactlyTheDocumentedKeys) {
     EXPECT_TRUE(tool({"duplicates", "--format", "vst"}).out.isEmpty());
 }
 
-TEST_F(KorvaneCmdTest, ReportingCommandsChangeNothingOnDisk) {
+TEST_F(KorvaneCmdTest, ReportingCommandsChangeNothingOnDisk)
+{
     makeLibrary();
     const QString set = writeSet();
     // A first run seeds the preferences, and a damaged registry reads as absent and is rewritten.
@@ -425,7 +448,8 @@ TEST_F(KorvaneCmdTest, ReportingCommandsChangeNothingOnDisk) {
     EXPECT_EQ(tool({"show-set", set}).out.count('\n'), 5);
 }
 
-TEST_F(KorvaneCmdTest, SetsArriveThroughPipesAndWhatCannotBeReadExitsTwoAtOnce) {
+TEST_F(KorvaneCmdTest, SetsArriveThroughPipesAndWhatCannotBeReadExitsTwoAtOnce)
+{
     makeLibrary();
     QFile file(writeSet());
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
@@ -453,7 +477,8 @@ TEST_F(KorvaneCmdTest, SetsArriveThroughPipesAndWhatCannotBeReadExitsTwoAtOnce) 
     EXPECT_EQ(tool({"show-set", "/dev/stdin"}).exitCode, 2); // an empty pipe
 }
 
-TEST_F(KorvaneCmdTest, OverlappingMoversTakeTurnsAndLoseNoPlugIn) {
+TEST_F(KorvaneCmdTest, OverlappingMoversTakeTurnsAndLoseNoPlugIn)
+{
     // Each folder on a file system of its own; in memory, so that the sync of each move is quick.
     TmpfsMount active(au(LocSystemActive)), disabled(au(LocSystemDisabled));
     if (!active.ok() || !disabled.ok())
@@ -484,12 +509,13 @@ TEST_F(KorvaneCmdTest, OverlappingMoversTakeTurnsAndLoseNoPlugIn) {
     }
     EXPECT_EQ(whole, 200);
     const auto all = QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden;
-    EXPECT_EQ(QDir(au(LocSystemActive)).entryList(all).size() +
-                  QDir(au(LocSystemDisabled)).entryList(all).size(),
+    EXPECT_EQ(QDir(au(LocSystemActive)).entryList(all).size()
+                  + QDir(au(LocSystemDisabled)).entryList(all).size(),
               200); // no partial copies left behind
 }
 
-TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheLock) {
+TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheLock)
+{
     makeLibrary();
     auto holder = start(HOLD_LIBRARY_LOCK, {}, {.keepInputOpen = true});
     ASSERT_TRUE(holder->waitForReadyRead(10000)) << holder->readAllStandardError().toStdString();
@@ -541,7 +567,8 @@ TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheL
     EXPECT_TRUE(isWholeBundle(au(LocSystemDisabled, "Alpha.component")));
 }
 
-TEST(ProgramExitTest, DecodingASetAndReturningFromMainWithoutAResetExitsCleanly) {
+TEST(ProgramExitTest, DecodingASetAndReturningFromMainWithoutAResetExitsCleanly)
+{
     QProcess process;
     process.start(DECODE_SET_AND_EXIT, QStringList{});
     ASSERT_TRUE(process.waitForFinished(60000));
@@ -549,7 +576,8 @@ TEST(ProgramExitTest, DecodingASetAndReturningFromMainWithoutAResetExitsCleanly)
     EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
 }
 
-TEST_F(KorvaneCmdTest, HelpAndVersionExitZero) {
+TEST_F(KorvaneCmdTest, HelpAndVersionExitZero)
+{
     const ToolRun help = tool({"--help"}), version = tool({"--version"});
     EXPECT_EQ(help.exitCode + version.exitCode, 0);
     EXPECT_EQ(help.out, helpText());

@@ -6,10 +6,10 @@
 #include "managers/MyMASObj.h"
 #include "managers/MyRTASObj.h"
 #include "managers/MyVSTObj.h"
+#include "panels/MyMissingItems.h"
 #include "panels/MyPrefObj.h"
 #include "platform/Bundle.h"
 #include "platform/Locations.h"
-#include "panels/MyMissingItems.h"
 #include "privileged/BLAuthentication.h"
 #include "privileged/NullAuthorizationBackend.h"
 #include "support/ScriptedUi.h"
@@ -25,9 +25,9 @@ namespace korvane {
 struct ManagersOfOneRun {
     ManagersOfOneRun(const Locations &locations, FileOperations &files, UserInterface &ui)
         : services(RunParts{locations, files, ui, FormatTable::builtIn()}), pref(services),
-          missingItems(ui), authentication(allowAll, ui),
-          parts{services, pref, missingItems, authentication}, au(parts), rtas(parts), mas(parts),
-          vst(parts)
+          missingItems(ui),
+          authentication(allowAll, ui), parts{services, pref, missingItems, authentication},
+          au(parts), rtas(parts), mas(parts), vst(parts)
     {
     }
     TypeManager *manager(int type)

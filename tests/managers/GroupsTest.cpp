@@ -13,7 +13,7 @@ protected:
     {
         FormatManagerFixture::SetUp();
         services().getGroups() << "Synths"
-                                               << "Drums";
+                               << "Drums";
         groupsFile = homePath("Library/Application Support/Korvane/augroups.plist");
         writeText(groupsFile, PropertyList::toXml(
                                   QVariantList{"A.component", "Synths", "B.component", "Drums",
@@ -73,8 +73,7 @@ TEST_F(GroupsTest, MenuAssignsToSelectedRowsAndSavesNamePairs)
     TypeManager *empty = &context->vst; // scanned, and nothing installed
     empty->reloadData();
     empty->saveGroups();
-    EXPECT_EQ(PropertyList::readArray(locations().dataFilePath("vstgroups.plist")),
-              QVariantList());
+    EXPECT_EQ(PropertyList::readArray(locations().dataFilePath("vstgroups.plist")), QVariantList());
 }
 
 TEST_F(GroupsTest, GroupCommandsSwitchTheMembersOfTheSelectedRowsGroup)

@@ -30,8 +30,8 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
         rows << QString("%1 %2 #%3 %4 %5")
                         .arg(it->getAUName(), QString::number(loc),
                              QString::number(it->getItemID()), it->getAUType(),
-                             it->getAUGlobal() ? "1" : "0") +
-                    (it->getAUActive() ? "1" : "0");
+                             it->getAUGlobal() ? "1" : "0")
+                    + (it->getAUActive() ? "1" : "0");
     }
     EXPECT_EQ(rows, QStringList({"alpha.component 0 #1 Universal Binary 11",
                                  "Mine.component 3 #5 Unknown 00", "notacomponent 0 #2 PPC 11",

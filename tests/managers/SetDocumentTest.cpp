@@ -25,8 +25,8 @@ QStringList summary(const QList<AUItemPtr> &items)
 {
     QStringList lines;
     for (const AUItemPtr &item : items)
-        lines << item->getAUName() + "|" + item->getAULocation() + "|" +
-                     (item->getAUGlobal() ? "1" : "0") + (item->getAUActive() ? "1" : "0");
+        lines << item->getAUName() + "|" + item->getAULocation() + "|"
+                     + (item->getAUGlobal() ? "1" : "0") + (item->getAUActive() ? "1" : "0");
     return lines;
 }
 

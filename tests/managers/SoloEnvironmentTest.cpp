@@ -33,7 +33,8 @@ protected:
                    {component("aumu", "appl", "Osmaker: Tone"),
                     component("aumu", "Acme", "Acme: Big Synth"),
                     component("aufx", "Acme", "Acme: Delay")});
-        instrument(LocUserActive, "System.component", {component("aumu", "appl", "Osmaker: Sampler")});
+        instrument(LocUserActive, "System.component",
+                   {component("aumu", "appl", "Osmaker: Sampler")});
         addAU(LocUserDisabled, "Off.component");
         relaunch(&counting);
         au->reloadData();
@@ -60,7 +61,9 @@ TEST_F(SoloEnvironmentTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
 
     EXPECT_TRUE(au->createSpecialEnv(item(au, "System.component")));
     EXPECT_EQ(counting.moves, 2);
-    EXPECT_EQ(logText(), "----- Plug-In Info -----\nType: aumu\n"); // the system maker's components are left out
+    EXPECT_EQ(
+        logText(),
+        "----- Plug-In Info -----\nType: aumu\n"); // the system maker's components are left out
 
     EXPECT_FALSE(au->destroySpecialEnv());
     EXPECT_EQ(counting.moves, 4);
@@ -87,7 +90,8 @@ TEST_F(SoloEnvironmentTest, ComponentListIsSystemThenUserAndInstrumentsOnly)
     QStringList names;
     for (const auto &wrapper : au->pluginList)
         names << wrapper->manufacturer().value_or("?") + ":" + wrapper->effectName().value_or("?");
-    EXPECT_EQ(names, QStringList({"Osmaker:Tone", "Acme:Big Synth", "Zeta:Pad", "Osmaker:Sampler"}));
+    EXPECT_EQ(names,
+              QStringList({"Osmaker:Tone", "Acme:Big Synth", "Zeta:Pad", "Osmaker:Sampler"}));
 }
 
 TEST(AUEffectWrapperNames, ParsesManufacturerAndEffect)

@@ -9,9 +9,9 @@ namespace korvane {
 class TableTest : public FormatManagerFixture {
 protected:
     UndoManager *undo = nullptr;
-    int reloads = 0;         // rows announced as changed
-    int resets = 0;          // whole-list rebuilds
-    QList<int> changedRows;  // the rows of the last announcement
+    int reloads = 0;        // rows announced as changed
+    int resets = 0;         // whole-list rebuilds
+    QList<int> changedRows; // the rows of the last announcement
 
     void SetUp() override
     {

@@ -1,9 +1,9 @@
 #include "model/AUItem.h"
 
 #include "app/AppServices.h"
+#include "app/ServicesFixture.h"
 #include "platform/PropertyList.h"
 #include "platform/TypedStream.h"
-#include "app/ServicesFixture.h"
 
 #include <PluginLibraryBuilder.h>
 #include <QDir>
@@ -84,8 +84,8 @@ TEST_F(AUItemTest, ContentListIsKeptInTheRegistry)
     item.replaceContent("/manual", 1);
     item.removeContent(0);
     EXPECT_FALSE(item.hasContent()); // only the next lookup sets it
-    const auto stored = PropertyList::readArray(homePath(
-        "Library/Application Support/Korvane/content.plist"));
+    const auto stored =
+        PropertyList::readArray(homePath("Library/Application Support/Korvane/content.plist"));
     EXPECT_EQ(stored, QVariantList{QVariant(QVariantList{"Echo.vst", "/manual"})});
 
     AUItem again(&*services);

@@ -1,9 +1,9 @@
 #include "panels/MyInfoObj.h"
 
+#include "PanelsFixture.h"
 #include "app/AppServices.h"
 #include "panels/MyPrefObj.h"
 #include "platform/PropertyList.h"
-#include "PanelsFixture.h"
 
 #include <QDir>
 

@@ -1,5 +1,5 @@
-#include "panels/MyAboutObj.h"
 #include "panels/MyMissingItems.h"
+#include "panels/MyAboutObj.h"
 
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"

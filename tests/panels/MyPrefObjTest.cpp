@@ -1,9 +1,9 @@
 #include "panels/MyPrefObj.h"
 
+#include "PanelsFixture.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
 #include "platform/SystemLog.h"
-#include "PanelsFixture.h"
 
 #include <QDir>
 #include <fcntl.h>
@@ -16,12 +16,14 @@ const QString kPlist = QStringLiteral("Library/Preferences/com.velmora.Korvane.p
 
 class MyPrefObjTest : public PanelsFixture {
 protected:
-    QVariantMap stored() const {
+    QVariantMap stored() const
+    {
         return PropertyList::readDictionary(homePath(kPlist)).value_or(QVariantMap());
     }
 };
 
-TEST_F(MyPrefObjTest, FirstLaunchSeedsTheDefaults) {
+TEST_F(MyPrefObjTest, FirstLaunchSeedsTheDefaults)
+{
     MyPrefObj *pref = this->pref();
     QVariantMap seed;
     for (int type = 0; type < 4; ++type) {
@@ -40,7 +42,8 @@ TEST_F(MyPrefObjTest, FirstLaunchSeedsTheDefaults) {
     EXPECT_EQ(stored(), seed); // all off but On, and no AUScanSubfolders
 }
 
-TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeavesAllOff) {
+TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeavesAllOff)
+{
     QDir().mkpath(rootPath("Library/Preferences"));
     const QVariantMap machineWide{{"VSTOn", true}, {"RTASOn", false}};
     ASSERT_TRUE(writePlist(rootPath(kPlist), machineWide));
@@ -72,23 +75,25 @@ TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeave
     }
 }
 
-TEST_F(MyPrefObjTest, OutOfRangeTypeAnswersNoAndStoresNothing) {
+TEST_F(MyPrefObjTest, OutOfRangeTypeAnswersNoAndStoresNothing)
+{
     MyPrefObj *pref = this->pref();
     pref->defaults()->setObjects({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
     const QString before = readText(homePath(kPlist));
     for (int type : {-1, 4, 100}) {
         pref->setDefaultSet(type, "/tmp/x.aukorv");
         EXPECT_EQ(pref->getDefaultSet(type), std::nullopt);
-        EXPECT_FALSE(pref->isTypeActive(type) || pref->activateDefaultSet(type) ||
-                     pref->showType(type) || pref->showContent(type) || pref->moveContent(type) ||
-                     pref->scanSubpaths(type))
+        EXPECT_FALSE(pref->isTypeActive(type) || pref->activateDefaultSet(type)
+                     || pref->showType(type) || pref->showContent(type) || pref->moveContent(type)
+                     || pref->scanSubpaths(type))
             << type;
     }
     EXPECT_FALSE(pref->scanSubpaths(0)); // whatever the store holds
     EXPECT_EQ(readText(homePath(kPlist)), before);
 }
 
-TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsent) {
+TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsent)
+{
     QDir().mkpath(homePath("Library/Preferences"));
     const QVariantMap machineWide{{"VSTOn", true}};
     const struct {
@@ -141,11 +146,12 @@ TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsent) {
         EXPECT_TRUE(pref->isTypeActive(type));
     EXPECT_EQ(pref->getDefaultType(), TypeVST);
     // Said once, not at every write.
-    EXPECT_EQ(log.lines(), QStringList{"Could not read " + homePath(kPlist) +
-                                       " nor move it aside; left it as it is"});
+    EXPECT_EQ(log.lines(), QStringList{"Could not read " + homePath(kPlist)
+                                       + " nor move it aside; left it as it is"});
 }
 
-TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged) {
+TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged)
+{
     MyPrefObj *pref = this->pref();
     pref->setDefaultSet(TypeMAS, "/sets/a.maskorv");
     EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/a.maskorv"));
@@ -178,7 +184,8 @@ TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged) {
     EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString());
 }
 
-TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack) {
+TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack)
+{
     MyPrefObj *pref = this->pref();
     QVariantMap expected{{"SUCheckAtStartup", pref->controls.checkForUpdates = true}};
     for (int type = 0; type < 4; ++type) {
@@ -209,7 +216,8 @@ TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack) {
     EXPECT_EQ(asked, (QList<QPair<int, bool>>{{0, false}, {1, false}, {2, true}, {3, false}}));
 }
 
-TEST_F(MyPrefObjTest, SetDocumentPanelFiltersByTabAndAlwaysStores) {
+TEST_F(MyPrefObjTest, SetDocumentPanelFiltersByTabAndAlwaysStores)
+{
     MyPrefObj *pref = this->pref();
     pref->controls.selectedTab = 2;
     pref->controls.types[1].moveContent = true;

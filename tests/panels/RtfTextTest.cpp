@@ -9,12 +9,14 @@
 namespace korvane {
 namespace {
 
-QString html(const QByteArray &rtf) {
+QString html(const QByteArray &rtf)
+{
     return RtfText::toHtml(rtf);
 }
 
 // What is left once the reader's own tags are gone must hold no markup at all.
-void expectOnlyOwnMarkup(const QString &out, const QByteArray &rtf) {
+void expectOnlyOwnMarkup(const QString &out, const QByteArray &rtf)
+{
     static const QRegularExpression ownTags(
         R"(</?(p|b|i)>|<br>|<span style="font-size:[0-9.]+pt">|</span>)");
     static const QRegularExpression strayAmpersand(R"(&(?!amp;|lt;|gt;|quot;|nbsp;))");
@@ -29,7 +31,8 @@ void expectOnlyOwnMarkup(const QString &out, const QByteArray &rtf) {
     EXPECT_EQ(out.count("<span "), out.count("</span>")) << out.toStdString();
 }
 
-TEST(RtfTextTest, ConvertsTheSubsetAndSurvivesMalformedBytes) {
+TEST(RtfTextTest, ConvertsTheSubsetAndSurvivesMalformedBytes)
+{
     const QByteArray deep(10000, '{');
     const QByteArray shut(10000, '}');
     const struct {
@@ -73,7 +76,8 @@ TEST(RtfTextTest, ConvertsTheSubsetAndSurvivesMalformedBytes) {
     }
 }
 
-TEST(RtfTextTest, RandomBytesNeverBecomeMarkup) {
+TEST(RtfTextTest, RandomBytesNeverBecomeMarkup)
+{
     const QByteArray alphabet = "{}\\'*ubcfsipar0189- ?<>&\"\xe9\n";
     QRandomGenerator random(20261123);
     for (int n = 0; n < 3000; ++n) {
@@ -85,7 +89,8 @@ TEST(RtfTextTest, RandomBytesNeverBecomeMarkup) {
     }
 }
 
-TEST(RtfTextTest, ReadsNoFurtherThanTheLimit) {
+TEST(RtfTextTest, ReadsNoFurtherThanTheLimit)
+{
     const QByteArray rtf = "{\\rtf1 " + QByteArray(RtfText::maxInputSize, 'x') + "TAIL}";
     const QString out = html(rtf);
     EXPECT_FALSE(out.contains("TAIL"));
@@ -94,7 +99,8 @@ TEST(RtfTextTest, ReadsNoFurtherThanTheLimit) {
 
 using AboutHtmlTest = TestRoots;
 
-TEST_F(AboutHtmlTest, ShippedAboutTextIsAHeadingAndThreeParagraphs) {
+TEST_F(AboutHtmlTest, ShippedAboutTextIsAHeadingAndThreeParagraphs)
+{
     MyAboutObj aboutObj;
     MyAboutObj *about = &aboutObj;
     qputenv("KORVANE_RESOURCES", KORVANE_TEST_DATA "/../../resources");

@@ -47,8 +47,8 @@ TEST_F(BundleTest, InfoAndExecutableInBothPlistForms)
 TEST_F(BundleTest, FilePackageRules)
 {
     const QString folder = homePath("Plugins");
-    for (const char *name : {"A.component", "B.vst", "C.VST3", "D.rtas", "E.dpm", "F.bundle",
-                             "G.plugin", "H.app"})
+    for (const char *name :
+         {"A.component", "B.vst", "C.VST3", "D.rtas", "E.dpm", "F.bundle", "G.plugin", "H.app"})
         EXPECT_TRUE(Bundle::isFilePackage(B::makeFolder(folder + "/" + name))) << name;
     EXPECT_TRUE(Bundle::isFilePackage(B::makeBundle(folder, "Plain", MachO::intel())));
 
@@ -93,7 +93,8 @@ TEST_F(FinderInfoTest, TypeFromAttributeOrSidecarAndNoneFromMalformedSidecars)
     QByteArray badMagic = good;
     badMagic[3] = 0x00;
     const QList<QByteArray> cases = {
-        QByteArray(), badMagic,
+        QByteArray(),
+        badMagic,
         good.left(20),                            // header cut short
         good.left(30),                            // entry cut short
         good.left(40),                            // Finder info cut short

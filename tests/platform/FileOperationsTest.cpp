@@ -1,5 +1,5 @@
-#include "platform/LocalFileOperations.h"
 #include "platform/Bundle.h"
+#include "platform/LocalFileOperations.h"
 #include "platform/SystemLog.h"
 #include "support/TestRoots.h"
 
@@ -20,7 +20,8 @@ namespace {
 using B = PluginLibraryBuilder;
 
 // Everything below path, keyed by relative path: permissions, then contents or link target.
-QMap<QString, QByteArray> snapshot(const QString &path) {
+QMap<QString, QByteArray> snapshot(const QString &path)
+{
     QMap<QString, QByteArray> result;
     for (const QString &relative : QStringList{""} + LocalFileOperations().subpaths(path)) {
         const QString name = relative.isEmpty() ? path : path + "/" + relative;
@@ -41,7 +42,8 @@ QMap<QString, QByteArray> snapshot(const QString &path) {
 }
 
 // A plug-in bundle with some depth: executable, resources, a symbolic link and a read-only file.
-QString makeRichBundle(const QString &folder, const QString &name) {
+QString makeRichBundle(const QString &folder, const QString &name)
+{
     const QString bundle = B::makeVST(folder, name, MachO::universal2());
     B::makeFile(bundle + "/Contents/Resources", "en.lproj/Strings", {}, "strings");
     B::makeFile(bundle + "/Contents/Resources", "Presets", {}, QByteArray(200000, 'p'));
@@ -57,7 +59,8 @@ public:
     int copied = 0;
 
 protected:
-    bool copyFile(const QString &from, const QString &to, FileError *error) override {
+    bool copyFile(const QString &from, const QString &to, FileError *error) override
+    {
         if (++copied != 3)
             return LocalFileOperations::copyFile(from, to, error);
         QFile file(to);
@@ -76,7 +79,8 @@ protected:
     FileOperations *m_current = nullptr; // an injected failure, else the disk
 };
 
-TEST_F(FileOperationsTest, ListsSortedWithHiddenEntriesAndNoLinkedFolders) {
+TEST_F(FileOperationsTest, ListsSortedWithHiddenEntriesAndNoLinkedFolders)
+{
     const QString folder = homePath("VST");
     for (const char *name : {"b", ".DS_Store", "Sub/Deep/a", "Sub copy"})
         B::makeFile(folder, name);
@@ -92,7 +96,8 @@ TEST_F(FileOperationsTest, ListsSortedWithHiddenEntriesAndNoLinkedFolders) {
     EXPECT_FALSE(ops().exists(folder + "/Dangling"));
 }
 
-TEST_F(FileOperationsTest, MoveNeverReplacesInventsFoldersOrLosesTheSource) {
+TEST_F(FileOperationsTest, MoveNeverReplacesInventsFoldersOrLosesTheSource)
+{
     const QString folder = homePath("VST");
     const QString source = B::makeFile(folder, "A.vst", {}, "mine");
     const QString occupied = B::makeFile(folder + " (Disabled)", "A.vst", {}, "theirs");
@@ -120,7 +125,8 @@ TEST_F(FileOperationsTest, MoveNeverReplacesInventsFoldersOrLosesTheSource) {
 
 // A plain file's or a bundle's sidecar follows it in every operation; where it cannot (another
 // sidecar holds its name at the target) the item still goes and the sidecar stays, unreplaced.
-TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack) {
+TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack)
+{
     for (const bool bundle : {false, true}) {
         SCOPED_TRACE(bundle ? "bundle" : "plain file");
         const QString on = homePath(bundle ? "Bundles" : "Files"), off = on + " (Disabled)";
@@ -145,7 +151,8 @@ TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack) {
     }
 }
 
-TEST_F(FileOperationsTest, CopyKeepsTheTreeAndNeverOverwritesOrLeavesHalfACopy) {
+TEST_F(FileOperationsTest, CopyKeepsTheTreeAndNeverOverwritesOrLeavesHalfACopy)
+{
     const QString source = makeRichBundle(homePath("VST"), "Echo.vst");
     ASSERT_TRUE(ops().copy(source, homePath("VST/Copy.vst")));
     EXPECT_EQ(snapshot(homePath("VST/Copy.vst")), snapshot(source));
@@ -165,7 +172,8 @@ TEST_F(FileOperationsTest, CopyKeepsTheTreeAndNeverOverwritesOrLeavesHalfACopy) 
     EXPECT_FALSE(QFileInfo::exists(homePath("Echo copy.vst")));
 }
 
-TEST_F(FileOperationsTest, CreatesOneLevelAndRemovesAllOrNothing) {
+TEST_F(FileOperationsTest, CreatesOneLevelAndRemovesAllOrNothing)
+{
     FileError error;
     EXPECT_FALSE(ops().createDirectory(homePath("a/b"), &error));
     EXPECT_EQ(error.path, homePath("a/b"));
@@ -199,7 +207,8 @@ TEST_F(FileOperationsTest, CreatesOneLevelAndRemovesAllOrNothing) {
 // Moves between a tmpfs and the test roots, where rename(2) cannot help.
 class CrossDeviceMoveTest : public FileOperationsTest {
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         TestRoots::SetUp();
         ASSERT_TRUE(m_mountPoint.isValid());
         const QStringList arguments{"-t", "tmpfs", "-o", "size=32m", "tmpfs", m_mountPoint.path()};
@@ -207,7 +216,8 @@ protected:
         if (!m_mounted)
             GTEST_SKIP() << "cannot mount a tmpfs here; the cross-device move is not tested";
     }
-    void TearDown() override {
+    void TearDown() override
+    {
         if (m_mounted && QProcess::execute("umount", {m_mountPoint.path()}) != 0)
             QProcess::execute("umount", {"-l", m_mountPoint.path()});
         TestRoots::TearDown();
@@ -219,7 +229,8 @@ private:
     bool m_mounted = false;
 };
 
-TEST_F(CrossDeviceMoveTest, BundleArrivesWholeInOnePlace) {
+TEST_F(CrossDeviceMoveTest, BundleArrivesWholeInOnePlace)
+{
     const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
     const auto before = snapshot(source);
     const QString folder = B::makeFolder(rootPath("VST"));
@@ -252,7 +263,8 @@ TEST_F(CrossDeviceMoveTest, BundleArrivesWholeInOnePlace) {
 class StuckLeftoverOperations : public LocalFileOperations {
 public:
     using LocalFileOperations::LocalFileOperations;
-    bool remove(const QString &path, FileError *error) override {
+    bool remove(const QString &path, FileError *error) override
+    {
         if (!path.endsWith(".korvane-removing"))
             return LocalFileOperations::remove(path, error);
         if (error)
@@ -263,7 +275,8 @@ public:
 
 // Once the item is whole at the target it has moved: a hidden leftover that will not go is
 // reported, not taken for a failed move, and does not block the next move from that folder.
-TEST_F(CrossDeviceMoveTest, ALeftoverThatWillNotGoNeitherFailsNorBlocksAMove) {
+TEST_F(CrossDeviceMoveTest, ALeftoverThatWillNotGoNeitherFailsNorBlocksAMove)
+{
     const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
     const auto before = snapshot(source);
     const QString folder = B::makeFolder(rootPath("VST"));
@@ -288,7 +301,8 @@ TEST_F(CrossDeviceMoveTest, ALeftoverThatWillNotGoNeitherFailsNorBlocksAMove) {
     EXPECT_EQ(entries(folder), QStringList{".Echo.vst.korvane-removing"});
 }
 
-TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris) {
+TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris)
+{
     const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
     const auto before = snapshot(source);
     const QString folder = B::makeFolder(rootPath("VST"));

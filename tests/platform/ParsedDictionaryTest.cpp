@@ -12,8 +12,17 @@ QByteArray duplicateKeys()
 {
     QByteArray bytes("bplist00");
     QList<int> offsets;
-    const QList<QByteArray> objects = {QByteArray("\xD3\x01\x02\x01\x03\x04\x05", 7), "\x51" "A",
-                                       "\x51" "B", "\x55" "first", "\x51" "b", "\x56" "second"};
+    const QList<QByteArray> objects = {QByteArray("\xD3\x01\x02\x01\x03\x04\x05", 7),
+                                       "\x51"
+                                       "A",
+                                       "\x51"
+                                       "B",
+                                       "\x55"
+                                       "first",
+                                       "\x51"
+                                       "b",
+                                       "\x56"
+                                       "second"};
     for (const QByteArray &object : objects) {
         offsets << int(bytes.size());
         bytes += object;

@@ -13,7 +13,8 @@ namespace {
 
 // A child started through a link whose name holds a line break and what looks like the line of
 // PID 1: the list must still show it as one line of its own PID.
-TEST(ProcessListTest, EachProcessIsOneLineThatNoArgumentCanForge) {
+TEST(ProcessListTest, EachProcessIsOneLineThatNoArgumentCanForge)
+{
     QTemporaryDir folder;
     ASSERT_TRUE(folder.isValid());
     const QString marker =
@@ -30,9 +31,9 @@ TEST(ProcessListTest, EachProcessIsOneLineThatNoArgumentCanForge) {
     child.kill();
     child.waitForFinished();
     EXPECT_TRUE(ok);
-    const QByteArray line = QByteArray::number(pid).rightJustified(5, ' ') + ' ' +
-                            QFile::encodeName(folder.path()) + "/sleeper?    1 " +
-                            marker.toLatin1() + " 30\n";
+    const QByteArray line = QByteArray::number(pid).rightJustified(5, ' ') + ' '
+                            + QFile::encodeName(folder.path()) + "/sleeper?    1 "
+                            + marker.toLatin1() + " 30\n";
     EXPECT_TRUE(list.contains(line)) << line.toStdString();
     EXPECT_FALSE(list.contains("\n    1 " + marker.toLatin1()));
     EXPECT_TRUE(list.startsWith("    1 ")) << "the list runs by ascending PID";

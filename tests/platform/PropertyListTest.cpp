@@ -56,9 +56,14 @@ TEST_F(PlistTest, XmlAndBinaryReadTheSameValues)
     const QVariantMap expected{
         {"Blob", QByteArray::fromHex("0001feff")},
         {"Built", QDateTime(QDate(2007, 3, 4), QTime(5, 6, 7), Qt::UTC)},
-        {"CFBundleExecutable", "Plugin"}, {"Count", qint64(42)}, {"Offset", qint64(-7)},
-        {"Enabled", true}, {"Hidden", false}, {"Gain", 0.5},
-        {"Huge", quint64(18446744073709551615ULL)}, {"Name", QString::fromUtf8("Grüße")},
+        {"CFBundleExecutable", "Plugin"},
+        {"Count", qint64(42)},
+        {"Offset", qint64(-7)},
+        {"Enabled", true},
+        {"Hidden", false},
+        {"Gain", 0.5},
+        {"Huge", quint64(18446744073709551615ULL)},
+        {"Name", QString::fromUtf8("Grüße")},
         {"Nested", QVariantMap{{"Depth", qint64(2)}, {"Empty", QVariantMap()}}},
         {"Tags", QVariantList{"aumu", "Acme", QVariantList()}},
     };
@@ -75,7 +80,6 @@ TEST_F(PlistTest, XmlAndBinaryReadTheSameValues)
     EXPECT_EQ(PropertyList::fromBytes(PropertyList::toBinary(expected)), QVariant(expected));
     // A UID reads as its number.
     EXPECT_EQ(PropertyList::fromBytes(binaryPlist({QByteArray::fromHex("8007")})), qint64(7));
-
 }
 
 TEST_F(PlistTest, MalformedBytesReadAsAbsent)
@@ -90,9 +94,15 @@ TEST_F(PlistTest, MalformedBytesReadAsAbsent)
     const QByteArray deepXml = "<plist>" + QByteArray("<array>").repeated(200000)
                                + QByteArray("</array>").repeated(200000) + "</plist>";
     const QList<QByteArray> cases = {
-        QByteArray(), "garbage", QByteArray(4096, '\xFF'), xml.left(xml.size() / 2),
-        binary.left(binary.size() / 2), QByteArray("bplist00") + QByteArray(40, '\0'),
-        badOffset, badTable, manyObjects,
+        QByteArray(),
+        "garbage",
+        QByteArray(4096, '\xFF'),
+        xml.left(xml.size() / 2),
+        binary.left(binary.size() / 2),
+        QByteArray("bplist00") + QByteArray(40, '\0'),
+        badOffset,
+        badTable,
+        manyObjects,
         binaryPlist({QByteArray::fromHex("a0")}, 5),  // top object out of range
         binaryPlist({QByteArray::fromHex("a100")}),   // an array that holds itself
         binaryPlist({QByteArray::fromHex("a109")}),   // a reference to nothing

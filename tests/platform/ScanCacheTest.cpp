@@ -1,6 +1,6 @@
+#include "platform/ScanCache.h"
 #include "platform/Bundle.h"
 #include "platform/LocalFileOperations.h"
-#include "platform/ScanCache.h"
 #include "support/TestRoots.h"
 
 #include "PluginLibraryBuilder.h"

@@ -5,7 +5,8 @@
 namespace korvane {
 namespace {
 
-TEST(SystemLogTest, InnermostCaptureTakesTheLines) {
+TEST(SystemLogTest, InnermostCaptureTakesTheLines)
+{
     SystemLogCapture outer;
     systemLog("first");
     {

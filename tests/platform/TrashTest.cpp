@@ -18,21 +18,24 @@ using B = PluginLibraryBuilder;
 // must stay empty: the trash is in the home folder or nowhere.
 class TrashTest : public TestRoots {
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         TestRoots::SetUp();
         ASSERT_TRUE(m_current.isValid());
         m_previous = QDir::currentPath();
         ASSERT_TRUE(QDir::setCurrent(m_current.path()));
         ASSERT_TRUE(QDir(homePath(".local")).removeRecursively());
     }
-    void TearDown() override {
+    void TearDown() override
+    {
         QDir::setCurrent(m_previous);
         EXPECT_TRUE(
             QDir(m_current.path()).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden));
         TestRoots::TearDown();
     }
     FileOperations &ops() { return disk(); }
-    QString trash(const QString &relative) const {
+    QString trash(const QString &relative) const
+    {
         return homePath(".local/share/Trash/" + relative);
     }
     QStringList entries(const QString &folder) { return ops().directoryContents(folder); }
@@ -42,12 +45,14 @@ private:
     QString m_previous;
 };
 
-int modeOf(const QString &path) {
+int modeOf(const QString &path)
+{
     struct stat info;
     return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? int(info.st_mode & 07777) : -1;
 }
 
-TEST_F(TrashTest, MakesTheHomeTrashAndRecordsWhereEachItemCameFrom) {
+TEST_F(TrashTest, MakesTheHomeTrashAndRecordsWhereEachItemCameFrom)
+{
     const QString name = QStringLiteral("Echo Verb \u00fc.vst");
     const QString first = B::makeVST(rootPath("VST"), name, MachO::intel());
     B::makeFile(rootPath("VST"), "._" + name, {}, "finder info");
@@ -76,15 +81,17 @@ TEST_F(TrashTest, MakesTheHomeTrashAndRecordsWhereEachItemCameFrom) {
     EXPECT_EQ(entries(trash("info")),
               QStringList({"._" + name + ".trashinfo", name + ".2.trashinfo", name + ".trashinfo",
                            "Plain.vst.2.trashinfo"}));
-    const QString path = QString::fromLatin1(QUrl::toPercentEncoding(root(), "/")) +
-                         "/VST%20%28Disabled%29/Echo%20Verb%20%C3%BC.vst";
-    const QRegularExpression record("^\\[Trash Info\\]\nPath=" + QRegularExpression::escape(path) +
-                                    "\nDeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n$");
+    const QString path = QString::fromLatin1(QUrl::toPercentEncoding(root(), "/"))
+                         + "/VST%20%28Disabled%29/Echo%20Verb%20%C3%BC.vst";
+    const QRegularExpression record(
+        "^\\[Trash Info\\]\nPath=" + QRegularExpression::escape(path)
+        + "\nDeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n$");
     EXPECT_TRUE(record.match(readText(trash("info/" + name + ".2.trashinfo"))).hasMatch())
         << readText(trash("info/" + name + ".2.trashinfo")).toStdString();
 }
 
-TEST_F(TrashTest, WithoutRoomInTheHomeNothingMovesAndNothingIsWritten) {
+TEST_F(TrashTest, WithoutRoomInTheHomeNothingMovesAndNothingIsWritten)
+{
     const QString item = B::makeFile(rootPath("VST"), "Echo.vst", {}, "mine");
     FileError error;
 

@@ -24,11 +24,13 @@ public:
     QList<QStringList> checks, execs;
 
 protected:
-    int runCheck(const QStringList &arguments, int) override {
+    int runCheck(const QStringList &arguments, int) override
+    {
         checks << arguments;
         return checkAnswer;
     }
-    bool startExec(const QStringList &arguments) override {
+    bool startExec(const QStringList &arguments) override
+    {
         execs << arguments;
         return true;
     }
@@ -43,14 +45,16 @@ protected:
     RecordingPolkit polkit;
 };
 
-TEST_F(AuthorizationBackendTest, AllowAllBackendReportsAToolThatCannotStart) {
+TEST_F(AuthorizationBackendTest, AllowAllBackendReportsAToolThatCannotStart)
+{
     BLAuthentication auth(allowAll, ui);
     EXPECT_FALSE(auth.executeCommand(homePath("no-such-tool"), QStringList{"x"}));
     EXPECT_EQ(ui.beeps, 1);
     EXPECT_EQ(log.lines(), QStringList{"Error -60031 in AuthorizationExecuteWithPrivileges"});
 }
 
-TEST_F(AuthorizationBackendTest, PolkitAsksOncePerActionAndNeverForPlainChecks) {
+TEST_F(AuthorizationBackendTest, PolkitAsksOncePerActionAndNeverForPlainChecks)
+{
     BLAuthentication authentication(polkit, ui);
     BLAuthentication *auth = &authentication;
     auto asked = [&] {
@@ -93,7 +97,8 @@ TEST_F(AuthorizationBackendTest, PolkitAsksOncePerActionAndNeverForPlainChecks) 
 }
 
 // The shipped policy declares the right the program asks for, with defaults polkit knows.
-TEST_F(AuthorizationBackendTest, PolicyDeclaresTheActivationRight) {
+TEST_F(AuthorizationBackendTest, PolicyDeclaresTheActivationRight)
+{
     QFile file(KORVANE_POLICY_FILE);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     QXmlStreamReader xml(file.read(64 * 1024));
@@ -113,7 +118,8 @@ TEST_F(AuthorizationBackendTest, PolicyDeclaresTheActivationRight) {
 
 // The lookup reads /proc: a name is only ever compared, never run, and a process whose own name
 // imitates the line of PID 1 is still found (and killed) as itself.
-TEST_F(AuthorizationBackendTest, ProcessLookupRunsNothingAndFindsOnlyTheProcessNamed) {
+TEST_F(AuthorizationBackendTest, ProcessLookupRunsNothingAndFindsOnlyTheProcessNamed)
+{
     BLAuthentication authentication(allowAll, ui);
     BLAuthentication *auth = &authentication;
     const QString touched = homePath("touched");

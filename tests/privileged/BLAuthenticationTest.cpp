@@ -11,7 +11,8 @@ namespace {
 class FakeBackend : public AuthorizationBackend {
 public:
     int create(AuthorizationRef *ref) override { return *ref = ++lastRef, AuthorizationSuccess; }
-    int copyRights(AuthorizationRef, const AuthorizationRights &rights, quint32 flags) override {
+    int copyRights(AuthorizationRef, const AuthorizationRights &rights, quint32 flags) override
+    {
         copies.append(rights);
         flagsSeen.append(flags);
         held = held || ((flags & AuthorizationFlagInteractionAllowed) && grantOnInteraction);
@@ -19,12 +20,14 @@ public:
     }
     void free(AuthorizationRef ref, quint32 flags) override { frees.append({ref, flags}); }
     int executeWithPrivileges(AuthorizationRef, const QString &tool,
-                              const std::optional<QStringList> &arguments) override {
+                              const std::optional<QStringList> &arguments) override
+    {
         tools.append(tool);
         argumentLists.append(arguments);
         return executeStatus;
     }
-    QByteArray processList(bool *ok) override {
+    QByteArray processList(bool *ok) override
+    {
         *ok = pipeOpens;
         return psOutput;
     }
@@ -42,7 +45,8 @@ public:
 
 class BLAuthenticationTest : public TestRoots {
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         TestRoots::SetUp();
         QObject::connect(auth(), &BLAuthentication::authenticated, [this] { ++gained; });
         QObject::connect(auth(), &BLAuthentication::deauthenticated, [this] { ++dropped; });
@@ -56,7 +60,8 @@ protected:
     int gained = 0, dropped = 0;
 };
 
-TEST_F(BLAuthenticationTest, AuthenticateChecksAsksAndChecksAgainButNeverForAnEmptyList) {
+TEST_F(BLAuthenticationTest, AuthenticateChecksAsksAndChecksAgainButNeverForAnEmptyList)
+{
     EXPECT_TRUE(auth()->authenticate({"/usr/bin/tool"}));
     EXPECT_TRUE(auth()->authenticate({"/usr/bin/tool"})); // held now: two checks, no dialog
     EXPECT_FALSE(auth()->authenticate({}));               // even with the rights held
@@ -66,7 +71,8 @@ TEST_F(BLAuthenticationTest, AuthenticateChecksAsksAndChecksAgainButNeverForAnEm
     EXPECT_EQ(backend.copies[0].items.value(0).value, "/usr/bin/tool");
 }
 
-TEST_F(BLAuthenticationTest, RefusalRunsNothingAndLimitsCapRightsAndArguments) {
+TEST_F(BLAuthenticationTest, RefusalRunsNothingAndLimitsCapRightsAndArguments)
+{
     backend.grantOnInteraction = false;
     EXPECT_FALSE(auth()->executeCommand("/usr/bin/tool", QStringList{"a"}));
     EXPECT_TRUE(backend.tools.isEmpty());
@@ -93,7 +99,8 @@ TEST_F(BLAuthenticationTest, RefusalRunsNothingAndLimitsCapRightsAndArguments) {
               QList<std::optional<QStringList>>({numbers.mid(0, 19), std::nullopt, std::nullopt}));
 }
 
-TEST_F(BLAuthenticationTest, GetPIDReadsOnlyTheFirstLineWhoseCommandNamesTheProcess) {
+TEST_F(BLAuthenticationTest, GetPIDReadsOnlyTheFirstLineWhoseCommandNamesTheProcess)
+{
     const QByteArray list = "    1 /sbin/init\n  412 /Applications/Host.app/Contents/MacOS/Host\n"
                             "  977 grep Host\n  978 grep Lonely\n";
     const struct {
@@ -123,7 +130,8 @@ TEST_F(BLAuthenticationTest, GetPIDReadsOnlyTheFirstLineWhoseCommandNamesTheProc
     EXPECT_EQ(log.lines(), QStringList{"Error opening pipe: Host"});
 }
 
-TEST_F(BLAuthenticationTest, KillAnswersYesEvenWhenKillFailsButNoWithoutAProcess) {
+TEST_F(BLAuthenticationTest, KillAnswersYesEvenWhenKillFailsButNoWithoutAProcess)
+{
     backend.psOutput = "  412 /Applications/Host\n  977 grep Host\n";
     backend.executeStatus = AuthorizationToolExecuteFailure;
     EXPECT_TRUE(auth()->killProcess("Host"));
@@ -140,7 +148,8 @@ TEST_F(BLAuthenticationTest, KillAnswersYesEvenWhenKillFailsButNoWithoutAProcess
                                         "Error killing process 0, invalid PID."}));
 }
 
-TEST_F(BLAuthenticationTest, DeauthenticateTwiceSignalsOnceAndActivationUsesItsOwnReference) {
+TEST_F(BLAuthenticationTest, DeauthenticateTwiceSignalsOnceAndActivationUsesItsOwnReference)
+{
     auth()->deauthenticate(); // nothing open yet
     EXPECT_TRUE(auth()->requestActivationRight());
     EXPECT_EQ(auth()->authorizationRef(), 0u);

@@ -5,8 +5,8 @@
 #include "platform/PropertyList.h"
 #include "shell/LumoScript.h"
 
-#include <QDir>
 #include <QCoreApplication>
+#include <QDir>
 #include <QProcess>
 
 namespace korvane {
@@ -18,7 +18,8 @@ using Layout = LumoScript::Layout;
 const QString kBundle = QStringLiteral("/Applications/Korvane.app");
 const QString kRecorder = QStringLiteral(KORVANE_ARGV_RECORDER);
 
-QString scriptWithOptions(const QString &options) {
+QString scriptWithOptions(const QString &options)
+{
     return QStringLiteral("-- KorvaneCMD launch script\n"
                           "\n"
                           "tell application \"Finder\"\n"
@@ -31,7 +32,8 @@ QString scriptWithOptions(const QString &options) {
 }
 
 // The records the argument recorder appended to path: each run's argv, argv[0] included.
-QList<QStringList> records(const QString &path) {
+QList<QStringList> records(const QString &path)
+{
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {};
@@ -48,7 +50,8 @@ QList<QStringList> records(const QString &path) {
 }
 
 // The shell command inside an AppleScript's "do shell script" string, as sh receives it.
-QString doShellScriptCommand(const QString &script) {
+QString doShellScriptCommand(const QString &script)
+{
     const QString start = QStringLiteral(" do shell script \"");
     const qsizetype from = script.indexOf(start);
     if (from < 0)
@@ -74,7 +77,8 @@ QString doShellScriptCommand(const QString &script) {
 
 class LumoScriptTest : public ShellTest {
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         ShellTest::SetUp();
         qputenv("KORVANE_BUNDLE", kBundle.toUtf8());
         makeContext();
@@ -83,12 +87,14 @@ protected:
     }
 
     // The set pop-ups of the four formats holding and showing these titles, AU to VST.
-    void selectSets(const QStringList &titles) {
+    void selectSets(const QStringList &titles)
+    {
         const QString support = homePath("Library/Application Support/Korvane/");
         QDir().mkpath(support);
         const char *files[] = {"ausets.plist", "rtassets.plist", "massets.plist", "vstsets.plist"};
         for (int type = 0; type < 4; ++type) {
-            ASSERT_TRUE(writePlist(support + files[type], QVariantList{"no set", titles.value(type)}));
+            ASSERT_TRUE(
+                writePlist(support + files[type], QVariantList{"no set", titles.value(type)}));
             TypeManager *manager = context->manager(type);
             manager->awakeFromNib();
             manager->selectSetIndex(1);
@@ -98,7 +104,8 @@ protected:
     }
 
     // Runs a script with sh in a folder of its own; the recorder writes to record.
-    int runScript(const QString &path, const QString &record, const QString &folder) {
+    int runScript(const QString &path, const QString &record, const QString &folder)
+    {
         QDir().mkpath(folder);
         QProcess sh;
         sh.setWorkingDirectory(folder);
@@ -113,7 +120,8 @@ protected:
     LumoScript *script = nullptr;
 };
 
-TEST_F(LumoScriptTest, ChosenSetsBecomeOptionsInFormatOrder) {
+TEST_F(LumoScriptTest, ChosenSetsBecomeOptionsInFormatOrder)
+{
     // The set pop-ups of AU and VST holding and showing "Mix" and "Live".
     const QString support = homePath("Library/Application Support/Korvane/");
     QDir().mkpath(support);
@@ -134,10 +142,10 @@ TEST_F(LumoScriptTest, ChosenSetsBecomeOptionsInFormatOrder) {
     script->setHostCommand("/opt/Host/bin/host --session \"my song\"");
     EXPECT_EQ(script->script(), "#!/bin/sh\n"
                                 "# KorvaneCMD launch script\n"
-                                "set -e\n'" +
-                                    QCoreApplication::applicationDirPath() +
-                                    "/KorvaneCMD' -AU 'Mix' -VST 'Live'\n"
-                                    "exec '/opt/Host/bin/host' '--session' 'my song'\n");
+                                "set -e\n'"
+                                    + QCoreApplication::applicationDirPath()
+                                    + "/KorvaneCMD' -AU 'Mix' -VST 'Live'\n"
+                                      "exec '/opt/Host/bin/host' '--session' 'my song'\n");
     script->setToolPath("/usr/bin/KorvaneCMD");
     script->setHostCommand(""); // apply only
     EXPECT_EQ(script->script(), "#!/bin/sh\n"
@@ -149,7 +157,8 @@ TEST_F(LumoScriptTest, ChosenSetsBecomeOptionsInFormatOrder) {
 #endif
 }
 
-TEST_F(LumoScriptTest, SegmentsWithoutASetAreToldInOrderAndDeselected) {
+TEST_F(LumoScriptTest, SegmentsWithoutASetAreToldInOrderAndDeselected)
+{
     context->awakeFromNib();
     for (bool opening : {false, true}) { // opening the window deselects silently
         for (int segment = 0; segment < 4; ++segment)
@@ -170,7 +179,8 @@ TEST_F(LumoScriptTest, SegmentsWithoutASetAreToldInOrderAndDeselected) {
 
 // Whatever a set's name holds, the tool receives exactly that name and nothing else runs: no
 // quote, separator, substitution or line break in a name gets out of its argument.
-TEST_F(LumoScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse) {
+TEST_F(LumoScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
+{
     const QList<QStringList> rounds = {
         {"/sets/'; touch X; echo '.aukorv", "/sets/\"; touch Y; echo \".rtaskorv",
          "/sets/$(touch Z).maskorv", "/sets/`touch W`.vstkorv"},
@@ -224,7 +234,8 @@ TEST_F(LumoScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse) {
     EXPECT_EQ(records(homePath("record-failing")), QList<QStringList>());
 }
 
-TEST_F(LumoScriptTest, SavingWritesTheShownTextAndFailsSilently) {
+TEST_F(LumoScriptTest, SavingWritesTheShownTextAndFailsSilently)
+{
     const QString documents = homePath("Documents"), locked = homePath("Locked");
     QDir().mkpath(documents);
     QDir().mkpath(locked);

@@ -17,7 +17,8 @@ namespace korvane {
 
 class StartUp : public ShellTest {
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         ShellTest::SetUp();
         QDir().mkpath(homePath("Library/Application Support"));
         QDir().mkpath(homePath("Documents"));
@@ -27,7 +28,8 @@ protected:
         placePlugin(TypeVST, "Delta.vst");
     }
     // The names each manager holds, AU to VST.
-    QStringList names() {
+    QStringList names()
+    {
         QStringList all;
         for (int type = 0; type < 4; ++type)
             for (const AUItemPtr &item : context->manager(type)->items())
@@ -37,7 +39,8 @@ protected:
     QString alpha;
 };
 
-TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist) {
+TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
+{
     const QString auSet = homePath("Documents/Mix.aukorv");
     const QString vstSet = homePath("Documents/Live.vstkorv");
     {
@@ -72,7 +75,8 @@ TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist) {
     EXPECT_TRUE(ui.alerts.isEmpty() && ui.missingItemsLists.isEmpty());
 }
 
-TEST_F(StartUp, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit) {
+TEST_F(StartUp, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
+{
     const QString support = homePath("Library/Application Support/Korvane/");
     QDir().mkpath(support);
     const QVariantList rtasGroups{"Beta.rtas", "Reverbs"};
@@ -106,7 +110,8 @@ TEST_F(StartUp, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit) {
 
 // Whatever the data files hold, each is kept beside itself before quitting replaces it, and the
 // log says so; a garbage preferences file switches nothing off.
-TEST_F(StartUp, DamagedDataFilesAreKeptBeforeAnythingReplacesThem) {
+TEST_F(StartUp, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
+{
     const QString support = homePath("Library/Application Support/Korvane/");
     const QList<QPair<QString, QByteArray>> damaged = {
         {homePath("Library/Preferences/com.velmora.Korvane.plist"), "<plist><dict><key>AUOn"},
@@ -154,7 +159,8 @@ TEST_F(StartUp, DamagedDataFilesAreKeptBeforeAnythingReplacesThem) {
 
 class Tabs : public ShellTest {
 protected:
-    MyMainObj *loadWith(std::array<bool, 4> on, int activeTab = 0) {
+    MyMainObj *loadWith(std::array<bool, 4> on, int activeTab = 0)
+    {
         makeContext();
         for (int type = 0; type < 4; ++type)
             setTypeOn(type, on[type]);
@@ -163,7 +169,8 @@ protected:
         return context->main();
     }
     // The On check box of a format's preferences tab, clicked.
-    QStringList click(int type, bool on) {
+    QStringList click(int type, bool on)
+    {
         context->pref()->controls.selectedTab = type + 1;
         context->pref()->controls.types[type].on = on;
         context->main()->setTabView(on ? 1 : 0);
@@ -171,7 +178,8 @@ protected:
     }
 };
 
-TEST_F(Tabs, InsertionFollowsTheNearestSwitchedOnPredecessorsTypeIndex) {
+TEST_F(Tabs, InsertionFollowsTheNearestSwitchedOnPredecessorsTypeIndex)
+{
     MyMainObj *main = loadWith({true, false, false, false});
     EXPECT_EQ(click(TypeVST, true), QStringList({"tabAU", "tabVST"}));
     EXPECT_EQ(main->labelAt(1), "VST");
@@ -186,7 +194,8 @@ TEST_F(Tabs, InsertionFollowsTheNearestSwitchedOnPredecessorsTypeIndex) {
     EXPECT_EQ(click(TypeVST, true), QStringList({"tabRTAS", "tabMAS", "tabVST"}));
 }
 
-TEST_F(Tabs, SwitchingOffAndOnAgainRestoresTheKeptPageAndSomeTabStaysInFront) {
+TEST_F(Tabs, SwitchingOffAndOnAgainRestoresTheKeptPageAndSomeTabStaysInFront)
+{
     MyMainObj *main = loadWith({true, true, true, true}, TypeMAS);
     EXPECT_EQ(click(TypeMAS, false), QStringList({"tabAU", "tabRTAS", "tabVST"}));
     EXPECT_TRUE(main->hasKeptView(TypeMAS));
@@ -213,7 +222,8 @@ TEST_F(Tabs, SwitchingOffAndOnAgainRestoresTheKeptPageAndSomeTabStaysInFront) {
 
 class Routing : public ShellTest {
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         ShellTest::SetUp();
         placePlugin(TypeAU, "Alpha.component");
         delta = placePlugin(TypeVST, "Delta.vst");
@@ -229,7 +239,8 @@ protected:
     MyMainObj *main = nullptr;
 };
 
-TEST_F(Routing, CommandsGoToTheManagerInFrontOrToAudioUnitsWithoutTabs) {
+TEST_F(Routing, CommandsGoToTheManagerInFrontOrToAudioUnitsWithoutTabs)
+{
     main->setActiveType(TypeVST);
     main->setAllInactive();
     EXPECT_FALSE(active(context->vst()));
@@ -251,7 +262,8 @@ TEST_F(Routing, CommandsGoToTheManagerInFrontOrToAudioUnitsWithoutTabs) {
     EXPECT_EQ(ui.savePanels.value(1).fileName, "untitled.aukorv");
 }
 
-TEST_F(Routing, DeleteAsksFirstAndOnlyMoveToTrashDeletes) {
+TEST_F(Routing, DeleteAsksFirstAndOnlyMoveToTrashDeletes)
+{
     main->setActiveType(TypeVST);
     context->vst()->selectRows({0}, 0);
     ui.alertAnswers << AlertDefault << AlertAlternate;
@@ -272,7 +284,8 @@ TEST_F(Routing, DeleteAsksFirstAndOnlyMoveToTrashDeletes) {
     EXPECT_EQ(context->au()->numberOfRowsInTableView(), 1);
 }
 
-TEST_F(Routing, ArchitectureColumnNotImplementedAndLogMenuItem) {
+TEST_F(Routing, ArchitectureColumnNotImplementedAndLogMenuItem)
+{
     main->setActiveType(TypeVST);
     main->showPlattform(TypeAU, true); // by the type given, not the tab in front
     EXPECT_TRUE(context->au()->columns().contains("AUType"));

@@ -12,17 +12,19 @@ namespace korvane {
 
 namespace {
 
-QByteArray urlOn(quint16 port) {
+QByteArray urlOn(quint16 port)
+{
     return "http://127.0.0.1:" + QByteArray::number(port) + "/v.plist";
 }
 
 // Answers each request on 127.0.0.1 with one HTTP/1.0 response, or never when silent.
 class VersionServer {
 public:
-    explicit VersionServer(const QByteArray &body, int status = 200, bool silent = false) {
-        const QByteArray response = "HTTP/1.0 " + QByteArray::number(status) +
-                                    " X\r\nContent-Length: " + QByteArray::number(body.size()) +
-                                    "\r\n\r\n" + body;
+    explicit VersionServer(const QByteArray &body, int status = 200, bool silent = false)
+    {
+        const QByteArray response = "HTTP/1.0 " + QByteArray::number(status)
+                                    + " X\r\nContent-Length: " + QByteArray::number(body.size())
+                                    + "\r\n\r\n" + body;
         m_server.listen(QHostAddress::LocalHost, 0);
         QObject::connect(&m_server, &QTcpServer::newConnection, [this, response, silent] {
             while (QTcpSocket *socket = m_server.nextPendingConnection()) {
@@ -48,13 +50,14 @@ private:
 // client hangs up or cap bytes went. sent counts what reached the connection.
 class StreamingServer {
 public:
-    explicit StreamingServer(qint64 cap) : m_piece(64 * 1024, '<') {
+    explicit StreamingServer(qint64 cap) : m_piece(64 * 1024, '<')
+    {
         m_server.listen(QHostAddress::LocalHost, 0);
         QObject::connect(&m_server, &QTcpServer::newConnection, [this, cap] {
             while (QTcpSocket *socket = m_server.nextPendingConnection()) {
                 const auto pump = [this, socket, cap] {
-                    if (socket->state() == QAbstractSocket::ConnectedState &&
-                        socket->bytesToWrite() == 0 && queued < cap)
+                    if (socket->state() == QAbstractSocket::ConnectedState
+                        && socket->bytesToWrite() == 0 && queued < cap)
                         queued += socket->write(m_piece);
                 };
                 QObject::connect(socket, &QTcpSocket::bytesWritten, socket, [this, pump](qint64 n) {
@@ -79,14 +82,16 @@ private:
     QByteArray m_piece;
 };
 
-QByteArray listing(const QString &version) {
+QByteArray listing(const QString &version)
+{
     return PropertyList::toXml(QVariantMap{{"KorvaneOSX", version}});
 }
 
 const QStringList kNoConnection = {"Update check", "Could not connect to the internet", "", "Ok"};
 const QStringList kUpToDate = {"Your Software is up-to-date",
                                "You have the most recent version of \"Korvane\".", "", "OK"};
-QStringList newVersion(const QString &version) {
+QStringList newVersion(const QString &version)
+{
     return {"A New Version is Available",
             QStringLiteral("A new version of \"Korvane\" is available (version %1). Would you like "
                            "to download the new version now?")
@@ -98,14 +103,16 @@ QStringList newVersion(const QString &version) {
 
 class UpdateCheckTest : public ShellTest {
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         ShellTest::SetUp();
         qputenv("KORVANE_DOWNLOAD_URL", "http://127.0.0.1:9/download.html");
     }
 
     // The texts of the one alert a check against a server with this body showed.
     QStringList check(const QByteArray &body, const QString &installed = "1.2", int status = 200,
-                      bool silent = false) {
+                      bool silent = false)
+    {
         ui.alerts.clear();
         VersionServer server(body, status, silent);
         UpdateCheck update(ui);
@@ -119,7 +126,8 @@ protected:
     }
 };
 
-TEST_F(UpdateCheckTest, ComparesTheListedVersionAsAnExactStringAndOnlyOKOpensTheDownload) {
+TEST_F(UpdateCheckTest, ComparesTheListedVersionAsAnExactStringAndOnlyOKOpensTheDownload)
+{
     EXPECT_EQ(check(listing("1.2")), kUpToDate);
     EXPECT_EQ(check(listing("1.1")), newVersion("1.1"));
     EXPECT_EQ(check(listing("1.2.0")), newVersion("1.2.0"));
@@ -142,7 +150,8 @@ TEST_F(UpdateCheckTest, ComparesTheListedVersionAsAnExactStringAndOnlyOKOpensThe
     EXPECT_EQ(ui.alerts.size(), 2);
 }
 
-TEST_F(UpdateCheckTest, AnythingButAVersionDictionaryInTimeIsNoConnection) {
+TEST_F(UpdateCheckTest, AnythingButAVersionDictionaryInTimeIsNoConnection)
+{
     EXPECT_EQ(check(PropertyList::toXml(QVariantList{"KorvaneOSX", "1.2"})), kNoConnection);
     EXPECT_EQ(check("<html>\x01\xff not a list"), kNoConnection);
     EXPECT_EQ(check(listing("1.2"), "1.2", 404), kNoConnection);
@@ -165,7 +174,8 @@ TEST_F(UpdateCheckTest, AnythingButAVersionDictionaryInTimeIsNoConnection) {
     EXPECT_EQ(texts(ui.alerts.last()), kNoConnection);
 }
 
-TEST_F(UpdateCheckTest, AnEndlessReplyIsCutOffEarlyAndTheBuiltInAddressesAreHttps) {
+TEST_F(UpdateCheckTest, AnEndlessReplyIsCutOffEarlyAndTheBuiltInAddressesAreHttps)
+{
     ui.alerts.clear();
     StreamingServer server(128 * 1024 * 1024);
     UpdateCheck(ui).run();

@@ -42,11 +42,29 @@ void ScriptedUi::progressBegin(const QString &title)
     progressTitles << title;
 }
 
-void ScriptedUi::progressText(const QString &upper) { progressTexts << upper; }
-void ScriptedUi::progressDetail(const QString &lower) { progressDetails << lower; }
-void ScriptedUi::progressValue(double value, double) { progressValues << value; }
-void ScriptedUi::progressEnd() { ++progressEnds; }
-void ScriptedUi::openUrl(const QUrl &url) { openedUrls << url; }
-void ScriptedUi::beep() { ++beeps; }
+void ScriptedUi::progressText(const QString &upper)
+{
+    progressTexts << upper;
+}
+void ScriptedUi::progressDetail(const QString &lower)
+{
+    progressDetails << lower;
+}
+void ScriptedUi::progressValue(double value, double)
+{
+    progressValues << value;
+}
+void ScriptedUi::progressEnd()
+{
+    ++progressEnds;
+}
+void ScriptedUi::openUrl(const QUrl &url)
+{
+    openedUrls << url;
+}
+void ScriptedUi::beep()
+{
+    ++beeps;
+}
 
 } // namespace korvane

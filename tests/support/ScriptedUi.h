@@ -13,7 +13,6 @@ namespace korvane {
 // An alert with no queued answer gets its default (1, or 1000 with added buttons).
 class ScriptedUi : public UserInterface {
 public:
-
     QQueue<int> alertAnswers;
     QQueue<std::optional<QString>> savePanelAnswers; // empty queue: cancel
     QQueue<std::optional<QString>> openPanelAnswers;

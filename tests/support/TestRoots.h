@@ -3,12 +3,12 @@
 #include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
 
-#include <QString>
-#include <QVariant>
-#include <optional>
 #include <QFileInfo>
+#include <QString>
 #include <QTemporaryDir>
+#include <QVariant>
 #include <gtest/gtest.h>
+#include <optional>
 
 #include <ostream>
 

@@ -34,11 +34,12 @@ QString parentOf(const QString &path)
 
 } // namespace
 
-int renameNoReplace(const QString &from, const QString &to) {
+int renameNoReplace(const QString &from, const QString &to)
+{
     const QByteArray source = encoded(from);
     const QByteArray target = encoded(to);
-    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) ==
-        0)
+    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE)
+        == 0)
         return 0;
     if (errno != EINVAL && errno != ENOSYS)
         return errno;
@@ -49,7 +50,8 @@ int renameNoReplace(const QString &from, const QString &to) {
     return ::rename(source.constData(), target.constData()) == 0 ? 0 : errno;
 }
 
-bool isLocked(const QString &path) {
+bool isLocked(const QString &path)
+{
     struct stat info;
     if (path.isEmpty() || ::lstat(encoded(path).constData(), &info) != 0 || S_ISLNK(info.st_mode))
         return false;
@@ -64,7 +66,8 @@ bool isLocked(const QString &path) {
     return known && (attributes & (FS_IMMUTABLE_FL | FS_APPEND_FL));
 }
 
-void copyExtendedAttributes(int from, int to) {
+void copyExtendedAttributes(int from, int to)
+{
     const ssize_t size = ::flistxattr(from, nullptr, 0);
     if (size <= 0)
         return;
@@ -84,7 +87,8 @@ void copyExtendedAttributes(int from, int to) {
     }
 }
 
-int syncFileSystemOf(const QString &path) {
+int syncFileSystemOf(const QString &path)
+{
     const int fd = ::open(encoded(parentOf(path)).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0)
         return errno;

@@ -3,8 +3,8 @@
 
 #include "managers/SetDocument.h"
 
-
-int main() {
+int main()
+{
     auto item = std::make_shared<korvane::AUItem>();
     item->setAUName(QStringLiteral("Echo.component"));
     item->setAUGlobal(true);

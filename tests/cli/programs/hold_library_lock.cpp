@@ -10,12 +10,13 @@
 #include <cstdio>
 #include <unistd.h>
 
-int main(int argc, char *argv[]) {
+int main(int argc, char *argv[])
+{
     QCoreApplication app(argc, argv);
     const korvane::Roots roots = korvane::Roots::fromEnvironment();
     korvane::LocalFileOperations files(roots);
-    const korvane::LibraryLock lock(files, korvane::LibraryLock::lockFilePath(korvane::Locations(roots)),
-                                    0);
+    const korvane::LibraryLock lock(
+        files, korvane::LibraryLock::lockFilePath(korvane::Locations(roots)), 0);
     if (!lock.isLocked()) {
         std::fprintf(stderr, "%s\n", qPrintable(lock.failure()));
         return 1;

@@ -5,7 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
-int main(int argc, char **argv) {
+int main(int argc, char **argv)
+{
     const char *path = std::getenv("KORVANE_RECORD");
     if (!path)
         return 2;
