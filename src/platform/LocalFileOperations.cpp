@@ -28,7 +28,7 @@ namespace {
 
 using PlatformFiles::isLocked;
 using PlatformFiles::renameNoReplace;
-using PlatformFiles::syncFileSystemOf;
+using PlatformFiles::syncFileSystem;
 
 const QString kPartialSuffix = QStringLiteral(".korvane-partial");
 const QString kRemovingSuffix = QStringLiteral(".korvane-removing");
@@ -435,7 +435,7 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
         return fail(error, to, result);
     }
     // The new copy must be on the disk before the old one goes.
-    if (const int result = syncFileSystemOf(to); result != 0) {
+    if (const int result = syncFileSystem(parentOf(to)); result != 0) {
         removeTree(to);
         return fail(error, to, result);
     }

@@ -11,8 +11,8 @@ namespace PlatformFiles {
 int renameNoReplace(const QString &from, const QString &to);
 // Immutable or append-only: even root can neither remove the item nor change its entries.
 bool isLocked(const QString &path);
-// Flushes the file system that holds path's folder.
-int syncFileSystemOf(const QString &path);
+// Flushes the file system that holds folder.
+int syncFileSystem(const QString &folder);
 // Copies every extended attribute a target accepts; a refused one is not worth failing a copy.
 void copyExtendedAttributes(int fromFd, int toFd);
 
