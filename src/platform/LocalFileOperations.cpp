@@ -194,6 +194,22 @@ bool removeTree(const QString &path, FileError *error = nullptr)
     return true;
 }
 
+// The bytes of the plain files in a tree; links count as nothing.
+qint64 treeBytes(const QString &path)
+{
+    struct stat info;
+    if (!lstatPath(path, &info))
+        return 0;
+    if (S_ISREG(info.st_mode))
+        return qint64(info.st_size);
+    if (!S_ISDIR(info.st_mode))
+        return 0;
+    qint64 total = 0;
+    for (const QString &name : listNames(path))
+        total += treeBytes(childOf(path, name));
+    return total;
+}
+
 bool checkRemovableTree(const QString &path, FileError *error)
 {
     struct stat info;
@@ -426,6 +442,7 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
     struct stat info;
     if (lstatPath(partial, &info) && !removeTree(partial, error))
         return false;
+    beginCopy(from);
     if (!copyTree(from, partial, error)) {
         removeTree(partial);
         return false;
@@ -482,11 +499,26 @@ bool LocalFileOperations::duplicate(const QString &from, const QString &to, File
     struct stat info;
     if (!canPlace(from, to, &info, error))
         return false;
+    beginCopy(from);
     if (!copyTree(from, to, error)) {
         removeTree(to);
         return false;
     }
     return true;
+}
+
+void LocalFileOperations::beginCopy(const QString &from)
+{
+    m_copied = 0;
+    m_copyTotal = m_copyProgress ? treeBytes(from) : 0;
+}
+
+void LocalFileOperations::noteCopied(qint64 bytes)
+{
+    if (!m_copyProgress || m_copyTotal <= 0)
+        return;
+    m_copied = std::min(m_copied + bytes, m_copyTotal);
+    m_copyProgress(m_copied, m_copyTotal);
 }
 
 bool LocalFileOperations::copyTree(const QString &from, const QString &to, FileError *error)
@@ -583,6 +615,7 @@ bool LocalFileOperations::copyFile(const QString &from, const QString &to, FileE
         }
         if (failure)
             break;
+        noteCopied(got);
     }
     if (!failure) {
         PlatformFiles::copyExtendedAttributes(source, target);
