@@ -44,6 +44,9 @@ InfoPanel::InfoPanel(MyInfoObj &info, QWidget *parent) : QWidget(parent, Qt::Too
     m_content = new QListWidget(m_contentBox);
     m_content->setObjectName(QStringLiteral("tfIFData"));
     m_content->setAccessibleName(korvane::tr("Companion folders"));
+    // Paths differ at their ends: the middle gives way first.
+    m_content->setTextElideMode(Qt::ElideMiddle);
+    m_content->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_add = new QPushButton(korvane::tr("Add..."), m_contentBox);
     m_add->setObjectName(QStringLiteral("pbAdd"));
     m_add->setAccessibleName(korvane::tr("Add a companion folder"));

@@ -10,7 +10,6 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace korvane {
@@ -29,13 +28,13 @@ LaunchScriptPanel::LaunchScriptPanel(LumoScript &script, const FormatTable &form
     segments->addWidget(segmentsLabel);
     segments->addSpacing(8);
     for (const Format &format : formats) {
-        auto *button = new QToolButton(this);
+        auto *button = new QPushButton(this);
         button->setText(format.tabLabel);
         button->setObjectName(QStringLiteral("sctrlType") + format.prefix);
         button->setAccessibleName(format.tabLabel);
         button->setCheckable(true);
         const int type = format.type;
-        connect(button, &QToolButton::clicked, this, [this, type](bool checked) {
+        connect(button, &QPushButton::clicked, this, [this, type](bool checked) {
             m_script.setSegmentSelected(type, checked);
             m_script.changeArgument();
         });

@@ -6,7 +6,6 @@
 class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
-class QToolButton;
 
 namespace korvane {
 
@@ -22,7 +21,7 @@ public:
     LaunchScriptPanel(LumoScript &script, const FormatTable &formats, QWidget *parent = nullptr);
 
     void openScriptWindow(); // builds the script and brings the panel to the front
-    QToolButton *segment(int type) const { return m_segments.value(type); }
+    QPushButton *segment(int type) const { return m_segments.value(type); }
     QPlainTextEdit *scriptText() const { return m_text; }
     QLineEdit *hostCommand() const { return m_host; }
     QPushButton *saveButton() const { return m_save; }
@@ -32,7 +31,7 @@ private:
     void showScript();
 
     LumoScript &m_script;
-    QList<QToolButton *> m_segments; // by type index
+    QList<QPushButton *> m_segments; // by type index
     QPlainTextEdit *m_text = nullptr;
     QLineEdit *m_host = nullptr;
     QPushButton *m_save = nullptr;
