@@ -1,0 +1,118 @@
+#include "gui/main/FormatTab.h"
+
+#include "gui/table/PluginTableView.h"
+#include "managers/TypeManager.h"
+#include "platform/Texts.h"
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QVBoxLayout>
+
+namespace korvane {
+
+FormatTab::FormatTab(TypeManager &manager, QWidget *parent) : QWidget(parent), m_manager(manager)
+{
+    const QString prefix = manager.traits().prefix;
+    setObjectName(manager.traits().tabIdentifier());
+    setAccessibleName(manager.traits().tabLabel);
+
+    m_sets = new QComboBox(this);
+    m_sets->setObjectName(QStringLiteral("pbSets") + prefix);
+    m_sets->setAccessibleName(korvane::tr("Set"));
+    m_sets->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_sets->setMinimumContentsLength(16);
+    m_name = new QLineEdit(this);
+    m_name->setObjectName(QStringLiteral("etName") + prefix);
+    m_name->setAccessibleName(korvane::tr("Set name"));
+    // The name is where Save writes; only Save As and Open choose it.
+    m_name->setReadOnly(true);
+
+    QPushButton *newButton = makeButton(QStringLiteral("pbNew"), korvane::tr("New"));
+    QPushButton *open = makeButton(QStringLiteral("pbOpen"), korvane::tr("Open"));
+    QPushButton *save = makeButton(QStringLiteral("pbSave"), korvane::tr("Save"));
+    QPushButton *saveAs = makeButton(QStringLiteral("pbSaveAs"), korvane::tr("Save As"));
+    m_apply = makeButton(QStringLiteral("pbActive"), korvane::tr("Apply"));
+    m_apply->setDefault(false);
+
+    m_search = new QLineEdit(this);
+    m_search->setObjectName(QStringLiteral("etSearch") + prefix);
+    m_search->setAccessibleName(korvane::tr("Search"));
+    m_search->setPlaceholderText(korvane::tr("Search"));
+    m_search->setClearButtonEnabled(true);
+
+    m_table = new PluginTableView(manager, this);
+    m_table->setObjectName(QStringLiteral("table") + prefix);
+    m_table->setAccessibleName(korvane::tr("Plug-Ins"));
+
+    auto *bar = new QHBoxLayout;
+    auto *setLabel = new QLabel(korvane::tr("Set:"), this);
+    setLabel->setBuddy(m_sets);
+    bar->addWidget(setLabel);
+    bar->addWidget(m_sets, 2);
+    bar->addWidget(m_name, 3);
+    bar->addWidget(newButton);
+    bar->addWidget(open);
+    bar->addWidget(save);
+    bar->addWidget(saveAs);
+    bar->addSpacing(12);
+    bar->addWidget(m_apply);
+
+    auto *search = new QHBoxLayout;
+    search->addStretch(1);
+    search->addWidget(m_search, 1);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addLayout(bar);
+    layout->addLayout(search);
+    layout->addWidget(m_table, 1);
+
+    connect(newButton, &QPushButton::clicked, this, [this] { m_manager.newButtonPressed(); });
+    connect(open, &QPushButton::clicked, this, [this] { m_manager.open(); });
+    connect(save, &QPushButton::clicked, this, [this] { m_manager.save(); });
+    connect(saveAs, &QPushButton::clicked, this, [this] { m_manager.saveAs(); });
+    connect(m_apply, &QPushButton::clicked, this, &FormatTab::applyRequested);
+    connect(m_sets, &QComboBox::activated, this, [this](int index) { m_manager.selectSet(index); });
+    connect(m_search, &QLineEdit::textChanged, m_table, &PluginTableView::setFilterText);
+
+    connect(&manager, &TypeManager::applyEnabledChanged, m_apply, &QPushButton::setEnabled);
+    connect(&manager, &TypeManager::setNameChanged, m_name, &QLineEdit::setText);
+    connect(&manager, &TypeManager::setsChanged, this, &FormatTab::showSets);
+    m_apply->setEnabled(manager.isApplyEnabled());
+    m_name->setText(manager.setName());
+    showSets();
+}
+
+void FormatTab::focusSearch()
+{
+    m_search->setFocus(Qt::ShortcutFocusReason);
+    m_search->selectAll();
+}
+
+QPushButton *FormatTab::makeButton(const QString &name, const QString &text)
+{
+    auto *button = new QPushButton(text, this);
+    button->setObjectName(name + m_manager.traits().prefix);
+    button->setAccessibleName(text);
+    button->setAutoDefault(false);
+    return button;
+}
+
+void FormatTab::showSets()
+{
+    const QSignalBlocker blocker(m_sets);
+    const QStringList titles = m_manager.setTitles();
+    QStringList shown;
+    for (int i = 0; i < m_sets->count(); ++i)
+        shown << m_sets->itemText(i);
+    if (shown != titles) {
+        m_sets->clear();
+        m_sets->addItems(titles);
+    }
+    m_sets->setCurrentIndex(m_manager.selectedSetIndex());
+}
+
+} // namespace korvane

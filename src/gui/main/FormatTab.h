@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QWidget>
+
+class QComboBox;
+class QLineEdit;
+class QPushButton;
+
+namespace korvane {
+
+class PluginTableView;
+class TypeManager;
+
+// The page of one format in the main window: the set bar (the saved sets, the current set's name,
+// New, Open, Save, Save As and Apply), a search field and the plug-in table. Every control only
+// hands its action to the format's manager and shows what the manager announces.
+class FormatTab : public QWidget {
+    Q_OBJECT
+public:
+    explicit FormatTab(TypeManager &manager, QWidget *parent = nullptr);
+
+    TypeManager &manager() const { return m_manager; }
+    PluginTableView *table() const { return m_table; }
+    QLineEdit *searchField() const { return m_search; }
+    QComboBox *setList() const { return m_sets; }
+    QPushButton *applyButton() const { return m_apply; }
+
+    void focusSearch();
+
+signals:
+    // Apply was pressed; the window may have to tidy up before the plug-ins move.
+    void applyRequested();
+
+private:
+    QPushButton *makeButton(const QString &name, const QString &text);
+    void showSets();
+
+    TypeManager &m_manager;
+    QComboBox *m_sets = nullptr;
+    QLineEdit *m_name = nullptr;
+    QPushButton *m_apply = nullptr;
+    QLineEdit *m_search = nullptr;
+    PluginTableView *m_table = nullptr;
+};
+
+} // namespace korvane

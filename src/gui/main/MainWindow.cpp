@@ -1,0 +1,320 @@
+#include "gui/main/MainWindow.h"
+
+#include "gui/main/FormatTab.h"
+#include "gui/windows/AboutPanel.h"
+#include "gui/windows/GroupEditorWindow.h"
+#include "gui/windows/InfoPanel.h"
+#include "gui/windows/LaunchScriptPanel.h"
+#include "gui/windows/LogWindow.h"
+#include "gui/windows/PreferencesWindow.h"
+#include "gui/windows/UpdateCheckCommand.h"
+#include "managers/MyAdminObj.h"
+#include "panels/MyAboutObj.h"
+#include "platform/Texts.h"
+#include "shell/AppContext.h"
+#include "shell/LumoScript.h"
+#include "shell/MyMainObj.h"
+#include "ui/UserInterface.h"
+
+#include <QCloseEvent>
+#include <QMenuBar>
+#include <QSignalBlocker>
+#include <QTabWidget>
+#include <QTimer>
+
+namespace korvane {
+
+namespace {
+
+// Group names come from the user's file: an ampersand is a letter, not a mnemonic.
+QString menuText(const QString &title)
+{
+    QString text = title;
+    return text.replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
+} // namespace
+
+MainWindow::MainWindow(AppContext &context, QWidget *parent)
+    : QMainWindow(parent), m_context(context), m_main(*context.main())
+{
+    setObjectName(QStringLiteral("wnMain"));
+    setWindowTitle(QStringLiteral("Korvane"));
+    setAccessibleName(QStringLiteral("Korvane"));
+
+    m_tabs = new QTabWidget(this);
+    m_tabs->setObjectName(QStringLiteral("tvTabView"));
+    m_tabs->setAccessibleName(korvane::tr("Plug-in formats"));
+    m_tabs->setDocumentMode(true);
+    setCentralWidget(m_tabs);
+    // Every format gets its page once; a format switched off keeps it for when it comes back.
+    for (TypeManager *manager : context.managers()) {
+        auto *page = new FormatTab(*manager, this);
+        page->hide();
+        connect(page, &FormatTab::applyRequested, this, [manager] { manager->activate(); });
+        m_pages << page;
+    }
+
+    m_log = new LogWindow(m_main, this);
+    m_groups = new GroupEditorWindow(m_main, this);
+    m_preferences = new PreferencesWindow(*context.pref(), m_main, this);
+    m_info = new InfoPanel(*context.info(), this);
+    m_about = new AboutPanel(*context.about(), this);
+    m_script = new LaunchScriptPanel(*context.script(), context.formats(), this);
+
+    makeFileMenu();
+    makeEditMenu();
+    makePlugInsMenu();
+    makeWindowMenu();
+    makeHelpMenu();
+
+    connect(&m_main, &MyMainObj::tabsChanged, this, &MainWindow::showTabs);
+    connect(&m_main, &MyMainObj::selectedTabChanged, this, [this](int index) {
+        const QSignalBlocker blocker(m_tabs);
+        m_tabs->setCurrentIndex(index);
+        updateMenus();
+    });
+    connect(m_tabs, &QTabWidget::currentChanged, this, [this](int index) {
+        if (m_showingTabs)
+            return;
+        m_main.selectTabAtIndex(index);
+        updateMenus();
+    });
+    connect(&m_main, &AppServices::groupMenuChanged, this, &MainWindow::showGroupMenu);
+    connect(&m_main, &AppServices::undoTitlesChanged, this, &MainWindow::showUndoTitles);
+    connect(&m_main, &AppServices::logVisibilityChanged, this, &MainWindow::updateMenus);
+
+    showTabs();
+    showGroupMenu();
+    showUndoTitles();
+    resize(960, 600);
+}
+
+MainWindow::~MainWindow() = default;
+
+FormatTab *MainWindow::frontPage() const
+{
+    return qobject_cast<FormatTab *>(m_tabs->currentWidget());
+}
+
+QAction *MainWindow::action(const char *name) const
+{
+    return findChild<QAction *>(QLatin1String(name));
+}
+
+void MainWindow::startWhenRunning()
+{
+    QTimer::singleShot(0, this, [this] { m_main.applicationDidFinishLaunching(); });
+}
+
+void MainWindow::saveState()
+{
+    m_main.applicationWillTerminate();
+}
+
+void MainWindow::shutDown()
+{
+    if (m_shutDown)
+        return;
+    m_shutDown = true;
+    saveState();
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    shutDown();
+    event->accept();
+    emit closed();
+}
+
+QAction *MainWindow::addItem(QMenu *menu, const char *name, const QString &text,
+                             const std::function<void()> &run)
+{
+    QAction *item = menu->addAction(text);
+    item->setObjectName(QLatin1String(name));
+    connect(item, &QAction::triggered, this, run);
+    return item;
+}
+
+void MainWindow::makeFileMenu()
+{
+    QMenu *menu = menuBar()->addMenu(korvane::tr("&File"));
+    addItem(menu, "miNew", korvane::tr("New"), [this] {
+        m_main.newButton();
+    })->setShortcut(QKeySequence::New);
+    addItem(menu, "miOpen", korvane::tr("Open..."), [this] {
+        m_main.open();
+    })->setShortcut(QKeySequence::Open);
+    addItem(menu, "miSave", korvane::tr("Save"), [this] {
+        m_main.save();
+    })->setShortcut(QKeySequence::Save);
+    addItem(menu, "miSaveAs", korvane::tr("Save As..."), [this] {
+        m_main.saveAs();
+    })->setShortcut(QKeySequence::SaveAs);
+    menu->addSeparator();
+    addItem(menu, "miLaunchScript", korvane::tr("Launch Script..."),
+            [this] { m_context.script()->openScriptWindow(); });
+    menu->addSeparator();
+    addItem(menu, "miQuit", korvane::tr("Quit"), [this] {
+        close();
+    })->setShortcut(QKeySequence::Quit);
+}
+
+void MainWindow::makeEditMenu()
+{
+    QMenu *menu = menuBar()->addMenu(korvane::tr("&Edit"));
+    addItem(menu, "miUndo", korvane::tr("Undo"), [this] {
+        m_main.undoAction();
+    })->setShortcut(QKeySequence::Undo);
+    addItem(menu, "miRedo", korvane::tr("Redo"), [this] {
+        m_main.redoAction();
+    })->setShortcut(QKeySequence::Redo);
+    menu->addSeparator();
+    addItem(menu, "miDelete", korvane::tr("Delete..."), [this] {
+        m_main.deleteItem();
+    })->setShortcut(QKeySequence::Delete);
+    menu->addSeparator();
+    addItem(menu, "miFind", korvane::tr("Find"), [this] {
+        if (FormatTab *page = frontPage())
+            page->focusSearch();
+    })->setShortcut(QKeySequence::Find);
+}
+
+void MainWindow::makePlugInsMenu()
+{
+    QMenu *menu = menuBar()->addMenu(korvane::tr("&Plug-Ins"));
+    MyMainObj &main = m_main;
+    addItem(menu, "miAllOn", korvane::tr("All On"), [&main] { main.setAllActive(); });
+    addItem(menu, "miAllOff", korvane::tr("All Off"), [&main] { main.setAllInactive(); });
+    addItem(menu, "miGroupOn", korvane::tr("Group On"), [&main] { main.setGroupActive(); });
+    addItem(menu, "miGroupOff", korvane::tr("Group Off"), [&main] { main.setGroupInactive(); });
+    addItem(menu, "miSelectedOn", korvane::tr("Selected On"),
+            [&main] { main.setSelectedActive(); });
+    addItem(menu, "miSelectedOff", korvane::tr("Selected Off"),
+            [&main] { main.setSelectedInactive(); });
+    m_groupMenu = menu->addMenu(korvane::tr("Set Group"));
+    m_groupMenu->setObjectName(QStringLiteral("menuGroups"));
+    addItem(m_groupMenu, "miGroupNone", QStringLiteral("none"),
+            [&main] { main.setGroup(QStringLiteral("none")); });
+    menu->addSeparator();
+    addItem(menu, "miPPCOn", korvane::tr("PowerPC On"), [&main] { main.setPPCActive(); });
+    addItem(menu, "miPPCOff", korvane::tr("PowerPC Off"), [&main] { main.setPPCInactive(); });
+    addItem(menu, "miIntelOn", korvane::tr("Intel On"), [&main] { main.setIntelActive(); });
+    addItem(menu, "miIntelOff", korvane::tr("Intel Off"), [&main] { main.setIntelInactive(); });
+    addItem(menu, "miUBOn", korvane::tr("Universal On"), [&main] { main.setUBActive(); });
+    addItem(menu, "miUBOff", korvane::tr("Universal Off"), [&main] { main.setUBInactive(); });
+    menu->addSeparator();
+    // These have no routing of their own in the controller: they go where its active type says.
+    auto front = [this](void (TypeManager::*command)()) {
+        return [this, command] {
+            if (TypeManager *manager = frontManager())
+                (manager->*command)();
+        };
+    };
+    addItem(menu, "miRescan", korvane::tr("Rescan"), front(&TypeManager::rescan))
+        ->setShortcut(QKeySequence::Refresh);
+    addItem(menu, "miInfo", korvane::tr("Info"), front(&TypeManager::getInfo));
+    addItem(menu, "miDuplicates", korvane::tr("Duplicates"),
+            front(&TypeManager::checkForDuplicates));
+    addItem(menu, "miBackup", korvane::tr("Backup"), front(&TypeManager::backup));
+    addItem(menu, "miBackupRestore", korvane::tr("Restore Backup"),
+            front(&TypeManager::backupRestore));
+    menu->addSeparator();
+    addItem(menu, "miSpecialEnv", korvane::tr("Examine Audio Unit Alone"),
+            [this] { examineAudioUnitAlone(); });
+}
+
+void MainWindow::makeWindowMenu()
+{
+    QMenu *menu = menuBar()->addMenu(korvane::tr("&Window"));
+    addItem(menu, "miShowLog", korvane::tr("Show Log"), [this] { m_main.showLog(); });
+    addItem(menu, "miHideLog", korvane::tr("Hide Log"), [this] { m_main.hideLog(); });
+    menu->addSeparator();
+    addItem(menu, "miGroups", korvane::tr("Groups"), [this] { m_main.showGroups(); });
+    addItem(menu, "miPreferences", korvane::tr("Preferences"), [this] {
+        m_preferences->showPreferences();
+    })->setShortcut(QKeySequence::Preferences);
+}
+
+void MainWindow::makeHelpMenu()
+{
+    QMenu *menu = menuBar()->addMenu(korvane::tr("&Help"));
+    addItem(menu, "miCheckForUpdate", korvane::tr("Check for Update"),
+            [this] { UpdateCheckCommand::run(m_main.ui()); });
+    addItem(menu, "miAbout", korvane::tr("About Korvane"), [this] { m_about->openAbout(); });
+}
+
+void MainWindow::showTabs()
+{
+    // The pages stay; only which of them the tab view holds, and in what order, changes.
+    m_showingTabs = true;
+    while (m_tabs->count() > 0)
+        m_tabs->removeTab(0);
+    const QStringList identifiers = m_main.tabIdentifiers();
+    for (int index = 0; index < identifiers.size(); ++index) {
+        FormatTab *page = m_pages.value(m_main.typeOfIdentifier(identifiers.at(index)));
+        if (page)
+            m_tabs->addTab(page, m_main.labelAt(index));
+    }
+    m_tabs->setCurrentIndex(m_main.selectedTabIndex());
+    m_showingTabs = false;
+    updateMenus();
+}
+
+void MainWindow::showGroupMenu()
+{
+    qDeleteAll(m_groupItems);
+    m_groupItems.clear();
+    MyMainObj &main = m_main;
+    for (const QString &title : m_main.groupMenuTitles()) {
+        QAction *item = m_groupMenu->addAction(menuText(title));
+        connect(item, &QAction::triggered, this, [&main, title] { main.setGroup(title); });
+        m_groupItems << item;
+    }
+}
+
+void MainWindow::showUndoTitles()
+{
+    // Before the first edit the core has no title yet: the plain words stand.
+    const QString undo = m_main.undoTitle();
+    const QString redo = m_main.redoTitle();
+    action("miUndo")->setText(undo.isEmpty() ? korvane::tr("Undo") : menuText(undo));
+    action("miRedo")->setText(redo.isEmpty() ? korvane::tr("Redo") : menuText(redo));
+}
+
+void MainWindow::updateMenus()
+{
+    action("miShowLog")->setEnabled(m_main.validateMenuItem(MyMainObj::MenuItem::ShowLog));
+    // Only the Audio Units manager can build the environment.
+    action("miSpecialEnv")
+        ->setEnabled(m_main.tabCount() > 0 && m_main.getActiveType() == TypeAU
+                     && m_context.au() != nullptr);
+}
+
+TypeManager *MainWindow::frontManager() const
+{
+    return m_main.managerOf(m_main.getActiveType());
+}
+
+void MainWindow::examineAudioUnitAlone()
+{
+    MyAdminObj *au = m_context.au();
+    if (!au || m_main.getActiveType() != TypeAU)
+        return;
+    const AUItemPtr item = au->itemAt(au->selectedRow());
+    if (!item) {
+        Alert alert;
+        alert.messageText = korvane::tr("Examine Audio Unit Alone");
+        alert.informativeText = korvane::tr("Please select a AudioUnit Plug-In");
+        alert.buttons = {QStringLiteral("Ok")};
+        m_main.ui().runAlert(alert);
+        return;
+    }
+    // The folders are put back at once: no plug-in stays moved while the window goes on, where a
+    // rescan or an apply would take the emptied folders for the truth.
+    m_main.showLog();
+    au->createSpecialEnv(item);
+    au->destroySpecialEnv();
+}
+
+} // namespace korvane

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QList>
+#include <QMainWindow>
+#include <functional>
+
+class QAction;
+class QMenu;
+class QTabWidget;
+
+namespace korvane {
+
+class AboutPanel;
+class AppContext;
+class FormatTab;
+class GroupEditorWindow;
+class InfoPanel;
+class LaunchScriptPanel;
+class LogWindow;
+class MyMainObj;
+class PreferencesWindow;
+class TypeManager;
+
+// The main window: one tab per format the controller shows, in its order, and the menus. Every
+// plug-in command goes to the manager of the tab in front, as the controller routes it; the
+// secondary windows hang off the Window and Help menus. Closing the window runs the controller's
+// shut-down once.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit MainWindow(AppContext &context, QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+    QTabWidget *tabs() const { return m_tabs; }
+    FormatTab *page(int type) const { return m_pages.value(type); } // kept while its tab is out
+    FormatTab *frontPage() const;
+    QAction *action(const char *name) const; // a menu item by its object name
+
+    // The controller's start once the event loop runs: scans and default sets.
+    void startWhenRunning();
+    // Groups, sets and the front tab written, as at quit; the program goes on.
+    void saveState();
+    // The controller's shut-down, once however many ways the program ends.
+    void shutDown();
+
+signals:
+    void closed();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    QAction *addItem(QMenu *menu, const char *name, const QString &text,
+                     const std::function<void()> &run);
+    void makeFileMenu();
+    void makeEditMenu();
+    void makePlugInsMenu();
+    void makeWindowMenu();
+    void makeHelpMenu();
+    void showTabs();
+    void showGroupMenu();
+    void showUndoTitles();
+    void updateMenus();
+    TypeManager *frontManager() const; // by the controller's active type
+    void examineAudioUnitAlone();
+
+    AppContext &m_context;
+    MyMainObj &m_main;
+    QTabWidget *m_tabs = nullptr;
+    QList<FormatTab *> m_pages; // by type index
+    QMenu *m_groupMenu = nullptr;
+    QList<QAction *> m_groupItems;
+    LogWindow *m_log = nullptr;
+    GroupEditorWindow *m_groups = nullptr;
+    PreferencesWindow *m_preferences = nullptr;
+    InfoPanel *m_info = nullptr;
+    AboutPanel *m_about = nullptr;
+    LaunchScriptPanel *m_script = nullptr;
+    bool m_shutDown = false;
+    bool m_showingTabs = false;
+};
+
+} // namespace korvane
