@@ -22,11 +22,12 @@ protected:
         TestRoots::TearDown();
     }
 
-    AppContext &makeContext()
+    AppContext &makeContext(const FormatTable &formats = FormatTable::builtIn())
     {
         context.reset();
         AppContext::Parts parts;
         parts.roots = roots();
+        parts.formats = formats;
         parts.ui = &ui;
         parts.authorization = &allowAll;
         parts.awakeFromNib = false;
