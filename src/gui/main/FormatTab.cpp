@@ -35,7 +35,7 @@ FormatTab::FormatTab(TypeManager &manager, QWidget *parent) : QWidget(parent), m
     QPushButton *open = makeButton(QStringLiteral("pbOpen"), korvane::tr("Open"));
     QPushButton *save = makeButton(QStringLiteral("pbSave"), korvane::tr("Save"));
     QPushButton *saveAs = makeButton(QStringLiteral("pbSaveAs"), korvane::tr("Save As"));
-    m_apply = makeButton(QStringLiteral("pbActive"), korvane::tr("Apply"));
+    m_apply = makeButton(QStringLiteral("pbActive"), korvane::tr("&Apply"));
     m_apply->setDefault(false);
 
     m_search = new QLineEdit(this);
@@ -96,7 +96,7 @@ QPushButton *FormatTab::makeButton(const QString &name, const QString &text)
 {
     auto *button = new QPushButton(text, this);
     button->setObjectName(name + m_manager.traits().prefix);
-    button->setAccessibleName(text);
+    button->setAccessibleName(QString(text).remove(QLatin1Char('&')));
     button->setAutoDefault(false);
     return button;
 }

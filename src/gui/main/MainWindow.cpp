@@ -155,7 +155,7 @@ void MainWindow::makeFileMenu()
     addItem(menu, "miLaunchScript", korvane::tr("Launch Script..."),
             [this] { m_context.script()->openScriptWindow(); });
     menu->addSeparator();
-    addItem(menu, "miQuit", korvane::tr("Quit"), [this] {
+    addItem(menu, "miQuit", korvane::tr("&Quit"), [this] {
         close();
     })->setShortcut(QKeySequence::Quit);
 }
@@ -231,7 +231,7 @@ void MainWindow::makeWindowMenu()
     addItem(menu, "miHideLog", korvane::tr("Hide Log"), [this] { m_main.hideLog(); });
     menu->addSeparator();
     addItem(menu, "miGroups", korvane::tr("Groups"), [this] { m_main.showGroups(); });
-    addItem(menu, "miPreferences", korvane::tr("Preferences"), [this] {
+    addItem(menu, "miPreferences", korvane::tr("&Preferences"), [this] {
         m_preferences->showPreferences();
     })->setShortcut(QKeySequence::Preferences);
 }

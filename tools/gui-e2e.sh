@@ -1,0 +1,192 @@
+#!/usr/bin/env bash
+# Drives the real window as a person would: korvane on a fresh demo library under Xvfb, keyboard
+# and mouse through xdotool, results checked on disk, pictures saved as PNG. Builds nothing:
+#   tools/gui-e2e.sh BUILD [PICTURES]     (PICTURES: default BUILD/gui-e2e)
+# Needs Xvfb, xdotool and ImageMagick (tools/setup.sh installs them).
+set -euo pipefail
+
+top="$(cd "$(dirname "$0")/.." && pwd)"
+build="${1:-build}"
+if [ ! -d "$build" ] && [ -d "$top/$build" ]; then
+  build="$top/$build"
+fi
+build="$(cd "$build" && pwd)"
+shots="${2:-$build/gui-e2e}"
+korvane="$build/src/gui/korvane"
+demo="$build/tools/korvane_demo"
+for program in "$korvane" "$demo"; do
+  if [ ! -x "$program" ]; then
+    echo "gui-e2e.sh: $program not found; build first:" >&2
+    echo "  cmake --preset default && cmake --build --preset default" >&2
+    exit 1
+  fi
+done
+for tool in Xvfb xdotool import compare; do
+  if ! command -v "$tool" >/dev/null; then
+    echo "gui-e2e.sh: $tool not found; run tools/setup.sh" >&2
+    exit 1
+  fi
+done
+mkdir -p "$shots"
+shots="$(cd "$shots" && pwd)"
+
+dir="$(mktemp -d "${TMPDIR:-/tmp}/korvane-e2e.XXXXXX")"
+xvfb=""
+app=""
+cleanup() {
+  [ -n "$app" ] && kill "$app" 2>/dev/null || true
+  [ -n "$xvfb" ] && kill "$xvfb" 2>/dev/null || true
+  rm -rf "$dir"
+}
+trap cleanup EXIT
+
+"$demo" "$dir" >/dev/null
+R="$dir/root"
+H="$dir/home"
+support="$H/Library/Application Support/Korvane"
+prefs="$H/Library/Preferences/com.velmora.Korvane.plist"
+components="$R/Library/Audio/Plug-Ins/Components"
+
+# A display of its own: Xvfb picks a free number and writes it to the file.
+Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3>"$dir/display" 2>"$dir/xvfb.log" &
+xvfb=$!
+for _ in $(seq 50); do
+  [ -s "$dir/display" ] && break
+  sleep 0.1
+done
+export DISPLAY=":$(cat "$dir/display")"
+
+failures=0
+pass() { echo "ok   - $*"; }
+fail() {
+  echo "FAIL - $*"
+  failures=$((failures + 1))
+}
+shot() { # name [window]
+  import -window "${2:-root}" "$shots/$1.png"
+  echo "     picture $shots/$1.png"
+}
+# Pixels that differ between two pictures of the main window's menu and tab bar.
+tabbar_diff() {
+  compare -metric AE -crop 1280x60+0+0 "$shots/$1.png" "$shots/$2.png" null: 2>&1 || true
+}
+plist_value() { # key: the value element after it in the preferences file
+  tr -d '\n\t ' <"$prefs" | sed -n "s|.*<key>$1</key><\([a-z]*\)/>.*|\1|p"
+}
+wait_for_window() { # title
+  for _ in $(seq 100); do
+    w=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n 1 || true)
+    if [ -n "$w" ]; then
+      echo "$w"
+      return 0
+    fi
+    sleep 0.1
+  done
+  return 1
+}
+focus() {
+  xdotool windowfocus --sync "$1" 2>/dev/null || xdotool windowfocus "$1"
+  sleep 0.3
+}
+keys() {
+  xdotool key --delay 80 "$@"
+  sleep 0.5
+}
+
+# Everything the program writes stays in the demo's folders.
+HOME="$H" XDG_CONFIG_HOME="$dir/config" XDG_CACHE_HOME="$dir/cache" \
+  XDG_RUNTIME_DIR="$dir/runtime" QT_QPA_PLATFORM=xcb \
+  "$korvane" --root "$R" --home "$H" >"$dir/korvane.log" 2>&1 &
+app=$!
+mkdir -p "$dir/runtime" && chmod 700 "$dir/runtime"
+
+if main=$(wait_for_window Korvane); then
+  pass "the window opened"
+else
+  fail "no window titled Korvane"
+  cat "$dir/korvane.log"
+  exit 1
+fi
+sleep 1.5 # the first scan, once the event loop runs
+focus "$main"
+shot start "$main"
+
+# Untick Delta Delay and apply: it must land in the disabled folder.
+keys ctrl+f
+xdotool type --delay 60 "Delta Delay"
+sleep 0.5
+keys Tab Home space
+shot unticked "$main"
+keys alt+a
+sleep 1.5
+shot applied "$main"
+if [ -e "$components (Disabled)/Delta Delay.component" ] && [ ! -e "$components/Delta Delay.component" ]; then
+  pass "Delta Delay was moved into \"Components (Disabled)\""
+else
+  fail "Delta Delay is not in \"Components (Disabled)\""
+fi
+focus "$main"
+keys ctrl+f ctrl+a BackSpace
+
+# Preferences: the VST page's On box takes the VST tab out, and a second click brings it back.
+keys alt+w p
+if prefwin=$(wait_for_window Preferences); then
+  pass "Preferences opened from the Window menu"
+  # Beside the main window, so that neither hides the other in the pictures.
+  xdotool windowmove "$prefwin" 980 0
+  focus "$prefwin"
+  # The page bar has the focus: four pages right is VST; after the default set's field and its
+  # Choose button, the On box is the third stop.
+  keys Right Right Right Right Tab Tab Tab
+  shot preferences-vst "$prefwin"
+  keys space
+  sleep 0.5
+  shot vst-off "$main"
+  if [ "$(plist_value VSTOn)" = false ]; then pass "VSTOn stored off"; else fail "VSTOn not stored off"; fi
+  if [ "$(tabbar_diff start vst-off)" != 0 ]; then
+    pass "the tab bar changed when VST was switched off"
+  else
+    fail "the tab bar did not change when VST was switched off"
+  fi
+  focus "$prefwin"
+  keys space
+  sleep 0.5
+  shot vst-on "$main"
+  if [ "$(plist_value VSTOn)" = true ]; then pass "VSTOn stored on"; else fail "VSTOn not stored on"; fi
+  if [ "$(tabbar_diff start vst-on)" = 0 ]; then
+    pass "the VST tab came back where it was"
+  else
+    fail "the tab bar differs from the start after VST came back"
+  fi
+  xdotool key --window "$prefwin" Escape 2>/dev/null || true
+else
+  fail "no Preferences window"
+fi
+
+# Quit through the File menu; the program writes groups and sets on its way out.
+focus "$main"
+rm -f "$support/groups.plist" "$support"/*sets.plist
+xdotool key alt+f
+sleep 0.5
+shot file-menu
+xdotool key q
+for _ in $(seq 50); do
+  kill -0 "$app" 2>/dev/null || break
+  sleep 0.1
+done
+if kill -0 "$app" 2>/dev/null; then
+  fail "korvane still runs after File > Quit"
+else
+  app=""
+  pass "File > Quit ended the program"
+fi
+for file in groups.plist ausets.plist rtassets.plist massets.plist vstsets.plist; do
+  if [ -s "$support/$file" ]; then pass "$file written at quit"; else fail "$file not written at quit"; fi
+done
+
+echo "Pictures in $shots"
+if [ "$failures" -gt 0 ]; then
+  echo "gui-e2e.sh: $failures check(s) failed; korvane's output:" >&2
+  cat "$dir/korvane.log" >&2
+  exit 1
+fi
