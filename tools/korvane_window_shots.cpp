@@ -1,7 +1,8 @@
-// korvane_window_shots DIR OUT: opens each secondary window of Korvane on the demo library in DIR
-// (made by korvane_demo) and saves a picture of it as OUT/<window>.png. Meant for Qt's offscreen
-// platform; tools/screenshots-windows.sh runs it.
+// korvane_window_shots DIR OUT: opens the main window and each secondary window of Korvane on the
+// demo library in DIR (made by korvane_demo) and saves a picture of it as OUT/<window>.png. Meant
+// for Qt's offscreen platform; tools/screenshots.sh runs it.
 
+#include "gui/main/MainWindow.h"
 #include "gui/windows/AboutPanel.h"
 #include "gui/windows/GroupEditorWindow.h"
 #include "gui/windows/InfoPanel.h"
@@ -82,6 +83,15 @@ int main(int argc, char *argv[])
     vst.selectSetIndex(1);
 
     bool ok = true;
+    {
+        MainWindow window(context);
+        window.resize(960, 560);
+        main.setActiveType(TypeAU);
+        ok &= save(window, out + QStringLiteral("/main-window.png"));
+        main.setActiveType(TypeVST);
+        ok &= save(window, out + QStringLiteral("/main-window-vst.png"));
+        main.setActiveType(TypeAU);
+    }
     {
         PreferencesWindow window(*context.pref(), main);
         window.pages()->setCurrentIndex(TypeAU + 1);

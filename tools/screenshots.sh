@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Pictures of Korvane's secondary windows on a fresh demo library, as PNG files under
-# docs/screenshots/. Rendered on Qt's offscreen platform: no display is needed. Builds nothing:
+# Pictures of Korvane's main window and secondary windows on a fresh demo library, as PNG files
+# under docs/screenshots/. Rendered on Qt's offscreen platform: no display is needed. Builds nothing:
 # give it the build folder, e.g.
-#   cmake --preset default && cmake --build --preset default && tools/screenshots-windows.sh build
+#   cmake --preset default && cmake --build --preset default && tools/screenshots.sh build
 set -euo pipefail
 
 top="$(cd "$(dirname "$0")/.." && pwd)"
@@ -14,7 +14,7 @@ demo="$build/tools/korvane_demo"
 shots="$build/tools/korvane_window_shots"
 for program in "$demo" "$shots"; do
   if [ ! -x "$program" ]; then
-    echo "screenshots-windows.sh: $program not found; build first:" >&2
+    echo "screenshots.sh: $program not found; build first:" >&2
     echo "  cmake --preset default && cmake --build --preset default" >&2
     exit 1
   fi
