@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# Opens Korvane's window on a freshly generated demo plug-in library in a temporary folder. Where
+# no display is available it says so and shows the command-line tool on the demo instead
+# (tools/demo.sh). Builds nothing: give it the build folder, e.g.
+#   cmake --preset default && cmake --build --preset default && tools/open-demo.sh build
+set -euo pipefail
+
+here="$(dirname "$0")"
+build="${1:-build}"
+if [ ! -d "$build" ] && [ -d "$here/../$build" ]; then
+  build="$here/../$build"
+fi
+korvane="$build/src/gui/korvane"
+demo="$build/tools/korvane_demo"
+
+if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
+  echo "open-demo.sh: no display here (neither DISPLAY nor WAYLAND_DISPLAY is set)," \
+    "so the window cannot open; showing the command-line demo instead."
+  exec "$here/demo.sh" "$build"
+fi
+for program in "$korvane" "$demo"; do
+  if [ ! -x "$program" ]; then
+    echo "open-demo.sh: $program not found; build first:" >&2
+    echo "  cmake --preset default && cmake --build --preset default" >&2
+    exit 1
+  fi
+done
+
+dir="$(mktemp -d "${TMPDIR:-/tmp}/korvane-demo.XXXXXX")"
+"$demo" "$dir" >/dev/null
+echo "Demo library in $dir; opening Korvane on it:"
+echo "  $korvane --root $dir/root --home $dir/home"
+# What the toolkit itself keeps (file dialog state, caches) stays in the demo folder as well.
+XDG_CONFIG_HOME="$dir/config" XDG_CACHE_HOME="$dir/cache" \
+  exec "$korvane" --root "$dir/root" --home "$dir/home"
