@@ -8,6 +8,7 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QMenu>
 #include <QPushButton>
@@ -98,9 +99,17 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
     EXPECT_FALSE(au.isApplyEnabled());
     EXPECT_TRUE(window->page(TypeVST)->applyButton()->isEnabled());
     EXPECT_FALSE(window->page(TypeAU)->applyButton()->isEnabled());
+    const QString set = homePath("Documents/Studio.vstkorv");
+    ui.savePanelAnswers.enqueue(set);
     window->action("miSaveAs")->trigger(); // routed by the tab's identifier
     EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.vstkorv");
+    EXPECT_EQ(window->page(TypeVST)->setList()->currentText(), set);
     EXPECT_FALSE(window->action("miSpecialEnv")->isEnabled());
+
+    window->page(TypeVST)->applyButton()->click();
+    for (const char *name : {"Alder Echo.vst", "Birch Verb.vst"})
+        EXPECT_TRUE(QFileInfo::exists(folder(TypeVST, LocUserDisabled) + "/" + name)) << name;
+    EXPECT_FALSE(window->page(TypeVST)->applyButton()->isEnabled());
 
     window->tabs()->tabBar()->setCurrentIndex(0);
     window->action("miAllOff")->trigger();

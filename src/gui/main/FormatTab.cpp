@@ -74,7 +74,7 @@ FormatTab::FormatTab(TypeManager &manager, QWidget *parent) : QWidget(parent), m
     connect(open, &QPushButton::clicked, this, [this] { m_manager.open(); });
     connect(save, &QPushButton::clicked, this, [this] { m_manager.save(); });
     connect(saveAs, &QPushButton::clicked, this, [this] { m_manager.saveAs(); });
-    connect(m_apply, &QPushButton::clicked, this, &FormatTab::applyRequested);
+    connect(m_apply, &QPushButton::clicked, this, [this] { m_manager.activate(); });
     connect(m_sets, &QComboBox::activated, this, [this](int index) { m_manager.selectSet(index); });
     connect(m_search, &QLineEdit::textChanged, m_table, &PluginTableView::setFilterText);
 

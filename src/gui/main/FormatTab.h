@@ -27,10 +27,6 @@ public:
 
     void focusSearch();
 
-signals:
-    // Apply was pressed; the window may have to tidy up before the plug-ins move.
-    void applyRequested();
-
 private:
     QPushButton *makeButton(const QString &name, const QString &text);
     void showSets();

@@ -51,7 +51,6 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     for (TypeManager *manager : context.managers()) {
         auto *page = new FormatTab(*manager, this);
         page->hide();
-        connect(page, &FormatTab::applyRequested, this, [manager] { manager->activate(); });
         m_pages << page;
     }
 
