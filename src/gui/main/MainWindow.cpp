@@ -47,6 +47,7 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     m_tabs->setAccessibleName(korvane::tr("Plug-in formats"));
     m_tabs->setDocumentMode(true);
     setCentralWidget(m_tabs);
+    menuBar()->setAccessibleName(korvane::tr("Menu bar"));
     // Every format gets its page once; a format switched off keeps it for when it comes back.
     for (TypeManager *manager : context.managers()) {
         auto *page = new FormatTab(*manager, this);
@@ -54,12 +55,13 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
         m_pages << page;
     }
 
-    m_log = new LogWindow(m_main, this);
-    m_groups = new GroupEditorWindow(m_main, this);
+    // The secondary windows show themselves when their controllers say so.
+    new LogWindow(m_main, this);
+    new GroupEditorWindow(m_main, this);
+    new InfoPanel(*context.info(), this);
+    new LaunchScriptPanel(*context.script(), context.formats(), this);
     m_preferences = new PreferencesWindow(*context.pref(), m_main, this);
-    m_info = new InfoPanel(*context.info(), this);
     m_about = new AboutPanel(*context.about(), this);
-    m_script = new LaunchScriptPanel(*context.script(), context.formats(), this);
 
     makeFileMenu();
     makeEditMenu();

@@ -13,10 +13,6 @@ namespace korvane {
 class AboutPanel;
 class AppContext;
 class FormatTab;
-class GroupEditorWindow;
-class InfoPanel;
-class LaunchScriptPanel;
-class LogWindow;
 class MyMainObj;
 class PreferencesWindow;
 class TypeManager;
@@ -70,12 +66,8 @@ private:
     QList<FormatTab *> m_pages; // by type index
     QMenu *m_groupMenu = nullptr;
     QList<QAction *> m_groupItems;
-    LogWindow *m_log = nullptr;
-    GroupEditorWindow *m_groups = nullptr;
     PreferencesWindow *m_preferences = nullptr;
-    InfoPanel *m_info = nullptr;
     AboutPanel *m_about = nullptr;
-    LaunchScriptPanel *m_script = nullptr;
     bool m_shutDown = false;
     bool m_showingTabs = false;
 };
