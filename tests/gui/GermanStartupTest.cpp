@@ -76,6 +76,11 @@ TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
                                             + homePath("Echo.vst"));
     EXPECT_EQ(ui.alerts[2].buttons, QStringList({"Fortfahren", "Anhalten"}));
 
+    // A manager's own texts, here the scan's progress panel.
+    context->manager(TypeVST)->reloadData();
+    ASSERT_FALSE(ui.progressTitles.isEmpty());
+    EXPECT_EQ(ui.progressTitles.last(), "VST-Plug-Ins durchsuchen:");
+
     // Qt's own texts, such as the buttons of its standard dialogs.
     QDialogButtonBox buttons(QDialogButtonBox::Cancel);
     EXPECT_EQ(buttons.button(QDialogButtonBox::Cancel)->text(), "Abbrechen");
