@@ -1,5 +1,10 @@
 #include "gui/dialogs/QtUi.h"
+#include "PluginLibraryBuilder.h"
 #include "gui/dialogs/ProgressDialog.h"
+#include "managers/TypeManager.h"
+#include "privileged/NullAuthorizationBackend.h"
+#include "shell/AppContext.h"
+#include "shell/MyMainObj.h"
 #include "support/TestRoots.h"
 
 #include <QApplication>
@@ -11,6 +16,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
 #include <algorithm>
 #include <functional>
@@ -274,6 +280,53 @@ TEST_F(QtUiTest, ProgressKeepsTheWindowsServicedAndCancelStopsTheWork)
     ui.progressBegin("Scanning");
     EXPECT_FALSE(ui.progressCancelled());
     ui.progressEnd();
+}
+
+// Moves that take long enough for the panel to come up before the last plug-in.
+class SlowMoves : public LocalFileOperations {
+public:
+    using LocalFileOperations::LocalFileOperations;
+    bool move(const QString &from, const QString &to, FileError *error) override
+    {
+        QThread::msleep(120);
+        return LocalFileOperations::move(from, to, error);
+    }
+};
+
+TEST_F(QtUiTest, CancelInThePanelStopsAnApplyBetweenPlugIns)
+{
+    const QStringList names = {"Alpha.component", "Bravo.component", "Charlie.component",
+                               "Delta.component", "Echo.component",  "Foxtrot.component"};
+    for (const QString &name : names)
+        PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, LocSystemActive), name, MachO::intel());
+    SlowMoves files(roots());
+    QtUi ui;
+    NullAuthorizationBackend allowAll;
+    AppContext::Parts parts;
+    parts.roots = roots();
+    parts.files = &files;
+    parts.ui = &ui;
+    parts.authorization = &allowAll;
+    parts.awakeFromNib = false;
+    AppContext context(std::move(parts));
+    TypeManager *au = context.managers().at(TypeAU);
+    au->reloadData();
+    au->setAllInactive();
+
+    Person person([](QWidget *panel) { click(button(panel, "Cancel")); });
+    au->applyAllPending();
+
+    QStringList moved, left;
+    for (const QString &name : names) {
+        const bool off = QFileInfo::exists(folder(TypeAU, LocSystemDisabled) + '/' + name);
+        const bool on = QFileInfo::exists(folder(TypeAU, LocSystemActive) + '/' + name);
+        EXPECT_NE(off, on) << name.toStdString(); // in one place, never lost or doubled
+        (off ? moved : left) << name;
+    }
+    EXPECT_FALSE(moved.isEmpty());
+    ASSERT_FALSE(left.isEmpty());
+    EXPECT_TRUE(context.main()->logText().endsWith("Stopped, not moved: " + left.join(", ") + "\n"))
+        << context.main()->logText().toStdString();
 }
 
 } // namespace
