@@ -24,6 +24,9 @@ MissingItemsDialog::MissingItemsDialog(const QString &list, QWidget *parent)
     m_list->setAccessibleName(korvane::tr("Missing plug-ins"));
     message->setBuddy(m_list);
 
+    auto *hint = new QLabel(korvane::tr("Remove saves the set without them."), this);
+    hint->setTextFormat(Qt::PlainText);
+
     auto *buttons = new QDialogButtonBox(this);
     QPushButton *remove = buttons->addButton(korvane::tr("Remove"), QDialogButtonBox::ActionRole);
     QPushButton *ignore = buttons->addButton(korvane::tr("Ignore"), QDialogButtonBox::ActionRole);
@@ -38,6 +41,7 @@ MissingItemsDialog::MissingItemsDialog(const QString &list, QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(message);
     layout->addWidget(m_list);
+    layout->addWidget(hint);
     layout->addWidget(buttons);
     resize(420, 280);
 }
