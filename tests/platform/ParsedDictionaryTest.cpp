@@ -58,7 +58,9 @@ TEST_F(ParsedDictionaryTest, OneKeyReadsAsTheWholeDictionary)
 
     // A byte-order mark at the start of a key or a string is text like any other.
     const QString bom(QChar(QChar::ByteOrderMark));
-    writeText(xml, "<plist><dict><key>\xEF\xBB\xBF" "A</key><string>\xEF\xBB\xBF" "v</string>"
+    writeText(xml, "<plist><dict><key>\xEF\xBB\xBF"
+                   "A</key><string>\xEF\xBB\xBF"
+                   "v</string>"
                    "</dict></plist>");
     const auto marked = PropertyList::readParsedDictionary(xml);
     ASSERT_TRUE(marked);
