@@ -599,5 +599,93 @@
         <source>A new version of &quot;Korvane&quot; is available (version %@). Would you like to download the new version now?</source>
         <translation>Eine neue Version von „Korvane“ ist verfügbar (Version %@). Möchten Sie die neue Version jetzt laden?</translation>
     </message>
+    <message>
+        <source>Missing Plug-Ins</source>
+        <translation>Fehlende Plug-Ins</translation>
+    </message>
+    <message>
+        <source>These plug-ins of the set are not installed:</source>
+        <translation>Diese Plug-Ins des Sets sind nicht installiert:</translation>
+    </message>
+    <message>
+        <source>Missing plug-ins</source>
+        <translation>Fehlende Plug-Ins</translation>
+    </message>
+    <message>
+        <source>Remove saves the set without them.</source>
+        <translation>„Entfernen“ speichert das Set ohne sie.</translation>
+    </message>
+    <message>
+        <source>Ignore</source>
+        <translation>Ignorieren</translation>
+    </message>
+    <message>
+        <source>Current item</source>
+        <translation>Aktuelles Objekt</translation>
+    </message>
+    <message>
+        <source>Details</source>
+        <translation>Details</translation>
+    </message>
+    <message>
+        <source>Progress</source>
+        <translation>Fortschritt</translation>
+    </message>
+    <message>
+        <source>Stopping...</source>
+        <translation>Wird angehalten …</translation>
+    </message>
+    <message>
+        <source>Documents (%1)</source>
+        <translation>Dokumente (%1)</translation>
+    </message>
+    <message>
+        <source>All files (*)</source>
+        <translation>Alle Dateien (*)</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; already exists. Do you want to replace it?</source>
+        <translation>„%1“ ist bereits vorhanden. Möchten Sie es ersetzen?</translation>
+    </message>
+    <message>
+        <source>Replace</source>
+        <translation>Ersetzen</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>on</source>
+        <translation>ein</translation>
+    </message>
+    <message>
+        <source>off</source>
+        <translation>aus</translation>
+    </message>
+    <message>
+        <source>Plug-ins of %1</source>
+        <translation>Plug-Ins von %1</translation>
+    </message>
+    <message>
+        <source>Columns of %1</source>
+        <translation>Spalten von %1</translation>
+    </message>
+    <message>
+        <source>Active</source>
+        <translation>Aktiv</translation>
+    </message>
+    <message>
+        <source>Global</source>
+        <translation>Systemweit</translation>
+    </message>
+    <message>
+        <source>Type</source>
+        <translation>Typ</translation>
+    </message>
+    <message>
+        <source>Location</source>
+        <translation>Ort</translation>
+    </message>
 </context>
 </TS>

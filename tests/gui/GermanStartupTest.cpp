@@ -1,6 +1,7 @@
 #include "GuiFixture.h"
 
 #include "gui/Translations.h"
+#include "gui/table/PluginTableModel.h"
 #include "gui/windows/PreferencesWindow.h"
 #include "managers/TypeManager.h"
 #include "platform/LocalFileOperations.h"
@@ -80,6 +81,10 @@ TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
     context->manager(TypeVST)->reloadData();
     ASSERT_FALSE(ui.progressTitles.isEmpty());
     EXPECT_EQ(ui.progressTitles.last(), "VST-Plug-Ins durchsuchen:");
+
+    // The table's column titles, looked up by a key the table computes.
+    EXPECT_EQ(PluginTableModel::title("AUActive"), "Aktiv");
+    EXPECT_EQ(PluginTableModel::title("AULocation"), "Ort");
 
     // Qt's own texts, such as the buttons of its standard dialogs.
     QDialogButtonBox buttons(QDialogButtonBox::Cancel);
