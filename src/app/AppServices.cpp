@@ -73,23 +73,6 @@ QVariantList toVariantList(const QStringList &strings)
     return list;
 }
 
-// Fills each "%@" in turn; a "%@" inside an argument stays as it is.
-QString fillFormat(const QString &format, const QStringList &args)
-{
-    QString out;
-    qsizetype from = 0;
-    for (const QString &arg : args) {
-        const qsizetype at = format.indexOf(QLatin1String("%@"), from);
-        if (at < 0)
-            break;
-        out += format.mid(from, at - from);
-        out += arg;
-        from = at + 2;
-    }
-    out += format.mid(from);
-    return out;
-}
-
 } // namespace
 
 AppServices::AppServices(const RunParts &parts) : m_parts(parts)
@@ -450,10 +433,9 @@ bool AppServices::fileManager(FileOperations *, const QVariantMap &errorInfo)
     const QByteArray reason = errorInfo.value(QStringLiteral("Error")).toString().toUtf8();
     Alert alert;
     alert.title = QStringLiteral("Korvane");
-    alert.messageText =
-        fillFormat(korvane::tr("File operation error...\n error: %@\n with file: %@"),
-                   {QCoreApplication::translate("Korvane", reason.constData()),
-                    errorInfo.value(QStringLiteral("Path")).toString()});
+    alert.messageText = fillFormat(
+        korvane::tr("File operation error...\n error: %@\n with file: %@"),
+        {korvane::tr(reason.constData()), errorInfo.value(QStringLiteral("Path")).toString()});
     alert.buttons = {korvane::tr("Proceed"), korvane::tr("Stop")};
     return ui().runAlert(alert) == AlertDefault;
 }

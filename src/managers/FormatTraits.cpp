@@ -1,18 +1,21 @@
 #include "managers/FormatTraits.h"
 
+#include "platform/Texts.h"
+
 namespace korvane {
 
 QString FormatTraits::toggleActionName(const QString &name, bool active, bool global,
                                        bool globalFlag) const
 {
-    const QString word = globalFlag
-                             ? (global ? QStringLiteral("setGlobal") : QStringLiteral("setLocal"))
-                             : (active ? activeOnWord : activeOffWord);
+    // The action name is shown in the Edit menu, so its words are looked up like any text.
+    const QString word =
+        globalFlag ? (global ? korvane::tr("setGlobal") : korvane::tr("setLocal"))
+                   : korvane::tr((active ? activeOnWord : activeOffWord).toUtf8().constData());
     if (!wordFirst)
-        return QStringLiteral("%1 \"%2\"").arg(name, word);
+        return fillFormat(korvane::tr("%@ \"%@\""), {name, word});
     if (globalFlag)
-        return QStringLiteral("%1 for \"%2\"").arg(word, name);
-    return QStringLiteral("%1 \"%2\"").arg(word, name);
+        return fillFormat(korvane::tr("%@ for \"%@\""), {word, name});
+    return fillFormat(korvane::tr("%@ \"%@\""), {word, name});
 }
 
 QString FormatTraits::installPath(const QString &fileName) const

@@ -6,6 +6,7 @@
 #include "platform/FileOperations.h"
 #include "platform/Locations.h"
 #include "platform/SystemLog.h"
+#include "platform/Texts.h"
 
 namespace korvane {
 
@@ -48,10 +49,11 @@ bool MyAdminObj::createSpecialEnv(const AUItemPtr &item)
         const ComponentDescription *description = wrapper->getComponentDescription();
         if (description->componentManufacturer == kApple)
             continue;
-        services->addLogEntry(this, QStringLiteral("----- Plug-In Info -----\n"));
+        services->addLogEntry(this, korvane::tr("----- Plug-In Info -----\n"));
         services->addLogEntry(
-            this, QStringLiteral("Type: %1\n")
-                      .arg(ComponentManager::fourCharString(description->componentType)));
+            this, korvane::tr("Type: %s\n")
+                      .replace(QLatin1String("%s"),
+                               ComponentManager::fourCharString(description->componentType)));
     }
 
     if (copied)

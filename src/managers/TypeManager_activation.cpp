@@ -33,12 +33,13 @@ bool libraryLocked(const LibraryLock &lock, UserInterface &ui)
     if (lock.isLocked())
         return true;
     Alert alert;
-    alert.messageText = tr("Plug-ins not moved");
+    alert.messageText = korvane::tr("Plug-ins not moved");
     alert.informativeText =
         lock.holder().isEmpty()
-            ? tr("The plug-in library could not be locked: %1.").arg(lock.failure())
-            : tr("%1 is moving plug-ins. Try again when it has finished.").arg(lock.holder());
-    alert.buttons = {tr("OK")};
+            ? korvane::tr("The plug-in library could not be locked: %1.").arg(lock.failure())
+            : korvane::tr("%1 is moving plug-ins. Try again when it has finished.")
+                  .arg(lock.holder());
+    alert.buttons = {korvane::tr("OK")};
     ui.runAlert(alert);
     return false;
 }
@@ -68,7 +69,8 @@ CopyProgress TypeManager::copyProgressFor(const int &item, int count) const
         *shownPercent = percent;
         const QLocale locale;
         ui->progressDetail(
-            tr("%1 of %2").arg(locale.formattedDataSize(copied), locale.formattedDataSize(total)));
+            korvane::tr("%1 of %2")
+                .arg(locale.formattedDataSize(copied), locale.formattedDataSize(total)));
     };
 }
 
@@ -130,7 +132,7 @@ QList<MoveOutcome> TypeManager::applyAllPending()
     int done = 0;
     const bool showProgress = pending > 0;
     if (showProgress)
-        ui().progressBegin(tr("Moving plug-ins:"));
+        ui().progressBegin(korvane::tr("Moving plug-ins:"));
     // A move to another file system (a large sample library among the content, say) copies every
     // byte: the bar moves within the plug-in, and the lower line says how much has been copied.
     const CopyProgressScope bytes(files(), copyProgressFor(done, pending));
@@ -150,14 +152,15 @@ QList<MoveOutcome> TypeManager::applyAllPending()
         }
         MoveOutcome outcome = pendingOutcome(int(i));
         outcome.stopped = true;
-        outcome.error = {outcome.from, QStringLiteral("Not moved: the apply was stopped")};
+        outcome.error = {outcome.from, QStringLiteral(QT_TRANSLATE_NOOP(
+                                           "korvane", "Not moved: the apply was stopped"))};
         outcomes << outcome;
         left << outcome.name;
     }
     if (!left.isEmpty()) {
         systemLog(QStringLiteral("Stopped, not moved: %1").arg(left.join(QStringLiteral(", "))));
-        services().addLogEntry(this,
-                               tr("Stopped, not moved: %1\n").arg(left.join(QStringLiteral(", "))));
+        services().addLogEntry(
+            this, korvane::tr("Stopped, not moved: %1\n").arg(left.join(QStringLiteral(", "))));
     }
     if (showProgress)
         ui().progressEnd();
@@ -187,7 +190,8 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
     MoveOutcome outcome = pendingOutcome(logIndex, &item);
     if (!item) {
         // The scan keeps items and records in step; a record without its item cannot be applied.
-        outcome.error = {outcome.from, QStringLiteral("No plug-in matches the pending change")};
+        outcome.error = {outcome.from, QStringLiteral(QT_TRANSLATE_NOOP(
+                                           "korvane", "No plug-in matches the pending change"))};
         return outcome;
     }
 
@@ -210,11 +214,12 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
     if (otherCopy) {
         systemLog(QStringLiteral("Target is an installed copy, both kept: %1").arg(outcome.to));
         main->addLogEntry(
-            this, tr("%1 stays in %2: another installed copy lies at %3\n")
+            this, korvane::tr("%1 stays in %2: another installed copy lies at %3\n")
                       .arg(outcome.name, m_list.records().at(logIndex).getLogPath(), outcome.to));
         outcome.otherCopyAtTarget = true;
-        reportFailure({outcome.to, QStringLiteral("Another installed copy of the plug-in lies "
-                                                  "there; both copies are kept")});
+        reportFailure({outcome.to, QStringLiteral(QT_TRANSLATE_NOOP(
+                                       "korvane", "Another installed copy of the plug-in lies "
+                                                  "there; both copies are kept"))});
         return outcome;
     }
 
@@ -243,8 +248,9 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
                                            : QStringLiteral("not sucessful")));
             if (trashed) {
                 systemLog(QStringLiteral("Target moved to the trash: %1").arg(trashedTo));
-                main->addLogEntry(this, tr("%1 was in the way and is now in the trash: %2\n")
-                                            .arg(outcome.to, trashedTo));
+                main->addLogEntry(this,
+                                  korvane::tr("%1 was in the way and is now in the trash: %2\n")
+                                      .arg(outcome.to, trashedTo));
             } else if (deletable) {
                 systemLog(QStringLiteral("Not moved to the trash: %1").arg(trashError.reason));
             }

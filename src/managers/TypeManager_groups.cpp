@@ -5,6 +5,7 @@
 #include "app/AppServices.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
+#include "platform/Texts.h"
 
 #include <QPointer>
 
@@ -58,8 +59,8 @@ void TypeManager::changeGroup(const AUItemPtr &item, const QString &group)
     item->setAUGroup(group);
     if (!undo->isUndoing())
         undo->setActionName(
-            QStringLiteral("%1 %2 for \"%3\"")
-                .arg(QStringLiteral("setGroup"), item->getAUGroup(), item->getAUName()));
+            fillFormat(korvane::tr("%@ %@ for \"%@\""),
+                       {korvane::tr("setGroup"), item->getAUGroup(), item->getAUName()}));
     if (undo->isUndoing() || undo->isRedoing())
         announceChanged({item});
     services().setUndoTitle();

@@ -23,13 +23,13 @@ void showOkAlert(UserInterface &ui, const QString &message, const QString &infor
     Alert alert;
     alert.messageText = message;
     alert.informativeText = informative;
-    alert.buttons = {tr("Ok")};
+    alert.buttons = {korvane::tr("Ok")};
     ui.runAlert(alert);
 }
 
 QString trText(const QString &english)
 {
-    return tr(english.toUtf8().constData());
+    return korvane::tr(english.toUtf8().constData());
 }
 
 } // namespace
@@ -46,7 +46,7 @@ void TypeManager::getInfo()
 void TypeManager::backupRestore()
 {
     showOkAlert(ui(), trText(m_traits.backupRestoreMessage),
-                tr("This function will be implemented in a future version"));
+                korvane::tr("This function will be implemented in a future version"));
 }
 
 void TypeManager::checkForDuplicates()
@@ -54,23 +54,24 @@ void TypeManager::checkForDuplicates()
     AppServices *services = &this->services();
     services->showLog();
     services->addLogEntry(
-        this, QStringLiteral("----- %1 -----\n").arg(QDateTime::currentDateTime().toString()));
+        this, korvane::tr("----- %@ -----\n")
+                  .replace(QLatin1String("%@"), QDateTime::currentDateTime().toString()));
 
     // The lines go to the log as one entry: the same text, and one append instead of one per
     // line keeps a long report linear however the log stores its text.
     const QList<QPair<QString, int>> names = duplicateNames(m_list.items());
+    // The line is looked up once; arg() fills both places in one pass, so a "%2" in a name
+    // stays as it is.
+    const QString line = korvane::tr("Plugin %@ is found %d times\n")
+                             .replace(QLatin1String("%@"), QLatin1String("%1"))
+                             .replace(QLatin1String("%d"), QLatin1String("%2"));
     QString report;
     qsizetype length = 0;
     for (const auto &[name, count] : names)
-        length += name.size() + 32; // the name, the words around it and the count
+        length += name.size() + line.size() + 8; // the name, the words around it and the count
     report.reserve(length);
-    for (const auto &[name, count] : names) {
-        report += QLatin1String("Plugin ");
-        report += name;
-        report += QLatin1String(" is found ");
-        report += QString::number(count);
-        report += QLatin1String(" times\n");
-    }
+    for (const auto &[name, count] : names)
+        report += line.arg(name, QString::number(count));
     if (!report.isEmpty())
         services->addLogEntry(this, report);
 }

@@ -125,9 +125,9 @@ void TypeManager::reloadData()
 
     FileOperations &files = this->files();
     UserInterface &ui = this->ui();
-    ui.progressBegin(tr(m_traits.panelTitle.toUtf8().constData()));
+    ui.progressBegin(korvane::tr(m_traits.panelTitle.toUtf8().constData()));
     ScanProgress progress(ui, m_traits.progressOffset);
-    const QString folderPrefix = tr(m_traits.folderTextPrefix.toUtf8().constData());
+    const QString folderPrefix = korvane::tr(m_traits.folderTextPrefix.toUtf8().constData());
     const bool subpaths = m_parts.prefs.scanSubpaths(m_traits.type);
     // The disk does not change under one scan in any way the scan cares about; the next scan
     // starts with a new cache.

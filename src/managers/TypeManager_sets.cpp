@@ -248,10 +248,10 @@ void TypeManager::selectSet(int index)
 
         Alert alert;
         alert.style = Alert::Informational;
-        alert.messageText = tr("Selected Set not found");
-        alert.buttons = {tr("try again"), tr("remove")};
+        alert.messageText = korvane::tr("Selected Set not found");
+        alert.buttons = {korvane::tr("try again"), korvane::tr("remove")};
         alert.informativeText =
-            tr("The set \"%@\" not longer exist.").replace(QLatin1String("%@"), path);
+            korvane::tr("The set \"%@\" not longer exist.").replace(QLatin1String("%@"), path);
         const int answer = ui().runAlert(alert);
         if (answer == AlertDefault && !ui().isInteractive()) {
             // Nobody is there to put the file back: asking again would never end. The entry
@@ -278,9 +278,9 @@ void TypeManager::updateSet()
         return;
 
     Alert alert;
-    alert.messageText = tr("Save changes to Set");
-    alert.buttons = {tr("Save"), tr("Discard")};
-    alert.informativeText = tr("Save changes to actual Set?");
+    alert.messageText = korvane::tr("Save changes to Set");
+    alert.buttons = {korvane::tr("Save"), korvane::tr("Discard")};
+    alert.informativeText = korvane::tr("Save changes to actual Set?");
     if (ui().runAlert(alert) == AlertDefault) {
         save();
     } else {

@@ -278,17 +278,17 @@ bool TypeManager::acceptDrop(const QStringList &paths)
     UserInterface &ui = this->ui();
     Alert alert;
     alert.style = Alert::Informational;
-    alert.messageText = tr("Install Files");
-    alert.informativeText = tr(m_traits.installInformative.toUtf8().constData());
-    alert.buttons = {tr(m_traits.installFirstButton.toUtf8().constData()), tr("All Files"),
-                     tr("Cancel")};
+    alert.messageText = korvane::tr("Install Files");
+    alert.informativeText = korvane::tr(m_traits.installInformative.toUtf8().constData());
+    alert.buttons = {korvane::tr(m_traits.installFirstButton.toUtf8().constData()),
+                     korvane::tr("All Files"), korvane::tr("Cancel")};
     alert.addedButtons = true;
     const int answer = ui.runAlert(alert);
     if (answer != AlertFirst && answer != AlertSecond)
         return false;
     const bool allFiles = answer == AlertSecond;
 
-    ui.progressBegin(tr(m_traits.installProgressTitle.toUtf8().constData()));
+    ui.progressBegin(korvane::tr(m_traits.installProgressTitle.toUtf8().constData()));
     ui.progressDetail(QString());
     FileOperations &files = this->files();
     const int count = paths.size();
@@ -316,7 +316,7 @@ bool TypeManager::acceptDrop(const QStringList &paths)
     if (i < count) {
         const QString left = paths.mid(i).join(QStringLiteral(", "));
         systemLog(QStringLiteral("Stopped, not installed: %1").arg(left));
-        services().addLogEntry(this, tr("Stopped, not installed: %1\n").arg(left));
+        services().addLogEntry(this, korvane::tr("Stopped, not installed: %1\n").arg(left));
     }
     reloadData();
     ui.progressEnd();

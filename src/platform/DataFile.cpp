@@ -3,6 +3,7 @@
 #include "platform/FileOperations.h"
 #include "platform/PropertyList.h"
 #include "platform/SystemLog.h"
+#include "platform/Texts.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -21,6 +22,7 @@ bool DataFile::keep(FileOperations &files, const QString &path, QString *report)
         path + QStringLiteral(".damaged-")
         + QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddTHH-mm-ss"));
     QString line;
+    QString shown;
     bool kept = false;
     for (int counter = 1; counter <= kMaxCounter; ++counter) {
         const QString target =
@@ -29,6 +31,7 @@ bool DataFile::keep(FileOperations &files, const QString &path, QString *report)
             continue;
         if (files.move(path, target)) {
             line = QStringLiteral("Could not read %1; kept it as %2").arg(path, target);
+            shown = korvane::tr("Could not read %1; kept it as %2").arg(path, target);
             kept = true;
             break;
         }
@@ -36,11 +39,14 @@ bool DataFile::keep(FileOperations &files, const QString &path, QString *report)
         if (!files.exists(target))
             break;
     }
-    if (!kept)
+    if (!kept) {
         line = QStringLiteral("Could not read %1 nor move it aside; left it as it is").arg(path);
+        shown = korvane::tr("Could not read %1 nor move it aside; left it as it is").arg(path);
+    }
+    // The system log stays in English; the log window speaks the user's language.
     systemLog(line);
     if (report)
-        *report = line + QLatin1Char('\n');
+        *report = shown + QLatin1Char('\n');
     return kept;
 }
 

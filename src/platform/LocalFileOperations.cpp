@@ -275,7 +275,8 @@ bool openHomeTrash(const Roots &roots, HomeTrash *trash, FileError *error)
     struct stat info;
     if (!QDir::isAbsolutePath(home) || !statPath(home, &info) || !S_ISDIR(info.st_mode))
         return failWith(error, home,
-                        QStringLiteral("There is no trash: the home folder does not exist"));
+                        QStringLiteral(QT_TRANSLATE_NOOP(
+                            "korvane", "There is no trash: the home folder does not exist")));
     const QString top = QDir::cleanPath(roots.trashFolder());
     trash->files = childOf(top, QStringLiteral("files"));
     trash->info = childOf(top, QStringLiteral("info"));
@@ -706,7 +707,9 @@ bool LocalFileOperations::trashItem(const QString &path, const QString &preferre
             *trashedTo = target;
         return true;
     }
-    return failWith(error, path, QStringLiteral("The trash holds too many items of this name"));
+    return failWith(error, path,
+                    QStringLiteral(QT_TRANSLATE_NOOP(
+                        "korvane", "The trash holds too many items of this name")));
 }
 
 bool LocalFileOperations::writeFileAtomically(const QString &path, const QByteArray &bytes,

@@ -6,7 +6,7 @@ namespace {
 bool refuse(FileError *error, const QString &path)
 {
     if (error)
-        *error = FileError{path, QStringLiteral("read-only")};
+        *error = FileError{path, QStringLiteral(QT_TRANSLATE_NOOP("korvane", "read-only"))};
     return false;
 }
 } // namespace

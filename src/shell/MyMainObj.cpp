@@ -289,7 +289,7 @@ void MyMainObj::deleteItem()
     alert.messageText = korvane::tr("Move to trash");
     alert.informativeText = korvane::tr("Do you want to move the selected Plug-Ins to trash?");
     // The safe answer is the default one.
-    alert.buttons = {QStringLiteral("cancel"), QStringLiteral("move to trash")};
+    alert.buttons = {korvane::tr("cancel"), korvane::tr("move to trash")};
     if (ui().runAlert(alert) != AlertAlternate)
         return;
     if (TypeManager *manager = activeManager())
@@ -355,7 +355,7 @@ void MyMainObj::functionNotImplemented(const QString &title)
     Alert alert;
     alert.messageText = title;
     alert.informativeText = korvane::tr("This function will be implemented in a future version");
-    alert.buttons = {QStringLiteral("Ok")};
+    alert.buttons = {korvane::tr("Ok")};
     ui().runAlert(alert);
 }
 

@@ -2,11 +2,14 @@
 
 #include "ui/UserInterface.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
 #include <QWidget>
 
 namespace korvane {
+
+class ProgressDialog;
 
 // The core's prompts as real dialogs: alerts as message boxes, the open and save panels as file
 // dialogs, the missing-items dialog, and a progress dialog that keeps the windows painting while
@@ -34,7 +37,23 @@ public:
     bool progressCancelled() override;
 
 private:
+    // The window a new dialog stands over: the progress panel while it shows, else the window.
+    QWidget *dialogParent() const;
+    // Lets the windows paint and the panel take a click, at most as often as the eye can tell.
+    void serviceEvents(bool now = false);
+    void showPendingProgress();
+
     QPointer<QWidget> m_window;
+
+    // One progress run; a begin inside a run (a rescan inside an install) only retitles it.
+    int m_progressDepth = 0;
+    QElapsedTimer m_progressStarted;
+    QElapsedTimer m_lastService;
+    QPointer<ProgressDialog> m_progress;
+    bool m_progressDirty = false;
+    QString m_progressTitle, m_progressUpper, m_progressLower;
+    double m_progressValue = 0, m_progressMaximum = 0;
+    bool m_progressCancelled = false;
 };
 
 } // namespace korvane

@@ -1,16 +1,413 @@
 #include "gui/table/PluginTableView.h"
 
+#include "gui/table/PluginFilterProxy.h"
+#include "gui/table/PluginItemDelegate.h"
+#include "gui/table/PluginTableModel.h"
 #include "managers/TypeManager.h"
+#include "panels/MyPrefObj.h"
+#include "platform/SharedInstances.h"
+#include "platform/Texts.h"
+
+#include <QDrag>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QHeaderView>
+#include <QMimeData>
+#include <QUrl>
 
 namespace korvane {
 
-PluginTableView::PluginTableView(TypeManager &manager, QWidget *parent)
-    : QTableView(parent), m_manager(manager)
+namespace {
+
+const QString kIdentifier = QStringLiteral("Identifier");
+const QString kWidth = QStringLiteral("Width");
+constexpr int MaxColumnWidth = 4000;
+
+int defaultWidth(const QString &identifier)
 {
+    if (PluginTableModel::isCheckColumn(identifier))
+        return 64;
+    if (identifier == QLatin1String("AUName"))
+        return 280;
+    if (identifier == QLatin1String("AULocation"))
+        return 320;
+    return 140;
 }
 
-PluginTableView::~PluginTableView() = default;
+QString gridSheet(bool highlighted)
+{
+    return QStringLiteral("QTableView { gridline-color: %1; }")
+        .arg(highlighted ? QStringLiteral("#2f6fdf") : QStringLiteral("#d3d3d3"));
+}
 
-void PluginTableView::setFilterText(const QString &) {}
+QStringList localPaths(const QMimeData *data)
+{
+    QStringList paths;
+    if (!data)
+        return paths;
+    for (const QUrl &url : data->urls())
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    return paths;
+}
+
+} // namespace
+
+PluginTableView::PluginTableView(TypeManager &manager, QWidget *parent)
+    : QTableView(parent), m_manager(manager), m_prefs(SharedInstance<MyPrefObj>::peek())
+{
+    // The view stops listening before the model hears of a change, so that what the selection
+    // model does on the way never reaches the manager; afterwards the manager's selection is
+    // shown again.
+    const auto hold = [this] { m_managerChanging = true; };
+    connect(&manager, &TypeManager::itemsAboutToBeReset, this, hold);
+    connect(&manager, &TypeManager::itemsAboutToBeReordered, this, hold);
+    connect(&manager, &TypeManager::itemAboutToBeRemoved, this, hold);
+    m_model = new PluginTableModel(manager, this);
+    m_proxy = new PluginFilterProxy(*m_model, this);
+    const auto release = [this] {
+        m_managerChanging = false;
+        selectFromManager();
+    };
+    connect(&manager, &TypeManager::itemsReset, this, release);
+    connect(&manager, &TypeManager::itemRemoved, this, release);
+    connect(&manager, &TypeManager::itemsReordered, this, [this, release] {
+        release();
+        showSortIndicator();
+        if (currentIndex().isValid())
+            scrollTo(currentIndex());
+    });
+    connect(&manager, &TypeManager::selectionChanged, this, &PluginTableView::selectFromManager);
+
+    const QString label = manager.traits().tabLabel;
+    setObjectName(QStringLiteral("tf") + manager.traits().prefix);
+    setAccessibleName(korvane::tr("Plug-ins of %1").arg(label));
+    setModel(m_proxy);
+    setItemDelegate(new PluginItemDelegate(manager, this));
+    setSelectionBehavior(SelectRows);
+    setSelectionMode(ExtendedSelection);
+    setEditTriggers(DoubleClicked | SelectedClicked | EditKeyPressed);
+    setWordWrap(false);
+    setSortingEnabled(false);
+    setStyleSheet(gridSheet(false));
+
+    // One fixed row height: nothing measures rows that are not on screen.
+    QHeaderView *rows = verticalHeader();
+    rows->hide();
+    rows->setSectionResizeMode(QHeaderView::Fixed);
+    rows->setDefaultSectionSize(fontMetrics().height() + 8);
+
+    QHeaderView *header = horizontalHeader();
+    header->setAccessibleName(korvane::tr("Columns of %1").arg(label));
+    header->setSectionsMovable(true);
+    header->setSectionsClickable(true);
+    header->setSortIndicatorShown(true);
+    header->setHighlightSections(false);
+    header->setStretchLastSection(false);
+    connect(header, &QHeaderView::sortIndicatorChanged, this, &PluginTableView::sortByHeader);
+    connect(header, &QHeaderView::sectionResized, this, &PluginTableView::scheduleColumnsSave);
+    connect(header, &QHeaderView::sectionMoved, this, &PluginTableView::scheduleColumnsSave);
+
+    // A column shown, hidden or rebuilt takes its place and width from the preferences again.
+    const auto columnsChanging = [this] {
+        if (m_saveColumns.isActive()) {
+            m_saveColumns.stop();
+            saveColumns();
+        }
+        m_restoring = true;
+    };
+    const auto columnsChanged = [this] {
+        restoreColumns();
+        showSortIndicator();
+    };
+    connect(m_proxy, &QAbstractItemModel::columnsAboutToBeInserted, this, columnsChanging);
+    connect(m_proxy, &QAbstractItemModel::columnsAboutToBeRemoved, this, columnsChanging);
+    connect(m_proxy, &QAbstractItemModel::modelAboutToBeReset, this, columnsChanging);
+    connect(m_proxy, &QAbstractItemModel::columnsInserted, this, columnsChanged);
+    connect(m_proxy, &QAbstractItemModel::columnsRemoved, this, columnsChanged);
+    connect(m_proxy, &QAbstractItemModel::modelReset, this, columnsChanged);
+    m_saveColumns.setSingleShot(true);
+    m_saveColumns.setInterval(400);
+    connect(&m_saveColumns, &QTimer::timeout, this, &PluginTableView::saveColumns);
+
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    viewport()->setAcceptDrops(true);
+    setDragDropMode(DragDrop);
+    setDefaultDropAction(Qt::CopyAction);
+    setDropIndicatorShown(false);
+
+    restoreColumns();
+    showSortIndicator();
+    selectFromManager();
+}
+
+PluginTableView::~PluginTableView()
+{
+    if (m_saveColumns.isActive())
+        saveColumns();
+}
+
+void PluginTableView::setFilterText(const QString &text)
+{
+    m_proxy->setFilterText(text);
+}
+
+QString PluginTableView::columnsKey() const
+{
+    return m_manager.traits().prefix + QStringLiteral("TableColumns");
+}
+
+// --- Selection ---------------------------------------------------------------------------------
+
+void PluginTableView::selectionChanged(const QItemSelection &selected,
+                                       const QItemSelection &deselected)
+{
+    QTableView::selectionChanged(selected, deselected);
+    if (m_syncing || m_managerChanging)
+        return;
+    QList<int> rows;
+    const QModelIndexList indexes = selectionModel()->selectedRows();
+    rows.reserve(indexes.size());
+    for (const QModelIndex &index : indexes)
+        rows << m_proxy->mapToSource(index).row();
+    const QModelIndex current = currentIndex();
+    const int last = current.isValid() && selectionModel()->isRowSelected(current.row())
+                         ? m_proxy->mapToSource(current).row()
+                         : -1;
+    m_syncing = true;
+    m_manager.selectRows(rows, last);
+    m_syncing = false;
+}
+
+void PluginTableView::currentChanged(const QModelIndex &current, const QModelIndex &previous)
+{
+    QTableView::currentChanged(current, previous);
+    if (m_syncing || m_managerChanging || !current.isValid())
+        return;
+    if (current.row() != previous.row())
+        m_manager.shouldSelectRow(m_proxy->mapToSource(current).row());
+}
+
+void PluginTableView::selectFromManager()
+{
+    if (m_syncing || m_managerChanging)
+        return;
+    const int lastColumn = m_proxy->columnCount() - 1;
+    if (lastColumn < 0)
+        return;
+    QItemSelection selection;
+    int first = -1, previous = -1;
+    const auto close = [&] {
+        if (first >= 0)
+            selection.append(QItemSelectionRange(m_proxy->index(first, 0),
+                                                 m_proxy->index(previous, lastColumn)));
+    };
+    // The filter keeps the manager's order, so ascending rows stay ascending and runs stay runs.
+    for (int row : m_manager.selectedRows()) {
+        const int shown = m_proxy->proxyRow(row);
+        if (shown < 0)
+            continue;
+        if (shown != previous + 1 || first < 0) {
+            close();
+            first = shown;
+        }
+        previous = shown;
+    }
+    close();
+    m_syncing = true;
+    selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    const int last = m_proxy->proxyRow(m_manager.selectedRow());
+    if (last >= 0)
+        selectionModel()->setCurrentIndex(
+            m_proxy->index(last, std::max(0, currentIndex().column())),
+            QItemSelectionModel::NoUpdate);
+    m_syncing = false;
+}
+
+// --- Sorting -----------------------------------------------------------------------------------
+
+void PluginTableView::sortByHeader(int section, Qt::SortOrder order)
+{
+    if (m_syncing)
+        return;
+    const QString key = m_model->identifier(section);
+    if (key.isEmpty())
+        return;
+    const bool text = !PluginTableModel::isCheckColumn(key);
+    // The clicked column leads; the earlier order still breaks its ties.
+    QList<SortDescriptor> descriptors{{key, order == Qt::AscendingOrder, text}};
+    for (const SortDescriptor &descriptor : m_manager.sortDescriptors())
+        if (descriptor.key != key)
+            descriptors << descriptor;
+    m_manager.sortDescriptorsDidChange(descriptors);
+}
+
+void PluginTableView::showSortIndicator()
+{
+    const QList<SortDescriptor> descriptors = m_manager.sortDescriptors();
+    const int section = descriptors.isEmpty() ? -1 : m_model->columnOf(descriptors.first().key);
+    const Qt::SortOrder order = descriptors.isEmpty() || descriptors.first().ascending
+                                    ? Qt::AscendingOrder
+                                    : Qt::DescendingOrder;
+    m_syncing = true;
+    horizontalHeader()->setSortIndicator(section, order);
+    m_syncing = false;
+}
+
+// --- Column layout -----------------------------------------------------------------------------
+
+void PluginTableView::restoreColumns()
+{
+    m_restoring = true;
+    QHeaderView *header = horizontalHeader();
+    for (int logical = 0; logical < header->count(); ++logical)
+        header->resizeSection(logical, defaultWidth(m_model->identifier(logical)));
+    if (m_prefs && m_prefs->defaults()) {
+        int visual = 0;
+        const QVariantList stored = m_prefs->defaults()->object(columnsKey()).toList();
+        for (const QVariant &entry : stored) {
+            const QVariantMap column = entry.toMap();
+            const int logical = m_model->columnOf(column.value(kIdentifier).toString());
+            if (logical < 0)
+                continue;
+            header->moveSection(header->visualIndex(logical), visual++);
+            const int width = column.value(kWidth).toInt();
+            if (width > 0)
+                header->resizeSection(logical, std::min(width, MaxColumnWidth));
+        }
+    }
+    m_restoring = false;
+}
+
+void PluginTableView::scheduleColumnsSave()
+{
+    if (!m_restoring)
+        m_saveColumns.start();
+}
+
+void PluginTableView::saveColumns()
+{
+    m_saveColumns.stop();
+    if (!m_prefs || !m_prefs->defaults())
+        return;
+    UserDefaults &defaults = *m_prefs->defaults();
+    const QHeaderView *header = horizontalHeader();
+    QVariantList columns;
+    QStringList present;
+    for (int visual = 0; visual < header->count(); ++visual) {
+        const int logical = header->logicalIndex(visual);
+        const QString id = m_model->identifier(logical);
+        if (present.contains(id))
+            continue;
+        present << id;
+        columns << QVariantMap{{kIdentifier, id}, {kWidth, header->sectionSize(logical)}};
+    }
+    // A column hidden now keeps its width for when it is shown again.
+    const QVariantList stored = defaults.object(columnsKey()).toList();
+    for (const QVariant &entry : stored) {
+        const QString id = entry.toMap().value(kIdentifier).toString();
+        if (!id.isEmpty() && !present.contains(id)) {
+            present << id;
+            columns << entry;
+        }
+    }
+    if (columns != stored)
+        defaults.setObject(columnsKey(), columns);
+}
+
+void PluginTableView::hideEvent(QHideEvent *event)
+{
+    if (m_saveColumns.isActive())
+        saveColumns();
+    QTableView::hideEvent(event);
+}
+
+// --- Drag and drop -----------------------------------------------------------------------------
+
+void PluginTableView::startDrag(Qt::DropActions)
+{
+    const QModelIndexList rows = selectionModel()->selectedRows();
+    QMimeData *data = m_proxy->mimeData(rows);
+    if (!data)
+        return;
+    // Out of the table a plug-in is only ever copied; nothing here removes a dragged row.
+    auto *drag = new QDrag(this);
+    drag->setMimeData(data);
+    drag->exec(Qt::CopyAction, Qt::CopyAction);
+}
+
+Qt::DropAction PluginTableView::dropActionFor(const QMimeData *data, const QPoint &pos,
+                                              bool fromInsideApplication) const
+{
+    if (localPaths(data).isEmpty())
+        return Qt::IgnoreAction;
+    const QModelIndex index = indexAt(pos);
+    const int row =
+        index.isValid() ? m_proxy->mapToSource(index).row() : m_manager.numberOfRowsInTableView();
+    const DropValidation validation =
+        m_manager.validateDrop(row, index.isValid(), fromInsideApplication);
+    return validation.operation == 0 ? Qt::IgnoreAction : Qt::CopyAction;
+}
+
+void PluginTableView::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (dropActionFor(event->mimeData(), event->position().toPoint(), event->source())
+        == Qt::IgnoreAction) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    setDropHighlighted(true);
+}
+
+void PluginTableView::dragMoveEvent(QDragMoveEvent *event)
+{
+    if (dropActionFor(event->mimeData(), event->position().toPoint(), event->source())
+        == Qt::IgnoreAction) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void PluginTableView::dragLeaveEvent(QDragLeaveEvent *event)
+{
+    setDropHighlighted(false);
+    event->accept();
+}
+
+void PluginTableView::dropEvent(QDropEvent *event)
+{
+    setDropHighlighted(false);
+    if (dropActionFor(event->mimeData(), event->position().toPoint(), event->source())
+        == Qt::IgnoreAction) {
+        event->ignore();
+        return;
+    }
+    const QStringList paths = localPaths(event->mimeData());
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    // The install asks and shows progress; the file manager is not kept waiting for that.
+    QPointer<TypeManager> manager(&m_manager);
+    QMetaObject::invokeMethod(
+        this,
+        [manager, paths] {
+            if (manager)
+                manager->acceptDrop(paths);
+        },
+        Qt::QueuedConnection);
+}
+
+void PluginTableView::setDropHighlighted(bool on)
+{
+    // Only the Audio Units table shows that a drag is over it.
+    if (m_manager.typeIndex() != 0 || m_dropHighlighted == on)
+        return;
+    m_dropHighlighted = on;
+    setStyleSheet(gridSheet(on));
+}
 
 } // namespace korvane

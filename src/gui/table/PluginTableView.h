@@ -1,9 +1,14 @@
 #pragma once
 
+#include <QPointer>
 #include <QTableView>
+#include <QTimer>
 
 namespace korvane {
 
+class MyPrefObj;
+class PluginFilterProxy;
+class PluginTableModel;
 class TypeManager;
 
 // The plug-in table of one format, bound to its manager: the manager's items are the rows, its
@@ -19,8 +24,44 @@ public:
     // Shows only the rows whose name, group, location or architecture contain text.
     void setFilterText(const QString &text);
 
+    PluginTableModel &tableModel() const { return *m_model; }
+    PluginFilterProxy &filterProxy() const { return *m_proxy; }
+    // The preference that keeps this format's column order and widths.
+    QString columnsKey() const;
+    // What a drop of data at pos would do: a copy, or nothing when it is refused.
+    Qt::DropAction dropActionFor(const QMimeData *data, const QPoint &pos,
+                                 bool fromInsideApplication) const;
+    bool isDropHighlighted() const { return m_dropHighlighted; }
+
+protected:
+    void selectionChanged(const QItemSelection &selected,
+                          const QItemSelection &deselected) override;
+    void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
+    void startDrag(Qt::DropActions supportedActions) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+
 private:
+    void sortByHeader(int section, Qt::SortOrder order);
+    void showSortIndicator();
+    void selectFromManager();
+    void restoreColumns();
+    void scheduleColumnsSave();
+    void saveColumns();
+    void setDropHighlighted(bool on);
+
     TypeManager &m_manager;
+    PluginTableModel *m_model = nullptr;
+    PluginFilterProxy *m_proxy = nullptr;
+    QPointer<MyPrefObj> m_prefs;
+    QTimer m_saveColumns;
+    bool m_syncing = false;         // the selection or sort indicator is being set from the manager
+    bool m_restoring = false;       // the header is being laid out from the preferences
+    bool m_managerChanging = false; // between a manager's announcement of a change and its end
+    bool m_dropHighlighted = false;
 };
 
 } // namespace korvane

@@ -1,0 +1,202 @@
+// The plug-in table over 10,000 Audio Units on the offscreen platform: showing it after a scan,
+// re-sorting, filtering per keystroke, and how many rows a scrolled paint draws.
+
+#include "PluginLibraryBuilder.h"
+#include "gui/table/PluginTableModel.h"
+#include "gui/table/PluginTableView.h"
+#include "managers/TypeManager.h"
+#include "platform/Locations.h"
+#include "shell/AppContext.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QHeaderView>
+#include <QScrollBar>
+#include <QSet>
+#include <QStyledItemDelegate>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+#include <algorithm>
+#include <memory>
+
+using namespace korvane;
+
+namespace {
+
+// Counts what a paint asks the delegate to draw.
+class CountingDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    mutable long cells = 0;
+    mutable QSet<int> rows;
+    void paint(QPainter *painter, const QStyleOptionViewItem &option,
+               const QModelIndex &index) const override
+    {
+        ++cells;
+        rows.insert(index.row());
+        QStyledItemDelegate::paint(painter, option, index);
+    }
+};
+
+double elapsedMs(const QElapsedTimer &timer)
+{
+    return timer.nsecsElapsed() / 1e6;
+}
+
+QString ms(double value)
+{
+    return QString::number(value, 'f', 2);
+}
+
+// Whatever the event loop still owes the window, then a full paint of the rows on screen.
+void settleAndPaint(PluginTableView &view)
+{
+    QCoreApplication::processEvents();
+    view.viewport()->repaint();
+}
+
+} // namespace
+
+void measureGui(int n, QTextStream &out)
+{
+    QTemporaryDir root, home;
+    const Roots roots = Roots::at(root.path(), home.path());
+    const Locations locations(roots);
+    const Format &format = FormatTable::builtIn().at(TypeAU);
+    const QByteArray headers[] = {MachO::ppc(), MachO::intel(), MachO::universal2()};
+    for (int i = 0; i < n; ++i)
+        PluginLibraryBuilder::makeAudioUnit(
+            locations.folderPath(format, i % 4),
+            QStringLiteral("Plug%1").arg(i, 5, 10, QLatin1Char('0')), headers[i % 3]);
+
+    AppContext::Parts parts;
+    parts.roots = roots;
+    parts.awakeFromNib = false;
+    AppContext context(std::move(parts));
+    TypeManager *au = context.manager(TypeAU);
+    au->setPlattformVisible(true);
+
+    // The scan alone, then the scan of a table on screen: the difference is the table's part.
+    au->reloadData();
+    double scan = 1e300;
+    for (int r = 0; r < 3; ++r) {
+        QElapsedTimer timer;
+        timer.start();
+        au->reloadData();
+        scan = std::min(scan, elapsedMs(timer));
+    }
+
+    // A tab shown after its scan: the table made, laid out and painted.
+    double show = 1e300;
+    for (int r = 0; r < 3; ++r) {
+        QElapsedTimer timer;
+        timer.start();
+        PluginTableView view(*au);
+        view.resize(1000, 700);
+        view.show();
+        settleAndPaint(view);
+        show = std::min(show, elapsedMs(timer));
+    }
+
+    auto view = std::make_unique<PluginTableView>(*au);
+    view->resize(1000, 700);
+    view->show();
+    settleAndPaint(*view);
+
+    double scanShown = 1e300;
+    for (int r = 0; r < 3; ++r) {
+        QElapsedTimer timer;
+        timer.start();
+        au->reloadData();
+        settleAndPaint(*view);
+        scanShown = std::min(scanShown, elapsedMs(timer));
+    }
+
+    // Re-sorting with a hundred plug-ins selected, as a header click does it.
+    QList<int> selected;
+    for (int row = 0; row < n; row += n / 100)
+        selected << row;
+    au->selectRows(selected);
+    QHeaderView *header = view->horizontalHeader();
+    double sortWorst = 0;
+    double sortBest = 1e300;
+    const QStringList keys{QStringLiteral("AUName"), QStringLiteral("AUActive"),
+                           QStringLiteral("AUType"), QStringLiteral("AUGroup")};
+    for (int r = 0; r < 8; ++r) {
+        const int section = view->tableModel().columnOf(keys.at(r % keys.size()));
+        const Qt::SortOrder order =
+            (r / keys.size()) % 2 ? Qt::AscendingOrder : Qt::DescendingOrder;
+        QElapsedTimer timer;
+        timer.start();
+        header->setSortIndicator(section, order);
+        settleAndPaint(*view);
+        const double took = elapsedMs(timer);
+        sortWorst = std::max(sortWorst, took);
+        sortBest = std::min(sortBest, took);
+    }
+    const bool selectionKept = au->selectedItems().size() == selected.size()
+                               && view->selectionModel()->selectedRows().size() == selected.size();
+
+    // Typing into the search field and clearing it again, a keystroke at a time.
+    const QString typed = QStringLiteral("plug07");
+    QStringList steps;
+    for (int i = 1; i <= typed.size(); ++i)
+        steps << typed.left(i);
+    for (int i = typed.size() - 1; i >= 0; --i)
+        steps << typed.left(i);
+    double filterWorst = 0;
+    double filterTotal = 0;
+    for (const QString &text : std::as_const(steps)) {
+        QElapsedTimer timer;
+        timer.start();
+        view->setFilterText(text);
+        settleAndPaint(*view);
+        const double took = elapsedMs(timer);
+        filterWorst = std::max(filterWorst, took);
+        filterTotal += took;
+    }
+
+    // Scrolling: what one paint draws, against what is on screen and what the list holds.
+    auto *counting = new CountingDelegate(view.get());
+    view->setItemDelegate(counting);
+    QScrollBar *bar = view->verticalScrollBar();
+    const int pages = 20;
+    double scrollTotal = 0;
+    long cells = 0;
+    long rowsPainted = 0;
+    for (int page = 1; page <= pages; ++page) {
+        bar->setValue(bar->maximum() * page / (pages + 1));
+        QCoreApplication::processEvents();
+        counting->cells = 0;
+        counting->rows.clear();
+        QElapsedTimer timer;
+        timer.start();
+        view->viewport()->repaint();
+        scrollTotal += elapsedMs(timer);
+        cells += counting->cells;
+        rowsPainted += counting->rows.size();
+    }
+    const int top = view->rowAt(0);
+    const int bottom = view->rowAt(view->viewport()->height() - 1);
+    const int visible = (bottom < 0 ? view->model()->rowCount() - 1 : bottom) - top + 1;
+
+    out << "gui_items: " << au->numberOfRowsInTableView() << "\n";
+    out << "gui_show_tab_ms: " << ms(show) << "\n";
+    out << "gui_scan_ms: " << ms(scan) << "\n";
+    out << "gui_scan_with_table_shown_ms: " << ms(scanShown) << "\n";
+    out << "gui_table_share_of_rescan_ms: " << ms(scanShown - scan) << "\n";
+    out << "gui_sort_best_ms: " << ms(sortBest) << "\n";
+    out << "gui_sort_worst_ms: " << ms(sortWorst) << "\n";
+    out << "gui_sort_keeps_selection: " << (selectionKept ? "yes" : "no") << "\n";
+    out << "gui_filter_keystroke_mean_ms: " << ms(filterTotal / steps.size()) << "\n";
+    out << "gui_filter_keystroke_worst_ms: " << ms(filterWorst) << "\n";
+    out << "gui_visible_rows: " << visible << "\n";
+    out << "gui_rows_painted_per_scroll: " << ms(double(rowsPainted) / pages) << "\n";
+    out << "gui_cells_painted_per_scroll: " << ms(double(cells) / pages) << "\n";
+    out << "gui_painted_to_visible_ratio: " << ms(double(rowsPainted) / pages / visible) << "\n";
+    out << "gui_painted_to_all_rows_ratio: "
+        << QString::number(double(rowsPainted) / pages / n, 'f', 4) << "\n";
+    out << "gui_scroll_paint_ms: " << ms(scrollTotal / pages) << "\n";
+    out.flush();
+}

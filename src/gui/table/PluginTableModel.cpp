@@ -1,0 +1,227 @@
+#include "gui/table/PluginTableModel.h"
+
+#include "managers/TypeManager.h"
+#include "platform/Texts.h"
+
+#include <QMimeData>
+#include <QSet>
+#include <QUrl>
+
+namespace korvane {
+
+namespace {
+
+const QString kActive = QStringLiteral("AUActive");
+const QString kGlobal = QStringLiteral("AUGlobal");
+const QString kGroup = QStringLiteral("AUGroup");
+
+} // namespace
+
+PluginTableModel::PluginTableModel(TypeManager &manager, QObject *parent)
+    : QAbstractTableModel(parent), m_manager(manager), m_columns(manager.columns())
+{
+    connect(&manager, &TypeManager::itemsAboutToBeReset, this, &PluginTableModel::beginResetModel);
+    connect(&manager, &TypeManager::itemsReset, this, &PluginTableModel::endResetModel);
+    connect(&manager, &TypeManager::itemsChanged, this, &PluginTableModel::rowsChanged);
+    connect(&manager, &TypeManager::itemsAboutToBeReordered, this,
+            &PluginTableModel::aboutToReorder);
+    connect(&manager, &TypeManager::itemsReordered, this, &PluginTableModel::reordered);
+    connect(&manager, &TypeManager::itemAboutToBeRemoved, this,
+            [this](int row) { beginRemoveRows(QModelIndex(), row, row); });
+    connect(&manager, &TypeManager::itemRemoved, this, &PluginTableModel::endRemoveRows);
+    connect(&manager, &TypeManager::columnsChanged, this, &PluginTableModel::followColumns);
+}
+
+bool PluginTableModel::isCheckColumn(const QString &identifier)
+{
+    return identifier == kActive || identifier == kGlobal;
+}
+
+QString PluginTableModel::title(const QString &identifier)
+{
+    static const QList<QPair<QString, const char *>> titles{
+        {kActive, "Active"},
+        {QStringLiteral("AUName"), "Name"},
+        {kGlobal, "Global"},
+        {kGroup, "Group"},
+        {QStringLiteral("AUType"), "Type"},
+        {QStringLiteral("AULocation"), "Location"}};
+    for (const auto &[id, english] : titles)
+        if (id == identifier)
+            return korvane::tr(english);
+    return identifier;
+}
+
+int PluginTableModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : m_manager.numberOfRowsInTableView();
+}
+
+int PluginTableModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_columns.size());
+}
+
+QVariant PluginTableModel::data(const QModelIndex &index, int role) const
+{
+    const AUItemPtr item = m_manager.itemAt(index.row());
+    if (!item || !index.isValid())
+        return QVariant();
+    const QString &id = m_columns.at(index.column());
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::EditRole:
+        if (isCheckColumn(id))
+            return QVariant();
+        return TypeManager::itemValue(*item, id).toString();
+    case Qt::CheckStateRole:
+        if (!isCheckColumn(id))
+            return QVariant();
+        return TypeManager::itemValue(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
+    case Qt::ToolTipRole:
+        return QStringLiteral("%1/%2").arg(item->getAULocation(), item->getAUName());
+    case Qt::AccessibleTextRole:
+        if (isCheckColumn(id))
+            return TypeManager::itemValue(*item, id).toBool() ? korvane::tr("on")
+                                                              : korvane::tr("off");
+        return TypeManager::itemValue(*item, id).toString();
+    default:
+        return QVariant();
+    }
+}
+
+bool PluginTableModel::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    if (!index.isValid() || !m_manager.itemAt(index.row()))
+        return false;
+    const QString &id = m_columns.at(index.column());
+    // The manager toggles on every call, so a call is made only when the value really differs.
+    if (role == Qt::CheckStateRole && isCheckColumn(id)) {
+        const bool on = value.toInt() == Qt::Checked;
+        if (m_manager.objectValue(index.row(), id).toBool() == on)
+            return false;
+        m_manager.setObjectValue(on, id, index.row());
+        return true;
+    }
+    if (role == Qt::EditRole && id == kGroup) {
+        const QString group = value.toString();
+        if (m_manager.objectValue(index.row(), id).toString() == group)
+            return false;
+        m_manager.setObjectValue(group, id, index.row());
+        return true;
+    }
+    return false;
+}
+
+Qt::ItemFlags PluginTableModel::flags(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return Qt::ItemIsDropEnabled;
+    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled;
+    const QString &id = m_columns.at(index.column());
+    if (isCheckColumn(id))
+        flags |= Qt::ItemIsUserCheckable;
+    else if (id == kGroup)
+        flags |= Qt::ItemIsEditable;
+    return flags;
+}
+
+QVariant PluginTableModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || section < 0 || section >= m_columns.size())
+        return QAbstractTableModel::headerData(section, orientation, role);
+    if (role == Qt::DisplayRole || role == Qt::AccessibleTextRole)
+        return title(m_columns.at(section));
+    return QVariant();
+}
+
+QStringList PluginTableModel::mimeTypes() const
+{
+    return {QStringLiteral("text/uri-list")};
+}
+
+QMimeData *PluginTableModel::mimeData(const QModelIndexList &indexes) const
+{
+    QList<int> rows;
+    QSet<int> seen;
+    for (const QModelIndex &index : indexes)
+        if (index.isValid() && !seen.contains(index.row())) {
+            seen.insert(index.row());
+            rows << index.row();
+        }
+    QList<QUrl> urls;
+    for (const QString &path : m_manager.writeRows(rows))
+        urls << QUrl::fromLocalFile(path);
+    if (urls.isEmpty())
+        return nullptr;
+    auto *data = new QMimeData;
+    data->setUrls(urls);
+    return data;
+}
+
+void PluginTableModel::rowsChanged(const QList<int> &rows)
+{
+    if (m_columns.isEmpty())
+        return;
+    // The rows come sorted; each run of neighbours is one notice.
+    const int last = int(m_columns.size()) - 1;
+    for (qsizetype i = 0; i < rows.size();) {
+        qsizetype j = i;
+        while (j + 1 < rows.size() && rows.at(j + 1) == rows.at(j) + 1)
+            ++j;
+        emit dataChanged(index(rows.at(i), 0), index(rows.at(j), last));
+        i = j + 1;
+    }
+}
+
+void PluginTableModel::aboutToReorder()
+{
+    emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+    m_movingIndexes = persistentIndexList();
+    m_movingItems.clear();
+    m_movingItems.reserve(m_movingIndexes.size());
+    for (const QModelIndex &index : std::as_const(m_movingIndexes))
+        m_movingItems << m_manager.itemAt(index.row());
+}
+
+void PluginTableModel::reordered()
+{
+    QModelIndexList moved;
+    moved.reserve(m_movingIndexes.size());
+    for (qsizetype i = 0; i < m_movingIndexes.size(); ++i) {
+        const int row = m_manager.rowOf(m_movingItems.at(i));
+        moved << (row < 0 ? QModelIndex() : index(row, m_movingIndexes.at(i).column()));
+    }
+    changePersistentIndexList(m_movingIndexes, moved);
+    m_movingIndexes.clear();
+    m_movingItems.clear();
+    emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+void PluginTableModel::followColumns()
+{
+    const QStringList wanted = m_manager.columns();
+    // Showing or hiding one column is a column change the view can follow; anything else resets.
+    for (int i = int(m_columns.size()) - 1; i >= 0; --i) {
+        if (m_columns.count(m_columns.at(i)) > wanted.count(m_columns.at(i))) {
+            beginRemoveColumns(QModelIndex(), i, i);
+            m_columns.removeAt(i);
+            endRemoveColumns();
+        }
+    }
+    for (int i = 0; i < wanted.size(); ++i) {
+        if (m_columns.count(wanted.at(i)) < wanted.count(wanted.at(i))) {
+            const int at = std::min(i, int(m_columns.size()));
+            beginInsertColumns(QModelIndex(), at, at);
+            m_columns.insert(at, wanted.at(i));
+            endInsertColumns();
+        }
+    }
+    if (m_columns != wanted) {
+        beginResetModel();
+        m_columns = wanted;
+        endResetModel();
+    }
+}
+
+} // namespace korvane

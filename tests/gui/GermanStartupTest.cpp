@@ -1,0 +1,95 @@
+#include "GuiFixture.h"
+
+#include "gui/Translations.h"
+#include "gui/table/PluginTableModel.h"
+#include "gui/windows/PreferencesWindow.h"
+#include "managers/TypeManager.h"
+#include "platform/LocalFileOperations.h"
+#include "platform/ReadOnlyFileOperations.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTranslator>
+
+namespace korvane {
+namespace {
+
+// A German-speaking user's start-up: the translations of the user's language are loaded as the
+// program loads them, before any window or controller is made.
+class GermanStartupTest : public GuiTest {
+protected:
+    void SetUp() override
+    {
+        GuiTest::SetUp();
+        m_locale = QLocale();
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        installTranslations(*qApp);
+    }
+    void TearDown() override
+    {
+        const auto translators = qApp->findChildren<QTranslator *>();
+        for (QTranslator *translator : translators) {
+            QCoreApplication::removeTranslator(translator);
+            delete translator;
+        }
+        QLocale::setDefault(m_locale);
+        GuiTest::TearDown();
+    }
+
+private:
+    QLocale m_locale;
+};
+
+TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
+{
+    makeContext();
+    switchOn({true, true, true, true});
+    context->awakeFromNib();
+
+    PreferencesWindow preferences(*context->pref(), *context->main());
+    EXPECT_EQ(preferences.windowTitle(), "Einstellungen");
+    EXPECT_EQ(preferences.pages()->tabText(0), "Allgemein");
+    const auto *on = preferences.findChild<QCheckBox *>("cbVSTOn");
+    ASSERT_NE(on, nullptr);
+    EXPECT_EQ(on->text(), "Diese Plug-Ins verwenden (ein Tab im Hauptfenster)");
+
+    // One alert from each layer that shows one: the shell, a manager (its texts come from the
+    // format table) and the file-error alert, whose reason comes from the file operations.
+    context->main()->deleteItem();
+    context->manager(TypeAU)->getInfo();
+    LocalFileOperations disk;
+    ReadOnlyFileOperations readOnly(disk);
+    FileError error;
+    ASSERT_FALSE(readOnly.move(homePath("Echo.vst"), homePath("Echo2.vst"), &error));
+    context->main()->fileManager(&readOnly, {{"Error", error.reason}, {"Path", error.path}});
+
+    ASSERT_EQ(ui.alerts.size(), 3);
+    EXPECT_EQ(ui.alerts[0].messageText, "In den Papierkorb legen");
+    EXPECT_EQ(ui.alerts[0].buttons, QStringList({"Abbrechen", "In den Papierkorb legen"}));
+    EXPECT_EQ(ui.alerts[1].messageText, "AudioUnits-Plug-In-Info");
+    EXPECT_EQ(ui.alerts[1].informativeText, "Bitte wählen Sie ein AudioUnit-Plug-In aus");
+    EXPECT_EQ(ui.alerts[1].buttons, QStringList({"OK"}));
+    EXPECT_EQ(ui.alerts[2].messageText, "Fehler bei einer Dateioperation …\n Fehler: "
+                                        "schreibgeschützt\n bei der Datei: "
+                                            + homePath("Echo.vst"));
+    EXPECT_EQ(ui.alerts[2].buttons, QStringList({"Fortfahren", "Anhalten"}));
+
+    // A manager's own texts, here the scan's progress panel.
+    context->manager(TypeVST)->reloadData();
+    ASSERT_FALSE(ui.progressTitles.isEmpty());
+    EXPECT_EQ(ui.progressTitles.last(), "VST-Plug-Ins durchsuchen:");
+
+    // The table's column titles, looked up by a key the table computes.
+    EXPECT_EQ(PluginTableModel::title("AUActive"), "Aktiv");
+    EXPECT_EQ(PluginTableModel::title("AULocation"), "Ort");
+
+    // Qt's own texts, such as the buttons of its standard dialogs.
+    QDialogButtonBox buttons(QDialogButtonBox::Cancel);
+    EXPECT_EQ(buttons.button(QDialogButtonBox::Cancel)->text(), "Abbrechen");
+}
+
+} // namespace
+} // namespace korvane

@@ -1,0 +1,691 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de" sourcelanguage="en">
+<context>
+    <name>korvane</name>
+    <message>
+        <source>Undo</source>
+        <translation>Widerrufen</translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <translation>Wiederholen</translation>
+    </message>
+    <message>
+        <source>New Group</source>
+        <translation>Neue Gruppe</translation>
+    </message>
+    <message>
+        <source>File operation error...
+ error: %@
+ with file: %@</source>
+        <translation>Fehler bei einer Dateioperation …
+ Fehler: %@
+ bei der Datei: %@</translation>
+    </message>
+    <message>
+        <source>Proceed</source>
+        <translation>Fortfahren</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Anhalten</translation>
+    </message>
+    <message>
+        <source>About Korvane</source>
+        <translation>Über Korvane</translation>
+    </message>
+    <message>
+        <source>About text</source>
+        <translation>Info-Text</translation>
+    </message>
+    <message>
+        <source>Groups</source>
+        <translation>Gruppen</translation>
+    </message>
+    <message>
+        <source>Group names</source>
+        <translation>Gruppennamen</translation>
+    </message>
+    <message>
+        <source>Group</source>
+        <translation>Gruppe</translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation>Hinzufügen</translation>
+    </message>
+    <message>
+        <source>Add a group</source>
+        <translation>Gruppe hinzufügen</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <source>Delete the selected group</source>
+        <translation>Ausgewählte Gruppe löschen</translation>
+    </message>
+    <message>
+        <source>Plug-In Info</source>
+        <translation>Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Version</source>
+        <translation>Version</translation>
+    </message>
+    <message>
+        <source>Info</source>
+        <translation>Info</translation>
+    </message>
+    <message>
+        <source>Name:</source>
+        <translation>Name:</translation>
+    </message>
+    <message>
+        <source>Version:</source>
+        <translation>Version:</translation>
+    </message>
+    <message>
+        <source>Info:</source>
+        <translation>Info:</translation>
+    </message>
+    <message>
+        <source>Companion folders</source>
+        <translation>Begleitordner</translation>
+    </message>
+    <message>
+        <source>Add...</source>
+        <translation>Hinzufügen …</translation>
+    </message>
+    <message>
+        <source>Add a companion folder</source>
+        <translation>Begleitordner hinzufügen</translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>Remove the selected companion folder</source>
+        <translation>Ausgewählten Begleitordner entfernen</translation>
+    </message>
+    <message>
+        <source>Launch Script</source>
+        <translation>Startskript</translation>
+    </message>
+    <message>
+        <source>Apply the selected set of:</source>
+        <translation>Das ausgewählte Set anwenden für:</translation>
+    </message>
+    <message>
+        <source>Script</source>
+        <translation>Skript</translation>
+    </message>
+    <message>
+        <source>Then run:</source>
+        <translation>Danach starten:</translation>
+    </message>
+    <message>
+        <source>Host command line</source>
+        <translation>Befehlszeile des Hosts</translation>
+    </message>
+    <message>
+        <source>e.g. ardour8 &quot;My Session&quot;</source>
+        <translation>z. B. ardour8 &quot;Meine Session&quot;</translation>
+    </message>
+    <message>
+        <source>Save...</source>
+        <translation>Speichern …</translation>
+    </message>
+    <message>
+        <source>Save the script</source>
+        <translation>Skript speichern</translation>
+    </message>
+    <message>
+        <source>Log</source>
+        <translation>Protokoll</translation>
+    </message>
+    <message>
+        <source>Log text</source>
+        <translation>Protokolltext</translation>
+    </message>
+    <message>
+        <source>Preferences</source>
+        <translation>Einstellungen</translation>
+    </message>
+    <message>
+        <source>Preference pages</source>
+        <translation>Einstellungsseiten</translation>
+    </message>
+    <message>
+        <source>General</source>
+        <translation>Allgemein</translation>
+    </message>
+    <message>
+        <source>Check for updates at start-up</source>
+        <translation>Beim Start nach Updates suchen</translation>
+    </message>
+    <message>
+        <source>Default set:</source>
+        <translation>Standard-Set:</translation>
+    </message>
+    <message>
+        <source>Default set</source>
+        <translation>Standard-Set</translation>
+    </message>
+    <message>
+        <source>Choose...</source>
+        <translation>Auswählen …</translation>
+    </message>
+    <message>
+        <source>Choose the default set</source>
+        <translation>Standard-Set auswählen</translation>
+    </message>
+    <message>
+        <source>Apply a set as soon as it is opened</source>
+        <translation>Ein Set gleich beim Öffnen anwenden</translation>
+    </message>
+    <message>
+        <source>Show message</source>
+        <translation>Meldung anzeigen</translation>
+    </message>
+    <message>
+        <source>Use these plug-ins (a tab in the main window)</source>
+        <translation>Diese Plug-Ins verwenden (ein Tab im Hauptfenster)</translation>
+    </message>
+    <message>
+        <source>Show the companion folders in the info panel</source>
+        <translation>Begleitordner im Info-Fenster anzeigen</translation>
+    </message>
+    <message>
+        <source>Move the companion folders with their plug-ins</source>
+        <translation>Begleitordner mit ihren Plug-Ins verschieben</translation>
+    </message>
+    <message>
+        <source>Scan subfolders</source>
+        <translation>Unterordner durchsuchen</translation>
+    </message>
+    <message>
+        <source>Show the Type column</source>
+        <translation>Spalte „Typ“ anzeigen</translation>
+    </message>
+    <message>
+        <source>setGlobal</source>
+        <translation>Systemweit</translation>
+    </message>
+    <message>
+        <source>setLocal</source>
+        <translation>Nur für diesen Benutzer</translation>
+    </message>
+    <message>
+        <source>%@ &quot;%@&quot;</source>
+        <translation>%@ „%@“</translation>
+    </message>
+    <message>
+        <source>%@ for &quot;%@&quot;</source>
+        <translation>%@ für „%@“</translation>
+    </message>
+    <message>
+        <source>----- Plug-In Info -----
+</source>
+        <translation>----- Plug-In-Info -----
+</translation>
+    </message>
+    <message>
+        <source>Type: %s
+</source>
+        <translation>Typ: %s
+</translation>
+    </message>
+    <message>
+        <source>Plug-ins not moved</source>
+        <translation>Plug-Ins nicht verschoben</translation>
+    </message>
+    <message>
+        <source>The plug-in library could not be locked: %1.</source>
+        <translation>Die Plug-In-Bibliothek konnte nicht gesperrt werden: %1.</translation>
+    </message>
+    <message>
+        <source>%1 is moving plug-ins. Try again when it has finished.</source>
+        <translation>%1 verschiebt gerade Plug-Ins. Versuchen Sie es erneut, wenn der Vorgang abgeschlossen ist.</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>%1 of %2</source>
+        <translation>%1 von %2</translation>
+    </message>
+    <message>
+        <source>Moving plug-ins:</source>
+        <translation>Plug-Ins werden verschoben:</translation>
+    </message>
+    <message>
+        <source>Not moved: the apply was stopped</source>
+        <translation>Nicht verschoben: Das Anwenden wurde angehalten</translation>
+    </message>
+    <message>
+        <source>Stopped, not moved: %1
+</source>
+        <translation>Angehalten, nicht verschoben: %1
+</translation>
+    </message>
+    <message>
+        <source>No plug-in matches the pending change</source>
+        <translation>Kein Plug-In passt zur ausstehenden Änderung</translation>
+    </message>
+    <message>
+        <source>%1 stays in %2: another installed copy lies at %3
+</source>
+        <translation>%1 bleibt in %2: Unter %3 liegt eine andere installierte Kopie
+</translation>
+    </message>
+    <message>
+        <source>Another installed copy of the plug-in lies there; both copies are kept</source>
+        <translation>Dort liegt eine andere installierte Kopie des Plug-Ins; beide Kopien bleiben erhalten</translation>
+    </message>
+    <message>
+        <source>%1 was in the way and is now in the trash: %2
+</source>
+        <translation>%1 war im Weg und liegt jetzt im Papierkorb: %2
+</translation>
+    </message>
+    <message>
+        <source>%@ %@ for &quot;%@&quot;</source>
+        <translation>%@ %@ für „%@“</translation>
+    </message>
+    <message>
+        <source>setGroup</source>
+        <translation>Gruppe</translation>
+    </message>
+    <message>
+        <source>Ok</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>This function will be implemented in a future version</source>
+        <translation>Diese Funktion wird in einer künftigen Version verfügbar sein</translation>
+    </message>
+    <message>
+        <source>----- %@ -----
+</source>
+        <translation>----- %@ -----
+</translation>
+    </message>
+    <message>
+        <source>Plugin %@ is found %d times
+</source>
+        <translation>Plug-In %@ wurde %d-mal gefunden
+</translation>
+    </message>
+    <message>
+        <source>Selected Set not found</source>
+        <translation>Ausgewähltes Set nicht gefunden</translation>
+    </message>
+    <message>
+        <source>try again</source>
+        <translation>Erneut versuchen</translation>
+    </message>
+    <message>
+        <source>remove</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>The set &quot;%@&quot; not longer exist.</source>
+        <translation>Das Set „%@“ existiert nicht mehr.</translation>
+    </message>
+    <message>
+        <source>Save changes to Set</source>
+        <translation>Änderungen am Set speichern</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Speichern</translation>
+    </message>
+    <message>
+        <source>Discard</source>
+        <translation>Verwerfen</translation>
+    </message>
+    <message>
+        <source>Save changes to actual Set?</source>
+        <translation>Änderungen am aktuellen Set speichern?</translation>
+    </message>
+    <message>
+        <source>Install Files</source>
+        <translation>Dateien installieren</translation>
+    </message>
+    <message>
+        <source>All Files</source>
+        <translation>Alle Dateien</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Stopped, not installed: %1
+</source>
+        <translation>Angehalten, nicht installiert: %1
+</translation>
+    </message>
+    <message>
+        <source>Could not read %1; kept it as %2</source>
+        <translation>%1 konnte nicht gelesen werden und wurde als %2 aufbewahrt</translation>
+    </message>
+    <message>
+        <source>Could not read %1 nor move it aside; left it as it is</source>
+        <translation>%1 konnte weder gelesen noch beiseitegelegt werden und bleibt, wie es ist</translation>
+    </message>
+    <message>
+        <source>enable</source>
+        <translation>Einschalten</translation>
+    </message>
+    <message>
+        <source>disable</source>
+        <translation>Ausschalten</translation>
+    </message>
+    <message>
+        <source>setActive</source>
+        <translation>Einschalten</translation>
+    </message>
+    <message>
+        <source>setInactive</source>
+        <translation>Ausschalten</translation>
+    </message>
+    <message>
+        <source>scan AudioUnits:</source>
+        <translation>AudioUnits durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan RTAS-Plugins:</source>
+        <translation>RTAS-Plug-Ins durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan MAS-Plugins:</source>
+        <translation>MAS-Plug-Ins durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan VST-Plugins:</source>
+        <translation>VST-Plug-Ins durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan for AudioUnits:</source>
+        <translation>Suche nach AudioUnits:</translation>
+    </message>
+    <message>
+        <source>scan for RTAS-Plugins:</source>
+        <translation>Suche nach RTAS-Plug-Ins:</translation>
+    </message>
+    <message>
+        <source>scan for MAS-Plugins:</source>
+        <translation>Suche nach MAS-Plug-Ins:</translation>
+    </message>
+    <message>
+        <source>scan for VST-Plugins:</source>
+        <translation>Suche nach VST-Plug-Ins:</translation>
+    </message>
+    <message>
+        <source>AudioUnits only</source>
+        <translation>Nur AudioUnits</translation>
+    </message>
+    <message>
+        <source>RTAS-PlugIns only</source>
+        <translation>Nur RTAS-Plug-Ins</translation>
+    </message>
+    <message>
+        <source>MAS-PlugIns only</source>
+        <translation>Nur MAS-Plug-Ins</translation>
+    </message>
+    <message>
+        <source>VST-PlugIns only</source>
+        <translation>Nur VST-Plug-Ins</translation>
+    </message>
+    <message>
+        <source>Install AudioUnits only?</source>
+        <translation>Nur AudioUnits installieren?</translation>
+    </message>
+    <message>
+        <source>Install RTAS-PlugIns only?</source>
+        <translation>Nur RTAS-Plug-Ins installieren?</translation>
+    </message>
+    <message>
+        <source>Install MAS-PlugIns only?</source>
+        <translation>Nur MAS-Plug-Ins installieren?</translation>
+    </message>
+    <message>
+        <source>Install VST-PlugIns only?</source>
+        <translation>Nur VST-Plug-Ins installieren?</translation>
+    </message>
+    <message>
+        <source>install AudioUnits:</source>
+        <translation>AudioUnits installieren:</translation>
+    </message>
+    <message>
+        <source>install RTAS-PlugIns:</source>
+        <translation>RTAS-Plug-Ins installieren:</translation>
+    </message>
+    <message>
+        <source>install MAS-PlugIns:</source>
+        <translation>MAS-Plug-Ins installieren:</translation>
+    </message>
+    <message>
+        <source>install VST-PlugIns:</source>
+        <translation>VST-Plug-Ins installieren:</translation>
+    </message>
+    <message>
+        <source>AudioUnits Backup Restore</source>
+        <translation>AudioUnits sichern und wiederherstellen</translation>
+    </message>
+    <message>
+        <source>RTAS Plug-Ins Backup Restore</source>
+        <translation>RTAS-Plug-Ins sichern und wiederherstellen</translation>
+    </message>
+    <message>
+        <source>MAS Plug-Ins Backup Restore</source>
+        <translation>MAS-Plug-Ins sichern und wiederherstellen</translation>
+    </message>
+    <message>
+        <source>VST Plug-Ins Backup Restore</source>
+        <translation>VST-Plug-Ins sichern und wiederherstellen</translation>
+    </message>
+    <message>
+        <source>AudioUnits Plug-In Info</source>
+        <translation>AudioUnits-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>RTAS Plug-Ins Info</source>
+        <translation>RTAS-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>MAS Plug-Ins Info</source>
+        <translation>MAS-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>VST Plug-Ins Info</source>
+        <translation>VST-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a AudioUnit Plug-In</source>
+        <translation>Bitte wählen Sie ein AudioUnit-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>Please select a RTAS Plug-In</source>
+        <translation>Bitte wählen Sie ein RTAS-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>Please select a MAS Plug-In</source>
+        <translation>Bitte wählen Sie ein MAS-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>Please select a VST Plug-In</source>
+        <translation>Bitte wählen Sie ein VST-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>There is no set selected for AudioUnits</source>
+        <translation>Für AudioUnits ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>There is no set selected for RTAS</source>
+        <translation>Für RTAS ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>There is no set selected for MAS</source>
+        <translation>Für MAS ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>There is no set selected for VST</source>
+        <translation>Für VST ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>There is no trash: the home folder does not exist</source>
+        <translation>Kein Papierkorb: Der Benutzerordner existiert nicht</translation>
+    </message>
+    <message>
+        <source>The trash holds too many items of this name</source>
+        <translation>Im Papierkorb liegen zu viele Objekte dieses Namens</translation>
+    </message>
+    <message>
+        <source>read-only</source>
+        <translation>schreibgeschützt</translation>
+    </message>
+    <message>
+        <source>Scrip Generation</source>
+        <translation>Skripterstellung</translation>
+    </message>
+    <message>
+        <source>Move to trash</source>
+        <translation>In den Papierkorb legen</translation>
+    </message>
+    <message>
+        <source>Do you want to move the selected Plug-Ins to trash?</source>
+        <translation>Möchten Sie die ausgewählten Plug-Ins in den Papierkorb legen?</translation>
+    </message>
+    <message>
+        <source>cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>move to trash</source>
+        <translation>In den Papierkorb legen</translation>
+    </message>
+    <message>
+        <source>Update check</source>
+        <translation>Suche nach Updates</translation>
+    </message>
+    <message>
+        <source>Could not connect to the internet</source>
+        <translation>Keine Verbindung zum Internet möglich</translation>
+    </message>
+    <message>
+        <source>Your Software is up-to-date</source>
+        <translation>Ihre Software ist auf dem neuesten Stand</translation>
+    </message>
+    <message>
+        <source>You have the most recent version of &quot;Korvane&quot;.</source>
+        <translation>Sie haben die neueste Version von „Korvane“.</translation>
+    </message>
+    <message>
+        <source>A New Version is Available</source>
+        <translation>Eine neue Version ist verfügbar</translation>
+    </message>
+    <message>
+        <source>A new version of &quot;Korvane&quot; is available (version %@). Would you like to download the new version now?</source>
+        <translation>Eine neue Version von „Korvane“ ist verfügbar (Version %@). Möchten Sie die neue Version jetzt laden?</translation>
+    </message>
+    <message>
+        <source>Missing Plug-Ins</source>
+        <translation>Fehlende Plug-Ins</translation>
+    </message>
+    <message>
+        <source>These plug-ins of the set are not installed:</source>
+        <translation>Diese Plug-Ins des Sets sind nicht installiert:</translation>
+    </message>
+    <message>
+        <source>Missing plug-ins</source>
+        <translation>Fehlende Plug-Ins</translation>
+    </message>
+    <message>
+        <source>Remove saves the set without them.</source>
+        <translation>„Entfernen“ speichert das Set ohne sie.</translation>
+    </message>
+    <message>
+        <source>Ignore</source>
+        <translation>Ignorieren</translation>
+    </message>
+    <message>
+        <source>Current item</source>
+        <translation>Aktuelles Objekt</translation>
+    </message>
+    <message>
+        <source>Details</source>
+        <translation>Details</translation>
+    </message>
+    <message>
+        <source>Progress</source>
+        <translation>Fortschritt</translation>
+    </message>
+    <message>
+        <source>Stopping...</source>
+        <translation>Wird angehalten …</translation>
+    </message>
+    <message>
+        <source>Documents (%1)</source>
+        <translation>Dokumente (%1)</translation>
+    </message>
+    <message>
+        <source>All files (*)</source>
+        <translation>Alle Dateien (*)</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; already exists. Do you want to replace it?</source>
+        <translation>„%1“ ist bereits vorhanden. Möchten Sie es ersetzen?</translation>
+    </message>
+    <message>
+        <source>Replace</source>
+        <translation>Ersetzen</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>on</source>
+        <translation>ein</translation>
+    </message>
+    <message>
+        <source>off</source>
+        <translation>aus</translation>
+    </message>
+    <message>
+        <source>Plug-ins of %1</source>
+        <translation>Plug-Ins von %1</translation>
+    </message>
+    <message>
+        <source>Columns of %1</source>
+        <translation>Spalten von %1</translation>
+    </message>
+    <message>
+        <source>Active</source>
+        <translation>Aktiv</translation>
+    </message>
+    <message>
+        <source>Global</source>
+        <translation>Systemweit</translation>
+    </message>
+    <message>
+        <source>Type</source>
+        <translation>Typ</translation>
+    </message>
+    <message>
+        <source>Location</source>
+        <translation>Ort</translation>
+    </message>
+</context>
+</TS>
