@@ -687,5 +687,181 @@
         <source>Location</source>
         <translation>Ort</translation>
     </message>
+    <message>
+        <source>Set</source>
+        <translation>Set</translation>
+    </message>
+    <message>
+        <source>Set name</source>
+        <translation>Set-Name</translation>
+    </message>
+    <message>
+        <source>New</source>
+        <translation>Neu</translation>
+    </message>
+    <message>
+        <source>Save As</source>
+        <translation>Speichern unter</translation>
+    </message>
+    <message>
+        <source>&amp;Apply</source>
+        <translation>&amp;Anwenden</translation>
+    </message>
+    <message>
+        <source>Search</source>
+        <translation>Suchen</translation>
+    </message>
+    <message>
+        <source>Plug-Ins</source>
+        <translation>Plug-Ins</translation>
+    </message>
+    <message>
+        <source>Set:</source>
+        <translation>Set:</translation>
+    </message>
+    <message>
+        <source>Plug-in formats</source>
+        <translation>Plug-In-Formate</translation>
+    </message>
+    <message>
+        <source>Menu bar</source>
+        <translation>Menüleiste</translation>
+    </message>
+    <message>
+        <source>&amp;File</source>
+        <translation>&amp;Datei</translation>
+    </message>
+    <message>
+        <source>Open...</source>
+        <translation>Öffnen …</translation>
+    </message>
+    <message>
+        <source>Save As...</source>
+        <translation>Speichern unter …</translation>
+    </message>
+    <message>
+        <source>Launch Script...</source>
+        <translation>Startskript …</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Beenden</translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation>&amp;Bearbeiten</translation>
+    </message>
+    <message>
+        <source>Delete...</source>
+        <translation>Löschen …</translation>
+    </message>
+    <message>
+        <source>Find</source>
+        <translation>Suchen</translation>
+    </message>
+    <message>
+        <source>&amp;Plug-Ins</source>
+        <translation>&amp;Plug-Ins</translation>
+    </message>
+    <message>
+        <source>All On</source>
+        <translation>Alle ein</translation>
+    </message>
+    <message>
+        <source>All Off</source>
+        <translation>Alle aus</translation>
+    </message>
+    <message>
+        <source>Group On</source>
+        <translation>Gruppe ein</translation>
+    </message>
+    <message>
+        <source>Group Off</source>
+        <translation>Gruppe aus</translation>
+    </message>
+    <message>
+        <source>Selected On</source>
+        <translation>Ausgewählte ein</translation>
+    </message>
+    <message>
+        <source>Selected Off</source>
+        <translation>Ausgewählte aus</translation>
+    </message>
+    <message>
+        <source>Set Group</source>
+        <translation>Gruppe zuweisen</translation>
+    </message>
+    <message>
+        <source>PowerPC On</source>
+        <translation>PowerPC ein</translation>
+    </message>
+    <message>
+        <source>PowerPC Off</source>
+        <translation>PowerPC aus</translation>
+    </message>
+    <message>
+        <source>Intel On</source>
+        <translation>Intel ein</translation>
+    </message>
+    <message>
+        <source>Intel Off</source>
+        <translation>Intel aus</translation>
+    </message>
+    <message>
+        <source>Universal On</source>
+        <translation>Universal ein</translation>
+    </message>
+    <message>
+        <source>Universal Off</source>
+        <translation>Universal aus</translation>
+    </message>
+    <message>
+        <source>Rescan</source>
+        <translation>Neu einlesen</translation>
+    </message>
+    <message>
+        <source>Duplicates</source>
+        <translation>Duplikate</translation>
+    </message>
+    <message>
+        <source>Backup</source>
+        <translation>Sicherung</translation>
+    </message>
+    <message>
+        <source>Restore Backup</source>
+        <translation>Sicherung wiederherstellen</translation>
+    </message>
+    <message>
+        <source>Examine Audio Unit Alone</source>
+        <translation>Audio Unit einzeln prüfen</translation>
+    </message>
+    <message>
+        <source>&amp;Window</source>
+        <translation>&amp;Fenster</translation>
+    </message>
+    <message>
+        <source>Show Log</source>
+        <translation>Protokoll zeigen</translation>
+    </message>
+    <message>
+        <source>Hide Log</source>
+        <translation>Protokoll ausblenden</translation>
+    </message>
+    <message>
+        <source>&amp;Preferences</source>
+        <translation>&amp;Einstellungen</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>Check for Update</source>
+        <translation>Nach Update suchen</translation>
+    </message>
+    <message>
+        <source>none</source>
+        <translation>keine</translation>
+    </message>
 </context>
 </TS>

@@ -195,8 +195,8 @@ void MainWindow::makePlugInsMenu()
             [&main] { main.setSelectedInactive(); });
     m_groupMenu = menu->addMenu(korvane::tr("Set Group"));
     m_groupMenu->setObjectName(QStringLiteral("menuGroups"));
-    addItem(m_groupMenu, "miGroupNone", QStringLiteral("none"),
-            [&main] { main.setGroup(QStringLiteral("none")); });
+    addItem(m_groupMenu, "miGroupNone", korvane::tr("none"),
+            [&main] { main.setGroup(QStringLiteral("none")); }); // the core knows it by this title
     menu->addSeparator();
     addItem(menu, "miPPCOn", korvane::tr("PowerPC On"), [&main] { main.setPPCActive(); });
     addItem(menu, "miPPCOff", korvane::tr("PowerPC Off"), [&main] { main.setPPCInactive(); });
@@ -307,7 +307,7 @@ void MainWindow::examineAudioUnitAlone()
         Alert alert;
         alert.messageText = korvane::tr("Examine Audio Unit Alone");
         alert.informativeText = korvane::tr("Please select a AudioUnit Plug-In");
-        alert.buttons = {QStringLiteral("Ok")};
+        alert.buttons = {korvane::tr("Ok")};
         m_main.ui().runAlert(alert);
         return;
     }
