@@ -184,6 +184,35 @@ for file in groups.plist ausets.plist rtassets.plist massets.plist vstsets.plist
   if [ -s "$support/$file" ]; then pass "$file written at quit"; else fail "$file not written at quit"; fi
 done
 
+# A German-speaking user: the menus and the windows they open speak German.
+HOME="$H" XDG_CONFIG_HOME="$dir/config" XDG_CACHE_HOME="$dir/cache" \
+  XDG_RUNTIME_DIR="$dir/runtime" QT_QPA_PLATFORM=xcb LANGUAGE=de LC_ALL=de_DE.UTF-8 \
+  "$korvane" --root "$R" --home "$H" >>"$dir/korvane.log" 2>&1 &
+app=$!
+if main=$(wait_for_window Korvane); then
+  sleep 1.5
+  focus "$main"
+  keys alt+f
+  sleep 0.5
+  shot german-window-menu
+  keys e
+  if prefwin=$(wait_for_window Einstellungen); then
+    pass "German start-up: Fenster > Einstellungen opened \"Einstellungen\""
+    xdotool key --window "$prefwin" Escape 2>/dev/null || true
+  else
+    fail "German start-up: no window titled Einstellungen"
+  fi
+  focus "$main"
+  keys ctrl+q
+  for _ in $(seq 50); do
+    kill -0 "$app" 2>/dev/null || break
+    sleep 0.1
+  done
+  kill -0 "$app" 2>/dev/null && fail "korvane still runs after Ctrl+Q" || app=""
+else
+  fail "German start-up: no window"
+fi
+
 echo "Pictures in $shots"
 if [ "$failures" -gt 0 ]; then
   echo "gui-e2e.sh: $failures check(s) failed; korvane's output:" >&2

@@ -1,6 +1,7 @@
 #include "GuiFixture.h"
 
 #include "gui/Translations.h"
+#include "gui/main/MainWindow.h"
 #include "gui/table/PluginTableModel.h"
 #include "gui/windows/PreferencesWindow.h"
 #include "managers/TypeManager.h"
@@ -10,6 +11,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDialogButtonBox>
+#include <QMenuBar>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTranslator>
@@ -85,6 +87,16 @@ TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
     // The table's column titles, looked up by a key the table computes.
     EXPECT_EQ(PluginTableModel::title("AUActive"), "Aktiv");
     EXPECT_EQ(PluginTableModel::title("AULocation"), "Ort");
+
+    // The main window's menus and set bar.
+    MainWindow window(*context);
+    QStringList menus;
+    for (const QAction *menu : window.menuBar()->actions())
+        menus << menu->text();
+    EXPECT_EQ(menus, QStringList({"&Datei", "&Bearbeiten", "&Plug-Ins", "&Fenster", "&Hilfe"}));
+    const auto *apply = window.findChild<QPushButton *>("pbActiveAU");
+    ASSERT_NE(apply, nullptr);
+    EXPECT_EQ(apply->accessibleName(), "Anwenden");
 
     // Qt's own texts, such as the buttons of its standard dialogs.
     QDialogButtonBox buttons(QDialogButtonBox::Cancel);
