@@ -4,20 +4,11 @@
 #   cmake --preset default && cmake --build --preset default && tools/demo.sh build
 set -euo pipefail
 
-build="${1:-build}"
-# A relative build folder may be meant from the repository's top rather than from here.
-if [ ! -d "$build" ] && [ -d "$(dirname "$0")/../$build" ]; then
-  build="$(dirname "$0")/../$build"
-fi
+. "$(dirname "$0")/lib/build.sh"
+build="$(find_build "${1:-}")"
 demo="$build/tools/korvane_demo"
 cmd="$build/src/KorvaneCMD"
-for program in "$demo" "$cmd"; do
-  if [ ! -x "$program" ]; then
-    echo "demo.sh: $program not found; build first:" >&2
-    echo "  cmake --preset default && cmake --build --preset default" >&2
-    exit 1
-  fi
-done
+need_programs demo.sh "$demo" "$cmd"
 
 dir="$(mktemp -d "${TMPDIR:-/tmp}/korvane-demo.XXXXXX")"
 "$demo" "$dir" >/dev/null

@@ -6,21 +6,12 @@
 set -euo pipefail
 
 top="$(cd "$(dirname "$0")/.." && pwd)"
-build="${1:-build}"
-if [ ! -d "$build" ] && [ -d "$top/$build" ]; then
-  build="$top/$build"
-fi
-build="$(cd "$build" && pwd)"
+. "$top/tools/lib/build.sh"
+build="$(find_build "${1:-}")"
 shots="${2:-$build/gui-e2e}"
 korvane="$build/src/gui/korvane"
 demo="$build/tools/korvane_demo"
-for program in "$korvane" "$demo"; do
-  if [ ! -x "$program" ]; then
-    echo "gui-e2e.sh: $program not found; build first:" >&2
-    echo "  cmake --preset default && cmake --build --preset default" >&2
-    exit 1
-  fi
-done
+need_programs gui-e2e.sh "$korvane" "$demo"
 for tool in Xvfb xdotool import compare; do
   if ! command -v "$tool" >/dev/null; then
     echo "gui-e2e.sh: $tool not found; run tools/setup.sh" >&2

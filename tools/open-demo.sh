@@ -6,10 +6,8 @@
 set -euo pipefail
 
 here="$(dirname "$0")"
-build="${1:-build}"
-if [ ! -d "$build" ] && [ -d "$here/../$build" ]; then
-  build="$here/../$build"
-fi
+. "$here/lib/build.sh"
+build="$(find_build "${1:-}")"
 korvane="$build/src/gui/korvane"
 demo="$build/tools/korvane_demo"
 
@@ -18,13 +16,7 @@ if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
     "so the window cannot open; showing the command-line demo instead."
   exec "$here/demo.sh" "$build"
 fi
-for program in "$korvane" "$demo"; do
-  if [ ! -x "$program" ]; then
-    echo "open-demo.sh: $program not found; build first:" >&2
-    echo "  cmake --preset default && cmake --build --preset default" >&2
-    exit 1
-  fi
-done
+need_programs open-demo.sh "$korvane" "$demo"
 
 dir="$(mktemp -d "${TMPDIR:-/tmp}/korvane-demo.XXXXXX")"
 "$demo" "$dir" >/dev/null

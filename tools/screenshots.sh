@@ -6,19 +6,11 @@
 set -euo pipefail
 
 top="$(cd "$(dirname "$0")/.." && pwd)"
-build="${1:-build}"
-if [ ! -d "$build" ] && [ -d "$top/$build" ]; then
-  build="$top/$build"
-fi
+. "$top/tools/lib/build.sh"
+build="$(find_build "${1:-}")"
 demo="$build/tools/korvane_demo"
 shots="$build/tools/korvane_window_shots"
-for program in "$demo" "$shots"; do
-  if [ ! -x "$program" ]; then
-    echo "screenshots.sh: $program not found; build first:" >&2
-    echo "  cmake --preset default && cmake --build --preset default" >&2
-    exit 1
-  fi
-done
+need_programs screenshots.sh "$demo" "$shots"
 
 dir="$(mktemp -d "${TMPDIR:-/tmp}/korvane-shots.XXXXXX")"
 trap 'rm -rf "$dir"' EXIT

@@ -350,27 +350,27 @@ Qt::DropAction PluginTableView::dropActionFor(const QMimeData *data, const QPoin
     return validation.operation == 0 ? Qt::IgnoreAction : Qt::CopyAction;
 }
 
-void PluginTableView::dragEnterEvent(QDragEnterEvent *event)
+bool PluginTableView::acceptDrag(QDragMoveEvent *event)
 {
     if (dropActionFor(event->mimeData(), event->position().toPoint(), event->source())
         == Qt::IgnoreAction) {
         event->ignore();
-        return;
+        return false;
     }
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    setDropHighlighted(true);
+    return true;
+}
+
+void PluginTableView::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (acceptDrag(event))
+        setDropHighlighted(true);
 }
 
 void PluginTableView::dragMoveEvent(QDragMoveEvent *event)
 {
-    if (dropActionFor(event->mimeData(), event->position().toPoint(), event->source())
-        == Qt::IgnoreAction) {
-        event->ignore();
-        return;
-    }
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
+    acceptDrag(event);
 }
 
 void PluginTableView::dragLeaveEvent(QDragLeaveEvent *event)

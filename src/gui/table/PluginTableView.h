@@ -4,6 +4,8 @@
 #include <QTableView>
 #include <QTimer>
 
+class QDragMoveEvent;
+
 namespace korvane {
 
 class MyPrefObj;
@@ -45,6 +47,8 @@ protected:
     void hideEvent(QHideEvent *event) override;
 
 private:
+    // Takes the drag as a copy where a drop would be taken, else refuses it.
+    bool acceptDrag(QDragMoveEvent *event);
     void sortByHeader(int section, Qt::SortOrder order);
     void showSortIndicator();
     void selectFromManager();
