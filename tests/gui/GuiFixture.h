@@ -2,39 +2,16 @@
 
 #include "PluginLibraryBuilder.h"
 #include "panels/MyPrefObj.h"
-#include "privileged/NullAuthorizationBackend.h"
-#include "shell/AppContext.h"
 #include "shell/MyMainObj.h"
-#include "support/ScriptedUi.h"
-#include "support/TestRoots.h"
+#include "support/ContextTest.h"
 
 #include <memory>
 
 namespace korvane {
 
-// Fresh roots, a scripted interface and the controllers over them, built on request as the
-// program builds them before its windows load.
-class GuiTest : public TestRoots {
+// The controllers as the program builds them, for a window to bind to.
+class GuiTest : public ContextTest {
 protected:
-    void TearDown() override
-    {
-        context.reset();
-        TestRoots::TearDown();
-    }
-
-    AppContext &makeContext(const FormatTable &formats = FormatTable::builtIn())
-    {
-        context.reset();
-        AppContext::Parts parts;
-        parts.roots = roots();
-        parts.formats = formats;
-        parts.ui = &ui;
-        parts.authorization = &allowAll;
-        parts.awakeFromNib = false;
-        context = std::make_unique<AppContext>(std::move(parts));
-        return *context;
-    }
-
     // The preferences as a person left them: the seeded file with these formats switched on.
     void switchOn(std::initializer_list<bool> on)
     {
@@ -43,10 +20,6 @@ protected:
             context->pref()->defaults()->setObject(context->formats().at(type++).prefix + "On",
                                                    value);
     }
-
-    ScriptedUi ui;
-    NullAuthorizationBackend allowAll;
-    std::unique_ptr<AppContext> context;
 };
 
 } // namespace korvane
