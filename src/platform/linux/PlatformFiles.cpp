@@ -97,4 +97,14 @@ int syncFileSystemOf(const QString &path)
     return result;
 }
 
+int syncFolderOf(const QString &path)
+{
+    const int fd = ::open(encoded(parentOf(path)).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return errno;
+    const int result = ::fsync(fd) == 0 ? 0 : errno;
+    ::close(fd);
+    return result;
+}
+
 } // namespace korvane::PlatformFiles
