@@ -1,10 +1,13 @@
 // Set documents: the sequential-archive reader, and the set decoder on top of it. A set that
-// opens must survive being saved: its items encoded and decoded again are the same items.
+// opens must survive being saved: its items encoded and decoded again are the same items, and so
+// must an item of any name.
 
 #include "FuzzCheck.h"
 
 #include "managers/SetDocument.h"
 #include "platform/TypedStream.h"
+
+#include <QStringDecoder>
 
 #include <cstddef>
 #include <cstdint>
@@ -14,6 +17,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QByteArray bytes =
         QByteArray::fromRawData(reinterpret_cast<const char *>(data), qsizetype(size));
     korvane::TypedStreamReader::read(bytes);
+
+    // Whatever a plug-in's file is called survives a save: here the input, as text, is the name.
+    QStringDecoder toText(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless
+                                                    | QStringDecoder::Flag::ConvertInitialBom);
+    auto named = std::make_shared<korvane::AUItem>();
+    named->setAUName(toText.decode(bytes));
+    const QList<korvane::AUItemPtr> saved =
+        korvane::SetDocument::decode(korvane::SetDocument::encode({named}));
+    FUZZ_CHECK(saved.size() == 1 && saved[0]->getAUName() == named->getAUName());
 
     const QList<korvane::AUItemPtr> items = korvane::SetDocument::decode(bytes);
     if (items.isEmpty())

@@ -5,7 +5,8 @@ packages=(cmake g++ make pkg-config qt6-base-dev libplist-dev libgtest-dev libgm
   libxml2-utils polkitd                                # the polkit policy and its DTD
   clang libclang-rt-dev                                # the fuzzing harnesses (libFuzzer)
   clang-format                                         # the committed code style, checked in CI
-  desktop-file-utils appstream librsvg2-bin groff-base) # checks of the desktop files and man page
+  desktop-file-utils appstream librsvg2-bin groff-base  # checks of the desktop files and man page
+  fonts-dejavu-core)                                   # text in offscreen window pictures
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

@@ -219,6 +219,10 @@ private:
     // Sets an item's active flag, its place and its record; true when it is now pending.
     void markActive(const AUItemPtr &item, bool active);
     void markAll(const std::function<bool(const AUItem &)> &which, bool active);
+    // Copies of at least this many bytes show their progress.
+    static constexpr qint64 LongCopyBytes = 4 * 1024 * 1024;
+    // Copy progress of the item-th (from 0, as it counts on) of count items, for the panel.
+    CopyProgress copyProgressFor(const int &item, int count) const;
 
     FormatTraits m_traits;
     ManagerParts m_parts;

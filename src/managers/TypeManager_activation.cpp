@@ -15,10 +15,12 @@
 #include "ui/UserInterface.h"
 
 #include <QDir>
+#include <QLocale>
 #include <QSet>
 #include <QStringBuilder>
 #include <QVariantMap>
 #include <algorithm>
+#include <memory>
 
 namespace korvane {
 
@@ -47,6 +49,28 @@ QString yesNo(bool flag)
 }
 
 } // namespace
+
+CopyProgress TypeManager::copyProgressFor(const int &item, int count) const
+{
+    UserInterface *ui = &this->ui();
+    auto shownPercent = std::make_shared<int>(-1);
+    return [ui, &item, count, shownPercent](qint64 copied, qint64 total) {
+        // A small copy is over before anyone could read its figures.
+        if (total < LongCopyBytes)
+            return;
+        const double part = double(copied) / double(total);
+        ui->progressValue(item + part, count);
+        // The text changes once per percent: formatting it per block written would cost more
+        // than the copy of a small file.
+        const int percent = int(part * 100);
+        if (percent == *shownPercent)
+            return;
+        *shownPercent = percent;
+        const QLocale locale;
+        ui->progressDetail(
+            tr("%1 of %2").arg(locale.formattedDataSize(copied), locale.formattedDataSize(total)));
+    };
+}
 
 void TypeManager::checkLogForUpdate(const AUItemPtr &item)
 {
@@ -107,6 +131,9 @@ QList<MoveOutcome> TypeManager::applyAllPending()
     const bool showProgress = pending > 0;
     if (showProgress)
         ui().progressBegin(tr("Moving plug-ins:"));
+    // A move to another file system (a large sample library among the content, say) copies every
+    // byte: the bar moves within the plug-in, and the lower line says how much has been copied.
+    const CopyProgressScope bytes(files(), copyProgressFor(done, pending));
     for (qsizetype i = 0; i < records.size(); ++i) {
         if (records.at(i).isLogProcessed())
             continue;
@@ -115,8 +142,10 @@ QList<MoveOutcome> TypeManager::applyAllPending()
             run.stopped = true;
         if (!run.stopped) {
             ui().progressText(records.at(i).getLogName());
-            ui().progressValue(done++, pending);
+            ui().progressDetail(QString());
+            ui().progressValue(done, pending);
             outcomes << applyRecord(int(i), run);
+            ++done;
             continue;
         }
         MoveOutcome outcome = pendingOutcome(int(i));

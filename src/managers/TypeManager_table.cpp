@@ -5,6 +5,7 @@
 #include "app/AppServices.h"
 #include "platform/FileOperations.h"
 #include "platform/Locations.h"
+#include "platform/SystemLog.h"
 #include "platform/Texts.h"
 #include "ui/UserInterface.h"
 
@@ -291,18 +292,31 @@ bool TypeManager::acceptDrop(const QStringList &paths)
     ui.progressDetail(QString());
     FileOperations &files = this->files();
     const int count = paths.size();
-    for (int i = 0; i < count; ++i) {
-        const QString &path = paths.at(i);
-        const QString name = lastPathComponent(path);
-        ui.progressText(path);
-        ui.progressValue(i + 1, count);
-        const bool recognised = recognise(m_traits.recognitionTakesFullPath ? path : name);
-        if (!recognised && !allFiles)
-            continue;
-        const QString target = locations().expand(m_traits.installPath(name));
-        // A fresh account may have no plug-in folder yet; a drop should still install.
-        services().createFolders(target);
-        files.copy(path, target); // never overwrites; failures show in the rescan
+    int i = 0;
+    {
+        const CopyProgressScope bytes(files, copyProgressFor(i, count));
+        for (; i < count; ++i) {
+            // A person may stop a long install between files; what was copied stays.
+            if (ui.progressCancelled())
+                break;
+            const QString &path = paths.at(i);
+            const QString name = lastPathComponent(path);
+            ui.progressText(path);
+            ui.progressDetail(QString());
+            ui.progressValue(i + 1, count);
+            const bool recognised = recognise(m_traits.recognitionTakesFullPath ? path : name);
+            if (!recognised && !allFiles)
+                continue;
+            const QString target = locations().expand(m_traits.installPath(name));
+            // A fresh account may have no plug-in folder yet; a drop should still install.
+            services().createFolders(target);
+            files.copy(path, target); // never overwrites; failures show in the rescan
+        }
+    }
+    if (i < count) {
+        const QString left = paths.mid(i).join(QStringLiteral(", "));
+        systemLog(QStringLiteral("Stopped, not installed: %1").arg(left));
+        services().addLogEntry(this, tr("Stopped, not installed: %1\n").arg(left));
     }
     reloadData();
     ui.progressEnd();

@@ -85,6 +85,14 @@ void MyPrefObj::checkDefaults()
 
 void MyPrefObj::awakeFromNib()
 {
+    loadControls();
+    // Each load asks once: the controller adds a column every time it is told YES.
+    for (const Format &f : m_formats)
+        emit showPlattformRequested(f.type, controls.types[f.type].type);
+}
+
+void MyPrefObj::loadControls()
+{
     controls.types.resize(m_formats.count());
     controls.checkForUpdates = prefs->boolForKey(kCheckAtStartup);
     for (const Format &f : m_formats) {
@@ -99,8 +107,6 @@ void MyPrefObj::awakeFromNib()
         c.type = prefs->boolForKey(f.preferenceKey("Type"));
         const QString set = prefs->stringForKey(f.preferenceKey("DefaultSet"));
         c.defaultSet = set.isNull() ? QString(QLatin1String("")) : set;
-        // Each load asks once: the controller adds a column every time it is told YES.
-        emit showPlattformRequested(f.type, c.type);
     }
 }
 

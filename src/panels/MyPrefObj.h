@@ -41,7 +41,10 @@ public:
     QString keyPrefix(int type) const; // "AU", "RTAS", "MAS", "VST"; empty for others
 
     void checkDefaults();
-    void awakeFromNib(); // controls from the store, then asks for each type's architecture column
+    void awakeFromNib(); // loadControls, then asks for each type's architecture column
+    // The controls from the store, and nothing else: a window shown again reads the file afresh
+    // without adding columns.
+    void loadControls();
     void showPreferences();
     bool isWindowVisible() const { return m_visible; }
     bool windowShouldClose();

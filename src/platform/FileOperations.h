@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <functional>
 
 namespace korvane {
 
@@ -11,6 +12,9 @@ struct FileError {
     QString path;
     QString reason;
 };
+
+// How far the copy of one item has come: bytes written so far of the item's total.
+using CopyProgress = std::function<void(qint64 copied, qint64 total)>;
 
 // Every look at and every change of the disk the program makes passes through here, so a run
 // can be made read-only, and tests can inject failures the file system cannot produce.
@@ -58,6 +62,25 @@ public:
     // data file the program writes goes through here.
     virtual bool writeFileAtomically(const QString &path, const QByteArray &bytes,
                                      FileError *error = nullptr) = 0;
+
+    // While set, copy and a move across file systems report each item's bytes as they are
+    // written, so a long copy can show how far it has come; an empty function stops the reports.
+    virtual void setCopyProgress(CopyProgress progress) { (void)progress; }
+};
+
+// Hands a copy-progress function to the file operations for as long as it lives.
+class CopyProgressScope {
+public:
+    CopyProgressScope(FileOperations &files, CopyProgress progress) : m_files(files)
+    {
+        m_files.setCopyProgress(std::move(progress));
+    }
+    ~CopyProgressScope() { m_files.setCopyProgress({}); }
+    CopyProgressScope(const CopyProgressScope &) = delete;
+    CopyProgressScope &operator=(const CopyProgressScope &) = delete;
+
+private:
+    FileOperations &m_files;
 };
 
 } // namespace korvane

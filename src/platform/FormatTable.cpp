@@ -57,132 +57,69 @@ std::array<QString, LocationCount> foldersOf(const Format &format)
     return folders;
 }
 
-// The texts every format words alike, with its own name in them.
-void fillTexts(Format &f, const QString &label, const QString &singular)
+// The scan and install texts, which name a format's plug-ins in their own ways.
+void nameTexts(Format &f, const QString &scanned, const QString &installed)
 {
-    f.panelTitle = QStringLiteral("scan %1:").arg(label);
-    f.folderTextPrefix = QStringLiteral("scan for %1:").arg(label);
-    f.installFirstButton = QStringLiteral("%1 only").arg(label);
-    f.installInformative = QStringLiteral("Install %1 only?").arg(label);
-    f.installProgressTitle = QStringLiteral("install %1:").arg(label);
-    f.infoText = QStringLiteral("Please select a %1").arg(singular);
+    f.panelTitle = QStringLiteral("scan %1:").arg(scanned);
+    f.folderTextPrefix = QStringLiteral("scan for %1:").arg(scanned);
+    f.installFirstButton = QStringLiteral("%1 only").arg(installed);
+    f.installInformative = QStringLiteral("Install %1 only?").arg(installed);
+    f.installProgressTitle = QStringLiteral("install %1:").arg(installed);
 }
 
 Format audioUnits()
 {
-    Format f;
-    f.prefix = QStringLiteral("AU");
-    f.tabLabel = QStringLiteral("AudioUnits");
-    f.activeFolder = QStringLiteral("/Library/Audio/Plug-Ins/Components");
-    f.recognise = &isAudioUnitName;
+    Format f =
+        Format::derived(QStringLiteral("AU"), QStringLiteral("AudioUnits"),
+                        QStringLiteral("/Library/Audio/Plug-Ins/Components"), &isAudioUnitName);
     f.recognitionTakesFullPath = false;
     f.scansSubfolders = false;
     f.createdFolders = {false, true, false, true};
     f.progressOffset = 0;
-    f.contentRoots = foldersOf(f);
-    f.groupsFile = QStringLiteral("augroups.plist");
-    f.setsFile = QStringLiteral("ausets.plist");
-    f.documentExtension = f.defaultSetExtension = QStringLiteral("aukorv");
-    f.windowLoadName = f.untitledName = QStringLiteral("Untitled.aukorv");
-    f.savePanelName = QStringLiteral("untitled.aukorv");
     f.activeOnWord = QStringLiteral("enable");
     f.activeOffWord = QStringLiteral("disable");
     f.wordFirst = true;
-    fillTexts(f, QStringLiteral("AudioUnits"), QStringLiteral("AudioUnit Plug-In"));
-    f.installTarget = QStringLiteral("~/Library/Audio/Plug-Ins/Components/%@");
+    nameTexts(f, QStringLiteral("AudioUnits"), QStringLiteral("AudioUnits"));
+    f.infoText = QStringLiteral("Please select a AudioUnit Plug-In");
     f.backupRestoreMessage = QStringLiteral("AudioUnits Backup Restore");
     f.infoMessage = QStringLiteral("AudioUnits Plug-In Info");
-    f.noSetMessage = QStringLiteral("There is no set selected for AudioUnits");
     return f;
 }
 
 Format rtas()
 {
-    Format f;
-    f.prefix = QStringLiteral("RTAS");
-    f.tabLabel = QStringLiteral("RTAS");
-    f.activeFolder = kDigidesign + QStringLiteral("/Plug-Ins");
-    f.recognise = &isRTASPlugInPath;
+    Format f = Format::derived(QStringLiteral("RTAS"), QStringLiteral("RTAS"),
+                               kDigidesign + QStringLiteral("/Plug-Ins"), &isRTASPlugInPath);
     f.parentFolder = kDigidesign;
     f.createsParentOnScan = true;
-    f.contentRoots = foldersOf(f);
     // The user-disabled root is written without the Digidesign level.
     f.contentRoots[LocUserDisabled] =
         QStringLiteral("~/Library/Application Support/Plug-Ins (Disabled)");
-    f.groupsFile = QStringLiteral("rtasgroups.plist");
-    f.setsFile = QStringLiteral("rtassets.plist");
-    f.documentExtension = f.defaultSetExtension = QStringLiteral("rtaskorv");
-    f.windowLoadName = f.untitledName = QStringLiteral("Untitled.rtaskorv");
-    f.savePanelName = QStringLiteral("untitled.rtaskorv");
-    f.activeOnWord = QStringLiteral("setActive");
-    f.activeOffWord = QStringLiteral("setInactive");
-    fillTexts(f, QStringLiteral("RTAS-Plugins"), QStringLiteral("RTAS Plug-In"));
-    f.installFirstButton = QStringLiteral("RTAS-PlugIns only");
-    f.installInformative = QStringLiteral("Install RTAS-PlugIns only?");
-    f.installProgressTitle = QStringLiteral("install RTAS-PlugIns:");
-    f.installTarget = QStringLiteral("~/Library/Application Support/Digidesign/Plug-Ins/%@");
-    f.backupRestoreMessage = QStringLiteral("RTAS Plug-Ins Backup Restore");
-    f.infoMessage = QStringLiteral("RTAS Plug-Ins Info");
-    f.noSetMessage = QStringLiteral("There is no set selected for RTAS");
+    nameTexts(f, QStringLiteral("RTAS-Plugins"), QStringLiteral("RTAS-PlugIns"));
     return f;
 }
 
 Format mas()
 {
-    Format f;
-    f.prefix = QStringLiteral("MAS");
-    f.tabLabel = QStringLiteral("MAS");
-    f.activeFolder = QStringLiteral("/Library/Audio/Plug-Ins/MAS");
-    f.recognise = &isMASPlugInPath;
+    Format f = Format::derived(QStringLiteral("MAS"), QStringLiteral("MAS"),
+                               QStringLiteral("/Library/Audio/Plug-Ins/MAS"), &isMASPlugInPath);
     // Its folders hang below the RTAS parent, which the path check creates first.
     f.parentFolder = kDigidesign;
-    f.contentRoots = foldersOf(f);
-    f.groupsFile = QStringLiteral("masgroups.plist");
-    f.setsFile = QStringLiteral("massets.plist");
     // The set panels offer "MASkorv" and compare with an upper-case untitled name, while the
     // window loads with a lower-case one and the preferences' chooser offers "maskorv": a fresh
     // MAS tab therefore does not count as untitled.
     f.documentExtension = QStringLiteral("MASkorv");
-    f.defaultSetExtension = QStringLiteral("maskorv");
-    f.windowLoadName = QStringLiteral("Untitled.maskorv");
     f.untitledName = QStringLiteral("Untitled.MASkorv");
     f.savePanelName = QStringLiteral("untitled.MASkorv");
-    f.activeOnWord = QStringLiteral("setActive");
-    f.activeOffWord = QStringLiteral("setInactive");
-    fillTexts(f, QStringLiteral("MAS-Plugins"), QStringLiteral("MAS Plug-In"));
-    f.installFirstButton = QStringLiteral("MAS-PlugIns only");
-    f.installInformative = QStringLiteral("Install MAS-PlugIns only?");
-    f.installProgressTitle = QStringLiteral("install MAS-PlugIns:");
-    f.installTarget = QStringLiteral("~/Library/Audio/Plug-Ins/MAS/%@");
-    f.backupRestoreMessage = QStringLiteral("MAS Plug-Ins Backup Restore");
-    f.infoMessage = QStringLiteral("MAS Plug-Ins Info");
-    f.noSetMessage = QStringLiteral("There is no set selected for MAS");
+    nameTexts(f, QStringLiteral("MAS-Plugins"), QStringLiteral("MAS-PlugIns"));
     return f;
 }
 
 Format vst()
 {
-    Format f;
-    f.prefix = QStringLiteral("VST");
-    f.tabLabel = QStringLiteral("VST");
-    f.activeFolder = QStringLiteral("/Library/Audio/Plug-Ins/VST");
-    f.recognise = &isVSTPlugInPath;
-    f.contentRoots = foldersOf(f);
-    f.groupsFile = QStringLiteral("vstgroups.plist");
-    f.setsFile = QStringLiteral("vstsets.plist");
-    f.documentExtension = f.defaultSetExtension = QStringLiteral("vstkorv");
-    f.windowLoadName = f.untitledName = QStringLiteral("Untitled.vstkorv");
-    f.savePanelName = QStringLiteral("untitled.vstkorv");
-    f.activeOnWord = QStringLiteral("setActive");
-    f.activeOffWord = QStringLiteral("setInactive");
-    fillTexts(f, QStringLiteral("VST-Plugins"), QStringLiteral("VST Plug-In"));
-    f.installFirstButton = QStringLiteral("VST-PlugIns only");
-    f.installInformative = QStringLiteral("Install VST-PlugIns only?");
-    f.installProgressTitle = QStringLiteral("install VST-PlugIns:");
-    f.installTarget = QStringLiteral("~/Library/Audio/Plug-Ins/VST/%@");
-    f.backupRestoreMessage = QStringLiteral("VST Plug-Ins Backup Restore");
-    f.infoMessage = QStringLiteral("VST Plug-Ins Info");
-    f.noSetMessage = QStringLiteral("There is no set selected for VST");
+    Format f = Format::derived(QStringLiteral("VST"), QStringLiteral("VST"),
+                               QStringLiteral("/Library/Audio/Plug-Ins/VST"), &isVSTPlugInPath);
+    nameTexts(f, QStringLiteral("VST-Plugins"), QStringLiteral("VST-PlugIns"));
     return f;
 }
 
@@ -257,10 +194,11 @@ Format Format::derived(const QString &prefix, const QString &label, const QStrin
     f.savePanelName = QStringLiteral("untitled.") + f.documentExtension;
     f.activeOnWord = QStringLiteral("setActive");
     f.activeOffWord = QStringLiteral("setInactive");
-    fillTexts(f, label, label + QStringLiteral(" Plug-In"));
+    nameTexts(f, label, label);
     f.installTarget = QLatin1Char('~') + activeFolder + QStringLiteral("/%@");
-    f.backupRestoreMessage = label + QStringLiteral(" Backup Restore");
-    f.infoMessage = label + QStringLiteral(" Plug-In Info");
+    f.infoText = QStringLiteral("Please select a %1 Plug-In").arg(label);
+    f.backupRestoreMessage = label + QStringLiteral(" Plug-Ins Backup Restore");
+    f.infoMessage = label + QStringLiteral(" Plug-Ins Info");
     f.noSetMessage = QStringLiteral("There is no set selected for ") + label;
     return f;
 }

@@ -29,8 +29,8 @@ namespace {
 
 using PlatformFiles::isLocked;
 using PlatformFiles::renameNoReplace;
-using PlatformFiles::syncFileSystemOf;
-using PlatformFiles::syncFolderOf;
+using PlatformFiles::syncFileSystem;
+using PlatformFiles::syncFolder;
 
 QByteArray encoded(const QString &path)
 {
@@ -185,6 +185,22 @@ bool removeTree(const QString &path, FileError *error = nullptr)
     if (::unlink(encoded(path).constData()) != 0)
         return fail(error, path, errno);
     return true;
+}
+
+// The bytes of the plain files in a tree; links count as nothing.
+qint64 treeBytes(const QString &path)
+{
+    struct stat info;
+    if (!lstatPath(path, &info))
+        return 0;
+    if (S_ISREG(info.st_mode))
+        return qint64(info.st_size);
+    if (!S_ISDIR(info.st_mode))
+        return 0;
+    qint64 total = 0;
+    for (const QString &name : listNames(path))
+        total += treeBytes(childOf(path, name));
+    return total;
 }
 
 bool checkRemovableTree(const QString &path, FileError *error)
@@ -478,12 +494,13 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
     struct stat info;
     if (lstatPath(partial, &info) && !removeTree(partial, error))
         return false;
+    beginCopy(from);
     if (!copyTree(from, partial, error)) {
         removeTree(partial);
         return false;
     }
     // The copy must be on the disk before the source goes out of sight.
-    if (const int result = syncFileSystemOf(partial); result != 0) {
+    if (const int result = syncFileSystem(parentOf(partial)); result != 0) {
         removeTree(partial);
         return fail(error, to, result);
     }
@@ -514,7 +531,7 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
     }
     // The item is whole at the target: the move has happened, whatever becomes of the hidden
     // remains of the old copy. They go only once the new name is on the disk.
-    if (const int result = syncFolderOf(to); result != 0) {
+    if (const int result = syncFolder(parentOf(to)); result != 0) {
         systemLog(QStringLiteral("Moved %1 to %2, but kept the hidden old copy %3: %4")
                       .arg(from, to, removing, reasonFor(result)));
         return true;
@@ -544,11 +561,26 @@ bool LocalFileOperations::duplicate(const QString &from, const QString &to, File
     struct stat info;
     if (!canPlace(from, to, &info, error))
         return false;
+    beginCopy(from);
     if (!copyTree(from, to, error)) {
         removeTree(to);
         return false;
     }
     return true;
+}
+
+void LocalFileOperations::beginCopy(const QString &from)
+{
+    m_copied = 0;
+    m_copyTotal = m_copyProgress ? treeBytes(from) : 0;
+}
+
+void LocalFileOperations::noteCopied(qint64 bytes)
+{
+    if (!m_copyProgress || m_copyTotal <= 0)
+        return;
+    m_copied = std::min(m_copied + bytes, m_copyTotal);
+    m_copyProgress(m_copied, m_copyTotal);
 }
 
 bool LocalFileOperations::copyTree(const QString &from, const QString &to, FileError *error)
@@ -645,6 +677,7 @@ bool LocalFileOperations::copyFile(const QString &from, const QString &to, FileE
         }
         if (failure)
             break;
+        noteCopied(got);
     }
     if (!failure) {
         PlatformFiles::copyExtendedAttributes(source, target);

@@ -28,10 +28,13 @@ public:
                      QString *trashedTo = nullptr) override;
     bool writeFileAtomically(const QString &path, const QByteArray &bytes,
                              FileError *error = nullptr) override;
+    void setCopyProgress(CopyProgress progress) override { m_copyProgress = std::move(progress); }
 
 protected:
     // One plain file; the recursive copy and the cross-device move call it per file.
     virtual bool copyFile(const QString &from, const QString &to, FileError *error);
+    // Counts bytes written by copyFile towards the item being copied.
+    void noteCopied(qint64 bytes);
 
 private:
     bool copyTree(const QString &from, const QString &to, FileError *error);
@@ -43,7 +46,13 @@ private:
     bool trashItem(const QString &path, const QString &preferredName, FileError *error,
                    QString *trashedTo);
 
+    // Starts the byte count of one item's copy, when anyone listens.
+    void beginCopy(const QString &from);
+
     Roots m_roots;
+    CopyProgress m_copyProgress;
+    qint64 m_copied = 0;
+    qint64 m_copyTotal = 0;
 };
 
 } // namespace korvane

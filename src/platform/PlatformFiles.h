@@ -11,10 +11,10 @@ namespace PlatformFiles {
 int renameNoReplace(const QString &from, const QString &to);
 // Immutable or append-only: even root can neither remove the item nor change its entries.
 bool isLocked(const QString &path);
-// Flushes the file system that holds path's folder.
-int syncFileSystemOf(const QString &path);
-// Flushes path's folder itself, so that a rename in it is on the disk.
-int syncFolderOf(const QString &path);
+// Flushes the file system that holds folder.
+int syncFileSystem(const QString &folder);
+// Flushes the folder itself, so that a rename in it is on the disk.
+int syncFolder(const QString &folder);
 // Copies every extended attribute a target accepts; a refused one is not worth failing a copy.
 void copyExtendedAttributes(int fromFd, int toFd);
 

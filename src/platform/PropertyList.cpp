@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QStringDecoder>
 
 #include <plist/plist.h>
 
@@ -220,6 +221,14 @@ bool binaryStructureWithinLimits(const QByteArray &bytes)
     return true;
 }
 
+// QString::fromUtf8 drops a byte-order mark at the start; in a property list it is text.
+QString textFromUtf8(const char *text, qsizetype size = -1)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless
+                                                     | QStringDecoder::Flag::ConvertInitialBom);
+    return decoder.decode(QByteArrayView(text, size < 0 ? qsizetype(std::strlen(text)) : size));
+}
+
 QVariant integerValue(plist_t node, quint64 raw)
 {
     if (raw <= quint64(std::numeric_limits<qint64>::max()))
@@ -262,7 +271,7 @@ QVariant toVariant(plist_t node)
     case PLIST_STRING: {
         uint64_t length = 0;
         const char *value = plist_get_string_ptr(node, &length);
-        return QVariant(value ? QString::fromUtf8(value, qsizetype(length))
+        return QVariant(value ? textFromUtf8(value, qsizetype(length))
                               : QString(QLatin1String("")));
     }
     case PLIST_DATA: {
@@ -302,7 +311,7 @@ QVariant toVariant(plist_t node)
                 break;
             }
             if (key)
-                map.insert(QString::fromUtf8(key), toVariant(value));
+                map.insert(textFromUtf8(key), toVariant(value));
             std::free(key);
         }
         std::free(iterator);

@@ -36,6 +36,7 @@ public:
     };
     // What readDictionary reads, as a Dictionary.
     static std::optional<Dictionary> readParsedDictionary(const QString &path);
+    // The same from bytes already read.
     static std::optional<Dictionary> parsedDictionary(const QByteArray &bytes);
 
     static QByteArray toXml(const QVariant &root);

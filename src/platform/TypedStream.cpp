@@ -1,6 +1,7 @@
 #include "platform/TypedStream.h"
 
 #include <QHash>
+#include <QStringDecoder>
 #include <QtEndian>
 
 #include <cstring>
@@ -30,6 +31,15 @@ constexpr qint64 kFirstReference = -110; // 0x92
 
 // Set documents nest three deep (array, item, string); anything near this is hostile.
 constexpr int kMaxDepth = 64;
+
+// QString::fromUtf8 drops a byte-order mark at the start; in a name it is a character like any
+// other.
+QString textFromUtf8(QByteArrayView bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless
+                                                     | QStringDecoder::Flag::ConvertInitialBom);
+    return decoder.decode(bytes);
+}
 
 // Thrown inside the reader only; read() turns it into nullopt.
 struct Malformed {};
@@ -183,7 +193,7 @@ private:
         while (h == kTagNew) {
             const QByteArray name = readSharedString();
             readSigned(head()); // version: every version of the classes we read has one layout
-            m_table.append({Entry::Class, nullptr, name, false, QString::fromUtf8(name)});
+            m_table.append({Entry::Class, nullptr, name, false, textFromUtf8(name)});
             h = head();
         }
         if (h != kTagNil)
@@ -260,7 +270,7 @@ private:
                 object.elements.append(readObjectGroup());
         } else if (object.isString()) {
             expectType("+");
-            object.string = QString::fromUtf8(readBytes(readLength(head())));
+            object.string = textFromUtf8(readBytes(readLength(head())));
         } else if (object.className == QLatin1String("NSNumber")) {
             expectType("*");
             const QByteArray type = readCString();

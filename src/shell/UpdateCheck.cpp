@@ -115,7 +115,11 @@ QString UpdateCheck::shownVersion(const QString &version)
 
 void UpdateCheck::run()
 {
-    const std::optional<QVariantMap> list = fetchVersionList();
+    report(fetchVersionList());
+}
+
+void UpdateCheck::report(const std::optional<QVariantMap> &list)
+{
     UserInterface &ui = m_ui;
 
     if (!list) {

@@ -42,8 +42,11 @@ public:
     // A reply's body as a version list: nullopt unless it is a dictionary of MaxReplyBytes or less.
     static std::optional<QVariantMap> parseVersionList(const QByteArray &body);
 
-    // The whole command: fetch, compare, tell the user, open the download page when asked.
+    // The whole command: fetch, then report.
     void run();
+    // Compares a fetched list (nullopt: the fetch failed), tells the user, and opens the download
+    // page when asked.
+    void report(const std::optional<QVariantMap> &list);
 
 private:
     UserInterface &m_ui;

@@ -7,6 +7,8 @@
 #include "platform/PropertyList.h"
 #include "platform/SystemLog.h"
 
+#include <QLocale>
+
 namespace korvane {
 
 // Fails the chosen operations, as a full disk or a broken trash would.
@@ -33,6 +35,32 @@ public:
         }
         return LocalFileOperations::moveToTrash(path, error, trashedTo);
     }
+};
+
+// Moves as they run between file systems, where every byte is copied: each reports its bytes.
+class CopyingOperations : public LocalFileOperations {
+public:
+    using LocalFileOperations::LocalFileOperations;
+    static constexpr qint64 Size = qint64(64) << 20;
+    void setCopyProgress(CopyProgress progress) override { m_progress = std::move(progress); }
+    bool move(const QString &from, const QString &to, FileError *error) override
+    {
+        if (m_progress) {
+            m_progress(Size / 2, Size);
+            m_progress(Size, Size);
+        }
+        return LocalFileOperations::move(from, to, error);
+    }
+
+private:
+    CopyProgress m_progress;
+};
+
+// Presses Cancel once the first plug-in is under way.
+class CancellingUi : public ScriptedUi {
+public:
+    int asked = 0;
+    bool progressCancelled() override { return ++asked > 1; }
 };
 
 class ActivationTest : public FormatManagerFixture {
@@ -119,6 +147,35 @@ TEST_F(ActivationTest, StopAtAFailureLeavesTheRestAndSaysWhich)
     EXPECT_TRUE(logText().endsWith("Stopped, not moved: B.component, C.component\n"));
     EXPECT_EQ(capture.lines().last(), "Stopped, not moved: B.component, C.component");
     relaunch();
+}
+
+// Cancel takes effect between plug-ins: what moved stays moved and the log names the rest. While a
+// plug-in is copied the bar moves within it and the lower line counts its bytes.
+TEST_F(ActivationTest, ALongApplyShowsItsBytesAndStopsBetweenPlugIns)
+{
+    for (const char *name : {"A.component", "B.component", "C.component"})
+        addAU(LocSystemActive, name);
+    CopyingOperations files(roots());
+    CancellingUi person;
+    ManagersOfOneRun run(locations(), files, person);
+    SystemLogCapture capture;
+    run.au.reloadData();
+    run.au.setAllInactive();
+    person.progressValues.clear();
+
+    const QList<MoveOutcome> outcomes = run.au.applyAllPending();
+    ASSERT_EQ(outcomes.size(), 3);
+    EXPECT_TRUE(outcomes[0].ok && outcomes[1].stopped && outcomes[2].stopped);
+    EXPECT_TRUE(exists(auPath(1, "A.component")));
+    EXPECT_TRUE(exists(auPath(0, "B.component")) && exists(auPath(0, "C.component")));
+    EXPECT_EQ(person.progressValues.mid(0, 3), QList<double>({0, 0.5, 1}));
+    const QLocale locale;
+    EXPECT_TRUE(person.progressDetails.contains(
+        QString("%1 of %2")
+            .arg(locale.formattedDataSize(CopyingOperations::Size / 2),
+                 locale.formattedDataSize(CopyingOperations::Size))));
+    EXPECT_TRUE(run.services.logText().endsWith("Stopped, not moved: B.component, C.component\n"));
+    EXPECT_EQ(capture.lines().last(), "Stopped, not moved: B.component, C.component");
 }
 
 TEST_F(ActivationTest, AnOccupiedTargetGoesToTheTrashOnlyForASourceThatIsThere)

@@ -4,6 +4,8 @@
 #include "managers/MyVSTObj.h"
 #include "platform/PropertyList.h"
 
+#include <QLocale>
+
 namespace korvane {
 
 class TableTest : public FormatManagerFixture {
@@ -141,6 +143,37 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
     EXPECT_TRUE(exists(user + "/readme.txt"));
     EXPECT_TRUE(QFileInfo(user + "/Baz.component").isDir());
     EXPECT_EQ(ui.progressValues.mid(before, 2), QList<double>({1, 2}));
+}
+
+// Cancel stops an install between files; what was copied stays, the log names the rest, and a
+// large file shows its bytes on the way.
+TEST_F(TableTest, ACancelledInstallKeepsWhatArrivedAndSaysWhatDidNot)
+{
+    class CancelAfterFirst : public ScriptedUi {
+    public:
+        bool progressCancelled() override { return !progressTexts.isEmpty(); }
+    } person;
+    ManagersOfOneRun run(locations(), disk(), person);
+    const QString drops = homePath("drops"), user = folder(TypeAU, LocUserActive);
+    const qint64 size = qint64(5) << 20;
+    PluginLibraryBuilder::makeFile(drops, "Big.component", {}, QByteArray(size, 'b'));
+    PluginLibraryBuilder::makeAudioUnit(drops, "Next.component", MachO::intel());
+    PluginLibraryBuilder::makeAudioUnit(drops, "Last.component", MachO::intel());
+
+    person.alertAnswers << 1001; // All Files
+    EXPECT_TRUE(run.au.acceptDrop(
+        {drops + "/Big.component", drops + "/Next.component", drops + "/Last.component"}));
+    EXPECT_EQ(QFileInfo(user + "/Big.component").size(), size);
+    EXPECT_FALSE(exists(user + "/Next.component") || exists(user + "/Last.component"));
+    EXPECT_EQ(person.progressTexts.first(), drops + "/Big.component");
+    EXPECT_TRUE(person.progressValues.contains(0.5)); // half of the first file of three
+    const QLocale locale;
+    EXPECT_TRUE(
+        person.progressDetails.contains(QString("%1 of %1").arg(locale.formattedDataSize(size))));
+    EXPECT_TRUE(
+        run.services.logText().endsWith(QString("Stopped, not installed: %1/Next.component, "
+                                                "%1/Last.component\n")
+                                            .arg(drops)));
 }
 
 } // namespace korvane

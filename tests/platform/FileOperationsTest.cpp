@@ -262,6 +262,37 @@ TEST_F(CrossDeviceMoveTest, BundleArrivesWholeInOnePlace)
     EXPECT_EQ(entries(mounted("VST")), QStringList{"Plain.vst"});
 }
 
+// A long copy tells how far it has come, byte by byte, up to the item's whole size; a rename on
+// one file system copies nothing and says nothing.
+TEST_F(CrossDeviceMoveTest, ACopyingMoveReportsItsBytesAndARenameReportsNone)
+{
+    const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
+    B::makeFile(source + "/Contents/Resources", "Samples", {}, QByteArray(300000, 's'));
+    const qint64 size = 200000 + 300000 + QFileInfo(source + "/Contents/Info.plist").size()
+                        + QFileInfo(source + "/Contents/MacOS/Plugin").size()
+                        + QByteArray("strings").size();
+    QList<QPair<qint64, qint64>> reports;
+    const CopyProgressScope scope(ops(), [&](qint64 copied, qint64 total) {
+        reports.append({copied, total});
+    });
+    const QString folder = B::makeFolder(rootPath("VST"));
+    ASSERT_TRUE(ops().move(source, folder + "/Echo.vst"));
+    ASSERT_GE(reports.size(), 4); // the two large files take several blocks each
+    for (qsizetype i = 1; i < reports.size(); ++i)
+        EXPECT_GT(reports.at(i).first, reports.at(i - 1).first);
+    EXPECT_EQ(reports.constLast(), qMakePair(size, size));
+
+    reports.clear();
+    ASSERT_TRUE(ops().move(folder + "/Echo.vst", rootPath("Echo.vst")));
+    EXPECT_TRUE(reports.isEmpty());
+    ASSERT_TRUE(ops().copy(rootPath("Echo.vst"), mounted("Copy.vst")));
+    EXPECT_EQ(reports.constLast(), qMakePair(size, size));
+    const qsizetype copyReports = reports.size();
+    ops().setCopyProgress({});
+    ASSERT_TRUE(ops().copy(rootPath("Echo.vst"), mounted("Again.vst")));
+    EXPECT_EQ(reports.size(), copyReports);
+}
+
 // Fails the removal of what a cross-device move leaves behind, as a busy file system would.
 class StuckLeftoverOperations : public LocalFileOperations {
 public:

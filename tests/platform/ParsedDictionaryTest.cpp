@@ -55,6 +55,17 @@ TEST_F(ParsedDictionaryTest, OneKeyReadsAsTheWholeDictionary)
             EXPECT_EQ(parsed->value(key), whole->value(key)) << key;
     }
     EXPECT_EQ(PropertyList::readParsedDictionary(binary)->value("A"), QVariant("second"));
+
+    // A byte-order mark at the start of a key or a string is text like any other.
+    const QString bom(QChar(QChar::ByteOrderMark));
+    writeText(xml, "<plist><dict><key>\xEF\xBB\xBF"
+                   "A</key><string>\xEF\xBB\xBF"
+                   "v</string>"
+                   "</dict></plist>");
+    const auto marked = PropertyList::readParsedDictionary(xml);
+    ASSERT_TRUE(marked);
+    EXPECT_EQ(marked->toMap(), (QVariantMap{{bom + "A", bom + "v"}}));
+    EXPECT_EQ(marked->value(bom + "A"), QVariant(bom + "v"));
     writeText(xml, PropertyList::toXml(QVariantList{"not", "a", "dictionary"}));
     EXPECT_FALSE(PropertyList::readParsedDictionary(xml));
 }

@@ -82,6 +82,9 @@ TEST(TypedStreamTest, LongValuesAndLateReferencesRoundTrip)
         elements.append(W::makeNumber(qlonglong(n)));
     elements += {W::makeNumber(2.5), W::makeNumber(-0.25f),
                  W::makeNumber(std::numeric_limits<qulonglong>::max())};
+    // A file name may begin with a byte-order mark; it is part of the name.
+    const QString marked = QChar(QChar::ByteOrderMark) + QStringLiteral("Foo.component");
+    elements.append(W::makeString(marked));
 
     const QByteArray bytes = W::write(W::makeArray(elements));
     const auto root = readOk(bytes);
@@ -92,6 +95,7 @@ TEST(TypedStreamTest, LongValuesAndLateReferencesRoundTrip)
     EXPECT_EQ(root->elements[604]->number, QVariant(qlonglong(-111)));
     EXPECT_EQ(root->elements[609]->number, QVariant(qlonglong(1) << 40));
     EXPECT_EQ(root->elements[612]->number, QVariant(std::numeric_limits<qulonglong>::max()));
+    EXPECT_EQ(root->elements[613]->string, marked);
     EXPECT_EQ(W::write(root), bytes);
     // 200 bytes take the 16-bit length form, as existing documents have them.
     const QByteArray longForm = QByteArray::fromHex("2b81c800");

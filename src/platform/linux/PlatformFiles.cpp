@@ -1,6 +1,5 @@
 #include "platform/PlatformFiles.h"
 
-#include <QDir>
 #include <QFile>
 
 #include <cerrno>
@@ -21,15 +20,6 @@ namespace {
 QByteArray encoded(const QString &path)
 {
     return QFile::encodeName(path);
-}
-
-QString parentOf(const QString &path)
-{
-    const QString clean = QDir::cleanPath(path);
-    const qsizetype slash = clean.lastIndexOf(QLatin1Char('/'));
-    if (slash < 0)
-        return QStringLiteral(".");
-    return slash == 0 ? QStringLiteral("/") : clean.left(slash);
 }
 
 } // namespace
@@ -87,9 +77,9 @@ void copyExtendedAttributes(int from, int to)
     }
 }
 
-int syncFileSystemOf(const QString &path)
+int syncFileSystem(const QString &folder)
 {
-    const int fd = ::open(encoded(parentOf(path)).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int fd = ::open(encoded(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0)
         return errno;
     const int result = ::syncfs(fd) == 0 ? 0 : errno;
@@ -97,9 +87,9 @@ int syncFileSystemOf(const QString &path)
     return result;
 }
 
-int syncFolderOf(const QString &path)
+int syncFolder(const QString &folder)
 {
-    const int fd = ::open(encoded(parentOf(path)).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int fd = ::open(encoded(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0)
         return errno;
     const int result = ::fsync(fd) == 0 ? 0 : errno;

@@ -1,0 +1,38 @@
+#include "gui/windows/AboutPanel.h"
+
+#include "panels/MyAboutObj.h"
+#include "platform/Texts.h"
+
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+namespace korvane {
+
+AboutPanel::AboutPanel(MyAboutObj &about, QWidget *parent)
+    : QWidget(parent, Qt::Window), m_about(about)
+{
+    setWindowTitle(korvane::tr("About Korvane"));
+    setAccessibleName(korvane::tr("About Korvane"));
+    m_text = new QTextBrowser(this);
+    m_text->setObjectName(QStringLiteral("stData"));
+    m_text->setAccessibleName(korvane::tr("About text"));
+    // The text is ours, but nothing in it is followed: no file or address opens from here.
+    m_text->setOpenLinks(false);
+    m_text->setOpenExternalLinks(false);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_text);
+    resize(460, 380);
+}
+
+void AboutPanel::openAbout()
+{
+    m_about.openAbout();
+    // The resource's own RTF, converted with every character of its text escaped.
+    m_text->setHtml(m_about.html());
+    show();
+    raise();
+    activateWindow();
+}
+
+} // namespace korvane

@@ -1,0 +1,215 @@
+#include "gui/windows/PreferencesWindow.h"
+
+#include "panels/MyPrefObj.h"
+#include "platform/FormatTable.h"
+#include "platform/Texts.h"
+#include "shell/MyMainObj.h"
+
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+namespace korvane {
+
+PreferencesWindow::PreferencesWindow(MyPrefObj &prefs, MyMainObj &main, QWidget *parent)
+    : QWidget(parent, Qt::Window), m_prefs(prefs), m_main(main)
+{
+    setWindowTitle(korvane::tr("Preferences"));
+    setAccessibleName(korvane::tr("Preferences"));
+
+    m_tabs = new QTabWidget(this);
+    m_tabs->setAccessibleName(korvane::tr("Preference pages"));
+    m_tabs->addTab(makeGeneralPage(), korvane::tr("General"));
+    const FormatTable &formats = main.formats();
+    m_pages.resize(formats.count());
+    // A format's page stands at its type index plus one: the On box finds its format by it.
+    for (const Format &format : formats)
+        m_tabs->insertTab(format.type + 1, makeFormatPage(format), format.tabLabel);
+    connect(m_tabs, &QTabWidget::currentChanged, this,
+            [this](int index) { m_prefs.controls.selectedTab = index; });
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_tabs);
+    // Before any click can store them: controls never read would store every format as off.
+    loadControls();
+}
+
+QWidget *PreferencesWindow::makeGeneralPage()
+{
+    auto *page = new QWidget;
+    auto *layout = new QVBoxLayout(page);
+    m_checkForUpdates = new QCheckBox(korvane::tr("Check for updates at start-up"), page);
+    m_checkForUpdates->setObjectName(QStringLiteral("cbCheckForUpdates"));
+    m_checkForUpdates->setAccessibleName(m_checkForUpdates->text());
+    connect(m_checkForUpdates, &QCheckBox::clicked, this, [this](bool checked) {
+        m_prefs.controls.checkForUpdates = checked;
+        store();
+    });
+    layout->addWidget(m_checkForUpdates);
+    layout->addStretch();
+    return page;
+}
+
+QCheckBox *PreferencesWindow::makeBox(const Format &format, const char *name, const QString &text,
+                                      bool PrefTypeControls::*control)
+{
+    auto *box = new QCheckBox(text);
+    // The outlet names of the preferences: cbAUOn, cbVSTType ...
+    box->setObjectName(QStringLiteral("cb") + format.prefix + QLatin1String(name));
+    box->setAccessibleName(text);
+    const int type = format.type;
+    connect(box, &QCheckBox::clicked, this, [this, type, control](bool checked) {
+        m_prefs.controls.types[type].*control = checked;
+        if (control == &PrefTypeControls::on)
+            switchFormat(type);
+        else if (control == &PrefTypeControls::type)
+            showTypeColumn(type);
+        else
+            store();
+    });
+    return box;
+}
+
+QWidget *PreferencesWindow::makeFormatPage(const Format &format)
+{
+    auto *page = new QWidget;
+    page->setObjectName(format.preferencesTabIdentifier());
+    auto *layout = new QVBoxLayout(page);
+    FormatPage &controls = m_pages[format.type];
+    const int type = format.type;
+
+    auto *setRow = new QHBoxLayout;
+    auto *setLabel = new QLabel(korvane::tr("Default set:"), page);
+    setLabel->setTextFormat(Qt::PlainText);
+    controls.defaultSet = new QLineEdit(page);
+    controls.defaultSet->setObjectName(QStringLiteral("et") + format.prefix
+                                       + QStringLiteral("Default"));
+    controls.defaultSet->setAccessibleName(korvane::tr("Default set"));
+    controls.defaultSet->setMinimumWidth(320);
+    setLabel->setBuddy(controls.defaultSet);
+    auto *choose = new QPushButton(korvane::tr("Choose..."), page);
+    choose->setObjectName(QStringLiteral("pb") + format.prefix + QStringLiteral("Default"));
+    choose->setAccessibleName(korvane::tr("Choose the default set"));
+    connect(choose, &QPushButton::clicked, this, [this, type] { chooseDefaultSet(type); });
+    connect(controls.defaultSet, &QLineEdit::editingFinished, this,
+            [this, type] { editDefaultSet(type); });
+    setRow->addWidget(setLabel);
+    setRow->addWidget(controls.defaultSet, 1);
+    setRow->addWidget(choose);
+    layout->addLayout(setRow);
+
+    controls.activateAfterLoading =
+        makeBox(format, "ActivateAfterLoading", korvane::tr("Apply a set as soon as it is opened"),
+                &PrefTypeControls::activateAfterLoading);
+    controls.showMessage =
+        makeBox(format, "ShowMessage", korvane::tr("Show message"), &PrefTypeControls::showMessage);
+    controls.on =
+        makeBox(format, "On", korvane::tr("Use these plug-ins (a tab in the main window)"),
+                &PrefTypeControls::on);
+    controls.showContent =
+        makeBox(format, "ShowContent", korvane::tr("Show the companion folders in the info panel"),
+                &PrefTypeControls::showContent);
+    controls.moveContent = makeBox(format, "MoveContent",
+                                   korvane::tr("Move the companion folders with their plug-ins"),
+                                   &PrefTypeControls::moveContent);
+    if (format.scansSubfolders)
+        controls.scanSubfolders = makeBox(format, "ScanSubfolders", korvane::tr("Scan subfolders"),
+                                          &PrefTypeControls::scanSubfolders);
+    controls.type =
+        makeBox(format, "Type", korvane::tr("Show the Type column"), &PrefTypeControls::type);
+
+    for (QCheckBox *box :
+         {controls.on, controls.activateAfterLoading, controls.showMessage, controls.showContent,
+          controls.moveContent, controls.scanSubfolders, controls.type}) {
+        if (box)
+            layout->addWidget(box);
+    }
+    layout->addStretch();
+    return page;
+}
+
+void PreferencesWindow::showPreferences()
+{
+    if (isVisible())
+        loadControls();
+    else
+        show(); // showEvent loads them
+    raise();
+    activateWindow();
+}
+
+void PreferencesWindow::showEvent(QShowEvent *event)
+{
+    loadControls();
+    QWidget::showEvent(event);
+}
+
+void PreferencesWindow::loadControls()
+{
+    m_prefs.loadControls();
+    m_prefs.controls.selectedTab = m_tabs->currentIndex();
+    showControls();
+}
+
+void PreferencesWindow::showControls()
+{
+    const PrefControls &controls = m_prefs.controls;
+    m_checkForUpdates->setChecked(controls.checkForUpdates);
+    for (int type = 0; type < m_pages.size(); ++type) {
+        const FormatPage &page = m_pages.at(type);
+        const PrefTypeControls &c = controls.types.at(type);
+        page.defaultSet->setText(c.defaultSet);
+        page.showMessage->setChecked(c.showMessage);
+        page.activateAfterLoading->setChecked(c.activateAfterLoading);
+        page.on->setChecked(c.on);
+        page.showContent->setChecked(c.showContent);
+        page.moveContent->setChecked(c.moveContent);
+        if (page.scanSubfolders)
+            page.scanSubfolders->setChecked(c.scanSubfolders);
+        page.type->setChecked(c.type);
+    }
+}
+
+void PreferencesWindow::store()
+{
+    m_prefs.updatePrefs();
+}
+
+void PreferencesWindow::switchFormat(int type)
+{
+    // The controller takes the format from the page in front; a click may come from elsewhere.
+    m_prefs.controls.selectedTab = type + 1;
+    m_main.setTabView(m_prefs.controls.types.at(type).on ? 1 : 0); // stores the controls too
+    m_prefs.controls.selectedTab = m_tabs->currentIndex();
+}
+
+void PreferencesWindow::showTypeColumn(int type)
+{
+    const bool show = m_prefs.controls.types.at(type).type;
+    store();
+    m_main.showPlattform(type, show);
+}
+
+void PreferencesWindow::chooseDefaultSet(int type)
+{
+    m_prefs.controls.selectedTab = type + 1;
+    m_prefs.setDefault(); // stores every control, chosen or cancelled
+    m_prefs.controls.selectedTab = m_tabs->currentIndex();
+    m_pages.at(type).defaultSet->setText(m_prefs.controls.types.at(type).defaultSet);
+}
+
+void PreferencesWindow::editDefaultSet(int type)
+{
+    const QString text = m_pages.at(type).defaultSet->text();
+    if (text == m_prefs.controls.types.value(type).defaultSet)
+        return;
+    m_prefs.controls.types[type].defaultSet = text;
+    store();
+}
+
+} // namespace korvane

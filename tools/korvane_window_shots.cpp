@@ -1,0 +1,133 @@
+// korvane_window_shots DIR OUT: opens each secondary window of Korvane on the demo library in DIR
+// (made by korvane_demo) and saves a picture of it as OUT/<window>.png. Meant for Qt's offscreen
+// platform; tools/screenshots-windows.sh runs it.
+
+#include "gui/windows/AboutPanel.h"
+#include "gui/windows/GroupEditorWindow.h"
+#include "gui/windows/InfoPanel.h"
+#include "gui/windows/LaunchScriptPanel.h"
+#include "gui/windows/LogWindow.h"
+#include "gui/windows/PreferencesWindow.h"
+#include "managers/TypeManager.h"
+#include "panels/MyAboutObj.h"
+#include "panels/MyPrefObj.h"
+#include "platform/LocalFileOperations.h"
+#include "platform/Locations.h"
+#include "platform/PropertyList.h"
+#include "shell/AppContext.h"
+#include "shell/LumoScript.h"
+#include "shell/MyMainObj.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLineEdit>
+#include <QTabWidget>
+#include <QTextStream>
+
+using namespace korvane;
+
+namespace {
+
+bool save(QWidget &window, const QString &path)
+{
+    window.show();
+    QApplication::processEvents();
+    return window.grab().save(path);
+}
+
+int rowOf(const TypeManager &manager, const QString &name)
+{
+    for (int row = 0; row < manager.numberOfRowsInTableView(); ++row)
+        if (manager.itemAt(row)->getAUName() == name)
+            return row;
+    return -1;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    QTextStream err(stderr);
+    const QStringList args = QApplication::arguments();
+    if (args.size() != 3) {
+        err << "Usage: korvane_window_shots DIR OUT\n"
+               "Saves a picture of each window, on the demo library in DIR, under OUT.\n";
+        return 2;
+    }
+    const QString dir = QDir(args.at(1)).absolutePath();
+    const QString out = QDir(args.at(2)).absolutePath();
+    const Roots roots = Roots::at(dir + QStringLiteral("/root"), dir + QStringLiteral("/home"));
+    if (!QDir().mkpath(out)) {
+        err << "korvane_window_shots: cannot create " << out << '\n';
+        return 1;
+    }
+
+    // Sets to choose from in the launch script: a Live set of Audio Units and a Studio set of VST.
+    const Locations locations(roots);
+    LocalFileOperations disk;
+    PropertyList::writeXml(disk, locations.dataFilePath(QStringLiteral("ausets.plist")),
+                           QVariantList{QStringLiteral("no set"), QStringLiteral("Live")});
+    PropertyList::writeXml(disk, locations.dataFilePath(QStringLiteral("vstsets.plist")),
+                           QVariantList{QStringLiteral("no set"), QStringLiteral("Studio")});
+
+    AppContext::Parts parts;
+    parts.roots = roots;
+    AppContext context(std::move(parts));
+    MyMainObj &main = *context.main();
+    main.applicationDidFinishLaunching();
+    TypeManager &au = *context.manager(TypeAU);
+    TypeManager &vst = *context.manager(TypeVST);
+    au.selectSetIndex(1);
+    vst.selectSetIndex(1);
+
+    bool ok = true;
+    {
+        PreferencesWindow window(*context.pref(), main);
+        window.pages()->setCurrentIndex(TypeAU + 1);
+        ok &= save(window, out + QStringLiteral("/preferences-audiounits.png"));
+        window.pages()->setCurrentIndex(TypeVST + 1);
+        ok &= save(window, out + QStringLiteral("/preferences-vst.png"));
+        window.pages()->setCurrentIndex(0);
+        ok &= save(window, out + QStringLiteral("/preferences-general.png"));
+    }
+    {
+        GroupEditorWindow window(main);
+        ok &= save(window, out + QStringLiteral("/group-editor.png"));
+    }
+    {
+        LogWindow window(main);
+        au.checkForDuplicates();
+        vst.checkForDuplicates();
+        ok &= save(window, out + QStringLiteral("/log.png"));
+    }
+    {
+        context.pref()->defaults()->setObject(QStringLiteral("AUShowContent"), true);
+        InfoPanel panel(*context.info());
+        au.selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
+        au.getInfo();
+        ok &= save(panel, out + QStringLiteral("/info.png"));
+    }
+    {
+        AboutPanel panel(*context.about());
+        panel.openAbout();
+        ok &= save(panel, out + QStringLiteral("/about.png"));
+    }
+    {
+        LumoScript &script = *context.script();
+        script.setLayout(LumoScript::Layout::Shell);
+        script.setToolPath(QStringLiteral("/usr/bin/KorvaneCMD"));
+        LaunchScriptPanel panel(script, context.formats());
+        script.setSegmentSelected(TypeAU, true);
+        script.setSegmentSelected(TypeVST, true);
+        script.setHostCommand(QStringLiteral("ardour8 \"Live Session\""));
+        panel.hostCommand()->setText(script.hostCommand());
+        panel.openScriptWindow();
+        ok &= save(panel, out + QStringLiteral("/launch-script.png"));
+    }
+    if (!ok) {
+        err << "korvane_window_shots: could not save every picture in " << out << '\n';
+        return 1;
+    }
+    return 0;
+}
