@@ -31,6 +31,8 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/statvfs.h>
 
 using namespace korvane;
@@ -631,6 +633,9 @@ int main(int argc, char **argv)
     QRandomGenerator random(settings->seed);
     out << "seed: " << settings->seed << "\n";
 
+    // Mounts of a namespace of its own go with the last process in it, even a killed harness.
+    if (::unshare(CLONE_NEWNS) == 0)
+        ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
     Library library;
     if (!library.mount(512)) {
         out << "skipped: no tmpfs can be mounted here, so no move crosses file systems\n";
