@@ -329,6 +329,7 @@ struct Totals {
         out << name << "_misplaced: " << misplaced << "\n";
         out << name << "_leftovers: " << leftovers << "\n";
         out << name << "_messages: " << messages << "\n";
+        out << name << "_runs_failed: " << failedRuns << "\n";
         for (const QString &note : notes.mid(0, 20))
             out << name << "_note: " << note << "\n";
         out.flush();
