@@ -1,6 +1,7 @@
 // Times the scan of large plug-in libraries against a plain loop that does only the unavoidable
-// work, and the set and duplicate commands at two sizes; with the window layer built, the plug-in
-// table too. Prints one "name: value" line per figure.
+// work, the set and duplicate commands at two sizes, applying 1,000 plug-ins on one file system
+// and across two, and with the window layer built, the plug-in table. Prints one "name: value"
+// line per figure.
 
 #include "PluginLibraryBuilder.h"
 #include "managers/MyAdminObj.h"
@@ -18,15 +19,20 @@
 #endif
 #include <QDir>
 #include <QElapsedTimer>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTextStream>
 
 #include <plist/plist.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
+#include <filesystem>
+#include <sched.h>
 #include <string>
+#include <sys/mount.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 #include <vector>
@@ -230,6 +236,144 @@ void measure(int n, QTextStream &out)
     out.flush();
 }
 
+// n Audio Units in folder, each with a resource of 64 KiB, so a copy has bytes to move.
+void buildAudioUnits(const QString &folder, int n)
+{
+    const QByteArray data(64 * 1024, 'r');
+    for (int i = 0; i < n; ++i) {
+        const QString bundle = PluginLibraryBuilder::makeAudioUnit(
+            folder, QStringLiteral("Plug%1.component").arg(i, 5, 10, QLatin1Char('0')), header(i));
+        PluginLibraryBuilder::makeFile(bundle + QStringLiteral("/Contents/Resources"),
+                                       QStringLiteral("Data.bin"), {}, data);
+    }
+}
+
+// Applying every Audio Unit pending: the moves timed up to the rescan the apply ends with, the
+// rescan apart. Returns the moves' milliseconds.
+double timedApply(TypeManager *au, bool active, double *rescanMs)
+{
+    active ? au->setAllActive() : au->setAllInactive();
+    QElapsedTimer timer;
+    qint64 movedNs = -1;
+    const auto connection = QObject::connect(au, &TypeManager::itemsAboutToBeReset, [&] {
+        if (movedNs < 0)
+            movedNs = timer.nsecsElapsed();
+    });
+    timer.start();
+    au->applyAllPending();
+    const qint64 totalNs = timer.nsecsElapsed();
+    QObject::disconnect(connection);
+    *rescanMs = double(totalNs - movedNs) / 1e6;
+    return double(movedNs) / 1e6;
+}
+
+// The same folders renamed one by one with nothing else done.
+double timedRenames(const QString &from, const QString &to)
+{
+    const QStringList names = QDir(from).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    QElapsedTimer timer;
+    timer.start();
+    for (const QString &name : names)
+        std::rename(QFile::encodeName(from + QLatin1Char('/') + name).constData(),
+                    QFile::encodeName(to + QLatin1Char('/') + name).constData());
+    return timer.nsecsElapsed() / 1e6;
+}
+
+double megabytesIn(const QString &folder)
+{
+    std::uintmax_t bytes = 0;
+    std::error_code error;
+    for (std::filesystem::recursive_directory_iterator it(folder.toStdString(), error), end;
+         !error && it != end; it.increment(error))
+        if (it->is_regular_file(error))
+            bytes += it->file_size(error);
+    return double(bytes) / (1024.0 * 1024.0);
+}
+
+bool run(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    return process.waitForFinished(-1) && process.exitStatus() == QProcess::NormalExit
+           && process.exitCode() == 0;
+}
+
+// The manager's apply of 1,000 pending plug-ins against a plain loop of renames of the same
+// folders on one file system; then across file systems against cp -a of the same tree.
+void measureApply(QTextStream &out)
+{
+    const int n = 1000;
+    QTemporaryDir root, home;
+    const Roots roots = Roots::at(root.path(), home.path());
+    const Locations locations(roots);
+    const Format &format = FormatTable::builtIn().at(TypeAU);
+    const QString on = locations.folderPath(format, LocSystemActive);
+    const QString off = locations.folderPath(format, LocSystemDisabled);
+    QDir().mkpath(off);
+    buildAudioUnits(on, n);
+
+    AppContext::Parts parts;
+    parts.roots = roots;
+    parts.awakeFromNib = false;
+    AppContext context(std::move(parts));
+    TypeManager *au = context.manager(TypeAU);
+    au->reloadData();
+
+    double best = 1e300, baseline = 1e300, rescan = 1e300;
+    for (int r = 0; r < 3; ++r) {
+        baseline = std::min(baseline, timedRenames(on, off));
+        timedRenames(off, on);
+        au->reloadData();
+        double rescanMs = 0;
+        best = std::min(best, timedApply(au, false, &rescanMs));
+        rescan = std::min(rescan, rescanMs);
+        timedApply(au, true, &rescanMs);
+    }
+    out << "apply_ms_1000: " << QString::number(best, 'f', 1) << "\n";
+    out << "renames_ms_1000: " << QString::number(baseline, 'f', 1) << "\n";
+    out << "apply_ratio_1000: " << QString::number(best / baseline, 'f', 2) << "\n";
+    out << "apply_rescan_ms_1000: " << QString::number(rescan, 'f', 1) << "\n";
+    out.flush();
+
+    // Across file systems: the disabled folder on a tmpfs of its own, where mounting is allowed,
+    // in a mount namespace of this process's own so that the mount goes with it.
+    if (::unshare(CLONE_NEWNS) == 0)
+        ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
+    if (!run(QStringLiteral("mount"),
+             {QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"),
+              QStringLiteral("size=512m"), QStringLiteral("tmpfs"), off})) {
+        out << "apply_cross_mb_per_s: skipped, no tmpfs can be mounted here\n";
+        return;
+    }
+    const double megabytes = megabytesIn(on);
+    const auto perSecond = [&](double ms) {
+        return QString::number(megabytes / (ms / 1000), 'f', 1);
+    };
+    const QString copy = off + QStringLiteral("/.cp-a");
+    QElapsedTimer timer;
+    timer.start();
+    run(QStringLiteral("cp"), {QStringLiteral("-a"), on, copy});
+    const double cpToTmpfs = timer.nsecsElapsed() / 1e6;
+    QDir(copy).removeRecursively();
+    au->reloadData();
+    double rescanMs = 0;
+    const double toTmpfs = timedApply(au, false, &rescanMs);
+    const QString back = root.path() + QStringLiteral("/cp-a");
+    timer.restart();
+    run(QStringLiteral("cp"), {QStringLiteral("-a"), off, back});
+    const double cpToDisk = timer.nsecsElapsed() / 1e6;
+    QDir(back).removeRecursively();
+    const double toDisk = timedApply(au, true, &rescanMs);
+    out << "cross_mb_1000: " << QString::number(megabytes, 'f', 1) << "\n";
+    out << "apply_cross_mb_per_s: " << perSecond(toDisk) << "\n";
+    out << "cp_a_cross_mb_per_s: " << perSecond(cpToDisk) << "\n";
+    out << "apply_cross_to_tmpfs_mb_per_s: " << perSecond(toTmpfs) << "\n";
+    out << "cp_a_cross_to_tmpfs_mb_per_s: " << perSecond(cpToTmpfs) << "\n";
+    out.flush();
+    if (!run(QStringLiteral("umount"), {off}))
+        run(QStringLiteral("umount"), {QStringLiteral("-l"), off});
+}
+
 } // namespace
 
 #ifdef KORVANE_BENCH_GUI
@@ -246,10 +390,14 @@ int main(int argc, char **argv)
     QCoreApplication app(argc, argv);
 #endif
     QTextStream out(stdout);
-    measure(1000, out);
-    measure(10000, out);
+    // "apply" alone times the apply figures only.
+    if (app.arguments().value(1) != QLatin1String("apply")) {
+        measure(1000, out);
+        measure(10000, out);
 #ifdef KORVANE_BENCH_GUI
-    measureGui(10000, out);
+        measureGui(10000, out);
 #endif
+    }
+    measureApply(out);
     return 0;
 }

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <array>
 #include <functional>
 
 namespace korvane {
@@ -207,6 +208,12 @@ private:
     void setSetName(const QString &name);
     void announceChanged(const QList<AUItemPtr> &items);
     void sortPlugins();
+    // One folder's entries as the scan considers them: direct, or below it with subfolders on.
+    QStringList listFolder(int loc, const QString &folder) const;
+    // Finishes or undoes the moves cut short among the four folders; true when the folders are to
+    // be listed again.
+    bool settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
+                                const std::array<QStringList, LocationCount> &listings);
     MoveOutcome applyRecord(int logIndex, ApplyRun &run);
     MoveOutcome pendingOutcome(int logIndex, AUItemPtr *item = nullptr) const;
     // Sets an item's active flag, its place and its record; true when it is now pending.

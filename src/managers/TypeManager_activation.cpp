@@ -211,6 +211,36 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
         || (files.isDirectory(outcome.to)
             && std::any_of(run.installed.cbegin(), run.installed.cend(),
                            [&](const QString &path) { return liesInside(path, outcome.to); }));
+    const auto done = [&] {
+        AULog &record = m_list.record(logIndex);
+        m_list.noteRecordState(record.isLogProcessed(), true);
+        record.setLogProcessed(true);
+        run.installed.remove(outcome.from);
+        run.installed.insert(outcome.to);
+        if (m_list.pendingCount() == 0)
+            setApplyEnabled(false);
+        moveContent(item);
+        outcome.ok = true;
+        return outcome;
+    };
+    // An identical copy already where the plug-in belongs (one copied there by hand, or what an
+    // older version left when cut short) makes this one surplus: it goes to the trash.
+    if (otherCopy && run.installed.contains(outcome.to)
+        && files.holdsAllOf(outcome.to, outcome.from)
+        && files.holdsAllOf(outcome.from, outcome.to)) {
+        QString trashedTo;
+        FileError trashError;
+        if (!files.moveToTrash(outcome.from, &trashError, &trashedTo)) {
+            reportFailure(trashError);
+            return outcome;
+        }
+        systemLog(QStringLiteral("Identical copy at the target, the other moved to the trash: %1")
+                      .arg(trashedTo));
+        main->addLogEntry(this, tr("%1 was already at %2; the identical copy from %3 is now in "
+                                   "the trash: %4\n")
+                                    .arg(outcome.name, outcome.to, outcome.from, trashedTo));
+        return done();
+    }
     if (otherCopy) {
         systemLog(QStringLiteral("Target is an installed copy, both kept: %1").arg(outcome.to));
         main->addLogEntry(
@@ -264,16 +294,7 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
         return outcome;
     }
 
-    AULog &record = m_list.record(logIndex);
-    m_list.noteRecordState(record.isLogProcessed(), true);
-    record.setLogProcessed(true);
-    run.installed.remove(outcome.from);
-    run.installed.insert(outcome.to);
-    if (m_list.pendingCount() == 0)
-        setApplyEnabled(false);
-    moveContent(item);
-    outcome.ok = true;
-    return outcome;
+    return done();
 }
 
 void TypeManager::moveContent(const AUItemPtr &item)

@@ -6,9 +6,12 @@
 #include "panels/MyPrefObj.h"
 #include "platform/Bundle.h"
 #include "platform/FormatTable.h"
+#include "platform/InterruptedMoves.h"
+#include "platform/LibraryLock.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
 #include "platform/ScanCache.h"
+#include "platform/SystemLog.h"
 #include "platform/Texts.h"
 #include "ui/UserInterface.h"
 
@@ -89,8 +92,9 @@ void collectOutsidePackages(const FileOperations &files, const QString &folder,
             relative.isEmpty() ? name : QString(relative % QLatin1Char('/') % name);
         result->append(entry);
         const QString full = folder % QLatin1Char('/') % entry;
-        // Links to folders are listed, not followed.
-        if (ScanCache::isRealFolder(full) && !Bundle::isFilePackage(full))
+        // Links to folders are listed, not followed, and a move's leftovers are not looked into.
+        if (ScanCache::isRealFolder(full) && !InterruptedMoves::isLeftoverName(name)
+            && !Bundle::isFilePackage(full))
             collectOutsidePackages(files, folder, entry, result);
     }
 }
@@ -102,6 +106,41 @@ void createIfMissing(FileOperations &files, const QString &path)
 }
 
 } // namespace
+
+QStringList TypeManager::listFolder(int loc, const QString &folder) const
+{
+    if (!m_parts.prefs.scanSubpaths(m_traits.type))
+        return files().directoryContents(folder);
+    // All four folders recurse: a plug-in disabled from a subfolder lands in the same subfolder of
+    // the disabled folder and must be found there to be enabled again.
+    QStringList listing;
+    collectOutsidePackages(files(), folder, QString(), &listing);
+    return services().removeIrrelevantData(m_traits.type, loc, listing);
+}
+
+bool TypeManager::settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
+                                         const std::array<QStringList, LocationCount> &listings)
+{
+    InterruptedMoves moves(files(), QStringList(folders.cbegin(), folders.cend()));
+    for (int loc = 0; loc < LocationCount; ++loc)
+        for (const QString &entry : listings[size_t(loc)])
+            if (InterruptedMoves::isLeftoverName(entry))
+                moves.add(loc, entry);
+    if (moves.isEmpty() || files().isReadOnly())
+        return false;
+    // A move under way in another program looks just like one cut short: only a scan that has
+    // the library to itself touches them. Within this program nothing moves during a scan.
+    const LibraryLock lock(files(), LibraryLock::lockFilePath(locations()), 0);
+    if (!lock.isLocked()) {
+        systemLog(QStringLiteral("Leftovers of moves left alone: %1").arg(lock.failure()));
+        return false;
+    }
+    for (const QString &line : moves.settle()) {
+        systemLog(line);
+        services().addLogEntry(this, line + QLatin1Char('\n'));
+    }
+    return true;
+}
 
 void TypeManager::reloadData()
 {
@@ -128,35 +167,33 @@ void TypeManager::reloadData()
     ui.progressBegin(korvane::tr(m_traits.panelTitle.toUtf8().constData()));
     ScanProgress progress(ui, m_traits.progressOffset);
     const QString folderPrefix = korvane::tr(m_traits.folderTextPrefix.toUtf8().constData());
-    const bool subpaths = m_parts.prefs.scanSubpaths(m_traits.type);
     // The disk does not change under one scan in any way the scan cares about; the next scan
     // starts with a new cache.
     std::optional<ScanCache> cache(std::in_place);
 
+    std::array<QString, LocationCount> folders;
+    std::array<QStringList, LocationCount> listings;
     for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc) {
-        const QString written = m_traits.folder(loc);
-        const QString folder = locations().expand(written);
-
+        folders[size_t(loc)] = locations().expand(m_traits.folder(loc));
         if (m_traits.createsParentOnScan && isActiveLocation(loc)) {
             const QString parent = isSystemLocation(loc) ? m_traits.parentFolder
                                                          : QLatin1Char('~') + m_traits.parentFolder;
             createIfMissing(files, locations().expand(parent));
         }
         if (m_traits.createdFolders[size_t(loc)])
-            createIfMissing(files, folder);
+            createIfMissing(files, folders[size_t(loc)]);
+        listings[size_t(loc)] = listFolder(loc, folders[size_t(loc)]);
+    }
+    if (settleInterruptedMoves(folders, listings)) {
+        cache.emplace();
+        for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc)
+            listings[size_t(loc)] = listFolder(loc, folders[size_t(loc)]);
+    }
 
-        QStringList entries;
-        if (subpaths) {
-            // All four folders recurse: a plug-in disabled from a subfolder lands in the same
-            // subfolder of the disabled folder and must be found there to be enabled again.
-            QStringList listing;
-            collectOutsidePackages(files, folder, QString(), &listing);
-            entries = main.removeIrrelevantData(m_traits.type, loc, listing);
-        } else {
-            entries = files.directoryContents(folder);
-        }
-
-        progress.folder(folderPrefix + written);
+    for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc) {
+        const QString &folder = folders[size_t(loc)];
+        const QStringList &entries = listings[size_t(loc)];
+        progress.folder(folderPrefix + m_traits.folder(loc));
         const bool global = isSystemLocation(loc);
         const bool active = isActiveLocation(loc);
         const qsizetype n = entries.size();
@@ -165,7 +202,8 @@ void TypeManager::reloadData()
             progress.entry(entry, k, n);
 
             const QString fullPath = folder % QLatin1Char('/') % entry;
-            if (!m_traits.recognise(m_traits.recognitionTakesFullPath ? fullPath : entry))
+            if (InterruptedMoves::isLeftoverName(entry)
+                || !m_traits.recognise(m_traits.recognitionTakesFullPath ? fullPath : entry))
                 continue;
 
             auto item = std::make_shared<AUItem>(&main);

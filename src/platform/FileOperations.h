@@ -33,6 +33,11 @@ public:
     virtual bool isReadable(const QString &path) const = 0;
     virtual bool isWritable(const QString &path) const = 0;
     virtual bool isDeletable(const QString &path) const = 0;
+    // Every file, folder and link below part (part itself included) is in whole at the same
+    // relative place with the same contents or link target; metadata is not compared.
+    virtual bool holdsAllOf(const QString &whole, const QString &part) const = 0;
+    // Whether every change is refused, so that nothing need be tried.
+    virtual bool isReadOnly() const { return false; }
 
     // One level, no attributes; fails when the parent is missing.
     virtual bool createDirectory(const QString &path, FileError *error = nullptr) = 0;

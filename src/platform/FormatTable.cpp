@@ -1,6 +1,7 @@
 #include "platform/FormatTable.h"
 
 #include "platform/Bundle.h"
+#include "platform/InterruptedMoves.h"
 #include "platform/ScanCache.h"
 
 #include <QCoreApplication>
@@ -243,18 +244,24 @@ bool isAppleDoubleName(const QString &name)
     return lastComponent(name).startsWith(QLatin1String("._"));
 }
 
+// A sidecar, and what a move cut short leaves behind, may look like a whole plug-in inside.
+static bool isNeverPlugIn(const QString &name)
+{
+    return isAppleDoubleName(name) || InterruptedMoves::isLeftoverName(name);
+}
+
 // Any name ending in the nine letters counts, with or without the dot, bundle or not; only a
-// sidecar does not.
+// sidecar or a leftover does not.
 bool isAudioUnitName(const QString &name)
 {
-    return name.endsWith(QLatin1String("component")) && !isAppleDoubleName(name);
+    return name.endsWith(QLatin1String("component")) && !isNeverPlugIn(name);
 }
 
 // The name is tested before the disk is asked, and a bundle's Info.plist read only when its name
 // qualifies.
 bool isVSTPlugInPath(const QString &path)
 {
-    if (isAppleDoubleName(path))
+    if (isNeverPlugIn(path))
         return false;
     if (lastComponent(path).endsWith(QLatin1String(".vst")) && Bundle::isFilePackage(path))
         return true;
@@ -263,7 +270,7 @@ bool isVSTPlugInPath(const QString &path)
 
 bool isRTASPlugInPath(const QString &path)
 {
-    if (isAppleDoubleName(path))
+    if (isNeverPlugIn(path))
         return false;
     const QString name = lastComponent(path);
     const bool rtas = name.endsWith(QLatin1String(".rtas"));
@@ -276,7 +283,7 @@ bool isRTASPlugInPath(const QString &path)
 
 bool isMASPlugInPath(const QString &path)
 {
-    if (isAppleDoubleName(path))
+    if (isNeverPlugIn(path))
         return false;
     if (isFolder(path))
         return Bundle::isFilePackage(path)

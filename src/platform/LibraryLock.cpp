@@ -3,10 +3,13 @@
 #include "platform/FileOperations.h"
 #include "platform/Locations.h"
 
+#include <QDateTime>
+#include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QLockFile>
 #include <QSysInfo>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 
@@ -15,6 +18,8 @@ namespace korvane {
 namespace {
 
 constexpr int kDefaultWaitMs = 10000;
+constexpr qint64 kPollMs = 200;
+constexpr qint64 kAbandonedMs = 5000;
 
 struct Hold {
     std::unique_ptr<QLockFile> file;
@@ -52,6 +57,19 @@ QString describeHolder(const QLockFile &file)
     return text + QLatin1Char(')');
 }
 
+// A holder killed between making the lock file and writing who it is leaves the file empty, and
+// nobody could ever tell that it died. Holders write their name at once, so an empty file that has
+// stood this long is nobody's.
+bool isAbandoned(const QLockFile &file, const QString &path)
+{
+    qint64 pid = 0;
+    QString host, program;
+    if (file.getLockInfo(&pid, &host, &program))
+        return false;
+    const QDateTime modified = QFileInfo(path).lastModified();
+    return modified.isValid() && modified.msecsTo(QDateTime::currentDateTime()) > kAbandonedMs;
+}
+
 } // namespace
 
 LibraryLock::LibraryLock(FileOperations &files, const QString &lockFile, int waitMs)
@@ -73,10 +91,17 @@ LibraryLock::LibraryLock(FileOperations &files, const QString &lockFile, int wai
     auto file = std::make_unique<QLockFile>(m_path);
     // Only a dead holder's lock is stale; a long move across disks must not lose it to age.
     file->setStaleLockTime(0);
-    if (file->tryLock(waitMs < 0 ? defaultWaitMs() : waitMs)) {
-        holds()[m_path] = Hold{std::move(file), 1};
-        m_locked = true;
-        return;
+    const QDeadlineTimer deadline(waitMs < 0 ? defaultWaitMs() : waitMs);
+    for (;;) {
+        if (file->tryLock(int(std::min<qint64>(deadline.remainingTime(), kPollMs)))) {
+            holds()[m_path] = Hold{std::move(file), 1};
+            m_locked = true;
+            return;
+        }
+        if (file->error() != QLockFile::LockFailedError || deadline.hasExpired())
+            break;
+        if (isAbandoned(*file, m_path))
+            file->removeStaleLockFile();
     }
     switch (file->error()) {
     case QLockFile::LockFailedError:

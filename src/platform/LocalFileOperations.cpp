@@ -1,5 +1,6 @@
 #include "platform/LocalFileOperations.h"
 
+#include "platform/InterruptedMoves.h"
 #include "platform/PlatformFiles.h"
 #include "platform/ScanCache.h"
 #include "platform/SystemLog.h"
@@ -29,9 +30,7 @@ namespace {
 using PlatformFiles::isLocked;
 using PlatformFiles::renameNoReplace;
 using PlatformFiles::syncFileSystem;
-
-const QString kPartialSuffix = QStringLiteral(".korvane-partial");
-const QString kRemovingSuffix = QStringLiteral(".korvane-removing");
+using PlatformFiles::syncFolder;
 
 QByteArray encoded(const QString &path)
 {
@@ -80,12 +79,6 @@ QString childOf(const QString &folder, const QString &name)
     if (folder.endsWith(QLatin1Char('/')))
         return folder + name;
     return folder % QLatin1Char('/') % name;
-}
-
-// A hidden name beside path, for the intermediate states of a move.
-QString besideName(const QString &path, const QString &suffix)
-{
-    return childOf(parentOf(path), QLatin1Char('.') + nameOf(path) + suffix);
 }
 
 // The AppleDouble sidecar that carries an item's Finder information on foreign file systems.
@@ -326,6 +319,46 @@ int writeTrashInfo(const QString &infoPath, const QString &original)
     return failure;
 }
 
+// Where a symbolic link points; empty when it cannot be read.
+QByteArray linkTarget(const QString &path)
+{
+    std::vector<char> target(PATH_MAX + 1, '\0');
+    const ssize_t length = ::readlink(encoded(path).constData(), target.data(), PATH_MAX);
+    return length < 0 ? QByteArray() : QByteArray(target.data(), qsizetype(length));
+}
+
+// Two regular files of the same size hold the same bytes.
+bool sameBytes(const QString &a, const QString &b)
+{
+    const int first = ::open(encoded(a).constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    const int second = ::open(encoded(b).constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    bool same = first >= 0 && second >= 0;
+    std::vector<char> one(64 * 1024), other(64 * 1024);
+    while (same) {
+        const ssize_t got = ::read(first, one.data(), one.size());
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0) {
+            char extra;
+            same = got == 0 && ::read(second, &extra, 1) == 0;
+            break;
+        }
+        for (ssize_t filled = 0; same && filled < got;) {
+            const ssize_t put = ::read(second, other.data() + filled, size_t(got - filled));
+            if (put < 0 && errno == EINTR)
+                continue;
+            same = put > 0;
+            filled += put > 0 ? put : 0;
+        }
+        same = same && std::memcmp(one.data(), other.data(), size_t(got)) == 0;
+    }
+    if (first >= 0)
+        ::close(first);
+    if (second >= 0)
+        ::close(second);
+    return same;
+}
+
 } // namespace
 
 LocalFileOperations::LocalFileOperations(Roots roots) : m_roots(std::move(roots)) {}
@@ -375,6 +408,24 @@ bool LocalFileOperations::isDeletable(const QString &path) const
     if (user != 0 && lstatPath(parentOf(path), &parent) && (parent.st_mode & S_ISVTX))
         return info.st_uid == user || parent.st_uid == user;
     return true;
+}
+
+bool LocalFileOperations::holdsAllOf(const QString &whole, const QString &part) const
+{
+    struct stat partInfo, wholeInfo;
+    if (!lstatPath(part, &partInfo) || !lstatPath(whole, &wholeInfo)
+        || (partInfo.st_mode & S_IFMT) != (wholeInfo.st_mode & S_IFMT))
+        return false;
+    if (S_ISDIR(partInfo.st_mode)) {
+        const QStringList names = listNames(part);
+        return std::all_of(names.cbegin(), names.cend(), [&](const QString &name) {
+            return holdsAllOf(childOf(whole, name), childOf(part, name));
+        });
+    }
+    if (S_ISLNK(partInfo.st_mode))
+        return linkTarget(part) == linkTarget(whole);
+    return S_ISREG(partInfo.st_mode) && partInfo.st_size == wholeInfo.st_size
+           && sameBytes(part, whole);
 }
 
 bool LocalFileOperations::createDirectory(const QString &path, FileError *error)
@@ -437,9 +488,10 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
     // A source that could not be removed afterwards is not worth copying.
     if (!checkRemovable(from, error))
         return false;
-    // Copy beside the target under a hidden name; the target name appears only when the copy is
-    // whole. A partial copy left by an interrupted move is ours and goes first.
-    const QString partial = besideName(to, kPartialSuffix);
+    // Copied beside the target under a hidden name while the source stays whole where it is. A
+    // partial copy already there is never the only copy of anything: its source was still whole
+    // when it was left.
+    const QString partial = InterruptedMoves::partialPath(to);
     struct stat info;
     if (lstatPath(partial, &info) && !removeTree(partial, error))
         return false;
@@ -448,33 +500,43 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
         removeTree(partial);
         return false;
     }
-    if (const int result = renameNoReplace(partial, to); result != 0) {
+    // The copy must be on the disk before the source goes out of sight.
+    if (const int result = syncFileSystem(parentOf(partial)); result != 0) {
         removeTree(partial);
         return fail(error, to, result);
     }
-    // The new copy must be on the disk before the old one goes.
-    if (const int result = syncFileSystem(parentOf(to)); result != 0) {
-        removeTree(to);
-        return fail(error, to, result);
-    }
-
-    // The item is now whole in both places. The source must go completely or not at all: check
-    // again that every part of it can be removed, else take the new copy back.
+    // Time has passed: every part of the source must still be removable, or nothing happens.
     if (!checkRemovable(from, error)) {
-        removeTree(to);
+        removeTree(partial);
         return false;
     }
-    // Rename first so the source vanishes from its folder in one step. A leftover of an earlier
-    // move that still will not go must not block this one.
-    QString removing = besideName(from, kRemovingSuffix);
-    for (int n = 2; n < 100 && lstatPath(removing, &info) && !removeTree(removing); ++n)
-        removing = besideName(from, kRemovingSuffix + QLatin1Char('.') + QString::number(n));
+
+    // The source is hidden first and the copy takes the name second, so no moment shows the
+    // item twice; a run cut short between the two leaves a pair a later scan puts right. An older
+    // hidden copy is left for that judgement too, and this one takes a fresh name.
+    QString removing = InterruptedMoves::removingPath(from);
+    for (int n = 2; n < 100 && lstatPath(removing, &info); ++n)
+        removing = InterruptedMoves::removingPath(from, n);
     if (const int result = renameNoReplace(from, removing); result != 0) {
-        removeTree(to);
+        removeTree(partial);
         return fail(error, from, result);
     }
+    if (const int result = renameNoReplace(partial, to); result != 0) {
+        if (const int back = renameNoReplace(removing, from); back != 0) {
+            systemLog(QStringLiteral("Could not put %1 back from %2 after a failed move: %3")
+                          .arg(from, removing, reasonFor(back)));
+            return fail(error, removing, result);
+        }
+        removeTree(partial);
+        return fail(error, to, result);
+    }
     // The item is whole at the target: the move has happened, whatever becomes of the hidden
-    // remains of the old copy.
+    // remains of the old copy. They go only once the new name is on the disk.
+    if (const int result = syncFolder(parentOf(to)); result != 0) {
+        systemLog(QStringLiteral("Moved %1 to %2, but kept the hidden old copy %3: %4")
+                      .arg(from, to, removing, reasonFor(result)));
+        return true;
+    }
     FileError leftover;
     if (!remove(removing, &leftover))
         systemLog(

@@ -13,6 +13,8 @@ int renameNoReplace(const QString &from, const QString &to);
 bool isLocked(const QString &path);
 // Flushes the file system that holds folder.
 int syncFileSystem(const QString &folder);
+// Flushes the folder itself, so that a rename in it is on the disk.
+int syncFolder(const QString &folder);
 // Copies every extended attribute a target accepts; a refused one is not worth failing a copy.
 void copyExtendedAttributes(int fromFd, int toFd);
 

@@ -46,6 +46,11 @@ bool ReadOnlyFileOperations::isDeletable(const QString &path) const
     return m_inner.isDeletable(path);
 }
 
+bool ReadOnlyFileOperations::holdsAllOf(const QString &whole, const QString &part) const
+{
+    return m_inner.holdsAllOf(whole, part);
+}
+
 bool ReadOnlyFileOperations::createDirectory(const QString &path, FileError *error)
 {
     return refuse(error, path);

@@ -14,6 +14,7 @@
 #include "support/TestRoots.h"
 
 #include <QCryptographicHash>
+#include <QDateTime>
 #include <QDirIterator>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -556,15 +557,25 @@ TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheL
     EXPECT_EQ(after.out, "disabled Alpha.component\n");
     EXPECT_FALSE(QFile::exists(LibraryLock::lockFilePath(locations())));
 
+    // A holder killed before it wrote its name leaves an empty lock file; once it has stood a
+    // while, it frees the library too.
+    QFile empty(LibraryLock::lockFilePath(locations()));
+    ASSERT_TRUE(empty.open(QIODevice::WriteOnly));
+    empty.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime);
+    empty.close();
+    const ToolRun afterEmpty = tool({"enable", "--format", "au", "Alpha"}, briefly);
+    EXPECT_EQ(afterEmpty.exitCode, 0) << afterEmpty.err.toStdString();
+    EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Alpha.component")));
+
     // Where no lock can be made, nothing moves either.
     ImmutableGuard guard(support);
     if (!guard.ok())
         return;
-    const ToolRun unlockable = tool({"enable", "--format", "au", "Alpha"}, briefly);
+    const ToolRun unlockable = tool({"disable", "--format", "au", "Alpha"}, briefly);
     EXPECT_EQ(unlockable.exitCode, 1);
     EXPECT_TRUE(unlockable.err.contains(LibraryLock::lockFilePath(locations())))
         << unlockable.err.toStdString();
-    EXPECT_TRUE(isWholeBundle(au(LocSystemDisabled, "Alpha.component")));
+    EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Alpha.component")));
 }
 
 TEST(ProgramExitTest, DecodingASetAndReturningFromMainWithoutAResetExitsCleanly)

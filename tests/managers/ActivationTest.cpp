@@ -241,8 +241,10 @@ TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefused)
     const QString user = addAU(LocUserActive, "Foo.component");
     const QString off =
         PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 1), "Foo.component", MachO::ppc());
+    // Bar twice, and not the same build: an identical pair is settled instead.
     addAU(LocSystemActive, "Bar.component");
-    const QString bar = addAU(LocUserActive, "Bar.component");
+    const QString bar =
+        PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 2), "Bar.component", MachO::ppc());
     SystemLogCapture capture;
     au->reloadData();
     for (const AUItemPtr &it : au->items()) {
@@ -270,6 +272,26 @@ TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefused)
     EXPECT_TRUE(
         capture.contains("Target is an installed copy, both kept: " + auPath(0, "Bar.component")));
     EXPECT_FALSE(capture.contains("fehlgeschlagen"));
+}
+
+TEST_F(ActivationTest, AnIdenticalCopyWhereThePlugInBelongsLeavesOneCopyThere)
+{
+    const QString on = addAU(LocSystemActive, "Foo.component");
+    const QString off = addAU(LocSystemDisabled, "Foo.component");
+    au->reloadData();
+    for (const AUItemPtr &it : au->items())
+        if (it->getAUActive())
+            au->changeObject(it, "AUActive", false);
+    const QList<MoveOutcome> outcomes = au->applyAllPending();
+    ASSERT_EQ(outcomes.size(), 1);
+    EXPECT_TRUE(outcomes[0].ok);
+    const QString trashed = homePath(".local/share/Trash/files/Foo.component");
+    EXPECT_TRUE(whole(trashed, MachO::intel()) && whole(off, MachO::intel()) && !exists(on));
+    EXPECT_TRUE(logText().contains("Foo.component was already at " + off
+                                   + "; the identical copy from " + on
+                                   + " is now in the trash: " + trashed));
+    EXPECT_TRUE(ui.alerts.isEmpty());
+    EXPECT_EQ(names(au), QStringList{"Foo.component"});
 }
 
 TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)

@@ -79,6 +79,12 @@ TEST_F(RecognitionTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKi
         {&isVSTPlugInPath, folder("._Bare.vst"), false},
         {&isRTASPlugInPath, Builder::makeRTAS(dir(), "._Eq.rtas", MachO::ppc()), false},
         {&isMASPlugInPath, Builder::makeMAS(dir(), "._Comp.bundle", MachO::ppc()), false},
+        // Nor is what a move cut short leaves beside its source and its target, whole as it is.
+        {&isAudioUnitName, ".Foo.component.korvane-partial.component", true},
+        {&isMASPlugInPath, Builder::makeMAS(dir(), ".Comp.bundle.korvane-partial", MachO::ppc()),
+         false},
+        {&isMASPlugInPath, Builder::makeMAS(dir(), ".Comp.bundle.korvane-removing.2", MachO::ppc()),
+         false},
     };
     for (const auto &c : cases)
         EXPECT_EQ(c.test(c.path), c.expected) << c.path.section('/', -1).toStdString();

@@ -11,6 +11,9 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <cstring>
+#include <utility>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -330,6 +333,41 @@ TEST_F(CrossDeviceMoveTest, ALeftoverThatWillNotGoNeitherFailsNorBlocksAMove)
         << error.reason.toStdString();
     EXPECT_EQ(snapshot(mounted("Echo.vst")), before);
     EXPECT_EQ(entries(folder), QStringList{".Echo.vst.korvane-removing"});
+}
+
+// Puts another item at the target while the copy is under way, as another program could.
+class IntrudingOperations : public LocalFileOperations {
+public:
+    using LocalFileOperations::LocalFileOperations;
+    QString intruder;
+
+protected:
+    bool copyFile(const QString &from, const QString &to, FileError *error) override
+    {
+        if (!intruder.isEmpty())
+            B::makeFile(std::exchange(intruder, {}), "Other", {}, "other");
+        return LocalFileOperations::copyFile(from, to, error);
+    }
+};
+
+// The source is out of sight only between hiding it and naming the copy; when the copy cannot take
+// the name, the source comes back under its own.
+TEST_F(CrossDeviceMoveTest, ATargetTakenDuringTheCopyLeavesTheSourceWhereItWas)
+{
+    const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
+    const auto before = snapshot(source);
+    const QString folder = B::makeFolder(rootPath("VST"));
+    IntrudingOperations intruding(roots());
+    intruding.intruder = folder + "/Echo.vst";
+    m_current = &intruding;
+    FileError error;
+    EXPECT_FALSE(ops().move(source, folder + "/Echo.vst", &error));
+    EXPECT_EQ(error.path, folder + "/Echo.vst");
+    EXPECT_EQ(error.reason, QString::fromLocal8Bit(std::strerror(EEXIST)));
+    EXPECT_EQ(snapshot(source), before);
+    EXPECT_EQ(entries(mounted("VST")), QStringList{"Echo.vst"});
+    EXPECT_EQ(entries(folder), QStringList{"Echo.vst"});
+    EXPECT_EQ(readText(folder + "/Echo.vst/Other"), "other");
 }
 
 TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris)

@@ -87,4 +87,14 @@ int syncFileSystem(const QString &folder)
     return result;
 }
 
+int syncFolder(const QString &folder)
+{
+    const int fd = ::open(encoded(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return errno;
+    const int result = ::fsync(fd) == 0 ? 0 : errno;
+    ::close(fd);
+    return result;
+}
+
 } // namespace korvane::PlatformFiles

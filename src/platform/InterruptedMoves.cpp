@@ -1,0 +1,197 @@
+#include "platform/InterruptedMoves.h"
+
+#include <QDir>
+
+namespace korvane {
+
+namespace {
+
+const QString kPartialSuffix = QStringLiteral(".korvane-partial");
+const QString kRemovingSuffix = QStringLiteral(".korvane-removing");
+
+QString folderOf(const QString &path)
+{
+    const QString clean = QDir::cleanPath(path);
+    const qsizetype slash = clean.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0)
+        return QString();
+    return slash == 0 ? QStringLiteral("/") : clean.left(slash);
+}
+
+QString nameOf(const QString &path)
+{
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+QString join(const QString &folder, const QString &name)
+{
+    if (folder.isEmpty())
+        return name;
+    return folder.endsWith(QLatin1Char('/')) ? folder + name : folder + QLatin1Char('/') + name;
+}
+
+// The hidden name beside path.
+QString beside(const QString &path, const QString &suffix)
+{
+    const QString clean = QDir::cleanPath(path);
+    return join(folderOf(clean), QLatin1Char('.') + nameOf(clean) + suffix);
+}
+
+} // namespace
+
+QString InterruptedMoves::partialPath(const QString &target)
+{
+    return beside(target, kPartialSuffix);
+}
+
+QString InterruptedMoves::removingPath(const QString &source, int n)
+{
+    return beside(source, n <= 1 ? kRemovingSuffix
+                                 : kRemovingSuffix + QLatin1Char('.') + QString::number(n));
+}
+
+std::optional<InterruptedMoves::Leftover> InterruptedMoves::parse(const QString &name)
+{
+    if (!name.startsWith(QLatin1Char('.')) || name.contains(QLatin1Char('/')))
+        return std::nullopt;
+    if (name.endsWith(kPartialSuffix)) {
+        const QString item = name.mid(1, name.size() - 1 - kPartialSuffix.size());
+        if (!item.isEmpty())
+            return Leftover{item, false};
+        return std::nullopt;
+    }
+    const qsizetype at = name.lastIndexOf(kRemovingSuffix);
+    if (at <= 1)
+        return std::nullopt;
+    const QStringView rest = QStringView(name).mid(at + kRemovingSuffix.size());
+    if (!rest.isEmpty()) {
+        // ".2", ".3", ...: a fresh name where an older leftover still lay.
+        if (rest.size() < 2 || rest.front() != QLatin1Char('.'))
+            return std::nullopt;
+        for (const QChar c : rest.mid(1))
+            if (!c.isDigit())
+                return std::nullopt;
+    }
+    return Leftover{name.mid(1, at - 1), true};
+}
+
+bool InterruptedMoves::isLeftoverName(const QString &path)
+{
+    // The common case, a name that does not start with a dot, costs one comparison.
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    if (path.size() <= slash + 1 || path.at(slash + 1) != QLatin1Char('.'))
+        return false;
+    return parse(path.mid(slash + 1)).has_value();
+}
+
+InterruptedMoves::InterruptedMoves(FileOperations &files, QStringList folders)
+    : m_files(files), m_folders(std::move(folders))
+{
+}
+
+void InterruptedMoves::add(int folder, const QString &relative)
+{
+    const std::optional<Leftover> leftover = parse(nameOf(relative));
+    if (!leftover || folder < 0 || folder >= m_folders.size())
+        return;
+    m_found.append(Found{folder, join(folderOf(relative), leftover->item),
+                         join(m_folders.at(folder), relative), leftover->removing});
+}
+
+QStringList InterruptedMoves::settle()
+{
+    QStringList lines;
+    for (const Found &found : std::as_const(m_found))
+        if (found.removing)
+            settleRemoving(found, &lines);
+    for (const Found &found : std::as_const(m_found))
+        if (!found.removing)
+            settlePartial(found, &lines);
+    return lines;
+}
+
+QString InterruptedMoves::itemIn(int folder, const Found &found) const
+{
+    return join(m_folders.at(folder), found.relativeItem);
+}
+
+bool InterruptedMoves::anyPartialOf(const Found &found) const
+{
+    for (int folder = 0; folder < m_folders.size(); ++folder)
+        if (m_files.exists(partialPath(itemIn(folder, found))))
+            return true;
+    return false;
+}
+
+bool InterruptedMoves::anyRemovingOf(const Found &found) const
+{
+    for (const Found &other : m_found)
+        if (other.removing && other.relativeItem == found.relativeItem
+            && m_files.exists(other.path))
+            return true;
+    return false;
+}
+
+void InterruptedMoves::settleRemoving(const Found &found, QStringList *lines)
+{
+    if (!m_files.exists(found.path))
+        return;
+    // With a partial copy still about, the new copy never took its name: the old one goes back.
+    if (!anyPartialOf(found)) {
+        // Otherwise a whole copy that holds everything the old one still holds (a removal cut
+        // short leaves less) is the moved item.
+        for (int folder = 0; folder < m_folders.size(); ++folder) {
+            const QString copy = itemIn(folder, found);
+            if (!m_files.exists(copy) || !m_files.holdsAllOf(copy, found.path))
+                continue;
+            FileError error;
+            if (m_files.remove(found.path, &error))
+                *lines << QStringLiteral("Finished an interrupted move: %1 is whole, its old copy "
+                                         "%2 is removed")
+                              .arg(copy, found.path);
+            else
+                *lines << QStringLiteral("Kept %1, the old copy of %2: %3")
+                              .arg(found.path, copy, error.reason);
+            return;
+        }
+    }
+    const QString home = itemIn(found.folder, found);
+    if (m_files.exists(home)) {
+        *lines << QStringLiteral("Kept %1, the hidden copy of an interrupted move: %2 holds a "
+                                 "different item")
+                      .arg(found.path, home);
+        return;
+    }
+    FileError error;
+    if (m_files.move(found.path, home, &error))
+        *lines << QStringLiteral("Undid an interrupted move: %1 is back in place").arg(home);
+    else
+        *lines << QStringLiteral("Kept %1, the hidden copy of an interrupted move: %2")
+                      .arg(found.path, error.reason);
+}
+
+void InterruptedMoves::settlePartial(const Found &found, QStringList *lines)
+{
+    if (!m_files.exists(found.path))
+        return;
+    // A partial copy is made while its source stays whole; it is never the only copy unless
+    // something else took that away.
+    bool elsewhere = anyRemovingOf(found);
+    for (int folder = 0; folder < m_folders.size() && !elsewhere; ++folder)
+        elsewhere = m_files.exists(itemIn(folder, found));
+    if (!elsewhere) {
+        *lines << QStringLiteral("Kept %1, the partial copy of an interrupted move: no other copy "
+                                 "of %2 was found")
+                      .arg(found.path, found.relativeItem);
+        return;
+    }
+    FileError error;
+    if (m_files.remove(found.path, &error))
+        *lines << QStringLiteral("Removed %1, the partial copy of an interrupted move")
+                      .arg(found.path);
+    else
+        *lines << QStringLiteral("Kept %1, the partial copy of an interrupted move: %2")
+                      .arg(found.path, error.reason);
+}
+
+} // namespace korvane
