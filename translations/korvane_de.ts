@@ -863,5 +863,11 @@
         <source>none</source>
         <translation>keine</translation>
     </message>
+    <message>
+        <source>%1 was already at %2; the identical copy from %3 is now in the trash: %4
+</source>
+        <translation>%1 lag bereits in %2; die gleiche Kopie aus %3 liegt jetzt im Papierkorb: %4
+</translation>
+    </message>
 </context>
 </TS>

@@ -236,9 +236,10 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
         }
         systemLog(QStringLiteral("Identical copy at the target, the other moved to the trash: %1")
                       .arg(trashedTo));
-        main->addLogEntry(this, tr("%1 was already at %2; the identical copy from %3 is now in "
-                                   "the trash: %4\n")
-                                    .arg(outcome.name, outcome.to, outcome.from, trashedTo));
+        main->addLogEntry(this,
+                          korvane::tr("%1 was already at %2; the identical copy from %3 is now in "
+                                      "the trash: %4\n")
+                              .arg(outcome.name, outcome.to, outcome.from, trashedTo));
         return done();
     }
     if (otherCopy) {
