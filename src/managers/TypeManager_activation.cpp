@@ -133,8 +133,8 @@ QList<MoveOutcome> TypeManager::applyAllPending()
     const bool showProgress = pending > 0;
     if (showProgress)
         ui().progressBegin(korvane::tr("Moving plug-ins:"));
-    // A move to another file system (a large sample library among the content, say) copies every
-    // byte: the bar moves within the plug-in, and the lower line says how much has been copied.
+    // Moving to another file system copies every byte, and content such as a sample library can
+    // be large: the bar moves within the plug-in, and the lower line says how much is done.
     const CopyProgressScope bytes(files(), copyProgressFor(done, pending));
     for (qsizetype i = 0; i < records.size(); ++i) {
         if (records.at(i).isLogProcessed())

@@ -451,16 +451,22 @@ static bool canPlace(const QString &from, const QString &to, struct stat *info, 
     return true;
 }
 
-bool LocalFileOperations::move(const QString &from, const QString &to, FileError *error)
+bool LocalFileOperations::withSidecar(Step step, const QString &from, const QString &to,
+                                      FileError *error)
 {
-    if (!relocate(from, to, error))
+    if (!(this->*step)(from, to, error))
         return false;
     if (hasSidecar(from)) {
         FileError failure;
-        if (!relocate(sidecarOf(from), sidecarOf(to), &failure))
+        if (!(this->*step)(sidecarOf(from), sidecarOf(to), &failure))
             reportSidecar(from, to, failure);
     }
     return true;
+}
+
+bool LocalFileOperations::move(const QString &from, const QString &to, FileError *error)
+{
+    return withSidecar(&LocalFileOperations::relocate, from, to, error);
 }
 
 bool LocalFileOperations::relocate(const QString &from, const QString &to, FileError *error)
@@ -547,14 +553,7 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
 
 bool LocalFileOperations::copy(const QString &from, const QString &to, FileError *error)
 {
-    if (!duplicate(from, to, error))
-        return false;
-    if (hasSidecar(from)) {
-        FileError failure;
-        if (!duplicate(sidecarOf(from), sidecarOf(to), &failure))
-            reportSidecar(from, to, failure);
-    }
-    return true;
+    return withSidecar(&LocalFileOperations::duplicate, from, to, error);
 }
 
 bool LocalFileOperations::duplicate(const QString &from, const QString &to, FileError *error)

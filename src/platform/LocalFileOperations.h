@@ -41,6 +41,9 @@ private:
     // move and copy without the sidecar.
     bool relocate(const QString &from, const QString &to, FileError *error);
     bool duplicate(const QString &from, const QString &to, FileError *error);
+    // A step on the item, then on its sidecar, which follows where it can and is logged where not.
+    using Step = bool (LocalFileOperations::*)(const QString &, const QString &, FileError *);
+    bool withSidecar(Step step, const QString &from, const QString &to, FileError *error);
     bool moveAcrossFileSystems(const QString &from, const QString &to, FileError *error);
     // One item into the trash's files folder, under preferredName when it is free.
     bool trashItem(const QString &path, const QString &preferredName, FileError *error,

@@ -129,56 +129,51 @@ void MainWindow::closeEvent(QCloseEvent *event)
 }
 
 QAction *MainWindow::addItem(QMenu *menu, const char *name, const QString &text,
-                             const std::function<void()> &run)
+                             const QKeySequence &shortcut, const std::function<void()> &run)
 {
     QAction *item = menu->addAction(text);
     item->setObjectName(QLatin1String(name));
+    item->setShortcut(shortcut);
     connect(item, &QAction::triggered, this, run);
     return item;
+}
+
+QAction *MainWindow::addItem(QMenu *menu, const char *name, const QString &text,
+                             const std::function<void()> &run)
+{
+    return addItem(menu, name, text, QKeySequence(), run);
 }
 
 void MainWindow::makeFileMenu()
 {
     QMenu *menu = menuBar()->addMenu(korvane::tr("&File"));
-    addItem(menu, "miNew", korvane::tr("New"), [this] {
-        m_main.newButton();
-    })->setShortcut(QKeySequence::New);
-    addItem(menu, "miOpen", korvane::tr("Open..."), [this] {
-        m_main.open();
-    })->setShortcut(QKeySequence::Open);
-    addItem(menu, "miSave", korvane::tr("Save"), [this] {
-        m_main.save();
-    })->setShortcut(QKeySequence::Save);
-    addItem(menu, "miSaveAs", korvane::tr("Save As..."), [this] {
-        m_main.saveAs();
-    })->setShortcut(QKeySequence::SaveAs);
+    addItem(menu, "miNew", korvane::tr("New"), QKeySequence::New, [this] { m_main.newButton(); });
+    addItem(menu, "miOpen", korvane::tr("Open..."), QKeySequence::Open, [this] { m_main.open(); });
+    addItem(menu, "miSave", korvane::tr("Save"), QKeySequence::Save, [this] { m_main.save(); });
+    addItem(menu, "miSaveAs", korvane::tr("Save As..."), QKeySequence::SaveAs,
+            [this] { m_main.saveAs(); });
     menu->addSeparator();
     addItem(menu, "miLaunchScript", korvane::tr("Launch Script..."),
             [this] { m_context.script()->openScriptWindow(); });
     menu->addSeparator();
-    addItem(menu, "miQuit", korvane::tr("&Quit"), [this] {
-        close();
-    })->setShortcut(QKeySequence::Quit);
+    addItem(menu, "miQuit", korvane::tr("&Quit"), QKeySequence::Quit, [this] { close(); });
 }
 
 void MainWindow::makeEditMenu()
 {
     QMenu *menu = menuBar()->addMenu(korvane::tr("&Edit"));
-    addItem(menu, "miUndo", korvane::tr("Undo"), [this] {
-        m_main.undoAction();
-    })->setShortcut(QKeySequence::Undo);
-    addItem(menu, "miRedo", korvane::tr("Redo"), [this] {
-        m_main.redoAction();
-    })->setShortcut(QKeySequence::Redo);
+    addItem(menu, "miUndo", korvane::tr("Undo"), QKeySequence::Undo,
+            [this] { m_main.undoAction(); });
+    addItem(menu, "miRedo", korvane::tr("Redo"), QKeySequence::Redo,
+            [this] { m_main.redoAction(); });
     menu->addSeparator();
-    addItem(menu, "miDelete", korvane::tr("Delete..."), [this] {
-        m_main.deleteItem();
-    })->setShortcut(QKeySequence::Delete);
+    addItem(menu, "miDelete", korvane::tr("Delete..."), QKeySequence::Delete,
+            [this] { m_main.deleteItem(); });
     menu->addSeparator();
-    addItem(menu, "miFind", korvane::tr("Find"), [this] {
+    addItem(menu, "miFind", korvane::tr("Find"), QKeySequence::Find, [this] {
         if (FormatTab *page = frontPage())
             page->focusSearch();
-    })->setShortcut(QKeySequence::Find);
+    });
 }
 
 void MainWindow::makePlugInsMenu()
@@ -212,8 +207,8 @@ void MainWindow::makePlugInsMenu()
                 (manager->*command)();
         };
     };
-    addItem(menu, "miRescan", korvane::tr("Rescan"), front(&TypeManager::rescan))
-        ->setShortcut(QKeySequence::Refresh);
+    addItem(menu, "miRescan", korvane::tr("Rescan"), QKeySequence::Refresh,
+            front(&TypeManager::rescan));
     addItem(menu, "miInfo", korvane::tr("Info"), front(&TypeManager::getInfo));
     addItem(menu, "miDuplicates", korvane::tr("Duplicates"),
             front(&TypeManager::checkForDuplicates));
@@ -232,9 +227,8 @@ void MainWindow::makeWindowMenu()
     addItem(menu, "miHideLog", korvane::tr("Hide Log"), [this] { m_main.hideLog(); });
     menu->addSeparator();
     addItem(menu, "miGroups", korvane::tr("Groups"), [this] { m_main.showGroups(); });
-    addItem(menu, "miPreferences", korvane::tr("&Preferences"), [this] {
-        m_preferences->showPreferences();
-    })->setShortcut(QKeySequence::Preferences);
+    addItem(menu, "miPreferences", korvane::tr("&Preferences"), QKeySequence::Preferences,
+            [this] { m_preferences->showPreferences(); });
 }
 
 void MainWindow::makeHelpMenu()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QKeySequence>
 #include <QList>
 #include <QMainWindow>
 #include <functional>
@@ -46,6 +47,8 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    QAction *addItem(QMenu *menu, const char *name, const QString &text,
+                     const QKeySequence &shortcut, const std::function<void()> &run);
     QAction *addItem(QMenu *menu, const char *name, const QString &text,
                      const std::function<void()> &run);
     void makeFileMenu();
