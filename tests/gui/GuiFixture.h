@@ -1,11 +1,10 @@
 #pragma once
 
 #include "PluginLibraryBuilder.h"
+#include "managers/TypeManager.h"
 #include "panels/MyPrefObj.h"
 #include "shell/MyMainObj.h"
 #include "support/ContextTest.h"
-
-#include <memory>
 
 namespace korvane {
 
@@ -19,6 +18,14 @@ protected:
         for (bool value : on)
             context->pref()->defaults()->setObject(context->formats().at(type++).prefix + "On",
                                                    value);
+    }
+    // A plug-in's row in its manager's list, whatever the order.
+    static int rowOf(const TypeManager &manager, const QString &name)
+    {
+        for (int row = 0; row < manager.numberOfRowsInTableView(); ++row)
+            if (manager.itemAt(row)->getAUName() == name)
+                return row;
+        return -1;
     }
 };
 
