@@ -10,7 +10,6 @@
 #include <QHeaderView>
 #include <QMimeData>
 #include <QSignalSpy>
-#include <QStyleOptionViewItem>
 #include <QTest>
 #include <QTextDocument>
 #include <QUrl>
@@ -76,16 +75,6 @@ protected:
         shown.sort();
         EXPECT_EQ(shown, names);
         return names;
-    }
-    void clickCheckBox(const QModelIndex &index)
-    {
-        QStyleOptionViewItem option;
-        option.initFrom(view->viewport());
-        option.rect = view->visualRect(index);
-        option.features = QStyleOptionViewItem::HasCheckIndicator;
-        const QRect box = view->style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator,
-                                                        &option, view.get());
-        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, box.center());
     }
 };
 
@@ -168,7 +157,8 @@ TEST_F(PluginTableTest, TheFilterHidesRowsAndEditsReachTheShownPlugInAsOneUndoSt
 
     view->selectRow(0);
     EXPECT_EQ(selectedNames(), QStringList{"Birch Delay.component"});
-    clickCheckBox(view->model()->index(0, view->tableModel().columnOf("AUActive")));
+    view->setCurrentIndex(view->model()->index(0, view->tableModel().columnOf("AUActive")));
+    QTest::keyClick(view.get(), Qt::Key_Space); // the check box, from the keyboard
     EXPECT_TRUE(item("Birch Delay")->getAUActive());
     EXPECT_TRUE(item("Alder Chorus")->getAUActive());
     EXPECT_EQ(undo().undoActionName(), "enable \"Birch Delay.component\"");
