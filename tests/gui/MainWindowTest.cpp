@@ -11,7 +11,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
-#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QMenu>
 #include <QMenuBar>
@@ -49,7 +48,6 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
 {
     std::unique_ptr<MainWindow> window = openLibrary();
     TypeManager &au = *context->manager(TypeAU);
-    TypeManager &vst = *context->manager(TypeVST);
     EXPECT_EQ(window->tabs()->currentIndex(), 3);
     window->action("miAllOff")->trigger();
     EXPECT_TRUE(window->page(TypeVST)->applyButton()->isEnabled());
@@ -71,7 +69,6 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
     EXPECT_EQ(ui.alertMessages(), QStringList({"Move to trash"}));
     EXPECT_FALSE(QFileInfo::exists(folder(TypeAU, LocSystemActive) + "/Alder Echo.component"));
     EXPECT_TRUE(QFileInfo::exists(folder(TypeAU, LocSystemActive) + "/Birch Verb.component"));
-    EXPECT_EQ(vst.numberOfRowsInTableView(), 2);
 
     window->action("miAllOff")->trigger();
     EXPECT_TRUE(window->page(TypeAU)->applyButton()->isEnabled());
@@ -115,10 +112,8 @@ TEST_F(MainWindowTest, ClosingTheWindowSavesGroupsAndTheFrontTabOnce)
     context->main()->addGroupEntry();
     QMenu *groups = window->findChild<QMenu *>("menuGroups");
     ASSERT_TRUE(groups);
-    QStringList titles;
-    for (QAction *item : groups->actions())
-        titles << item->text();
-    EXPECT_EQ(titles, QStringList({"none", "New Group"}));
+    ASSERT_EQ(groups->actions().size(), 2); // "none" and the new one
+    EXPECT_EQ(groups->actions().at(1)->text(), "New Group");
     window->tabs()->tabBar()->setCurrentIndex(2);
 
     window->close();
@@ -139,7 +134,6 @@ protected:
     void SetUp() override
     {
         GuiTest::SetUp();
-        m_locale = QLocale();
         QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
         installTranslations(*qApp);
     }
@@ -149,12 +143,9 @@ protected:
             QCoreApplication::removeTranslator(translator);
             delete translator;
         }
-        QLocale::setDefault(m_locale);
+        QLocale::setDefault(QLocale::system());
         GuiTest::TearDown();
     }
-
-private:
-    QLocale m_locale;
 };
 
 TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)

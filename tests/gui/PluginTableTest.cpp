@@ -124,9 +124,8 @@ TEST_F(PluginTableTest, SortingAndRescanningKeepTheSelectedPlugIns)
     const int name = view->tableModel().columnOf("AUName");
     QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
                       {header->sectionViewportPosition(name) + 20, header->height() / 2});
-    ASSERT_FALSE(au->sortDescriptors().isEmpty());
-    EXPECT_EQ(au->sortDescriptors().first().key, "AUName");
-    EXPECT_FALSE(au->sortDescriptors().first().ascending);
+    EXPECT_EQ(au->sortDescriptors().value(0).key, "AUName");
+    EXPECT_FALSE(au->sortDescriptors().value(0).ascending);
     EXPECT_EQ(shownNames(), reversed);
     EXPECT_EQ(selectedNames(), selected);
 
