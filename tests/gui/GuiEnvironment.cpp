@@ -1,6 +1,5 @@
-// The windows need an application object and a screen; test_gui brings its main() from
-// gtest_main, so both are made by a global environment registered at load time: Qt's offscreen
-// platform, whatever display the shell has.
+// test_gui takes its main() from gtest_main, so the application object the windows need is made
+// by a global environment registered at load time, on Qt's offscreen platform.
 
 #include <QApplication>
 #include <gtest/gtest.h>
@@ -8,20 +7,16 @@
 
 namespace {
 
-int g_argc = 1;
-char g_name[] = "test_gui";
-char *g_argv[] = {g_name, nullptr};
-
 class GuiEnvironment : public ::testing::Environment {
-public:
     void SetUp() override
     {
+        static int argc = 1;
+        static char name[] = "test_gui";
+        static char *argv[] = {name, nullptr};
         qputenv("QT_QPA_PLATFORM", "offscreen");
-        m_app = std::make_unique<QApplication>(g_argc, g_argv);
+        m_app = std::make_unique<QApplication>(argc, argv);
     }
     void TearDown() override { m_app.reset(); }
-
-private:
     std::unique_ptr<QApplication> m_app;
 };
 

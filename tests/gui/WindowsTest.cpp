@@ -1,0 +1,175 @@
+// One check per small window, each bound to its controller as a person uses it.
+
+#include "GuiFixture.h"
+
+#include "gui/windows/GroupEditorWindow.h"
+#include "gui/windows/InfoPanel.h"
+#include "gui/windows/LaunchScriptPanel.h"
+#include "gui/windows/LogWindow.h"
+#include "gui/windows/PreferencesWindow.h"
+#include "panels/MyInfoObj.h"
+#include "platform/PropertyList.h"
+#include "shell/LumoScript.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTest>
+
+namespace korvane {
+namespace {
+
+using WindowsTest = GuiTest;
+
+TEST_F(WindowsTest, GroupEditorEditsReachTheGroupsSubmenuAtOnce)
+{
+    makeContext();
+    MyMainObj *main = context->main();
+    GroupEditorWindow window(*main);
+    main->showGroups();
+    QTableWidget *table = window.table();
+    QStringList menu;
+    QObject::connect(main, &AppServices::groupMenuChanged, [&] { menu = main->groupMenuTitles(); });
+    const auto click = [&](const char *name) { window.findChild<QPushButton *>(name)->click(); };
+    click("pbGroupAdd");
+    click("pbGroupAdd");
+    table->item(1, 0)->setText("Drums"); // the cell's editor commits
+    EXPECT_EQ(menu, QStringList({"New Group", "Drums"}));
+
+    table->clearSelection(); // nothing chosen: nothing goes, position 0 is no group
+    click("pbGroupDel");
+    EXPECT_EQ(main->getGroups(), QStringList({"", "New Group", "Drums"}));
+    table->selectRow(0);
+    click("pbGroupDel");
+    EXPECT_EQ(menu, QStringList({"Drums"}));
+    EXPECT_EQ(table->rowCount(), 1);
+}
+
+TEST_F(WindowsTest, InfoPanelFollowsTheTableWhileOpenAndEditsContentWhereAllowed)
+{
+    const QString folder = this->folder(TypeAU, LocSystemActive);
+    PluginLibraryBuilder::makeBundle(folder, "Alder Chorus.component", MachO::intel(),
+                                     {{"CFBundleGetInfoString", "Alder <b>Chorus</b> 2.1"}});
+    PluginLibraryBuilder::makeBundle(folder, "Birch Delay.component", MachO::intel());
+    const QString presets = PluginLibraryBuilder::makeFolder(homePath("Cedar Presets"));
+    makeContext();
+    context->awakeFromNib();
+    TypeManager *au = context->manager(TypeAU);
+    au->reloadData();
+    const int alder = rowOf(*au, "Alder Chorus.component");
+    const int birch = rowOf(*au, "Birch Delay.component");
+    InfoPanel panel(*context->info());
+    QListWidget *list = panel.contentList();
+
+    au->selectRows({alder});
+    au->getInfo(); // the info command
+    ASSERT_TRUE(panel.isVisible());
+    EXPECT_EQ(panel.infoField()->text(), "Alder <b>Chorus</b> 2.1");
+    EXPECT_EQ(panel.infoField()->textFormat(), Qt::PlainText);
+    EXPECT_FALSE(list->isVisible());
+    au->shouldSelectRow(birch);
+    EXPECT_EQ(panel.nameField()->text(), "Birch Delay");
+    EXPECT_EQ(panel.infoField()->text(), "");
+
+    context->pref()->defaults()->setObject("AUShowContent", true);
+    au->selectRows({birch});
+    au->getInfo();
+    ASSERT_TRUE(list->isVisible());
+    ui.openPanelAnswers.enqueue(presets);
+    panel.findChild<QPushButton *>("pbAdd")->click();
+    ASSERT_EQ(list->count(), 1);
+    EXPECT_EQ(list->item(0)->text(), presets);
+    list->setCurrentRow(-1);
+    panel.findChild<QPushButton *>("pbRemove")->click(); // nothing chosen: nothing goes
+    EXPECT_EQ(au->itemAt(birch)->getContentMaxIndex(), 1);
+    list->setCurrentRow(0);
+    panel.findChild<QPushButton *>("pbRemove")->click();
+    EXPECT_EQ(au->itemAt(birch)->getContentMaxIndex(), 0);
+
+    panel.close(); // a closed panel follows no more
+    au->shouldSelectRow(alder);
+    EXPECT_EQ(panel.nameField()->text(), "Birch Delay");
+}
+
+TEST_F(WindowsTest, LaunchScriptFollowsTheChosenFormatsAndIsSavedAsShown)
+{
+    const QString support =
+        PluginLibraryBuilder::makeFolder(homePath("Library/Application Support/Korvane"));
+    ASSERT_TRUE(writePlist(support + "/vstsets.plist", QVariantList{"no set", "Live"}));
+    makeContext();
+    context->awakeFromNib();
+    context->manager(TypeVST)->selectSetIndex(1);
+    LumoScript *script = context->script();
+    script->setLayout(LumoScript::Layout::Shell);
+    script->setToolPath("/opt/korvane/KorvaneCMD");
+    LaunchScriptPanel panel(*script, context->formats());
+    panel.openScriptWindow();
+
+    panel.segment(TypeVST)->click();
+    panel.segment(TypeRTAS)->click(); // no RTAS set: the button goes up again
+    EXPECT_FALSE(panel.segment(TypeRTAS)->isChecked());
+    QTest::keyClicks(panel.hostCommand(), "ardour8 \"My Session\"");
+    const QString shown = "#!/bin/sh\n# KorvaneCMD launch script\nset -e\n"
+                          "'/opt/korvane/KorvaneCMD' -VST 'Live'\n"
+                          "exec 'ardour8' 'My Session'\n";
+    EXPECT_EQ(panel.scriptText()->toPlainText(), shown);
+
+    // What the text holds when saved is what is written, a person's edit included.
+    panel.scriptText()->moveCursor(QTextCursor::End);
+    QTest::keyClicks(panel.scriptText(), "# mine");
+    ui.savePanelAnswers.enqueue(homePath("live.sh"));
+    panel.saveButton()->click();
+    EXPECT_EQ(readText(homePath("live.sh")), shown + "# mine");
+}
+
+TEST_F(WindowsTest, TheLogWindowFollowsTheLogAndItsCloseBoxEnablesShowLogAgain)
+{
+    makeContext();
+    MyMainObj *main = context->main();
+    main->addLogEntry(nullptr, "a\n");
+    LogWindow window(*main);
+    main->showLog();
+    ASSERT_TRUE(window.isVisible());
+    main->addLogEntry(nullptr, "b\n");
+    EXPECT_EQ(window.text()->toPlainText(), "a\nb\n");
+    window.close(); // the close box
+    EXPECT_TRUE(main->validateMenuItem(MyMainObj::MenuItem::ShowLog));
+}
+
+TEST_F(WindowsTest, PreferencesOpenWritingNothingAndAnEditWritesOnlyItselfAndActsAtOnce)
+{
+    // Switched off in the file; the controllers are made afresh, with no window loaded.
+    makeContext();
+    for (const auto &[key, on] : {std::pair{"AUOn", false}, {"RTASOn", true}, {"MASOn", false}})
+        context->pref()->defaults()->setObject(key, on);
+    makeContext();
+    const QString file = homePath("Library/Preferences/com.velmora.Korvane.plist");
+    const auto stored = [&] { return PropertyList::readDictionary(file).value_or(QVariantMap()); };
+    const QString before = readText(file);
+    QVariantMap expected = stored();
+    PreferencesWindow window(*context->pref(), *context->main());
+    window.show();
+    EXPECT_FALSE(window.findChild<QCheckBox *>("cbAUOn")->isChecked());
+    EXPECT_TRUE(window.findChild<QCheckBox *>("cbRTASOn")->isChecked());
+    window.close();
+    EXPECT_EQ(readText(file), before);
+
+    window.show();
+    QCheckBox *type = window.findChild<QCheckBox *>("cbVSTType");
+    type->click();
+    EXPECT_EQ(context->manager(TypeVST)->columns().count("AUType"), 1);
+    expected["VSTType"] = true;
+    expected["SUCheckAtStartup"] = false; // every control is stored, and reads as before
+    EXPECT_EQ(PropertyList::toXml(stored()), PropertyList::toXml(expected));
+    window.close();
+    window.show(); // read again from the file: no second column
+    type->click();
+    EXPECT_EQ(context->manager(TypeVST)->columns().count("AUType"), 0);
+}
+
+} // namespace
+} // namespace korvane
