@@ -1,10 +1,14 @@
 #include "platform/Bundle.h"
+#include "platform/ScanCache.h"
 #include "support/TestRoots.h"
 
 #include "PluginLibraryBuilder.h"
 
+#include <QDir>
 #include <QFile>
 #include <QtEndian>
+
+#include <sys/stat.h>
 
 namespace korvane {
 namespace {
@@ -13,7 +17,7 @@ using B = PluginLibraryBuilder;
 
 class BundleTest : public TestRoots {};
 
-TEST_F(BundleTest, InfoAndExecutableInBothPlistForms)
+TEST_F(BundleTest, InfoExecutableAndFirstBytes)
 {
     const QString folder = homePath("VST");
     const QString xml = B::makeVST(folder, "Xml.vst", MachO::intel());
@@ -37,27 +41,66 @@ TEST_F(BundleTest, InfoAndExecutableInBothPlistForms)
     EXPECT_FALSE(Bundle::infoDictionary(garbage));
     EXPECT_TRUE(Bundle::canOpen(garbage));
 
-    // A short file gives what it has, a missing one nothing; seven bytes of a header are unknown.
+    // A short file gives what it has, and seven bytes of a header are unknown. Only plain files
+    // give bytes, also through a link: opening a pipe would hold the scan up waiting for a writer.
     const QString shortFile = B::makeFile(folder, "short", {}, MachO::intel().left(7));
     EXPECT_EQ(MachOHeader::firstBytes(shortFile), MachO::intel().left(7));
     EXPECT_EQ(MachOHeader::classify(MachO::intel().left(7)), MachOHeader::Unknown);
-    EXPECT_TRUE(MachOHeader::firstBytes(folder + "/missing").isEmpty());
+    ASSERT_TRUE(QFile::link(xml + "/Contents/MacOS/Plugin", homePath("linked")));
+    EXPECT_EQ(MachOHeader::firstBytes(homePath("linked")), MachO::intel());
+    const QString pipe = homePath("pipe");
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0644), 0);
+    ASSERT_TRUE(QFile::link(pipe, homePath("to-pipe")));
+    ASSERT_TRUE(QFile::link(xml, homePath("to-folder")));
+    for (const QString &path :
+         {pipe, homePath("to-pipe"), xml, homePath("to-folder"), folder + "/missing"})
+        EXPECT_TRUE(MachOHeader::firstBytes(path).isEmpty()) << qPrintable(path);
 }
 
-TEST_F(BundleTest, FilePackageRules)
+TEST_F(BundleTest, FilePackagesAndWhatOpens)
 {
     const QString folder = homePath("Plugins");
     for (const char *name :
          {"A.component", "B.vst", "C.VST3", "D.rtas", "E.dpm", "F.bundle", "G.plugin", "H.app"})
         EXPECT_TRUE(Bundle::isFilePackage(B::makeFolder(folder + "/" + name))) << name;
     EXPECT_TRUE(Bundle::isFilePackage(B::makeBundle(folder, "Plain", MachO::intel())));
-
     const QString plainFolder = B::makeFolder(folder + "/Sub");
     EXPECT_FALSE(Bundle::isFilePackage(plainFolder));
     EXPECT_TRUE(Bundle::canOpen(plainFolder));
     const QString file = B::makeFile(folder, "File.vst");
     EXPECT_FALSE(Bundle::isFilePackage(file) || Bundle::canOpen(file));
     EXPECT_FALSE(Bundle::isFilePackage(folder + "/Missing.vst"));
+}
+
+// Within one scan a bundle is looked at once; the next scan, and anything outside a scan, sees the
+// disk as it is now.
+TEST_F(BundleTest, AScanCacheAnswersOnlyAsLongAsTheScan)
+{
+    const QString folder = homePath("MAS");
+    const QString bundle = B::makeMAS(folder, "Delay.bundle", MachO::intel());
+    const QString renamed = folder + "/Renamed.bundle";
+    {
+        ScanCache scan;
+        EXPECT_EQ(disk().directoryContents(folder), QStringList{"Delay.bundle"});
+        EXPECT_EQ(Bundle::executablePath(bundle), bundle + "/Contents/MacOS/Plugin");
+        ASSERT_TRUE(QDir().rename(bundle, renamed));
+        EXPECT_TRUE(Bundle::canOpen(bundle));
+        EXPECT_EQ(Bundle::infoValue(bundle, "CFBundleName").toString(), "Delay");
+        {
+            ScanCache inner; // a scan of its own starts afresh
+            EXPECT_FALSE(Bundle::canOpen(bundle));
+        }
+        EXPECT_TRUE(Bundle::isFilePackage(bundle));
+    }
+    EXPECT_FALSE(Bundle::isFilePackage(bundle));
+    EXPECT_FALSE(Bundle::infoDictionary(bundle));
+
+    // A link to a folder counts as a folder but is not one to descend into.
+    ASSERT_TRUE(QFile::link(renamed, folder + "/Link.bundle"));
+    ScanCache scan;
+    EXPECT_TRUE(ScanCache::isRealFolder(renamed));
+    EXPECT_FALSE(ScanCache::isRealFolder(folder + "/Link.bundle"));
+    EXPECT_EQ(ScanCache::kind(folder + "/Link.bundle"), ScanCache::Folder);
 }
 
 // An AppleDouble header with the given entries (id, offset, length), then `tail`.

@@ -9,7 +9,9 @@
 #include <QFile>
 #include <QMap>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QUrl>
 
 #include <cstring>
 #include <utility>
@@ -79,8 +81,18 @@ class FileOperationsTest : public TestRoots {
 protected:
     FileOperations &ops() { return m_current ? *m_current : disk(); }
     QStringList entries(const QString &folder) { return ops().directoryContents(folder); }
+    QString trash(const QString &relative) const
+    {
+        return homePath(".local/share/Trash/" + relative);
+    }
     FileOperations *m_current = nullptr; // an injected failure, else the disk
 };
+
+int modeOf(const QString &path)
+{
+    struct stat info;
+    return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? int(info.st_mode & 07777) : -1;
+}
 
 TEST_F(FileOperationsTest, ListsSortedWithHiddenEntriesAndNoLinkedFolders)
 {
@@ -90,8 +102,8 @@ TEST_F(FileOperationsTest, ListsSortedWithHiddenEntriesAndNoLinkedFolders)
     ASSERT_TRUE(QFile::link(folder + "/Sub", folder + "/Linked"));
     ASSERT_TRUE(QFile::link(folder + "/nowhere", folder + "/Dangling"));
 
-    const QStringList top{".DS_Store", "Dangling", "Linked", "Sub", "Sub copy", "b"};
-    EXPECT_EQ(entries(folder), top);
+    EXPECT_EQ(entries(folder),
+              QStringList({".DS_Store", "Dangling", "Linked", "Sub", "Sub copy", "b"}));
     EXPECT_EQ(ops().subpaths(folder), QStringList({".DS_Store", "Dangling", "Linked", "Sub",
                                                    "Sub/Deep", "Sub/Deep/a", "Sub copy", "b"}));
     EXPECT_TRUE(entries(folder + "/b").isEmpty());
@@ -175,6 +187,8 @@ TEST_F(FileOperationsTest, CopyKeepsTheTreeAndNeverOverwritesOrLeavesHalfACopy)
     EXPECT_FALSE(QFileInfo::exists(homePath("Echo copy.vst")));
 }
 
+// A lock anywhere, on the bundle, deep inside it or on its folder, refuses the removal before a
+// single file goes: a half-deleted plug-in is worse than one that stays.
 TEST_F(FileOperationsTest, CreatesOneLevelAndRemovesAllOrNothing)
 {
     FileError error;
@@ -184,27 +198,87 @@ TEST_F(FileOperationsTest, CreatesOneLevelAndRemovesAllOrNothing)
 
     const QString folder = homePath("VST");
     const QString bundle = makeRichBundle(folder, "Echo.vst");
-    const QString locked = bundle + "/Contents/Info.plist";
     const QString plain = B::makeFile(folder, "Plain.vst");
+    const auto before = snapshot(folder);
     EXPECT_TRUE(ops().isDeletable(plain));
-    {
+    for (const QString &locked :
+         {bundle, bundle + "/Contents/Info.plist", bundle + "/Contents/MacOS",
+          bundle + "/Contents/Resources/en.lproj/Strings", folder}) {
+        SCOPED_TRACE(qPrintable(locked));
         ImmutableGuard guard(locked);
         if (!guard.ok())
             GTEST_SKIP() << "chattr +i is not available here";
-        EXPECT_FALSE(ops().isDeletable(locked));
+        EXPECT_FALSE(ops().isDeletable(locked == folder ? plain : locked));
         EXPECT_FALSE(ops().remove(bundle, &error));
         EXPECT_EQ(error.path, locked);
-        EXPECT_EQ(entries(bundle + "/Contents"),
-                  QStringList({"Info.plist", "MacOS", "Presets", "Resources"}));
-    }
-    {
-        ImmutableGuard guard(folder);
-        EXPECT_FALSE(ops().isDeletable(plain));
-        EXPECT_FALSE(ops().remove(plain));
-        EXPECT_TRUE(QFileInfo::exists(plain));
+        EXPECT_FALSE(locked == folder && ops().remove(plain));
+        EXPECT_EQ(snapshot(folder), before);
     }
     EXPECT_TRUE(ops().remove(folder));
     EXPECT_FALSE(QFileInfo::exists(folder));
+}
+
+// The trash is made in the home, for its owner alone, and records where each item came from.
+TEST_F(FileOperationsTest, TrashKeepsEveryItemAndWhereItCameFrom)
+{
+    ASSERT_TRUE(QDir(homePath(".local")).removeRecursively());
+    const QString name = QStringLiteral("Echo Verb \u00fc.vst");
+    const QString first = B::makeVST(rootPath("VST"), name, MachO::intel());
+    B::makeFile(rootPath("VST"), "._" + name, {}, "finder info");
+    const QString second = B::makeFile(rootPath("VST (Disabled)"), name, {}, "second");
+
+    FileError error;
+    QString trashedTo;
+    ASSERT_TRUE(ops().moveToTrash(first, &error, &trashedTo)) << error.reason.toStdString();
+    EXPECT_EQ(trashedTo, trash("files/" + name));
+    for (const char *folder : {".local", ".local/share", ".local/share/Trash",
+                               ".local/share/Trash/files", ".local/share/Trash/info"})
+        EXPECT_EQ(modeOf(homePath(folder)), 0700) << folder;
+    ASSERT_TRUE(ops().moveToTrash(second, &error, &trashedTo)) << error.reason.toStdString();
+    EXPECT_EQ(trashedTo, trash("files/" + name + ".2"));
+    EXPECT_EQ(readText(trashedTo), "second");
+
+    // A stray entry without a record keeps its name and contents.
+    B::makeFile(trash("files"), "Plain.vst", {}, "stray");
+    ASSERT_TRUE(ops().moveToTrash(B::makeFile(rootPath("VST"), "Plain.vst"), &error, &trashedTo));
+    EXPECT_EQ(trashedTo, trash("files/Plain.vst.2"));
+    EXPECT_EQ(readText(trash("files/Plain.vst")), "stray");
+
+    EXPECT_EQ(entries(rootPath("VST")), QStringList());
+    EXPECT_EQ(entries(trash("files")),
+              QStringList({"._" + name, name, name + ".2", "Plain.vst", "Plain.vst.2"}));
+    EXPECT_EQ(entries(trash("info")),
+              QStringList({"._" + name + ".trashinfo", name + ".2.trashinfo", name + ".trashinfo",
+                           "Plain.vst.2.trashinfo"}));
+    const QString path = QString::fromLatin1(QUrl::toPercentEncoding(root(), "/"))
+                         + "/VST%20%28Disabled%29/Echo%20Verb%20%C3%BC.vst";
+    const QRegularExpression record(
+        "^\\[Trash Info\\]\nPath=" + QRegularExpression::escape(path)
+        + "\nDeletionDate=\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\n$");
+    EXPECT_TRUE(record.match(readText(trash("info/" + name + ".2.trashinfo"))).hasMatch())
+        << readText(trash("info/" + name + ".2.trashinfo")).toStdString();
+}
+
+TEST_F(FileOperationsTest, WithoutRoomForATrashNothingMovesAndNothingIsWritten)
+{
+    const QString item = B::makeFile(rootPath("VST"), "Echo.vst", {}, "mine");
+    FileError error;
+    const QString missing = homePath("missing");
+    EXPECT_FALSE(LocalFileOperations(Roots::at(root(), missing)).moveToTrash(item, &error));
+    EXPECT_EQ(error.path, missing);
+    EXPECT_EQ(error.reason, "There is no trash: the home folder does not exist");
+    EXPECT_FALSE(QFileInfo::exists(missing));
+
+    ASSERT_TRUE(QDir(homePath(".local")).removeRecursively());
+    ImmutableGuard guard(home());
+    if (!guard.ok())
+        GTEST_SKIP() << "chattr +i is not available here";
+    EXPECT_FALSE(ops().moveToTrash(item, &error));
+    EXPECT_EQ(error.path, homePath(".local"));
+    EXPECT_TRUE(error.reason.startsWith("Cannot create the trash folder: "))
+        << qPrintable(error.reason);
+    EXPECT_TRUE(entries(home()).isEmpty());
+    EXPECT_EQ(readText(item), "mine");
 }
 
 // Moves between a tmpfs and the test roots, where rename(2) cannot help.

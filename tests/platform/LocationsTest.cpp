@@ -30,6 +30,13 @@ TEST_F(LocationsTest, OnlyLeadingLibraryAndTildeFollowTheRootsAndPathsAreStandar
 
     EXPECT_EQ(Locations(Roots::at("/", home())).machinePreferencesPath(),
               "/Library/Preferences/com.velmora.Korvane.plist");
+
+    // Out of range is nothing, not a neighbour's folder or format.
+    const FormatTable &formats = FormatTable::builtIn();
+    for (int loc : {-1, 4})
+        EXPECT_TRUE(formats.at(TypeVST).folder(loc).isEmpty()) << loc;
+    EXPECT_EQ(formats.find(4), nullptr);
+    EXPECT_FALSE(formats.typeOfName("clap").has_value());
 }
 
 TEST_F(LocationsTest, TheEnvironmentIsReadOnlyWhereTheProgramsAskForIt)
@@ -50,61 +57,6 @@ TEST_F(LocationsTest, TheEnvironmentIsReadOnlyWhereTheProgramsAskForIt)
     qputenv("KORVANE_ROOT", oldRoot);
     qputenv("HOME", oldHome);
     oldData.isNull() ? qunsetenv("XDG_DATA_HOME") : qputenv("XDG_DATA_HOME", oldData);
-}
-
-TEST_F(LocationsTest, EveryFormatHasItsFourFoldersAndNothingOutsideThem)
-{
-    const FormatTable &formats = FormatTable::builtIn();
-    EXPECT_EQ(formats.at(TypeAU).folder(LocUserDisabled),
-              "~/Library/Audio/Plug-Ins/Components (Disabled)");
-    EXPECT_EQ(formats.at(TypeMAS).folder(LocSystemActive), "/Library/Audio/Plug-Ins/MAS");
-    for (int loc : {-1, 4})
-        EXPECT_TRUE(formats.at(TypeVST).folder(loc).isEmpty()) << loc;
-    EXPECT_EQ(formats.find(4), nullptr);
-    EXPECT_EQ(formats.typeOfName("rtas"), TypeRTAS);
-    EXPECT_EQ(formats.typeOfTabIdentifier("tabVST"), TypeVST);
-    EXPECT_FALSE(formats.typeOfName("clap").has_value());
-}
-
-} // namespace
-} // namespace korvane
-
-namespace korvane {
-namespace {
-
-// The built-in rows carry the program's own words, misspellings and all.
-TEST(FormatTableTest, BuiltInRowsHoldTheirOwnTexts)
-{
-    const QStringList expected[] = {
-        {"scan AudioUnits:", "AudioUnits only", "install AudioUnits:", "AudioUnits Plug-In Info",
-         "AudioUnits Backup Restore", "Please select a AudioUnit Plug-In", "aukorv aukorv",
-         "Untitled.aukorv Untitled.aukorv untitled.aukorv",
-         "~/Library/Audio/Plug-Ins/Components/%@"},
-        {"scan RTAS-Plugins:", "RTAS-PlugIns only", "install RTAS-PlugIns:", "RTAS Plug-Ins Info",
-         "RTAS Plug-Ins Backup Restore", "Please select a RTAS Plug-In", "rtaskorv rtaskorv",
-         "Untitled.rtaskorv Untitled.rtaskorv untitled.rtaskorv",
-         "~/Library/Application Support/Digidesign/Plug-Ins/%@"},
-        {"scan MAS-Plugins:", "MAS-PlugIns only", "install MAS-PlugIns:", "MAS Plug-Ins Info",
-         "MAS Plug-Ins Backup Restore", "Please select a MAS Plug-In", "MASkorv maskorv",
-         "Untitled.maskorv Untitled.MASkorv untitled.MASkorv", "~/Library/Audio/Plug-Ins/MAS/%@"},
-        {"scan VST-Plugins:", "VST-PlugIns only", "install VST-PlugIns:", "VST Plug-Ins Info",
-         "VST Plug-Ins Backup Restore", "Please select a VST Plug-In", "vstkorv vstkorv",
-         "Untitled.vstkorv Untitled.vstkorv untitled.vstkorv", "~/Library/Audio/Plug-Ins/VST/%@"},
-    };
-    for (const Format &f : FormatTable::builtIn()) {
-        const QStringList texts{f.panelTitle,
-                                f.installFirstButton,
-                                f.installProgressTitle,
-                                f.infoMessage,
-                                f.backupRestoreMessage,
-                                f.infoText,
-                                f.documentExtension + " " + f.defaultSetExtension,
-                                f.windowLoadName + " " + f.untitledName + " " + f.savePanelName,
-                                f.installTarget};
-        EXPECT_EQ(texts, expected[f.type]) << f.type;
-        EXPECT_EQ(f.folderTextPrefix, "scan for" + f.panelTitle.mid(4));
-        EXPECT_EQ(f.installInformative, "Install " + f.installFirstButton + "?");
-    }
 }
 
 } // namespace

@@ -82,6 +82,38 @@ TEST_F(PlistTest, XmlAndBinaryReadTheSameValues)
     EXPECT_EQ(PropertyList::fromBytes(binaryPlist({QByteArray::fromHex("8007")})), qint64(7));
 }
 
+// Looking up one key gives what converting the whole dictionary gives: the last of a repeated
+// key (only damaged or hand-made files repeat one), nothing for a missing one.
+TEST_F(PlistTest, OneKeyReadsAsTheWholeDictionary)
+{
+    const QString binary = homePath("duplicate.plist"), xml = homePath("plain.plist");
+    // {A: "first", B: "b", A: "second"}; 0x5n starts an n-character string ("Q" is 0x51).
+    writeText(binary, binaryPlist({QByteArray::fromHex("d3010201030405"), "QA", "QB", "Ufirst",
+                                   "Qb", "Vsecond"}));
+    writeText(xml, PropertyList::toXml(QVariantMap{{"A", "x"}, {"N", qint64(7)}}));
+    for (const QString &path : {binary, xml}) {
+        const auto parsed = PropertyList::readParsedDictionary(path);
+        const std::optional<QVariantMap> whole = PropertyList::readDictionary(path);
+        ASSERT_TRUE(parsed && whole) << qPrintable(path);
+        EXPECT_EQ(parsed->toMap(), *whole);
+        for (const char *key : {"A", "B", "N", "missing"})
+            EXPECT_EQ(parsed->value(key), whole->value(key)) << key;
+    }
+    EXPECT_EQ(PropertyList::readParsedDictionary(binary)->value("A"), QVariant("second"));
+
+    // A byte-order mark at the start of a key or a string is text like any other.
+    const QString bom(QChar(QChar::ByteOrderMark));
+    writeText(xml, "<plist><dict><key>\xEF\xBB\xBF"
+                   "A</key><string>\xEF\xBB\xBF"
+                   "v</string></dict></plist>");
+    const auto marked = PropertyList::readParsedDictionary(xml);
+    ASSERT_TRUE(marked);
+    EXPECT_EQ(marked->toMap(), (QVariantMap{{bom + "A", bom + "v"}}));
+    EXPECT_EQ(marked->value(bom + "A"), QVariant(bom + "v"));
+    writeText(xml, PropertyList::toXml(QVariantList{"not", "a", "dictionary"}));
+    EXPECT_FALSE(PropertyList::readParsedDictionary(xml));
+}
+
 TEST_F(PlistTest, MalformedBytesReadAsAbsent)
 {
     const QByteArray xml = readAll(kXml), binary = readAll(kBinary);
@@ -129,6 +161,14 @@ TEST_F(PlistTest, MalformedBytesReadAsAbsent)
             PropertyList::fromBytes(mutated);
         }
     }
+
+    // Files are read whole up to 16 MB; a larger one is refused without reading it into memory.
+    const QByteArray list = "<plist><string>x</string></plist>";
+    writeText(homePath("small.plist"), list + QByteArray(1 << 20, ' '));
+    writeText(homePath("large.plist"), list + QByteArray(16 << 20, ' '));
+    EXPECT_EQ(PropertyList::read(homePath("small.plist")), QVariant("x"));
+    for (const QString &path : {homePath("large.plist"), homePath("missing.plist"), home()})
+        EXPECT_FALSE(PropertyList::read(path)) << qPrintable(path);
 }
 
 TEST_F(PlistTest, FailedWriteLeavesOldFileWholeAndNoFolderIsMade)
