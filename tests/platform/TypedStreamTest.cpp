@@ -1,7 +1,6 @@
 #include "platform/TypedStream.h"
 
 #include <QFile>
-#include <QRandomGenerator>
 #include <gtest/gtest.h>
 
 using namespace korvane;
@@ -76,30 +75,28 @@ TEST(TypedStreamTest, LongValuesAndLateReferencesRoundTrip)
     for (int i = 0; i < 300; ++i)
         elements.append(W::makeString(QString::number(i)));
     elements += elements;
-    const QString accented(200, QChar(u'é'));
-    elements += {W::makeString(accented), W::makeString(QString(40000, 'x')), nullptr};
+    // A file name may begin with a byte-order mark; it is part of the name.
+    elements += {W::makeString(QChar(QChar::ByteOrderMark) + QStringLiteral("Foo.component")),
+                 W::makeString(QString(200, QChar(u'\u00e9'))), W::makeString(QString(40000, 'x')),
+                 nullptr};
     for (qint64 n : {-110LL, -111LL, 127LL, 128LL, -32768LL, 32768LL, 1LL << 40})
         elements.append(W::makeNumber(qlonglong(n)));
     elements += {W::makeNumber(2.5), W::makeNumber(-0.25f),
                  W::makeNumber(std::numeric_limits<qulonglong>::max())};
-    // A file name may begin with a byte-order mark; it is part of the name.
-    const QString marked = QChar(QChar::ByteOrderMark) + QStringLiteral("Foo.component");
-    elements.append(W::makeString(marked));
 
     const QByteArray bytes = W::write(W::makeArray(elements));
     const auto root = readOk(bytes);
     ASSERT_TRUE(root && root->elements.size() == elements.size());
-    EXPECT_EQ(root->elements[599]->string, "299");
-    EXPECT_EQ(root->elements[600]->string, accented);
-    EXPECT_EQ(root->elements[601]->string.size(), 40000);
-    EXPECT_EQ(root->elements[604]->number, QVariant(qlonglong(-111)));
-    EXPECT_EQ(root->elements[609]->number, QVariant(qlonglong(1) << 40));
-    EXPECT_EQ(root->elements[612]->number, QVariant(std::numeric_limits<qulonglong>::max()));
-    EXPECT_EQ(root->elements[613]->string, marked);
+    for (qsizetype i = 0; i < elements.size(); ++i) {
+        const ArchivedObjectPtr &read = root->elements[i], &written = elements[i];
+        ASSERT_EQ(!read, !written) << i;
+        EXPECT_TRUE(!read || (read->string == written->string && read->number == written->number))
+            << i;
+    }
     EXPECT_EQ(W::write(root), bytes);
     // 200 bytes take the 16-bit length form, as existing documents have them.
-    const QByteArray longForm = QByteArray::fromHex("2b81c800");
-    EXPECT_TRUE(W::write(W::makeString(QString(200, 'a'))).contains(longForm));
+    EXPECT_TRUE(
+        W::write(W::makeString(QString(200, 'a'))).contains(QByteArray::fromHex("2b81c800")));
 }
 
 TEST(TypedStreamTest, DamagedTruncatedAndHostileDocumentsAreRefused)
@@ -145,16 +142,4 @@ TEST(TypedStreamTest, DamagedTruncatedAndHostileDocumentsAreRefused)
     }
     // Reading stops after the root object.
     EXPECT_TRUE(TypedStreamReader::read(fixture("NSString") + "tail"));
-}
-
-TEST(TypedStreamTest, RandomBytesNeverCrash)
-{
-    QRandomGenerator random(1234);
-    const QByteArray valid = fixture("NSMutableArray");
-    for (int round = 0; round < 2000; ++round) {
-        QByteArray bytes = valid.left(random.bounded(valid.size()));
-        for (int extra = random.bounded(64); extra > 0; --extra)
-            bytes.append(char(random.bounded(256)));
-        TypedStreamReader::read(bytes);
-    }
 }
