@@ -57,31 +57,30 @@ TEST_F(BundleTest, InfoExecutableAndFirstBytes)
         EXPECT_TRUE(MachOHeader::firstBytes(path).isEmpty()) << qPrintable(path);
 }
 
-TEST_F(BundleTest, FilePackagesAndWhatOpens)
-{
-    const QString folder = homePath("Plugins");
-    for (const char *name :
-         {"A.component", "B.vst", "C.VST3", "D.rtas", "E.dpm", "F.bundle", "G.plugin", "H.app"})
-        EXPECT_TRUE(Bundle::isFilePackage(B::makeFolder(folder + "/" + name))) << name;
-    EXPECT_TRUE(Bundle::isFilePackage(B::makeBundle(folder, "Plain", MachO::intel())));
-    const QString plainFolder = B::makeFolder(folder + "/Sub");
-    EXPECT_FALSE(Bundle::isFilePackage(plainFolder));
-    EXPECT_TRUE(Bundle::canOpen(plainFolder));
-    const QString file = B::makeFile(folder, "File.vst");
-    EXPECT_FALSE(Bundle::isFilePackage(file) || Bundle::canOpen(file));
-    EXPECT_FALSE(Bundle::isFilePackage(folder + "/Missing.vst"));
-}
-
 // Within one scan a bundle is looked at once; the next scan, and anything outside a scan, sees the
 // disk as it is now.
-TEST_F(BundleTest, AScanCacheAnswersOnlyAsLongAsTheScan)
+TEST_F(BundleTest, WhatOpensAndAScanCacheAnsweringOnlyAsLongAsTheScan)
 {
     const QString folder = homePath("MAS");
     const QString bundle = B::makeMAS(folder, "Delay.bundle", MachO::intel());
+    B::makeBundle(folder, "Plain", MachO::intel()); // known by its Info.plist
+    B::makeFolder(folder + "/Echo.VST3");
+    B::makeFolder(folder + "/Sub");
+    B::makeFile(folder, "File.vst");
+    const QList<std::tuple<const char *, bool, bool>> cases = {{"Plain", true, true},
+                                                               {"Echo.VST3", true, true},
+                                                               {"Sub", false, true},
+                                                               {"File.vst", false, false},
+                                                               {"Missing.vst", false, false}};
+    for (const auto &[name, package, opens] : cases) {
+        EXPECT_EQ(Bundle::isFilePackage(folder + "/" + name), package) << name;
+        EXPECT_EQ(Bundle::canOpen(folder + "/" + name), opens) << name;
+    }
+
     const QString renamed = folder + "/Renamed.bundle";
     {
         ScanCache scan;
-        EXPECT_EQ(disk().directoryContents(folder), QStringList{"Delay.bundle"});
+        EXPECT_EQ(disk().directoryContents(homePath("MAS")).size(), 5);
         EXPECT_EQ(Bundle::executablePath(bundle), bundle + "/Contents/MacOS/Plugin");
         ASSERT_TRUE(QDir().rename(bundle, renamed));
         EXPECT_TRUE(Bundle::canOpen(bundle));
