@@ -16,15 +16,13 @@ namespace {
 TEST(ProcessListTest, EachProcessIsOneLineThatNoArgumentCanForge)
 {
     QTemporaryDir folder;
-    ASSERT_TRUE(folder.isValid());
-    const QString marker =
-        QStringLiteral("korvane-marker-%1").arg(QCoreApplication::applicationPid());
+    const QByteArray marker =
+        "korvane-marker-" + QByteArray::number(QCoreApplication::applicationPid());
     const QString program = folder.path() + "/sleeper\n    1 " + marker;
     ASSERT_TRUE(QFile::link(QStandardPaths::findExecutable("sleep"), program));
     QProcess child;
     child.start(program, {"30"});
     ASSERT_TRUE(child.waitForStarted());
-
     const qint64 pid = child.processId();
     bool ok = false;
     const QByteArray list = readProcessList(&ok);
@@ -32,10 +30,10 @@ TEST(ProcessListTest, EachProcessIsOneLineThatNoArgumentCanForge)
     child.waitForFinished();
     EXPECT_TRUE(ok);
     const QByteArray line = QByteArray::number(pid).rightJustified(5, ' ') + ' '
-                            + QFile::encodeName(folder.path()) + "/sleeper?    1 "
-                            + marker.toLatin1() + " 30\n";
+                            + QFile::encodeName(folder.path()) + "/sleeper?    1 " + marker
+                            + " 30\n";
     EXPECT_TRUE(list.contains(line)) << line.toStdString();
-    EXPECT_FALSE(list.contains("\n    1 " + marker.toLatin1()));
+    EXPECT_FALSE(list.contains("\n    1 " + marker));
     EXPECT_TRUE(list.startsWith("    1 ")) << "the list runs by ascending PID";
 }
 
