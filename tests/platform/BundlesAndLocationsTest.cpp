@@ -1,4 +1,5 @@
 #include "platform/Bundle.h"
+#include "platform/Locations.h"
 #include "platform/ScanCache.h"
 #include "support/TestRoots.h"
 
@@ -40,8 +41,8 @@ TEST_F(BundleTest, InfoExecutableAndFirstBytes)
     EXPECT_FALSE(Bundle::infoDictionary(garbage));
     EXPECT_TRUE(Bundle::canOpen(garbage));
 
-    // A short file gives what it has. Only plain files
-    // give bytes, also through a link: opening a pipe would hold the scan up waiting for a writer.
+    // A short file gives what it has. Only plain files give bytes, also through a link: opening a
+    // pipe would hold the scan up waiting for a writer.
     const QString shortFile = B::makeFile(folder, "short", {}, MachO::intel().left(7));
     EXPECT_EQ(MachOHeader::firstBytes(shortFile), MachO::intel().left(7));
     ASSERT_TRUE(QFile::link(xml + "/Contents/MacOS/Plugin", homePath("linked")));
@@ -54,42 +55,70 @@ TEST_F(BundleTest, InfoExecutableAndFirstBytes)
 }
 
 // Within one scan a bundle is looked at once; the next scan, and anything outside a scan, sees the
-// disk as it is now.
-TEST_F(BundleTest, WhatOpensAndAScanCacheAnsweringOnlyAsLongAsTheScan)
+// disk as it is now. A link to a folder counts as a folder but is not one to descend into.
+TEST_F(BundleTest, AScanCacheAnswersOnlyAsLongAsTheScan)
 {
-    const QString folder = homePath("MAS");
-    const QString bundle = B::makeMAS(folder, "Delay.bundle", MachO::intel());
-    B::makeBundle(folder, "Plain", MachO::intel()); // known by its Info.plist
-    B::makeFolder(folder + "/Echo.VST3");
-    B::makeFolder(folder + "/Sub");
-    B::makeFile(folder, "File.vst");
-    const QStringList packages{"Plain", "Echo.VST3"}, opening = packages + QStringList{"Sub"};
-    for (const QString &name : opening + QStringList{"File.vst", "Missing.vst"}) {
-        EXPECT_EQ(Bundle::isFilePackage(folder + "/" + name), packages.contains(name))
-            << qPrintable(name);
-        EXPECT_EQ(Bundle::canOpen(folder + "/" + name), opening.contains(name)) << qPrintable(name);
-    }
-
-    const QString renamed = folder + "/Renamed.bundle";
+    const QString bundle = B::makeMAS(homePath("MAS"), "Delay.bundle", MachO::intel());
+    const QString renamed = homePath("MAS/Renamed.bundle"), link = homePath("MAS/Link.bundle");
     {
         ScanCache scan;
-        EXPECT_EQ(disk().directoryContents(folder).size(), 5);
+        EXPECT_EQ(disk().directoryContents(homePath("MAS")), QStringList{"Delay.bundle"});
         EXPECT_EQ(Bundle::executablePath(bundle), bundle + "/Contents/MacOS/Plugin");
         ASSERT_TRUE(QDir().rename(bundle, renamed));
-        EXPECT_TRUE(Bundle::isFilePackage(bundle));
+        EXPECT_TRUE(Bundle::isFilePackage(bundle) && Bundle::canOpen(bundle));
         EXPECT_EQ(Bundle::infoValue(bundle, "CFBundleName").toString(), "Delay");
-        ScanCache inner; // a scan of its own starts afresh
-        EXPECT_FALSE(Bundle::canOpen(bundle));
     }
-    EXPECT_FALSE(Bundle::isFilePackage(bundle));
+    EXPECT_FALSE(Bundle::canOpen(bundle));
     EXPECT_FALSE(Bundle::infoDictionary(bundle));
 
-    // A link to a folder counts as a folder but is not one to descend into.
-    ASSERT_TRUE(QFile::link(renamed, folder + "/Link.bundle"));
+    ASSERT_TRUE(QFile::link(renamed, link));
     ScanCache scan;
     EXPECT_TRUE(ScanCache::isRealFolder(renamed));
-    EXPECT_FALSE(ScanCache::isRealFolder(folder + "/Link.bundle"));
-    EXPECT_EQ(ScanCache::kind(folder + "/Link.bundle"), ScanCache::Folder);
+    EXPECT_FALSE(ScanCache::isRealFolder(link));
+    EXPECT_EQ(ScanCache::kind(link), ScanCache::Folder);
+}
+
+class LocationsTest : public TestRoots {};
+
+TEST_F(LocationsTest, OnlyLeadingLibraryAndTildeFollowTheRootsAndPathsAreStandardised)
+{
+    const QList<std::pair<QString, QString>> cases = {
+        {"/Library/Audio/", root() + "/Library/Audio"},
+        {"~/Library//Audio/./Plug-Ins/x/../VST/", home() + "/Library/Audio/Plug-Ins/VST"},
+        {"~", home()},
+        {"/Library", root() + "/Library"},
+        {root() + "/Library", root() + "/Library"}, // expanding twice changes nothing
+        {"/Libraryx/a", "/Libraryx/a"},
+        {"/usr/Library/a", "/usr/Library/a"},
+        {"~other/a", "~other/a"},
+        {"a/~/b", "a/~/b"},
+    };
+    for (const auto &[path, expected] : cases)
+        EXPECT_EQ(locations().expand(path), expected) << path.toStdString();
+    EXPECT_EQ(Locations(Roots::at("/", home())).machinePreferencesPath(),
+              "/Library/Preferences/com.velmora.Korvane.plist");
+
+    // Out of range is nothing, not a neighbour's folder or format.
+    for (int loc : {-1, 4})
+        EXPECT_TRUE(FormatTable::builtIn().at(TypeVST).folder(loc).isEmpty()) << loc;
+    EXPECT_EQ(FormatTable::builtIn().find(4), nullptr);
+}
+
+TEST_F(LocationsTest, TheEnvironmentIsReadOnlyWhereTheProgramsAskForIt)
+{
+    const QByteArray oldRoot = qgetenv("KORVANE_ROOT"), oldHome = qgetenv("HOME"),
+                     oldData = qgetenv("XDG_DATA_HOME");
+    qputenv("KORVANE_ROOT", root().toUtf8() + "/");
+    qputenv("HOME", home().toUtf8());
+    qputenv("XDG_DATA_HOME", "relative/share"); // not absolute: ignored
+    EXPECT_EQ(Roots::fromEnvironment(), Roots::at(root(), home()));
+    qputenv("XDG_DATA_HOME", "/srv/data");
+    qunsetenv("KORVANE_ROOT");
+    EXPECT_EQ(Roots::fromEnvironment().systemRoot, "/");
+    EXPECT_EQ(Roots::fromEnvironment().trashFolder(), "/srv/data/Trash");
+    qputenv("KORVANE_ROOT", oldRoot);
+    qputenv("HOME", oldHome);
+    oldData.isNull() ? qunsetenv("XDG_DATA_HOME") : qputenv("XDG_DATA_HOME", oldData);
 }
 
 } // namespace
