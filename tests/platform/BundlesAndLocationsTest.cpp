@@ -104,21 +104,20 @@ TEST_F(LocationsTest, OnlyLeadingLibraryAndTildeFollowTheRootsAndPathsAreStandar
     EXPECT_EQ(FormatTable::builtIn().find(4), nullptr);
 }
 
+// A relative XDG_DATA_HOME is ignored: the trash would be wherever the program was started.
 TEST_F(LocationsTest, TheEnvironmentIsReadOnlyWhereTheProgramsAskForIt)
 {
-    const QByteArray oldRoot = qgetenv("KORVANE_ROOT"), oldHome = qgetenv("HOME"),
-                     oldData = qgetenv("XDG_DATA_HOME");
+    const QByteArray savedHome = qgetenv("HOME"), savedData = qgetenv("XDG_DATA_HOME");
     qputenv("KORVANE_ROOT", root().toUtf8() + "/");
     qputenv("HOME", home().toUtf8());
-    qputenv("XDG_DATA_HOME", "relative/share"); // not absolute: ignored
+    qputenv("XDG_DATA_HOME", "relative/share");
     EXPECT_EQ(Roots::fromEnvironment(), Roots::at(root(), home()));
-    qputenv("XDG_DATA_HOME", "/srv/data");
     qunsetenv("KORVANE_ROOT");
+    qputenv("XDG_DATA_HOME", "/srv/data");
     EXPECT_EQ(Roots::fromEnvironment().systemRoot, "/");
     EXPECT_EQ(Roots::fromEnvironment().trashFolder(), "/srv/data/Trash");
-    qputenv("KORVANE_ROOT", oldRoot);
-    qputenv("HOME", oldHome);
-    oldData.isNull() ? qunsetenv("XDG_DATA_HOME") : qputenv("XDG_DATA_HOME", oldData);
+    qputenv("HOME", savedHome);
+    savedData.isNull() ? qunsetenv("XDG_DATA_HOME") : qputenv("XDG_DATA_HOME", savedData);
 }
 
 } // namespace

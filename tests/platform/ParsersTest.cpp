@@ -132,8 +132,6 @@ TEST_F(PlistTest, EveryReaderGivesTheSameValues)
         }
     }
     EXPECT_FALSE(PropertyList::parsedDictionary(PropertyList::toXml(QVariantList{"array"})));
-    // A UID reads as its number.
-    EXPECT_EQ(PropertyList::fromBytes(binaryPlist({QByteArray::fromHex("8007")})), qint64(7));
 }
 
 TEST_F(PlistTest, MalformedBytesReadAsAbsent)
