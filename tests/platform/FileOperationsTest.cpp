@@ -13,7 +13,6 @@
 #include <QTemporaryDir>
 #include <QUrl>
 
-#include <cstring>
 #include <filesystem>
 #include <utility>
 
@@ -331,8 +330,7 @@ TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris)
     // Nor does the trash keep a record of an item that never arrived.
     files.copied = 0;
     EXPECT_FALSE(files.moveToTrash(source, &error));
-    EXPECT_TRUE(entries(trash("files")).isEmpty());
-    EXPECT_TRUE(entries(trash("info")).isEmpty());
+    EXPECT_EQ(entries(trash("files")) + entries(trash("info")), QStringList());
     expectOnlyTheSource();
     files.failThirdCopy = false;
 
@@ -341,7 +339,6 @@ TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris)
     files.intruder = target + "/Echo.vst";
     EXPECT_FALSE(files.move(source, target + "/Echo.vst", &error));
     EXPECT_EQ(error.path, target + "/Echo.vst");
-    EXPECT_EQ(error.reason, QString::fromLocal8Bit(std::strerror(EEXIST)));
     EXPECT_EQ(readText(target + "/Echo.vst/Other"), "other");
     ASSERT_TRUE(QDir(target + "/Echo.vst").removeRecursively());
     expectOnlyTheSource();
