@@ -80,7 +80,7 @@ TEST_F(BundleTest, AScanCacheAnswersOnlyAsLongAsTheScan)
 
 class LocationsTest : public TestRoots {};
 
-TEST_F(LocationsTest, OnlyLeadingLibraryAndTildeFollowTheRootsAndPathsAreStandardised)
+TEST_F(LocationsTest, OnlyALeadingLibraryOrTildeFollowsTheRootsAndTheEnvironmentGivesThem)
 {
     const QList<std::pair<QString, QString>> cases = {
         {"/Library/Audio/", root() + "/Library/Audio"},
@@ -102,11 +102,9 @@ TEST_F(LocationsTest, OnlyLeadingLibraryAndTildeFollowTheRootsAndPathsAreStandar
     for (int loc : {-1, 4})
         EXPECT_TRUE(FormatTable::builtIn().at(TypeVST).folder(loc).isEmpty()) << loc;
     EXPECT_EQ(FormatTable::builtIn().find(4), nullptr);
-}
 
-// A relative XDG_DATA_HOME is ignored: the trash would be wherever the program was started.
-TEST_F(LocationsTest, TheEnvironmentIsReadOnlyWhereTheProgramsAskForIt)
-{
+    // Only the programs' entry points read the environment. A relative XDG_DATA_HOME is ignored:
+    // the trash would be wherever the program was started.
     const QByteArray savedHome = qgetenv("HOME"), savedData = qgetenv("XDG_DATA_HOME");
     qputenv("KORVANE_ROOT", root().toUtf8() + "/");
     qputenv("HOME", home().toUtf8());
