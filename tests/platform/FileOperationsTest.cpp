@@ -186,7 +186,7 @@ TEST_F(FileOperationsTest, CreatesOneLevelAndRemovesAllOrNothing)
         EXPECT_FALSE(locked == folder && files.remove(plain));
         EXPECT_EQ(snapshot(folder), before);
     }
-    // A linked folder is an entry, never a way in.
+    // Listings run in byte order; a linked folder is an entry, never a way in.
     const QString outside = B::makeFile(homePath("Outside"), "Kept");
     ASSERT_TRUE(QFile::link(homePath("Outside"), folder + "/Linked"));
     EXPECT_EQ(entries(folder), QStringList({"Echo.vst", "Linked", "Plain.vst", "a.vst"}));
