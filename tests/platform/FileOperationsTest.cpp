@@ -9,37 +9,39 @@
 #include <QFile>
 #include <QMap>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QUrl>
 
-#include <cstring>
+#include <filesystem>
 #include <utility>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace korvane {
 namespace {
 
 using B = PluginLibraryBuilder;
 
+int modeOf(const QString &path)
+{
+    struct stat info;
+    return ::lstat(QFile::encodeName(path).constData(), &info) == 0 ? int(info.st_mode & 07777)
+                                                                    : -1;
+}
+
 // Everything below path, keyed by relative path: permissions, then contents or link target.
 QMap<QString, QByteArray> snapshot(const QString &path)
 {
     QMap<QString, QByteArray> result;
     for (const QString &relative : QStringList{""} + LocalFileOperations().subpaths(path)) {
-        const QString name = relative.isEmpty() ? path : path + "/" + relative;
-        const QByteArray full = QFile::encodeName(name);
-        struct stat info;
-        if (::lstat(full.constData(), &info) != 0)
-            continue;
-        QByteArray &entry = result[relative] = QByteArray::number(info.st_mode & 07777, 8) + " ";
-        char target[512] = {};
-        if (S_ISLNK(info.st_mode)) {
-            entry += "link " + QByteArray(target, int(::readlink(full.constData(), target, 511)));
-        } else if (!S_ISDIR(info.st_mode)) {
-            QFile file(name);
-            entry += file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-        }
+        QFile file(relative.isEmpty() ? path : path + "/" + relative);
+        QByteArray &entry = result[relative] = QByteArray::number(modeOf(file.fileName()), 8);
+        if (QFileInfo(file).isSymLink())
+            entry +=
+                " link " + std::filesystem::read_symlink(file.fileName().toStdString()).string();
+        else if (file.open(QIODevice::ReadOnly)) // not a folder
+            entry += " " + file.readAll();
     }
     return result;
 }
@@ -55,20 +57,31 @@ QString makeRichBundle(const QString &folder, const QString &name)
     return bundle;
 }
 
-// Fails the third file copied and leaves half of it behind, as a full disk would.
-class FailingOperations : public LocalFileOperations {
-public:
+// The local disk with faults on request: every third file copied fails half-written, as on a full
+// disk; `intruder` appears before the first copy, as another program could make it; a
+// cross-device move's leftover will not be removed, as on a busy file system.
+struct InjectedOperations : LocalFileOperations {
     using LocalFileOperations::LocalFileOperations;
+    bool failEveryThirdCopy = false, stuckLeftover = false;
+    QString intruder;
     int copied = 0;
 
-protected:
+    bool remove(const QString &path, FileError *error = nullptr) override
+    {
+        if (!stuckLeftover || !path.endsWith(".korvane-removing"))
+            return LocalFileOperations::remove(path, error);
+        if (error)
+            *error = FileError{path, QStringLiteral("Device or resource busy")};
+        return false;
+    }
     bool copyFile(const QString &from, const QString &to, FileError *error) override
     {
-        if (++copied != 3)
+        if (!intruder.isEmpty())
+            B::makeFile(std::exchange(intruder, {}), "Other", {}, "other");
+        if (++copied % 3 != 0 || !failEveryThirdCopy)
             return LocalFileOperations::copyFile(from, to, error);
-        QFile file(to);
-        if (file.open(QIODevice::WriteOnly))
-            file.write("half");
+        QFile half(to);
+        half.open(QIODevice::WriteOnly) && half.write("half");
         if (error)
             *error = FileError{to, QStringLiteral("No space left on device")};
         return false;
@@ -77,59 +90,50 @@ protected:
 
 class FileOperationsTest : public TestRoots {
 protected:
-    FileOperations &ops() { return m_current ? *m_current : disk(); }
-    QStringList entries(const QString &folder) { return ops().directoryContents(folder); }
-    FileOperations *m_current = nullptr; // an injected failure, else the disk
+    QStringList entries(const QString &folder) { return files.directoryContents(folder); }
+    QString trash(const QString &path) const { return homePath(".local/share/Trash/" + path); }
+    InjectedOperations files{roots()};
 };
 
-TEST_F(FileOperationsTest, ListsSortedWithHiddenEntriesAndNoLinkedFolders)
+// Neither a move nor a copy replaces what is at the target, makes missing folders, writes into a
+// locked one or into the item itself, or leaves half a copy behind.
+TEST_F(FileOperationsTest, MoveAndCopyNeverReplaceInventFoldersOrLoseTheSource)
 {
-    const QString folder = homePath("VST");
-    for (const char *name : {"b", ".DS_Store", "Sub/Deep/a", "Sub copy"})
-        B::makeFile(folder, name);
-    ASSERT_TRUE(QFile::link(folder + "/Sub", folder + "/Linked"));
-    ASSERT_TRUE(QFile::link(folder + "/nowhere", folder + "/Dangling"));
-
-    const QStringList top{".DS_Store", "Dangling", "Linked", "Sub", "Sub copy", "b"};
-    EXPECT_EQ(entries(folder), top);
-    EXPECT_EQ(ops().subpaths(folder), QStringList({".DS_Store", "Dangling", "Linked", "Sub",
-                                                   "Sub/Deep", "Sub/Deep/a", "Sub copy", "b"}));
-    EXPECT_TRUE(entries(folder + "/b").isEmpty());
-    EXPECT_TRUE(ops().isDirectory(folder + "/Linked"));
-    EXPECT_FALSE(ops().exists(folder + "/Dangling"));
-}
-
-TEST_F(FileOperationsTest, MoveNeverReplacesInventsFoldersOrLosesTheSource)
-{
-    const QString folder = homePath("VST");
-    const QString source = B::makeFile(folder, "A.vst", {}, "mine");
-    const QString occupied = B::makeFile(folder + " (Disabled)", "A.vst", {}, "theirs");
-    const QString orphan = homePath("Gone/Deeper/A.vst");
-    for (const QString &target : {occupied, orphan}) {
-        FileError error;
-        EXPECT_FALSE(ops().move(source, target, &error));
-        EXPECT_EQ(error.path, target);
-        EXPECT_FALSE(error.reason.isEmpty());
+    const QString source = makeRichBundle(homePath("VST"), "Echo.vst");
+    const auto before = snapshot(source);
+    const QString occupied = B::makeFile(homePath("VST (Disabled)"), "Echo.vst", {}, "theirs");
+    const QString locked = B::makeFolder(rootPath("VST (Disabled)"));
+    QStringList targets{occupied, homePath("Gone/Deeper/Echo.vst"), source + "/Contents/Inside"};
+    ImmutableGuard guard(locked);
+    if (guard.ok()) // where chattr +i is not available the locked folder is not tried
+        targets << locked + "/Echo.vst";
+    for (const bool moving : {true, false}) {
+        for (const QString &target : targets) {
+            SCOPED_TRACE(qPrintable((moving ? "move to " : "copy to ") + target));
+            FileError error;
+            EXPECT_FALSE(moving ? files.move(source, target, &error)
+                                : files.copy(source, target, &error));
+            EXPECT_FALSE(error.reason.isEmpty());
+            EXPECT_EQ(error.path, target);
+            EXPECT_EQ(snapshot(source), before);
+        }
     }
-    EXPECT_EQ(readText(source), "mine");
     EXPECT_EQ(readText(occupied), "theirs");
     EXPECT_FALSE(QFileInfo::exists(homePath("Gone")));
-
-    const QString bundle = makeRichBundle(rootPath("VST"), "Echo.vst");
-    const auto before = snapshot(bundle);
-    const QString locked = B::makeFolder(rootPath("VST (Disabled)"));
-    ImmutableGuard guard(locked);
-    if (!guard.ok())
-        GTEST_SKIP() << "chattr +i is not available here";
-    EXPECT_FALSE(ops().move(bundle, locked + "/Echo.vst"));
-    EXPECT_EQ(snapshot(bundle), before);
     EXPECT_TRUE(entries(locked).isEmpty());
+
+    files.failEveryThirdCopy = true;
+    FileError error;
+    EXPECT_FALSE(files.copy(source, homePath("Echo copy.vst"), &error));
+    EXPECT_EQ(error.reason, "No space left on device");
+    EXPECT_FALSE(QFileInfo::exists(homePath("Echo copy.vst")));
 }
 
 // A plain file's or a bundle's sidecar follows it in every operation; where it cannot (another
 // sidecar holds its name at the target) the item still goes and the sidecar stays, unreplaced.
 TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack)
 {
+    SystemLogCapture outer;
     for (const bool bundle : {false, true}) {
         SCOPED_TRACE(bundle ? "bundle" : "plain file");
         const QString on = homePath(bundle ? "Bundles" : "Files"), off = on + " (Disabled)";
@@ -137,271 +141,211 @@ TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack)
         B::makeFile(on, "._Echo.vst", {}, "finder info");
         B::makeFolder(off);
 
-        ASSERT_TRUE(ops().move(on + "/Echo.vst", off + "/Echo.vst"));
+        ASSERT_TRUE(files.move(on + "/Echo.vst", off + "/Echo.vst"));
         EXPECT_TRUE(entries(on).isEmpty());
-        ASSERT_TRUE(ops().copy(off + "/Echo.vst", on + "/Echo.vst"));
-        EXPECT_EQ(entries(on), QStringList({"._Echo.vst", "Echo.vst"}));
-        EXPECT_EQ(readText(on + "/._Echo.vst"), "finder info");
-        ASSERT_TRUE(ops().remove(on + "/Echo.vst"));
+        ASSERT_TRUE(files.copy(off + "/Echo.vst", on + "/Echo.vst"));
+        EXPECT_EQ(snapshot(on), snapshot(off));
+        ASSERT_TRUE(files.remove(on + "/Echo.vst"));
         EXPECT_TRUE(entries(on).isEmpty());
 
         B::makeFile(on, "._Echo.vst", {}, "another's");
-        SystemLogCapture log;
-        ASSERT_TRUE(ops().move(off + "/Echo.vst", on + "/Echo.vst"));
+        SystemLogCapture log; // the innermost capture takes the lines
+        ASSERT_TRUE(files.move(off + "/Echo.vst", on + "/Echo.vst"));
         EXPECT_EQ(readText(on + "/._Echo.vst"), "another's");
         EXPECT_EQ(entries(off), QStringList{"._Echo.vst"});
         EXPECT_EQ(log.lines().size(), 1);
     }
+    EXPECT_TRUE(outer.lines().isEmpty());
 }
 
-TEST_F(FileOperationsTest, CopyKeepsTheTreeAndNeverOverwritesOrLeavesHalfACopy)
-{
-    const QString source = makeRichBundle(homePath("VST"), "Echo.vst");
-    ASSERT_TRUE(ops().copy(source, homePath("VST/Copy.vst")));
-    EXPECT_EQ(snapshot(homePath("VST/Copy.vst")), snapshot(source));
-
-    const QString existing = B::makeFile(homePath("VST"), "Other.vst", {}, "keep me");
-    FileError error;
-    EXPECT_FALSE(ops().copy(source, existing, &error));
-    EXPECT_EQ(error.path, existing);
-    EXPECT_EQ(readText(existing), "keep me");
-    EXPECT_FALSE(ops().copy(source, source + "/Contents/Inside"));
-    EXPECT_FALSE(QFileInfo::exists(source + "/Contents/Inside"));
-
-    FailingOperations failing(roots());
-    m_current = &failing;
-    EXPECT_FALSE(ops().copy(source, homePath("Echo copy.vst"), &error));
-    EXPECT_EQ(error.reason, "No space left on device");
-    EXPECT_FALSE(QFileInfo::exists(homePath("Echo copy.vst")));
-}
-
+// A lock anywhere, on the bundle, deep inside it or on its folder, refuses the removal before a
+// single file goes: a half-deleted plug-in is worse than one that stays.
 TEST_F(FileOperationsTest, CreatesOneLevelAndRemovesAllOrNothing)
 {
     FileError error;
-    EXPECT_FALSE(ops().createDirectory(homePath("a/b"), &error));
+    EXPECT_FALSE(files.createDirectory(homePath("a/b"), &error));
     EXPECT_EQ(error.path, homePath("a/b"));
-    EXPECT_TRUE(ops().createDirectory(homePath("a")));
+    EXPECT_TRUE(files.createDirectory(homePath("a")));
 
     const QString folder = homePath("VST");
     const QString bundle = makeRichBundle(folder, "Echo.vst");
-    const QString locked = bundle + "/Contents/Info.plist";
     const QString plain = B::makeFile(folder, "Plain.vst");
-    EXPECT_TRUE(ops().isDeletable(plain));
-    {
+    B::makeFile(folder, "a.vst");
+    const auto before = snapshot(folder);
+    EXPECT_TRUE(files.isDeletable(plain));
+    for (const QString &locked :
+         {bundle, bundle + "/Contents/Info.plist", bundle + "/Contents/MacOS",
+          bundle + "/Contents/Resources/en.lproj/Strings", folder}) {
+        SCOPED_TRACE(qPrintable(locked));
         ImmutableGuard guard(locked);
         if (!guard.ok())
             GTEST_SKIP() << "chattr +i is not available here";
-        EXPECT_FALSE(ops().isDeletable(locked));
-        EXPECT_FALSE(ops().remove(bundle, &error));
+        EXPECT_FALSE(files.isDeletable(locked == folder ? plain : locked));
+        EXPECT_FALSE(files.remove(bundle, &error));
         EXPECT_EQ(error.path, locked);
-        EXPECT_EQ(entries(bundle + "/Contents"),
-                  QStringList({"Info.plist", "MacOS", "Presets", "Resources"}));
+        EXPECT_FALSE(locked == folder && files.remove(plain));
+        EXPECT_EQ(snapshot(folder), before);
     }
-    {
-        ImmutableGuard guard(folder);
-        EXPECT_FALSE(ops().isDeletable(plain));
-        EXPECT_FALSE(ops().remove(plain));
-        EXPECT_TRUE(QFileInfo::exists(plain));
-    }
-    EXPECT_TRUE(ops().remove(folder));
+    // Listings run in byte order; a linked folder is an entry, never a way in.
+    const QString outside = B::makeFile(homePath("Outside"), "Kept");
+    ASSERT_TRUE(QFile::link(homePath("Outside"), folder + "/Linked"));
+    EXPECT_EQ(entries(folder), QStringList({"Echo.vst", "Linked", "Plain.vst", "a.vst"}));
+    EXPECT_EQ(files.subpaths(folder).filter("Linked"), QStringList{"Linked"});
+    EXPECT_TRUE(files.isDirectory(folder + "/Linked"));
+    EXPECT_TRUE(files.remove(folder));
     EXPECT_FALSE(QFileInfo::exists(folder));
+    EXPECT_TRUE(QFileInfo::exists(outside));
 }
 
-// Moves between a tmpfs and the test roots, where rename(2) cannot help.
+// The trash is made in the home, for its owner alone, and records where each item came from;
+// without room for it nothing moves and nothing is written.
+TEST_F(FileOperationsTest, TrashKeepsEveryItemAndWhereItCameFrom)
+{
+    ASSERT_TRUE(QDir(homePath(".local")).removeRecursively());
+    const QString name = QStringLiteral("Echo Verb \u00fc.vst");
+    const QString first = B::makeVST(rootPath("VST"), name, MachO::intel());
+    B::makeFile(rootPath("VST"), "._" + name, {}, "finder info");
+    const QString second = B::makeFile(rootPath("VST (Disabled)"), name, {}, "second");
+    FileError error;
+    EXPECT_FALSE(
+        LocalFileOperations(Roots::at(root(), homePath("none"))).moveToTrash(first, &error));
+    EXPECT_EQ(error.path, homePath("none"));
+    EXPECT_FALSE(ImmutableGuard(home()).ok() && files.moveToTrash(first, &error)); // locked home
+    EXPECT_TRUE(entries(home()).isEmpty());
+
+    QString trashedTo;
+    ASSERT_TRUE(files.moveToTrash(first, &error)) << qPrintable(error.reason);
+    ASSERT_TRUE(files.moveToTrash(second, &error, &trashedTo)) << qPrintable(error.reason);
+    EXPECT_EQ(trashedTo, trash("files/" + name + ".2"));
+    EXPECT_EQ(readText(trashedTo), "second");
+    B::makeFile(trash("files"), "Plain.vst", {}, "stray"); // an entry without a record stays
+    ASSERT_TRUE(files.moveToTrash(B::makeFile(rootPath("VST"), "Plain.vst")));
+    EXPECT_EQ(readText(trash("files/Plain.vst")), "stray");
+    for (const char *folder : {".local", ".local/share", ".local/share/Trash",
+                               ".local/share/Trash/files", ".local/share/Trash/info"})
+        EXPECT_EQ(modeOf(homePath(folder)), 0700) << folder;
+    EXPECT_TRUE(entries(rootPath("VST")).isEmpty());
+    EXPECT_EQ(entries(trash("files")),
+              QStringList({"._" + name, name, name + ".2", "Plain.vst", "Plain.vst.2"}));
+    EXPECT_EQ(entries(trash("info")),
+              QStringList({"._" + name + ".trashinfo", name + ".2.trashinfo", name + ".trashinfo",
+                           "Plain.vst.2.trashinfo"}));
+    const QString path = QString::fromLatin1(QUrl::toPercentEncoding(root(), "/"))
+                         + "/VST%20%28Disabled%29/Echo%20Verb%20%C3%BC.vst";
+    const QRegularExpression record("^\\[Trash Info\\]\nPath=" + QRegularExpression::escape(path)
+                                    + "\nDeletionDate=\\d{4}-\\d\\d-\\d\\dT[\\d:]{8}\n$");
+    const QString info = readText(trash("info/" + name + ".2.trashinfo"));
+    EXPECT_TRUE(record.match(info).hasMatch()) << qPrintable(info);
+}
+
+// A tmpfs for the life of a test: moves between it and the roots cannot use rename(2).
+struct Tmpfs {
+    QTemporaryDir dir;
+    const bool mounted =
+        QProcess::execute("mount", {"-t", "tmpfs", "-o", "size=32m", "tmpfs", dir.path()}) == 0;
+    ~Tmpfs()
+    {
+        if (mounted && QProcess::execute("umount", {dir.path()}) != 0)
+            QProcess::execute("umount", {"-l", dir.path()});
+    }
+    QString path(const QString &relative) const { return dir.path() + "/" + relative; }
+};
+
+// A rich bundle on a tmpfs, and an empty folder in the roots.
 class CrossDeviceMoveTest : public FileOperationsTest {
 protected:
     void SetUp() override
     {
         TestRoots::SetUp();
-        ASSERT_TRUE(m_mountPoint.isValid());
-        const QStringList arguments{"-t", "tmpfs", "-o", "size=32m", "tmpfs", m_mountPoint.path()};
-        m_mounted = QProcess::execute("mount", arguments) == 0;
-        if (!m_mounted)
+        if (!tmpfs.mounted)
             GTEST_SKIP() << "cannot mount a tmpfs here; the cross-device move is not tested";
+        source = makeRichBundle(tmpfs.path("VST"), "Echo.vst");
+        before = snapshot(source);
+        target = B::makeFolder(rootPath("VST"));
     }
-    void TearDown() override
-    {
-        if (m_mounted && QProcess::execute("umount", {m_mountPoint.path()}) != 0)
-            QProcess::execute("umount", {"-l", m_mountPoint.path()});
-        TestRoots::TearDown();
-    }
-    QString mounted(const QString &relative) const { return m_mountPoint.path() + "/" + relative; }
-
-private:
-    QTemporaryDir m_mountPoint;
-    bool m_mounted = false;
+    Tmpfs tmpfs;
+    QString source, target;
+    QMap<QString, QByteArray> before;
 };
-
-TEST_F(CrossDeviceMoveTest, BundleArrivesWholeInOnePlace)
-{
-    const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
-    const auto before = snapshot(source);
-    const QString folder = B::makeFolder(rootPath("VST"));
-    FileError error;
-    ASSERT_TRUE(ops().move(source, folder + "/Echo.vst", &error)) << error.reason.toStdString();
-    EXPECT_EQ(snapshot(folder + "/Echo.vst"), before);
-    EXPECT_TRUE(entries(mounted("VST")).isEmpty());
-    EXPECT_EQ(entries(folder), QStringList{"Echo.vst"});
-
-    // A plain-file plug-in keeps its Finder type on the way back.
-    const QString plain = B::makeFile(folder, "Plain.vst", "aPcs", "plain");
-    ASSERT_TRUE(ops().move(plain, mounted("VST/Plain.vst"), &error)) << error.reason.toStdString();
-    EXPECT_EQ(FinderInfo::hfsTypeString(mounted("VST/Plain.vst")), "'aPcs'");
-    EXPECT_EQ(readText(mounted("VST/Plain.vst")), "plain");
-
-    // Into the home trash from another file system, with its sidecar and a record for each.
-    const QString trashed = makeRichBundle(mounted("VST"), "Old.vst");
-    const auto old = snapshot(trashed);
-    B::makeFile(mounted("VST"), "._Old.vst", {}, "finder info");
-    QString trashedTo;
-    ASSERT_TRUE(ops().moveToTrash(trashed, &error, &trashedTo)) << error.reason.toStdString();
-    EXPECT_EQ(snapshot(trashedTo), old);
-    EXPECT_EQ(entries(homePath(".local/share/Trash/files")), QStringList({"._Old.vst", "Old.vst"}));
-    EXPECT_EQ(entries(homePath(".local/share/Trash/info")),
-              QStringList({"._Old.vst.trashinfo", "Old.vst.trashinfo"}));
-    EXPECT_EQ(entries(mounted("VST")), QStringList{"Plain.vst"});
-}
 
 // A long copy tells how far it has come, byte by byte, up to the item's whole size; a rename on
-// one file system copies nothing and says nothing.
-TEST_F(CrossDeviceMoveTest, ACopyingMoveReportsItsBytesAndARenameReportsNone)
+// one file system copies nothing and says nothing. Once the item is whole at the target it has
+// moved: a hidden leftover that will not go is reported, not taken for a failed move, and does not
+// block the next move from that folder.
+TEST_F(CrossDeviceMoveTest, ItemsArriveWholeAndSayHowFarTheyHaveCome)
 {
-    const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
-    B::makeFile(source + "/Contents/Resources", "Samples", {}, QByteArray(300000, 's'));
-    const qint64 size = 200000 + 300000 + QFileInfo(source + "/Contents/Info.plist").size()
-                        + QFileInfo(source + "/Contents/MacOS/Plugin").size()
-                        + QByteArray("strings").size();
+    const qint64 size = 200000 + QByteArray("strings").size()
+                        + QFileInfo(source + "/Contents/Info.plist").size()
+                        + QFileInfo(source + "/Contents/MacOS/Plugin").size();
     QList<QPair<qint64, qint64>> reports;
-    const CopyProgressScope scope(ops(), [&](qint64 copied, qint64 total) {
+    const CopyProgressScope scope(files, [&](qint64 copied, qint64 total) {
         reports.append({copied, total});
     });
-    const QString folder = B::makeFolder(rootPath("VST"));
-    ASSERT_TRUE(ops().move(source, folder + "/Echo.vst"));
-    ASSERT_GE(reports.size(), 4); // the two large files take several blocks each
-    for (qsizetype i = 1; i < reports.size(); ++i)
-        EXPECT_GT(reports.at(i).first, reports.at(i - 1).first);
-    EXPECT_EQ(reports.constLast(), qMakePair(size, size));
-
-    reports.clear();
-    ASSERT_TRUE(ops().move(folder + "/Echo.vst", rootPath("Echo.vst")));
-    EXPECT_TRUE(reports.isEmpty());
-    ASSERT_TRUE(ops().copy(rootPath("Echo.vst"), mounted("Copy.vst")));
-    EXPECT_EQ(reports.constLast(), qMakePair(size, size));
-    const qsizetype copyReports = reports.size();
-    ops().setCopyProgress({});
-    ASSERT_TRUE(ops().copy(rootPath("Echo.vst"), mounted("Again.vst")));
-    EXPECT_EQ(reports.size(), copyReports);
-}
-
-// Fails the removal of what a cross-device move leaves behind, as a busy file system would.
-class StuckLeftoverOperations : public LocalFileOperations {
-public:
-    using LocalFileOperations::LocalFileOperations;
-    bool remove(const QString &path, FileError *error) override
-    {
-        if (!path.endsWith(".korvane-removing"))
-            return LocalFileOperations::remove(path, error);
-        if (error)
-            *error = FileError{path, QStringLiteral("Device or resource busy")};
-        return false;
-    }
-};
-
-// Once the item is whole at the target it has moved: a hidden leftover that will not go is
-// reported, not taken for a failed move, and does not block the next move from that folder.
-TEST_F(CrossDeviceMoveTest, ALeftoverThatWillNotGoNeitherFailsNorBlocksAMove)
-{
-    const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
-    const auto before = snapshot(source);
-    const QString folder = B::makeFolder(rootPath("VST"));
-    StuckLeftoverOperations stuck(roots());
-    m_current = &stuck;
+    files.stuckLeftover = true;
     SystemLogCapture log;
     FileError error;
-    EXPECT_TRUE(ops().move(source, folder + "/Echo.vst", &error)) << error.reason.toStdString();
-    EXPECT_EQ(snapshot(folder + "/Echo.vst"), before);
-    EXPECT_EQ(entries(mounted("VST")), QStringList{".Echo.vst.korvane-removing"});
+    ASSERT_TRUE(files.move(source, target + "/Echo.vst", &error)) << qPrintable(error.reason);
+    EXPECT_EQ(snapshot(target + "/Echo.vst"), before);
+    EXPECT_EQ(entries(tmpfs.path("VST")), QStringList{".Echo.vst.korvane-removing"});
     ASSERT_EQ(log.lines().size(), 1);
     EXPECT_TRUE(log.lines().constFirst().contains("Device or resource busy"));
-    m_current = nullptr;
+    ASSERT_GE(reports.size(), 4);
+    EXPECT_EQ(reports.constLast(), qMakePair(size, size));
+    files.stuckLeftover = false;
+    reports.clear();
+    ASSERT_TRUE(files.move(target + "/Echo.vst", rootPath("Echo.vst")));
+    EXPECT_TRUE(reports.isEmpty());
 
-    const QString stale = B::makeFile(folder + "/.Echo.vst.korvane-removing", "Stale");
-    ImmutableGuard guard(stale);
-    if (!guard.ok())
-        GTEST_SKIP() << "chattr +i is not available here";
-    EXPECT_TRUE(ops().move(folder + "/Echo.vst", mounted("Echo.vst"), &error))
-        << error.reason.toStdString();
-    EXPECT_EQ(snapshot(mounted("Echo.vst")), before);
-    EXPECT_EQ(entries(folder), QStringList{".Echo.vst.korvane-removing"});
-}
+    const ImmutableGuard stale(B::makeFile(rootPath(".Echo.vst.korvane-removing"), "Stale"));
+    ASSERT_TRUE(files.move(rootPath("Echo.vst"), tmpfs.path("Echo.vst"), &error))
+        << qPrintable(error.reason);
+    EXPECT_EQ(snapshot(tmpfs.path("Echo.vst")), before);
 
-// Puts another item at the target while the copy is under way, as another program could.
-class IntrudingOperations : public LocalFileOperations {
-public:
-    using LocalFileOperations::LocalFileOperations;
-    QString intruder;
+    // A plain-file plug-in keeps its Finder type on the way back.
+    const QString plain = B::makeFile(target, "Plain.vst", "aPcs", "plain");
+    ASSERT_TRUE(files.move(plain, tmpfs.path("VST/Plain.vst"), &error)) << qPrintable(error.reason);
+    EXPECT_EQ(FinderInfo::hfsTypeString(tmpfs.path("VST/Plain.vst")), "'aPcs'");
+    EXPECT_EQ(readText(tmpfs.path("VST/Plain.vst")), "plain");
 
-protected:
-    bool copyFile(const QString &from, const QString &to, FileError *error) override
-    {
-        if (!intruder.isEmpty())
-            B::makeFile(std::exchange(intruder, {}), "Other", {}, "other");
-        return LocalFileOperations::copyFile(from, to, error);
-    }
-};
-
-// The source is out of sight only between hiding it and naming the copy; when the copy cannot take
-// the name, the source comes back under its own.
-TEST_F(CrossDeviceMoveTest, ATargetTakenDuringTheCopyLeavesTheSourceWhereItWas)
-{
-    const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
-    const auto before = snapshot(source);
-    const QString folder = B::makeFolder(rootPath("VST"));
-    IntrudingOperations intruding(roots());
-    intruding.intruder = folder + "/Echo.vst";
-    m_current = &intruding;
-    FileError error;
-    EXPECT_FALSE(ops().move(source, folder + "/Echo.vst", &error));
-    EXPECT_EQ(error.path, folder + "/Echo.vst");
-    EXPECT_EQ(error.reason, QString::fromLocal8Bit(std::strerror(EEXIST)));
-    EXPECT_EQ(snapshot(source), before);
-    EXPECT_EQ(entries(mounted("VST")), QStringList{"Echo.vst"});
-    EXPECT_EQ(entries(folder), QStringList{"Echo.vst"});
-    EXPECT_EQ(readText(folder + "/Echo.vst/Other"), "other");
+    // Into the home trash from another file system.
+    QString trashedTo;
+    ASSERT_TRUE(files.moveToTrash(tmpfs.path("Echo.vst"), &error, &trashedTo))
+        << qPrintable(error.reason);
+    EXPECT_EQ(snapshot(trashedTo), before);
 }
 
 TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris)
 {
-    const QString source = makeRichBundle(mounted("VST"), "Echo.vst");
-    const auto before = snapshot(source);
-    const QString folder = B::makeFolder(rootPath("VST"));
     auto expectOnlyTheSource = [&] {
         EXPECT_EQ(snapshot(source), before);
-        EXPECT_TRUE(entries(folder).isEmpty());
-        EXPECT_EQ(entries(mounted("VST")), QStringList{"Echo.vst"});
+        EXPECT_TRUE(entries(target).isEmpty());
+        EXPECT_EQ(entries(tmpfs.path("VST")), QStringList{"Echo.vst"});
     };
-
-    FailingOperations failing(roots()); // the copy fails half-way
-    m_current = &failing;
+    files.failEveryThirdCopy = true; // the copy fails half-way
     FileError error;
-    EXPECT_FALSE(ops().move(source, folder + "/Echo.vst", &error));
-    EXPECT_EQ(failing.copied, 3);
+    EXPECT_FALSE(files.move(source, target + "/Echo.vst", &error));
     EXPECT_EQ(error.reason, "No space left on device");
     expectOnlyTheSource();
     // Nor does the trash keep a record of an item that never arrived.
-    failing.copied = 0;
-    EXPECT_FALSE(ops().moveToTrash(source, &error));
-    EXPECT_EQ(error.reason, "No space left on device");
-    EXPECT_TRUE(entries(homePath(".local/share/Trash/files")).isEmpty());
-    EXPECT_TRUE(entries(homePath(".local/share/Trash/info")).isEmpty());
+    EXPECT_FALSE(files.moveToTrash(source, &error));
+    EXPECT_EQ(entries(trash("files")) + entries(trash("info")), QStringList());
     expectOnlyTheSource();
-    m_current = nullptr;
+    files.failEveryThirdCopy = false;
+
+    // The source is out of sight only between hiding it and naming the copy; when the copy
+    // cannot take the name, the source comes back under its own.
+    files.intruder = target + "/Echo.vst";
+    EXPECT_FALSE(files.move(source, target + "/Echo.vst", &error));
+    EXPECT_EQ(error.path, target + "/Echo.vst");
+    EXPECT_EQ(readText(target + "/Echo.vst/Other"), "other");
+    ASSERT_TRUE(QDir(target + "/Echo.vst").removeRecursively());
+    expectOnlyTheSource();
 
     const QString stuck = source + "/Contents/Resources/en.lproj/Strings"; // cannot be removed
     ImmutableGuard guard(stuck);
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i is not available on the tmpfs";
-    EXPECT_FALSE(ops().move(source, folder + "/Echo.vst", &error));
+    EXPECT_FALSE(files.move(source, target + "/Echo.vst", &error));
     EXPECT_EQ(error.path, stuck);
     expectOnlyTheSource();
 }
