@@ -1,4 +1,5 @@
 #include "model/AUItem.h"
+#include "model/AULog.h"
 
 #include "app/AppServices.h"
 #include "app/ServicesFixture.h"
@@ -70,12 +71,11 @@ TEST_F(AUItemTest, LocationFollowsTheFlags)
     item.setAUGlobal(false);
     item.setAUActive(true);
     item.checkObject(3);
-    EXPECT_EQ(item.getAULocation(), homePath(vst));
     item.checkObject(4); // no such format: the location stays
     EXPECT_EQ(item.getAULocation(), homePath(vst));
 }
 
-TEST_F(AUItemTest, ContentListIsKeptInTheRegistry)
+TEST_F(AUItemTest, ContentListIsKeptInTheRegistryAndLookedUpByName)
 {
     AUItem item(&*services);
     item.setAUName("Echo.vst");
@@ -84,18 +84,13 @@ TEST_F(AUItemTest, ContentListIsKeptInTheRegistry)
     item.replaceContent("/manual", 1);
     item.removeContent(0);
     EXPECT_FALSE(item.hasContent()); // only the next lookup sets it
-    const auto stored =
-        PropertyList::readArray(homePath("Library/Application Support/Korvane/content.plist"));
-    EXPECT_EQ(stored, QVariantList{QVariant(QVariantList{"Echo.vst", "/manual"})});
-
+    EXPECT_EQ(
+        PropertyList::readArray(homePath("Library/Application Support/Korvane/content.plist")),
+        QVariantList{QVariant(QVariantList{"Echo.vst", "/manual"})});
     AUItem again(&*services);
     again.setAUName("Echo.vst");
     EXPECT_TRUE(again.hasContent());
     EXPECT_EQ(again.getContentByIndex(0), "/manual");
-    services->saveContent({"Bare.vst"});
-    again.setAUName("Bare.vst");
-    EXPECT_TRUE(again.hasContent());
-    EXPECT_EQ(again.getContentMaxIndex(), 0);
 }
 
 TEST_F(AUItemTest, ArchiveHoldsNameLocationAndTwoFlags)
@@ -122,4 +117,23 @@ TEST_F(AUItemTest, ArchiveHoldsNameLocationAndTwoFlags)
     EXPECT_TRUE(AUItem::initWithCoder({text("A"), text("/L")}));
     EXPECT_FALSE(AUItem::initWithCoder({TypedStreamWriter::makeNumber(1LL), text("/L")}));
     EXPECT_FALSE(AUItem::initWithCoder({text("A")}));
+}
+
+TEST(AULogTest, AMatchingRecordTracksWhetherTheItemIsWhereItLies)
+{
+    AULog log;
+    log.setLogName("Echo.vst");
+    log.setLogPath("/Library/Audio/Plug-Ins/VST");
+    log.setLogID(4);
+    EXPECT_TRUE(log.checkAndUpdateLogID("Echo.vst", "/Library/Audio/Plug-Ins/VST", 4));
+    EXPECT_TRUE(log.isLogProcessed());
+    EXPECT_TRUE(log.checkAndUpdateLogID("Echo.vst", "/Library/Audio/Plug-Ins/VST/", 4));
+    EXPECT_FALSE(log.isLogProcessed()); // exact comparison
+
+    log.setLogProcessed(true);
+    EXPECT_FALSE(log.checkAndUpdateLogID("Echo.vst", "/elsewhere", 5));
+    EXPECT_FALSE(log.checkAndUpdateLog("echo.vst", "/elsewhere"));
+    EXPECT_TRUE(log.isLogProcessed());
+    EXPECT_TRUE(log.checkAndUpdateLog("Echo.vst", "/elsewhere")); // the name alone matches
+    EXPECT_FALSE(log.isLogProcessed());
 }

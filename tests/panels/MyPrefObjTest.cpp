@@ -1,7 +1,8 @@
 #include "panels/MyPrefObj.h"
+#include "panels/MyInfoObj.h"
 
-#include "PanelsFixture.h"
-#include "platform/Locations.h"
+#include "app/AppServices.h"
+#include "app/ServicesFixture.h"
 #include "platform/PropertyList.h"
 #include "platform/SystemLog.h"
 
@@ -14,174 +15,147 @@ namespace {
 
 const QString kPlist = QStringLiteral("Library/Preferences/com.velmora.Korvane.plist");
 
-class MyPrefObjTest : public PanelsFixture {
+// The services, preferences and info panel of one launch; relaunch() makes the next launch read
+// everything from disk again.
+class PanelsTest : public ServicesFixture {
 protected:
+    MyPrefObj *pref()
+    {
+        if (!m_pref) {
+            m_services = std::make_unique<AppServices>(parts());
+            m_pref = std::make_unique<MyPrefObj>(*m_services);
+        }
+        return m_pref.get();
+    }
+    AppServices &services() { return pref(), *m_services; }
+    MyInfoObj *info()
+    {
+        if (!m_info)
+            m_info = std::make_unique<MyInfoObj>(services(), *pref());
+        return m_info.get();
+    }
+    void relaunch()
+    {
+        m_info.reset();
+        m_pref.reset();
+        m_services.reset();
+    }
     QVariantMap stored() const
     {
         return PropertyList::readDictionary(homePath(kPlist)).value_or(QVariantMap());
     }
+    static QString prefix(int type) { return FormatTable::builtIn().at(type).prefix; }
+
+private:
+    std::unique_ptr<AppServices> m_services;
+    std::unique_ptr<MyPrefObj> m_pref;
+    std::unique_ptr<MyInfoObj> m_info;
 };
 
-TEST_F(MyPrefObjTest, FirstLaunchSeedsTheDefaults)
-{
-    MyPrefObj *pref = this->pref();
-    QVariantMap seed;
-    for (int type = 0; type < 4; ++type) {
-        const QString x = prefix(type);
-        for (const char *flag :
-             {"ShowMessage", "ActivateAfterLoading", "MoveContent", "ShowContent", "Type"})
-            seed[x + flag] = false;
-        seed[x + "On"] = true;
-        seed[x + "DefaultSet"] = "";
-        if (type != 0)
-            seed[x + "ScanSubfolders"] = true;
-        EXPECT_TRUE(pref->isTypeActive(type)) << type;
-        EXPECT_EQ(pref->scanSubpaths(type), type != 0) << type;
-        EXPECT_EQ(pref->getDefaultSet(type), QString("")) << type;
-    }
-    EXPECT_EQ(stored(), seed); // all off but On, and no AUScanSubfolders
-}
+using MyPrefObjTest = PanelsTest;
 
-TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeavesAllOff)
+TEST_F(MyPrefObjTest, FirstLaunchSeedsOrCopiesAReadableMachineWideFileOrLeavesAllOff)
 {
-    QDir().mkpath(rootPath("Library/Preferences"));
+    pref();
+    const QVariantMap seed = stored(); // every format on, but no AUScanSubfolders
+    EXPECT_EQ(seed.size(), 31);
+    EXPECT_EQ(seed.value("MASOn"), true);
+    EXPECT_EQ(seed.value("VSTScanSubfolders"), true);
+    EXPECT_FALSE(seed.contains("AUScanSubfolders"));
+
     const QVariantMap machineWide{{"VSTOn", true}, {"RTASOn", false}};
-    ASSERT_TRUE(writePlist(rootPath(kPlist), machineWide));
-    MyPrefObj *pref = this->pref();
-    EXPECT_EQ(readText(homePath(kPlist)), readText(rootPath(kPlist)));
-    EXPECT_TRUE(pref->isTypeActive(3));
-    EXPECT_FALSE(pref->isTypeActive(1));
-    EXPECT_FALSE(pref->isTypeActive(0)); // never seeded
-    EXPECT_FALSE(pref->scanSubpaths(2));
+    const QByteArray unreadable = "<plist><dict><key>AUOn</key>"; // no template: seeded
+    for (const QByteArray &bytes : {PropertyList::toXml(machineWide), unreadable}) {
+        relaunch();
+        QFile::remove(homePath(kPlist));
+        writeText(rootPath(kPlist), bytes);
+        EXPECT_EQ(pref()->isTypeActive(TypeAU), bytes == unreadable); // never seeded
+        EXPECT_EQ(stored(), bytes == unreadable ? seed : machineWide);
+        EXPECT_EQ(readText(rootPath(kPlist)).toUtf8(), bytes);
+    }
 
-    // One that cannot be read is no template: the defaults are seeded.
-    ASSERT_TRUE(QFile::remove(homePath(kPlist)));
-    writeText(rootPath(kPlist), "<plist><dict><key>AUOn</key>");
     relaunch();
-    EXPECT_TRUE(this->pref()->isTypeActive(TypeAU));
-    EXPECT_EQ(readText(rootPath(kPlist)), "<plist><dict><key>AUOn</key>");
-
-    ASSERT_TRUE(QFile::remove(homePath(kPlist)));
-    ASSERT_TRUE(writePlist(rootPath(kPlist), machineWide));
+    QFile::remove(homePath(kPlist));
+    writeText(rootPath(kPlist), PropertyList::toXml(machineWide));
     ImmutableGuard guard(homePath("Library/Preferences"));
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
-    relaunch(); // the next launch
-    pref = this->pref();
-    EXPECT_FALSE(QFile::exists(homePath(kPlist)));
     for (int type = 0; type < 4; ++type) {
-        EXPECT_FALSE(pref->isTypeActive(type));
-        EXPECT_EQ(pref->getDefaultSet(type), QString());
+        EXPECT_FALSE(pref()->isTypeActive(type));
+        EXPECT_EQ(pref()->getDefaultSet(type), QString());
     }
+    EXPECT_FALSE(QFile::exists(homePath(kPlist)));
 }
 
 TEST_F(MyPrefObjTest, OutOfRangeTypeAnswersNoAndStoresNothing)
 {
-    MyPrefObj *pref = this->pref();
-    pref->defaults()->setObjects({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
+    pref()->defaults()->setObjects({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
     const QString before = readText(homePath(kPlist));
     for (int type : {-1, 4, 100}) {
-        pref->setDefaultSet(type, "/tmp/x.aukorv");
-        EXPECT_EQ(pref->getDefaultSet(type), std::nullopt);
-        EXPECT_FALSE(pref->isTypeActive(type) || pref->activateDefaultSet(type)
-                     || pref->showType(type) || pref->showContent(type) || pref->moveContent(type)
-                     || pref->scanSubpaths(type))
+        pref()->setDefaultSet(type, "/tmp/x.aukorv");
+        EXPECT_EQ(pref()->getDefaultSet(type), std::nullopt);
+        EXPECT_FALSE(pref()->isTypeActive(type) || pref()->activateDefaultSet(type)
+                     || pref()->showType(type) || pref()->showContent(type)
+                     || pref()->moveContent(type) || pref()->scanSubpaths(type))
             << type;
     }
-    EXPECT_FALSE(pref->scanSubpaths(0)); // whatever the store holds
+    EXPECT_FALSE(pref()->scanSubpaths(0)); // whatever the store holds
     EXPECT_EQ(readText(homePath(kPlist)), before);
 }
 
-TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsent)
+TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsentOrLeftWhereItCannotBe)
 {
-    QDir().mkpath(homePath("Library/Preferences"));
-    const QVariantMap machineWide{{"VSTOn", true}};
-    const struct {
-        QByteArray bytes;
-        bool machineWide;
-    } cases[] = {
-        {"<?xml version=\"1.0\"?><plist><dict><key>AUOn</key>", false},
-        {PropertyList::toXml(QVariantList{"AUOn", true}), false}, // not a dictionary
-        {QByteArray("bplist00\0\xff\x13", 11), false},
-        {"", true},
-        {PropertyList::toXml(QVariantList{}), true},
-    };
-    for (const auto &c : cases) {
-        relaunch(); // the next launch
-        QDir(homePath("Library/Preferences")).removeRecursively();
-        QFile::remove(rootPath(kPlist));
-        if (c.machineWide)
-            writeText(rootPath(kPlist), PropertyList::toXml(machineWide));
-        writeText(homePath(kPlist), c.bytes);
-        SystemLogCapture log;
-        MyPrefObj *pref = this->pref();
-        const QStringList kept = QDir(homePath("Library/Preferences"))
-                                     .entryList({"com.velmora.Korvane.plist.damaged-*"});
-        ASSERT_EQ(kept.size(), 1) << c.bytes.toStdString();
-        const QString keptPath = homePath("Library/Preferences/" + kept.first());
-        QFile file(keptPath);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_EQ(file.readAll(), c.bytes);
-        EXPECT_EQ(log.lines(),
-                  QStringList{"Could not read " + homePath(kPlist) + "; kept it as " + keptPath});
-        // Seeded or copied from the machine-wide file, as on a first launch.
-        EXPECT_EQ(pref->isTypeActive(TypeAU), !c.machineWide) << c.bytes.toStdString();
-        EXPECT_TRUE(pref->isTypeActive(TypeVST));
-        EXPECT_EQ(stored().value("VSTOn"), QVariant(true));
-    }
+    const QString folder = homePath("Library/Preferences");
+    const QByteArray damaged("bplist00\0\xff\x13", 11);
+    writeText(rootPath(kPlist), PropertyList::toXml(QVariantMap{{"VSTOn", true}}));
+    writeText(homePath(kPlist), damaged);
+    SystemLogCapture log;
+    EXPECT_FALSE(pref()->isTypeActive(TypeAU)); // copied from the machine-wide file
+    EXPECT_EQ(stored(), QVariantMap({{"VSTOn", true}}));
+    const QStringList kept = QDir(folder).entryList({"com.velmora.Korvane.plist.damaged-*"});
+    ASSERT_EQ(kept.size(), 1);
+    QFile file(folder + "/" + kept.first());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), damaged);
+    EXPECT_EQ(log.lines(), QStringList{"Could not read " + homePath(kPlist) + "; kept it as "
+                                       + file.fileName()});
 
     // A file that cannot be moved aside is not replaced; the defaults hold in memory only.
     relaunch();
-    QDir(homePath("Library/Preferences")).removeRecursively();
-    const QByteArray garbage = "not a property list";
-    writeText(homePath(kPlist), garbage);
-    ImmutableGuard guard(homePath("Library/Preferences"));
+    QDir(folder).removeRecursively();
+    writeText(homePath(kPlist), "not a property list");
+    ImmutableGuard guard(folder);
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
-    SystemLogCapture log;
-    MyPrefObj *pref = this->pref();
-    pref->setDefaultType(TypeVST); // as at quit
-    EXPECT_EQ(readText(homePath(kPlist)).toUtf8(), garbage);
-    for (int type = 0; type < 4; ++type)
-        EXPECT_TRUE(pref->isTypeActive(type));
-    EXPECT_EQ(pref->getDefaultType(), TypeVST);
+    pref()->setDefaultType(TypeVST); // as at quit
+    EXPECT_EQ(readText(homePath(kPlist)), "not a property list");
+    EXPECT_TRUE(pref()->isTypeActive(TypeAU));
+    EXPECT_EQ(pref()->getDefaultType(), TypeVST);
     // Said once, not at every write.
-    EXPECT_EQ(log.lines(), QStringList{"Could not read " + homePath(kPlist)
-                                       + " nor move it aside; left it as it is"});
+    EXPECT_EQ(log.lines().mid(1), QStringList{"Could not read " + homePath(kPlist)
+                                              + " nor move it aside; left it as it is"});
 }
 
 TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged)
 {
-    MyPrefObj *pref = this->pref();
-    pref->setDefaultSet(TypeMAS, "/sets/a.maskorv");
-    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/a.maskorv"));
-
-    // Rewritten in place with the same size and time: the cached values are what is read.
+    pref()->setDefaultSet(TypeMAS, "/sets/a.maskorv");
+    const QByteArray path = QFile::encodeName(homePath(kPlist));
     struct stat before;
-    ASSERT_EQ(::stat(QFile::encodeName(homePath(kPlist)).constData(), &before), 0);
-    {
-        QFile file(homePath(kPlist));
-        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-        QByteArray bytes = file.readAll();
-        bytes.replace("/sets/a.maskorv", "/sets/b.maskorv");
-        file.seek(0);
-        file.write(bytes);
-    }
-    const struct timespec times[2] = {before.st_atim, before.st_mtim};
-    ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(homePath(kPlist)).constData(), times, 0), 0);
-    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/a.maskorv"));
-
-    // Any change of time is a new version.
-    struct timespec later[2] = {before.st_atim, before.st_mtim};
-    later[1].tv_nsec = (later[1].tv_nsec + 1) % 1000000000;
-    ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(homePath(kPlist)).constData(), later, 0), 0);
-    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/b.maskorv"));
+    ASSERT_EQ(::stat(path.constData(), &before), 0);
+    writeText(homePath(kPlist),
+              readText(homePath(kPlist)).replace("a.maskorv", "b.maskorv").toUtf8());
+    struct timespec times[2] = {before.st_atim, before.st_mtim};
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.constData(), times, 0), 0);
+    // Same size and time: the cached values are what is read.
+    EXPECT_EQ(pref()->getDefaultSet(TypeMAS), QString("/sets/a.maskorv"));
+    times[1].tv_nsec = (times[1].tv_nsec + 1) % 1000000000; // any change of time is a new version
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.constData(), times, 0), 0);
+    EXPECT_EQ(pref()->getDefaultSet(TypeMAS), QString("/sets/b.maskorv"));
 
     // Another process (the command-line tool) replaces the file.
     ASSERT_TRUE(writePlist(homePath(kPlist), QVariantMap{{"MASOn", true}}));
-    EXPECT_TRUE(pref->isTypeActive(TypeMAS));
-    EXPECT_FALSE(pref->isTypeActive(TypeAU));
-    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString());
+    EXPECT_TRUE(pref()->isTypeActive(TypeMAS));
+    EXPECT_FALSE(pref()->isTypeActive(TypeAU));
 }
 
 TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack)
@@ -221,12 +195,9 @@ TEST_F(MyPrefObjTest, SetDocumentPanelFiltersByTabAndAlwaysStores)
     MyPrefObj *pref = this->pref();
     pref->controls.selectedTab = 2;
     pref->controls.types[1].moveContent = true;
-    pref->controls.types[1].defaultSet = "/old.rtaskorv";
     pref->setDefault(); // cancelled
     EXPECT_EQ(ui.openPanels.value(0).allowedTypes, QStringList{"rtaskorv"});
-    EXPECT_EQ(ui.openPanels.value(0).directory, homePath("Documents"));
     EXPECT_EQ(stored().value("RTASMoveContent"), QVariant(true));
-    EXPECT_EQ(stored().value("RTASDefaultSet"), QVariant("/old.rtaskorv"));
 
     ui.openPanelAnswers.enqueue(QString("/sets/new.rtaskorv"));
     pref->setDefault();
@@ -239,6 +210,58 @@ TEST_F(MyPrefObjTest, SetDocumentPanelFiltersByTabAndAlwaysStores)
     EXPECT_TRUE(ui.openPanels.last().allowedTypes.isEmpty());
     EXPECT_EQ(pref->getDefaultSet(3), QString(""));
     EXPECT_EQ(pref->getDefaultSet(1), QString("/sets/new.rtaskorv"));
+}
+
+class MyInfoObjTest : public PanelsTest {
+protected:
+    // A bundle in the user's Components folder, with the given Info.plist bytes (none when empty).
+    AUItemPtr makeItem(const QString &name, const QByteArray &infoPlist = {})
+    {
+        const QString folder = homePath("Library/Audio/Plug-Ins/Components");
+        QDir().mkpath(folder + "/" + name + "/Contents");
+        if (!infoPlist.isEmpty())
+            writeText(folder + "/" + name + "/Contents/Info.plist", infoPlist);
+        auto item = std::make_shared<AUItem>(&services());
+        item->setAULocation(folder);
+        item->setAUName(name);
+        return item;
+    }
+    QStringList shown() { return {info()->name(), info()->version(), info()->info()}; }
+};
+
+TEST_F(MyInfoObjTest, InfoPlistFieldsOrTheItemNameAndQuestionMarks)
+{
+    const QByteArray binary =
+        PropertyList::toBinary(QVariantMap{{"CFBundleName", "Reverb"},
+                                           {"CFBundleVersion", "2.1"},
+                                           {"CFBundleGetInfoString", "Reverb 2.1, Velmora"}});
+    info()->showInfo(makeItem("Plain.component"));
+    EXPECT_EQ(shown(), QStringList({"Plain.component", "???", ""}));
+    info()->showInfo(makeItem("Reverb.component", binary));
+    EXPECT_EQ(shown(), QStringList({"Reverb", "2.1", "Reverb 2.1, Velmora"}));
+    info()->showInfo(makeItem("Broken.component", "<plist><dict><key>"));
+    EXPECT_EQ(shown(), QStringList({"Broken.component", "???", ""}));
+    EXPECT_TRUE(info()->windowShouldClose());
+    EXPECT_FALSE(info()->isVisible());
+}
+
+TEST_F(MyInfoObjTest, ShowContentIsReadAtEveryShowForTheTabInFrontAndNoItemIsHarmless)
+{
+    info()->deleteContent(0); // no item: nothing to remove
+    EXPECT_EQ(info()->objectValue(0), QString());
+    const AUItemPtr item = makeItem("Synth.component");
+    pref()->defaults()->setObject("AUShowContent", true);
+    info()->showInfo(item);
+    EXPECT_TRUE(info()->shouldDisplayContent());
+    pref()->defaults()->setObject("AUShowContent", false);
+    info()->showInfo(nullptr);
+    EXPECT_FALSE(info()->shouldDisplayContent());
+    EXPECT_EQ(info()->item(), item); // null keeps the item shown
+    pref()->defaults()->setObject("RTASShowContent", true);
+    services().setActiveType(1);
+    info()->showInfo(nullptr);
+    EXPECT_TRUE(info()->shouldDisplayContent());
+    info()->deleteContent(-1);
 }
 
 } // namespace

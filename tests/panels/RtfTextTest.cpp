@@ -1,6 +1,8 @@
 #include "panels/RtfText.h"
 #include "panels/MyAboutObj.h"
+#include "panels/MyMissingItems.h"
 
+#include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 
 #include <QRandomGenerator>
@@ -8,11 +10,6 @@
 
 namespace korvane {
 namespace {
-
-QString html(const QByteArray &rtf)
-{
-    return RtfText::toHtml(rtf);
-}
 
 // What is left once the reader's own tags are gone must hold no markup at all.
 void expectOnlyOwnMarkup(const QString &out, const QByteArray &rtf)
@@ -70,7 +67,7 @@ TEST(RtfTextTest, ConvertsTheSubsetAndSurvivesMalformedBytes)
         {"", ""},
     };
     for (const auto &c : cases) {
-        const QString out = html(c.rtf);
+        const QString out = RtfText::toHtml(c.rtf);
         EXPECT_EQ(out, c.html) << c.rtf.left(80).toStdString();
         expectOnlyOwnMarkup(out, c.rtf);
     }
@@ -85,27 +82,26 @@ TEST(RtfTextTest, RandomBytesNeverBecomeMarkup)
         const int length = random.bounded(60);
         for (int i = 0; i < length; ++i)
             rtf += alphabet[random.bounded(int(alphabet.size()))];
-        expectOnlyOwnMarkup(html(rtf), rtf);
+        expectOnlyOwnMarkup(RtfText::toHtml(rtf), rtf);
     }
 }
 
 TEST(RtfTextTest, ReadsNoFurtherThanTheLimit)
 {
     const QByteArray rtf = "{\\rtf1 " + QByteArray(RtfText::maxInputSize, 'x') + "TAIL}";
-    const QString out = html(rtf);
+    const QString out = RtfText::toHtml(rtf);
     EXPECT_FALSE(out.contains("TAIL"));
     EXPECT_TRUE(out.startsWith("<p>xxx"));
 }
 
-using AboutHtmlTest = TestRoots;
-
-TEST_F(AboutHtmlTest, ShippedAboutTextIsAHeadingAndThreeParagraphs)
+TEST(MyAboutObjTest, ShippedAboutTextIsAHeadingAndThreeParagraphsOrNothing)
 {
-    MyAboutObj aboutObj;
-    MyAboutObj *about = &aboutObj;
+    MyAboutObj about;
     qputenv("KORVANE_RESOURCES", KORVANE_TEST_DATA "/../../resources");
-    about->openAbout();
-    const QString out = about->html();
+    about.openAbout();
+    EXPECT_TRUE(about.isVisible());
+    EXPECT_TRUE(about.richText().startsWith("{\\rtf1"));
+    const QString out = about.html();
     EXPECT_TRUE(out.startsWith(R"(<p><b><span style="font-size:14pt">Korvane</span></b></p><p>)"))
         << out.toStdString();
     EXPECT_EQ(out.count("<p>"), 4);
@@ -113,10 +109,26 @@ TEST_F(AboutHtmlTest, ShippedAboutTextIsAHeadingAndThreeParagraphs)
     for (const char *residue : {"\\", "{", "}", "Helvetica"})
         EXPECT_FALSE(out.contains(residue)) << residue;
 
-    qputenv("KORVANE_RESOURCES", homePath("nowhere").toUtf8());
-    about->openAbout();
+    qputenv("KORVANE_RESOURCES", KORVANE_TEST_DATA "/nowhere");
+    about.openAbout();
     qunsetenv("KORVANE_RESOURCES");
-    EXPECT_TRUE(about->html().isEmpty());
+    EXPECT_TRUE(about.richText().isEmpty() && about.html().isEmpty());
+}
+
+TEST(MyMissingItemsTest, OneLinePerNameAndAnythingButRemoveCountsAsIgnore)
+{
+    ScriptedUi ui;
+    MyMissingItems missing(ui);
+    for (const char *name : {"Reverb.component", "Delay.component", "Synth.component"})
+        missing.addMissingItem(name);
+    EXPECT_EQ(missing.text(), "Reverb.component\nDelay.component\nSynth.component");
+    ui.missingItemsAnswers << 2 << 0 << 7;
+    for (int expected : {2, 1, 1, 1}) // the last with no answer queued
+        EXPECT_EQ(missing.showMissingItems(), expected);
+    EXPECT_EQ(ui.missingItemsLists.value(0), missing.text());
+    missing.removeMissingItems();
+    missing.addMissingItem("Solo.vst");
+    EXPECT_EQ(missing.text(), "Solo.vst");
 }
 
 } // namespace

@@ -1,8 +1,15 @@
 #include "privileged/BLAuthentication.h"
+#include "privileged/NullAuthorizationBackend.h"
+#include "privileged/PolkitBackend.h"
 
 #include "platform/SystemLog.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
 
 namespace korvane {
 namespace {
@@ -26,11 +33,7 @@ public:
         argumentLists.append(arguments);
         return executeStatus;
     }
-    QByteArray processList(bool *ok) override
-    {
-        *ok = pipeOpens;
-        return psOutput;
-    }
+    QByteArray processList(bool *ok) override { return *ok = pipeOpens, psOutput; }
 
     AuthorizationRef lastRef = 0;
     bool held = false, grantOnInteraction = true, pipeOpens = true;
@@ -43,28 +46,38 @@ public:
     QList<std::optional<QStringList>> argumentLists;
 };
 
+// Records what polkit would be asked instead of asking; pkcheck answers checkAnswer.
+class RecordingPolkit : public PolkitBackend {
+public:
+    int checkAnswer = 2; // a password would be needed
+    QList<QStringList> checks, execs;
+
+protected:
+    int runCheck(const QStringList &arguments, int) override
+    {
+        return checks << arguments, checkAnswer;
+    }
+    bool startExec(const QStringList &arguments) override { return execs << arguments, true; }
+};
+
+// The backends are declared first so that they outlive the authentications using them.
 class BLAuthenticationTest : public TestRoots {
 protected:
-    void SetUp() override
-    {
-        TestRoots::SetUp();
-        QObject::connect(auth(), &BLAuthentication::authenticated, [this] { ++gained; });
-        QObject::connect(auth(), &BLAuthentication::deauthenticated, [this] { ++dropped; });
-    }
-    BLAuthentication *auth() { return &m_auth; }
-
     FakeBackend backend;
+    NullAuthorizationBackend allowAll;
+    RecordingPolkit polkit;
     ScriptedUi ui;
-    BLAuthentication m_auth{backend, ui};
     SystemLogCapture log;
-    int gained = 0, dropped = 0;
+    BLAuthentication auth{backend, ui};
 };
 
 TEST_F(BLAuthenticationTest, AuthenticateChecksAsksAndChecksAgainButNeverForAnEmptyList)
 {
-    EXPECT_TRUE(auth()->authenticate({"/usr/bin/tool"}));
-    EXPECT_TRUE(auth()->authenticate({"/usr/bin/tool"})); // held now: two checks, no dialog
-    EXPECT_FALSE(auth()->authenticate({}));               // even with the rights held
+    int gained = 0;
+    QObject::connect(&auth, &BLAuthentication::authenticated, [&] { ++gained; });
+    EXPECT_TRUE(auth.authenticate({"/usr/bin/tool"}));
+    EXPECT_TRUE(auth.authenticate({"/usr/bin/tool"})); // held now: two checks, no dialog
+    EXPECT_FALSE(auth.authenticate({}));               // even with the rights held
     EXPECT_EQ(gained, 1);
     EXPECT_EQ(backend.flagsSeen, QList<quint32>({2, 3, 2, 2, 2}));
     EXPECT_EQ(backend.copies[0].items.value(0).name, "system.privilege.admin");
@@ -73,8 +86,10 @@ TEST_F(BLAuthenticationTest, AuthenticateChecksAsksAndChecksAgainButNeverForAnEm
 
 TEST_F(BLAuthenticationTest, RefusalRunsNothingAndLimitsCapRightsAndArguments)
 {
+    int gained = 0;
+    QObject::connect(&auth, &BLAuthentication::authenticated, [&] { ++gained; });
     backend.grantOnInteraction = false;
-    EXPECT_FALSE(auth()->executeCommand("/usr/bin/tool", QStringList{"a"}));
+    EXPECT_FALSE(auth.executeCommand("/usr/bin/tool", QStringList{"a"}));
     EXPECT_TRUE(backend.tools.isEmpty());
     EXPECT_EQ(gained + ui.beeps + log.lines().size(), 0); // no signal, beep or log line
 
@@ -90,11 +105,11 @@ TEST_F(BLAuthenticationTest, RefusalRunsNothingAndLimitsCapRightsAndArguments)
 
     backend.held = true;
     backend.copies.clear();
-    EXPECT_FALSE(auth()->executeCommand("/" + QString(127, 'a'), std::nullopt)); // never cut
+    EXPECT_FALSE(auth.executeCommand("/" + QString(127, 'a'), std::nullopt)); // never cut
     EXPECT_TRUE(backend.copies.isEmpty());
     for (const std::optional<QStringList> &arguments :
          {std::optional(numbers), std::optional(QStringList()), std::optional<QStringList>()})
-        EXPECT_TRUE(auth()->executeCommand("/usr/bin/tool", arguments));
+        EXPECT_TRUE(auth.executeCommand("/usr/bin/tool", arguments));
     EXPECT_EQ(backend.argumentLists,
               QList<std::optional<QStringList>>({numbers.mid(0, 19), std::nullopt, std::nullopt}));
 }
@@ -120,12 +135,12 @@ TEST_F(BLAuthenticationTest, GetPIDReadsOnlyTheFirstLineWhoseCommandNamesTheProc
     };
     for (const auto &entry : cases) {
         backend.psOutput = entry.output;
-        EXPECT_EQ(auth()->getPID(entry.name), entry.pid) << entry.name.toStdString();
+        EXPECT_EQ(auth.getPID(entry.name), entry.pid) << entry.name.toStdString();
     }
     EXPECT_EQ(ui.beeps, 0);
 
     backend.pipeOpens = false;
-    EXPECT_EQ(auth()->getPID("Host"), 0);
+    EXPECT_EQ(auth.getPID("Host"), 0);
     EXPECT_EQ(ui.beeps, 1);
     EXPECT_EQ(log.lines(), QStringList{"Error opening pipe: Host"});
 }
@@ -134,35 +149,117 @@ TEST_F(BLAuthenticationTest, KillAnswersYesEvenWhenKillFailsButNoWithoutAProcess
 {
     backend.psOutput = "  412 /Applications/Host\n  977 grep Host\n";
     backend.executeStatus = AuthorizationToolExecuteFailure;
-    EXPECT_TRUE(auth()->killProcess("Host"));
+    EXPECT_TRUE(auth.killProcess("Host"));
     EXPECT_EQ(backend.tools, QStringList{"/bin/kill"});
     EXPECT_EQ(backend.argumentLists.value(0), QStringList{"412"});
     // The rights first asked for name the process, not the kill tool.
     EXPECT_EQ(backend.copies[0].items.value(0).value, "Host");
 
     backend.psOutput = "  977 grep Ghost\n";
-    EXPECT_FALSE(auth()->killProcess("Ghost"));
+    EXPECT_FALSE(auth.killProcess("Ghost"));
     EXPECT_EQ(backend.tools.size(), 1);
     EXPECT_EQ(ui.beeps, 2);
     EXPECT_EQ(log.lines(), QStringList({"Error -60031 in AuthorizationExecuteWithPrivileges",
                                         "Error killing process 0, invalid PID."}));
+
+    // A real tool that cannot start is reported the same way.
+    BLAuthentication real(allowAll, ui);
+    EXPECT_FALSE(real.executeCommand(homePath("no-such-tool"), QStringList{"x"}));
+    EXPECT_EQ(ui.beeps, 3);
+    EXPECT_EQ(log.lines().value(2), "Error -60031 in AuthorizationExecuteWithPrivileges");
 }
 
 TEST_F(BLAuthenticationTest, DeauthenticateTwiceSignalsOnceAndActivationUsesItsOwnReference)
 {
-    auth()->deauthenticate(); // nothing open yet
-    EXPECT_TRUE(auth()->requestActivationRight());
-    EXPECT_EQ(auth()->authorizationRef(), 0u);
+    int dropped = 0;
+    QObject::connect(&auth, &BLAuthentication::deauthenticated, [&] { ++dropped; });
+    auth.deauthenticate(); // nothing open yet
+    EXPECT_TRUE(auth.requestActivationRight());
+    EXPECT_EQ(auth.authorizationRef(), 0u);
     EXPECT_EQ(backend.flagsSeen, QList<quint32>{7});
-    EXPECT_EQ(backend.copies[0].items.value(0).name, "com.velmora.korvane.activate");
+    EXPECT_EQ(backend.copies[0].items.value(0).name, BLAuthentication::ActivationRight);
 
-    auth()->isAuthenticated({"/usr/bin/tool"});
-    const AuthorizationRef ref = auth()->authorizationRef();
-    auth()->deauthenticate();
-    auth()->deauthenticate();
+    auth.isAuthenticated({"/usr/bin/tool"});
+    const AuthorizationRef ref = auth.authorizationRef();
+    auth.deauthenticate();
+    auth.deauthenticate();
     EXPECT_EQ(dropped, 1);
-    EXPECT_EQ(auth()->authorizationRef(), 0u);
+    EXPECT_EQ(auth.authorizationRef(), 0u);
     EXPECT_EQ(backend.frees, (QList<QPair<AuthorizationRef, quint32>>{{1, 0}, {ref, 8}}));
+}
+
+TEST_F(BLAuthenticationTest, PolkitAsksOncePerActionAndNeverForPlainChecks)
+{
+    BLAuthentication auth(polkit, ui);
+    auto asked = [&] {
+        return std::count_if(polkit.checks.begin(), polkit.checks.end(), [](const QStringList &a) {
+            return a.contains("--allow-user-interaction");
+        });
+    };
+    // Running a tool: pkexec asks, pkcheck only looks.
+    EXPECT_TRUE(auth.executeCommand("/usr/sbin/tool", QStringList{"-x"}));
+    EXPECT_EQ(asked(), 0);
+    EXPECT_EQ(polkit.execs, (QList<QStringList>{{"/usr/sbin/tool", "-x"}}));
+    // The program's own right: one pkcheck that may ask, and no pkexec.
+    polkit.checks.clear();
+    EXPECT_TRUE(auth.requestActivationRight());
+    const QString pid = QString::number(QCoreApplication::applicationPid());
+    EXPECT_EQ(polkit.checks, (QList<QStringList>{{"--action-id", "com.velmora.korvane.activate",
+                                                  "--process", pid, "--allow-user-interaction"}}));
+    // Refused outright, nothing reaches pkexec; nor does a tool pkexec would take for an option.
+    auth.deauthenticate();
+    polkit.checkAnswer = 1;
+    EXPECT_FALSE(auth.executeCommand("/usr/sbin/tool", std::nullopt));
+    polkit.checkAnswer = 0;
+    EXPECT_FALSE(auth.executeCommand("--user", QStringList{"root"}));
+    EXPECT_EQ(polkit.execs.size(), 1);
+
+    // Unknown references, and checks that may not extend the rights, run nothing at all.
+    polkit.checks.clear();
+    const AuthorizationRights rights{1, {{"system.privilege.admin", "/bin/kill", 0}}};
+    EXPECT_EQ(polkit.copyRights(42, rights, AuthorizationFlagExtendRights),
+              AuthorizationInvalidRef);
+    EXPECT_EQ(polkit.executeWithPrivileges(42, "/bin/kill", std::nullopt), AuthorizationInvalidRef);
+    AuthorizationRef ref = 0;
+    ASSERT_EQ(polkit.create(&ref), AuthorizationSuccess);
+    EXPECT_EQ(polkit.copyRights(ref, rights, AuthorizationFlagDefaults), AuthorizationDenied);
+    EXPECT_EQ(polkit.copyRights(ref, rights, AuthorizationFlagPartialRights), AuthorizationSuccess);
+    polkit.free(ref, AuthorizationFlagDestroyRights);
+    EXPECT_EQ(polkit.copyRights(ref, rights, AuthorizationFlagDefaults), AuthorizationInvalidRef);
+    EXPECT_TRUE(polkit.checks.isEmpty());
+
+    // The shipped policy declares that right, with defaults polkit knows.
+    QFile file(KORVANE_POLICY_FILE);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString policy = QString::fromUtf8(file.read(64 * 1024));
+    EXPECT_EQ(policy.count("<action id="), 1);
+    EXPECT_TRUE(
+        policy.contains(QString("<action id=\"%1\">").arg(BLAuthentication::ActivationRight)));
+    EXPECT_EQ(policy.count("auth_admin_keep</allow_"), 3);
+}
+
+// The lookup reads /proc: a name is only ever compared, never run, and a process whose own name
+// imitates the line of PID 1 is still found (and killed) as itself.
+TEST_F(BLAuthenticationTest, ProcessLookupRunsNothingAndFindsOnlyTheProcessNamed)
+{
+    BLAuthentication auth(allowAll, ui);
+    const QString touched = homePath("touched");
+    for (const QString &name : {"x$(touch " + touched + ")", "\"; touch " + touched + "; echo \"",
+                                "`touch " + touched + "`", QString()})
+        EXPECT_EQ(auth.getPID(name), 0) << name.toStdString();
+    EXPECT_FALSE(QFileInfo::exists(touched));
+
+    const QString marker =
+        QStringLiteral("korvane-host-%1").arg(QCoreApplication::applicationPid());
+    const QString program = homePath("host\n    1 " + marker);
+    ASSERT_TRUE(QFile::link(QStandardPaths::findExecutable("sleep"), program));
+    QProcess child;
+    child.start(program, {"30"});
+    ASSERT_TRUE(child.waitForStarted());
+    ASSERT_EQ(auth.getPID(marker), child.processId()); // guards the kill below
+    EXPECT_TRUE(auth.killProcess(marker));
+    EXPECT_TRUE(child.waitForFinished(10000));
+    EXPECT_EQ(child.exitStatus(), QProcess::CrashExit);
 }
 
 } // namespace

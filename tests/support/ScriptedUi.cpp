@@ -36,35 +36,4 @@ int ScriptedUi::runMissingItems(const QString &list)
     return missingItemsAnswers.isEmpty() ? 1 : missingItemsAnswers.dequeue();
 }
 
-void ScriptedUi::progressBegin(const QString &title)
-{
-    ++progressBegins;
-    progressTitles << title;
-}
-
-void ScriptedUi::progressText(const QString &upper)
-{
-    progressTexts << upper;
-}
-void ScriptedUi::progressDetail(const QString &lower)
-{
-    progressDetails << lower;
-}
-void ScriptedUi::progressValue(double value, double)
-{
-    progressValues << value;
-}
-void ScriptedUi::progressEnd()
-{
-    ++progressEnds;
-}
-void ScriptedUi::openUrl(const QUrl &url)
-{
-    openedUrls << url;
-}
-void ScriptedUi::beep()
-{
-    ++beeps;
-}
-
 } // namespace korvane

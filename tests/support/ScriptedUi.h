@@ -26,7 +26,7 @@ public:
     QStringList progressDetails; // every lower line shown
     QList<double> progressValues;
     QStringList progressTitles;
-    int progressBegins = 0, progressEnds = 0;
+    int progressEnds = 0;
     QList<QUrl> openedUrls;
     int beeps = 0;
 
@@ -37,13 +37,13 @@ public:
     std::optional<QString> runSavePanel(const SavePanelRequest &request) override;
     std::optional<QString> runOpenPanel(const OpenPanelRequest &request) override;
     int runMissingItems(const QString &list) override;
-    void progressBegin(const QString &title) override;
-    void progressText(const QString &upper) override;
-    void progressDetail(const QString &lower) override;
-    void progressValue(double value, double maximum) override;
-    void progressEnd() override;
-    void openUrl(const QUrl &url) override;
-    void beep() override;
+    void progressBegin(const QString &title) override { progressTitles << title; }
+    void progressText(const QString &upper) override { progressTexts << upper; }
+    void progressDetail(const QString &lower) override { progressDetails << lower; }
+    void progressValue(double value, double) override { progressValues << value; }
+    void progressEnd() override { ++progressEnds; }
+    void openUrl(const QUrl &url) override { openedUrls << url; }
+    void beep() override { ++beeps; }
 };
 
 } // namespace korvane

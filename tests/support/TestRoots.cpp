@@ -23,16 +23,6 @@ bool TestRoots::writePlist(const QString &path, const QVariant &root)
     return PropertyList::writeXml(disk, path, root);
 }
 
-QString TestRoots::rootPath(const QString &relative) const
-{
-    return m_root.path() + QLatin1Char('/') + relative;
-}
-
-QString TestRoots::homePath(const QString &relative) const
-{
-    return m_home.path() + QLatin1Char('/') + relative;
-}
-
 QString TestRoots::readText(const QString &path)
 {
     QFile file(path);

@@ -39,8 +39,8 @@ protected:
     // An XML property list written straight to the disk.
     static bool writePlist(const QString &path, const QVariant &root);
     // Paths under the roots: rootPath("Library/Audio") and homePath("Library/Audio").
-    QString rootPath(const QString &relative) const;
-    QString homePath(const QString &relative) const;
+    QString rootPath(const QString &relative) const { return root() + '/' + relative; }
+    QString homePath(const QString &relative) const { return home() + '/' + relative; }
 
     static QString readText(const QString &path);
     static void writeText(const QString &path, const QByteArray &data);
