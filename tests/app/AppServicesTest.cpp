@@ -5,7 +5,6 @@
 #include "platform/PropertyList.h"
 #include "platform/SystemLog.h"
 
-#include <PluginLibraryBuilder.h>
 #include <QDateTime>
 #include <QDir>
 
@@ -137,18 +136,6 @@ TEST_F(AppServicesTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
     EXPECT_EQ(services.removeContentPaths(0, scan), scan);
 }
 
-TEST_F(AppServicesTest, PackagesCollapseWithTheirContentsOnly)
-{
-    PluginLibraryBuilder::makeVST(folder(3, 0), "A.vst", MachO::intel());
-    PluginLibraryBuilder::makeFolder(folder(3, 0) + "/Sub");
-    AppServices services(parts());
-    const QStringList scan{"A.vst",      "A.vst/Contents", "A.vst/Contents/Info.plist",
-                           "A.vst copy", "A.vst2.vst",     "B.vst",
-                           "Sub",        "Sub/C"};
-    EXPECT_EQ(services.removeIrrelevantData(3, 0, scan),
-              QStringList({"A.vst", "A.vst copy", "A.vst2.vst", "B.vst", "Sub", "Sub/C"}));
-}
-
 TEST_F(AppServicesTest, FullPathsAndCreatedFoldersStayInsideTheRoots)
 {
     AppServices services(parts());
@@ -174,34 +161,21 @@ TEST_F(AppServicesTest, FullPathsAndCreatedFoldersStayInsideTheRoots)
     EXPECT_FALSE(QFileInfo::exists(rootPath("a/x")));
 }
 
-TEST_F(AppServicesTest, GroupsLoadWithTheEmptyFirstEntryForcedAndOnlyAsNames)
+// The first entry is always the empty "no group": the editor's rows are one off the registry's.
+TEST_F(AppServicesTest, GroupEditsRenumberAndAFailedSaveKeepsTheFile)
 {
-    writeText(groupsFile(), PropertyList::toXml(QVariantList{"New Group", "Drums"}));
-    EXPECT_EQ(AppServices(parts()).getGroups(), QStringList({"", "Drums"}));
-    writeText(groupsFile(), PropertyList::toXml(QVariantList{"", "Drums", qint64(3)}));
-    EXPECT_EQ(AppServices(parts()).getGroups(), QStringList({""}));
-}
-
-TEST_F(AppServicesTest, GroupEditsRenumberEditorMenuAndFile)
-{
-    writeText(groupsFile(), PropertyList::toXml(QVariantList{"", "G1", "G2"}));
+    writeText(groupsFile(), PropertyList::toXml(QVariantList{"New Group", "G1", "G2"}));
     AppServices services(parts());
-    services.addGroupEntry();
-    EXPECT_EQ(services.getGroups().value(3), "New Group");
-    services.groupTableSetObjectValue("Drums", 2);
-    services.setGroupByIndex(4, "Synths"); // one past the last: appended
-    EXPECT_EQ(services.groupMenuTitles(), QStringList({"G1", "G2", "Drums", "Synths"}));
+    services.setGroupByIndex(2, "Synths"); // one past the last: appended
     int changes = 0;
     QObject::connect(&services, &AppServices::groupsChanged, [&] { ++changes; });
-    for (int row : {-1, -7, 4}) // no selection, or none that exists: nothing shifts
+    for (int row : {-1, -7, 3}) // no selection, or none that exists: nothing shifts
         services.removeGroupEntry(row);
-    EXPECT_EQ(services.getGroups(), QStringList({"", "G1", "G2", "Drums", "Synths"}));
     EXPECT_EQ(changes, 0);
     services.removeGroupEntry(0);
-    EXPECT_EQ(services.groupTableObjectValue(0), "G2");
-    EXPECT_EQ(services.groupMenuTitles(), QStringList({"G2", "Drums", "Synths"}));
+    EXPECT_EQ(services.groupMenuTitles(), QStringList({"G2", "Synths"}));
     services.saveGroupRegistry();
-    const QStringList saved{"", "G2", "Drums", "Synths"};
+    const QStringList saved{"", "G2", "Synths"};
     EXPECT_EQ(PropertyList::readStringArray(groupsFile()), saved);
 
     ImmutableGuard guard(groupsFile());
@@ -210,19 +184,6 @@ TEST_F(AppServicesTest, GroupEditsRenumberEditorMenuAndFile)
     services.addGroupEntry();
     services.saveGroupRegistry();
     EXPECT_EQ(PropertyList::readStringArray(groupsFile()), saved);
-}
-
-TEST_F(AppServicesTest, FileErrorOnlyProceedCarriesOn)
-{
-    ui.alertAnswers << AlertAlternate << AlertDefault << AlertFirst;
-    AppServices services(parts());
-    const QVariantMap info{{"Error", "Permission denied"}, {"Path", "/x/%@.vst"}};
-    for (bool expected : {false, true, false})
-        EXPECT_EQ(services.fileManager(nullptr, info), expected);
-    ASSERT_EQ(ui.alerts.size(), 3);
-    EXPECT_EQ(ui.alerts[0].messageText,
-              "File operation error...\n error: Permission denied\n with file: /x/%@.vst");
-    EXPECT_EQ(ui.alerts[0].buttons, QStringList({"Proceed", "Stop"}));
 }
 
 // A switch that records its own inverse on every change, as the managers' edits do.
@@ -266,16 +227,11 @@ TEST_F(AppServicesTest, UndoRecordsTheRedoAndRedoTheUndo)
     undo.undo();
     EXPECT_EQ(undo.redoMenuItemTitle(), "Redo C");
 
-    // Removing a target drops its steps only.
-    undo.removeAllActions();
-    Switch c{undo, "C"}, d{undo, "D"};
-    c.toggle();
-    d.toggle();
-    c.toggle();
-    undo.removeAllActionsWithTarget(&c);
-    EXPECT_EQ(undo.undoMenuItemTitle(), "Undo D");
+    a.toggle(); // removing a target drops its steps only
+    undo.removeAllActionsWithTarget(&a);
+    EXPECT_EQ(undo.undoMenuItemTitle(), "Undo B");
     undo.undo();
-    EXPECT_FALSE(d.on || undo.canUndo());
+    EXPECT_FALSE(b.on || undo.canUndo());
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 
 namespace korvane {
 
@@ -37,17 +36,6 @@ void TestRoots::writeText(const QString &path, const QByteArray &data)
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
     file.write(data);
-}
-
-ImmutableGuard::ImmutableGuard(const QString &path) : m_path(path)
-{
-    m_ok = QProcess::execute(QStringLiteral("chattr"), {QStringLiteral("+i"), path}) == 0;
-}
-
-ImmutableGuard::~ImmutableGuard()
-{
-    if (m_ok)
-        QProcess::execute(QStringLiteral("chattr"), {QStringLiteral("-i"), m_path});
 }
 
 } // namespace korvane

@@ -4,6 +4,7 @@
 #include "platform/Locations.h"
 
 #include <QFileInfo>
+#include <QProcess>
 #include <QString>
 #include <QTemporaryDir>
 #include <QVariant>
@@ -56,11 +57,16 @@ private:
 // change it. ok() is false where the file system does not support it; tests then skip.
 class ImmutableGuard {
 public:
-    explicit ImmutableGuard(const QString &path);
-    ~ImmutableGuard();
+    explicit ImmutableGuard(const QString &path) : m_path(path), m_ok(chattr("+i") == 0) {}
+    ~ImmutableGuard()
+    {
+        if (m_ok)
+            chattr("-i");
+    }
     bool ok() const { return m_ok; }
 
 private:
+    int chattr(const char *flag) const { return QProcess::execute("chattr", {flag, m_path}); }
     QString m_path;
     bool m_ok = false;
 };
