@@ -15,8 +15,8 @@ namespace {
 
 const QString kPlist = QStringLiteral("Library/Preferences/com.velmora.Korvane.plist");
 
-// The services, preferences and info panel of one launch; relaunch() makes the next launch read
-// everything from disk again.
+// The services and preferences of one launch; relaunch() makes the next launch read everything
+// from disk again.
 class PanelsTest : public ServicesFixture {
 protected:
     MyPrefObj *pref()
@@ -28,15 +28,8 @@ protected:
         return m_pref.get();
     }
     AppServices &services() { return pref(), *m_services; }
-    MyInfoObj *info()
-    {
-        if (!m_info)
-            m_info = std::make_unique<MyInfoObj>(services(), *pref());
-        return m_info.get();
-    }
     void relaunch()
     {
-        m_info.reset();
         m_pref.reset();
         m_services.reset();
     }
@@ -44,12 +37,10 @@ protected:
     {
         return PropertyList::readDictionary(homePath(kPlist)).value_or(QVariantMap());
     }
-    static QString prefix(int type) { return FormatTable::builtIn().at(type).prefix; }
 
 private:
     std::unique_ptr<AppServices> m_services;
     std::unique_ptr<MyPrefObj> m_pref;
-    std::unique_ptr<MyInfoObj> m_info;
 };
 
 using MyPrefObjTest = PanelsTest;
@@ -85,22 +76,6 @@ TEST_F(MyPrefObjTest, FirstLaunchSeedsOrCopiesAReadableMachineWideFileOrLeavesAl
         EXPECT_EQ(pref()->getDefaultSet(type), QString());
     }
     EXPECT_FALSE(QFile::exists(homePath(kPlist)));
-}
-
-TEST_F(MyPrefObjTest, OutOfRangeTypeAnswersNoAndStoresNothing)
-{
-    pref()->defaults()->setObjects({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
-    const QString before = readText(homePath(kPlist));
-    for (int type : {-1, 4, 100}) {
-        pref()->setDefaultSet(type, "/tmp/x.aukorv");
-        EXPECT_EQ(pref()->getDefaultSet(type), std::nullopt);
-        EXPECT_FALSE(pref()->isTypeActive(type) || pref()->activateDefaultSet(type)
-                     || pref()->showType(type) || pref()->showContent(type)
-                     || pref()->moveContent(type) || pref()->scanSubpaths(type))
-            << type;
-    }
-    EXPECT_FALSE(pref()->scanSubpaths(0)); // whatever the store holds
-    EXPECT_EQ(readText(homePath(kPlist)), before);
 }
 
 TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsentOrLeftWhereItCannotBe)
@@ -158,13 +133,13 @@ TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged)
     EXPECT_FALSE(pref()->isTypeActive(TypeAU));
 }
 
-TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack)
+TEST_F(MyPrefObjTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTheTab)
 {
     MyPrefObj *pref = this->pref();
     QVariantMap expected{{"SUCheckAtStartup", pref->controls.checkForUpdates = true}};
     for (int type = 0; type < 4; ++type) {
         PrefTypeControls &c = pref->controls.types[type];
-        const QString x = prefix(type);
+        const QString x = FormatTable::builtIn().at(type).prefix;
         expected[x + "DefaultSet"] = c.defaultSet = QString("/sets/%1").arg(type);
         expected[x + "ShowMessage"] = c.showMessage = type == 0;
         expected[x + "ActivateAfterLoading"] = c.activateAfterLoading = type == 1;
@@ -188,80 +163,73 @@ TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack)
     pref->updatePrefs();  // ...and out again unchanged
     EXPECT_EQ(stored(), expected);
     EXPECT_EQ(asked, (QList<QPair<int, bool>>{{0, false}, {1, false}, {2, true}, {3, false}}));
-}
 
-TEST_F(MyPrefObjTest, SetDocumentPanelFiltersByTabAndAlwaysStores)
-{
-    MyPrefObj *pref = this->pref();
+    // A type out of range answers no and stores nothing; Audio Units never scan subfolders.
+    pref->defaults()->setObjects({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
+    expected.insert({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
+    for (int type : {-1, 4, 100}) {
+        pref->setDefaultSet(type, "/tmp/x.aukorv");
+        EXPECT_FALSE(pref->getDefaultSet(type) || pref->isTypeActive(type)
+                     || pref->activateDefaultSet(type) || pref->showType(type)
+                     || pref->showContent(type) || pref->moveContent(type)
+                     || pref->scanSubpaths(type))
+            << type;
+    }
+    EXPECT_FALSE(pref->scanSubpaths(0));
+    EXPECT_EQ(stored(), expected);
+
+    // The set chooser asks for the extension of the tab in front, and stores the window even
+    // when cancelled; a tab without a format restricts nothing and keeps nothing.
     pref->controls.selectedTab = 2;
     pref->controls.types[1].moveContent = true;
-    pref->setDefault(); // cancelled
+    pref->setDefault();
     EXPECT_EQ(ui.openPanels.value(0).allowedTypes, QStringList{"rtaskorv"});
     EXPECT_EQ(stored().value("RTASMoveContent"), QVariant(true));
-
-    ui.openPanelAnswers.enqueue(QString("/sets/new.rtaskorv"));
+    ui.openPanelAnswers << QString("/sets/new.rtaskorv") << QString("/sets/other.vstkorv");
     pref->setDefault();
-    EXPECT_EQ(pref->getDefaultSet(1), QString("/sets/new.rtaskorv"));
-
-    // A tab without a format: no restriction, nothing chosen is kept.
     pref->controls.selectedTab = 0;
-    ui.openPanelAnswers.enqueue(QString("/sets/other.vstkorv"));
     pref->setDefault();
-    EXPECT_TRUE(ui.openPanels.last().allowedTypes.isEmpty());
-    EXPECT_EQ(pref->getDefaultSet(3), QString(""));
+    EXPECT_TRUE(ui.openPanels.value(2).allowedTypes.isEmpty());
     EXPECT_EQ(pref->getDefaultSet(1), QString("/sets/new.rtaskorv"));
+    EXPECT_EQ(pref->getDefaultSet(3), QString("/sets/3"));
 }
 
-class MyInfoObjTest : public PanelsTest {
-protected:
+TEST_F(PanelsTest, InfoPanelShowsInfoPlistAndTheContentPreferenceOfTheTabInFront)
+{
+    MyInfoObj info(services(), *pref());
+    info.deleteContent(0); // no item yet: nothing to remove
     // A bundle in the user's Components folder, with the given Info.plist bytes (none when empty).
-    AUItemPtr makeItem(const QString &name, const QByteArray &infoPlist = {})
-    {
-        const QString folder = homePath("Library/Audio/Plug-Ins/Components");
+    const QString folder = homePath("Library/Audio/Plug-Ins/Components");
+    const auto show = [&](const QString &name, const QByteArray &infoPlist) {
         QDir().mkpath(folder + "/" + name + "/Contents");
         if (!infoPlist.isEmpty())
             writeText(folder + "/" + name + "/Contents/Info.plist", infoPlist);
         auto item = std::make_shared<AUItem>(&services());
         item->setAULocation(folder);
         item->setAUName(name);
-        return item;
-    }
-    QStringList shown() { return {info()->name(), info()->version(), info()->info()}; }
-};
-
-TEST_F(MyInfoObjTest, InfoPlistFieldsOrTheItemNameAndQuestionMarks)
-{
+        info.showInfo(item);
+        return QStringList{info.name(), info.version(), info.info()};
+    };
     const QByteArray binary =
         PropertyList::toBinary(QVariantMap{{"CFBundleName", "Reverb"},
                                            {"CFBundleVersion", "2.1"},
                                            {"CFBundleGetInfoString", "Reverb 2.1, Velmora"}});
-    info()->showInfo(makeItem("Plain.component"));
-    EXPECT_EQ(shown(), QStringList({"Plain.component", "???", ""}));
-    info()->showInfo(makeItem("Reverb.component", binary));
-    EXPECT_EQ(shown(), QStringList({"Reverb", "2.1", "Reverb 2.1, Velmora"}));
-    info()->showInfo(makeItem("Broken.component", "<plist><dict><key>"));
-    EXPECT_EQ(shown(), QStringList({"Broken.component", "???", ""}));
-    EXPECT_TRUE(info()->windowShouldClose());
-    EXPECT_FALSE(info()->isVisible());
-}
+    EXPECT_EQ(show("Plain.component", {}), QStringList({"Plain.component", "???", ""}));
+    EXPECT_EQ(show("Reverb.component", binary),
+              QStringList({"Reverb", "2.1", "Reverb 2.1, Velmora"}));
+    EXPECT_EQ(show("Broken.component", "<plist><dict><key>"),
+              QStringList({"Broken.component", "???", ""}));
+    const AUItemPtr shown = info.item();
 
-TEST_F(MyInfoObjTest, ShowContentIsReadAtEveryShowForTheTabInFrontAndNoItemIsHarmless)
-{
-    info()->deleteContent(0); // no item: nothing to remove
-    EXPECT_EQ(info()->objectValue(0), QString());
-    const AUItemPtr item = makeItem("Synth.component");
-    pref()->defaults()->setObject("AUShowContent", true);
-    info()->showInfo(item);
-    EXPECT_TRUE(info()->shouldDisplayContent());
-    pref()->defaults()->setObject("AUShowContent", false);
-    info()->showInfo(nullptr);
-    EXPECT_FALSE(info()->shouldDisplayContent());
-    EXPECT_EQ(info()->item(), item); // null keeps the item shown
+    // Whether the content list shows is read again at every show, for the tab in front.
+    EXPECT_FALSE(info.shouldDisplayContent());
     pref()->defaults()->setObject("RTASShowContent", true);
     services().setActiveType(1);
-    info()->showInfo(nullptr);
-    EXPECT_TRUE(info()->shouldDisplayContent());
-    info()->deleteContent(-1);
+    info.showInfo(nullptr);
+    EXPECT_TRUE(info.shouldDisplayContent());
+    EXPECT_EQ(info.item(), shown); // null keeps the item shown
+    EXPECT_TRUE(info.windowShouldClose());
+    EXPECT_FALSE(info.isVisible());
 }
 
 } // namespace
