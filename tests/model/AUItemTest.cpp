@@ -1,5 +1,4 @@
 #include "model/AUItem.h"
-#include "model/AULog.h"
 
 #include "app/AppServices.h"
 #include "app/ServicesFixture.h"
@@ -7,7 +6,6 @@
 #include "platform/TypedStream.h"
 
 #include <PluginLibraryBuilder.h>
-#include <QDir>
 #include <climits>
 
 using namespace korvane;
@@ -17,7 +15,6 @@ protected:
     void SetUp() override
     {
         ServicesFixture::SetUp();
-        QDir().mkpath(homePath("Library/Application Support"));
         services.emplace(parts());
     }
     std::optional<AppServices> services; // the registries the items read
@@ -59,20 +56,6 @@ TEST_F(AUItemTest, GroupsAreReadThroughTheRegistryByPosition)
     services->removeGroupEntry(0);
     EXPECT_EQ(second.getAUGroup(), "G3"); // members keep their position
     EXPECT_EQ(third.getAUGroup(), "");    // past the end: no group
-}
-
-TEST_F(AUItemTest, LocationFollowsTheFlags)
-{
-    const QString vst = "Library/Audio/Plug-Ins/VST";
-    AUItem item(&*services);
-    item.setAUGlobal(true);
-    item.checkObject(3);
-    EXPECT_EQ(item.getAULocation(), rootPath(vst + " (Disabled)"));
-    item.setAUGlobal(false);
-    item.setAUActive(true);
-    item.checkObject(3);
-    item.checkObject(4); // no such format: the location stays
-    EXPECT_EQ(item.getAULocation(), homePath(vst));
 }
 
 TEST_F(AUItemTest, ContentListIsKeptInTheRegistryAndLookedUpByName)
@@ -117,23 +100,4 @@ TEST_F(AUItemTest, ArchiveHoldsNameLocationAndTwoFlags)
     EXPECT_TRUE(AUItem::initWithCoder({text("A"), text("/L")}));
     EXPECT_FALSE(AUItem::initWithCoder({TypedStreamWriter::makeNumber(1LL), text("/L")}));
     EXPECT_FALSE(AUItem::initWithCoder({text("A")}));
-}
-
-TEST(AULogTest, AMatchingRecordTracksWhetherTheItemIsWhereItLies)
-{
-    AULog log;
-    log.setLogName("Echo.vst");
-    log.setLogPath("/Library/Audio/Plug-Ins/VST");
-    log.setLogID(4);
-    EXPECT_TRUE(log.checkAndUpdateLogID("Echo.vst", "/Library/Audio/Plug-Ins/VST", 4));
-    EXPECT_TRUE(log.isLogProcessed());
-    EXPECT_TRUE(log.checkAndUpdateLogID("Echo.vst", "/Library/Audio/Plug-Ins/VST/", 4));
-    EXPECT_FALSE(log.isLogProcessed()); // exact comparison
-
-    log.setLogProcessed(true);
-    EXPECT_FALSE(log.checkAndUpdateLogID("Echo.vst", "/elsewhere", 5));
-    EXPECT_FALSE(log.checkAndUpdateLog("echo.vst", "/elsewhere"));
-    EXPECT_TRUE(log.isLogProcessed());
-    EXPECT_TRUE(log.checkAndUpdateLog("Echo.vst", "/elsewhere")); // the name alone matches
-    EXPECT_FALSE(log.isLogProcessed());
 }
