@@ -15,39 +15,29 @@ namespace {
 
 const QString kPlist = QStringLiteral("Library/Preferences/com.velmora.Korvane.plist");
 
-// The services and preferences of one launch; relaunch() makes the next launch read everything
+// The services and preferences of one launch; launch() starts the next, which reads everything
 // from disk again.
 class PanelsTest : public ServicesFixture {
 protected:
-    MyPrefObj *pref()
+    MyPrefObj *launch()
     {
-        if (!m_pref) {
-            m_services = std::make_unique<AppServices>(parts());
-            m_pref = std::make_unique<MyPrefObj>(*m_services);
-        }
-        return m_pref.get();
-    }
-    AppServices &services() { return pref(), *m_services; }
-    void relaunch()
-    {
-        m_pref.reset();
-        m_services.reset();
+        pref.reset();
+        services = std::make_unique<AppServices>(parts());
+        return (pref = std::make_unique<MyPrefObj>(*services)).get();
     }
     QVariantMap stored() const
     {
         return PropertyList::readDictionary(homePath(kPlist)).value_or(QVariantMap());
     }
-
-private:
-    std::unique_ptr<AppServices> m_services;
-    std::unique_ptr<MyPrefObj> m_pref;
+    std::unique_ptr<AppServices> services;
+    std::unique_ptr<MyPrefObj> pref;
 };
 
 using MyPrefObjTest = PanelsTest;
 
 TEST_F(MyPrefObjTest, FirstLaunchSeedsOrCopiesAReadableMachineWideFileOrLeavesAllOff)
 {
-    pref();
+    launch();
     const QVariantMap seed = stored(); // every format on, but no AUScanSubfolders
     EXPECT_EQ(seed.size(), 31);
     EXPECT_EQ(seed.value("MASOn"), true);
@@ -56,25 +46,22 @@ TEST_F(MyPrefObjTest, FirstLaunchSeedsOrCopiesAReadableMachineWideFileOrLeavesAl
 
     const QVariantMap machineWide{{"VSTOn", true}, {"RTASOn", false}};
     const QByteArray unreadable = "<plist><dict><key>AUOn</key>"; // no template: seeded
-    for (const QByteArray &bytes : {PropertyList::toXml(machineWide), unreadable}) {
-        relaunch();
+    for (const QByteArray &bytes : {unreadable, PropertyList::toXml(machineWide)}) {
         QFile::remove(homePath(kPlist));
         writeText(rootPath(kPlist), bytes);
-        EXPECT_EQ(pref()->isTypeActive(TypeAU), bytes == unreadable); // never seeded
+        EXPECT_EQ(launch()->isTypeActive(TypeAU), bytes == unreadable); // never seeded
         EXPECT_EQ(stored(), bytes == unreadable ? seed : machineWide);
         EXPECT_EQ(readText(rootPath(kPlist)).toUtf8(), bytes);
     }
 
-    relaunch();
+    // Where the machine-wide file cannot be copied, everything is off.
     QFile::remove(homePath(kPlist));
-    writeText(rootPath(kPlist), PropertyList::toXml(machineWide));
     ImmutableGuard guard(homePath("Library/Preferences"));
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
-    for (int type = 0; type < 4; ++type) {
-        EXPECT_FALSE(pref()->isTypeActive(type));
-        EXPECT_EQ(pref()->getDefaultSet(type), QString());
-    }
+    launch();
+    for (int type = 0; type < 4; ++type)
+        EXPECT_FALSE(pref->isTypeActive(type) || pref->getDefaultSet(type) != QString()) << type;
     EXPECT_FALSE(QFile::exists(homePath(kPlist)));
 }
 
@@ -85,7 +72,7 @@ TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsentOrLeftWhereItC
     writeText(rootPath(kPlist), PropertyList::toXml(QVariantMap{{"VSTOn", true}}));
     writeText(homePath(kPlist), damaged);
     SystemLogCapture log;
-    EXPECT_FALSE(pref()->isTypeActive(TypeAU)); // copied from the machine-wide file
+    EXPECT_FALSE(launch()->isTypeActive(TypeAU)); // copied from the machine-wide file
     EXPECT_EQ(stored(), QVariantMap({{"VSTOn", true}}));
     const QStringList kept = QDir(folder).entryList({"com.velmora.Korvane.plist.damaged-*"});
     ASSERT_EQ(kept.size(), 1);
@@ -96,16 +83,15 @@ TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsentOrLeftWhereItC
                                        + file.fileName()});
 
     // A file that cannot be moved aside is not replaced; the defaults hold in memory only.
-    relaunch();
     QDir(folder).removeRecursively();
     writeText(homePath(kPlist), "not a property list");
     ImmutableGuard guard(folder);
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
-    pref()->setDefaultType(TypeVST); // as at quit
+    launch()->setDefaultType(TypeVST); // as at quit
     EXPECT_EQ(readText(homePath(kPlist)), "not a property list");
-    EXPECT_TRUE(pref()->isTypeActive(TypeAU));
-    EXPECT_EQ(pref()->getDefaultType(), TypeVST);
+    EXPECT_TRUE(pref->isTypeActive(TypeAU));
+    EXPECT_EQ(pref->getDefaultType(), TypeVST);
     // Said once, not at every write.
     EXPECT_EQ(log.lines().mid(1), QStringList{"Could not read " + homePath(kPlist)
                                               + " nor move it aside; left it as it is"});
@@ -113,7 +99,7 @@ TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsentOrLeftWhereItC
 
 TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged)
 {
-    pref()->setDefaultSet(TypeMAS, "/sets/a.maskorv");
+    launch()->setDefaultSet(TypeMAS, "/sets/a.maskorv");
     const QByteArray path = QFile::encodeName(homePath(kPlist));
     struct stat before;
     ASSERT_EQ(::stat(path.constData(), &before), 0);
@@ -122,20 +108,20 @@ TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged)
     struct timespec times[2] = {before.st_atim, before.st_mtim};
     ASSERT_EQ(::utimensat(AT_FDCWD, path.constData(), times, 0), 0);
     // Same size and time: the cached values are what is read.
-    EXPECT_EQ(pref()->getDefaultSet(TypeMAS), QString("/sets/a.maskorv"));
+    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/a.maskorv"));
     times[1].tv_nsec = (times[1].tv_nsec + 1) % 1000000000; // any change of time is a new version
     ASSERT_EQ(::utimensat(AT_FDCWD, path.constData(), times, 0), 0);
-    EXPECT_EQ(pref()->getDefaultSet(TypeMAS), QString("/sets/b.maskorv"));
+    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/b.maskorv"));
 
     // Another process (the command-line tool) replaces the file.
     ASSERT_TRUE(writePlist(homePath(kPlist), QVariantMap{{"MASOn", true}}));
-    EXPECT_TRUE(pref()->isTypeActive(TypeMAS));
-    EXPECT_FALSE(pref()->isTypeActive(TypeAU));
+    EXPECT_TRUE(pref->isTypeActive(TypeMAS));
+    EXPECT_FALSE(pref->isTypeActive(TypeAU));
 }
 
 TEST_F(MyPrefObjTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTheTab)
 {
-    MyPrefObj *pref = this->pref();
+    launch();
     QVariantMap expected{{"SUCheckAtStartup", pref->controls.checkForUpdates = true}};
     for (int type = 0; type < 4; ++type) {
         PrefTypeControls &c = pref->controls.types[type];
@@ -155,7 +141,7 @@ TEST_F(MyPrefObjTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTheT
     EXPECT_EQ(stored(), expected);
 
     QList<QPair<int, bool>> asked;
-    QObject::connect(pref, &MyPrefObj::showPlattformRequested, [&](int type, bool show) {
+    QObject::connect(&*pref, &MyPrefObj::showPlattformRequested, [&](int type, bool show) {
         asked.append({type, show});
     });
     pref->controls = PrefControls();
@@ -196,7 +182,8 @@ TEST_F(MyPrefObjTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTheT
 
 TEST_F(PanelsTest, InfoPanelShowsInfoPlistAndTheContentPreferenceOfTheTabInFront)
 {
-    MyInfoObj info(services(), *pref());
+    launch();
+    MyInfoObj info(*services, *pref);
     info.deleteContent(0); // no item yet: nothing to remove
     // A bundle in the user's Components folder, with the given Info.plist bytes (none when empty).
     const QString folder = homePath("Library/Audio/Plug-Ins/Components");
@@ -204,7 +191,7 @@ TEST_F(PanelsTest, InfoPanelShowsInfoPlistAndTheContentPreferenceOfTheTabInFront
         QDir().mkpath(folder + "/" + name + "/Contents");
         if (!infoPlist.isEmpty())
             writeText(folder + "/" + name + "/Contents/Info.plist", infoPlist);
-        auto item = std::make_shared<AUItem>(&services());
+        auto item = std::make_shared<AUItem>(&*services);
         item->setAULocation(folder);
         item->setAUName(name);
         info.showInfo(item);
@@ -223,8 +210,8 @@ TEST_F(PanelsTest, InfoPanelShowsInfoPlistAndTheContentPreferenceOfTheTabInFront
 
     // Whether the content list shows is read again at every show, for the tab in front.
     EXPECT_FALSE(info.shouldDisplayContent());
-    pref()->defaults()->setObject("RTASShowContent", true);
-    services().setActiveType(1);
+    pref->defaults()->setObject("RTASShowContent", true);
+    services->setActiveType(1);
     info.showInfo(nullptr);
     EXPECT_TRUE(info.shouldDisplayContent());
     EXPECT_EQ(info.item(), shown); // null keeps the item shown
