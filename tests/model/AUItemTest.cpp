@@ -58,24 +58,6 @@ TEST_F(AUItemTest, GroupsAreReadThroughTheRegistryByPosition)
     EXPECT_EQ(third.getAUGroup(), "");    // past the end: no group
 }
 
-TEST_F(AUItemTest, ContentListIsKeptInTheRegistryAndLookedUpByName)
-{
-    AUItem item(&*services);
-    item.setAUName("Echo.vst");
-    item.addContent("/presets");
-    item.addContent("/docs");
-    item.replaceContent("/manual", 1);
-    item.removeContent(0);
-    EXPECT_FALSE(item.hasContent()); // only the next lookup sets it
-    EXPECT_EQ(
-        PropertyList::readArray(homePath("Library/Application Support/Korvane/content.plist")),
-        QVariantList{QVariant(QVariantList{"Echo.vst", "/manual"})});
-    AUItem again(&*services);
-    again.setAUName("Echo.vst");
-    EXPECT_TRUE(again.hasContent());
-    EXPECT_EQ(again.getContentByIndex(0), "/manual");
-}
-
 TEST_F(AUItemTest, ArchiveHoldsNameLocationAndTwoFlags)
 {
     services->saveContent({"Echo.vst", "/presets"});
