@@ -48,10 +48,6 @@ TEST_F(AppServicesTest, SystemFileIsUsedAndCopiedToTheUserOnFirstSaveEvenWithout
     QDir(homePath("Library")).removeRecursively();
     services.saveContent({"C", "/z"});
     EXPECT_EQ(userEntries(), plist({{"A", "/x"}, {"B", "/y"}, {"C", "/z"}}));
-    QDir(homePath("Library")).removeRecursively();
-    services.addGroupEntry();
-    services.saveGroupRegistry();
-    EXPECT_EQ(PropertyList::readStringArray(groupsFile()), QStringList({"", "New Group"}));
     QFile::remove(rootPath(kSupport + "/content.plist"));
     QFile::remove(userFile());
     AppServices fresh(parts()); // no file anywhere: an empty one for the user
@@ -139,8 +135,6 @@ TEST_F(AppServicesTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
 TEST_F(AppServicesTest, FullPathsAndCreatedFoldersStayInsideTheRoots)
 {
     AppServices services(parts());
-    EXPECT_EQ(services.getFullPath("X", 1, 3),
-              homePath("Library/Application Support/Digidesign/Plug-Ins (Disabled)/X"));
     EXPECT_EQ(services.getFullPath("Sub/X.vst", 3, 0),
               rootPath("Library/Audio/Plug-Ins/VST/Sub/X.vst"));
     for (const char *name : {"../../../../../etc/passwd", "Sub/../../X.vst", "/etc/passwd", ".."})
@@ -174,6 +168,7 @@ TEST_F(AppServicesTest, GroupEditsRenumberAndAFailedSaveKeepsTheFile)
     EXPECT_EQ(changes, 0);
     services.removeGroupEntry(0);
     EXPECT_EQ(services.groupMenuTitles(), QStringList({"G2", "Synths"}));
+    QDir(homePath("Library")).removeRecursively(); // the folders are made again
     services.saveGroupRegistry();
     const QStringList saved{"", "G2", "Synths"};
     EXPECT_EQ(PropertyList::readStringArray(groupsFile()), saved);
