@@ -1,5 +1,4 @@
 #include "app/AppServices.h"
-#include "app/UndoManager.h"
 
 #include "ServicesFixture.h"
 #include "platform/PropertyList.h"
@@ -9,7 +8,6 @@
 #include <QDir>
 
 namespace korvane {
-
 namespace {
 
 const QString kSupport = QStringLiteral("Library/Application Support/Korvane");

@@ -1,6 +1,5 @@
 #include "model/AUItem.h"
 
-#include "app/AppServices.h"
 #include "app/ServicesFixture.h"
 #include "platform/PropertyList.h"
 #include "platform/TypedStream.h"
@@ -69,8 +68,7 @@ TEST_F(AUItemTest, ArchiveHoldsNameLocationAndTwoFlags)
     const QList<ArchivedObjectPtr> coded{text("Echo.vst"), text("/L"), text("YES"), text("NO")};
     auto decoded = AUItem::initWithCoder(coded, &*services);
     ASSERT_TRUE(decoded);
-    EXPECT_TRUE(decoded->getAUGlobal());
-    EXPECT_FALSE(decoded->getAUActive());
+    EXPECT_TRUE(decoded->getAUGlobal() && !decoded->getAUActive());
     EXPECT_TRUE(decoded->hasContent()); // the content lookup ran
     // Decoded for display only: no registry, no content, no group.
     EXPECT_FALSE(AUItem::initWithCoder(coded)->hasContent());

@@ -3,27 +3,8 @@
 
 #include "support/TestRoots.h"
 
-#include <QRegularExpression>
-
 namespace korvane {
 namespace {
-
-// What is left once the reader's own tags are gone must hold no markup at all.
-void expectOnlyOwnMarkup(const QString &out, const QByteArray &rtf)
-{
-    static const QRegularExpression ownTags(
-        R"(</?(p|b|i)>|<br>|<span style="font-size:[0-9.]+pt">|</span>)");
-    static const QRegularExpression strayAmpersand(R"(&(?!amp;|lt;|gt;|quot;|nbsp;))");
-    QString text = out;
-    text.remove(ownTags);
-    EXPECT_FALSE(text.contains('<') || text.contains('>') || text.contains(strayAmpersand))
-        << rtf.toStdString() << " -> " << out.toStdString();
-    for (const char *tag : {"p", "b", "i"})
-        EXPECT_EQ(out.count(QStringLiteral("<%1>").arg(tag)),
-                  out.count(QStringLiteral("</%1>").arg(tag)))
-            << tag << " in " << out.toStdString();
-    EXPECT_EQ(out.count("<span "), out.count("</span>")) << out.toStdString();
-}
 
 TEST(RtfTextTest, ConvertsTheSubsetAndSurvivesMalformedBytes)
 {
@@ -62,11 +43,8 @@ TEST(RtfTextTest, ConvertsTheSubsetAndSurvivesMalformedBytes)
         {"<p>not rtf</p>", ""},
         {"", ""},
     };
-    for (const auto &[rtf, html] : cases) {
-        const QString out = RtfText::toHtml(rtf);
-        EXPECT_EQ(out, html) << rtf.left(80).toStdString();
-        expectOnlyOwnMarkup(out, rtf);
-    }
+    for (const auto &[rtf, html] : cases)
+        EXPECT_EQ(RtfText::toHtml(rtf), html) << rtf.left(80).toStdString();
 }
 
 TEST(MyAboutObjTest, ShippedAboutTextIsAHeadingAndThreeParagraphs)
@@ -74,6 +52,7 @@ TEST(MyAboutObjTest, ShippedAboutTextIsAHeadingAndThreeParagraphs)
     MyAboutObj about;
     qputenv("KORVANE_RESOURCES", KORVANE_TEST_DATA "/../../resources");
     about.openAbout();
+    qunsetenv("KORVANE_RESOURCES");
     const QString out = about.html();
     EXPECT_TRUE(out.startsWith(R"(<p><b><span style="font-size:14pt">Korvane</span></b></p><p>)"))
         << out.toStdString();
@@ -81,8 +60,6 @@ TEST(MyAboutObjTest, ShippedAboutTextIsAHeadingAndThreeParagraphs)
     EXPECT_TRUE(out.contains("&quot; (Disabled)&quot;"));
     for (const char *residue : {"\\", "{", "}", "Helvetica"})
         EXPECT_FALSE(out.contains(residue)) << residue;
-
-    qunsetenv("KORVANE_RESOURCES");
 }
 
 } // namespace
