@@ -1,75 +1,58 @@
 #include "app/AppServices.h"
 
 #include "ServicesFixture.h"
-#include "platform/Locations.h"
 #include "platform/PropertyList.h"
 #include "platform/SystemLog.h"
-#include "support/ScriptedUi.h"
-#include "support/TestRoots.h"
 
-#include <PluginLibraryBuilder.h>
 #include <QDateTime>
 #include <QDir>
-#include <QSet>
 
-using namespace korvane;
-
+namespace korvane {
 namespace {
-
-// Registry entries as the property list holds them.
-QVariantList plist(const QList<QStringList> &entries)
-{
-    QVariantList list;
-    for (const QStringList &entry : entries)
-        list.append(QVariant(QVariantList(entry.begin(), entry.end())));
-    return list;
-}
 
 const QString kSupport = QStringLiteral("Library/Application Support/Korvane");
 
-// The copies of a damaged file kept beside it, as paths.
-QStringList keptFiles(const QString &file)
-{
-    const QFileInfo info(file);
-    QStringList kept;
-    for (const QString &name :
-         QDir(info.absolutePath()).entryList({info.fileName() + ".damaged-*"}))
-        kept << info.absolutePath() + "/" + name;
-    return kept;
-}
-
-} // namespace
-
-class ContentRegistryTest : public ServicesFixture {
+class AppServicesTest : public ServicesFixture {
 protected:
-    void SetUp() override
+    // Registry entries as the property list holds them.
+    static QVariantList plist(const QList<QStringList> &entries)
     {
-        ServicesFixture::SetUp();
-        QDir().mkpath(homePath("Library/Application Support")); // there on every real system
+        QVariantList list;
+        for (const QStringList &entry : entries)
+            list.append(QVariant(QVariantList(entry.begin(), entry.end())));
+        return list;
+    }
+    // The copies of the damaged content file kept beside it, as paths.
+    QStringList keptFiles() const
+    {
+        QStringList kept;
+        for (const QString &name : QDir(homePath(kSupport)).entryList({"content.plist.damaged-*"}))
+            kept << homePath(kSupport + "/" + name);
+        return kept;
     }
     QString userFile() const { return homePath(kSupport + "/content.plist"); }
-    QStringList keptFiles() const { return ::keptFiles(userFile()); }
+    QString groupsFile() const { return homePath(kSupport + "/groups.plist"); }
     std::optional<QVariantList> userEntries() const { return PropertyList::readArray(userFile()); }
 };
 
-TEST_F(ContentRegistryTest, NoFileAnywhereLeavesAnEmptyUserFile)
-{
-    AppServices services(parts());
-    EXPECT_EQ(userEntries(), QVariantList());
-}
-
-TEST_F(ContentRegistryTest, SystemFileIsUsedAndCopiedToTheUserOnFirstSave)
+// A fresh account may not even have "Library/Application Support": the data files must still land.
+TEST_F(AppServicesTest, SystemFileIsUsedAndCopiedToTheUserOnFirstSaveEvenWithoutLibrary)
 {
     writeText(rootPath(kSupport + "/content.plist"),
               PropertyList::toXml(plist({{"A", "/x"}, {"B", "/y"}})));
     AppServices services(parts());
     EXPECT_FALSE(QFileInfo::exists(userFile()));
     EXPECT_EQ(services.getContentForKey("B"), QStringList({"B", "/y"}));
+    QDir(homePath("Library")).removeRecursively();
     services.saveContent({"C", "/z"});
     EXPECT_EQ(userEntries(), plist({{"A", "/x"}, {"B", "/y"}, {"C", "/z"}}));
+    QFile::remove(rootPath(kSupport + "/content.plist"));
+    QFile::remove(userFile());
+    AppServices fresh(parts()); // no file anywhere: an empty one for the user
+    EXPECT_EQ(userEntries(), QVariantList());
 }
 
-TEST_F(ContentRegistryTest, DuplicatesAndMalformedEntries)
+TEST_F(AppServicesTest, DuplicatesAndMalformedEntries)
 {
     // Only the first entry with a key is seen; what is not a list of strings is left out.
     const QVariantList bad{QVariantList{"A", qint64(5)}, "loose", QVariantList(), QVariantMap()};
@@ -86,10 +69,9 @@ TEST_F(ContentRegistryTest, DuplicatesAndMalformedEntries)
     EXPECT_EQ(readText(kept.first()), QString::fromUtf8(original));
 }
 
-TEST_F(ContentRegistryTest, DamagedFileIsKeptUnderAFreeDatedNameOrNotReplaced)
+TEST_F(AppServicesTest, DamagedFileIsKeptUnderAFreeDatedNameOrNotReplaced)
 {
     // Names a keep in the next seconds would choose are taken already.
-    const QString support = homePath(kSupport);
     QStringList taken;
     const QDateTime now = QDateTime::currentDateTime();
     for (int second = 0; second < 3; ++second) {
@@ -102,14 +84,11 @@ TEST_F(ContentRegistryTest, DamagedFileIsKeptUnderAFreeDatedNameOrNotReplaced)
     AppServices services(parts()); // garbage reads as no file
     EXPECT_TRUE(services.contentRegistry().isEmpty());
     EXPECT_EQ(userEntries(), QVariantList());
-    const QStringList kept = keptFiles();
-    ASSERT_EQ(kept.size(), 4);
+    QStringList kept = keptFiles();
     for (const QString &name : taken)
-        EXPECT_EQ(readText(name), "taken");
-    const QString keptAs =
-        (QSet<QString>(kept.begin(), kept.end()) - QSet<QString>(taken.begin(), taken.end()))
-            .values()
-            .value(0);
+        EXPECT_TRUE(kept.removeOne(name) && readText(name) == "taken");
+    ASSERT_EQ(kept.size(), 1);
+    const QString keptAs = kept.first();
     EXPECT_TRUE(keptAs.endsWith("-2")) << keptAs.toStdString();
     EXPECT_EQ(readText(keptAs), QString::fromUtf8(garbage));
     const QString line = "Could not read " + userFile() + "; kept it as " + keptAs;
@@ -118,7 +97,7 @@ TEST_F(ContentRegistryTest, DamagedFileIsKeptUnderAFreeDatedNameOrNotReplaced)
 
     // Where it cannot be moved aside it is left alone, and so are the changes after it.
     writeText(userFile(), garbage);
-    ImmutableGuard guard(support);
+    ImmutableGuard guard(homePath(kSupport));
     if (!guard.ok())
         GTEST_SKIP() << "chattr not supported here";
     services.initContent();
@@ -129,7 +108,7 @@ TEST_F(ContentRegistryTest, DamagedFileIsKeptUnderAFreeDatedNameOrNotReplaced)
                                                      + " nor move it aside; left it as it is"));
 }
 
-TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
+TEST_F(AppServicesTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
 {
     const QString components = locations().expand("/Library/Audio/Plug-Ins/Components");
     const QStringList scan{"Other", "Shared", "Shared/Lib", "Shared/Lib/x", "Shared/Lib2"};
@@ -151,94 +130,45 @@ TEST_F(ContentRegistryTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
     EXPECT_EQ(services.removeContentPaths(0, scan), scan);
 }
 
-TEST_F(ContentRegistryTest, PackagesCollapseWithTheirContentsOnly)
-{
-    PluginLibraryBuilder::makeVST(folder(3, 0), "A.vst", MachO::intel());
-    PluginLibraryBuilder::makeFolder(folder(3, 0) + "/Sub");
-    AppServices services(parts());
-    const QStringList scan{"A.vst",      "A.vst/Contents", "A.vst/Contents/Info.plist",
-                           "A.vst copy", "A.vst2.vst",     "B.vst",
-                           "Sub",        "Sub/C"};
-    EXPECT_EQ(services.removeIrrelevantData(3, 0, scan),
-              QStringList({"A.vst", "A.vst copy", "A.vst2.vst", "B.vst", "Sub", "Sub/C"}));
-}
-
-TEST_F(ContentRegistryTest, FullPathsAndCreatedFoldersStayInsideTheRoots)
+TEST_F(AppServicesTest, FullPathsAndCreatedFoldersStayInsideTheRoots)
 {
     AppServices services(parts());
-    EXPECT_EQ(services.getFullPath("X", 1, 3),
-              homePath("Library/Application Support/Digidesign/Plug-Ins (Disabled)/X"));
     EXPECT_EQ(services.getFullPath("Sub/X.vst", 3, 0),
               rootPath("Library/Audio/Plug-Ins/VST/Sub/X.vst"));
     for (const char *name : {"../../../../../etc/passwd", "Sub/../../X.vst", "/etc/passwd", ".."})
         EXPECT_TRUE(services.getFullPath(name, 3, 0).isEmpty()) << name;
-    EXPECT_TRUE(services.getFullPath("X", 4, 0).isEmpty());
-    EXPECT_TRUE(services.getFullPath("X", 0, -1).isEmpty());
+    EXPECT_TRUE(services.getFullPath("X", 4, 0).isEmpty()
+                && services.getFullPath("X", 0, -1).isEmpty());
 
     QDir().mkpath(rootPath("a"));
     services.createFolders(rootPath("a/../escape/b/file"));
     EXPECT_FALSE(QFileInfo::exists(rootPath("escape")));
-}
-
-TEST_F(ContentRegistryTest, CreateFoldersMakesTheParentsOnlyAndIgnoresFailures)
-{
-    AppServices services(parts());
-    QDir().mkpath(rootPath("a"));
-    services.createFolders(rootPath("a/b/c/file"));
+    services.createFolders(rootPath("a/b/c/file")); // the parents only
     EXPECT_TRUE(QFileInfo(rootPath("a/b/c")).isDir());
     EXPECT_FALSE(QFileInfo::exists(rootPath("a/b/c/file")));
-
     ImmutableGuard guard(rootPath("a"));
     if (!guard.ok())
         GTEST_SKIP() << "chattr not supported here";
-    services.createFolders(rootPath("a/x/y/file"));
+    services.createFolders(rootPath("a/x/y/file")); // a failure is ignored
     EXPECT_FALSE(QFileInfo::exists(rootPath("a/x")));
 }
 
-class GroupRegistryTest : public ServicesFixture {
-protected:
-    QString groupsFile() const { return homePath(kSupport + "/groups.plist"); }
-    void writeGroups(const QVariantList &g) { writeText(groupsFile(), PropertyList::toXml(g)); }
-};
-
-TEST_F(GroupRegistryTest, LoadingForcesTheEmptyFirstEntryAndKeepsWhatItCouldNotRead)
+// The first entry is always the empty "no group": the editor's rows are one off the registry's.
+TEST_F(AppServicesTest, GroupEditsRenumberAndAFailedSaveKeepsTheFile)
 {
-    EXPECT_EQ(AppServices(parts()).getGroups(), QStringList({""}));
-    writeGroups({"New Group", "Drums"});
-    EXPECT_EQ(AppServices(parts()).getGroups(), QStringList({"", "Drums"}));
-    writeGroups({"", "Drums", qint64(3)}); // anything but names reads as no file...
-    const QByteArray original = readText(groupsFile()).toUtf8();
+    writeText(groupsFile(), PropertyList::toXml(QVariantList{"New Group", "G1", "G2"}));
     AppServices services(parts());
-    EXPECT_EQ(services.getGroups(), QStringList({""}));
-    services.saveGroupRegistry(); // ...and is kept before it is replaced
-    EXPECT_EQ(PropertyList::readStringArray(groupsFile()), QStringList({""}));
-    const QStringList kept = keptFiles(groupsFile());
-    ASSERT_EQ(kept.size(), 1);
-    EXPECT_EQ(readText(kept.first()).toUtf8(), original);
-    EXPECT_TRUE(services.logText().contains(kept.first()));
-}
-
-TEST_F(GroupRegistryTest, EditsRenumberEditorMenuAndFile)
-{
-    writeGroups({"", "G1", "G2"});
-    AppServices services(parts());
-    services.addGroupEntry();
-    EXPECT_EQ(services.getGroups().value(3), "New Group");
-    services.groupTableSetObjectValue("Drums", 2);
-    services.setGroupByIndex(4, "Synths"); // one past the last: appended
-    EXPECT_EQ(services.groupMenuTitles(), QStringList({"G1", "G2", "Drums", "Synths"}));
+    services.setGroupByIndex(2, "Synths"); // one past the last: appended
     int changes = 0;
     QObject::connect(&services, &AppServices::groupsChanged, [&] { ++changes; });
-    for (int row : {-1, -7, 4}) // no selection, or none that exists: nothing shifts
+    for (int row : {-1, -7, 3}) // no selection, or none that exists: nothing shifts
         services.removeGroupEntry(row);
-    EXPECT_EQ(services.getGroups(), QStringList({"", "G1", "G2", "Drums", "Synths"}));
     EXPECT_EQ(changes, 0);
     services.removeGroupEntry(0);
-    EXPECT_EQ(services.numberOfRowsInGroupTable(), 3);
-    EXPECT_EQ(services.groupTableObjectValue(0), "G2");
-    EXPECT_EQ(services.groupMenuTitles(), QStringList({"G2", "Drums", "Synths"}));
+    EXPECT_EQ(services.groupMenuTitles(), QStringList({"G2", "Synths"}));
+    QDir(homePath("Library")).removeRecursively(); // the folders are made again
     services.saveGroupRegistry();
-    const QStringList saved{"", "G2", "Drums", "Synths"};
+    const QStringList saved{"", "G2", "Synths"};
     EXPECT_EQ(PropertyList::readStringArray(groupsFile()), saved);
 
     ImmutableGuard guard(groupsFile());
@@ -249,19 +179,53 @@ TEST_F(GroupRegistryTest, EditsRenumberEditorMenuAndFile)
     EXPECT_EQ(PropertyList::readStringArray(groupsFile()), saved);
 }
 
-class FileErrorTest : public ServicesFixture {};
+// A switch that records its own inverse on every change, as the managers' edits do.
+struct Switch {
+    UndoManager &undo;
+    QString name;
+    bool on = false;
+    void toggle()
+    {
+        undo.registerUndo(this, [this] { toggle(); });
+        on = !on;
+        undo.setActionName(name);
+    }
+};
 
-TEST_F(FileErrorTest, OnlyProceedCarriesOn)
+TEST_F(AppServicesTest, UndoRecordsTheRedoAndRedoTheUndo)
 {
-    ui.alertAnswers << AlertAlternate << AlertDefault << AlertFirst;
     AppServices services(parts());
-    const QVariantMap info{{"Error", "Permission denied"}, {"Path", "/x/%@.vst"}};
-    EXPECT_FALSE(services.fileManager(nullptr, info));
-    EXPECT_TRUE(services.fileManager(nullptr, info));
-    EXPECT_FALSE(services.fileManager(nullptr, info));
-    ASSERT_EQ(ui.alerts.size(), 3);
-    EXPECT_EQ(ui.alerts[0].title, "Korvane");
-    EXPECT_EQ(ui.alerts[0].messageText,
-              "File operation error...\n error: Permission denied\n with file: /x/%@.vst");
-    EXPECT_EQ(ui.alerts[0].buttons, QStringList({"Proceed", "Stop"}));
+    UndoManager &undo = *services.getUndoManager();
+    auto titles = [&] { return QStringList{services.undoTitle(), services.redoTitle()}; };
+    services.undoAction(); // nothing to undo
+    EXPECT_EQ(titles(), QStringList({"Undo", "Redo"}));
+
+    Switch a{undo, "A"}, b{undo, "B"};
+    a.toggle();
+    b.toggle();
+    services.undoAction();
+    EXPECT_FALSE(b.on);
+    EXPECT_EQ(titles(), QStringList({"Undo A", "Redo B"}));
+    services.undoAction();
+    services.redoAction(); // what a redo records must not drop the other redo step
+    EXPECT_TRUE(a.on);
+    EXPECT_EQ(titles(), QStringList({"Undo A", "Redo B"}));
+
+    b.toggle(); // a new change clears what could be redone
+    EXPECT_FALSE(undo.canRedo());
+    // An inverse that names nothing still leaves the redo named after the step it undid.
+    undo.registerUndo(nullptr, [&undo] { undo.registerUndo(nullptr, [] {}); });
+    EXPECT_EQ(undo.undoMenuItemTitle(), "Undo");
+    undo.setActionName("C");
+    undo.undo();
+    EXPECT_EQ(undo.redoMenuItemTitle(), "Redo C");
+
+    a.toggle(); // removing a target drops its steps only
+    undo.removeAllActionsWithTarget(&a);
+    EXPECT_EQ(undo.undoMenuItemTitle(), "Undo B");
+    undo.undo();
+    EXPECT_FALSE(b.on || undo.canUndo());
 }
+
+} // namespace
+} // namespace korvane

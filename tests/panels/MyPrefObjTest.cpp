@@ -1,7 +1,7 @@
 #include "panels/MyPrefObj.h"
+#include "panels/MyInfoObj.h"
 
-#include "PanelsFixture.h"
-#include "platform/Locations.h"
+#include "app/ServicesFixture.h"
 #include "platform/PropertyList.h"
 #include "platform/SystemLog.h"
 
@@ -14,183 +14,116 @@ namespace {
 
 const QString kPlist = QStringLiteral("Library/Preferences/com.velmora.Korvane.plist");
 
-class MyPrefObjTest : public PanelsFixture {
+// The services and preferences of one launch; launch() starts the next, which reads everything
+// from disk again.
+class PanelsTest : public ServicesFixture {
 protected:
+    MyPrefObj *launch()
+    {
+        pref.reset();
+        services = std::make_unique<AppServices>(parts());
+        return (pref = std::make_unique<MyPrefObj>(*services)).get();
+    }
     QVariantMap stored() const
     {
         return PropertyList::readDictionary(homePath(kPlist)).value_or(QVariantMap());
     }
+    std::unique_ptr<AppServices> services;
+    std::unique_ptr<MyPrefObj> pref;
 };
 
-TEST_F(MyPrefObjTest, FirstLaunchSeedsTheDefaults)
-{
-    MyPrefObj *pref = this->pref();
-    QVariantMap seed;
-    for (int type = 0; type < 4; ++type) {
-        const QString x = prefix(type);
-        for (const char *flag :
-             {"ShowMessage", "ActivateAfterLoading", "MoveContent", "ShowContent", "Type"})
-            seed[x + flag] = false;
-        seed[x + "On"] = true;
-        seed[x + "DefaultSet"] = "";
-        if (type != 0)
-            seed[x + "ScanSubfolders"] = true;
-        EXPECT_TRUE(pref->isTypeActive(type)) << type;
-        EXPECT_EQ(pref->scanSubpaths(type), type != 0) << type;
-        EXPECT_EQ(pref->getDefaultSet(type), QString("")) << type;
-    }
-    EXPECT_EQ(stored(), seed); // all off but On, and no AUScanSubfolders
-}
+using MyPrefObjTest = PanelsTest;
 
-TEST_F(MyPrefObjTest, MachineWideFileIsCopiedAndNotSeededOverAndAFailedCopyLeavesAllOff)
+TEST_F(MyPrefObjTest, FirstLaunchSeedsOrCopiesAReadableMachineWideFileOrLeavesAllOff)
 {
-    QDir().mkpath(rootPath("Library/Preferences"));
+    launch();
+    const QVariantMap seed = stored(); // every format on, but no AUScanSubfolders
+    EXPECT_EQ(seed.value("MASOn"), true);
+    EXPECT_EQ(seed.value("VSTScanSubfolders"), true);
+    EXPECT_FALSE(seed.contains("AUScanSubfolders"));
+
     const QVariantMap machineWide{{"VSTOn", true}, {"RTASOn", false}};
-    ASSERT_TRUE(writePlist(rootPath(kPlist), machineWide));
-    MyPrefObj *pref = this->pref();
-    EXPECT_EQ(readText(homePath(kPlist)), readText(rootPath(kPlist)));
-    EXPECT_TRUE(pref->isTypeActive(3));
-    EXPECT_FALSE(pref->isTypeActive(1));
-    EXPECT_FALSE(pref->isTypeActive(0)); // never seeded
-    EXPECT_FALSE(pref->scanSubpaths(2));
+    const QByteArray unreadable = "<plist><dict><key>AUOn</key>"; // no template: seeded
+    for (const QByteArray &bytes : {unreadable, PropertyList::toXml(machineWide)}) {
+        QFile::remove(homePath(kPlist));
+        writeText(rootPath(kPlist), bytes);
+        EXPECT_EQ(launch()->isTypeActive(TypeAU), bytes == unreadable); // never seeded
+        EXPECT_EQ(stored(), bytes == unreadable ? seed : machineWide);
+        EXPECT_EQ(readText(rootPath(kPlist)).toUtf8(), bytes);
+    }
 
-    // One that cannot be read is no template: the defaults are seeded.
-    ASSERT_TRUE(QFile::remove(homePath(kPlist)));
-    writeText(rootPath(kPlist), "<plist><dict><key>AUOn</key>");
-    relaunch();
-    EXPECT_TRUE(this->pref()->isTypeActive(TypeAU));
-    EXPECT_EQ(readText(rootPath(kPlist)), "<plist><dict><key>AUOn</key>");
-
-    ASSERT_TRUE(QFile::remove(homePath(kPlist)));
-    ASSERT_TRUE(writePlist(rootPath(kPlist), machineWide));
+    // Where the machine-wide file cannot be copied, everything is off.
+    QFile::remove(homePath(kPlist));
     ImmutableGuard guard(homePath("Library/Preferences"));
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
-    relaunch(); // the next launch
-    pref = this->pref();
+    launch();
+    for (int type = 0; type < 4; ++type)
+        EXPECT_FALSE(pref->isTypeActive(type) || pref->getDefaultSet(type) != QString()) << type;
     EXPECT_FALSE(QFile::exists(homePath(kPlist)));
-    for (int type = 0; type < 4; ++type) {
-        EXPECT_FALSE(pref->isTypeActive(type));
-        EXPECT_EQ(pref->getDefaultSet(type), QString());
-    }
 }
 
-TEST_F(MyPrefObjTest, OutOfRangeTypeAnswersNoAndStoresNothing)
+TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsentOrLeftWhereItCannotBe)
 {
-    MyPrefObj *pref = this->pref();
-    pref->defaults()->setObjects({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
-    const QString before = readText(homePath(kPlist));
-    for (int type : {-1, 4, 100}) {
-        pref->setDefaultSet(type, "/tmp/x.aukorv");
-        EXPECT_EQ(pref->getDefaultSet(type), std::nullopt);
-        EXPECT_FALSE(pref->isTypeActive(type) || pref->activateDefaultSet(type)
-                     || pref->showType(type) || pref->showContent(type) || pref->moveContent(type)
-                     || pref->scanSubpaths(type))
-            << type;
-    }
-    EXPECT_FALSE(pref->scanSubpaths(0)); // whatever the store holds
-    EXPECT_EQ(readText(homePath(kPlist)), before);
-}
-
-TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsent)
-{
-    QDir().mkpath(homePath("Library/Preferences"));
-    const QVariantMap machineWide{{"VSTOn", true}};
-    const struct {
-        QByteArray bytes;
-        bool machineWide;
-    } cases[] = {
-        {"<?xml version=\"1.0\"?><plist><dict><key>AUOn</key>", false},
-        {PropertyList::toXml(QVariantList{"AUOn", true}), false}, // not a dictionary
-        {QByteArray("bplist00\0\xff\x13", 11), false},
-        {"", true},
-        {PropertyList::toXml(QVariantList{}), true},
-    };
-    for (const auto &c : cases) {
-        relaunch(); // the next launch
-        QDir(homePath("Library/Preferences")).removeRecursively();
-        QFile::remove(rootPath(kPlist));
-        if (c.machineWide)
-            writeText(rootPath(kPlist), PropertyList::toXml(machineWide));
-        writeText(homePath(kPlist), c.bytes);
-        SystemLogCapture log;
-        MyPrefObj *pref = this->pref();
-        const QStringList kept = QDir(homePath("Library/Preferences"))
-                                     .entryList({"com.velmora.Korvane.plist.damaged-*"});
-        ASSERT_EQ(kept.size(), 1) << c.bytes.toStdString();
-        const QString keptPath = homePath("Library/Preferences/" + kept.first());
-        QFile file(keptPath);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_EQ(file.readAll(), c.bytes);
-        EXPECT_EQ(log.lines(),
-                  QStringList{"Could not read " + homePath(kPlist) + "; kept it as " + keptPath});
-        // Seeded or copied from the machine-wide file, as on a first launch.
-        EXPECT_EQ(pref->isTypeActive(TypeAU), !c.machineWide) << c.bytes.toStdString();
-        EXPECT_TRUE(pref->isTypeActive(TypeVST));
-        EXPECT_EQ(stored().value("VSTOn"), QVariant(true));
-    }
+    const QString folder = homePath("Library/Preferences");
+    const QByteArray damaged("bplist00\0\xff\x13", 11);
+    writeText(rootPath(kPlist), PropertyList::toXml(QVariantMap{{"VSTOn", true}}));
+    writeText(homePath(kPlist), damaged);
+    SystemLogCapture log;
+    EXPECT_FALSE(launch()->isTypeActive(TypeAU)); // copied from the machine-wide file
+    EXPECT_EQ(stored(), QVariantMap({{"VSTOn", true}}));
+    const QStringList kept = QDir(folder).entryList({"com.velmora.Korvane.plist.damaged-*"});
+    ASSERT_EQ(kept.size(), 1);
+    QFile file(folder + "/" + kept.first());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), damaged);
+    EXPECT_EQ(log.lines(), QStringList{"Could not read " + homePath(kPlist) + "; kept it as "
+                                       + file.fileName()});
 
     // A file that cannot be moved aside is not replaced; the defaults hold in memory only.
-    relaunch();
-    QDir(homePath("Library/Preferences")).removeRecursively();
-    const QByteArray garbage = "not a property list";
-    writeText(homePath(kPlist), garbage);
-    ImmutableGuard guard(homePath("Library/Preferences"));
+    QDir(folder).removeRecursively();
+    writeText(homePath(kPlist), "not a property list");
+    ImmutableGuard guard(folder);
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
-    SystemLogCapture log;
-    MyPrefObj *pref = this->pref();
-    pref->setDefaultType(TypeVST); // as at quit
-    EXPECT_EQ(readText(homePath(kPlist)).toUtf8(), garbage);
-    for (int type = 0; type < 4; ++type)
-        EXPECT_TRUE(pref->isTypeActive(type));
+    launch()->setDefaultType(TypeVST); // as at quit
+    EXPECT_EQ(readText(homePath(kPlist)), "not a property list");
+    EXPECT_TRUE(pref->isTypeActive(TypeAU));
     EXPECT_EQ(pref->getDefaultType(), TypeVST);
     // Said once, not at every write.
-    EXPECT_EQ(log.lines(), QStringList{"Could not read " + homePath(kPlist)
-                                       + " nor move it aside; left it as it is"});
+    EXPECT_EQ(log.lines().mid(1), QStringList{"Could not read " + homePath(kPlist)
+                                              + " nor move it aside; left it as it is"});
 }
 
 TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged)
 {
-    MyPrefObj *pref = this->pref();
-    pref->setDefaultSet(TypeMAS, "/sets/a.maskorv");
-    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/a.maskorv"));
-
-    // Rewritten in place with the same size and time: the cached values are what is read.
+    launch()->setDefaultSet(TypeMAS, "/sets/a.maskorv");
+    const QByteArray path = QFile::encodeName(homePath(kPlist));
     struct stat before;
-    ASSERT_EQ(::stat(QFile::encodeName(homePath(kPlist)).constData(), &before), 0);
-    {
-        QFile file(homePath(kPlist));
-        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-        QByteArray bytes = file.readAll();
-        bytes.replace("/sets/a.maskorv", "/sets/b.maskorv");
-        file.seek(0);
-        file.write(bytes);
-    }
-    const struct timespec times[2] = {before.st_atim, before.st_mtim};
-    ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(homePath(kPlist)).constData(), times, 0), 0);
+    ASSERT_EQ(::stat(path.constData(), &before), 0);
+    writeText(homePath(kPlist),
+              readText(homePath(kPlist)).replace("a.maskorv", "b.maskorv").toUtf8());
+    struct timespec times[2] = {before.st_atim, before.st_mtim};
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.constData(), times, 0), 0);
+    // Same size and time: the cached values are what is read.
     EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/a.maskorv"));
-
-    // Any change of time is a new version.
-    struct timespec later[2] = {before.st_atim, before.st_mtim};
-    later[1].tv_nsec = (later[1].tv_nsec + 1) % 1000000000;
-    ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(homePath(kPlist)).constData(), later, 0), 0);
+    times[1].tv_nsec = (times[1].tv_nsec + 1) % 1000000000; // any change of time is a new version
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.constData(), times, 0), 0);
     EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/b.maskorv"));
 
     // Another process (the command-line tool) replaces the file.
     ASSERT_TRUE(writePlist(homePath(kPlist), QVariantMap{{"MASOn", true}}));
     EXPECT_TRUE(pref->isTypeActive(TypeMAS));
     EXPECT_FALSE(pref->isTypeActive(TypeAU));
-    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString());
 }
 
-TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack)
+TEST_F(MyPrefObjTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTheTab)
 {
-    MyPrefObj *pref = this->pref();
+    launch();
     QVariantMap expected{{"SUCheckAtStartup", pref->controls.checkForUpdates = true}};
     for (int type = 0; type < 4; ++type) {
         PrefTypeControls &c = pref->controls.types[type];
-        const QString x = prefix(type);
+        const QString x = FormatTable::builtIn().at(type).prefix;
         expected[x + "DefaultSet"] = c.defaultSet = QString("/sets/%1").arg(type);
         expected[x + "ShowMessage"] = c.showMessage = type == 0;
         expected[x + "ActivateAfterLoading"] = c.activateAfterLoading = type == 1;
@@ -206,7 +139,7 @@ TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack)
     EXPECT_EQ(stored(), expected);
 
     QList<QPair<int, bool>> asked;
-    QObject::connect(pref, &MyPrefObj::showPlattformRequested, [&](int type, bool show) {
+    QObject::connect(pref.get(), &MyPrefObj::showPlattformRequested, [&](int type, bool show) {
         asked.append({type, show});
     });
     pref->controls = PrefControls();
@@ -214,31 +147,57 @@ TEST_F(MyPrefObjTest, EveryControlGoesToTheStoreAndComesBack)
     pref->updatePrefs();  // ...and out again unchanged
     EXPECT_EQ(stored(), expected);
     EXPECT_EQ(asked, (QList<QPair<int, bool>>{{0, false}, {1, false}, {2, true}, {3, false}}));
-}
 
-TEST_F(MyPrefObjTest, SetDocumentPanelFiltersByTabAndAlwaysStores)
-{
-    MyPrefObj *pref = this->pref();
+    // A type out of range reads as off and stores nothing; Audio Units never scan subfolders.
+    pref->setDefaultSet(4, "/tmp/x.aukorv");
+    pref->defaults()->setObjects({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
+    EXPECT_FALSE(pref->getDefaultSet(4) || pref->scanSubpaths(-1) || pref->scanSubpaths(0));
+    EXPECT_FALSE(stored().contains("DefaultSet"));
+
+    // The set chooser asks for the extension of the tab in front, and stores the window even
+    // when cancelled; a tab without a format restricts nothing and keeps nothing.
     pref->controls.selectedTab = 2;
     pref->controls.types[1].moveContent = true;
-    pref->controls.types[1].defaultSet = "/old.rtaskorv";
-    pref->setDefault(); // cancelled
+    pref->setDefault();
     EXPECT_EQ(ui.openPanels.value(0).allowedTypes, QStringList{"rtaskorv"});
-    EXPECT_EQ(ui.openPanels.value(0).directory, homePath("Documents"));
     EXPECT_EQ(stored().value("RTASMoveContent"), QVariant(true));
-    EXPECT_EQ(stored().value("RTASDefaultSet"), QVariant("/old.rtaskorv"));
-
-    ui.openPanelAnswers.enqueue(QString("/sets/new.rtaskorv"));
+    ui.openPanelAnswers << QString("/sets/new.rtaskorv") << QString("/sets/other.vstkorv");
     pref->setDefault();
-    EXPECT_EQ(pref->getDefaultSet(1), QString("/sets/new.rtaskorv"));
-
-    // A tab without a format: no restriction, nothing chosen is kept.
     pref->controls.selectedTab = 0;
-    ui.openPanelAnswers.enqueue(QString("/sets/other.vstkorv"));
     pref->setDefault();
-    EXPECT_TRUE(ui.openPanels.last().allowedTypes.isEmpty());
-    EXPECT_EQ(pref->getDefaultSet(3), QString(""));
+    EXPECT_TRUE(ui.openPanels.value(2).allowedTypes.isEmpty());
     EXPECT_EQ(pref->getDefaultSet(1), QString("/sets/new.rtaskorv"));
+    EXPECT_EQ(pref->getDefaultSet(3), QString("/sets/3"));
+}
+
+TEST_F(PanelsTest, InfoPanelFallsBackToTheNameAndReadsTheContentPreferenceOfTheTabInFront)
+{
+    launch();
+    MyInfoObj info(*services, *pref);
+    info.deleteContent(0); // no item yet: nothing to remove
+    // Bundles without an Info.plist, or with a damaged one.
+    const QString folder = homePath("Library/Audio/Plug-Ins/Components");
+    QDir().mkpath(folder + "/Plain.component/Contents");
+    writeText(folder + "/Broken.component/Contents/Info.plist", "<plist><dict><key>");
+    for (const QString name : {"Plain.component", "Broken.component"}) {
+        auto item = std::make_shared<AUItem>(services.get());
+        item->setAULocation(folder);
+        item->setAUName(name);
+        info.showInfo(item);
+        EXPECT_EQ(QStringList({info.name(), info.version(), info.info()}),
+                  QStringList({name, "???", ""}));
+    }
+    const AUItemPtr shown = info.item();
+
+    // Whether the content list shows is read again at every show, for the tab in front.
+    EXPECT_FALSE(info.shouldDisplayContent());
+    pref->defaults()->setObject("RTASShowContent", true);
+    services->setActiveType(1);
+    info.showInfo(nullptr);
+    EXPECT_TRUE(info.shouldDisplayContent());
+    EXPECT_EQ(info.item(), shown); // null keeps the item shown
+    EXPECT_TRUE(info.windowShouldClose());
+    EXPECT_FALSE(info.isVisible());
 }
 
 } // namespace

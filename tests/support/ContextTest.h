@@ -22,13 +22,11 @@ protected:
     AppContext &makeContext(const FormatTable &formats = FormatTable::builtIn())
     {
         context.reset();
-        AppContext::Parts parts;
-        parts.roots = roots();
-        parts.formats = formats;
-        parts.ui = &ui;
-        parts.authorization = &allowAll;
-        parts.awakeFromNib = false;
-        context = std::make_unique<AppContext>(std::move(parts));
+        context = std::make_unique<AppContext>(AppContext::Parts{.roots = roots(),
+                                                                 .formats = formats,
+                                                                 .ui = &ui,
+                                                                 .authorization = &allowAll,
+                                                                 .awakeFromNib = false});
         return *context;
     }
 

@@ -6,6 +6,7 @@
 #include <QQueue>
 #include <QStringList>
 #include <QUrl>
+#include <type_traits>
 
 namespace korvane {
 
@@ -26,24 +27,48 @@ public:
     QStringList progressDetails; // every lower line shown
     QList<double> progressValues;
     QStringList progressTitles;
-    int progressBegins = 0, progressEnds = 0;
+    int progressEnds = 0;
     QList<QUrl> openedUrls;
     int beeps = 0;
 
     // The message texts of the alerts shown, in order.
-    QStringList alertMessages() const;
+    QStringList alertMessages() const
+    {
+        QStringList messages;
+        for (const Alert &alert : alerts)
+            messages << alert.messageText;
+        return messages;
+    }
 
-    int runAlert(const Alert &alert) override;
-    std::optional<QString> runSavePanel(const SavePanelRequest &request) override;
-    std::optional<QString> runOpenPanel(const OpenPanelRequest &request) override;
-    int runMissingItems(const QString &list) override;
-    void progressBegin(const QString &title) override;
-    void progressText(const QString &upper) override;
-    void progressDetail(const QString &lower) override;
-    void progressValue(double value, double maximum) override;
-    void progressEnd() override;
-    void openUrl(const QUrl &url) override;
-    void beep() override;
+    int runAlert(const Alert &alert) override
+    {
+        return alerts << alert, next(alertAnswers, alert.addedButtons ? AlertFirst : AlertDefault);
+    }
+    std::optional<QString> runSavePanel(const SavePanelRequest &request) override
+    {
+        return savePanels << request, next(savePanelAnswers, {});
+    }
+    std::optional<QString> runOpenPanel(const OpenPanelRequest &request) override
+    {
+        return openPanels << request, next(openPanelAnswers, {});
+    }
+    int runMissingItems(const QString &list) override
+    {
+        return missingItemsLists << list, next(missingItemsAnswers, 1);
+    }
+    void progressBegin(const QString &title) override { progressTitles << title; }
+    void progressText(const QString &upper) override { progressTexts << upper; }
+    void progressDetail(const QString &lower) override { progressDetails << lower; }
+    void progressValue(double value, double) override { progressValues << value; }
+    void progressEnd() override { ++progressEnds; }
+    void openUrl(const QUrl &url) override { openedUrls << url; }
+    void beep() override { ++beeps; }
+
+private:
+    template <typename T> static T next(QQueue<T> &answers, std::type_identity_t<T> otherwise)
+    {
+        return answers.isEmpty() ? otherwise : answers.dequeue();
+    }
 };
 
 } // namespace korvane

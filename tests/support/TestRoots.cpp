@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 
 namespace korvane {
 
@@ -23,16 +22,6 @@ bool TestRoots::writePlist(const QString &path, const QVariant &root)
     return PropertyList::writeXml(disk, path, root);
 }
 
-QString TestRoots::rootPath(const QString &relative) const
-{
-    return m_root.path() + QLatin1Char('/') + relative;
-}
-
-QString TestRoots::homePath(const QString &relative) const
-{
-    return m_home.path() + QLatin1Char('/') + relative;
-}
-
 QString TestRoots::readText(const QString &path)
 {
     QFile file(path);
@@ -47,17 +36,6 @@ void TestRoots::writeText(const QString &path, const QByteArray &data)
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
     file.write(data);
-}
-
-ImmutableGuard::ImmutableGuard(const QString &path) : m_path(path)
-{
-    m_ok = QProcess::execute(QStringLiteral("chattr"), {QStringLiteral("+i"), path}) == 0;
-}
-
-ImmutableGuard::~ImmutableGuard()
-{
-    if (m_ok)
-        QProcess::execute(QStringLiteral("chattr"), {QStringLiteral("-i"), m_path});
 }
 
 } // namespace korvane

@@ -4,6 +4,7 @@
 #include "platform/Locations.h"
 
 #include <QFileInfo>
+#include <QProcess>
 #include <QString>
 #include <QTemporaryDir>
 #include <QVariant>
@@ -39,8 +40,8 @@ protected:
     // An XML property list written straight to the disk.
     static bool writePlist(const QString &path, const QVariant &root);
     // Paths under the roots: rootPath("Library/Audio") and homePath("Library/Audio").
-    QString rootPath(const QString &relative) const;
-    QString homePath(const QString &relative) const;
+    QString rootPath(const QString &relative) const { return root() + '/' + relative; }
+    QString homePath(const QString &relative) const { return home() + '/' + relative; }
 
     static QString readText(const QString &path);
     static void writeText(const QString &path, const QByteArray &data);
@@ -56,11 +57,16 @@ private:
 // change it. ok() is false where the file system does not support it; tests then skip.
 class ImmutableGuard {
 public:
-    explicit ImmutableGuard(const QString &path);
-    ~ImmutableGuard();
+    explicit ImmutableGuard(const QString &path) : m_path(path), m_ok(chattr("+i") == 0) {}
+    ~ImmutableGuard()
+    {
+        if (m_ok)
+            chattr("-i");
+    }
     bool ok() const { return m_ok; }
 
 private:
+    int chattr(const char *flag) const { return QProcess::execute("chattr", {flag, m_path}); }
     QString m_path;
     bool m_ok = false;
 };

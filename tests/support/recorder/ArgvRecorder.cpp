@@ -3,21 +3,15 @@
 // ended by a NUL byte. No shell and no Qt, so what arrives is exactly what was passed.
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 int main(int argc, char **argv)
 {
     const char *path = std::getenv("KORVANE_RECORD");
-    if (!path)
-        return 2;
-    std::FILE *file = std::fopen(path, "ab");
+    std::FILE *file = path ? std::fopen(path, "ab") : nullptr;
     if (!file)
         return 2;
-    std::fprintf(file, "%d", argc);
-    std::fputc('\0', file);
-    for (int i = 0; i < argc; ++i) {
-        std::fwrite(argv[i], 1, std::strlen(argv[i]), file);
-        std::fputc('\0', file);
-    }
+    std::fprintf(file, "%d%c", argc, '\0');
+    for (int i = 0; i < argc; ++i)
+        std::fprintf(file, "%s%c", argv[i], '\0');
     return std::fclose(file) == 0 ? 0 : 2;
 }
