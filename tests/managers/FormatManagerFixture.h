@@ -21,6 +21,8 @@
 
 namespace korvane {
 
+using B = PluginLibraryBuilder;
+
 // The controllers the managers work with, made as the program makes them (without the shell).
 struct ManagersOfOneRun {
     ManagersOfOneRun(const Locations &locations, FileOperations &files, UserInterface &ui)
@@ -29,11 +31,6 @@ struct ManagersOfOneRun {
           authentication(allowAll, ui), parts{services, pref, missingItems, authentication},
           au(parts), rtas(parts), mas(parts), vst(parts)
     {
-    }
-    TypeManager *manager(int type)
-    {
-        TypeManager *all[] = {&au, &rtas, &mas, &vst};
-        return all[type];
     }
 
     NullAuthorizationBackend allowAll;
@@ -55,6 +52,7 @@ protected:
     ScriptedUi ui;
     std::unique_ptr<ManagersOfOneRun> context;
     MyAdminObj *au = nullptr;
+    MyVSTObj *vst = nullptr;
 
     void SetUp() override
     {
@@ -73,16 +71,17 @@ protected:
         context.reset();
         context = std::make_unique<ManagersOfOneRun>(locations(), files ? *files : disk(), ui);
         au = &context->au;
+        vst = &context->vst;
     }
 
     AppServices &services() { return context->services; }
     MyPrefObj &pref() { return context->pref; }
-    TypeManager *manager(int type) { return context->manager(type); }
+    QString logText() { return services().logText(); }
 
     QString auPath(int loc, const QString &name) const { return folder(TypeAU, loc) + "/" + name; }
     QString addAU(int loc, const QString &name) const
     {
-        return PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, loc), name, MachO::intel());
+        return B::makeAudioUnit(folder(TypeAU, loc), name, MachO::intel());
     }
     static bool exists(const QString &path) { return QFileInfo::exists(path); }
     void setPref(const QString &key, bool value) { pref().defaults()->setObject(key, value); }
