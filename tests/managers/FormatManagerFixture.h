@@ -45,11 +45,54 @@ struct ManagersOfOneRun {
     MyVSTObj vst;
 };
 
+// Fails a chosen move or the trash, as a full disk or a broken trash would, and counts moves;
+// with copying on, each move reports its bytes as a move between file systems does.
+class FaultyOperations : public LocalFileOperations {
+public:
+    using LocalFileOperations::LocalFileOperations;
+    static constexpr qint64 Size = qint64(64) << 20;
+    QString moveSource;
+    bool trash = true, copying = false;
+    int moves = 0;
+    void setCopyProgress(CopyProgress progress) override { m_progress = std::move(progress); }
+    bool move(const QString &from, const QString &to, FileError *error) override
+    {
+        ++moves;
+        if (copying && m_progress) {
+            m_progress(Size / 2, Size);
+            m_progress(Size, Size);
+        }
+        return from == moveSource ? fail(error, from, "No space left on device")
+                                  : LocalFileOperations::move(from, to, error);
+    }
+    bool moveToTrash(const QString &path, FileError *error, QString *trashedTo) override
+    {
+        return trash ? LocalFileOperations::moveToTrash(path, error, trashedTo)
+                     : fail(error, path, "No trash here");
+    }
+
+private:
+    static bool fail(FileError *error, const QString &path, const char *why)
+    {
+        if (error)
+            *error = {path, QString(why)};
+        return false;
+    }
+    CopyProgress m_progress;
+};
+
+// A scripted person who presses Cancel from the given look at the progress panel on (0: never).
+class PersonAtTheScreen : public ScriptedUi {
+public:
+    int cancelAt = 0, looks = 0;
+    bool progressCancelled() override { return cancelAt > 0 && ++looks >= cancelAt; }
+};
+
 // Plug-in trees under the test roots, a scripted person, and the controllers of one run over
 // them; items looked up by name.
 class FormatManagerFixture : public TestRoots {
 protected:
-    ScriptedUi ui;
+    PersonAtTheScreen ui;
     std::unique_ptr<ManagersOfOneRun> context;
     MyAdminObj *au = nullptr;
     MyVSTObj *vst = nullptr;
@@ -75,7 +118,6 @@ protected:
     }
 
     AppServices &services() { return context->services; }
-    MyPrefObj &pref() { return context->pref; }
     QString logText() { return services().logText(); }
 
     QString auPath(int loc, const QString &name) const { return folder(TypeAU, loc) + "/" + name; }
@@ -84,7 +126,10 @@ protected:
         return B::makeAudioUnit(folder(TypeAU, loc), name, MachO::intel());
     }
     static bool exists(const QString &path) { return QFileInfo::exists(path); }
-    void setPref(const QString &key, bool value) { pref().defaults()->setObject(key, value); }
+    void setPref(const QString &key, bool value)
+    {
+        context->pref.defaults()->setObject(key, value);
+    }
     static QStringList names(const TypeManager *manager)
     {
         QStringList result;

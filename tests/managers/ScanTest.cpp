@@ -53,12 +53,9 @@ TEST_F(ScanTest, ProgressNamesEachFolderAsWrittenAndStepsToTwentyFive)
     EXPECT_EQ(ui.progressEnds, 1);
 
     // The other formats count from k less one, and the bar is only told when its value moves.
-    for (const char *name : {"A.vst", "B.vst"})
-        B::makeVST(folder(TypeVST, 3), name, MachO::intel());
-    B::makeFile(folder(TypeVST, 3), ".DS_Store");
-    B::makeFile(folder(TypeVST, 3), "C", "aPcs");
-    B::makeFile(folder(TypeVST, 3), "D", "aPcs");
-    ui = ScriptedUi();
+    for (const char *name : {"A", "B", "C", "D", ".DS_Store"})
+        B::makeFile(folder(TypeVST, 3), name, "aPcs");
+    ui = {};
     setPref("VSTScanSubfolders", false);
     vst->reloadData();
     EXPECT_EQ(ui.progressValues, QList<double>({0, 5, 10, 15, 20}));

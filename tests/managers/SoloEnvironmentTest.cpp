@@ -2,21 +2,9 @@
 
 namespace korvane {
 
-// Counts moves and passes them on.
-class CountingOperations : public LocalFileOperations {
-public:
-    using LocalFileOperations::LocalFileOperations;
-    int moves = 0;
-    bool move(const QString &from, const QString &to, FileError *error) override
-    {
-        ++moves;
-        return LocalFileOperations::move(from, to, error);
-    }
-};
-
 class SoloEnvironmentTest : public FormatManagerFixture {
 protected:
-    CountingOperations counting{roots()};
+    FaultyOperations counting{roots()};
 
     void SetUp() override
     {
