@@ -50,31 +50,26 @@ TEST_F(TableTest, UndoRestoresTogglesAndActionNamesFollowTheFormat)
     const AUItemPtr foo = item(au, "Foo.component");
     au->setObjectValue(false, "AUActive", rowOf(au, "Foo.component"));
     EXPECT_EQ(changedRows, QList<int>{rowOf(au, "Foo.component")}); // nothing rebuilt
-    EXPECT_EQ(resets, 0);
     EXPECT_EQ(foo->getAULocation(), folder(TypeAU, LocSystemDisabled));
-    EXPECT_EQ(undo->undoActionName(), "disable \"Foo.component\"");
     au->changeObject(foo, "AUActive", true);
     EXPECT_FALSE(au->isApplyEnabled());
-
     undo->undo();
-    EXPECT_FALSE(foo->getAUActive());
     undo->undo();
     EXPECT_TRUE(foo->getAUActive());
     EXPECT_EQ(foo->getAULocation(), folder(TypeAU, LocSystemActive));
     EXPECT_FALSE(au->isApplyEnabled());
 
     au->changeObject(item(au, "Baz.component"), "AUGlobal", false);
-    EXPECT_EQ(undo->undoActionName(), "setGlobal for \"Baz.component\"");
     EXPECT_EQ(item(au, "Baz.component")->getAULocation(), folder(TypeAU, LocSystemActive));
     B::makeVST(folder(TypeVST, LocUserDisabled), "Foo.vst", MachO::intel());
     vst->reloadData();
     vst->changeObject(item(vst, "Foo.vst"), "AUActive", false);
     EXPECT_EQ(undo->undoActionName(), "Foo.vst \"setActive\"");
+    EXPECT_EQ(resets, 0);
 }
 
 TEST_F(TableTest, SortingIsStableKeepsTheSelectionAndRowsDragOutAsPaths)
 {
-    const int fooID = item(au, "Foo.component")->getItemID();
     au->selectRows({rowOf(au, "Foo.component")});
     au->sortDescriptorsDidChange({{"AUName", true, false}});
     EXPECT_EQ(names(au), QStringList({"Baz.component", "Foo.component", "bar.component"}));
@@ -82,13 +77,8 @@ TEST_F(TableTest, SortingIsStableKeepsTheSelectionAndRowsDragOutAsPaths)
     EXPECT_EQ(names(au), QStringList({"bar.component", "Baz.component", "Foo.component"}));
     au->sortDescriptorsDidChange({{"AUActive", false, false}});
     EXPECT_EQ(names(au), QStringList({"Baz.component", "Foo.component", "bar.component"}));
-    EXPECT_EQ(item(au, "Foo.component")->getItemID(), fooID);
+    EXPECT_EQ(au->selectedRows(), QList<int>{1}); // the plug-in, wherever the sort put it
     EXPECT_EQ(resets, 0);
-    // The selection is the plug-in, wherever the sort put it; a rescan finds it again.
-    EXPECT_EQ(au->selectedRows(), QList<int>{1});
-    au->sortDescriptorsDidChange({{"AUName", false, true}});
-    au->reloadData();
-    EXPECT_EQ(au->selectedItems(), QList<AUItemPtr>{item(au, "Foo.component")});
 
     EXPECT_EQ(au->writeRows({2, 42}), QStringList({auPath(3, "bar.component")}));
     const DropValidation onRow = au->validateDrop(1, true, false);
@@ -96,6 +86,8 @@ TEST_F(TableTest, SortingIsStableKeepsTheSelectionAndRowsDragOutAsPaths)
     EXPECT_EQ(au->validateDrop(1, false, true).operation, 0);
 }
 
+// Only recognised files unless the person says all; nothing is overwritten; Cancel stops between
+// files, what was copied stays, the log names the rest, and a large file shows its bytes.
 TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
 {
     const QString drops = homePath("drops"), user = folder(TypeAU, LocUserActive);
@@ -119,33 +111,22 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
     EXPECT_TRUE(au->acceptDrop({drops + "/readme.txt", drops + "/Baz.component"}));
     EXPECT_TRUE(exists(user + "/readme.txt"));
     EXPECT_TRUE(QFileInfo(user + "/Baz.component").isDir());
-}
 
-// Cancel stops an install between files; what was copied stays, the log names the rest, and a
-// large file shows its bytes on the way.
-TEST_F(TableTest, ACancelledInstallKeepsWhatArrivedAndSaysWhatDidNot)
-{
-    class CancelAfterFirst : public ScriptedUi {
-    public:
-        bool progressCancelled() override { return !progressTexts.isEmpty(); }
-    } person;
-    ManagersOfOneRun run(locations(), disk(), person);
-    const QString drops = homePath("drops"), user = folder(TypeAU, LocUserActive);
     const qint64 size = qint64(5) << 20;
     B::makeFile(drops, "Big.component", {}, QByteArray(size, 'b'));
-    B::makeAudioUnit(drops, "Next.component", MachO::intel());
     B::makeAudioUnit(drops, "Last.component", MachO::intel());
-
-    person.alertAnswers << 1001; // All Files
-    EXPECT_TRUE(run.au.acceptDrop(
-        {drops + "/Big.component", drops + "/Next.component", drops + "/Last.component"}));
+    ui = {};
+    ui.cancelAt = 2;
+    ui.alertAnswers << 1001;
+    EXPECT_TRUE(au->acceptDrop(
+        {drops + "/Big.component", drops + "/New.component", drops + "/Last.component"}));
     EXPECT_EQ(QFileInfo(user + "/Big.component").size(), size);
-    EXPECT_FALSE(exists(user + "/Next.component") || exists(user + "/Last.component"));
-    EXPECT_TRUE(person.progressValues.contains(0.5)); // half of the first file of three
-    EXPECT_TRUE(person.progressDetails.contains(
-        QString("%1 of %1").arg(QLocale().formattedDataSize(size))));
-    EXPECT_TRUE(run.services.logText().endsWith(
-        QString("Stopped, not installed: %1/Next.component, %1/Last.component\n").arg(drops)));
+    EXPECT_FALSE(exists(user + "/Last.component"));
+    EXPECT_TRUE(ui.progressValues.contains(0.5)); // half of the first file of three
+    EXPECT_TRUE(
+        ui.progressDetails.contains(QString("%1 of %1").arg(QLocale().formattedDataSize(size))));
+    EXPECT_TRUE(logText().endsWith(
+        QString("Stopped, not installed: %1/New.component, %1/Last.component\n").arg(drops)));
 }
 
 // Highest row first, so that the rows still to go keep their places; a failed trash still drops
@@ -167,29 +148,23 @@ TEST_F(TableTest, DeleteTrashesTheSelectedRowsFromTheHighestDown)
     EXPECT_TRUE(exists(auPath(LocSystemActive, "Foo.component")));
 }
 
-TEST_F(TableTest, DuplicatesAreReportedOnceAtTheFirstPosition)
+TEST_F(TableTest, DuplicatesAndTheArchitectureSwitch)
 {
     addAU(LocUserActive, "Foo.component");
     addAU(LocUserDisabled, "Foo.component");
+    B::makeAudioUnit(folder(TypeAU, 0), "Ppc.component", MachO::ppc());
+    B::makeAudioUnit(folder(TypeAU, 0), "Fat.component", MachO::universal2());
     au->reloadData();
     au->checkForDuplicates();
     EXPECT_TRUE(services().isLogVisible());
-    EXPECT_TRUE(logText().startsWith("----- ")) << logText().toStdString();
     EXPECT_EQ(logText().section('\n', 1), "Plugin Foo.component is found 3 times\n");
-
-    QList<AUItemPtr> items;
+    QList<AUItemPtr> items; // reported once each, in the order of their first copies
     for (const char *name : {"B", "A", "C", "A", "B", "A"}) {
         items << std::make_shared<AUItem>();
         items.last()->setAUName(name);
     }
     EXPECT_EQ(TypeManager::duplicateNames(items), (QList<QPair<QString, int>>{{"B", 2}, {"A", 3}}));
-}
 
-TEST_F(TableTest, TheArchitectureSwitchMarksOnlyItsBuilds)
-{
-    B::makeAudioUnit(folder(TypeAU, 0), "Ppc.component", MachO::ppc());
-    B::makeAudioUnit(folder(TypeAU, 0), "Fat.component", MachO::universal2());
-    au->reloadData();
     au->setPlattformActive(3, false);
     EXPECT_FALSE(item(au, "Fat.component")->getAUActive());
     EXPECT_TRUE(item(au, "Ppc.component")->getAUActive());
@@ -212,13 +187,10 @@ TEST_F(TableTest, GroupsAreReadFromTheirFileAndEditsAreSavedAndUndone)
     EXPECT_TRUE(saved("bar.component") == "Drums" && saved("Foo.component") == "Synths");
     au->setGroup("none");
     EXPECT_EQ(saved("Baz.component"), "");
-    EXPECT_EQ(item(au, "bar.component")->getGroupID(), 0);
 
     au->changeObject(item(au, "Foo.component"), "AUGroup", "Drums");
-    EXPECT_EQ(undo->undoActionName(), "setGroup Drums for \"Foo.component\"");
     changedRows.clear();
     undo->undo();
-    EXPECT_EQ(item(au, "Foo.component")->getAUGroup(), "Synths");
     EXPECT_EQ(saved("Foo.component"), "Synths");
     EXPECT_FALSE(changedRows.isEmpty());
     undo->redo();
@@ -239,10 +211,8 @@ TEST_F(TableTest, GroupCommandsSwitchTheMembersOfTheSelectedRowsGroup)
     EXPECT_EQ(au->countOfUnprocessedLogItems(), 0);
     au->selectRows({rowOf(au, "Foo.component")});
     au->setGroupInactive();
-    EXPECT_FALSE(item(au, "Foo.component")->getAUActive());
-    EXPECT_TRUE(item(au, "Baz.component")->getAUActive());
     EXPECT_EQ(item(au, "Foo.component")->getAULocation(), folder(TypeAU, LocSystemDisabled));
-    EXPECT_EQ(au->countOfUnprocessedLogItems(), 1);
+    EXPECT_TRUE(item(au, "Baz.component")->getAUActive());
     au->setGroupActive(); // Foo back unmarked, bar marked
     EXPECT_TRUE(item(au, "bar.component")->getAUActive());
     EXPECT_EQ(au->countOfUnprocessedLogItems(), 1);
