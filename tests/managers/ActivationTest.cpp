@@ -150,15 +150,18 @@ TEST_F(ActivationTest, AnOccupiedTargetGoesToTheTrashOnlyForASourceThatIsThere)
     EXPECT_TRUE(whole(source, MachO::ppc()) && exists(target));
 }
 
-TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefused)
+// Whichever copy of a twice-installed plug-in goes first, the other must not replace it; an
+// identical copy already in place settles the pair instead, the moving copy going to the trash.
+TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical)
 {
-    // Foo twice: in the user's folder (Intel), and disabled system-wide (PPC). Both are marked
-    // for the empty system folder; whichever goes first, the other must not replace it.
+    // Foo in the user's folder (Intel) and disabled system-wide (PPC), both marked for the empty
+    // system folder; Bar on there and a different build in the user's folder; Qux on and off.
     const QString user = addAU(LocUserActive, "Foo.component");
     const QString off = B::makeAudioUnit(folder(TypeAU, 1), "Foo.component", MachO::ppc());
-    // Bar twice, and not the same build: an identical pair is settled instead.
     addAU(LocSystemActive, "Bar.component");
     const QString bar = B::makeAudioUnit(folder(TypeAU, 2), "Bar.component", MachO::ppc());
+    const QString qux = addAU(LocSystemActive, "Qux.component");
+    const QString quxOff = addAU(LocSystemDisabled, "Qux.component");
     SystemLogCapture capture;
     au->reloadData();
     for (const AUItemPtr &it : au->items())
@@ -168,7 +171,7 @@ TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefused)
     QStringList reported;
     for (const MoveOutcome &o : au->applyAllPending())
         reported << QString("%1 %2%3").arg(o.from).arg(int(o.ok)).arg(int(o.otherCopyAtTarget));
-    EXPECT_EQ(reported, QStringList({off + " 10", bar + " 01", user + " 01"}));
+    EXPECT_EQ(reported, QStringList({off + " 10", quxOff + " 10", bar + " 01", user + " 01"}));
     EXPECT_TRUE(whole(auPath(0, "Foo.component"), MachO::ppc()));
     EXPECT_TRUE(whole(user, MachO::intel()));
     EXPECT_TRUE(whole(auPath(0, "Bar.component"), MachO::intel()) && exists(bar));
@@ -177,24 +180,11 @@ TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefused)
                                    + ": another installed copy lies at "
                                    + auPath(0, "Foo.component")));
     EXPECT_FALSE(capture.contains("fehlgeschlagen"));
-}
 
-TEST_F(ActivationTest, AnIdenticalCopyWhereThePlugInBelongsLeavesOneCopyThere)
-{
-    const QString on = addAU(LocSystemActive, "Foo.component");
-    const QString off = addAU(LocSystemDisabled, "Foo.component");
-    au->reloadData();
-    for (const AUItemPtr &it : au->items())
-        if (it->getAUActive())
-            au->changeObject(it, "AUActive", false);
-    const QList<MoveOutcome> outcomes = au->applyAllPending();
-    ASSERT_EQ(outcomes.size(), 1);
-    EXPECT_TRUE(outcomes[0].ok);
-    const QString trashed = homePath(".local/share/Trash/files/Foo.component");
-    EXPECT_TRUE(whole(trashed, MachO::intel()) && whole(off, MachO::intel()) && !exists(on));
-    EXPECT_TRUE(logText().contains("the identical copy from " + on + " is now in the trash"));
-    EXPECT_TRUE(ui.alerts.isEmpty());
-    EXPECT_EQ(names(au), QStringList{"Foo.component"});
+    const QString trashed = homePath(".local/share/Trash/files/Qux.component");
+    EXPECT_TRUE(whole(trashed, MachO::intel()) && whole(qux, MachO::intel()) && !exists(quxOff));
+    EXPECT_TRUE(logText().contains("the identical copy from " + quxOff + " is now in the trash"));
+    EXPECT_EQ(names(au).count("Qux.component"), 1);
 }
 
 TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)

@@ -23,17 +23,11 @@ TEST_F(InterruptedMoveTest, TheNextScanLeavesOneWholeCopyUnderTheName)
     enum { On, Hidden, Off, Partial, Intel = 4, Half = 8 };
     const QString paths[] = {on + "/" + name, on + "/" + hidden, off + "/" + name,
                              off + "/" + part};
-    const QString undid = "Undid an interrupted move: " + paths[On] + " is back in place";
-    const QString finished = "Finished an interrupted move: " + paths[Off]
-                             + " is whole, its old copy " + paths[Hidden] + " is removed";
-    const QString removed =
-        "Removed " + paths[Partial] + ", the partial copy of an interrupted move";
-    const QString keptHidden = "Kept " + paths[Hidden]
-                               + ", the hidden copy of an interrupted move: " + paths[On]
-                               + " holds a different item";
-    const QString keptPartial = "Kept " + paths[Partial]
-                                + ", the partial copy of an interrupted move: no other copy of "
-                                + name + " was found";
+    const QString undid = "Undid an interrupted move: " + paths[On] + " is back";
+    const QString finished = "Finished an interrupted move: " + paths[Off] + " is whole";
+    const QString removed = "Removed " + paths[Partial] + ", the partial copy";
+    const QString keptHidden = "Kept " + paths[Hidden] + ", the hidden copy";
+    const QString keptPartial = "Kept " + paths[Partial] + ", the partial copy";
     const struct {
         const char *step; // where the move from on to off was cut short
         QList<int> pieces;

@@ -38,16 +38,17 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
     EXPECT_FALSE(au->isApplyEnabled());
 }
 
-TEST_F(ScanTest, ProgressNamesEachFolderAsWrittenAndStepsToTwentyFive)
+// Each folder is named as written, empty ones show nothing, and the bar keeps its last value. A
+// scan makes a format's missing folders, Audio Units only their disabled ones.
+TEST_F(ScanTest, ProgressStepsToTwentyFiveAndMissingFoldersAreMade)
 {
     addAU(LocSystemActive, "A.component");
     addAU(LocSystemActive, "B.component");
-    addAU(LocUserActive, "C.component");
+    addAU(LocUserDisabled, "C.component");
     au->reloadData();
-    // Empty folders show nothing; the bar keeps its last value.
     EXPECT_EQ(ui.progressTexts,
               QStringList({"scan for AudioUnits:/Library/Audio/Plug-Ins/Components",
-                           "scan for AudioUnits:~/Library/Audio/Plug-Ins/Components"}));
+                           "scan for AudioUnits:~/Library/Audio/Plug-Ins/Components (Disabled)"}));
     EXPECT_EQ(ui.progressDetails, QStringList({"A.component", "B.component", "C.component"}));
     EXPECT_EQ(ui.progressValues, QList<double>({12, 25, 25}));
     EXPECT_EQ(ui.progressEnds, 1);
@@ -60,24 +61,18 @@ TEST_F(ScanTest, ProgressNamesEachFolderAsWrittenAndStepsToTwentyFive)
     vst->reloadData();
     EXPECT_EQ(ui.progressValues, QList<double>({0, 5, 10, 15, 20}));
     EXPECT_EQ(vst->numberOfRowsInTableView(), 4);
-}
-
-TEST_F(ScanTest, MissingFoldersAreCreatedPerFormat)
-{
-    au->reloadData();
-    vst->reloadData();
     context->mas.reloadData();
     context->rtas.reloadData();
     for (int type : {TypeAU, TypeVST, TypeMAS, TypeRTAS})
-        for (int loc = 0; loc < 4; ++loc) // Audio Units make only their disabled folders
-            EXPECT_EQ(QFileInfo(folder(type, loc)).isDir(), type != TypeAU || loc % 2 == 1)
+        for (int loc = 0; loc < 4; ++loc)
+            EXPECT_EQ(QFileInfo(folder(type, loc)).isDir(), type != TypeAU || loc != LocUserActive)
                 << type << " " << loc;
 
     // A failed creation only means the folder gives nothing.
     QDir(rootPath("Library/Audio/Plug-Ins")).removeRecursively();
     au->reloadData();
     EXPECT_FALSE(exists(folder(TypeAU, 1)));
-    EXPECT_TRUE(au->items().isEmpty());
+    EXPECT_EQ(names(au), QStringList{"C.component"});
 }
 
 TEST_F(ScanTest, SubfoldersAreScannedInAllFourFolders)
