@@ -51,13 +51,9 @@ TEST_F(RecognitionTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKi
         {&isVSTPlugInPath, Builder::makeVST(dir(), "Foo.vst", MachO::ppc()), true},
         {&isVSTPlugInPath, folder("Bare.vst"), true},
         {&isVSTPlugInPath, bundle("Foo.vst3"), false},
-        {&isVSTPlugInPath, bundle("Foo.bundle"), false},
-        {&isVSTPlugInPath, folder("Plain"), false},
         {&isVSTPlugInPath, file("Loose.vst"), false},    // a file needs the Finder type
         {&isVSTPlugInPath, file("Rtas", "TDMw"), false}, // each format wants its own type
-        {&isMASPlugInPath, file("Vst", "aPcs"), false},
         {&isRTASPlugInPath, Builder::makeRTAS(dir(), "Eq.rtas", MachO::ppc()), true},
-        {&isRTASPlugInPath, Builder::makeRTAS(dir(), "Eq.dpm", MachO::ppc()), true},
         {&isRTASPlugInPath, bundle("Bin.dpm", tdmw, Builder::Binary), true},
         {&isRTASPlugInPath, bundle("Bndl.dpm", {{"CFBundlePackageType", "BNDL"}}), false},
         {&isRTASPlugInPath, folder("NoInfo.dpm"), false},
@@ -69,7 +65,6 @@ TEST_F(RecognitionTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKi
         {&isMASPlugInPath, Builder::makeMAS(dir(), "Comp.bundle", MachO::ppc()), true},
         {&isMASPlugInPath, Builder::makeMAS(dir(), "Comp", MachO::ppc(), Builder::Binary), true},
         {&isMASPlugInPath, bundle("Empty.bundle", {{"MotuPluginTypeUUID", ""}}), false},
-        {&isMASPlugInPath, bundle("None.bundle"), false},
         {&isMASPlugInPath, folder("Folder"), false},
         {&isMASPlugInPath, broken("Broken.bundle", "<?xml version=\"1.0\"?><plist><dict><key>Mo"),
          false},
@@ -77,12 +72,9 @@ TEST_F(RecognitionTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKi
         {&isAudioUnitName, "Foo.component", true},
         {&isAudioUnitName, "._Foo.component", false},
         {&isVSTPlugInPath, folder("._Bare.vst"), false},
-        {&isRTASPlugInPath, Builder::makeRTAS(dir(), "._Eq.rtas", MachO::ppc()), false},
         {&isMASPlugInPath, Builder::makeMAS(dir(), "._Comp.bundle", MachO::ppc()), false},
         // Nor is what a move cut short leaves beside its source and its target, whole as it is.
         {&isAudioUnitName, ".Foo.component.korvane-partial.component", true},
-        {&isMASPlugInPath, Builder::makeMAS(dir(), ".Comp.bundle.korvane-partial", MachO::ppc()),
-         false},
         {&isMASPlugInPath, Builder::makeMAS(dir(), ".Comp.bundle.korvane-removing.2", MachO::ppc()),
          false},
     };
