@@ -3,8 +3,6 @@
 #include "platform/PropertyList.h"
 #include "platform/SystemLog.h"
 
-#include <QLocale>
-
 namespace korvane {
 
 class ActivationTest : public FormatManagerFixture {
@@ -91,10 +89,6 @@ TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
     EXPECT_TRUE(exists(auPath(1, "A.component")) && exists(auPath(0, "B.component")));
     const qsizetype half = ui.progressValues.indexOf(0.5);
     EXPECT_EQ(ui.progressValues.mid(half - 1, 3), QList<double>({0, 0.5, 1}));
-    EXPECT_TRUE(ui.progressDetails.contains(
-        QString("%1 of %2")
-            .arg(QLocale().formattedDataSize(FaultyOperations::Size / 2),
-                 QLocale().formattedDataSize(FaultyOperations::Size))));
     EXPECT_TRUE(logText().endsWith("Stopped, not moved: B.component, C.component\n"));
     relaunch();
 }
@@ -123,19 +117,9 @@ TEST_F(ActivationTest, AnOccupiedTargetGoesToTheTrashOnlyForASourceThatIsThere)
     EXPECT_TRUE(whole(target, MachO::ppc()));
     QDir(target).removeRecursively();
 
-    // Without a trash the target stays, and the move fails as any failed move does.
-    FaultyOperations files(roots());
-    files.trash = false;
-    relaunch(&files);
+    // A target that cannot go to the trash stays, and the move fails as any failed move does.
     conflict();
-    QList<MoveOutcome> outcomes = au->applyAllPending();
-    EXPECT_TRUE(outcomes.size() == 1 && !outcomes[0].ok);
-    EXPECT_EQ(ui.alerts.size(), 2);
-    EXPECT_TRUE(whole(source, MachO::ppc()) && whole(target, MachO::intel()));
-    QDir(target).removeRecursively();
-    relaunch();
-
-    conflict();
+    QList<MoveOutcome> outcomes;
     {
         ImmutableGuard guard(target);
         if (!guard.ok())
@@ -146,8 +130,8 @@ TEST_F(ActivationTest, AnOccupiedTargetGoesToTheTrashOnlyForASourceThatIsThere)
               QStringList({"Target exist: read yes, write no, delete no", "Delete not sucessful",
                            "fehlgeschlagen"}));
     EXPECT_TRUE(outcomes.size() == 1 && !outcomes[0].ok);
-    EXPECT_EQ(ui.alerts.size(), 3);
-    EXPECT_TRUE(whole(source, MachO::ppc()) && exists(target));
+    EXPECT_EQ(ui.alerts.size(), 2);
+    EXPECT_TRUE(whole(source, MachO::ppc()) && whole(target, MachO::intel()));
 }
 
 // Whichever copy of a twice-installed plug-in goes first, the other must not replace it; an

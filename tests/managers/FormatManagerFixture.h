@@ -45,14 +45,14 @@ struct ManagersOfOneRun {
     MyVSTObj vst;
 };
 
-// Fails a chosen move or the trash, as a full disk or a broken trash would, and counts moves;
-// with copying on, each move reports its bytes as a move between file systems does.
+// Fails a chosen move as a full disk would, and counts moves; with copying on, each move reports
+// its bytes as a move between file systems does.
 class FaultyOperations : public LocalFileOperations {
 public:
     using LocalFileOperations::LocalFileOperations;
     static constexpr qint64 Size = qint64(64) << 20;
     QString moveSource;
-    bool trash = true, copying = false;
+    bool copying = false;
     int moves = 0;
     void setCopyProgress(CopyProgress progress) override { m_progress = std::move(progress); }
     bool move(const QString &from, const QString &to, FileError *error) override
@@ -62,22 +62,14 @@ public:
             m_progress(Size / 2, Size);
             m_progress(Size, Size);
         }
-        return from == moveSource ? fail(error, from, "No space left on device")
-                                  : LocalFileOperations::move(from, to, error);
-    }
-    bool moveToTrash(const QString &path, FileError *error, QString *trashedTo) override
-    {
-        return trash ? LocalFileOperations::moveToTrash(path, error, trashedTo)
-                     : fail(error, path, "No trash here");
+        if (from != moveSource)
+            return LocalFileOperations::move(from, to, error);
+        if (error)
+            *error = {from, QStringLiteral("No space left on device")};
+        return false;
     }
 
 private:
-    static bool fail(FileError *error, const QString &path, const char *why)
-    {
-        if (error)
-            *error = {path, QString(why)};
-        return false;
-    }
     CopyProgress m_progress;
 };
 
