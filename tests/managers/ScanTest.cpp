@@ -1,5 +1,7 @@
 #include "FormatManagerFixture.h"
 
+#include "managers/FormatTraits.h"
+
 namespace korvane {
 
 using ScanTest = FormatManagerFixture;
@@ -68,6 +70,14 @@ TEST_F(ScanTest, ProgressStepsToTwentyFiveAndMissingFoldersAreMade)
             EXPECT_EQ(QFileInfo(folder(type, loc)).isDir(), type != TypeAU || loc != LocUserActive)
                 << type << " " << loc;
 
+    // A checked path gets its parent; whatever stands at it stays, folder or not.
+    context->mas.checkAndCreatePath(true);
+    EXPECT_TRUE(QFileInfo(rootPath("Library/Application Support/Digidesign")).isDir());
+    QDir(folder(TypeRTAS, 2)).removeRecursively();
+    B::makeFile(homePath("Library/Application Support/Digidesign"), "Plug-Ins");
+    context->rtas.checkAndCreatePath(false);
+    EXPECT_TRUE(QFileInfo(folder(TypeRTAS, 2)).isFile());
+
     // A failed creation only means the folder gives nothing.
     QDir(rootPath("Library/Audio/Plug-Ins")).removeRecursively();
     au->reloadData();
@@ -97,6 +107,82 @@ TEST_F(ScanTest, SubfoldersAreScannedInAllFourFolders)
     setPref("VSTScanSubfolders", false);
     vst->reloadData();
     EXPECT_EQ(names(vst), QStringList({"Top.vst"}));
+}
+
+class RecognitionTest : public TestRoots {
+protected:
+    QString dir() const { return rootPath("plugins"); }
+    QString bundle(const QString &name, const QVariantMap &info = {},
+                   B::PlistFormat format = B::Xml) const
+    {
+        return B::makeBundle(dir(), name, MachO::intel(), info, format);
+    }
+    QString file(const QString &name, const QString &type = {}) const
+    {
+        return B::makeFile(dir(), name, type);
+    }
+    QString folder(const QString &name) const { return B::makeFolder(dir() + "/" + name); }
+    // A package whose Info.plist is cut short or damaged.
+    QString broken(const QString &name, const QByteArray &info) const
+    {
+        writeText(folder(name + "/Contents") + "/Info.plist", info);
+        return dir() + "/" + name;
+    }
+};
+
+TEST_F(RecognitionTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKind)
+{
+    const struct {
+        bool (*test)(const QString &);
+        const char *type;
+    } formats[] = {
+        {&isVSTPlugInPath, "aPcs"}, {&isRTASPlugInPath, "TDMw"}, {&isMASPlugInPath, "Mas!"}};
+    for (const auto &f : formats) {
+        SCOPED_TRACE(f.type);
+        EXPECT_TRUE(f.test(file(QString("Plug") + f.type, f.type)));
+        EXPECT_FALSE(f.test(file(QString(".Hidden") + f.type, f.type)));
+        EXPECT_FALSE(f.test(file("Other", "TEXT")));
+        EXPECT_FALSE(f.test(file("Untyped")));
+        EXPECT_FALSE(f.test(dir() + "/Missing"));
+    }
+    const QVariantMap tdmw{{"CFBundlePackageType", "TDMw"}};
+    const struct {
+        bool (*test)(const QString &);
+        QString path;
+        bool expected;
+    } cases[] = {
+        {&isVSTPlugInPath, B::makeVST(dir(), "Foo.vst", MachO::ppc()), true},
+        {&isVSTPlugInPath, folder("Bare.vst"), true},
+        {&isVSTPlugInPath, bundle("Foo.vst3"), false},
+        {&isVSTPlugInPath, file("Loose.vst"), false},    // a file needs the Finder type
+        {&isVSTPlugInPath, file("Rtas", "TDMw"), false}, // each format wants its own type
+        {&isRTASPlugInPath, B::makeRTAS(dir(), "Eq.rtas", MachO::ppc()), true},
+        {&isRTASPlugInPath, bundle("Bin.dpm", tdmw, B::Binary), true},
+        {&isRTASPlugInPath, bundle("Bndl.dpm", {{"CFBundlePackageType", "BNDL"}}), false},
+        {&isRTASPlugInPath, folder("NoInfo.dpm"), false},
+        {&isRTASPlugInPath, bundle("Named.bundle", tdmw), false},
+        {&isRTASPlugInPath, file("Fake.rtas"), false}, // named like a package, but a file
+        {&isRTASPlugInPath, file("Typed.rtas", "TDMw"), true},
+        {&isRTASPlugInPath, broken("Broken.dpm", QByteArray("bplist00\xff\xff\x01garbage", 18)),
+         false},
+        {&isMASPlugInPath, B::makeMAS(dir(), "Comp.bundle", MachO::ppc()), true},
+        {&isMASPlugInPath, B::makeMAS(dir(), "Comp", MachO::ppc(), B::Binary), true},
+        {&isMASPlugInPath, bundle("Empty.bundle", {{"MotuPluginTypeUUID", ""}}), false},
+        {&isMASPlugInPath, folder("Folder"), false},
+        {&isMASPlugInPath, broken("Broken.bundle", "<?xml version=\"1.0\"?><plist><dict><key>Mo"),
+         false},
+        // AppleDouble sidecars carry their owner's name but are never plug-ins.
+        {&isAudioUnitName, "Foo.component", true},
+        {&isAudioUnitName, "._Foo.component", false},
+        {&isVSTPlugInPath, folder("._Bare.vst"), false},
+        {&isMASPlugInPath, B::makeMAS(dir(), "._Comp.bundle", MachO::ppc()), false},
+        // Nor is what a move cut short leaves beside its source and its target, whole as it is.
+        {&isAudioUnitName, ".Foo.component.korvane-partial.component", true},
+        {&isMASPlugInPath, B::makeMAS(dir(), ".Comp.bundle.korvane-removing.2", MachO::ppc()),
+         false},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(c.test(c.path), c.expected) << c.path.section('/', -1).toStdString();
 }
 
 } // namespace korvane
