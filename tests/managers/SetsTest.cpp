@@ -6,6 +6,16 @@
 
 namespace korvane {
 
+// One line per item: what a set document keeps of it.
+static QStringList summary(const QList<AUItemPtr> &items)
+{
+    QStringList lines;
+    for (const AUItemPtr &item : items)
+        lines << item->getAUName() + "|" + item->getAULocation() + "|"
+                     + (item->getAUGlobal() ? "1" : "0") + (item->getAUActive() ? "1" : "0");
+    return lines;
+}
+
 class SetsTest : public FormatManagerFixture {
 protected:
     QString documents;
@@ -26,6 +36,32 @@ protected:
         ui.savePanelAnswers << path;
         au->save();
         return path;
+    }
+    // Four items: every pair of flags, names and places beyond ASCII and of great length.
+    QList<AUItemPtr> sample() const
+    {
+        const QStringList items{"Über Delay.component|/Library/Audio/Plug-Ins/Components|11",
+                                "日本語 Reverb.vst|"
+                                    + homePath("Library/Audio/Plug-Ins/VST (Disabled)") + "|00",
+                                QString(230, 'n') + ".component|/" + QString(250, 'p') + "|10",
+                                "Sub/Folder Plug.dpm|/Library/Audio/Plug-Ins/MAS|01"};
+        QList<AUItemPtr> result;
+        for (const QString &line : items) {
+            result << std::make_shared<AUItem>();
+            result.last()->setAUName(line.section('|', 0, 0));
+            result.last()->setAULocation(line.section('|', 1, 1));
+            result.last()->setAUGlobal(line.section('|', 2).startsWith('1'));
+            result.last()->setAUActive(line.section('|', 2).endsWith('1'));
+        }
+        return result;
+    }
+    // Writes a document and tells whether it is readable and what it reads as.
+    QStringList reread(const QByteArray &bytes, bool readable = false) const
+    {
+        const QString path = homePath("doc.aukorv");
+        writeText(path, bytes);
+        EXPECT_EQ(SetDocument::load(path).has_value(), readable);
+        return summary(SetDocument::read(path));
     }
     // The pop-up's titles after loading a sets file holding that.
     QStringList loadSets(const QByteArray &contents)
@@ -59,6 +95,14 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
     EXPECT_EQ(ui.alertMessages(), QStringList({"Save changes to Set"}));
     EXPECT_FALSE(au->isSetChanged());
     EXPECT_EQ(au->selectedSetIndex(), 0);
+
+    const QString previous = QDir::currentPath(); // MAS saves under its default name, unasked
+    ASSERT_TRUE(QDir::setCurrent(home()));
+    context->mas.awakeFromNib();
+    context->mas.save();
+    QDir::setCurrent(previous);
+    EXPECT_EQ(ui.savePanels.size(), 2);
+    EXPECT_TRUE(SetDocument::load(homePath("Untitled.maskorv")).has_value());
 }
 
 TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemoved)
@@ -91,18 +135,6 @@ TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemoved)
     EXPECT_EQ(
         PropertyList::readStringArray(homePath("Library/Application Support/Korvane/ausets.plist")),
         QStringList({"no set", path}));
-}
-
-TEST_F(SetsTest, MasWindowSavesUnderItsDefaultNameWithoutAsking)
-{
-    const QString previous = QDir::currentPath();
-    QTemporaryDir work;
-    ASSERT_TRUE(QDir::setCurrent(work.path()));
-    context->mas.awakeFromNib();
-    context->mas.save();
-    QDir::setCurrent(previous);
-    EXPECT_TRUE(ui.savePanels.isEmpty());
-    EXPECT_TRUE(SetDocument::load(work.path() + "/Untitled.maskorv").has_value());
 }
 
 // Each entry goes to the copy the set names, whatever the table's order; with one copy gone, the
@@ -149,46 +181,7 @@ TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
     EXPECT_TRUE(whole(user, MachO::intel()));
 }
 
-// One line per item: what a set document keeps of it.
-static QStringList summary(const QList<AUItemPtr> &items)
-{
-    QStringList lines;
-    for (const AUItemPtr &item : items)
-        lines << item->getAUName() + "|" + item->getAULocation() + "|"
-                     + (item->getAUGlobal() ? "1" : "0") + (item->getAUActive() ? "1" : "0");
-    return lines;
-}
-
-class SetDocumentTest : public TestRoots {
-protected:
-    QList<AUItemPtr> sample() const
-    {
-        const QStringList items{"Über Delay.component|/Library/Audio/Plug-Ins/Components|11",
-                                "日本語 Reverb.vst|"
-                                    + homePath("Library/Audio/Plug-Ins/VST (Disabled)") + "|00",
-                                QString(230, 'n') + ".component|/" + QString(250, 'p') + "|10",
-                                "Sub/Folder Plug.dpm|/Library/Audio/Plug-Ins/MAS|01"};
-        QList<AUItemPtr> result;
-        for (const QString &line : items) {
-            result << std::make_shared<AUItem>();
-            result.last()->setAUName(line.section('|', 0, 0));
-            result.last()->setAULocation(line.section('|', 1, 1));
-            result.last()->setAUGlobal(line.section('|', 2).startsWith('1'));
-            result.last()->setAUActive(line.section('|', 2).endsWith('1'));
-        }
-        return result;
-    }
-    // Writes a document and tells whether it is readable and what it reads as.
-    QStringList reread(const QByteArray &bytes, bool readable = false) const
-    {
-        const QString path = homePath("doc.aukorv");
-        writeText(path, bytes);
-        EXPECT_EQ(SetDocument::load(path).has_value(), readable);
-        return summary(SetDocument::read(path));
-    }
-};
-
-TEST_F(SetDocumentTest, WorkedExampleOpensAndIsWrittenIdentically)
+TEST_F(SetsTest, WorkedExampleOpensAndIsWrittenIdentically)
 {
     QFile file(KORVANE_TEST_DATA "/typedstream/AUItemExample");
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
@@ -198,7 +191,7 @@ TEST_F(SetDocumentTest, WorkedExampleOpensAndIsWrittenIdentically)
     EXPECT_EQ(SetDocument::encode(items), example);
 }
 
-TEST_F(SetDocumentTest, SavedDocumentsOpenWithEveryItemAndFailedWritesKeepTheOld)
+TEST_F(SetsTest, SavedDocumentsOpenWithEveryItemAndFailedWritesKeepTheOld)
 {
     EXPECT_FALSE(SetDocument::write(disk(), homePath("missing/folder/set.aukorv"), sample()));
     EXPECT_FALSE(QFile::exists(homePath("missing/folder/set.aukorv")));
@@ -216,7 +209,7 @@ TEST_F(SetDocumentTest, SavedDocumentsOpenWithEveryItemAndFailedWritesKeepTheOld
     EXPECT_EQ(summary(SetDocument::read(path)), summary(sample()));
 }
 
-TEST_F(SetDocumentTest, OnlyArraysOfItemsAreReadable)
+TEST_F(SetsTest, OnlyArraysOfItemsAreReadable)
 {
     EXPECT_FALSE(SetDocument::load(homePath("nothing.aukorv")).has_value());
     EXPECT_TRUE(reread("not an archive at all").isEmpty());
@@ -250,7 +243,7 @@ TEST_F(SetDocumentTest, OnlyArraysOfItemsAreReadable)
     EXPECT_TRUE(reread(W::write(W::makeArray({})), true).isEmpty());
 }
 
-TEST_F(SetDocumentTest, DamagedDocumentsNeverCrash)
+TEST_F(SetsTest, DamagedDocumentsNeverCrash)
 {
     const QByteArray valid = SetDocument::encode(sample());
     for (qsizetype length = 0; length < valid.size(); ++length)
