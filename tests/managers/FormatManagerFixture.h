@@ -45,32 +45,21 @@ struct ManagersOfOneRun {
     MyVSTObj vst;
 };
 
-// Fails a chosen move as a full disk would, and counts moves; with copying on, each move reports
-// its bytes as a move between file systems does.
+// Fails a chosen move as a full disk would, and counts moves.
 class FaultyOperations : public LocalFileOperations {
 public:
     using LocalFileOperations::LocalFileOperations;
-    static constexpr qint64 Size = qint64(64) << 20;
     QString moveSource;
-    bool copying = false;
     int moves = 0;
-    void setCopyProgress(CopyProgress progress) override { m_progress = std::move(progress); }
     bool move(const QString &from, const QString &to, FileError *error) override
     {
         ++moves;
-        if (copying && m_progress) {
-            m_progress(Size / 2, Size);
-            m_progress(Size, Size);
-        }
         if (from != moveSource)
             return LocalFileOperations::move(from, to, error);
         if (error)
             *error = {from, QStringLiteral("No space left on device")};
         return false;
     }
-
-private:
-    CopyProgress m_progress;
 };
 
 // A scripted person who presses Cancel from the given look at the progress panel on (0: never).
