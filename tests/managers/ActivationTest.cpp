@@ -37,7 +37,6 @@ TEST_F(ActivationTest, ApplyMovesEveryPendingChange)
     B::makeAudioUnit(folder(TypeAU, 3), "C.component", MachO::ppc());
     au->reloadData();
     au->setAllInactive(); // C is off already
-    EXPECT_EQ(au->countOfUnprocessedLogItems(), 2);
     au->AUActivate();
     EXPECT_FALSE(exists(a));
     EXPECT_TRUE(whole(auPath(1, "A.component"), MachO::intel()));
@@ -66,7 +65,6 @@ TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
     FaultyOperations files(roots());
     files.moveSource = auPath(0, "A.component");
     relaunch(&files);
-    SystemLogCapture capture;
     const auto apply = [this] {
         au->reloadData();
         au->setAllInactive();
@@ -84,7 +82,6 @@ TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
     EXPECT_TRUE(ui.alerts[1].messageText.endsWith("No space left on device\n with file: "
                                                   + auPath(0, "A.component")));
     EXPECT_TRUE(logText().endsWith("Stopped, not moved: B.component, C.component\n"));
-    EXPECT_EQ(capture.lines().last(), "Stopped, not moved: B.component, C.component");
 
     files.moveSource.clear();
     ui.cancelAt = 2;

@@ -93,29 +93,21 @@ TEST_F(ScanTest, SubfoldersAreScannedInAllFourFolders)
     EXPECT_EQ(names(vst), QStringList({"Top.vst"}));
 }
 
-class RecognitionTest : public TestRoots {
-protected:
-    QString dir() const { return rootPath("plugins"); }
-    QString bundle(const QString &name, const QVariantMap &info = {},
-                   B::PlistFormat format = B::Xml) const
-    {
-        return B::makeBundle(dir(), name, MachO::intel(), info, format);
-    }
-    QString file(const QString &name, const QString &type = {}) const
-    {
-        return B::makeFile(dir(), name, type);
-    }
-    QString folder(const QString &name) const { return B::makeFolder(dir() + "/" + name); }
-    // A package whose Info.plist is cut short or damaged.
-    QString broken(const QString &name, const QByteArray &info) const
-    {
-        writeText(folder(name + "/Contents") + "/Info.plist", info);
-        return dir() + "/" + name;
-    }
-};
-
-TEST_F(RecognitionTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKind)
+TEST_F(ScanTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKind)
 {
+    const QString dir = rootPath("plugins");
+    const auto file = [&](const QString &name, const QString &type = {}) {
+        return B::makeFile(dir, name, type);
+    };
+    const auto bundle = [&](const QString &name, const QVariantMap &info = {},
+                            B::PlistFormat format = B::Xml) {
+        return B::makeBundle(dir, name, MachO::intel(), info, format);
+    };
+    const auto package = [&](const QString &name) { return B::makeFolder(dir + "/" + name); };
+    const auto broken = [&](const QString &name, const QByteArray &info) { // damaged Info.plist
+        writeText(package(name + "/Contents") + "/Info.plist", info);
+        return dir + "/" + name;
+    };
     const struct {
         bool (*test)(const QString &);
         const char *type;
@@ -127,7 +119,7 @@ TEST_F(RecognitionTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKi
         EXPECT_FALSE(f.test(file(QString(".Hidden") + f.type, f.type)));
         EXPECT_FALSE(f.test(file("Other", "TEXT")));
         EXPECT_FALSE(f.test(file("Untyped")));
-        EXPECT_FALSE(f.test(dir() + "/Missing"));
+        EXPECT_FALSE(f.test(dir + "/Missing"));
     }
     const QVariantMap tdmw{{"CFBundlePackageType", "TDMw"}};
     const struct {
@@ -135,31 +127,30 @@ TEST_F(RecognitionTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKi
         QString path;
         bool expected;
     } cases[] = {
-        {&isVSTPlugInPath, B::makeVST(dir(), "Foo.vst", MachO::ppc()), true},
-        {&isVSTPlugInPath, folder("Bare.vst"), true},
+        {&isVSTPlugInPath, B::makeVST(dir, "Foo.vst", MachO::ppc()), true},
+        {&isVSTPlugInPath, package("Bare.vst"), true},
         {&isVSTPlugInPath, bundle("Foo.vst3"), false},
         {&isVSTPlugInPath, file("Loose.vst"), false},    // a file needs the Finder type
         {&isVSTPlugInPath, file("Rtas", "TDMw"), false}, // each format wants its own type
-        {&isRTASPlugInPath, B::makeRTAS(dir(), "Eq.rtas", MachO::ppc()), true},
+        {&isRTASPlugInPath, B::makeRTAS(dir, "Eq.rtas", MachO::ppc()), true},
         {&isRTASPlugInPath, bundle("Bin.dpm", tdmw, B::Binary), true},
         {&isRTASPlugInPath, bundle("Bndl.dpm", {{"CFBundlePackageType", "BNDL"}}), false},
-        {&isRTASPlugInPath, folder("NoInfo.dpm"), false},
+        {&isRTASPlugInPath, package("NoInfo.dpm"), false},
         {&isRTASPlugInPath, file("Fake.rtas"), false}, // named like a package, but a file
         {&isRTASPlugInPath, file("Typed.rtas", "TDMw"), true},
         {&isRTASPlugInPath, broken("Broken.dpm", QByteArray("bplist00\xff\xff\x01garbage", 18)),
          false},
-        {&isMASPlugInPath, B::makeMAS(dir(), "Comp.bundle", MachO::ppc()), true},
-        {&isMASPlugInPath, B::makeMAS(dir(), "Comp", MachO::ppc(), B::Binary), true},
+        {&isMASPlugInPath, B::makeMAS(dir, "Comp.bundle", MachO::ppc()), true},
+        {&isMASPlugInPath, B::makeMAS(dir, "Comp", MachO::ppc(), B::Binary), true},
         {&isMASPlugInPath, bundle("Empty.bundle", {{"MotuPluginTypeUUID", ""}}), false},
-        {&isMASPlugInPath, folder("Folder"), false},
+        {&isMASPlugInPath, package("Folder"), false},
         {&isMASPlugInPath, broken("Broken.bundle", "<?xml version=\"1.0\"?><plist><dict><key>Mo"),
          false},
         // AppleDouble sidecars carry their owner's name but are never plug-ins.
-        {&isMASPlugInPath, B::makeMAS(dir(), "._Comp.bundle", MachO::ppc()), false},
+        {&isMASPlugInPath, B::makeMAS(dir, "._Comp.bundle", MachO::ppc()), false},
         // Nor is what a move cut short leaves beside its source and its target, whole as it is.
         {&isAudioUnitName, ".Foo.component.korvane-partial.component", true},
-        {&isMASPlugInPath, B::makeMAS(dir(), ".Comp.bundle.korvane-removing.2", MachO::ppc()),
-         false},
+        {&isMASPlugInPath, B::makeMAS(dir, ".Comp.bundle.korvane-removing.2", MachO::ppc()), false},
     };
     for (const auto &c : cases)
         EXPECT_EQ(c.test(c.path), c.expected) << c.path.section('/', -1).toStdString();

@@ -238,11 +238,10 @@ TEST_F(SetsTest, OnlyArraysOfItemsAreReadable)
 TEST_F(SetsTest, DamagedDocumentsNeverCrash)
 {
     const QByteArray valid = SetDocument::encode(sample());
-    for (qsizetype length = 0; length < valid.size(); ++length)
-        EXPECT_TRUE(SetDocument::decode(valid.left(length)).isEmpty()) << length;
-
-    // A changed byte may leave a readable document (a letter of a name), never a different count.
+    // Cut short, a document reads as nothing; a changed byte may leave it readable (a letter of a
+    // name), never with a different count.
     for (qsizetype at = 0; at < valid.size(); ++at) {
+        EXPECT_TRUE(SetDocument::decode(valid.left(at)).isEmpty()) << at;
         for (const char value :
              {'\x00', '\x01', '\x7f', '\x80', '\x81', '\x84', '\x85', '\x86', '\x92', '\xff'}) {
             QByteArray damaged = valid;
