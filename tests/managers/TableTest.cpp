@@ -55,8 +55,10 @@ TEST_F(TableTest, TogglesUndoAndSortsChangeRowsWithoutRebuildingTheList)
 TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
 {
     const QString drops = homePath("drops"), user = folder(TypeAU, LocUserActive);
+    const qint64 size = qint64(5) << 20;
     B::makeAudioUnit(drops, "New.component", MachO::intel());
-    writeText(drops + "/readme.txt", "text");
+    B::makeAudioUnit(drops, "Last.component", MachO::intel());
+    writeText(drops + "/readme.txt", QByteArray(size, 'b'));
     writeText(drops + "/Baz.component", "impostor");
     QDir(user).removeRecursively();
     const QStringList paths{drops + "/New.component", drops + "/readme.txt"};
@@ -69,26 +71,19 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
     EXPECT_GE(rowOf(au, "New.component"), 0); // rescanned
 
     addAU(LocUserActive, "Baz.component");
-    ui.alertAnswers << 1001; // All Files
-    EXPECT_TRUE(au->acceptDrop({drops + "/readme.txt", drops + "/Baz.component"}));
-    EXPECT_TRUE(exists(user + "/readme.txt"));
-    EXPECT_TRUE(QFileInfo(user + "/Baz.component").isDir());
-
-    const qint64 size = qint64(5) << 20;
-    B::makeFile(drops, "Big.component", {}, QByteArray(size, 'b'));
-    B::makeAudioUnit(drops, "Last.component", MachO::intel());
     ui = {};
-    ui.cancelAt = 2;
-    ui.alertAnswers << 1001;
+    ui.alertAnswers << 1001; // All Files, then Cancel before the third
+    ui.cancelAt = 3;
     EXPECT_TRUE(au->acceptDrop(
-        {drops + "/Big.component", drops + "/New.component", drops + "/Last.component"}));
-    EXPECT_EQ(QFileInfo(user + "/Big.component").size(), size);
+        {drops + "/readme.txt", drops + "/Baz.component", drops + "/Last.component"}));
+    EXPECT_EQ(QFileInfo(user + "/readme.txt").size(), size);
+    EXPECT_TRUE(QFileInfo(user + "/Baz.component").isDir());
     EXPECT_FALSE(exists(user + "/Last.component"));
     EXPECT_TRUE(ui.progressValues.contains(0.5)); // half of the first file of three
     EXPECT_TRUE(
         ui.progressDetails.contains(QString("%1 of %1").arg(QLocale().formattedDataSize(size))));
-    EXPECT_TRUE(logText().endsWith(
-        QString("Stopped, not installed: %1/New.component, %1/Last.component\n").arg(drops)));
+    EXPECT_TRUE(
+        logText().endsWith(QString("Stopped, not installed: %1/Last.component\n").arg(drops)));
 }
 
 // Highest row first, so that the rows still to go keep their places; a failed trash still drops
@@ -175,6 +170,90 @@ TEST_F(TableTest, GroupsAreReadSavedUndoneAndSwitchedTogether)
     writeText(file, "not a property list");
     au->reloadData();
     EXPECT_EQ(item(au, "Foo.component")->getAUGroup(), "");
+}
+
+class SoloEnvironmentTest : public FormatManagerFixture {
+protected:
+    FaultyOperations counting{roots()};
+
+    void SetUp() override
+    {
+        FormatManagerFixture::SetUp();
+        instrument(
+            LocSystemActive, "Synth.component",
+            {"aumu appl Osmaker: Tone", "aumu Acme Acme: Big Synth", "aufx Acme Acme: Delay"});
+        instrument(LocUserActive, "System.component", {"aumu appl Osmaker: Sampler"});
+        addAU(LocUserDisabled, "Off.component");
+        relaunch(&counting);
+        au->reloadData();
+    }
+    // Components given as "type manufacturer name".
+    void instrument(int loc, const QString &name, const QStringList &components)
+    {
+        QVariantList list;
+        for (const QString &c : components)
+            list << QVariantMap{{"type", c.section(' ', 0, 0)},
+                                {"subtype", "test"},
+                                {"manufacturer", c.section(' ', 1, 1)},
+                                {"name", c.section(' ', 2)}};
+        B::makeBundle(folder(TypeAU, loc), name, MachO::intel(), {{"AudioComponents", list}});
+    }
+};
+
+TEST_F(SoloEnvironmentTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
+{
+    EXPECT_FALSE(au->destroySpecialEnv()); // nothing set up: nothing moves
+    EXPECT_TRUE(au->createSpecialEnv(item(au, "Synth.component")));
+    EXPECT_EQ(counting.moves, 2);
+    EXPECT_TRUE(exists(auPath(LocSystemDisabled, "Synth.component")));
+    EXPECT_FALSE(exists(auPath(LocSystemActive, "Synth.component"))); // the copy is gone again
+    EXPECT_TRUE(exists(auPath(LocUserDisabled, "System.component")));
+    // The system maker's components are left out.
+    EXPECT_TRUE(au->createSpecialEnv(item(au, "System.component")));
+    EXPECT_EQ(counting.moves, 2);
+    EXPECT_EQ(logText(), "----- Plug-In Info -----\nType: aumu\n");
+
+    EXPECT_FALSE(au->destroySpecialEnv());
+    EXPECT_EQ(counting.moves, 4);
+    EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component/Contents/Info.plist")));
+    EXPECT_TRUE(exists(auPath(LocUserActive, "System.component")));
+    EXPECT_TRUE(exists(auPath(LocUserDisabled, "Off.component")));
+
+    instrument(LocUserActive, "Another.component", {"aumu Zeta Zeta: Pad"});
+    au->getPluginList(); // system then user, instruments only
+    QStringList names;
+    for (const auto &wrapper : au->pluginList)
+        names << wrapper->manufacturer().value_or("?") + ":" + wrapper->effectName().value_or("?");
+    EXPECT_EQ(names,
+              QStringList({"Osmaker:Tone", "Acme:Big Synth", "Zeta:Pad", "Osmaker:Sampler"}));
+}
+
+TEST_F(SoloEnvironmentTest, FailedMovesAreSilentAndRemoveNothing)
+{
+    QDir(folder(TypeAU, LocSystemDisabled)).removeRecursively();
+    au->createSpecialEnv(item(au, "Synth.component"));
+    EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component")));
+    au->destroySpecialEnv();
+    EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component")));
+    EXPECT_TRUE(exists(auPath(LocUserActive, "System.component")));
+    EXPECT_EQ(counting.moves, 4);
+    EXPECT_TRUE(ui.alerts.isEmpty());
+}
+
+TEST(AUEffectWrapperNames, ParsesManufacturerAndEffect)
+{
+    AUEffectWrapper wrapper(Component{"/nowhere.component", 0});
+    const auto parsed = [&wrapper](const QByteArray &pascalName) {
+        wrapper.parseName(pascalName);
+        return wrapper.manufacturer().value_or("-") + "|" + wrapper.effectName().value_or("-");
+    };
+    const auto counted = [](const QByteArray &text) { return char(text.size()) + text; };
+    EXPECT_EQ(parsed(counted("Acme:   Big Synth")), "Acme|Big Synth");
+    EXPECT_EQ(parsed(counted("No colon here")), "-|-");
+    EXPECT_EQ(parsed(counted("Acme: ")), "Acme|");
+    EXPECT_EQ(parsed(char(0xC8) + QByteArray("Acme: X")), "-|-");    // a negative length is no name
+    EXPECT_EQ(parsed(char(0x40) + QByteArray("Acme: X")), "Acme|X"); // shorter than announced
+    EXPECT_EQ(parsed({}), "-|-");
 }
 
 } // namespace korvane
