@@ -95,20 +95,19 @@ TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
 TEST_F(ActivationTest, AnOccupiedTargetGoesToTheTrashOnlyForASourceThatIsThere)
 {
     SystemLogCapture capture;
-    const QString there = "Target exist: read yes, write yes, delete yes";
     conflict();
     QDir(source).removeRecursively(); // gone behind the program's back
     au->AUActivate();
-    EXPECT_EQ(capture.lines(), QStringList({there, "fehlgeschlagen"}));
+    EXPECT_EQ(capture.lines(),
+              QStringList({"Target exist: read yes, write yes, delete yes", "fehlgeschlagen"}));
     EXPECT_EQ(ui.alerts.size(), 1);
     EXPECT_TRUE(whole(target, MachO::intel()));
     QDir(target).removeRecursively();
 
     conflict(); // made room for without asking, but kept in the trash with everything inside
     au->AUActivate();
-    ASSERT_EQ(capture.lines().size(), 4);
-    const QString trashed = capture.lines()[3].section("Target moved to the trash: ", 1);
-    EXPECT_TRUE(trashed.startsWith(homePath(".local/share/Trash/files/")));
+    const QString trashed = homePath(".local/share/Trash/files/Foo.component");
+    EXPECT_TRUE(capture.contains("Target moved to the trash: " + trashed));
     EXPECT_TRUE(exists(trashed + "/Contents/Resources/Licence.txt"));
     EXPECT_TRUE(logText().contains(target + " was in the way and is now in the trash: " + trashed));
     EXPECT_EQ(ui.alerts.size(), 1);

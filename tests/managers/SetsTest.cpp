@@ -74,10 +74,8 @@ protected:
 
 TEST_F(SetsTest, SavedSetReopensWithItsFlags)
 {
-    au->save(); // cancelled
-    EXPECT_EQ(au->setTitles(), QStringList({"no set"}));
     const QString path = saveAs("one.aukorv");
-    EXPECT_EQ(ui.savePanels[1].directory, documents);
+    EXPECT_EQ(ui.savePanels[0].directory, documents);
     au->savePanelDidEnd(1, path); // a path is listed once
     EXPECT_EQ(au->setTitles(), QStringList({"no set", path}));
     EXPECT_EQ(au->selectedSetIndex(), 1);
@@ -87,7 +85,6 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
     au->openPanelDidEnd(1, path);
     EXPECT_TRUE(item(au, "B.component")->getAUActive());
     EXPECT_FALSE(au->isApplyEnabled());
-    EXPECT_TRUE(ui.missingItemsLists.isEmpty());
 
     ui.alertAnswers << 0; // Discard the change
     au->changeObject(item(au, "B.component"), "AUActive", false);
