@@ -25,13 +25,9 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
         int loc = 0;
         while (loc < 4 && it->getAULocation() != folder(TypeAU, loc))
             ++loc;
-        rows << QString("%1 %2 #%3 %4 %5%6")
-                    .arg(it->getAUName())
-                    .arg(loc)
-                    .arg(it->getItemID())
-                    .arg(it->getAUType())
-                    .arg(int(it->getAUGlobal()))
-                    .arg(int(it->getAUActive()));
+        rows << QString("%1 %2 #%3 ").arg(it->getAUName()).arg(loc).arg(it->getItemID())
+                    + it->getAUType() + (it->getAUGlobal() ? " 1" : " 0")
+                    + (it->getAUActive() ? "1" : "0");
     }
     EXPECT_EQ(rows, QStringList({"alpha.component 0 #1 Universal Binary 11",
                                  "Mine.component 3 #5 Unknown 00", "notacomponent 0 #2 PPC 11",
