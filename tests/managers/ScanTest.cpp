@@ -34,6 +34,13 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
                                  "Off.component 1 #3 Unknown 10", "Zeta.component 0 #0 PPC 11",
                                  "Zeta.component 2 #4 Intel 01"}));
     EXPECT_FALSE(au->isApplyEnabled());
+
+    // A name held twice is reported once; the architecture switch marks only its builds.
+    au->checkForDuplicates();
+    EXPECT_EQ(logText().section('\n', 1), "Plugin Zeta.component is found 2 times\n");
+    au->setPlattformActive(3, false);
+    EXPECT_FALSE(item(au, "alpha.component")->getAUActive());
+    EXPECT_TRUE(item(au, "Zeta.component")->getAUActive() && au->isApplyEnabled());
 }
 
 // Each folder is named as written, empty ones show nothing, the bar keeps its last value. A scan
@@ -48,7 +55,6 @@ TEST_F(ScanTest, ProgressStepsToTwentyFiveAndMissingFoldersAreMade)
               QStringList({"scan for AudioUnits:/Library/Audio/Plug-Ins/Components",
                            "scan for AudioUnits:~/Library/Audio/Plug-Ins/Components (Disabled)"}));
     EXPECT_EQ(ui.progressValues, QList<double>({12, 25, 25}));
-    EXPECT_EQ(ui.progressEnds, 1);
 
     vst->reloadData();
     context->mas.reloadData();
