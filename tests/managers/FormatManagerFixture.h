@@ -9,14 +9,12 @@
 #include "panels/MyMissingItems.h"
 #include "panels/MyPrefObj.h"
 #include "platform/Bundle.h"
-#include "platform/Locations.h"
 #include "privileged/BLAuthentication.h"
 #include "privileged/NullAuthorizationBackend.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <memory>
 
 namespace korvane {
