@@ -1,67 +1,13 @@
 #include "FormatManagerFixture.h"
 
-#include "app/AppServices.h"
-#include "managers/MyMASObj.h"
-#include "managers/MyRTASObj.h"
-#include "managers/MyVSTObj.h"
+#include "platform/LibraryLock.h"
 #include "platform/PropertyList.h"
+#include "platform/ReadOnlyFileOperations.h"
 #include "platform/SystemLog.h"
 
-#include <QLocale>
+#include <QLockFile>
 
 namespace korvane {
-
-// Fails the chosen operations, as a full disk or a broken trash would.
-class RefusingOperations : public LocalFileOperations {
-public:
-    using LocalFileOperations::LocalFileOperations;
-    QString moveSource; // a move from here fails
-    bool trash = true;
-    bool move(const QString &from, const QString &to, FileError *error) override
-    {
-        if (from == moveSource) {
-            if (error)
-                *error = {from, QStringLiteral("No space left on device")};
-            return false;
-        }
-        return LocalFileOperations::move(from, to, error);
-    }
-    bool moveToTrash(const QString &path, FileError *error, QString *trashedTo) override
-    {
-        if (!trash) {
-            if (error)
-                *error = {path, QStringLiteral("No trash here")};
-            return false;
-        }
-        return LocalFileOperations::moveToTrash(path, error, trashedTo);
-    }
-};
-
-// Moves as they run between file systems, where every byte is copied: each reports its bytes.
-class CopyingOperations : public LocalFileOperations {
-public:
-    using LocalFileOperations::LocalFileOperations;
-    static constexpr qint64 Size = qint64(64) << 20;
-    void setCopyProgress(CopyProgress progress) override { m_progress = std::move(progress); }
-    bool move(const QString &from, const QString &to, FileError *error) override
-    {
-        if (m_progress) {
-            m_progress(Size / 2, Size);
-            m_progress(Size, Size);
-        }
-        return LocalFileOperations::move(from, to, error);
-    }
-
-private:
-    CopyProgress m_progress;
-};
-
-// Presses Cancel once the first plug-in is under way.
-class CancellingUi : public ScriptedUi {
-public:
-    int asked = 0;
-    bool progressCancelled() override { return ++asked > 1; }
-};
 
 class ActivationTest : public FormatManagerFixture {
 protected:
@@ -70,38 +16,35 @@ protected:
         manager->selectRows({rowOf(manager, name)});
         active ? manager->setSelectedActive() : manager->setSelectedInactive();
     }
-    QString logText() { return services().logText(); }
     // Foo.component active (PPC), marked to go off; then an older Foo.component (Intel, with a
     // licence file the scan never looks at) appears in the disabled folder.
     void conflict()
     {
-        source =
-            PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 0), "Foo.component", MachO::ppc());
+        source = B::makeAudioUnit(folder(TypeAU, 0), "Foo.component", MachO::ppc());
         au->reloadData();
         au->setAllInactive();
         target = addAU(LocSystemDisabled, "Foo.component");
-        PluginLibraryBuilder::makeFile(target + "/Contents/Resources", "Licence.txt");
+        B::makeFile(target + "/Contents/Resources", "Licence.txt");
     }
     QString source, target;
+    QStringList entries(const QString &folder) { return disk().directoryContents(folder); }
 };
 
 TEST_F(ActivationTest, ApplyMovesEveryPendingChange)
 {
     const QString a = addAU(LocSystemActive, "A.component");
-    const QString b = addAU(LocSystemActive, "B.component");
-    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 3), "C.component", MachO::ppc());
+    addAU(LocSystemActive, "B.component");
+    B::makeAudioUnit(folder(TypeAU, 3), "C.component", MachO::ppc());
     au->reloadData();
     au->setAllInactive(); // C is off already
-    EXPECT_EQ(au->countOfUnprocessedLogItems(), 2);
-
     au->AUActivate();
-    EXPECT_FALSE(exists(a) || exists(b));
-    EXPECT_TRUE(whole(auPath(1, "A.component"), MachO::intel()));
-    EXPECT_TRUE(whole(auPath(1, "B.component"), MachO::intel()));
+    EXPECT_TRUE(whole(auPath(1, "A.component"), MachO::intel()) && !exists(a));
     EXPECT_FALSE(au->isApplyEnabled());
 
     mark(au, "C.component", true);
     mark(au, "B.component", true);
+    mark(au, "A.component", true); // and back: nothing pending
+    mark(au, "A.component", false);
     QStringList reported; // in log order, which is the order of the scan
     for (const MoveOutcome &o : au->applyAllPending())
         reported << QString("%1 > %2 %3%4").arg(o.from, o.to).arg(int(o.enabled)).arg(int(o.ok));
@@ -110,93 +53,59 @@ TEST_F(ActivationTest, ApplyMovesEveryPendingChange)
     EXPECT_TRUE(whole(auPath(0, "B.component"), MachO::intel()));
     EXPECT_TRUE(whole(auPath(2, "C.component"), MachO::ppc())); // user folder created
     EXPECT_EQ(au->numberOfRowsInTableView(), 3);
-    EXPECT_FALSE(au->isApplyEnabled());
 }
 
-TEST_F(ActivationTest, StopAtAFailureLeavesTheRestAndSaysWhich)
+// A failure asks whether to go on; Stop, or Cancel between plug-ins, leaves the rest where they
+// are.
+TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
 {
     for (const char *name : {"A.component", "B.component", "C.component"})
         addAU(LocSystemActive, name);
-    RefusingOperations files(roots());
+    FaultyOperations files(roots());
     files.moveSource = auPath(0, "A.component");
     relaunch(&files);
-    SystemLogCapture capture;
-
-    au->reloadData();
-    au->setAllInactive();
-    ui.alertAnswers << AlertDefault; // Proceed: the others still move
-    EXPECT_EQ(au->applyAllPending().size(), 3);
-    EXPECT_TRUE(exists(auPath(0, "A.component")));
-    EXPECT_TRUE(exists(auPath(1, "B.component")) && exists(auPath(1, "C.component")));
-
+    const auto apply = [this] {
+        au->reloadData();
+        au->setAllInactive();
+        QStringList reported;
+        for (const MoveOutcome &o : au->applyAllPending())
+            reported << QString("%1 %2%3").arg(o.name).arg(int(o.ok)).arg(int(o.stopped));
+        return reported;
+    };
+    ui.alertAnswers << AlertDefault << AlertAlternate; // Proceed, then Stop
+    EXPECT_EQ(apply(), QStringList({"A.component 00", "B.component 10", "C.component 10"}));
     for (const char *name : {"B.component", "C.component"})
-        QDir().rename(auPath(1, name), auPath(0, name));
-    au->reloadData();
-    au->setAllInactive();
-    ui.alertAnswers << AlertAlternate; // Stop
-    QStringList reported;
-    for (const MoveOutcome &o : au->applyAllPending())
-        reported << QString("%1 %2%3").arg(o.name).arg(int(o.ok)).arg(int(o.stopped));
-    EXPECT_EQ(reported, QStringList({"A.component 00", "B.component 01", "C.component 01"}));
-    ASSERT_EQ(ui.alerts.size(), 2);
-    EXPECT_EQ(ui.alerts[1].messageText, "File operation error...\n error: No space left on "
-                                        "device\n with file: "
-                                            + auPath(0, "A.component"));
-    for (const char *name : {"A.component", "B.component", "C.component"})
-        EXPECT_TRUE(exists(auPath(0, name))) << name;
+        EXPECT_TRUE(QDir().rename(auPath(1, name), auPath(0, name)));
+    EXPECT_EQ(apply(), QStringList({"A.component 00", "B.component 01", "C.component 01"}));
+    EXPECT_TRUE(ui.alerts.value(1).messageText.endsWith("No space left on device\n with file: "
+                                                        + auPath(0, "A.component")));
     EXPECT_TRUE(logText().endsWith("Stopped, not moved: B.component, C.component\n"));
-    EXPECT_EQ(capture.lines().last(), "Stopped, not moved: B.component, C.component");
+
+    files.moveSource.clear();
+    ui.cancelAt = 2;
+    relaunch(&files);
+    EXPECT_EQ(apply(), QStringList({"A.component 10", "B.component 01", "C.component 01"}));
+    EXPECT_TRUE(exists(auPath(1, "A.component")) && exists(auPath(0, "B.component")));
+    EXPECT_TRUE(logText().endsWith("Stopped, not moved: B.component, C.component\n"));
     relaunch();
-}
-
-// Cancel takes effect between plug-ins: what moved stays moved and the log names the rest. While a
-// plug-in is copied the bar moves within it and the lower line counts its bytes.
-TEST_F(ActivationTest, ALongApplyShowsItsBytesAndStopsBetweenPlugIns)
-{
-    for (const char *name : {"A.component", "B.component", "C.component"})
-        addAU(LocSystemActive, name);
-    CopyingOperations files(roots());
-    CancellingUi person;
-    ManagersOfOneRun run(locations(), files, person);
-    SystemLogCapture capture;
-    run.au.reloadData();
-    run.au.setAllInactive();
-    person.progressValues.clear();
-
-    const QList<MoveOutcome> outcomes = run.au.applyAllPending();
-    ASSERT_EQ(outcomes.size(), 3);
-    EXPECT_TRUE(outcomes[0].ok && outcomes[1].stopped && outcomes[2].stopped);
-    EXPECT_TRUE(exists(auPath(1, "A.component")));
-    EXPECT_TRUE(exists(auPath(0, "B.component")) && exists(auPath(0, "C.component")));
-    EXPECT_EQ(person.progressValues.mid(0, 3), QList<double>({0, 0.5, 1}));
-    const QLocale locale;
-    EXPECT_TRUE(person.progressDetails.contains(
-        QString("%1 of %2")
-            .arg(locale.formattedDataSize(CopyingOperations::Size / 2),
-                 locale.formattedDataSize(CopyingOperations::Size))));
-    EXPECT_TRUE(run.services.logText().endsWith("Stopped, not moved: B.component, C.component\n"));
-    EXPECT_EQ(capture.lines().last(), "Stopped, not moved: B.component, C.component");
 }
 
 TEST_F(ActivationTest, AnOccupiedTargetGoesToTheTrashOnlyForASourceThatIsThere)
 {
     SystemLogCapture capture;
-    const QString there = "Target exist: read yes, write yes, delete yes";
     conflict();
     QDir(source).removeRecursively(); // gone behind the program's back
     au->AUActivate();
-    EXPECT_EQ(capture.lines(), QStringList({there, "fehlgeschlagen"}));
+    EXPECT_EQ(capture.lines(),
+              QStringList({"Target exist: read yes, write yes, delete yes", "fehlgeschlagen"}));
     EXPECT_EQ(ui.alerts.size(), 1);
     EXPECT_TRUE(whole(target, MachO::intel()));
     QDir(target).removeRecursively();
 
     conflict(); // made room for without asking, but kept in the trash with everything inside
     au->AUActivate();
-    ASSERT_EQ(capture.lines().size(), 4);
-    EXPECT_EQ(capture.lines()[2], there);
-    const QString trashed = capture.lines()[3].section("Target moved to the trash: ", 1);
-    EXPECT_TRUE(trashed.startsWith(homePath(".local/share/Trash/files/")));
-    EXPECT_TRUE(whole(trashed, MachO::intel()));
+    const QString trashed = homePath(".local/share/Trash/files/Foo.component");
+    EXPECT_TRUE(capture.contains("Target moved to the trash: " + trashed));
     EXPECT_TRUE(exists(trashed + "/Contents/Resources/Licence.txt"));
     EXPECT_TRUE(logText().contains(target + " was in the way and is now in the trash: " + trashed));
     EXPECT_EQ(ui.alerts.size(), 1);
@@ -204,20 +113,9 @@ TEST_F(ActivationTest, AnOccupiedTargetGoesToTheTrashOnlyForASourceThatIsThere)
     EXPECT_TRUE(whole(target, MachO::ppc()));
     QDir(target).removeRecursively();
 
-    // Without a trash the target stays, and the move fails as any failed move does.
-    RefusingOperations files(roots());
-    files.trash = false;
-    relaunch(&files);
+    // A target that cannot go to the trash stays, and the move fails as any failed move does.
     conflict();
-    QList<MoveOutcome> outcomes = au->applyAllPending();
-    EXPECT_TRUE(outcomes.size() == 1 && !outcomes[0].ok);
-    EXPECT_EQ(ui.alerts.size(), 2);
-    EXPECT_TRUE(whole(source, MachO::ppc()));
-    EXPECT_TRUE(whole(target, MachO::intel()));
-    QDir(target).removeRecursively();
-    relaunch();
-
-    conflict();
+    QList<MoveOutcome> outcomes;
     {
         ImmutableGuard guard(target);
         if (!guard.ok())
@@ -227,81 +125,56 @@ TEST_F(ActivationTest, AnOccupiedTargetGoesToTheTrashOnlyForASourceThatIsThere)
     EXPECT_EQ(capture.lines().mid(capture.lines().size() - 3),
               QStringList({"Target exist: read yes, write no, delete no", "Delete not sucessful",
                            "fehlgeschlagen"}));
-    ASSERT_EQ(ui.alerts.size(), 3);
-    EXPECT_TRUE(ui.alerts[2].messageText.startsWith("File operation error...\n error: "));
     EXPECT_TRUE(outcomes.size() == 1 && !outcomes[0].ok);
-    EXPECT_TRUE(whole(source, MachO::ppc()));
-    EXPECT_TRUE(exists(target));
+    EXPECT_EQ(ui.alerts.size(), 2);
+    EXPECT_TRUE(whole(source, MachO::ppc()) && whole(target, MachO::intel()));
 }
 
-TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefused)
+// Whichever copy of a twice-installed plug-in goes first, the other must not replace it; an
+// identical copy already in place settles the pair instead, the moving copy going to the trash.
+TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical)
 {
-    // Foo twice: in the user's folder (Intel), and disabled system-wide (PPC). Both are marked
-    // for the empty system folder; whichever goes first, the other must not replace it.
+    // Foo in the user's folder (Intel) and disabled system-wide (PPC), both marked for the empty
+    // system folder; Bar on there and a different build in the user's folder; Qux on and off.
     const QString user = addAU(LocUserActive, "Foo.component");
-    const QString off =
-        PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 1), "Foo.component", MachO::ppc());
-    // Bar twice, and not the same build: an identical pair is settled instead.
+    const QString off = B::makeAudioUnit(folder(TypeAU, 1), "Foo.component", MachO::ppc());
     addAU(LocSystemActive, "Bar.component");
-    const QString bar =
-        PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 2), "Bar.component", MachO::ppc());
+    const QString bar = B::makeAudioUnit(folder(TypeAU, 2), "Bar.component", MachO::ppc());
+    const QString qux = addAU(LocSystemActive, "Qux.component");
+    const QString quxOff = addAU(LocSystemDisabled, "Qux.component");
     SystemLogCapture capture;
     au->reloadData();
-    for (const AUItemPtr &it : au->items()) {
-        if (!it->getAUGlobal())
-            au->changeObject(it, "AUGlobal", true);
-        else if (!it->getAUActive())
-            au->changeObject(it, "AUActive", true);
-    }
+    for (const AUItemPtr &it : au->items())
+        if (!it->getAUGlobal() || !it->getAUActive())
+            au->changeObject(it, it->getAUGlobal() ? "AUActive" : "AUGlobal", true);
 
     QStringList reported;
     for (const MoveOutcome &o : au->applyAllPending())
         reported << QString("%1 %2%3").arg(o.from).arg(int(o.ok)).arg(int(o.otherCopyAtTarget));
-    EXPECT_EQ(reported, QStringList({off + " 10", bar + " 01", user + " 01"}));
+    EXPECT_EQ(reported, QStringList({off + " 10", quxOff + " 10", bar + " 01", user + " 01"}));
     EXPECT_TRUE(whole(auPath(0, "Foo.component"), MachO::ppc()));
     EXPECT_TRUE(whole(user, MachO::intel()));
     EXPECT_TRUE(whole(auPath(0, "Bar.component"), MachO::intel()) && exists(bar));
-    ASSERT_EQ(ui.alerts.size(), 2);
-    EXPECT_EQ(ui.alerts[0].messageText,
-              "File operation error...\n error: Another installed copy of the plug-in lies there; "
-              "both copies are kept\n with file: "
-                  + auPath(0, "Bar.component"));
+    EXPECT_EQ(ui.alerts.size(), 2);
     EXPECT_TRUE(logText().contains("Foo.component stays in " + folder(TypeAU, 2)
                                    + ": another installed copy lies at "
                                    + auPath(0, "Foo.component")));
-    EXPECT_TRUE(
-        capture.contains("Target is an installed copy, both kept: " + auPath(0, "Bar.component")));
     EXPECT_FALSE(capture.contains("fehlgeschlagen"));
-}
 
-TEST_F(ActivationTest, AnIdenticalCopyWhereThePlugInBelongsLeavesOneCopyThere)
-{
-    const QString on = addAU(LocSystemActive, "Foo.component");
-    const QString off = addAU(LocSystemDisabled, "Foo.component");
-    au->reloadData();
-    for (const AUItemPtr &it : au->items())
-        if (it->getAUActive())
-            au->changeObject(it, "AUActive", false);
-    const QList<MoveOutcome> outcomes = au->applyAllPending();
-    ASSERT_EQ(outcomes.size(), 1);
-    EXPECT_TRUE(outcomes[0].ok);
-    const QString trashed = homePath(".local/share/Trash/files/Foo.component");
-    EXPECT_TRUE(whole(trashed, MachO::intel()) && whole(off, MachO::intel()) && !exists(on));
-    EXPECT_TRUE(logText().contains("Foo.component was already at " + off
-                                   + "; the identical copy from " + on
-                                   + " is now in the trash: " + trashed));
-    EXPECT_TRUE(ui.alerts.isEmpty());
-    EXPECT_EQ(names(au), QStringList{"Foo.component"});
+    const QString trashed = homePath(".local/share/Trash/files/Qux.component");
+    EXPECT_TRUE(whole(trashed, MachO::intel()) && whole(qux, MachO::intel()) && !exists(quxOff));
+    EXPECT_TRUE(logText().contains("the identical copy from " + quxOff + " is now in the trash"));
+    EXPECT_EQ(names(au).count("Qux.component"), 1);
 }
 
 TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)
 {
     setPref("AUMoveContent", true);
     addAU(LocSystemActive, "Foo.component");
-    const QString preset = PluginLibraryBuilder::makeFile(folder(TypeAU, 0) + "/Sub", "Foo.preset");
-    const QString outside = PluginLibraryBuilder::makeFile(homePath("Documents"), "Foo.txt");
+    const QString preset = B::makeFile(folder(TypeAU, 0) + "/Sub", "Foo.preset");
+    const QString outside = B::makeFile(homePath("Documents"), "Foo.txt");
     // Under the user's folder by its text, above every folder in fact.
-    PluginLibraryBuilder::makeFile(home(), "victim.txt");
+    B::makeFile(home(), "victim.txt");
     const QString climbing = folder(TypeAU, 2) + "/../../../../victim.txt";
     services().saveContent({"Foo.component", preset, outside, climbing});
     au->reloadData();
@@ -311,65 +184,100 @@ TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)
     const QString moved = auPath(1, "Sub/Foo.preset");
     EXPECT_TRUE(QFileInfo(moved).isFile());
     EXPECT_FALSE(exists(preset));
-    EXPECT_TRUE(exists(outside));
-    EXPECT_TRUE(exists(homePath("victim.txt")));
+    EXPECT_TRUE(exists(outside) && exists(homePath("victim.txt")));
     EXPECT_FALSE(exists(rootPath("victim.txt")));
-    EXPECT_EQ(PropertyList::read(homePath("Library/Application Support/Korvane/content.plist"))
-                  .value_or(QVariant())
-                  .toList(),
-              QVariantList({QVariantList{"Foo.component", moved, outside, climbing}}));
+    EXPECT_EQ(
+        PropertyList::readArray(homePath("Library/Application Support/Korvane/content.plist")),
+        QVariantList({QVariantList{"Foo.component", moved, outside, climbing}}));
 }
 
-TEST_F(ActivationTest, APlugInInASubfolderMovesToTheSameSubfolderAndBack)
+// What a move across file systems leaves when its process dies at each step, and what the next
+// scan makes of it: one whole copy under the plug-in's name, nothing half-copied in sight.
+TEST_F(ActivationTest, TheNextScanLeavesOneWholeCopyUnderTheName)
 {
-    const QString source =
-        PluginLibraryBuilder::makeVST(folder(TypeVST, 2) + "/Sub", "Foo.vst", MachO::intel());
-    MyVSTObj *vst = &context->vst;
-    vst->reloadData();
-    mark(vst, "Sub/Foo.vst", false);
+    const QString name = "Echo.component", on = folder(TypeAU, 0), off = folder(TypeAU, 1);
+    const QString hidden = "." + name + ".korvane-removing", part = "." + name + ".korvane-partial";
+    // The plug-in in the on folder, its old copy hidden there, its new copy, its partial copy;
+    // built as PPC unless Intel, Half when a copy or removal was cut short.
+    enum { On, Hidden, Off, Partial, Intel = 4, Half = 8 };
+    const QString paths[] = {on + "/" + name, on + "/" + hidden, off + "/" + name,
+                             off + "/" + part};
+    const struct {
+        const char *step; // where the move from on to off was cut short
+        QList<int> pieces;
+        QStringList on, off;
+        QString items, log; // the log's verb
+    } cases[] = {
+        {"copying", {On, Partial | Half}, {name}, {}, "on PPC", "Removed"},
+        {"source hidden, copy not named", {Hidden, Partial}, {name}, {}, "on PPC", "Undid"},
+        {"copy named", {Hidden, Off}, {}, {name}, "off PPC", "Finished"},
+        {"old copy half removed", {Hidden | Half, Off}, {}, {name}, "off PPC", "Finished"},
+        // Someone else's plug-in of the same name is no proof the move got through.
+        {"other at target", {Hidden, Off | Intel}, {name}, {name}, "on PPC,off Intel", "Undid"},
+        {"another in its place", {Hidden, On | Intel}, {hidden, name}, {}, "on Intel", "Kept"},
+        {"partial copy alone", {Partial | Half}, {}, {part}, "", "Kept"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.step);
+        for (const QString &folder : {on, off}) {
+            QDir(folder).removeRecursively();
+            B::makeFolder(folder);
+        }
+        for (const int piece : c.pieces) { // built under its own name, then given the piece's
+            const QString &path = paths[piece & 3];
+            const QString made = B::makeAudioUnit(path.section('/', 0, -2), "Building.component",
+                                                  piece & Intel ? MachO::intel() : MachO::ppc());
+            if (piece & Half)
+                QFile::remove(made + "/Contents/MacOS/Plugin");
+            QDir().rename(made, path);
+        }
+        relaunch();
+        au->reloadData();
+        EXPECT_EQ(entries(on), c.on);
+        EXPECT_EQ(entries(off), c.off);
+        QStringList items;
+        for (const AUItemPtr &it : au->items())
+            items << (it->getAULocation() == on ? "on " : "off ") + it->getPlattformIdent();
+        EXPECT_EQ(items.join(','), c.items);
+        EXPECT_TRUE(logText().contains(c.log + " ")) << logText().toStdString();
+    }
+}
 
+// A subfolder's plug-in moved off with subfolders on, its old copy still hidden beside it: only a
+// scan holding the library settles it. Moved back, it returns to its subfolder.
+TEST_F(ActivationTest, OnlyAScanThatHasTheLibraryToItselfTouchesLeftovers)
+{
+    const QString vstOn = folder(TypeVST, LocUserActive), vstOff = folder(TypeVST, LocUserDisabled);
+    const QString moved = B::makeVST(vstOff + "/Sub", "Fx.vst", MachO::intel());
+    QDir().mkpath(vstOn + "/Sub");
+    ASSERT_TRUE(disk().copy(moved, vstOn + "/Sub/.Fx.vst.korvane-removing"));
+    const auto scan = [&] {
+        setPref("VSTScanSubfolders", true);
+        vst->reloadData();
+        return names(vst);
+    };
+    {
+        // Another program holds the library: its move may be under way, not cut short.
+        services().createSupportFolder();
+        QLockFile other(LibraryLock::lockFilePath(locations()));
+        ASSERT_TRUE(other.tryLock(0));
+        EXPECT_EQ(scan(), QStringList{"Sub/Fx.vst"});
+        EXPECT_EQ(entries(vstOn + "/Sub"), QStringList{".Fx.vst.korvane-removing"});
+    }
+    ReadOnlyFileOperations readOnly(disk());
+    relaunch(&readOnly);
+    EXPECT_EQ(scan(), QStringList{"Sub/Fx.vst"});
+    EXPECT_EQ(entries(vstOn + "/Sub"), QStringList{".Fx.vst.korvane-removing"});
+
+    relaunch();
+    EXPECT_EQ(scan(), QStringList{"Sub/Fx.vst"});
+    EXPECT_TRUE(entries(vstOn + "/Sub").isEmpty());
+    EXPECT_TRUE(whole(moved, MachO::intel()));
+
+    mark(vst, "Sub/Fx.vst", true); // back to the subfolder it came from
     vst->VSTActivate();
-    EXPECT_FALSE(exists(source));
-    EXPECT_TRUE(whole(folder(TypeVST, 3) + "/Sub/Foo.vst", MachO::intel()));
-    ASSERT_EQ(names(vst), QStringList({"Sub/Foo.vst"}));
-    EXPECT_EQ(vst->itemAt(0)->getAULocation(), folder(TypeVST, 3));
-
-    mark(vst, "Sub/Foo.vst", true);
-    vst->VSTActivate();
-    EXPECT_TRUE(whole(source, MachO::intel()));
-}
-
-TEST_F(ActivationTest, MarkingBackAndForthLeavesNothingPending)
-{
-    addAU(LocSystemActive, "A.component");
-    au->reloadData();
-    mark(au, "A.component", false);
-    EXPECT_TRUE(au->isApplyEnabled());
-    mark(au, "A.component", true);
-    EXPECT_FALSE(au->isApplyEnabled());
-
-    // Put the flag back behind the log's back: the record stays pending until a command looks.
-    mark(au, "A.component", false);
-    const AUItemPtr a = item(au, "A.component");
-    a->setAUActive(true);
-    a->checkObject(TypeAU);
-    au->setAllActive(); // skips items that are already on
-    EXPECT_TRUE(au->isApplyEnabled());
-    au->setSelectedActive(); // sets every selected item whatever its state
-    EXPECT_FALSE(au->isApplyEnabled());
-    EXPECT_EQ(au->countOfUnprocessedLogItems(), 0);
-}
-
-TEST_F(ActivationTest, CheckAndCreatePathMakesTheParentThenThePlugInFolder)
-{
-    context->mas.checkAndCreatePath(true);
-    EXPECT_TRUE(QFileInfo(rootPath("Library/Application Support/Digidesign")).isDir());
-    EXPECT_TRUE(QFileInfo(folder(TypeMAS, 0)).isDir());
-
-    // Something that exists at a path is left alone, folder or not.
-    PluginLibraryBuilder::makeFile(homePath("Library/Application Support/Digidesign"), "Plug-Ins");
-    context->rtas.checkAndCreatePath(false);
-    EXPECT_TRUE(QFileInfo(folder(TypeRTAS, 2)).isFile());
+    EXPECT_TRUE(whole(vstOn + "/Sub/Fx.vst", MachO::intel()) && !exists(moved));
+    EXPECT_EQ(vst->itemAt(0)->getAULocation(), vstOn);
 }
 
 } // namespace korvane

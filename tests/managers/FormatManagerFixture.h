@@ -9,17 +9,17 @@
 #include "panels/MyMissingItems.h"
 #include "panels/MyPrefObj.h"
 #include "platform/Bundle.h"
-#include "platform/Locations.h"
 #include "privileged/BLAuthentication.h"
 #include "privileged/NullAuthorizationBackend.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <memory>
 
 namespace korvane {
+
+using B = PluginLibraryBuilder;
 
 // The controllers the managers work with, made as the program makes them (without the shell).
 struct ManagersOfOneRun {
@@ -29,11 +29,6 @@ struct ManagersOfOneRun {
           authentication(allowAll, ui), parts{services, pref, missingItems, authentication},
           au(parts), rtas(parts), mas(parts), vst(parts)
     {
-    }
-    TypeManager *manager(int type)
-    {
-        TypeManager *all[] = {&au, &rtas, &mas, &vst};
-        return all[type];
     }
 
     NullAuthorizationBackend allowAll;
@@ -48,13 +43,38 @@ struct ManagersOfOneRun {
     MyVSTObj vst;
 };
 
+// Fails a chosen move as a full disk would, and counts moves.
+class FaultyOperations : public LocalFileOperations {
+public:
+    using LocalFileOperations::LocalFileOperations;
+    QString moveSource;
+    int moves = 0;
+    bool move(const QString &from, const QString &to, FileError *error) override
+    {
+        ++moves;
+        if (from != moveSource)
+            return LocalFileOperations::move(from, to, error);
+        if (error)
+            *error = {from, QStringLiteral("No space left on device")};
+        return false;
+    }
+};
+
+// A scripted person who presses Cancel from the given look at the progress panel on (0: never).
+class PersonAtTheScreen : public ScriptedUi {
+public:
+    int cancelAt = 0, looks = 0;
+    bool progressCancelled() override { return cancelAt > 0 && ++looks >= cancelAt; }
+};
+
 // Plug-in trees under the test roots, a scripted person, and the controllers of one run over
 // them; items looked up by name.
 class FormatManagerFixture : public TestRoots {
 protected:
-    ScriptedUi ui;
+    PersonAtTheScreen ui;
     std::unique_ptr<ManagersOfOneRun> context;
     MyAdminObj *au = nullptr;
+    MyVSTObj *vst = nullptr;
 
     void SetUp() override
     {
@@ -73,19 +93,22 @@ protected:
         context.reset();
         context = std::make_unique<ManagersOfOneRun>(locations(), files ? *files : disk(), ui);
         au = &context->au;
+        vst = &context->vst;
     }
 
     AppServices &services() { return context->services; }
-    MyPrefObj &pref() { return context->pref; }
-    TypeManager *manager(int type) { return context->manager(type); }
+    QString logText() { return services().logText(); }
 
     QString auPath(int loc, const QString &name) const { return folder(TypeAU, loc) + "/" + name; }
     QString addAU(int loc, const QString &name) const
     {
-        return PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, loc), name, MachO::intel());
+        return B::makeAudioUnit(folder(TypeAU, loc), name, MachO::intel());
     }
     static bool exists(const QString &path) { return QFileInfo::exists(path); }
-    void setPref(const QString &key, bool value) { pref().defaults()->setObject(key, value); }
+    void setPref(const QString &key, bool value)
+    {
+        context->pref.defaults()->setObject(key, value);
+    }
     static QStringList names(const TypeManager *manager)
     {
         QStringList result;

@@ -1,8 +1,6 @@
 #include "FormatManagerFixture.h"
 
-#include "managers/MyMASObj.h"
-#include "managers/MyRTASObj.h"
-#include "managers/MyVSTObj.h"
+#include "managers/FormatTraits.h"
 
 namespace korvane {
 
@@ -10,14 +8,14 @@ using ScanTest = FormatManagerFixture;
 
 TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
 {
-    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 0), "Zeta.component", MachO::ppc());
-    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 0), "alpha.component", MachO::universal2());
+    B::makeAudioUnit(folder(TypeAU, 0), "Zeta.component", MachO::ppc());
+    B::makeAudioUnit(folder(TypeAU, 0), "alpha.component", MachO::universal2());
     for (const char *name :
          {"notacomponent", "Foo.COMPONENT", "Foo.component.zip", ".DS_Store", "._Zeta.component"})
-        PluginLibraryBuilder::makeFile(folder(TypeAU, 0), name);
-    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 1), "Off.component", MachO::universal3());
-    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 2), "Zeta.component", MachO::intel());
-    PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, 3), "Mine.component", MachO::x86_64());
+        B::makeFile(folder(TypeAU, 0), name);
+    B::makeAudioUnit(folder(TypeAU, 1), "Off.component", MachO::universal3());
+    B::makeAudioUnit(folder(TypeAU, 2), "Zeta.component", MachO::intel());
+    B::makeAudioUnit(folder(TypeAU, 3), "Mine.component", MachO::x86_64());
     au->reloadData();
 
     // name, location code, ID, architecture, global and active flags. Rows sort by name
@@ -27,98 +25,134 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
         int loc = 0;
         while (loc < 4 && it->getAULocation() != folder(TypeAU, loc))
             ++loc;
-        rows << QString("%1 %2 #%3 %4 %5")
-                        .arg(it->getAUName(), QString::number(loc),
-                             QString::number(it->getItemID()), it->getAUType(),
-                             it->getAUGlobal() ? "1" : "0")
+        rows << QString("%1 %2 #%3 ").arg(it->getAUName()).arg(loc).arg(it->getItemID())
+                    + it->getAUType() + (it->getAUGlobal() ? " 1" : " 0")
                     + (it->getAUActive() ? "1" : "0");
     }
     EXPECT_EQ(rows, QStringList({"alpha.component 0 #1 Universal Binary 11",
                                  "Mine.component 3 #5 Unknown 00", "notacomponent 0 #2 PPC 11",
                                  "Off.component 1 #3 Unknown 10", "Zeta.component 0 #0 PPC 11",
                                  "Zeta.component 2 #4 Intel 01"}));
-    EXPECT_EQ(au->plugins().records().size(), 6);
     EXPECT_FALSE(au->isApplyEnabled());
+
+    // A name held twice is reported once; the architecture switch marks only its builds.
+    au->checkForDuplicates();
+    EXPECT_EQ(logText().section('\n', 1), "Plugin Zeta.component is found 2 times\n");
+    au->setPlattformActive(3, false);
+    EXPECT_FALSE(item(au, "alpha.component")->getAUActive());
+    EXPECT_TRUE(item(au, "Zeta.component")->getAUActive() && au->isApplyEnabled());
 }
 
-TEST_F(ScanTest, ProgressNamesEachFolderAsWrittenAndStepsToTwentyFive)
+// Each folder is named as written, empty ones show nothing, the bar keeps its last value. A scan
+// makes a format's missing folders, Audio Units only their disabled ones.
+TEST_F(ScanTest, ProgressStepsToTwentyFiveAndMissingFoldersAreMade)
 {
     addAU(LocSystemActive, "A.component");
     addAU(LocSystemActive, "B.component");
-    addAU(LocUserActive, "C.component");
+    addAU(LocUserDisabled, "C.component");
     au->reloadData();
-    EXPECT_EQ(ui.progressTitles, QStringList({"scan AudioUnits:"}));
-    // Empty folders show nothing; the bar keeps its last value.
     EXPECT_EQ(ui.progressTexts,
               QStringList({"scan for AudioUnits:/Library/Audio/Plug-Ins/Components",
-                           "scan for AudioUnits:~/Library/Audio/Plug-Ins/Components"}));
-    EXPECT_EQ(ui.progressDetails, QStringList({"A.component", "B.component", "C.component"}));
+                           "scan for AudioUnits:~/Library/Audio/Plug-Ins/Components (Disabled)"}));
     EXPECT_EQ(ui.progressValues, QList<double>({12, 25, 25}));
-    EXPECT_EQ(ui.progressEnds, 1);
 
-    // The other formats count from k less one, and the bar is only told when its value moves.
-    PluginLibraryBuilder::makeVST(folder(TypeVST, 3), "A.vst", MachO::intel());
-    PluginLibraryBuilder::makeVST(folder(TypeVST, 3), "B.vst", MachO::intel());
-    PluginLibraryBuilder::makeFile(folder(TypeVST, 3), ".DS_Store");
-    PluginLibraryBuilder::makeFile(folder(TypeVST, 3), "C", "aPcs");
-    PluginLibraryBuilder::makeFile(folder(TypeVST, 3), "D", "aPcs");
-    ScriptedUi &vstUi = ui;
-    vstUi = ScriptedUi();
-    setPref("VSTScanSubfolders", false);
-    context->vst.reloadData();
-    EXPECT_EQ(vstUi.progressTitles, QStringList({"scan VST-Plugins:"}));
-    EXPECT_EQ(vstUi.progressTexts,
-              QStringList({"scan for VST-Plugins:~/Library/Audio/Plug-Ins/VST (Disabled)"}));
-    EXPECT_EQ(vstUi.progressValues, QList<double>({0, 5, 10, 15, 20}));
-    EXPECT_EQ(context->vst.numberOfRowsInTableView(), 4);
-}
-
-TEST_F(ScanTest, MissingFoldersAreCreatedPerFormat)
-{
-    au->reloadData();
-    context->vst.reloadData();
+    vst->reloadData();
     context->mas.reloadData();
     context->rtas.reloadData();
     for (int type : {TypeAU, TypeVST, TypeMAS, TypeRTAS})
-        for (int loc = 0; loc < 4; ++loc) // Audio Units make only their disabled folders
-            EXPECT_EQ(QFileInfo(folder(type, loc)).isDir(), type != TypeAU || loc % 2 == 1)
+        for (int loc = 0; loc < 4; ++loc)
+            EXPECT_EQ(QFileInfo(folder(type, loc)).isDir(), type != TypeAU || loc != LocUserActive)
                 << type << " " << loc;
 
     // A failed creation only means the folder gives nothing.
     QDir(rootPath("Library/Audio/Plug-Ins")).removeRecursively();
     au->reloadData();
     EXPECT_FALSE(exists(folder(TypeAU, 1)));
-    EXPECT_TRUE(au->items().isEmpty());
+    EXPECT_EQ(names(au), QStringList{"C.component"});
 }
 
 TEST_F(ScanTest, SubfoldersAreScannedInAllFourFolders)
 {
-    PluginLibraryBuilder::makeVST(folder(TypeVST, 2) + "/Sub", "Foo.vst", MachO::intel());
-    PluginLibraryBuilder::makeVST(folder(TypeVST, 2), "Top.vst", MachO::ppc());
-    PluginLibraryBuilder::makeVST(folder(TypeVST, 3) + "/Sub", "Off.vst", MachO::intel());
-    PluginLibraryBuilder::makeVST(folder(TypeVST, 3), "Off.vst", MachO::intel());
-    PluginLibraryBuilder::makeVST(folder(TypeVST, 1) + "/Deep/Er", "Sys.vst", MachO::intel());
+    B::makeVST(folder(TypeVST, 2) + "/Sub", "Foo.vst", MachO::intel());
+    B::makeVST(folder(TypeVST, 2), "Top.vst", MachO::ppc());
+    B::makeVST(folder(TypeVST, 1) + "/Deep/Er", "Sys.vst", MachO::intel());
     // Siblings whose names merely begin like a bundle's are plug-ins of their own.
     for (const char *name : {"Echo.vst", "Echo.vst copy.vst", "Echo.vst2.vst"})
-        PluginLibraryBuilder::makeVST(folder(TypeVST, 0) + "/Fx", name, MachO::intel());
+        B::makeVST(folder(TypeVST, 0) + "/Fx", name, MachO::intel());
 
-    MyVSTObj *vst = &context->vst;
     setPref("VSTScanSubfolders", true);
     vst->reloadData();
     // Bundles are collapsed: nothing inside a .vst is listed on its own.
     EXPECT_EQ(names(vst), QStringList({"Deep/Er/Sys.vst", "Fx/Echo.vst", "Fx/Echo.vst copy.vst",
-                                       "Fx/Echo.vst2.vst", "Off.vst", "Sub/Foo.vst", "Sub/Off.vst",
-                                       "Top.vst"}));
-    const AUItemPtr foo = item(vst, "Sub/Foo.vst");
-    EXPECT_EQ(foo->getAULocation(), folder(TypeVST, 2));
-    EXPECT_EQ(foo->getPlattformIdent(), "Intel");
-    const AUItemPtr off = item(vst, "Sub/Off.vst");
-    ASSERT_TRUE(off);
-    EXPECT_EQ(off->getAULocation(), folder(TypeVST, 3));
+                                       "Fx/Echo.vst2.vst", "Sub/Foo.vst", "Top.vst"}));
+    EXPECT_EQ(item(vst, "Sub/Foo.vst")->getAULocation(), folder(TypeVST, 2));
 
     setPref("VSTScanSubfolders", false);
     vst->reloadData();
-    EXPECT_EQ(names(vst), QStringList({"Off.vst", "Top.vst"}));
+    EXPECT_EQ(names(vst), QStringList({"Top.vst"}));
+}
+
+TEST_F(ScanTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKind)
+{
+    const QString dir = rootPath("plugins");
+    const auto file = [&](const QString &name, const QString &type = {}) {
+        return B::makeFile(dir, name, type);
+    };
+    const auto bundle = [&](const QString &name, const QVariantMap &info = {},
+                            B::PlistFormat format = B::Xml) {
+        return B::makeBundle(dir, name, MachO::intel(), info, format);
+    };
+    const auto package = [&](const QString &name) { return B::makeFolder(dir + "/" + name); };
+    const auto broken = [&](const QString &name, const QByteArray &info) { // damaged Info.plist
+        writeText(package(name + "/Contents") + "/Info.plist", info);
+        return dir + "/" + name;
+    };
+    const struct {
+        bool (*test)(const QString &);
+        const char *type;
+    } formats[] = {
+        {&isVSTPlugInPath, "aPcs"}, {&isRTASPlugInPath, "TDMw"}, {&isMASPlugInPath, "Mas!"}};
+    for (const auto &f : formats) {
+        SCOPED_TRACE(f.type);
+        EXPECT_TRUE(f.test(file(QString("Plug") + f.type, f.type)));
+        EXPECT_FALSE(f.test(file(QString(".Hidden") + f.type, f.type)));
+        EXPECT_FALSE(f.test(file("Other", "TEXT")));
+        EXPECT_FALSE(f.test(file("Untyped")));
+        EXPECT_FALSE(f.test(dir + "/Missing"));
+    }
+    const QVariantMap tdmw{{"CFBundlePackageType", "TDMw"}};
+    const struct {
+        bool (*test)(const QString &);
+        QString path;
+        bool expected;
+    } cases[] = {
+        {&isVSTPlugInPath, B::makeVST(dir, "Foo.vst", MachO::ppc()), true},
+        {&isVSTPlugInPath, package("Bare.vst"), true},
+        {&isVSTPlugInPath, bundle("Foo.vst3"), false},
+        {&isVSTPlugInPath, file("Loose.vst"), false},    // a file needs the Finder type
+        {&isVSTPlugInPath, file("Rtas", "TDMw"), false}, // each format wants its own type
+        {&isRTASPlugInPath, B::makeRTAS(dir, "Eq.rtas", MachO::ppc()), true},
+        {&isRTASPlugInPath, bundle("Bin.dpm", tdmw, B::Binary), true},
+        {&isRTASPlugInPath, bundle("Bndl.dpm", {{"CFBundlePackageType", "BNDL"}}), false},
+        {&isRTASPlugInPath, package("NoInfo.dpm"), false},
+        {&isRTASPlugInPath, file("Fake.rtas"), false}, // named like a package, but a file
+        {&isRTASPlugInPath, file("Typed.rtas", "TDMw"), true},
+        {&isRTASPlugInPath, broken("Broken.dpm", QByteArray("bplist00\xff\xff\x01garbage", 18)),
+         false},
+        {&isMASPlugInPath, B::makeMAS(dir, "Comp.bundle", MachO::ppc()), true},
+        {&isMASPlugInPath, B::makeMAS(dir, "Comp", MachO::ppc(), B::Binary), true},
+        {&isMASPlugInPath, bundle("Empty.bundle", {{"MotuPluginTypeUUID", ""}}), false},
+        {&isMASPlugInPath, package("Folder"), false},
+        {&isMASPlugInPath, broken("Broken.bundle", "<?xml version=\"1.0\"?><plist><dict><key>Mo"),
+         false},
+        // AppleDouble sidecars carry their owner's name but are never plug-ins.
+        {&isMASPlugInPath, B::makeMAS(dir, "._Comp.bundle", MachO::ppc()), false},
+        // Nor is what a move cut short leaves beside its source and its target, whole as it is.
+        {&isAudioUnitName, ".Foo.component.korvane-partial.component", true},
+        {&isMASPlugInPath, B::makeMAS(dir, ".Comp.bundle.korvane-removing.2", MachO::ppc()), false},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(c.test(c.path), c.expected) << c.path.section('/', -1).toStdString();
 }
 
 } // namespace korvane

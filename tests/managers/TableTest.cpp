@@ -1,7 +1,5 @@
 #include "FormatManagerFixture.h"
 
-#include "app/AppServices.h"
-#include "managers/MyVSTObj.h"
 #include "platform/PropertyList.h"
 
 #include <QLocale>
@@ -11,7 +9,6 @@ namespace korvane {
 class TableTest : public FormatManagerFixture {
 protected:
     UndoManager *undo = nullptr;
-    int reloads = 0;        // rows announced as changed
     int resets = 0;         // whole-list rebuilds
     QList<int> changedRows; // the rows of the last announcement
 
@@ -23,157 +20,214 @@ protected:
         addAU(LocUserActive, "Baz.component");
         au->reloadData();
         undo = services().getUndoManager();
-        QObject::connect(au, &TypeManager::itemsChanged, [this](const QList<int> &rows) {
-            ++reloads;
-            changedRows = rows;
-        });
+        QObject::connect(au, &TypeManager::itemsChanged,
+                         [this](const QList<int> &rows) { changedRows = rows; });
         QObject::connect(au, &TypeManager::itemsReset, [this] { ++resets; });
     }
 };
 
-TEST_F(TableTest, UndoRestoresTogglesAndActionNamesFollowTheFormat)
+// A toggle announces its row only and shows the plug-in's new place at once; undone, the place
+// comes back. A sort is stable and keeps the selected plug-in. Neither rebuilds the list.
+TEST_F(TableTest, TogglesUndoAndSortsChangeRowsWithoutRebuildingTheList)
 {
     const AUItemPtr foo = item(au, "Foo.component");
     au->setObjectValue(false, "AUActive", rowOf(au, "Foo.component"));
-    EXPECT_FALSE(foo->getAUActive());
-    // One row announced, nothing rebuilt.
     EXPECT_EQ(changedRows, QList<int>{rowOf(au, "Foo.component")});
-    EXPECT_EQ(resets, 0);
     EXPECT_EQ(foo->getAULocation(), folder(TypeAU, LocSystemDisabled));
-    EXPECT_EQ(undo->undoActionName(), "disable \"Foo.component\"");
     au->changeObject(foo, "AUActive", true);
-    EXPECT_EQ(undo->undoActionName(), "enable \"Foo.component\"");
     EXPECT_FALSE(au->isApplyEnabled());
-
     undo->undo();
-    EXPECT_FALSE(foo->getAUActive());
     undo->undo();
-    EXPECT_TRUE(foo->getAUActive());
     EXPECT_EQ(foo->getAULocation(), folder(TypeAU, LocSystemActive));
     EXPECT_FALSE(au->isApplyEnabled());
 
-    au->changeObject(item(au, "Baz.component"), "AUGlobal", false);
-    EXPECT_EQ(undo->undoActionName(), "setGlobal for \"Baz.component\"");
-    EXPECT_EQ(item(au, "Baz.component")->getAULocation(), folder(TypeAU, LocSystemActive));
-
-    PluginLibraryBuilder::makeVST(folder(TypeVST, LocUserDisabled), "Foo.vst", MachO::intel());
-    MyVSTObj *vst = &context->vst;
-    vst->reloadData();
-    vst->changeObject(item(vst, "Foo.vst"), "AUActive", false);
-    EXPECT_EQ(undo->undoActionName(), "Foo.vst \"setActive\"");
-}
-
-TEST_F(TableTest, GroupEditUndoAndRedoRewriteTheGroupsFile)
-{
-    services().getGroups() << "Synths";
-    const QString groupsFile = homePath("Library/Application Support/Korvane/augroups.plist");
-    const auto grouped = [&] {
-        return PropertyList::readStringArray(groupsFile).value_or(QStringList()).contains("Synths");
-    };
-    au->changeObject(item(au, "Foo.component"), "AUGroup", "Synths");
-    EXPECT_EQ(undo->undoActionName(), "setGroup Synths for \"Foo.component\"");
-    EXPECT_TRUE(grouped());
-
-    reloads = 0;
-    undo->undo();
-    EXPECT_EQ(item(au, "Foo.component")->getAUGroup(), "");
-    EXPECT_FALSE(grouped());
-    EXPECT_EQ(reloads, 1);
-    undo->redo();
-    EXPECT_EQ(item(au, "Foo.component")->getAUGroup(), "Synths");
-    EXPECT_TRUE(grouped());
-    EXPECT_EQ(reloads, 2);
-}
-
-TEST_F(TableTest, SortingIsStableKeepsTheSelectionAndRowsDragOutAsPaths)
-{
-    const int fooID = item(au, "Foo.component")->getItemID();
-    int reorders = 0;
-    QObject::connect(au, &TypeManager::itemsReordered, [&] { ++reorders; });
     au->selectRows({rowOf(au, "Foo.component")});
     au->sortDescriptorsDidChange({{"AUName", true, false}});
     EXPECT_EQ(names(au), QStringList({"Baz.component", "Foo.component", "bar.component"}));
-    au->sortDescriptorsDidChange({{"AUName", true, true}});
-    EXPECT_EQ(names(au), QStringList({"bar.component", "Baz.component", "Foo.component"}));
     au->sortDescriptorsDidChange({{"AUActive", false, false}});
     EXPECT_EQ(names(au), QStringList({"Baz.component", "Foo.component", "bar.component"}));
-    EXPECT_EQ(item(au, "Foo.component")->getItemID(), fooID);
-    EXPECT_EQ(reorders, 3);
-    EXPECT_EQ(resets, 0);
-    // The selection is the plug-in, wherever the sort put it; a rescan finds it again.
     EXPECT_EQ(au->selectedRows(), QList<int>{1});
-    au->sortDescriptorsDidChange({{"AUName", false, true}});
-    EXPECT_EQ(au->selectedItems(), QList<AUItemPtr>{item(au, "Foo.component")});
-    au->reloadData();
-    EXPECT_EQ(resets, 1);
-    EXPECT_EQ(au->selectedItems(), QList<AUItemPtr>{item(au, "Foo.component")});
-
-    EXPECT_EQ(au->writeRows({2, 42}), QStringList({auPath(3, "bar.component")}));
-    const DropValidation onRow = au->validateDrop(1, true, false);
-    EXPECT_TRUE(onRow.row == 2 && !onRow.onRow && onRow.operation == 4);
-    EXPECT_EQ(au->validateDrop(1, false, true).operation, 0);
+    EXPECT_EQ(resets, 0);
 }
 
+// Only recognised files unless the person says all; nothing is overwritten; Cancel stops between
+// files, what was copied stays, the log names the rest, and a large file shows its bytes.
 TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
 {
     const QString drops = homePath("drops"), user = folder(TypeAU, LocUserActive);
-    PluginLibraryBuilder::makeAudioUnit(drops, "New.component", MachO::intel());
-    writeText(drops + "/readme.txt", "text");
+    const qint64 size = qint64(5) << 20;
+    B::makeAudioUnit(drops, "New.component", MachO::intel());
+    B::makeAudioUnit(drops, "Last.component", MachO::intel());
+    writeText(drops + "/readme.txt", QByteArray(size, 'b'));
     writeText(drops + "/Baz.component", "impostor");
     QDir(user).removeRecursively();
     const QStringList paths{drops + "/New.component", drops + "/readme.txt"};
 
-    ui.alertAnswers << 1002;
+    ui.alertAnswers << 1002; // Cancel
     EXPECT_FALSE(au->acceptDrop(paths));
-    EXPECT_EQ(ui.alerts[0].messageText, "Install Files");
-    EXPECT_EQ(ui.alerts[0].informativeText, "Install AudioUnits only?");
-    EXPECT_EQ(ui.alerts[0].buttons, QStringList({"AudioUnits only", "All Files", "Cancel"}));
-
-    addAU(LocSystemActive, "Late.component");
     EXPECT_TRUE(au->acceptDrop(paths)); // recognised only, into a user folder that was missing
     EXPECT_TRUE(exists(user + "/New.component/Contents/Info.plist"));
     EXPECT_FALSE(exists(user + "/readme.txt"));
-    EXPECT_TRUE(ui.progressTitles.contains("install AudioUnits:"));
-    EXPECT_GE(rowOf(au, "Late.component"), 0); // rescanned
+    EXPECT_GE(rowOf(au, "New.component"), 0); // rescanned
 
     addAU(LocUserActive, "Baz.component");
-    ui.alertAnswers << 1001;
-    const qsizetype before = ui.progressValues.size();
-    EXPECT_TRUE(au->acceptDrop({drops + "/readme.txt", drops + "/Baz.component"}));
-    EXPECT_TRUE(exists(user + "/readme.txt"));
+    ui = {};
+    ui.alertAnswers << 1001; // All Files, then Cancel before the third
+    ui.cancelAt = 3;
+    EXPECT_TRUE(au->acceptDrop(
+        {drops + "/readme.txt", drops + "/Baz.component", drops + "/Last.component"}));
+    EXPECT_EQ(QFileInfo(user + "/readme.txt").size(), size);
     EXPECT_TRUE(QFileInfo(user + "/Baz.component").isDir());
-    EXPECT_EQ(ui.progressValues.mid(before, 2), QList<double>({1, 2}));
+    EXPECT_FALSE(exists(user + "/Last.component"));
+    EXPECT_TRUE(ui.progressValues.contains(0.5)); // half of the first file of three
+    EXPECT_TRUE(
+        ui.progressDetails.contains(QString("%1 of %1").arg(QLocale().formattedDataSize(size))));
+    EXPECT_TRUE(
+        logText().endsWith(QString("Stopped, not installed: %1/Last.component\n").arg(drops)));
 }
 
-// Cancel stops an install between files; what was copied stays, the log names the rest, and a
-// large file shows its bytes on the way.
-TEST_F(TableTest, ACancelledInstallKeepsWhatArrivedAndSaysWhatDidNot)
+// Highest row first, so that the rows still to go keep their places; a failed trash still drops
+// the item from the list, and the plug-in stays where it is.
+TEST_F(TableTest, DeleteTrashesTheSelectedRowsFromTheHighestDown)
 {
-    class CancelAfterFirst : public ScriptedUi {
-    public:
-        bool progressCancelled() override { return !progressTexts.isEmpty(); }
-    } person;
-    ManagersOfOneRun run(locations(), disk(), person);
-    const QString drops = homePath("drops"), user = folder(TypeAU, LocUserActive);
-    const qint64 size = qint64(5) << 20;
-    PluginLibraryBuilder::makeFile(drops, "Big.component", {}, QByteArray(size, 'b'));
-    PluginLibraryBuilder::makeAudioUnit(drops, "Next.component", MachO::intel());
-    PluginLibraryBuilder::makeAudioUnit(drops, "Last.component", MachO::intel());
+    au->selectRows({0, 1});
+    au->deleteItem();
+    const QString trash = homePath(".local/share/Trash/files/");
+    EXPECT_TRUE(exists(trash + "bar.component") && exists(trash + "Baz.component"));
+    EXPECT_EQ(names(au), QStringList({"Foo.component"}));
 
-    person.alertAnswers << 1001; // All Files
-    EXPECT_TRUE(run.au.acceptDrop(
-        {drops + "/Big.component", drops + "/Next.component", drops + "/Last.component"}));
-    EXPECT_EQ(QFileInfo(user + "/Big.component").size(), size);
-    EXPECT_FALSE(exists(user + "/Next.component") || exists(user + "/Last.component"));
-    EXPECT_EQ(person.progressTexts.first(), drops + "/Big.component");
-    EXPECT_TRUE(person.progressValues.contains(0.5)); // half of the first file of three
-    const QLocale locale;
-    EXPECT_TRUE(
-        person.progressDetails.contains(QString("%1 of %1").arg(locale.formattedDataSize(size))));
-    EXPECT_TRUE(
-        run.services.logText().endsWith(QString("Stopped, not installed: %1/Next.component, "
-                                                "%1/Last.component\n")
-                                            .arg(drops)));
+    ImmutableGuard guard(folder(TypeAU, LocSystemActive));
+    if (!guard.ok())
+        GTEST_SKIP() << "chattr +i is not supported here";
+    au->selectRows({0});
+    au->deleteItem();
+    EXPECT_EQ(au->numberOfRowsInTableView(), 0);
+    EXPECT_TRUE(exists(auPath(LocSystemActive, "Foo.component")));
+}
+
+// Foo and bar in one group, Baz in another; a later pair of a name counts for nothing. The group
+// commands switch the members of the selected row's group.
+TEST_F(TableTest, GroupsAreReadSavedUndoneAndSwitchedTogether)
+{
+    services().getGroups() = {"Synths", "Drums"};
+    const QString file = homePath("Library/Application Support/Korvane/augroups.plist");
+    writeText(file, PropertyList::toXml(QVariantList{"Foo.component", "Synths", "bar.component",
+                                                     "Synths", "Baz.component", "Drums",
+                                                     "Foo.component", "Drums"}));
+    au->reloadData();
+    const auto saved = [&](const char *name) {
+        return TypeManager::findGroup(PropertyList::readArray(file).value_or(QVariantList()), name);
+    };
+    EXPECT_EQ(item(au, "Foo.component")->getAUGroup(), "Synths");
+    EXPECT_EQ(item(au, "Baz.component")->getAUGroup(), "Drums");
+    EXPECT_EQ(TypeManager::findGroup({42, "X", "C", QVariantList{}, "Odd"}, "C"), "");
+
+    au->selectRows({rowOf(au, "Foo.component")});
+    au->setGroupInactive();
+    EXPECT_EQ(item(au, "Foo.component")->getAULocation(), folder(TypeAU, LocSystemDisabled));
+    au->setGroupActive(); // Foo back unmarked, bar marked
+    EXPECT_TRUE(item(au, "bar.component")->getAUActive());
+    EXPECT_EQ(au->countOfUnprocessedLogItems(), 1);
+
+    QDir(homePath("Library/Application Support")).removeRecursively();
+    au->selectRows({0, 1});
+    au->setGroup("Drums");
+    EXPECT_TRUE(saved("bar.component") == "Drums" && saved("Foo.component") == "Synths");
+    au->setGroup("none");
+    EXPECT_EQ(saved("Baz.component"), "");
+
+    au->changeObject(item(au, "Foo.component"), "AUGroup", "Drums");
+    changedRows.clear();
+    undo->undo();
+    EXPECT_EQ(saved("Foo.component"), "Synths");
+    EXPECT_FALSE(changedRows.isEmpty());
+    undo->redo();
+    EXPECT_EQ(saved("Foo.component"), "Drums");
+
+    writeText(file, "not a property list");
+    au->reloadData();
+    EXPECT_EQ(item(au, "Foo.component")->getAUGroup(), "");
+}
+
+class SoloEnvironmentTest : public FormatManagerFixture {
+protected:
+    FaultyOperations counting{roots()};
+
+    void SetUp() override
+    {
+        FormatManagerFixture::SetUp();
+        instrument(
+            LocSystemActive, "Synth.component",
+            {"aumu appl Osmaker: Tone", "aumu Acme Acme: Big Synth", "aufx Acme Acme: Delay"});
+        instrument(LocUserActive, "System.component", {"aumu appl Osmaker: Sampler"});
+        addAU(LocUserDisabled, "Off.component");
+        relaunch(&counting);
+        au->reloadData();
+    }
+    // Components given as "type manufacturer name".
+    void instrument(int loc, const QString &name, const QStringList &components)
+    {
+        QVariantList list;
+        for (const QString &c : components)
+            list << QVariantMap{{"type", c.section(' ', 0, 0)},
+                                {"subtype", "test"},
+                                {"manufacturer", c.section(' ', 1, 1)},
+                                {"name", c.section(' ', 2)}};
+        B::makeBundle(folder(TypeAU, loc), name, MachO::intel(), {{"AudioComponents", list}});
+    }
+};
+
+// Set up, the solo environment moves the other instruments out of the way once; torn down, it
+// brings them back once. Moves that fail are silent and remove nothing.
+TEST_F(SoloEnvironmentTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
+{
+    EXPECT_FALSE(au->destroySpecialEnv()); // nothing set up: nothing moves
+    EXPECT_TRUE(au->createSpecialEnv(item(au, "Synth.component")));
+    EXPECT_EQ(counting.moves, 2);
+    EXPECT_TRUE(exists(auPath(LocSystemDisabled, "Synth.component")));
+    EXPECT_FALSE(exists(auPath(LocSystemActive, "Synth.component"))); // the copy is gone again
+    EXPECT_TRUE(exists(auPath(LocUserDisabled, "System.component")));
+    EXPECT_TRUE(au->createSpecialEnv(item(au, "System.component")));
+    EXPECT_EQ(counting.moves, 2);
+
+    EXPECT_FALSE(au->destroySpecialEnv());
+    EXPECT_EQ(counting.moves, 4);
+    EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component/Contents/Info.plist")));
+    EXPECT_TRUE(exists(auPath(LocUserActive, "System.component")));
+    EXPECT_TRUE(exists(auPath(LocUserDisabled, "Off.component")));
+
+    QDir(folder(TypeAU, LocSystemDisabled)).removeRecursively();
+    au->createSpecialEnv(item(au, "Synth.component"));
+    EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component")));
+    au->destroySpecialEnv();
+    EXPECT_EQ(counting.moves, 8);
+    EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component")));
+    EXPECT_TRUE(exists(auPath(LocUserActive, "System.component")));
+    EXPECT_TRUE(ui.alerts.isEmpty());
+
+    instrument(LocUserActive, "Another.component", {"aumu Zeta Zeta: Pad"});
+    au->getPluginList(); // system then user, instruments only
+    QStringList names;
+    for (const auto &wrapper : au->pluginList)
+        names << wrapper->manufacturer().value_or("?") + ":" + wrapper->effectName().value_or("?");
+    EXPECT_EQ(names,
+              QStringList({"Osmaker:Tone", "Acme:Big Synth", "Zeta:Pad", "Osmaker:Sampler"}));
+}
+
+TEST(AUEffectWrapperNames, ParsesManufacturerAndEffect)
+{
+    AUEffectWrapper wrapper(Component{"/nowhere.component", 0});
+    const auto parsed = [&wrapper](const QByteArray &pascalName) {
+        wrapper.parseName(pascalName);
+        return wrapper.manufacturer().value_or("-") + "|" + wrapper.effectName().value_or("-");
+    };
+    const auto counted = [](const QByteArray &text) { return char(text.size()) + text; };
+    EXPECT_EQ(parsed(counted("Acme:   Big Synth")), "Acme|Big Synth");
+    EXPECT_EQ(parsed(counted("No colon here")), "-|-");
+    EXPECT_EQ(parsed(counted("Acme: ")), "Acme|");
+    EXPECT_EQ(parsed(char(0xC8) + QByteArray("Acme: X")), "-|-");    // a negative length is no name
+    EXPECT_EQ(parsed(char(0x40) + QByteArray("Acme: X")), "Acme|X"); // shorter than announced
+    EXPECT_EQ(parsed({}), "-|-");
 }
 
 } // namespace korvane
