@@ -16,17 +16,9 @@ inline QStringList texts(const Alert &alert)
     return {alert.title, alert.messageText, alert.informativeText, alert.buttons.join('|')};
 }
 
-// The controllers on fresh roots; the address overrides a test sets are cleared at tear-down.
+// The controllers on fresh roots.
 class ShellTest : public ContextTest {
 protected:
-    void TearDown() override
-    {
-        context.reset();
-        for (const char *name : {"KORVANE_UPDATE_URL", "KORVANE_DOWNLOAD_URL"})
-            qunsetenv(name);
-        ContextTest::TearDown();
-    }
-
     void setTypeOn(int type, bool on)
     {
         context->pref()->defaults()->setObject(context->formats().at(type).prefix + "On", on);

@@ -17,38 +17,34 @@ void pointAt(quint16 port)
     qputenv("KORVANE_UPDATE_URL", "http://127.0.0.1:" + QByteArray::number(port) + "/v.plist");
 }
 
-// Answers each request on 127.0.0.1 with one HTTP/1.0 response, never (Silent), or with a body
-// that does not end (Endless: a piece whenever the last one has gone out, until the client hangs
-// up or 128 MB went). sent counts what reached the connection.
+// Answers a request on 127.0.0.1 with one HTTP/1.0 response, never (Silent), or with a body that
+// does not end (Endless: a piece whenever the last one has gone out, up to 128 MB). sent counts
+// what reached the connection.
 class VersionServer {
 public:
     enum Mode { Answer, Silent, Endless };
     explicit VersionServer(const QByteArray &body, int status = 200, Mode mode = Answer)
     {
-        QByteArray head = "HTTP/1.0 " + QByteArray::number(status) + " X\r\n";
+        QByteArray response = "HTTP/1.0 " + QByteArray::number(status) + " X\r\n";
         if (mode != Endless)
-            head += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
-        const QByteArray response = head + "\r\n" + body;
+            response += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
+        response += "\r\n" + body;
         m_server.listen(QHostAddress::LocalHost, 0);
         QObject::connect(&m_server, &QTcpServer::newConnection, [this, response, mode] {
-            while (QTcpSocket *socket = m_server.nextPendingConnection()) {
-                ++requests;
-                QObject::connect(socket, &QTcpSocket::bytesWritten, socket,
-                                 [this, socket, mode](qint64 n) {
-                                     sent += n;
-                                     if (mode == Endless && socket->bytesToWrite() == 0
-                                         && sent < 128 * 1024 * 1024)
-                                         socket->write(QByteArray(64 * 1024, '<'));
-                                 });
-                QObject::connect(socket, &QTcpSocket::readyRead, socket, [socket, response, mode] {
-                    if (mode == Silent || !socket->peek(4096).contains("\r\n\r\n"))
-                        return;
-                    socket->readAll();
-                    socket->write(response);
-                    if (mode == Answer)
-                        socket->disconnectFromHost();
-                });
-            }
+            QTcpSocket *socket = m_server.nextPendingConnection();
+            ++requests;
+            QObject::connect(socket, &QTcpSocket::bytesWritten, [this, socket, mode](qint64 n) {
+                if ((sent += n) < 128 << 20 && mode == Endless && socket->bytesToWrite() == 0)
+                    socket->write(QByteArray(64 * 1024, '<'));
+            });
+            QObject::connect(socket, &QTcpSocket::readyRead, [socket, response, mode] {
+                if (mode == Silent || !socket->peek(4096).contains("\r\n\r\n"))
+                    return;
+                socket->readAll();
+                socket->write(response);
+                if (mode == Answer)
+                    socket->disconnectFromHost();
+            });
         });
         pointAt(m_server.serverPort());
     }
@@ -64,16 +60,13 @@ QByteArray listing(const QString &version)
     return PropertyList::toXml(QVariantMap{{"KorvaneOSX", version}});
 }
 
-const QStringList kNoConnection = {"Update check", "Could not connect to the internet", "", "Ok"};
-const QStringList kUpToDate = {"Your Software is up-to-date",
-                               "You have the most recent version of \"Korvane\".", "", "OK"};
-QStringList newVersion(const QString &version)
+const QString kNoConnection = "Could not connect to the internet";
+const QString kUpToDate = "You have the most recent version of \"Korvane\".";
+QString newVersion(const QString &version)
 {
-    return {"A New Version is Available",
-            QStringLiteral("A new version of \"Korvane\" is available (version %1). Would you like "
-                           "to download the new version now?")
-                .arg(version),
-            "", "OK|Cancel"};
+    return QStringLiteral("A new version of \"Korvane\" is available (version %1). Would you like "
+                          "to download the new version now?")
+        .arg(version);
 }
 
 } // namespace
@@ -85,21 +78,28 @@ protected:
         ShellTest::SetUp();
         qputenv("KORVANE_DOWNLOAD_URL", "http://127.0.0.1:9/download.html");
     }
+    void TearDown() override
+    {
+        for (const char *name : {"KORVANE_UPDATE_URL", "KORVANE_DOWNLOAD_URL"})
+            qunsetenv(name);
+        ShellTest::TearDown();
+    }
 
-    // The texts of the one alert a check against a server with this body showed.
-    QStringList check(const QByteArray &body, const QString &installed = "1.2", int status = 200,
-                      VersionServer::Mode mode = VersionServer::Answer)
+    // The message of the one alert a check against a server with this body showed.
+    QString check(const QByteArray &body, const QString &installed = "1.2", int status = 200,
+                  VersionServer::Mode mode = VersionServer::Answer)
     {
         ui.alerts.clear();
         VersionServer server(body, status, mode);
         UpdateCheck update(ui);
         update.setInstalledVersion(installed);
-        update.setTimeoutMs(mode == VersionServer::Silent ? 300 : update.timeoutMs());
+        if (mode == VersionServer::Silent)
+            update.setTimeoutMs(300);
         update.run();
         EXPECT_EQ(server.requests, 1);
         EXPECT_LT(server.sent, 16 * 1024 * 1024); // an endless reply is cut off early
         EXPECT_EQ(ui.alerts.size(), 1);
-        return texts(ui.alerts.value(0));
+        return ui.alerts.value(0).messageText;
     }
 };
 
@@ -114,13 +114,14 @@ TEST_F(UpdateCheckTest, ComparesTheListedVersionAsAnExactStringAndOnlyOKOpensThe
     EXPECT_EQ(check(listing(QString(1000, '9'))), newVersion(QString(64, '9') + QChar(0x2026)));
     ui.alertAnswers << AlertAlternate;
     EXPECT_EQ(check(listing("<b>2.0</b>")), newVersion("<b>2.0</b>"));
+    EXPECT_EQ(ui.alerts[0].buttons, QStringList({"OK", "Cancel"}));
     // Every "new version" panel but the last was answered with OK; Cancel opens nothing.
     EXPECT_EQ(ui.openedUrls, QList<QUrl>(5, QUrl("http://127.0.0.1:9/download.html")));
 
     // The menu command compares with the program's own version.
     VersionServer server(listing(UpdateCheck::programVersion()));
     makeContext().main()->checkForUpdate();
-    EXPECT_EQ(texts(ui.alerts.last()), kUpToDate);
+    EXPECT_EQ(ui.alerts.last().messageText, kUpToDate);
 }
 
 TEST_F(UpdateCheckTest, AnythingButAVersionDictionaryInTimeIsNoConnection)
@@ -136,14 +137,13 @@ TEST_F(UpdateCheckTest, AnythingButAVersionDictionaryInTimeIsNoConnection)
     clock.start();
     EXPECT_EQ(check(listing("1.2"), "1.2", 200, Mode::Silent), kNoConnection);
     EXPECT_LT(clock.elapsed(), 5000);
-
     {
         QTcpServer probe; // free a moment ago, and nothing listens there now
         ASSERT_TRUE(probe.listen(QHostAddress::LocalHost, 0));
         pointAt(probe.serverPort());
     }
     UpdateCheck(ui).run();
-    EXPECT_EQ(texts(ui.alerts.last()), kNoConnection);
+    EXPECT_EQ(ui.alerts.last().messageText, kNoConnection);
 
     // The built-in addresses are not for an eavesdropper to change.
     for (const char *name : {"KORVANE_UPDATE_URL", "KORVANE_DOWNLOAD_URL"})
