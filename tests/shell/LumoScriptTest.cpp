@@ -1,13 +1,12 @@
 #include "ShellFixture.h"
 
 #include "managers/MyAdminObj.h"
-#include "managers/MyVSTObj.h"
-#include "platform/PropertyList.h"
 #include "shell/LumoScript.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
+#include <QRegularExpression>
 
 namespace korvane {
 
@@ -17,46 +16,21 @@ using Layout = LumoScript::Layout;
 
 const QString kRecorder = QStringLiteral(KORVANE_ARGV_RECORDER);
 
-// The records the argument recorder appended to path: each run's argv, argv[0] included.
-QList<QStringList> records(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    const QList<QByteArray> fields = file.readAll().split('\0');
-    QList<QStringList> runs;
-    for (qsizetype i = 0; i + 1 < fields.size();) {
-        const int count = fields.at(i++).toInt();
-        QStringList argv;
-        for (int n = 0; n < count && i < fields.size(); ++n)
-            argv << QString::fromUtf8(fields.at(i++));
-        runs << argv;
-    }
-    return runs;
-}
-
 // The shell command inside an AppleScript's "do shell script" string, as sh receives it.
 QString doShellScriptCommand(const QString &script)
 {
-    const QString start = QStringLiteral(" do shell script \"");
-    const qsizetype from = script.indexOf(start);
-    if (from < 0)
-        return {};
+    static const QRegularExpression literal(R"re(do shell script "((?:[^"\\\n]|\\.)*)")re");
+    const QString quoted = literal.match(script).captured(1);
     QString command;
-    for (qsizetype i = from + start.size(); i < script.size(); ++i) {
-        const QChar c = script.at(i);
-        if (c == u'"')
-            return command;
-        if (c == u'\n')
-            return {}; // a literal never runs across lines here
-        if (c == u'\\' && i + 1 < script.size()) {
-            const QChar next = script.at(++i);
-            command += next == u'n' ? QChar(u'\n') : next == u'r' ? QChar(u'\r') : next;
-        } else {
-            command += c;
+    for (qsizetype i = 0; i < quoted.size(); ++i) {
+        QChar c = quoted.at(i);
+        if (c == u'\\') {
+            c = quoted.at(++i);
+            c = c == u'n' ? QChar(u'\n') : c == u'r' ? QChar(u'\r') : c;
         }
+        command += c;
     }
-    return {};
+    return command;
 }
 
 } // namespace
@@ -79,19 +53,18 @@ protected:
         QDir().mkpath(support);
         const char *files[] = {"ausets.plist", "rtassets.plist", "massets.plist", "vstsets.plist"};
         for (int type = 3; type >= 0; --type) {
-            ASSERT_TRUE(
-                writePlist(support + files[type], QVariantList{"no set", titles.value(type)}));
-            TypeManager *manager = context->manager(type);
-            manager->awakeFromNib();
-            manager->selectSetIndex(1);
-            ASSERT_EQ(manager->getSelectedSet(), titles.value(type));
+            ASSERT_TRUE(writePlist(support + files[type], QVariantList{"no set", titles[type]}));
+            context->manager(type)->awakeFromNib();
+            context->manager(type)->selectSetIndex(1);
             script->setSegmentSelected(type, true);
         }
     }
 
-    // Runs a script with sh in a folder of its own; the recorder writes to record.
-    int runScript(const QString &path, const QString &record, const QString &folder)
+    // Runs a script with sh in an empty folder of its own, which must stay empty: the exit code,
+    // and the fields the argument recorder wrote (per run the count, then argv).
+    std::tuple<int, QStringList> runScript(const QString &path)
     {
+        const QString folder = homePath(QString("run%1").arg(++runs)), record = folder + ".rec";
         QDir().mkpath(folder);
         QProcess sh;
         sh.setWorkingDirectory(folder);
@@ -100,10 +73,16 @@ protected:
         sh.setProcessEnvironment(environment);
         sh.start("sh", {path});
         EXPECT_TRUE(sh.waitForFinished(10000));
-        return sh.exitStatus() == QProcess::NormalExit ? sh.exitCode() : -1;
+        EXPECT_TRUE(QDir(folder).isEmpty()) << folder.toStdString();
+        QFile file(record);
+        QStringList fields =
+            QString::fromUtf8(file.open(QIODevice::ReadOnly) ? file.readAll() : "").split(QChar(0));
+        fields.removeLast(); // after the last NUL
+        return {sh.exitStatus() == QProcess::NormalExit ? sh.exitCode() : -1, fields};
     }
 
     LumoScript *script = nullptr;
+    int runs = 0;
 };
 
 TEST_F(LumoScriptTest, SegmentsWithoutASetAreToldInOrderAndDeselected)
@@ -137,40 +116,33 @@ TEST_F(LumoScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
          "/sets/;|&<>(){}!~\\.maskorv", "/sets/\"\"\"'''.vstkorv"},
     };
     const QString host = kRecorder + " it's $HOME;touch H \"two words\" \"\"\"quoted\"\"\"";
-    const QStringList hostArgv = {kRecorder, "it's", "$HOME;touch", "H", "two words", "\"quoted\""};
+    const QStringList hostRun = {"6", kRecorder,   "it's",      "$HOME;touch",
+                                 "H", "two words", "\"quoted\""};
     context->awakeFromNib();
     script->setLayout(Layout::Shell); // by default the tool beside the program
     script->changeArgument();
     EXPECT_TRUE(
         script->script().contains("'" + QCoreApplication::applicationDirPath() + "/KorvaneCMD'"));
     script->setToolPath(kRecorder);
-    int run = 0;
+    script->setHostCommand(host);
     for (const QStringList &names : rounds) {
         selectSets(names);
-        const QStringList toolArgv = {kRecorder, "-AU",    names[0], "-RTAS", names[1],
-                                      "-MAS",    names[2], "-VST",   names[3]};
+        const QStringList toolRun = {"9",      kRecorder, "-AU",    names[0], "-RTAS",
+                                     names[1], "-MAS",    names[2], "-VST",   names[3]};
         for (Layout layout : {Layout::Shell, Layout::AppleScript}) {
-            const QString folder = homePath(QString("run%1").arg(++run));
-            const QString record = homePath(QString("record%1").arg(run));
             script->setLayout(layout);
-            script->setHostCommand(host);
             script->changeArgument();
-            QString path = homePath(QString("script%1").arg(run));
+            const QString path = homePath(QString("script%1").arg(runs));
             if (layout == Layout::Shell) {
                 script->savePanelDidEnd(1, path);
                 EXPECT_TRUE(QFileInfo(path).isExecutable());
             } else { // as "do shell script" would hand it to sh
-                const QString command = doShellScriptCommand(script->script());
-                ASSERT_FALSE(command.isEmpty()) << script->script().toStdString();
-                writeText(path, command.toUtf8());
+                writeText(path, doShellScriptCommand(script->script()).toUtf8());
             }
-            EXPECT_EQ(runScript(path, record, folder), 0) << script->script().toStdString();
-            QList<QStringList> expected{toolArgv};
-            if (layout == Layout::Shell)
-                expected << hostArgv;
-            EXPECT_EQ(records(record), expected) << script->script().toStdString();
-            EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-                      QStringList());
+            const auto [exitCode, fields] = runScript(path);
+            EXPECT_EQ(exitCode, 0) << script->script().toStdString();
+            EXPECT_EQ(fields, layout == Layout::Shell ? toolRun + hostRun : toolRun)
+                << script->script().toStdString();
         }
     }
     EXPECT_TRUE(ui.alerts.isEmpty());
@@ -179,15 +151,14 @@ TEST_F(LumoScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
     script->setLayout(Layout::Shell);
     script->setHostCommand("");
     script->savePanelDidEnd(1, homePath("apply"));
-    EXPECT_EQ(runScript(homePath("apply"), homePath("record-apply"), homePath("run-apply")), 0);
-    EXPECT_EQ(records(homePath("record-apply")).size(), 1);
+    EXPECT_EQ(std::get<1>(runScript(homePath("apply"))).size(), 10);
     script->setHostCommand(host);
     script->setToolPath(homePath("missing/KorvaneCMD"));
     script->changeArgument();
     script->savePanelDidEnd(1, homePath("failing"));
-    EXPECT_NE(runScript(homePath("failing"), homePath("record-failing"), homePath("run-failing")),
-              0);
-    EXPECT_EQ(records(homePath("record-failing")), QList<QStringList>());
+    const auto [failed, hostRan] = runScript(homePath("failing"));
+    EXPECT_NE(failed, 0);
+    EXPECT_TRUE(hostRan.isEmpty());
 }
 
 TEST_F(LumoScriptTest, SavingWritesTheShownTextAndFailsSilently)
