@@ -12,11 +12,6 @@ namespace korvane {
 
 namespace {
 
-void pointAt(quint16 port)
-{
-    qputenv("KORVANE_UPDATE_URL", "http://127.0.0.1:" + QByteArray::number(port) + "/v.plist");
-}
-
 // Answers a request on 127.0.0.1 with one HTTP/1.0 response, never (Silent), or with a body that
 // does not end (Endless: a piece whenever the last one has gone out, up to 128 MB). sent counts
 // what reached the connection.
@@ -46,7 +41,10 @@ public:
                     socket->disconnectFromHost();
             });
         });
-        pointAt(m_server.serverPort());
+    }
+    QByteArray url() const
+    {
+        return "http://127.0.0.1:" + QByteArray::number(m_server.serverPort()) + "/v.plist";
     }
     int requests = 0;
     qint64 sent = 0;
@@ -68,23 +66,12 @@ QString newVersion(const QString &version)
                           "to download the new version now?")
         .arg(version);
 }
+const QUrl kDownload("http://127.0.0.1:9/download.html");
 
 } // namespace
 
 class UpdateCheckTest : public ShellTest {
 protected:
-    void SetUp() override
-    {
-        ShellTest::SetUp();
-        qputenv("KORVANE_DOWNLOAD_URL", "http://127.0.0.1:9/download.html");
-    }
-    void TearDown() override
-    {
-        for (const char *name : {"KORVANE_UPDATE_URL", "KORVANE_DOWNLOAD_URL"})
-            qunsetenv(name);
-        ShellTest::TearDown();
-    }
-
     // The message of the one alert a check against a server with this body showed.
     QString check(const QByteArray &body, const QString &installed = "1.2", int status = 200,
                   VersionServer::Mode mode = VersionServer::Answer)
@@ -92,6 +79,8 @@ protected:
         ui.alerts.clear();
         VersionServer server(body, status, mode);
         UpdateCheck update(ui);
+        update.setVersionListUrl(QUrl(server.url()));
+        update.setDownloadUrl(kDownload);
         update.setInstalledVersion(installed);
         if (mode == VersionServer::Silent)
             update.setTimeoutMs(300);
@@ -116,11 +105,13 @@ TEST_F(UpdateCheckTest, ComparesTheListedVersionAsAnExactStringAndOnlyOKOpensThe
     EXPECT_EQ(check(listing("<b>2.0</b>")), newVersion("<b>2.0</b>"));
     EXPECT_EQ(ui.alerts[0].buttons, QStringList({"OK", "Cancel"}));
     // Every "new version" panel but the last was answered with OK; Cancel opens nothing.
-    EXPECT_EQ(ui.openedUrls, QList<QUrl>(5, QUrl("http://127.0.0.1:9/download.html")));
+    EXPECT_EQ(ui.openedUrls, QList<QUrl>(5, kDownload));
 
-    // The menu command compares with the program's own version.
+    // The menu command asks the address from the environment, with the program's own version.
     VersionServer server(listing(UpdateCheck::programVersion()));
+    qputenv("KORVANE_UPDATE_URL", server.url());
     makeContext().main()->checkForUpdate();
+    qunsetenv("KORVANE_UPDATE_URL");
     EXPECT_EQ(ui.alerts.last().messageText, kUpToDate);
 }
 
@@ -137,17 +128,13 @@ TEST_F(UpdateCheckTest, AnythingButAVersionDictionaryInTimeIsNoConnection)
     clock.start();
     EXPECT_EQ(check(listing("1.2"), "1.2", 200, Mode::Silent), kNoConnection);
     EXPECT_LT(clock.elapsed(), 5000);
-    {
-        QTcpServer probe; // free a moment ago, and nothing listens there now
-        ASSERT_TRUE(probe.listen(QHostAddress::LocalHost, 0));
-        pointAt(probe.serverPort());
-    }
-    UpdateCheck(ui).run();
-    EXPECT_EQ(ui.alerts.last().messageText, kNoConnection);
+    UpdateCheck refused(ui); // nothing listens on port 1
+    refused.setVersionListUrl(QUrl("http://127.0.0.1:1/v.plist"));
+    ui.alerts.clear();
+    refused.run();
+    EXPECT_EQ(ui.alerts.value(0).messageText, kNoConnection);
 
     // The built-in addresses are not for an eavesdropper to change.
-    for (const char *name : {"KORVANE_UPDATE_URL", "KORVANE_DOWNLOAD_URL"})
-        qunsetenv(name);
     const UpdateCheck builtIn(ui);
     for (const QUrl &url : {builtIn.versionListUrl(), builtIn.downloadUrl()}) {
         EXPECT_EQ(url.scheme(), "https") << url.toString().toStdString();
