@@ -2,19 +2,26 @@
 
 #include "PluginLibraryBuilder.h"
 #include "panels/MyPrefObj.h"
-#include "platform/Locations.h"
 #include "support/ContextTest.h"
 
+#include <QCoreApplication>
 #include <memory>
-#include <ostream>
 
 namespace korvane {
 
-// An alert as its title, message, informative text and buttons ("|"-joined).
-inline QStringList texts(const Alert &alert)
-{
-    return {alert.title, alert.messageText, alert.informativeText, alert.buttons.join('|')};
-}
+// The network fetch and Qt's event loops need an application object; test_shell brings its main()
+// from gtest_main, so the object is made by a global environment registered at load time.
+class ShellEnvironment : public ::testing::Environment {
+    void SetUp() override { m_app = std::make_unique<QCoreApplication>(m_argc, m_argv); }
+    void TearDown() override { m_app.reset(); }
+
+    int m_argc = 1;
+    char m_name[11] = "test_shell";
+    char *m_argv[2] = {m_name, nullptr};
+    std::unique_ptr<QCoreApplication> m_app;
+};
+inline ::testing::Environment *const g_shellEnvironment =
+    ::testing::AddGlobalTestEnvironment(new ShellEnvironment);
 
 // The controllers on fresh roots.
 class ShellTest : public ContextTest {
@@ -27,12 +34,11 @@ protected:
     // One plug-in of the format in its system-wide active folder.
     QString placePlugin(int type, const QString &name) const
     {
-        using Make = QString (*)(const QString &, const QString &, const QByteArray &,
-                                 PluginLibraryBuilder::PlistFormat);
-        const Make make[] = {&PluginLibraryBuilder::makeAudioUnit, &PluginLibraryBuilder::makeRTAS,
-                             &PluginLibraryBuilder::makeMAS, &PluginLibraryBuilder::makeVST};
-        return make[type](folder(type, LocSystemActive), name, MachO::intel(),
-                          PluginLibraryBuilder::Xml);
+        using B = PluginLibraryBuilder;
+        using Make =
+            QString (*)(const QString &, const QString &, const QByteArray &, B::PlistFormat);
+        const Make make[] = {&B::makeAudioUnit, &B::makeRTAS, &B::makeMAS, &B::makeVST};
+        return make[type](folder(type, LocSystemActive), name, MachO::intel(), B::Xml);
     }
 };
 
