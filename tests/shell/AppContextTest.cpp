@@ -1,7 +1,6 @@
 #include "ShellFixture.h"
 
 #include "managers/MyVSTObj.h"
-#include "panels/MyInfoObj.h"
 #include "platform/SharedInstances.h"
 #include "shell/LumoScript.h"
 #include "shell/MyMainObj.h"
@@ -21,21 +20,6 @@ TEST_F(Context, InstallsEveryControllerWhileItLivesAndNothingAfter)
     EXPECT_EQ(SharedInstance<MyVSTObj>::peek(), nullptr);
     // Nothing is made on demand: asking with nothing installed is a mistake that stops the program.
     EXPECT_DEATH(MyMainObj::getMainObj(), "asked for before an AppContext installed one");
-}
-
-TEST_F(Context, TheInfoPanelFollowsTheTableOnlyWhileItIsShown)
-{
-    placePlugin(TypeVST, "Echo.vst");
-    placePlugin(TypeVST, "Flanger.vst");
-    TypeManager *vst = makeContext().vst();
-    vst->reloadData();
-    vst->shouldSelectRow(0); // the panel is not shown: nothing follows
-    EXPECT_FALSE(context->info()->item());
-    vst->selectRows({0});
-    vst->getInfo();
-    EXPECT_EQ(context->info()->item(), vst->itemAt(0));
-    vst->shouldSelectRow(1);
-    EXPECT_EQ(context->info()->item(), vst->itemAt(1));
 }
 
 // A made-up format of ".clap" bundles: everything a built-in format does, it does from its one

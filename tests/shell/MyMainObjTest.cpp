@@ -155,65 +155,41 @@ protected:
     }
 };
 
-TEST_F(Tabs, InsertionFollowsTheSwitchedOnPredecessorsAndAKeptPageComesBack)
+// What the window tests do not reach: the front after a change, and a tab index out of range.
+TEST_F(Tabs, AnInsertionLeavesTheFrontAloneAndOnlyATabCanComeToTheFront)
 {
     MyMainObj *main = loadWith({true, false, false, false});
     EXPECT_EQ(click(TypeVST, true), QStringList({"tabAU", "tabVST"}));
-    EXPECT_EQ(main->labelAt(1), "VST");
-    EXPECT_TRUE(context->pref()->isTypeActive(TypeVST)); // written back
-    EXPECT_EQ(main->getActiveType(), TypeAU);            // an insertion leaves the front alone
-    loadWith({false, true, false, true}); // MAS asks for index 2 with one tab before it
-    EXPECT_EQ(click(TypeMAS, true), QStringList({"tabRTAS", "tabVST", "tabMAS"}));
-    loadWith({false, true, false, false}); // past the end: clamped
-    EXPECT_EQ(click(TypeMAS, true), QStringList({"tabRTAS", "tabMAS"}));
-    EXPECT_EQ(click(TypeVST, true), QStringList({"tabRTAS", "tabMAS", "tabVST"}));
-
+    EXPECT_EQ(main->getActiveType(), TypeAU);
     main = loadWith({true, true, true, true}, TypeMAS);
     EXPECT_EQ(click(TypeMAS, false), QStringList({"tabAU", "tabRTAS", "tabVST"}));
     EXPECT_NE(main->getActiveType(), TypeMAS);
-    EXPECT_EQ(click(TypeMAS, true), QStringList({"tabAU", "tabRTAS", "tabMAS", "tabVST"}));
-    EXPECT_EQ(main->labelAt(2), "MAS");
-
-    main = loadWith({false, true, true, true}, TypeAU); // the stored tab is gone
-    EXPECT_EQ(main->getActiveType(), TypeRTAS);
     main->setActiveType(7);
-    EXPECT_EQ(main->getActiveType(), TypeRTAS);
+    EXPECT_NE(main->getActiveType(), 7);
     context->pref()->controls.selectedTab = 0; // outside the format tabs "off" removes the first
     main->setTabView(0);
-    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabMAS", "tabVST"}));
+    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabRTAS", "tabVST"}));
 }
 
 // --- Routing -------------------------------------------------------------------------------------
 
-class Routing : public ShellTest {
-protected:
-    void SetUp() override
-    {
-        ShellTest::SetUp();
-        placePlugin(TypeAU, "Alpha.component");
-        delta = placePlugin(TypeVST, "Delta.vst");
-        makeContext().awakeFromNib();
-        context->au()->reloadData();
-        context->vst()->reloadData();
-        main = context->main();
-        main->setActiveType(TypeVST);
-    }
-    static bool active(TypeManager *manager) { return manager->itemAt(0)->getAUActive(); }
-
-    QString delta;
-    MyMainObj *main = nullptr;
-};
+using Routing = ShellTest;
 
 TEST_F(Routing, CommandsGoToTheManagerInFrontOrToAudioUnitsWithoutTabs)
 {
+    placePlugin(TypeAU, "Alpha.component");
+    placePlugin(TypeVST, "Delta.vst");
+    MyMainObj *main = makeContext().main();
+    context->awakeFromNib();
+    context->au()->reloadData();
+    context->vst()->reloadData();
+    const auto active = [](TypeManager *manager) { return manager->itemAt(0)->getAUActive(); };
+    main->setActiveType(TypeVST);
     main->setAllInactive();
     EXPECT_FALSE(active(context->vst()));
     EXPECT_TRUE(active(context->au()));
     main->setIntelActive(); // Delta's executable is Intel
     EXPECT_TRUE(active(context->vst()));
-    main->save(); // the untitled name opens the save panel
-    main->open();
-    EXPECT_EQ(ui.openPanels.value(0).allowedTypes, QStringList{"vstkorv"});
     // The architecture column goes by the type given; the preferences window asks through here.
     main->showPlattform(TypeAU, true);
     EXPECT_TRUE(context->au()->columns().contains("AUType"));
@@ -226,27 +202,10 @@ TEST_F(Routing, CommandsGoToTheManagerInFrontOrToAudioUnitsWithoutTabs)
         setTypeOn(type, false);
     main->initTabView();
     ASSERT_EQ(main->tabCount(), 0);
-    main->save();
+    main->save(); // the untitled name opens the save panel
     main->setAllInactive();
     EXPECT_FALSE(active(context->au()));
-    EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.vstkorv");
-    EXPECT_EQ(ui.savePanels.value(1).fileName, "untitled.aukorv");
-}
-
-TEST_F(Routing, DeleteAsksFirstAndOnlyMoveToTrashDeletes)
-{
-    context->vst()->selectRows({0}, 0);
-    ui.alertAnswers << AlertDefault << AlertAlternate;
-    main->deleteItem();
-    ASSERT_EQ(ui.alerts.size(), 1);
-    EXPECT_EQ(ui.alerts[0].buttons, QStringList({"cancel", "move to trash"}));
-    EXPECT_TRUE(QFileInfo::exists(delta));
-
-    main->deleteItem();
-    EXPECT_TRUE(QFileInfo::exists(homePath(".local/share/Trash/files/Delta.vst")));
-    EXPECT_FALSE(QFileInfo::exists(delta));
-    EXPECT_TRUE(context->vst()->items().isEmpty());
-    EXPECT_EQ(context->au()->numberOfRowsInTableView(), 1);
+    EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.aukorv");
 }
 
 } // namespace korvane

@@ -1,7 +1,6 @@
 #include "ShellFixture.h"
 
 #include "platform/PropertyList.h"
-#include "shell/MyMainObj.h"
 #include "shell/UpdateCheck.h"
 
 #include <QElapsedTimer>
@@ -106,13 +105,6 @@ TEST_F(UpdateCheckTest, ComparesTheListedVersionAsAnExactStringAndOnlyOKOpensThe
     EXPECT_EQ(ui.alerts[0].buttons, QStringList({"OK", "Cancel"}));
     // Every "new version" panel but the last was answered with OK; Cancel opens nothing.
     EXPECT_EQ(ui.openedUrls, QList<QUrl>(5, kDownload));
-
-    // The menu command asks the address from the environment, with the program's own version.
-    VersionServer server(listing(UpdateCheck::programVersion()));
-    qputenv("KORVANE_UPDATE_URL", server.url());
-    makeContext().main()->checkForUpdate();
-    qunsetenv("KORVANE_UPDATE_URL");
-    EXPECT_EQ(ui.alerts.last().messageText, kUpToDate);
 }
 
 TEST_F(UpdateCheckTest, AnythingButAVersionDictionaryInTimeIsNoConnection)
