@@ -132,50 +132,11 @@ TEST_F(StartUp, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
     EXPECT_EQ(log.lines().size(), damaged.size());
 }
 
-// --- Tabs ----------------------------------------------------------------------------------------
-
-class Tabs : public ShellTest {
-protected:
-    MyMainObj *loadWith(std::array<bool, 4> on, int activeTab = 0)
-    {
-        makeContext();
-        for (int type = 0; type < 4; ++type)
-            setTypeOn(type, on[type]);
-        context->pref()->setDefaultType(activeTab);
-        context->awakeFromNib();
-        return context->main();
-    }
-    // The On check box of a format's preferences tab, clicked.
-    QStringList click(int type, bool on)
-    {
-        context->pref()->controls.selectedTab = type + 1;
-        context->pref()->controls.types[type].on = on;
-        context->main()->setTabView(on ? 1 : 0);
-        return context->main()->tabIdentifiers();
-    }
-};
-
-// What the window tests do not reach: the front after a change, and a tab index out of range.
-TEST_F(Tabs, AnInsertionLeavesTheFrontAloneAndOnlyATabCanComeToTheFront)
-{
-    MyMainObj *main = loadWith({true, false, false, false});
-    EXPECT_EQ(click(TypeVST, true), QStringList({"tabAU", "tabVST"}));
-    EXPECT_EQ(main->getActiveType(), TypeAU);
-    main = loadWith({true, true, true, true}, TypeMAS);
-    EXPECT_EQ(click(TypeMAS, false), QStringList({"tabAU", "tabRTAS", "tabVST"}));
-    EXPECT_NE(main->getActiveType(), TypeMAS);
-    main->setActiveType(7);
-    EXPECT_NE(main->getActiveType(), 7);
-    context->pref()->controls.selectedTab = 0; // outside the format tabs "off" removes the first
-    main->setTabView(0);
-    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabRTAS", "tabVST"}));
-}
-
-// --- Routing -------------------------------------------------------------------------------------
+// --- Routing and tabs, where the window tests do not reach -------------------------------------
 
 using Routing = ShellTest;
 
-TEST_F(Routing, CommandsGoToTheManagerInFrontOrToAudioUnitsWithoutTabs)
+TEST_F(Routing, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStaysInFront)
 {
     placePlugin(TypeAU, "Alpha.component");
     placePlugin(TypeVST, "Delta.vst");
@@ -197,6 +158,24 @@ TEST_F(Routing, CommandsGoToTheManagerInFrontOrToAudioUnitsWithoutTabs)
     context->pref()->defaults()->setObject("MASType", true);
     context->pref()->awakeFromNib();
     EXPECT_EQ(context->mas()->columns().count("AUType"), 1);
+
+    // The On box of a format's preferences tab, clicked.
+    const auto click = [&](int type, bool on) {
+        context->pref()->controls.selectedTab = type + 1;
+        context->pref()->controls.types[type].on = on;
+        main->setTabView(on ? 1 : 0);
+        return main->tabIdentifiers();
+    };
+    EXPECT_EQ(click(TypeVST, false), QStringList({"tabAU", "tabRTAS", "tabMAS"}));
+    EXPECT_NE(main->getActiveType(), TypeVST);
+    main->setActiveType(TypeRTAS);
+    EXPECT_EQ(click(TypeVST, true), QStringList({"tabAU", "tabRTAS", "tabMAS", "tabVST"}));
+    EXPECT_EQ(main->getActiveType(), TypeRTAS); // an insertion leaves the front alone
+    main->setActiveType(7);
+    EXPECT_EQ(main->getActiveType(), TypeRTAS);
+    context->pref()->controls.selectedTab = 0; // outside the format tabs "off" removes the first
+    main->setTabView(0);
+    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabRTAS", "tabMAS", "tabVST"}));
 
     for (int type = 0; type < 4; ++type)
         setTypeOn(type, false);
