@@ -4,7 +4,9 @@
 #include "managers/MyMASObj.h"
 #include "managers/MyVSTObj.h"
 #include "platform/PropertyList.h"
+#include "platform/SharedInstances.h"
 #include "platform/SystemLog.h"
+#include "shell/LumoScript.h"
 #include "shell/MyMainObj.h"
 
 #include <QDir>
@@ -26,13 +28,13 @@ protected:
         placePlugin(TypeMAS, "Gamma.bundle");
         placePlugin(TypeVST, "Delta.vst");
     }
-    // Loads the window and finishes launching; the names each manager then holds, AU to VST.
+    // Loads the window and finishes launching; the names each manager then holds, by type.
     QStringList launch()
     {
         context->awakeFromNib();
         context->main()->applicationDidFinishLaunching();
         QStringList all;
-        for (int type = 0; type < 4; ++type)
+        for (int type = 0; type < context->formats().count(); ++type)
             for (const AUItemPtr &item : context->manager(type)->items())
                 all << item->getAUName();
         return all;
@@ -49,11 +51,7 @@ TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
     AppContext &ctx = makeContext();
     ctx.pref()->setDefaultSet(TypeAU, auSet);
     ctx.pref()->setDefaultSet(TypeRTAS, homePath("Documents/Gone.rtaskorv"));
-    ctx.pref()->setDefaultType(TypeMAS);
-
     EXPECT_EQ(launch(), QStringList({"Alpha.component", "Beta.rtas", "Gamma.bundle", "Delta.vst"}));
-    EXPECT_EQ(ctx.main()->tabIdentifiers(), QStringList({"tabAU", "tabRTAS", "tabMAS", "tabVST"}));
-    EXPECT_EQ(ctx.main()->selectedTabIndex(), 2);
     // The AU set was merged (Alpha marked off) but not applied: the file has not moved.
     EXPECT_EQ(ctx.au()->getSelectedSet(), auSet);
     EXPECT_FALSE(ctx.au()->itemAt(0)->getAUActive());
@@ -73,21 +71,60 @@ TEST_F(StartUp, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
     setTypeOn(TypeMAS, false);
     const QString gone = homePath("Documents/Gone.rtaskorv");
     ctx.pref()->setDefaultSet(TypeRTAS, gone);
-    ctx.pref()->setDefaultType(TypeVST);
-
     EXPECT_EQ(launch(), QStringList({"Alpha.component", "Delta.vst"}));
-    EXPECT_EQ(ctx.main()->tabIdentifiers(), QStringList({"tabAU", "tabVST"}));
-    EXPECT_EQ(ctx.main()->getActiveType(), TypeVST);
     EXPECT_EQ(ctx.pref()->getDefaultSet(TypeRTAS), gone); // a switched-off type gets no set
-
-    ctx.main()->selectTabAtIndex(0);
     ctx.main()->applicationWillTerminate();
     // A format that was never scanned knows no plug-ins: its groups stay as they were.
     EXPECT_EQ(PropertyList::readArray(support + "rtasgroups.plist"), rtasGroups);
     EXPECT_FALSE(QFileInfo::exists(support + "masgroups.plist"));
     EXPECT_EQ(PropertyList::readArray(support + "augroups.plist"),
               QVariantList({"Alpha.component", ""}));
-    EXPECT_EQ(ctx.pref()->getDefaultType(), TypeAU);
+}
+
+// A made-up format of ".clap" bundles does everything a built-in one does from its one row of
+// the table and its recognition rule.
+bool isClapPlugIn(const QString &path)
+{
+    return path.endsWith(QLatin1String(".clap"));
+}
+
+TEST_F(StartUp, AFifthFormatIsOneRowOfTheTable)
+{
+    const FormatTable formats = FormatTable::builtIn().with(
+        Format::derived("CLAP", "CLAP", "/Library/Audio/Plug-Ins/CLAP", &isClapPlugIn));
+    PluginLibraryBuilder::makeBundle(rootPath("Library/Audio/Plug-Ins/CLAP"), "Aria.clap",
+                                     MachO::intel());
+    PluginLibraryBuilder::makeBundle(homePath("Library/Audio/Plug-Ins/CLAP (Disabled)"),
+                                     "Bolt.clap", MachO::ppc());
+    makeContext(formats);
+    EXPECT_EQ(launch().mid(4), QStringList({"Aria.clap", "Bolt.clap"}));
+    EXPECT_EQ(context->main()->tabIdentifiers().last(), "tabCLAP");
+    TypeManager *clap = context->manager(4);
+    EXPECT_FALSE(clap->itemAt(1)->getAUActive());
+
+    clap->setAllActive();
+    clap->changeObject(clap->itemAt(1), "AUGlobal", true);
+    EXPECT_EQ(context->main()->getUndoManager()->undoActionName(), "Bolt.clap \"setGlobal\"");
+    for (const MoveOutcome &outcome : clap->applyAllPending())
+        EXPECT_TRUE(outcome.ok) << outcome.error.reason.toStdString();
+    EXPECT_TRUE(QFileInfo::exists(rootPath("Library/Audio/Plug-Ins/CLAP/Bolt.clap")));
+    clap->saveAs(); // cancelled, but the panel offers the format's own documents
+    EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.clapkorv");
+    context->main()->applicationWillTerminate();
+    EXPECT_TRUE(QFileInfo::exists(support + "clapgroups.plist"));
+}
+
+TEST_F(StartUp, TheContextInstallsEveryControllerWhileItLivesAndNothingAfter)
+{
+    AppContext &ctx = makeContext();
+    EXPECT_EQ(AppServices::getMainObj(), ctx.main()); // one controller behind both accessors
+    EXPECT_EQ(MyVSTObj::getVSTObj(), ctx.vst());
+    EXPECT_EQ(LumoScript::getLumoScript(), ctx.script());
+    context.reset();
+    EXPECT_EQ(SharedInstance<AppServices>::peek(), nullptr);
+    EXPECT_EQ(SharedInstance<MyVSTObj>::peek(), nullptr);
+    // Nothing is made on demand: asking with nothing installed is a mistake that stops the program.
+    EXPECT_DEATH(MyMainObj::getMainObj(), "asked for before an AppContext installed one");
 }
 
 // Whatever the data files hold, each is kept beside itself before quitting replaces it, and the
