@@ -31,12 +31,6 @@ struct ToolRun {
     QString out, err;
 };
 
-struct RunOptions {
-    QByteArray input{};      // standard input, closed after it
-    QByteArray lockWaitMs{}; // KORVANE_LOCK_WAIT_MS
-    int timeoutMs = 60000;   // then the program is killed and the run counts as failed
-};
-
 class KorvaneCmdTest : public TestRoots {
 protected:
     void SetUp() override
@@ -51,28 +45,28 @@ protected:
         Builder::makeAudioUnit(au(LocUserActive), "Delta.component", MachO::x86_64());
     }
 
-    // Whatever a program takes from the environment lies under the test's roots.
+    // Whatever a program takes from the environment lies under the test's roots; input is its
+    // standard input, closed after it.
     std::unique_ptr<QProcess> start(const QString &program, const QStringList &arguments,
-                                    const RunOptions &options = {})
+                                    const QByteArray &input = {})
     {
         auto process = std::make_unique<QProcess>();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("KORVANE_ROOT", root());
         environment.insert("HOME", home());
         environment.remove("XDG_DATA_HOME");
-        if (!options.lockWaitMs.isEmpty())
-            environment.insert("KORVANE_LOCK_WAIT_MS", options.lockWaitMs);
         process->setProcessEnvironment(environment);
         process->start(program, arguments);
         EXPECT_TRUE(process->waitForStarted()) << program.toStdString();
-        process->write(options.input);
+        process->write(input);
         process->closeWriteChannel();
         return process;
     }
 
-    static ToolRun finish(QProcess &process, int timeoutMs = 60000)
+    // A run not over in 30 seconds is killed and counts as failed.
+    static ToolRun finish(QProcess &process)
     {
-        if (!process.waitForFinished(timeoutMs)) {
+        if (!process.waitForFinished(30000)) {
             ADD_FAILURE() << "killed: " << process.arguments().join(' ').toStdString();
             process.kill();
             process.waitForFinished();
@@ -83,10 +77,10 @@ protected:
     }
 
     // The tool, given the roots as options as well.
-    ToolRun tool(const QStringList &arguments, const RunOptions &options = {})
+    ToolRun tool(const QStringList &arguments, const QByteArray &input = {})
     {
         const QStringList roots{"--root", root(), "--home", home()};
-        return finish(*start(KORVANE_CMD, roots + arguments, options), options.timeoutMs);
+        return finish(*start(KORVANE_CMD, roots + arguments, input));
     }
 
     QString au(int loc, const QString &name = {}) const
@@ -159,7 +153,7 @@ TEST_F(KorvaneCmdTest, ApplyingASetAndNamingPlugInsMoveExactlyWhatChanges)
     QFile file(set);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
 
-    const ToolRun run = tool({"-AU", "/dev/stdin"}, {.input = file.readAll()}); // through a pipe
+    const ToolRun run = tool({"-AU", "/dev/stdin"}, file.readAll()); // through a pipe
     EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
     EXPECT_EQ(run.out, "disabled Beta.component\nenabled Gamma.component\n");
     EXPECT_EQ(run.err,
@@ -223,7 +217,7 @@ TEST_F(KorvaneCmdTest, ReportsAndRefusalsChangeNothingOnDisk)
                                                            {"show-set", "/dev/stdin", "--json"},
                                                            {"--help"},
                                                            {"--version"}}) {
-        const ToolRun run = tool(arguments, {.input = bytes});
+        const ToolRun run = tool(arguments, bytes);
         EXPECT_EQ(run.exitCode, 0) << arguments.join(' ').toStdString() << run.err.toStdString();
         EXPECT_EQ(snapshot(), before) << arguments.join(' ').toStdString();
         out[arguments.join(' ')] = run.out;
@@ -237,7 +231,7 @@ TEST_F(KorvaneCmdTest, ReportsAndRefusalsChangeNothingOnDisk)
           QString("/dev/stdin")})
         refused << QStringList{"-AU", set, "-VST", path} << QStringList{"show-set", path};
     for (const QStringList &arguments : refused) {
-        const ToolRun run = tool(arguments, {.timeoutMs = 10000}); // /dev/stdin: an empty pipe
+        const ToolRun run = tool(arguments); // /dev/stdin: an empty pipe
         EXPECT_EQ(run.exitCode, 2) << arguments.join(' ').toStdString();
         EXPECT_TRUE(run.err.startsWith("KorvaneCMD: ") && run.err.contains(arguments.last()))
             << run.err.toStdString();
@@ -303,23 +297,22 @@ TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAFailedOneLosesNothing)
 
 TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheLock)
 {
+    qputenv("KORVANE_LOCK_WAIT_MS", "300"); // for the tool and the window alike
+    const auto unset = qScopeGuard([] { qunsetenv("KORVANE_LOCK_WAIT_MS"); });
     auto holder = start(HOLD_LIBRARY_LOCK, {});
     ASSERT_TRUE(holder->waitForReadyRead(10000)) << holder->readAllStandardError().toStdString();
     ASSERT_EQ(holder->readLine(), "locked\n");
     const QString named = QString("hold_library_lock (process %1)").arg(holder->processId());
     const QString lockFile = LibraryLock::lockFilePath(locations());
     const QStringList disable{"disable", "--format", "au", "Alpha"};
-    const RunOptions briefly{.lockWaitMs = "300"};
 
-    const ToolRun stopped = tool(disable, briefly);
+    const ToolRun stopped = tool(disable);
     EXPECT_EQ(stopped.exitCode, 1);
     EXPECT_EQ(stopped.out, "");
     EXPECT_TRUE(stopped.err.contains(named)) << stopped.err.toStdString();
-    EXPECT_EQ(tool({"list"}, briefly).exitCode, 0); // reporting needs no lock
+    EXPECT_EQ(tool({"list"}).exitCode, 0); // reporting needs no lock
     {
         // The window's apply, too, tells who holds the lock and moves nothing.
-        qputenv("KORVANE_LOCK_WAIT_MS", briefly.lockWaitMs);
-        const auto unset = qScopeGuard([] { qunsetenv("KORVANE_LOCK_WAIT_MS"); });
         ScriptedUi ui;
         AppContext context({.roots = roots(), .ui = &ui, .awakeFromNib = false});
         context.au()->reloadData();
@@ -334,7 +327,7 @@ TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheL
     holder->kill(); // its lock file stays behind
     holder->waitForFinished();
     ASSERT_TRUE(QFile::exists(lockFile));
-    const ToolRun after = tool(disable, briefly);
+    const ToolRun after = tool(disable);
     EXPECT_EQ(after.exitCode, 0) << after.err.toStdString();
     EXPECT_EQ(after.out, "disabled Alpha.component\n");
     EXPECT_FALSE(QFile::exists(lockFile));
@@ -345,7 +338,7 @@ TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheL
     ASSERT_TRUE(empty.open(QIODevice::WriteOnly));
     empty.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime);
     empty.close();
-    const ToolRun afterEmpty = tool({"enable", "--format", "au", "Alpha"}, briefly);
+    const ToolRun afterEmpty = tool({"enable", "--format", "au", "Alpha"});
     EXPECT_EQ(afterEmpty.exitCode, 0) << afterEmpty.err.toStdString();
     EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Alpha.component")));
 
@@ -353,20 +346,17 @@ TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheL
     ImmutableGuard guard(support);
     if (!guard.ok())
         return;
-    const ToolRun unlockable = tool(disable, briefly);
+    const ToolRun unlockable = tool(disable);
     EXPECT_EQ(unlockable.exitCode, 1);
     EXPECT_TRUE(unlockable.err.contains(lockFile)) << unlockable.err.toStdString();
     EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Alpha.component")));
 }
 
 // Leaving main with shared instances alive must not depend on the order statics go in.
-TEST(ProgramExitTest, DecodingASetAndReturningFromMainWithoutAResetExitsCleanly)
+TEST_F(KorvaneCmdTest, DecodingASetAndReturningFromMainWithoutAResetExitsCleanly)
 {
-    QProcess process;
-    process.start(DECODE_SET_AND_EXIT, QStringList{});
-    ASSERT_TRUE(process.waitForFinished(60000));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    const ToolRun run = finish(*start(DECODE_SET_AND_EXIT, {}));
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
 }
 
 } // namespace
