@@ -1,8 +1,10 @@
 #include "ShellFixture.h"
 
+#include "PluginLibraryBuilder.h"
 #include "managers/MyAdminObj.h"
 #include "managers/MyMASObj.h"
 #include "managers/MyVSTObj.h"
+#include "panels/MyPrefObj.h"
 #include "platform/PropertyList.h"
 #include "platform/SharedInstances.h"
 #include "platform/SystemLog.h"
@@ -14,19 +16,25 @@
 
 namespace korvane {
 
-// --- Start-up and quit ---------------------------------------------------------------------------
+using B = PluginLibraryBuilder;
 
-class StartUp : public ShellTest {
+// One plug-in of each format, switched on system-wide.
+class MainObj : public ShellTest {
 protected:
     void SetUp() override
     {
         ShellTest::SetUp();
         QDir().mkpath(support = homePath("Library/Application Support/Korvane/"));
         QDir().mkpath(homePath("Documents"));
-        alpha = placePlugin(TypeAU, "Alpha.component");
-        placePlugin(TypeRTAS, "Beta.rtas");
-        placePlugin(TypeMAS, "Gamma.bundle");
-        placePlugin(TypeVST, "Delta.vst");
+        alpha =
+            B::makeAudioUnit(folder(TypeAU, LocSystemActive), "Alpha.component", MachO::intel());
+        B::makeRTAS(folder(TypeRTAS, LocSystemActive), "Beta.rtas", MachO::intel());
+        B::makeMAS(folder(TypeMAS, LocSystemActive), "Gamma.bundle", MachO::intel());
+        B::makeVST(folder(TypeVST, LocSystemActive), "Delta.vst", MachO::intel());
+    }
+    void setTypeOn(int type, bool on)
+    {
+        context->pref()->defaults()->setObject(context->formats().at(type).prefix + "On", on);
     }
     // Loads the window and finishes launching; the names each manager then holds, by type.
     QStringList launch()
@@ -42,7 +50,7 @@ protected:
     QString support, alpha;
 };
 
-TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
+TEST_F(MainObj, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
 {
     const QString auSet = homePath("Documents/Mix.aukorv");
     makeContext().au()->reloadData(); // an earlier session saved AU with Alpha off
@@ -62,7 +70,7 @@ TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
     EXPECT_TRUE(ui.alerts.isEmpty() && ui.missingItemsLists.isEmpty());
 }
 
-TEST_F(StartUp, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
+TEST_F(MainObj, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
 {
     const QVariantList rtasGroups{"Beta.rtas", "Reverbs"};
     ASSERT_TRUE(writePlist(support + "rtasgroups.plist", rtasGroups));
@@ -88,14 +96,12 @@ bool isClapPlugIn(const QString &path)
     return path.endsWith(QLatin1String(".clap"));
 }
 
-TEST_F(StartUp, AFifthFormatIsOneRowOfTheTable)
+TEST_F(MainObj, AFifthFormatIsOneRowOfTheTable)
 {
     const FormatTable formats = FormatTable::builtIn().with(
         Format::derived("CLAP", "CLAP", "/Library/Audio/Plug-Ins/CLAP", &isClapPlugIn));
-    PluginLibraryBuilder::makeBundle(rootPath("Library/Audio/Plug-Ins/CLAP"), "Aria.clap",
-                                     MachO::intel());
-    PluginLibraryBuilder::makeBundle(homePath("Library/Audio/Plug-Ins/CLAP (Disabled)"),
-                                     "Bolt.clap", MachO::ppc());
+    B::makeBundle(rootPath("Library/Audio/Plug-Ins/CLAP"), "Aria.clap", MachO::intel());
+    B::makeBundle(homePath("Library/Audio/Plug-Ins/CLAP (Disabled)"), "Bolt.clap", MachO::ppc());
     makeContext(formats);
     EXPECT_EQ(launch().mid(4), QStringList({"Aria.clap", "Bolt.clap"}));
     EXPECT_EQ(context->main()->tabIdentifiers().last(), "tabCLAP");
@@ -114,7 +120,7 @@ TEST_F(StartUp, AFifthFormatIsOneRowOfTheTable)
     EXPECT_TRUE(QFileInfo::exists(support + "clapgroups.plist"));
 }
 
-TEST_F(StartUp, TheContextInstallsEveryControllerWhileItLivesAndNothingAfter)
+TEST_F(MainObj, TheContextInstallsEveryControllerWhileItLivesAndNothingAfter)
 {
     AppContext &ctx = makeContext();
     EXPECT_EQ(AppServices::getMainObj(), ctx.main()); // one controller behind both accessors
@@ -129,7 +135,7 @@ TEST_F(StartUp, TheContextInstallsEveryControllerWhileItLivesAndNothingAfter)
 
 // Whatever the data files hold, each is kept beside itself before quitting replaces it, and the
 // log says so; a garbage preferences file switches nothing off.
-TEST_F(StartUp, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
+TEST_F(MainObj, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
 {
     const QList<QPair<QString, QByteArray>> damaged = {
         {homePath("Library/Preferences/com.velmora.Korvane.plist"), "<plist><dict><key>AUOn"},
@@ -169,18 +175,11 @@ TEST_F(StartUp, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
     EXPECT_EQ(log.lines().size(), damaged.size());
 }
 
-// --- Routing and tabs, where the window tests do not reach -------------------------------------
-
-using Routing = ShellTest;
-
-TEST_F(Routing, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStaysInFront)
+// Where the window tests do not reach.
+TEST_F(MainObj, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStaysInFront)
 {
-    placePlugin(TypeAU, "Alpha.component");
-    placePlugin(TypeVST, "Delta.vst");
     MyMainObj *main = makeContext().main();
-    context->awakeFromNib();
-    context->au()->reloadData();
-    context->vst()->reloadData();
+    launch();
     const auto active = [](TypeManager *manager) { return manager->itemAt(0)->getAUActive(); };
     main->setActiveType(TypeVST);
     main->setAllInactive();

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "PluginLibraryBuilder.h"
-#include "panels/MyPrefObj.h"
 #include "support/ContextTest.h"
 
 #include <QCoreApplication>
@@ -24,22 +22,6 @@ inline ::testing::Environment *const g_shellEnvironment =
     ::testing::AddGlobalTestEnvironment(new ShellEnvironment);
 
 // The controllers on fresh roots.
-class ShellTest : public ContextTest {
-protected:
-    void setTypeOn(int type, bool on)
-    {
-        context->pref()->defaults()->setObject(context->formats().at(type).prefix + "On", on);
-    }
-
-    // One plug-in of the format in its system-wide active folder.
-    QString placePlugin(int type, const QString &name) const
-    {
-        using B = PluginLibraryBuilder;
-        using Make =
-            QString (*)(const QString &, const QString &, const QByteArray &, B::PlistFormat);
-        const Make make[] = {&B::makeAudioUnit, &B::makeRTAS, &B::makeMAS, &B::makeVST};
-        return make[type](folder(type, LocSystemActive), name, MachO::intel(), B::Xml);
-    }
-};
+using ShellTest = ContextTest;
 
 } // namespace korvane
