@@ -186,6 +186,10 @@ TEST_F(KorvaneCmdTest, ApplyingASetAndNamingPlugInsMoveExactlyWhatChanges)
     EXPECT_TRUE(unknown.err.startsWith("KorvaneCMD: ") && unknown.err.contains("Nope.component"))
         << unknown.err.toStdString();
     EXPECT_TRUE(isWholeBundle(au(LocUserActive, "Delta.component")));
+
+    // A saved set applied at once changes nothing; each copy of Alpha finds its own entry.
+    ASSERT_EQ(tool({"save-set", "--format", "au", homePath("Documents/now.aukorv")}).exitCode, 0);
+    EXPECT_EQ(tool({"-AU", homePath("Documents/now.aukorv")}).out, "");
 }
 
 // Reports, help and every refused command line leave both roots as they were, to the file times.
@@ -213,7 +217,6 @@ TEST_F(KorvaneCmdTest, ReportsAndRefusalsChangeNothingOnDisk)
     for (const QStringList &arguments : QList<QStringList>{{"list", "--json"},
                                                            {"list", "--format", "vst"},
                                                            {"duplicates", "--json"},
-                                                           {"duplicates", "--format", "vst"},
                                                            {"show-set", "/dev/stdin", "--json"},
                                                            {"--help"},
                                                            {"--version"}}) {
@@ -260,21 +263,12 @@ TEST_F(KorvaneCmdTest, ReportsAndRefusalsChangeNothingOnDisk)
     EXPECT_EQ(items[1].toObject()["active"], false); // Beta
     EXPECT_EQ(json(out["duplicates --json"]).array(),
               QJsonArray{json(R"({"format":"AU","name":"Alpha.component","count":2})").object()});
-    EXPECT_EQ(out["duplicates --format vst"], "");
 }
 
 // A move into a folder that refuses it is not made: the tool names the paths, goes on with the
 // others and exits 1.
 TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAFailedOneLosesNothing)
 {
-    Builder::makeAudioUnit(au(LocSystemActive), "Twin.component", MachO::intel());
-    Builder::makeAudioUnit(au(LocUserActive), "Twin.component", MachO::ppc());
-    const QString now = homePath("Documents/now.aukorv");
-    ASSERT_EQ(tool({"save-set", "--format", "au", now}).exitCode, 0);
-    const ToolRun same = tool({"-AU", now});
-    EXPECT_EQ(same.exitCode, 0) << same.err.toStdString();
-    EXPECT_EQ(same.out, ""); // each entry of a twice-installed name finds its own copy
-
     const QString set = writeSet("moves.aukorv", {{"Alpha.component", false, false},
                                                   {"Beta.component", true, false},
                                                   {"Delta.component", true, true}});
@@ -327,9 +321,7 @@ TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheL
     holder->kill(); // its lock file stays behind
     holder->waitForFinished();
     ASSERT_TRUE(QFile::exists(lockFile));
-    const ToolRun after = tool(disable);
-    EXPECT_EQ(after.exitCode, 0) << after.err.toStdString();
-    EXPECT_EQ(after.out, "disabled Alpha.component\n");
+    EXPECT_EQ(tool(disable).out, "disabled Alpha.component\n");
     EXPECT_FALSE(QFile::exists(lockFile));
 
     // A holder killed before it wrote its name leaves an empty lock file; once it has stood a
@@ -338,9 +330,7 @@ TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheL
     ASSERT_TRUE(empty.open(QIODevice::WriteOnly));
     empty.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime);
     empty.close();
-    const ToolRun afterEmpty = tool({"enable", "--format", "au", "Alpha"});
-    EXPECT_EQ(afterEmpty.exitCode, 0) << afterEmpty.err.toStdString();
-    EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Alpha.component")));
+    EXPECT_EQ(tool({"enable", "--format", "au", "Alpha"}).out, "enabled Alpha.component\n");
 
     // Where no lock can be made, nothing moves either.
     ImmutableGuard guard(support);
