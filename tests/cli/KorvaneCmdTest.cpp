@@ -4,7 +4,6 @@
 #include "cli/Options.h"
 #include "managers/MyAdminObj.h"
 #include "managers/SetDocument.h"
-#include "model/AUItem.h"
 #include "platform/LibraryLock.h"
 #include "shell/AppContext.h"
 #include "support/ScriptedUi.h"
@@ -98,12 +97,11 @@ protected:
             for (QDirIterator it(top, all, QDirIterator::Subdirectories); it.hasNext();) {
                 const QFileInfo info = it.nextFileInfo();
                 QFile file(info.filePath());
-                const bool read = info.isFile() && file.open(QIODevice::ReadOnly);
-                entries << info.filePath() + ' '
-                               + (read ? QCryptographicHash::hash(file.readAll(),
-                                                                  QCryptographicHash::Md5)
-                                       : QByteArray())
-                                     .toHex();
+                entries << info.filePath();
+                if (info.isFile() && file.open(QIODevice::ReadOnly))
+                    entries.last() +=
+                        ' '
+                        + QCryptographicHash::hash(file.readAll(), QCryptographicHash::Md5).toHex();
                 if (withTimes)
                     entries.last() += QString(" %1 %2")
                                           .arg(info.size())

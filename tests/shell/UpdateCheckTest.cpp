@@ -59,12 +59,8 @@ QByteArray listing(const QString &version)
 
 const QString kNoConnection = "Could not connect to the internet";
 const QString kUpToDate = "You have the most recent version of \"Korvane\".";
-QString newVersion(const QString &version)
-{
-    return QStringLiteral("A new version of \"Korvane\" is available (version %1). Would you like "
-                          "to download the new version now?")
-        .arg(version);
-}
+const QString kNewVersion = "A new version of \"Korvane\" is available (version %1). Would you "
+                            "like to download the new version now?";
 const QUrl kDownload("http://127.0.0.1:9/download.html");
 
 } // namespace
@@ -94,14 +90,16 @@ protected:
 TEST_F(UpdateCheckTest, ComparesTheListedVersionAsAnExactStringAndOnlyOKOpensTheDownload)
 {
     EXPECT_EQ(check(listing("1.2")), kUpToDate);
-    EXPECT_EQ(check(listing("1.1")), newVersion("1.1"));
-    EXPECT_EQ(check(listing("1.2.0")), newVersion("1.2.0"));
-    EXPECT_EQ(check(listing("1.2"), "1.2.0"), newVersion("1.2"));
-    EXPECT_EQ(check(PropertyList::toXml(QVariantMap{{"Other", "1.2"}})), newVersion("")); // no key
+    EXPECT_EQ(check(listing("1.1")), kNewVersion.arg("1.1"));
+    EXPECT_EQ(check(listing("1.2.0")), kNewVersion.arg("1.2.0"));
+    EXPECT_EQ(check(listing("1.2"), "1.2.0"), kNewVersion.arg("1.2"));
+    EXPECT_EQ(check(PropertyList::toXml(QVariantMap{{"Other", "1.2"}})),
+              kNewVersion.arg("")); // no key
     // A long version is cut short; markup is text like any other.
-    EXPECT_EQ(check(listing(QString(1000, '9'))), newVersion(QString(64, '9') + QChar(0x2026)));
+    EXPECT_EQ(check(listing(QString(1000, '9'))),
+              kNewVersion.arg(QString(64, '9') + QChar(0x2026)));
     ui.alertAnswers << AlertAlternate;
-    EXPECT_EQ(check(listing("<b>2.0</b>")), newVersion("<b>2.0</b>"));
+    EXPECT_EQ(check(listing("<b>2.0</b>")), kNewVersion.arg("<b>2.0</b>"));
     EXPECT_EQ(ui.alerts[0].buttons, QStringList({"OK", "Cancel"}));
     // Every "new version" panel but the last was answered with OK; Cancel opens nothing.
     EXPECT_EQ(ui.openedUrls, QList<QUrl>(5, kDownload));
