@@ -45,8 +45,7 @@ protected:
         script->setLayout(Layout::AppleScript);
     }
 
-    // The set pop-ups of the four formats holding and showing these titles, AU to VST; the
-    // segments clicked from VST back to AU.
+    // The four formats' set pop-ups showing these titles; the segments clicked from VST to AU.
     void selectSets(const QStringList &titles)
     {
         const QString support = homePath("Library/Application Support/Korvane/");

@@ -8,7 +8,6 @@
 #include "platform/PropertyList.h"
 #include "platform/SharedInstances.h"
 #include "platform/SystemLog.h"
-#include "shell/LumoScript.h"
 #include "shell/MyMainObj.h"
 
 #include <QDir>
@@ -91,15 +90,11 @@ TEST_F(MainObj, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
 
 // A made-up format of ".clap" bundles does everything a built-in one does from its one row of
 // the table and its recognition rule.
-bool isClapPlugIn(const QString &path)
-{
-    return path.endsWith(QLatin1String(".clap"));
-}
-
 TEST_F(MainObj, AFifthFormatIsOneRowOfTheTable)
 {
     const FormatTable formats = FormatTable::builtIn().with(
-        Format::derived("CLAP", "CLAP", "/Library/Audio/Plug-Ins/CLAP", &isClapPlugIn));
+        Format::derived("CLAP", "CLAP", "/Library/Audio/Plug-Ins/CLAP",
+                        [](const QString &path) { return path.endsWith(".clap"); }));
     B::makeBundle(rootPath("Library/Audio/Plug-Ins/CLAP"), "Aria.clap", MachO::intel());
     B::makeBundle(homePath("Library/Audio/Plug-Ins/CLAP (Disabled)"), "Bolt.clap", MachO::ppc());
     makeContext(formats);
@@ -125,7 +120,6 @@ TEST_F(MainObj, TheContextInstallsEveryControllerWhileItLivesAndNothingAfter)
     AppContext &ctx = makeContext();
     EXPECT_EQ(AppServices::getMainObj(), ctx.main()); // one controller behind both accessors
     EXPECT_EQ(MyVSTObj::getVSTObj(), ctx.vst());
-    EXPECT_EQ(LumoScript::getLumoScript(), ctx.script());
     context.reset();
     EXPECT_EQ(SharedInstance<AppServices>::peek(), nullptr);
     EXPECT_EQ(SharedInstance<MyVSTObj>::peek(), nullptr);
