@@ -1,10 +1,12 @@
 #include "ShellFixture.h"
 
+#include "PluginLibraryBuilder.h"
 #include "managers/MyAdminObj.h"
 #include "managers/MyMASObj.h"
-#include "managers/MyRTASObj.h"
 #include "managers/MyVSTObj.h"
+#include "panels/MyPrefObj.h"
 #include "platform/PropertyList.h"
+#include "platform/SharedInstances.h"
 #include "platform/SystemLog.h"
 #include "shell/MyMainObj.h"
 
@@ -13,72 +15,62 @@
 
 namespace korvane {
 
-// --- Start-up and quit ---------------------------------------------------------------------------
+using B = PluginLibraryBuilder;
 
-class StartUp : public ShellTest {
+// One plug-in of each format, switched on system-wide.
+class MainObj : public ShellTest {
 protected:
     void SetUp() override
     {
         ShellTest::SetUp();
-        QDir().mkpath(homePath("Library/Application Support"));
+        QDir().mkpath(support = homePath("Library/Application Support/Korvane/"));
         QDir().mkpath(homePath("Documents"));
-        alpha = placePlugin(TypeAU, "Alpha.component");
-        placePlugin(TypeRTAS, "Beta.rtas");
-        placePlugin(TypeMAS, "Gamma.bundle");
-        placePlugin(TypeVST, "Delta.vst");
+        alpha =
+            B::makeAudioUnit(folder(TypeAU, LocSystemActive), "Alpha.component", MachO::intel());
+        B::makeRTAS(folder(TypeRTAS, LocSystemActive), "Beta.rtas", MachO::intel());
+        B::makeMAS(folder(TypeMAS, LocSystemActive), "Gamma.bundle", MachO::intel());
+        B::makeVST(folder(TypeVST, LocSystemActive), "Delta.vst", MachO::intel());
     }
-    // The names each manager holds, AU to VST.
-    QStringList names()
+    void setTypeOn(int type, bool on)
     {
+        context->pref()->defaults()->setObject(context->formats().at(type).prefix + "On", on);
+    }
+    // Loads the window and finishes launching; the names each manager then holds, by type.
+    QStringList launch()
+    {
+        context->awakeFromNib();
+        context->main()->applicationDidFinishLaunching();
         QStringList all;
-        for (int type = 0; type < 4; ++type)
+        for (int type = 0; type < context->formats().count(); ++type)
             for (const AUItemPtr &item : context->manager(type)->items())
                 all << item->getAUName();
         return all;
     }
-    QString alpha;
+    QString support, alpha;
 };
 
-TEST_F(StartUp, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
+TEST_F(MainObj, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
 {
     const QString auSet = homePath("Documents/Mix.aukorv");
-    const QString vstSet = homePath("Documents/Live.vstkorv");
-    {
-        AppContext &earlier = makeContext(); // an earlier session saved AU with Alpha off
-        earlier.au()->reloadData();
-        ASSERT_EQ(earlier.au()->numberOfRowsInTableView(), 1);
-        earlier.au()->itemAt(0)->setAUActive(false);
-        ASSERT_TRUE(earlier.au()->archivePlugins(auSet));
-        earlier.vst()->reloadData();
-        ASSERT_TRUE(earlier.vst()->archivePlugins(vstSet));
-    }
+    makeContext().au()->reloadData(); // an earlier session saved AU with Alpha off
+    context->au()->itemAt(0)->setAUActive(false);
+    ASSERT_TRUE(context->au()->archivePlugins(auSet));
     AppContext &ctx = makeContext();
     ctx.pref()->setDefaultSet(TypeAU, auSet);
     ctx.pref()->setDefaultSet(TypeRTAS, homePath("Documents/Gone.rtaskorv"));
-    ctx.pref()->setDefaultSet(TypeVST, vstSet);
-    ctx.pref()->setDefaultType(TypeMAS);
-    ctx.awakeFromNib();
-    ctx.main()->applicationDidFinishLaunching();
-
-    EXPECT_EQ(ctx.main()->tabIdentifiers(), QStringList({"tabAU", "tabRTAS", "tabMAS", "tabVST"}));
-    EXPECT_EQ(ctx.main()->selectedTabIndex(), 2);
-    EXPECT_EQ(names(), QStringList({"Alpha.component", "Beta.rtas", "Gamma.bundle", "Delta.vst"}));
+    EXPECT_EQ(launch(), QStringList({"Alpha.component", "Beta.rtas", "Gamma.bundle", "Delta.vst"}));
     // The AU set was merged (Alpha marked off) but not applied: the file has not moved.
     EXPECT_EQ(ctx.au()->getSelectedSet(), auSet);
     EXPECT_FALSE(ctx.au()->itemAt(0)->getAUActive());
     EXPECT_TRUE(QFileInfo::exists(alpha));
-    EXPECT_EQ(ctx.vst()->getSelectedSet(), vstSet);
     // A missing file and an empty default both become "no set", silently.
     EXPECT_EQ(ctx.pref()->getDefaultSet(TypeRTAS), QString("no set"));
     EXPECT_EQ(ctx.pref()->getDefaultSet(TypeMAS), QString("no set"));
-    EXPECT_EQ(ctx.pref()->getDefaultSet(TypeAU), auSet);
     EXPECT_TRUE(ui.alerts.isEmpty() && ui.missingItemsLists.isEmpty());
 }
 
-TEST_F(StartUp, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
+TEST_F(MainObj, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
 {
-    const QString support = homePath("Library/Application Support/Korvane/");
-    QDir().mkpath(support);
     const QVariantList rtasGroups{"Beta.rtas", "Reverbs"};
     ASSERT_TRUE(writePlist(support + "rtasgroups.plist", rtasGroups));
     AppContext &ctx = makeContext();
@@ -86,33 +78,59 @@ TEST_F(StartUp, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
     setTypeOn(TypeMAS, false);
     const QString gone = homePath("Documents/Gone.rtaskorv");
     ctx.pref()->setDefaultSet(TypeRTAS, gone);
-    ctx.pref()->setDefaultType(TypeVST);
-    ctx.awakeFromNib();
-    ctx.main()->applicationDidFinishLaunching();
-
-    EXPECT_EQ(ctx.main()->tabIdentifiers(), QStringList({"tabAU", "tabVST"}));
-    EXPECT_EQ(ctx.main()->getActiveType(), TypeVST);
-    EXPECT_EQ(names(), QStringList({"Alpha.component", "Delta.vst"}));
+    EXPECT_EQ(launch(), QStringList({"Alpha.component", "Delta.vst"}));
     EXPECT_EQ(ctx.pref()->getDefaultSet(TypeRTAS), gone); // a switched-off type gets no set
-
-    ctx.main()->selectTabAtIndex(0);
     ctx.main()->applicationWillTerminate();
-    for (const char *file : {"groups.plist", "augroups.plist", "vstgroups.plist", "ausets.plist",
-                             "rtassets.plist", "massets.plist", "vstsets.plist"})
-        EXPECT_TRUE(QFileInfo::exists(support + file)) << file;
     // A format that was never scanned knows no plug-ins: its groups stay as they were.
     EXPECT_EQ(PropertyList::readArray(support + "rtasgroups.plist"), rtasGroups);
     EXPECT_FALSE(QFileInfo::exists(support + "masgroups.plist"));
     EXPECT_EQ(PropertyList::readArray(support + "augroups.plist"),
               QVariantList({"Alpha.component", ""}));
-    EXPECT_EQ(ctx.pref()->getDefaultType(), TypeAU);
+}
+
+// A made-up format of ".clap" bundles does everything a built-in one does from its one row of
+// the table and its recognition rule.
+TEST_F(MainObj, AFifthFormatIsOneRowOfTheTable)
+{
+    const FormatTable formats = FormatTable::builtIn().with(
+        Format::derived("CLAP", "CLAP", "/Library/Audio/Plug-Ins/CLAP",
+                        [](const QString &path) { return path.endsWith(".clap"); }));
+    B::makeBundle(rootPath("Library/Audio/Plug-Ins/CLAP"), "Aria.clap", MachO::intel());
+    B::makeBundle(homePath("Library/Audio/Plug-Ins/CLAP (Disabled)"), "Bolt.clap", MachO::ppc());
+    makeContext(formats);
+    EXPECT_EQ(launch().mid(4), QStringList({"Aria.clap", "Bolt.clap"}));
+    EXPECT_EQ(context->main()->tabIdentifiers().last(), "tabCLAP");
+    TypeManager *clap = context->manager(4);
+    EXPECT_FALSE(clap->itemAt(1)->getAUActive());
+
+    clap->setAllActive();
+    clap->changeObject(clap->itemAt(1), "AUGlobal", true);
+    EXPECT_EQ(context->main()->getUndoManager()->undoActionName(), "Bolt.clap \"setGlobal\"");
+    for (const MoveOutcome &outcome : clap->applyAllPending())
+        EXPECT_TRUE(outcome.ok) << outcome.error.reason.toStdString();
+    EXPECT_TRUE(QFileInfo::exists(rootPath("Library/Audio/Plug-Ins/CLAP/Bolt.clap")));
+    clap->saveAs(); // cancelled, but the panel offers the format's own documents
+    EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.clapkorv");
+    context->main()->applicationWillTerminate();
+    EXPECT_TRUE(QFileInfo::exists(support + "clapgroups.plist"));
+}
+
+TEST_F(MainObj, TheContextInstallsEveryControllerWhileItLivesAndNothingAfter)
+{
+    AppContext &ctx = makeContext();
+    EXPECT_EQ(AppServices::getMainObj(), ctx.main()); // one controller behind both accessors
+    EXPECT_EQ(MyVSTObj::getVSTObj(), ctx.vst());
+    context.reset();
+    EXPECT_EQ(SharedInstance<AppServices>::peek(), nullptr);
+    EXPECT_EQ(SharedInstance<MyVSTObj>::peek(), nullptr);
+    // Nothing is made on demand: asking with nothing installed is a mistake that stops the program.
+    EXPECT_DEATH(MyMainObj::getMainObj(), "asked for before an AppContext installed one");
 }
 
 // Whatever the data files hold, each is kept beside itself before quitting replaces it, and the
 // log says so; a garbage preferences file switches nothing off.
-TEST_F(StartUp, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
+TEST_F(MainObj, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
 {
-    const QString support = homePath("Library/Application Support/Korvane/");
     const QList<QPair<QString, QByteArray>> damaged = {
         {homePath("Library/Preferences/com.velmora.Korvane.plist"), "<plist><dict><key>AUOn"},
         {support + "content.plist", PropertyList::toXml(QVariantMap{{"Echo.vst", "/Presets"}})},
@@ -131,13 +149,9 @@ TEST_F(StartUp, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
         writeText(path, bytes);
 
     SystemLogCapture log;
-    AppContext &ctx = makeContext();
-    ctx.awakeFromNib();
-    ctx.main()->applicationDidFinishLaunching();
-    EXPECT_EQ(ctx.main()->tabIdentifiers(), QStringList({"tabAU", "tabRTAS", "tabMAS", "tabVST"}));
-    EXPECT_EQ(names(), QStringList({"Alpha.component", "Beta.rtas", "Gamma.bundle", "Delta.vst"}));
-    ctx.main()->applicationWillTerminate();
-
+    makeContext();
+    EXPECT_EQ(launch(), QStringList({"Alpha.component", "Beta.rtas", "Gamma.bundle", "Delta.vst"}));
+    context->main()->applicationWillTerminate();
     for (const auto &[path, bytes] : damaged) {
         const QFileInfo info(path);
         const QStringList kept =
@@ -145,168 +159,62 @@ TEST_F(StartUp, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
         ASSERT_EQ(kept.size(), 1) << path.toStdString();
         const QString keptPath = info.absolutePath() + "/" + kept.first();
         QFile file(keptPath);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_EQ(file.readAll(), bytes) << path.toStdString();
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly) && file.readAll() == bytes)
+            << path.toStdString();
         EXPECT_TRUE(PropertyList::read(path)) << path.toStdString(); // replaced by a good one
         const QString line = "Could not read " + path + "; kept it as " + keptPath;
         EXPECT_TRUE(log.contains(line)) << line.toStdString();
-        EXPECT_TRUE(ctx.main()->logText().contains(line + "\n")) << line.toStdString();
+        EXPECT_TRUE(context->main()->logText().contains(line + "\n")) << line.toStdString();
     }
     EXPECT_EQ(log.lines().size(), damaged.size());
 }
 
-// --- Tabs ----------------------------------------------------------------------------------------
-
-class Tabs : public ShellTest {
-protected:
-    MyMainObj *loadWith(std::array<bool, 4> on, int activeTab = 0)
-    {
-        makeContext();
-        for (int type = 0; type < 4; ++type)
-            setTypeOn(type, on[type]);
-        context->pref()->setDefaultType(activeTab);
-        context->awakeFromNib();
-        return context->main();
-    }
-    // The On check box of a format's preferences tab, clicked.
-    QStringList click(int type, bool on)
-    {
-        context->pref()->controls.selectedTab = type + 1;
-        context->pref()->controls.types[type].on = on;
-        context->main()->setTabView(on ? 1 : 0);
-        return context->main()->tabIdentifiers();
-    }
-};
-
-TEST_F(Tabs, InsertionFollowsTheNearestSwitchedOnPredecessorsTypeIndex)
+// Where the window tests do not reach.
+TEST_F(MainObj, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStaysInFront)
 {
-    MyMainObj *main = loadWith({true, false, false, false});
-    EXPECT_EQ(click(TypeVST, true), QStringList({"tabAU", "tabVST"}));
-    EXPECT_EQ(main->labelAt(1), "VST");
-    EXPECT_TRUE(context->pref()->isTypeActive(TypeVST)); // written back
-    EXPECT_EQ(main->getActiveType(), TypeAU);            // an insertion leaves the front alone
-
-    loadWith({false, true, false, true}); // MAS asks for index 2 with one tab before it
-    EXPECT_EQ(click(TypeMAS, true), QStringList({"tabRTAS", "tabVST", "tabMAS"}));
-
-    loadWith({false, true, false, false}); // past the end: clamped
-    EXPECT_EQ(click(TypeMAS, true), QStringList({"tabRTAS", "tabMAS"}));
-    EXPECT_EQ(click(TypeVST, true), QStringList({"tabRTAS", "tabMAS", "tabVST"}));
-}
-
-TEST_F(Tabs, SwitchingOffAndOnAgainRestoresTheKeptPageAndSomeTabStaysInFront)
-{
-    MyMainObj *main = loadWith({true, true, true, true}, TypeMAS);
-    EXPECT_EQ(click(TypeMAS, false), QStringList({"tabAU", "tabRTAS", "tabVST"}));
-    EXPECT_TRUE(main->hasKeptView(TypeMAS));
-    EXPECT_FALSE(context->pref()->isTypeActive(TypeMAS));
-    EXPECT_NE(main->getActiveType(), TypeMAS);
-    EXPECT_EQ(click(TypeMAS, true), QStringList({"tabAU", "tabRTAS", "tabMAS", "tabVST"}));
-    EXPECT_EQ(main->labelAt(2), "MAS");
-
-    main = loadWith({false, true, true, true}, TypeAU); // the stored tab is gone
-    EXPECT_EQ(main->getActiveType(), TypeRTAS);
-    main->setActiveType(7);
-    EXPECT_EQ(main->getActiveType(), TypeRTAS);
-    // Outside the format tabs "off" removes the first tab; another state only writes back.
-    context->pref()->controls.selectedTab = 0;
-    main->setTabView(0);
-    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabMAS", "tabVST"}));
-    context->pref()->controls.types[TypeAU].showMessage = true;
-    main->setTabView(2);
-    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabMAS", "tabVST"}));
-    EXPECT_TRUE(context->pref()->defaults()->boolForKey("AUShowMessage"));
-}
-
-// --- Routing -------------------------------------------------------------------------------------
-
-class Routing : public ShellTest {
-protected:
-    void SetUp() override
-    {
-        ShellTest::SetUp();
-        placePlugin(TypeAU, "Alpha.component");
-        delta = placePlugin(TypeVST, "Delta.vst");
-        makeContext().awakeFromNib();
-        context->au()->reloadData();
-        context->vst()->reloadData();
-        ASSERT_EQ(context->vst()->numberOfRowsInTableView(), 1);
-        main = context->main();
-    }
-    static bool active(TypeManager *manager) { return manager->itemAt(0)->getAUActive(); }
-
-    QString delta;
-    MyMainObj *main = nullptr;
-};
-
-TEST_F(Routing, CommandsGoToTheManagerInFrontOrToAudioUnitsWithoutTabs)
-{
+    MyMainObj *main = makeContext().main();
+    launch();
+    const auto active = [](TypeManager *manager) { return manager->itemAt(0)->getAUActive(); };
     main->setActiveType(TypeVST);
     main->setAllInactive();
     EXPECT_FALSE(active(context->vst()));
     EXPECT_TRUE(active(context->au()));
     main->setIntelActive(); // Delta's executable is Intel
     EXPECT_TRUE(active(context->vst()));
-    main->save(); // the untitled name opens the save panel
-    main->open();
-    EXPECT_EQ(ui.openPanels.value(0).allowedTypes, QStringList{"vstkorv"});
+    // The architecture column goes by the type given; the preferences window asks through here.
+    main->showPlattform(TypeAU, true);
+    EXPECT_TRUE(context->au()->columns().contains("AUType"));
+    EXPECT_FALSE(context->vst()->columns().contains("AUType"));
+    context->pref()->defaults()->setObject("MASType", true);
+    context->pref()->awakeFromNib();
+    EXPECT_EQ(context->mas()->columns().count("AUType"), 1);
+
+    // The On box of a format's preferences tab, clicked.
+    const auto click = [&](int type, bool on) {
+        context->pref()->controls.selectedTab = type + 1;
+        context->pref()->controls.types[type].on = on;
+        main->setTabView(on ? 1 : 0);
+        return main->tabIdentifiers();
+    };
+    EXPECT_EQ(click(TypeVST, false), QStringList({"tabAU", "tabRTAS", "tabMAS"}));
+    EXPECT_NE(main->getActiveType(), TypeVST);
+    main->setActiveType(TypeRTAS);
+    EXPECT_EQ(click(TypeVST, true), QStringList({"tabAU", "tabRTAS", "tabMAS", "tabVST"}));
+    EXPECT_EQ(main->getActiveType(), TypeRTAS); // an insertion leaves the front alone
+    main->setActiveType(7);
+    EXPECT_EQ(main->getActiveType(), TypeRTAS);
+    context->pref()->controls.selectedTab = 0; // outside the format tabs "off" removes the first
+    main->setTabView(0);
+    EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabRTAS", "tabMAS", "tabVST"}));
 
     for (int type = 0; type < 4; ++type)
         setTypeOn(type, false);
     main->initTabView();
     ASSERT_EQ(main->tabCount(), 0);
-    main->save();
+    main->save(); // the untitled name opens the save panel
     main->setAllInactive();
     EXPECT_FALSE(active(context->au()));
-    EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.vstkorv");
-    EXPECT_EQ(ui.savePanels.value(1).fileName, "untitled.aukorv");
-}
-
-TEST_F(Routing, DeleteAsksFirstAndOnlyMoveToTrashDeletes)
-{
-    main->setActiveType(TypeVST);
-    context->vst()->selectRows({0}, 0);
-    ui.alertAnswers << AlertDefault << AlertAlternate;
-    main->deleteItem();
-    ASSERT_EQ(ui.alerts.size(), 1);
-    EXPECT_EQ(ui.alerts[0].style, Alert::Informational);
-    EXPECT_EQ(
-        texts(ui.alerts[0]),
-        QStringList({"", "Move to trash", "Do you want to move the selected Plug-Ins to trash?",
-                     "cancel|move to trash"}));
-    EXPECT_TRUE(QFileInfo::exists(delta));
-    EXPECT_EQ(context->vst()->numberOfRowsInTableView(), 1);
-
-    main->deleteItem();
-    EXPECT_TRUE(QFileInfo::exists(homePath(".local/share/Trash/files/Delta.vst")));
-    EXPECT_FALSE(QFileInfo::exists(delta));
-    EXPECT_TRUE(context->vst()->items().isEmpty());
-    EXPECT_EQ(context->au()->numberOfRowsInTableView(), 1);
-}
-
-TEST_F(Routing, ArchitectureColumnNotImplementedAndLogMenuItem)
-{
-    main->setActiveType(TypeVST);
-    main->showPlattform(TypeAU, true); // by the type given, not the tab in front
-    EXPECT_TRUE(context->au()->columns().contains("AUType"));
-    EXPECT_FALSE(context->vst()->columns().contains("AUType"));
-    context->pref()->defaults()->setObject("MASType", true);
-    context->pref()->awakeFromNib(); // the preferences window asks through the controller
-    EXPECT_EQ(context->mas()->columns().count("AUType"), 1);
-
-    main->functionNotImplemented("Backup All");
-    EXPECT_EQ(texts(ui.alerts.value(0)),
-              QStringList({"", "Backup All",
-                           "This function will be implemented in a future version", "Ok"}));
-
-    using Item = MyMainObj::MenuItem;
-    main->showLog();
-    EXPECT_FALSE(main->validateMenuItem(Item::ShowLog));
-    EXPECT_TRUE(main->validateMenuItem(Item::HideLog));
-    main->windowWillClose(MyMainObj::Window::Other);
-    EXPECT_FALSE(main->validateMenuItem(Item::ShowLog));
-    main->windowWillClose(MyMainObj::Window::Log);
-    EXPECT_TRUE(main->validateMenuItem(Item::ShowLog));
+    EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.aukorv");
 }
 
 } // namespace korvane

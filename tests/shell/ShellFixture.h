@@ -1,48 +1,27 @@
 #pragma once
 
-#include "PluginLibraryBuilder.h"
-#include "panels/MyPrefObj.h"
-#include "platform/Locations.h"
 #include "support/ContextTest.h"
 
+#include <QCoreApplication>
 #include <memory>
-#include <ostream>
 
 namespace korvane {
 
-// An alert as its title, message, informative text and buttons ("|"-joined).
-inline QStringList texts(const Alert &alert)
-{
-    return {alert.title, alert.messageText, alert.informativeText, alert.buttons.join('|')};
-}
+// The network fetch and Qt's event loops need an application object; test_shell brings its main()
+// from gtest_main, so the object is made by a global environment registered at load time.
+class ShellEnvironment : public ::testing::Environment {
+    void SetUp() override { m_app = std::make_unique<QCoreApplication>(m_argc, m_argv); }
+    void TearDown() override { m_app.reset(); }
 
-// The controllers on fresh roots; the bundle and address overrides a test sets are cleared at
-// tear-down.
-class ShellTest : public ContextTest {
-protected:
-    void TearDown() override
-    {
-        context.reset();
-        for (const char *name : {"KORVANE_BUNDLE", "KORVANE_UPDATE_URL", "KORVANE_DOWNLOAD_URL"})
-            qunsetenv(name);
-        ContextTest::TearDown();
-    }
-
-    void setTypeOn(int type, bool on)
-    {
-        context->pref()->defaults()->setObject(context->formats().at(type).prefix + "On", on);
-    }
-
-    // One plug-in of the format in its system-wide active folder.
-    QString placePlugin(int type, const QString &name) const
-    {
-        using Make = QString (*)(const QString &, const QString &, const QByteArray &,
-                                 PluginLibraryBuilder::PlistFormat);
-        const Make make[] = {&PluginLibraryBuilder::makeAudioUnit, &PluginLibraryBuilder::makeRTAS,
-                             &PluginLibraryBuilder::makeMAS, &PluginLibraryBuilder::makeVST};
-        return make[type](folder(type, LocSystemActive), name, MachO::intel(),
-                          PluginLibraryBuilder::Xml);
-    }
+    int m_argc = 1;
+    char m_name[11] = "test_shell";
+    char *m_argv[2] = {m_name, nullptr};
+    std::unique_ptr<QCoreApplication> m_app;
 };
+inline ::testing::Environment *const g_shellEnvironment =
+    ::testing::AddGlobalTestEnvironment(new ShellEnvironment);
+
+// The controllers on fresh roots.
+using ShellTest = ContextTest;
 
 } // namespace korvane

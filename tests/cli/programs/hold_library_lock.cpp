@@ -1,5 +1,5 @@
-// Holds the library lock of $HOME until its standard input closes: the other program of the
-// command-line tests' lock cases.
+// Holds the library lock of $HOME until it is killed: the other program of the command-line
+// tests' lock cases.
 
 #include "platform/LibraryLock.h"
 #include "platform/LocalFileOperations.h"
@@ -23,8 +23,6 @@ int main(int argc, char *argv[])
     }
     std::puts("locked");
     std::fflush(stdout);
-    char byte;
-    while (::read(STDIN_FILENO, &byte, 1) > 0) {
-    }
-    return 0;
+    for (;;)
+        ::pause();
 }
