@@ -105,7 +105,15 @@ void TypeManager::deleteItem()
     FileOperations &files = this->files();
     for (int row : std::as_const(rows)) {
         const AUItemPtr item = m_list.at(row);
-        const QString path = QStringLiteral("%1/%2").arg(item->getAULocation(), item->getAUName());
+        // A change still pending has moved only the row: the plug-in lies where its record says.
+        QString path = QStringLiteral("%1/%2").arg(item->getAULocation(), item->getAUName());
+        if (const qsizetype index = m_list.recordIndexOf(*item); index >= 0) {
+            AULog &record = m_list.record(index);
+            path = QStringLiteral("%1/%2").arg(record.getLogPath(), record.getLogName());
+            // Nothing is left to apply for a row that is gone.
+            m_list.noteRecordState(record.isLogProcessed(), true);
+            record.setLogProcessed(true);
+        }
         QString trashedTo;
         FileError error;
         // The item leaves the list either way; the next rescan shows one whose trash failed.
@@ -117,6 +125,8 @@ void TypeManager::deleteItem()
         m_list.removeAt(row);
         emit itemRemoved(row);
     }
+    if (m_list.pendingCount() == 0)
+        setApplyEnabled(false);
     if (m_list.isEmpty())
         selectItems({});
     else

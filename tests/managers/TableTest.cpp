@@ -86,15 +86,19 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
         logText().endsWith(QString("Stopped, not installed: %1/Last.component\n").arg(drops)));
 }
 
-// Highest row first, so that the rows still to go keep their places; a failed trash still drops
-// the item from the list, and the plug-in stays where it is.
+// Highest row first, so that the rows still to go keep their places; a row marked but not yet
+// applied goes from where it lies and leaves nothing to apply. A failed trash still drops the item
+// from the list, and the plug-in stays where it is.
 TEST_F(TableTest, DeleteTrashesTheSelectedRowsFromTheHighestDown)
 {
+    au->setObjectValue(false, "AUActive", rowOf(au, "bar.component"));
+    ASSERT_TRUE(au->isApplyEnabled());
     au->selectRows({0, 1});
     au->deleteItem();
     const QString trash = homePath(".local/share/Trash/files/");
     EXPECT_TRUE(exists(trash + "bar.component") && exists(trash + "Baz.component"));
     EXPECT_EQ(names(au), QStringList({"Foo.component"}));
+    EXPECT_FALSE(au->isApplyEnabled());
 
     ImmutableGuard guard(folder(TypeAU, LocSystemActive));
     if (!guard.ok())
