@@ -268,6 +268,10 @@ void AppServices::createSupportFolder()
 
 void AppServices::createFolders(const QString &path)
 {
+    // Most paths' folders are there already: one look instead of one per level.
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    if (slash > 0 && !climbsUp(path) && files().isDirectory(path.left(slash)))
+        return;
     QStringList components;
     if (path.startsWith(QLatin1Char('/')))
         components.append(QStringLiteral("/"));

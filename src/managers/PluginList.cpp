@@ -39,6 +39,12 @@ void PluginList::noteRecordState(bool wasProcessed, bool isProcessed)
 
 int PluginList::findItemIndex(const QString &name, int itemID) const
 {
+    // An item's ID is its index until the list is reordered.
+    if (itemID >= 0 && itemID < m_items.size()) {
+        const AUItem &item = *m_items.at(itemID);
+        if (item.getItemID() == itemID && item.getAUName() == name)
+            return itemID;
+    }
     for (qsizetype i = 0; i < m_items.size(); ++i) {
         const AUItem &item = *m_items.at(i);
         if (item.getItemID() == itemID && item.getAUName() == name)

@@ -99,6 +99,8 @@ struct TypeManager::ApplyRun {
     // Where an installed copy lies: where the scan found each plug-in, then wherever a move of
     // this apply put it. A move onto one of these would replace a plug-in with its namesake.
     QSet<QString> installed;
+    // Target folders this apply has made or found, so each is looked at once.
+    QSet<QString> folders;
     // The user chose Stop at a failure: the records after it are left as they are.
     bool stopped = false;
 };
@@ -136,6 +138,7 @@ QList<MoveOutcome> TypeManager::applyAllPending()
     // Moving to another file system copies every byte, and content such as a sample library can
     // be large: the bar moves within the plug-in, and the lower line says how much is done.
     const CopyProgressScope bytes(files(), copyProgressFor(done, pending));
+    const BatchScope batch(files());
     for (qsizetype i = 0; i < records.size(); ++i) {
         if (records.at(i).isLogProcessed())
             continue;
@@ -204,13 +207,6 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
         outcome.error = error;
     };
 
-    // Two copies of one plug-in (system and user folder, or a set naming both) can be marked so
-    // that one goes where the other lies; making room would delete the other copy.
-    const bool otherCopy =
-        run.installed.contains(outcome.to)
-        || (files.isDirectory(outcome.to)
-            && std::any_of(run.installed.cbegin(), run.installed.cend(),
-                           [&](const QString &path) { return liesInside(path, outcome.to); }));
     const auto done = [&] {
         AULog &record = m_list.record(logIndex);
         m_list.noteRecordState(record.isLogProcessed(), true);
@@ -223,6 +219,34 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
         outcome.ok = true;
         return outcome;
     };
+
+    // Most moves meet an empty place in a folder already seen: the move alone finds that out.
+    // A target in the way, a folder or the source gone takes the full path below, which looks
+    // first; nothing has moved then, so the second attempt costs no copy.
+    const QString toFolder = outcome.to.left(outcome.to.lastIndexOf(QLatin1Char('/')));
+    if (!run.installed.contains(outcome.to)) {
+        if (!run.folders.contains(toFolder)) {
+            main->createFolders(outcome.to);
+            run.folders.insert(toFolder);
+        }
+        FileError error;
+        if (files.move(outcome.from, outcome.to, &error))
+            return done();
+        const bool plain = error.path == outcome.to || error.path == outcome.from;
+        if (!plain || (error.code != EEXIST && error.code != ENOENT)) {
+            reportFailure(error);
+            systemLog(QStringLiteral("fehlgeschlagen"));
+            return outcome;
+        }
+    }
+
+    // Two copies of one plug-in (system and user folder, or a set naming both) can be marked so
+    // that one goes where the other lies; making room would delete the other copy.
+    const bool otherCopy =
+        run.installed.contains(outcome.to)
+        || (files.isDirectory(outcome.to)
+            && std::any_of(run.installed.cbegin(), run.installed.cend(),
+                           [&](const QString &path) { return liesInside(path, outcome.to); }));
     // An identical copy already where the plug-in belongs (one copied there by hand, or what an
     // older version left when cut short) makes this one surplus: it goes to the trash.
     if (otherCopy && run.installed.contains(outcome.to)
@@ -300,8 +324,8 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
 
 void TypeManager::moveContent(const AUItemPtr &item)
 {
-    if (!m_parts.prefs.moveContent(m_traits.type) || !item->hasContent()
-        || item->getContentMaxIndex() <= 0)
+    if (!item->hasContent() || item->getContentMaxIndex() <= 0
+        || !m_parts.prefs.moveContent(m_traits.type))
         return;
 
     QStringList prefixes;

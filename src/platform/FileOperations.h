@@ -11,6 +11,7 @@ namespace korvane {
 struct FileError {
     QString path;
     QString reason;
+    int code = 0; // errno where the system gave one, so a caller can tell a target in the way
 };
 
 // How far the copy of one item has come: bytes written so far of the item's total.
@@ -66,6 +67,11 @@ public:
     // While set, copy and a move across file systems report each item's bytes as they are
     // written, so a long copy can show how far it has come; an empty function stops the reports.
     virtual void setCopyProgress(CopyProgress progress) { (void)progress; }
+
+    // Between the two, move and copy may learn which items have sidecars from one listing per
+    // folder instead of one look per item. A sidecar someone else makes meanwhile may stay behind.
+    virtual void beginBatch() {}
+    virtual void endBatch() {}
 };
 
 // Hands a copy-progress function to the file operations for as long as it lives.
@@ -78,6 +84,18 @@ public:
     ~CopyProgressScope() { m_files.setCopyProgress({}); }
     CopyProgressScope(const CopyProgressScope &) = delete;
     CopyProgressScope &operator=(const CopyProgressScope &) = delete;
+
+private:
+    FileOperations &m_files;
+};
+
+// Makes the moves and copies made while it lives one batch.
+class BatchScope {
+public:
+    explicit BatchScope(FileOperations &files) : m_files(files) { m_files.beginBatch(); }
+    ~BatchScope() { m_files.endBatch(); }
+    BatchScope(const BatchScope &) = delete;
+    BatchScope &operator=(const BatchScope &) = delete;
 
 private:
     FileOperations &m_files;

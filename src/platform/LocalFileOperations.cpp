@@ -45,7 +45,7 @@ QString reasonFor(int errorNumber)
 bool fail(FileError *error, const QString &path, int errorNumber)
 {
     if (error)
-        *error = FileError{path, reasonFor(errorNumber)};
+        *error = FileError{path, reasonFor(errorNumber), errorNumber};
     return false;
 }
 
@@ -456,12 +456,40 @@ bool LocalFileOperations::withSidecar(Step step, const QString &from, const QStr
 {
     if (!(this->*step)(from, to, error))
         return false;
-    if (hasSidecar(from)) {
+    if (sidecarBeside(from)) {
         FileError failure;
-        if (!(this->*step)(sidecarOf(from), sidecarOf(to), &failure))
+        if ((this->*step)(sidecarOf(from), sidecarOf(to), &failure))
+            noteSidecar(from, to, step == &LocalFileOperations::relocate);
+        else
             reportSidecar(from, to, failure);
     }
     return true;
+}
+
+bool LocalFileOperations::sidecarBeside(const QString &path)
+{
+    if (!m_sidecars)
+        return hasSidecar(path);
+    const QString folder = parentOf(path);
+    auto listed = m_sidecars->find(folder);
+    if (listed == m_sidecars->end()) {
+        QSet<QString> names;
+        for (const QString &name : listNames(folder))
+            if (name.startsWith(QLatin1String("._")))
+                names.insert(name);
+        listed = m_sidecars->insert(folder, names);
+    }
+    return listed->contains(QStringLiteral("._") + nameOf(path)) && hasSidecar(path);
+}
+
+void LocalFileOperations::noteSidecar(const QString &from, const QString &to, bool moved)
+{
+    if (!m_sidecars)
+        return;
+    if (const auto source = m_sidecars->find(parentOf(from)); moved && source != m_sidecars->end())
+        source->remove(QStringLiteral("._") + nameOf(from));
+    if (const auto target = m_sidecars->find(parentOf(to)); target != m_sidecars->end())
+        target->insert(QStringLiteral("._") + nameOf(to));
 }
 
 bool LocalFileOperations::move(const QString &from, const QString &to, FileError *error)
@@ -471,21 +499,20 @@ bool LocalFileOperations::move(const QString &from, const QString &to, FileError
 
 bool LocalFileOperations::relocate(const QString &from, const QString &to, FileError *error)
 {
+    // The rename refuses a missing source, an occupied target and a folder into itself by
+    // itself; the checks only run to say which, or before a copy.
+    const int result = renameNoReplace(from, to);
+    if (result == 0)
+        return true;
     struct stat info;
     if (!canPlace(from, to, &info, error))
         return false;
-
-    const int result = renameNoReplace(from, to);
-    if (result == EXDEV) {
-        if (!moveAcrossFileSystems(from, to, error))
-            return false;
-    } else if (result != 0) {
-        // The kernel does not say which side refused; the source's folder is the usual suspect.
-        const bool sourceSide =
-            result != ENOENT && result != ENOTDIR && result != EEXIST && !parentAllowsChanges(from);
-        return fail(error, sourceSide ? from : to, result);
-    }
-    return true;
+    if (result == EXDEV)
+        return moveAcrossFileSystems(from, to, error);
+    // The kernel does not say which side refused; the source's folder is the usual suspect.
+    const bool sourceSide =
+        result != ENOENT && result != ENOTDIR && result != EEXIST && !parentAllowsChanges(from);
+    return fail(error, sourceSide ? from : to, result);
 }
 
 bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QString &to,

@@ -3,6 +3,10 @@
 #include "platform/FileOperations.h"
 #include "platform/Roots.h"
 
+#include <QHash>
+#include <QSet>
+#include <optional>
+
 namespace korvane {
 
 // The file operations on the local disk. Moves never leave an item in neither place; the calls
@@ -29,6 +33,8 @@ public:
     bool writeFileAtomically(const QString &path, const QByteArray &bytes,
                              FileError *error = nullptr) override;
     void setCopyProgress(CopyProgress progress) override { m_copyProgress = std::move(progress); }
+    void beginBatch() override { m_sidecars.emplace(); }
+    void endBatch() override { m_sidecars.reset(); }
 
 protected:
     // One plain file; the recursive copy and the cross-device move call it per file.
@@ -44,6 +50,10 @@ private:
     // A step on the item, then on its sidecar, which follows where it can and is logged where not.
     using Step = bool (LocalFileOperations::*)(const QString &, const QString &, FileError *);
     bool withSidecar(Step step, const QString &from, const QString &to, FileError *error);
+    // Whether path has a sidecar; in a batch from the folder's listing, confirmed when it says so.
+    bool sidecarBeside(const QString &path);
+    // Keeps a batch's listings true after a sidecar followed its item from one folder to another.
+    void noteSidecar(const QString &from, const QString &to, bool moved);
     bool moveAcrossFileSystems(const QString &from, const QString &to, FileError *error);
     // One item into the trash's files folder, under preferredName when it is free.
     bool trashItem(const QString &path, const QString &preferredName, FileError *error,
@@ -53,6 +63,8 @@ private:
     void beginCopy(const QString &from);
 
     Roots m_roots;
+    // During a batch: per folder listed, the names of the sidecars in it.
+    std::optional<QHash<QString, QSet<QString>>> m_sidecars;
     CopyProgress m_copyProgress;
     qint64 m_copied = 0;
     qint64 m_copyTotal = 0;

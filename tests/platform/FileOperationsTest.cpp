@@ -156,6 +156,26 @@ TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack)
         EXPECT_EQ(log.lines().size(), 1);
     }
     EXPECT_TRUE(outer.lines().isEmpty());
+
+    // In a batch the folders' listings stand in for one look per item: they keep up with the
+    // batch's own moves, and a sidecar gone meanwhile is no failure.
+    const QString on = homePath("Batch"), off = on + " (Disabled)";
+    for (const char *name : {"A.vst", "B.vst", "C.vst"})
+        B::makeFile(on, name, {}, name);
+    B::makeFile(on, "._A.vst", {}, "a");
+    B::makeFile(on, "._C.vst", {}, "c");
+    B::makeFolder(off);
+    {
+        const BatchScope batch(files);
+        ASSERT_TRUE(files.move(on + "/A.vst", off + "/A.vst"));
+        ASSERT_TRUE(files.move(off + "/A.vst", on + "/A.vst"));
+        QFile::remove(on + "/._C.vst");
+        ASSERT_TRUE(files.move(on + "/C.vst", off + "/C.vst"));
+        ASSERT_TRUE(files.move(on + "/A.vst", off + "/A.vst"));
+    }
+    EXPECT_EQ(entries(on), QStringList{"B.vst"});
+    EXPECT_EQ(entries(off), QStringList({"._A.vst", "A.vst", "C.vst"}));
+    EXPECT_TRUE(outer.lines().isEmpty());
 }
 
 // A lock anywhere, on the bundle, deep inside it or on its folder, refuses the removal before a
