@@ -131,6 +131,7 @@ QList<MoveOutcome> TypeManager::applyAllPending()
     QList<MoveOutcome> outcomes;
     QStringList left;
     const int pending = m_list.pendingCount();
+    outcomes.reserve(pending);
     int done = 0;
     const bool showProgress = pending > 0;
     if (showProgress)
