@@ -869,5 +869,37 @@
         <translation>%1 lag bereits in %2; die gleiche Kopie aus %3 liegt jetzt im Papierkorb: %4
 </translation>
     </message>
+    <message>
+        <source>Finished an interrupted move: %1 is whole, its old copy %2 is removed</source>
+        <translation>Unterbrochenes Verschieben abgeschlossen: %1 ist vollständig, die alte Kopie %2 wurde entfernt</translation>
+    </message>
+    <message>
+        <source>Kept %1, the old copy of %2: %3</source>
+        <translation>%1, die alte Kopie von %2, wurde behalten: %3</translation>
+    </message>
+    <message>
+        <source>Kept %1, the hidden copy of an interrupted move: %2 holds a different item</source>
+        <translation>%1, die verborgene Kopie eines unterbrochenen Verschiebens, wurde behalten: an %2 liegt ein anderes Objekt</translation>
+    </message>
+    <message>
+        <source>Undid an interrupted move: %1 is back in place</source>
+        <translation>Unterbrochenes Verschieben rückgängig gemacht: %1 ist wieder an seinem Platz</translation>
+    </message>
+    <message>
+        <source>Kept %1, the hidden copy of an interrupted move: %2</source>
+        <translation>%1, die verborgene Kopie eines unterbrochenen Verschiebens, wurde behalten: %2</translation>
+    </message>
+    <message>
+        <source>Kept %1, the partial copy of an interrupted move: no other copy of %2 was found</source>
+        <translation>%1, die Teilkopie eines unterbrochenen Verschiebens, wurde behalten: keine andere Kopie von %2 gefunden</translation>
+    </message>
+    <message>
+        <source>Removed %1, the partial copy of an interrupted move</source>
+        <translation>%1, die Teilkopie eines unterbrochenen Verschiebens, wurde entfernt</translation>
+    </message>
+    <message>
+        <source>Kept %1, the partial copy of an interrupted move: %2</source>
+        <translation>%1, die Teilkopie eines unterbrochenen Verschiebens, wurde behalten: %2</translation>
+    </message>
 </context>
 </TS>

@@ -135,9 +135,9 @@ bool TypeManager::settleInterruptedMoves(const std::array<QString, LocationCount
         systemLog(QStringLiteral("Leftovers of moves left alone: %1").arg(lock.failure()));
         return false;
     }
-    for (const QString &line : moves.settle()) {
-        systemLog(line);
-        services().addLogEntry(this, line + QLatin1Char('\n'));
+    for (const InterruptedMoves::Line &line : moves.settle()) {
+        systemLog(line.in(false));
+        services().addLogEntry(this, line.in(true) + QLatin1Char('\n'));
     }
     return true;
 }

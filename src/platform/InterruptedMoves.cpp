@@ -1,5 +1,7 @@
 #include "platform/InterruptedMoves.h"
 
+#include "platform/Texts.h"
+
 #include <QDir>
 
 namespace korvane {
@@ -98,9 +100,23 @@ void InterruptedMoves::add(int folder, const QString &relative)
                          join(m_folders.at(folder), relative), leftover->removing});
 }
 
-QStringList InterruptedMoves::settle()
+QString InterruptedMoves::Line::in(bool translated) const
 {
-    QStringList lines;
+    const QString format = translated ? korvane::tr(text) : QString::fromUtf8(text);
+    // All at once: a path holding "%1" must not be taken for a place to fill.
+    switch (args.size()) {
+    case 1:
+        return format.arg(args.at(0));
+    case 2:
+        return format.arg(args.at(0), args.at(1));
+    default:
+        return format.arg(args.value(0), args.value(1), args.value(2));
+    }
+}
+
+QList<InterruptedMoves::Line> InterruptedMoves::settle()
+{
+    QList<Line> lines;
     for (const Found &found : std::as_const(m_found))
         if (found.removing)
             settleRemoving(found, &lines);
@@ -132,7 +148,7 @@ bool InterruptedMoves::anyRemovingOf(const Found &found) const
     return false;
 }
 
-void InterruptedMoves::settleRemoving(const Found &found, QStringList *lines)
+void InterruptedMoves::settleRemoving(const Found &found, QList<Line> *lines)
 {
     if (!m_files.exists(found.path))
         return;
@@ -146,31 +162,36 @@ void InterruptedMoves::settleRemoving(const Found &found, QStringList *lines)
                 continue;
             FileError error;
             if (m_files.remove(found.path, &error))
-                *lines << QStringLiteral("Finished an interrupted move: %1 is whole, its old copy "
-                                         "%2 is removed")
-                              .arg(copy, found.path);
+                *lines << Line{
+                    QT_TRANSLATE_NOOP("korvane",
+                                      "Finished an interrupted move: %1 is whole, its old copy "
+                                      "%2 is removed"),
+                    {copy, found.path}};
             else
-                *lines << QStringLiteral("Kept %1, the old copy of %2: %3")
-                              .arg(found.path, copy, error.reason);
+                *lines << Line{QT_TRANSLATE_NOOP("korvane", "Kept %1, the old copy of %2: %3"),
+                               {found.path, copy, error.reason}};
             return;
         }
     }
     const QString home = itemIn(found.folder, found);
     if (m_files.exists(home)) {
-        *lines << QStringLiteral("Kept %1, the hidden copy of an interrupted move: %2 holds a "
-                                 "different item")
-                      .arg(found.path, home);
+        *lines << Line{QT_TRANSLATE_NOOP(
+                           "korvane", "Kept %1, the hidden copy of an interrupted move: %2 holds a "
+                                      "different item"),
+                       {found.path, home}};
         return;
     }
     FileError error;
     if (m_files.move(found.path, home, &error))
-        *lines << QStringLiteral("Undid an interrupted move: %1 is back in place").arg(home);
+        *lines << Line{
+            QT_TRANSLATE_NOOP("korvane", "Undid an interrupted move: %1 is back in place"), {home}};
     else
-        *lines << QStringLiteral("Kept %1, the hidden copy of an interrupted move: %2")
-                      .arg(found.path, error.reason);
+        *lines << Line{
+            QT_TRANSLATE_NOOP("korvane", "Kept %1, the hidden copy of an interrupted move: %2"),
+            {found.path, error.reason}};
 }
 
-void InterruptedMoves::settlePartial(const Found &found, QStringList *lines)
+void InterruptedMoves::settlePartial(const Found &found, QList<Line> *lines)
 {
     if (!m_files.exists(found.path))
         return;
@@ -180,18 +201,22 @@ void InterruptedMoves::settlePartial(const Found &found, QStringList *lines)
     for (int folder = 0; folder < m_folders.size() && !elsewhere; ++folder)
         elsewhere = m_files.exists(itemIn(folder, found));
     if (!elsewhere) {
-        *lines << QStringLiteral("Kept %1, the partial copy of an interrupted move: no other copy "
-                                 "of %2 was found")
-                      .arg(found.path, found.relativeItem);
+        *lines << Line{
+            QT_TRANSLATE_NOOP("korvane",
+                              "Kept %1, the partial copy of an interrupted move: no other copy "
+                              "of %2 was found"),
+            {found.path, found.relativeItem}};
         return;
     }
     FileError error;
     if (m_files.remove(found.path, &error))
-        *lines << QStringLiteral("Removed %1, the partial copy of an interrupted move")
-                      .arg(found.path);
+        *lines << Line{
+            QT_TRANSLATE_NOOP("korvane", "Removed %1, the partial copy of an interrupted move"),
+            {found.path}};
     else
-        *lines << QStringLiteral("Kept %1, the partial copy of an interrupted move: %2")
-                      .arg(found.path, error.reason);
+        *lines << Line{
+            QT_TRANSLATE_NOOP("korvane", "Kept %1, the partial copy of an interrupted move: %2"),
+            {found.path, error.reason}};
 }
 
 } // namespace korvane

@@ -40,10 +40,17 @@ public:
     void add(int folder, const QString &relative);
     bool isEmpty() const { return m_found.isEmpty(); }
 
+    // One line for the logs: its text as marked for translation, and the paths it names.
+    struct Line {
+        const char *text;
+        QStringList args;
+        // In English for the system log, or in the user's language for the log window.
+        QString in(bool translated) const;
+    };
     // Finishes or undoes every move added: old copies before partial ones, so a resolution cut
     // short itself leaves states the next one still recognises. One line per change or per
-    // leftover kept, for the logs.
-    QStringList settle();
+    // leftover kept.
+    QList<Line> settle();
 
 private:
     struct Found {
@@ -55,8 +62,8 @@ private:
     QString itemIn(int folder, const Found &found) const;
     bool anyPartialOf(const Found &found) const;
     bool anyRemovingOf(const Found &found) const;
-    void settleRemoving(const Found &found, QStringList *lines);
-    void settlePartial(const Found &found, QStringList *lines);
+    void settleRemoving(const Found &found, QList<Line> *lines);
+    void settlePartial(const Found &found, QList<Line> *lines);
 
     FileOperations &m_files;
     QStringList m_folders;
