@@ -13,7 +13,9 @@
 #include <QDropEvent>
 #include <QHeaderView>
 #include <QMimeData>
+#include <QStyle>
 #include <QUrl>
+#include <algorithm>
 
 namespace korvane {
 
@@ -261,8 +263,13 @@ void PluginTableView::restoreColumns()
 {
     m_restoring = true;
     QHeaderView *header = horizontalHeader();
-    for (int logical = 0; logical < header->count(); ++logical)
-        header->resizeSection(logical, defaultWidth(m_model->identifier(logical)));
+    for (int logical = 0; logical < header->count(); ++logical) {
+        // A translated title can be longer than the column's usual width; room for the sort
+        // arrow too.
+        const QString title = m_model->headerData(logical, Qt::Horizontal).toString();
+        const int fits = header->fontMetrics().horizontalAdvance(title) + 28;
+        header->resizeSection(logical, std::max(defaultWidth(m_model->identifier(logical)), fits));
+    }
     if (m_prefs && m_prefs->defaults()) {
         int visual = 0;
         const QVariantList stored = m_prefs->defaults()->object(columnsKey()).toList();
@@ -334,6 +341,10 @@ void PluginTableView::startDrag(Qt::DropActions)
     // Out of the table a plug-in is only ever copied; nothing here removes a dragged row.
     auto *drag = new QDrag(this);
     drag->setMimeData(data);
+    // A bundle is a folder to the file manager that receives it; a plug-in's own icon is an
+    // .icns, which Qt does not read.
+    const int size = style()->pixelMetric(QStyle::PM_LargeIconSize, nullptr, this);
+    drag->setPixmap(style()->standardIcon(QStyle::SP_DirIcon, nullptr, this).pixmap(size, size));
     drag->exec(Qt::CopyAction, Qt::CopyAction);
 }
 
