@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextStream>
@@ -17,6 +18,32 @@
 namespace korvane {
 
 namespace {
+
+// A command's rows: with --json an array of objects, else aligned text columns.
+class Listing {
+public:
+    explicit Listing(bool json) : m_json(json) {}
+    void add(const QJsonObject &object, const QStringList &cells)
+    {
+        if (m_json)
+            m_array.append(object);
+        else
+            m_table.addRow(cells);
+    }
+    void print(QTextStream &out) const
+    {
+        if (m_json)
+            out << QString::fromUtf8(QJsonDocument(m_array).toJson(QJsonDocument::Indented));
+        else
+            m_table.print(out);
+        out.flush();
+    }
+
+private:
+    bool m_json;
+    QJsonArray m_array;
+    TextTable m_table;
+};
 
 QString onOff(bool active)
 {
@@ -170,35 +197,24 @@ int CliRunner::applySets(CliSession &session, const Options &options)
 
 int CliRunner::list(CliSession &session, const Options &options)
 {
-    AppContext &context = session.controllers();
-    QJsonArray array;
-    TextTable table;
-    for (int type : formats(options)) {
-        TypeManager *manager = context.manager(type);
+    Listing listing(options.json);
+    for (TypeManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
-        manager->reloadData();
         for (const AUItemPtr &item : manager->items()) {
             const QString group = item->getAUGroup();
-            if (options.json) {
-                array.append(
-                    QJsonObject{{QStringLiteral("format"), format},
-                                {QStringLiteral("name"), item->getAUName()},
-                                {QStringLiteral("location"), item->getAULocation()},
-                                {QStringLiteral("global"), item->getAUGlobal()},
-                                {QStringLiteral("active"), item->getAUActive()},
-                                {QStringLiteral("group"), group},
-                                {QStringLiteral("architecture"), item->getPlattformIdent()}});
-            } else {
-                table.addRow({format, onOff(item->getAUActive()), scope(item->getAUGlobal()),
-                              group.isEmpty() ? QStringLiteral("-") : group,
-                              item->getPlattformIdent(), fullPath(*item)});
-            }
+            listing.add(QJsonObject{{QStringLiteral("format"), format},
+                                    {QStringLiteral("name"), item->getAUName()},
+                                    {QStringLiteral("location"), item->getAULocation()},
+                                    {QStringLiteral("global"), item->getAUGlobal()},
+                                    {QStringLiteral("active"), item->getAUActive()},
+                                    {QStringLiteral("group"), group},
+                                    {QStringLiteral("architecture"), item->getPlattformIdent()}},
+                        {format, onOff(item->getAUActive()), scope(item->getAUGlobal()),
+                         group.isEmpty() ? QStringLiteral("-") : group, item->getPlattformIdent(),
+                         fullPath(*item)});
         }
     }
-    if (options.json)
-        printJson(array);
-    else
-        table.print(m_out);
+    listing.print(m_out);
     return ExitDone;
 }
 
@@ -245,26 +261,16 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
 
 int CliRunner::duplicates(CliSession &session, const Options &options)
 {
-    AppContext &context = session.controllers();
-    QJsonArray array;
-    TextTable table;
-    for (int type : formats(options)) {
-        TypeManager *manager = context.manager(type);
+    Listing listing(options.json);
+    for (TypeManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
-        manager->reloadData();
-        for (const auto &[name, count] : TypeManager::duplicateNames(manager->items())) {
-            if (options.json)
-                array.append(QJsonObject{{QStringLiteral("format"), format},
-                                         {QStringLiteral("name"), name},
-                                         {QStringLiteral("count"), count}});
-            else
-                table.addRow({format, QString::number(count), name});
-        }
+        for (const auto &[name, count] : TypeManager::duplicateNames(manager->items()))
+            listing.add(QJsonObject{{QStringLiteral("format"), format},
+                                    {QStringLiteral("name"), name},
+                                    {QStringLiteral("count"), count}},
+                        {format, QString::number(count), name});
     }
-    if (options.json)
-        printJson(array);
-    else
-        table.print(m_out);
+    listing.print(m_out);
     return ExitDone;
 }
 
@@ -291,21 +297,14 @@ int CliRunner::showSet(CliSession &session, const Options &options)
     if (!items)
         return usageError(QStringLiteral("\"%1\": %2").arg(options.file, problem));
 
-    QJsonArray array;
-    TextTable table;
-    for (const AUItemPtr &item : *items) {
-        if (options.json)
-            array.append(QJsonObject{{QStringLiteral("name"), item->getAUName()},
-                                     {QStringLiteral("location"), item->getAULocation()},
-                                     {QStringLiteral("global"), item->getAUGlobal()},
-                                     {QStringLiteral("active"), item->getAUActive()}});
-        else
-            table.addRow({onOff(item->getAUActive()), scope(item->getAUGlobal()), fullPath(*item)});
-    }
-    if (options.json)
-        printJson(array);
-    else
-        table.print(m_out);
+    Listing listing(options.json);
+    for (const AUItemPtr &item : *items)
+        listing.add(QJsonObject{{QStringLiteral("name"), item->getAUName()},
+                                {QStringLiteral("location"), item->getAULocation()},
+                                {QStringLiteral("global"), item->getAUGlobal()},
+                                {QStringLiteral("active"), item->getAUActive()}},
+                    {onOff(item->getAUActive()), scope(item->getAUGlobal()), fullPath(*item)});
+    listing.print(m_out);
     return ExitDone;
 }
 
@@ -353,10 +352,14 @@ int CliRunner::report(const AppContext &context, int type, const QList<MoveOutco
     return status;
 }
 
-void CliRunner::printJson(const QJsonArray &array)
+QList<TypeManager *> CliRunner::scanned(CliSession &session, const Options &options)
 {
-    m_out << QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Indented));
-    m_out.flush();
+    QList<TypeManager *> managers;
+    for (int type : formats(options)) {
+        managers << session.controllers().manager(type);
+        managers.constLast()->reloadData();
+    }
+    return managers;
 }
 
 QList<int> CliRunner::formats(const Options &options)

@@ -4,7 +4,6 @@
 #include "managers/TypeManager.h"
 #include "platform/Roots.h"
 
-#include <QJsonArray>
 #include <QList>
 
 class QTextStream;
@@ -35,8 +34,9 @@ private:
     int usageError(const QString &message);
     // Prints one line per plug-in moved and one error per failure; ExitMoveFailed on a failure.
     int report(const AppContext &context, int type, const QList<MoveOutcome> &outcomes);
-    void printJson(const QJsonArray &array);
     static QList<int> formats(const Options &options); // --format, or all four in order
+    // The managers of those formats, each freshly scanned.
+    static QList<TypeManager *> scanned(CliSession &session, const Options &options);
 
     Roots m_defaults;
     QTextStream &m_out;
