@@ -120,36 +120,34 @@ void UpdateCheck::run()
 
 void UpdateCheck::report(const std::optional<QVariantMap> &list)
 {
-    UserInterface &ui = m_ui;
-
-    if (!list) {
+    const auto ask = [this](const QString &title, const QString &text, const QStringList &buttons) {
         Alert alert;
-        alert.title = korvane::tr("Update check");
-        alert.messageText = korvane::tr("Could not connect to the internet");
-        alert.buttons = {korvane::tr("Ok")};
-        ui.runAlert(alert);
+        alert.title = title;
+        alert.messageText = text;
+        alert.buttons = buttons;
+        return m_ui.runAlert(alert);
+    };
+    if (!list) {
+        ask(korvane::tr("Update check"), korvane::tr("Could not connect to the internet"),
+            {korvane::tr("Ok")});
         return;
     }
 
     const QVariant listed = list->value(QLatin1String(VersionKey));
     // Exact string equality: "1.2.0" is not "1.2", and a number is never the installed string.
     if (listed.typeId() == QMetaType::QString && listed.toString() == m_installedVersion) {
-        Alert alert;
-        alert.title = korvane::tr("Your Software is up-to-date");
-        alert.messageText = korvane::tr("You have the most recent version of \"Korvane\".");
-        alert.buttons = {korvane::tr("OK")};
-        ui.runAlert(alert);
+        ask(korvane::tr("Your Software is up-to-date"),
+            korvane::tr("You have the most recent version of \"Korvane\"."), {korvane::tr("OK")});
         return;
     }
 
-    Alert alert;
-    alert.title = korvane::tr("A New Version is Available");
-    alert.messageText = korvane::tr("A new version of \"Korvane\" is available (version %@). Would "
-                                    "you like to download the new version now?")
-                            .replace(QLatin1String("%@"), shownVersion(listed.toString()));
-    alert.buttons = {korvane::tr("OK"), korvane::tr("Cancel")};
-    if (ui.runAlert(alert) == AlertDefault)
-        ui.openUrl(m_downloadUrl);
+    const QString text = korvane::tr("A new version of \"Korvane\" is available (version %@). "
+                                     "Would you like to download the new version now?")
+                             .replace(QLatin1String("%@"), shownVersion(listed.toString()));
+    if (ask(korvane::tr("A New Version is Available"), text,
+            {korvane::tr("OK"), korvane::tr("Cancel")})
+        == AlertDefault)
+        m_ui.openUrl(m_downloadUrl);
 }
 
 } // namespace korvane
