@@ -64,13 +64,16 @@ int main(int argc, char *argv[])
         return 1;
     }
 
-    // Sets to choose from in the launch script: a Live set of Audio Units and a Studio set of VST.
+    // Sets to choose from in the launch script: a Live set of Audio Units and a Studio set of VST,
+    // written below once the library is scanned.
     const Locations locations(roots);
     LocalFileOperations disk;
+    const QString live = dir + QStringLiteral("/home/Live.aukorv");
+    const QString studio = dir + QStringLiteral("/home/Studio.vstkorv");
     PropertyList::writeXml(disk, locations.dataFilePath(QStringLiteral("ausets.plist")),
-                           QVariantList{QStringLiteral("no set"), QStringLiteral("Live")});
+                           QVariantList{QStringLiteral("no set"), live});
     PropertyList::writeXml(disk, locations.dataFilePath(QStringLiteral("vstsets.plist")),
-                           QVariantList{QStringLiteral("no set"), QStringLiteral("Studio")});
+                           QVariantList{QStringLiteral("no set"), studio});
 
     AppContext::Parts parts;
     parts.roots = roots;
@@ -79,8 +82,10 @@ int main(int argc, char *argv[])
     main.applicationDidFinishLaunching();
     TypeManager &au = *context.manager(TypeAU);
     TypeManager &vst = *context.manager(TypeVST);
-    au.selectSetIndex(1);
-    vst.selectSetIndex(1);
+    au.archivePlugins(live);
+    vst.archivePlugins(studio);
+    au.selectSet(1);
+    vst.selectSet(1);
 
     bool ok = true;
     {
