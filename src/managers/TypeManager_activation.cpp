@@ -20,6 +20,7 @@
 #include <QStringBuilder>
 #include <QVariantMap>
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 
 namespace korvane {

@@ -74,6 +74,7 @@ TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
     };
     ui.alertAnswers << AlertDefault << AlertAlternate; // Proceed, then Stop
     EXPECT_EQ(apply(), QStringList({"A.component 00", "B.component 10", "C.component 10"}));
+    EXPECT_EQ(files.moves, 3); // a full disk is not tried a second time
     for (const char *name : {"B.component", "C.component"})
         EXPECT_TRUE(QDir().rename(auPath(1, name), auPath(0, name)));
     EXPECT_EQ(apply(), QStringList({"A.component 00", "B.component 01", "C.component 01"}));

@@ -15,6 +15,7 @@
 #include "support/TestRoots.h"
 
 #include <QDir>
+#include <cerrno>
 #include <memory>
 
 namespace korvane {
@@ -55,7 +56,7 @@ public:
         if (from != moveSource)
             return LocalFileOperations::move(from, to, error);
         if (error)
-            *error = {from, QStringLiteral("No space left on device")};
+            *error = {from, QStringLiteral("No space left on device"), ENOSPC};
         return false;
     }
 };
