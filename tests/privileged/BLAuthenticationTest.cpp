@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QThread>
 
 namespace korvane {
 namespace {
@@ -194,7 +195,11 @@ TEST_F(BLAuthenticationTest, ARealProcessIsFoundAndKilledAsItself)
     QProcess child;
     child.start(program, {"30"});
     ASSERT_TRUE(child.waitForStarted());
-    ASSERT_EQ(auth.getPID(marker), child.processId()); // guards the kill below
+    // Started may be told before the child's exec shows in /proc on a busy machine.
+    int pid = 0;
+    for (int tries = 0; tries < 50 && (pid = auth.getPID(marker)) == 0; ++tries)
+        QThread::msleep(100);
+    ASSERT_EQ(pid, child.processId()); // guards the kill below
     EXPECT_TRUE(auth.killProcess(marker));
     EXPECT_TRUE(child.waitForFinished(10000));
     EXPECT_EQ(child.exitStatus(), QProcess::CrashExit);
