@@ -31,6 +31,12 @@ qsizetype PluginList::recordIndexOf(const AUItem &item) const
     return -1;
 }
 
+QString PluginList::folderOnDisk(const AUItem &item) const
+{
+    const qsizetype index = recordIndexOf(item);
+    return index >= 0 ? m_records.at(index).getLogPath() : item.getAULocation();
+}
+
 void PluginList::noteRecordState(bool wasProcessed, bool isProcessed)
 {
     if (wasProcessed != isProcessed)

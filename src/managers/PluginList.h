@@ -25,6 +25,8 @@ public:
     AULog &record(qsizetype index) { return m_records[index]; }
     // The index of an item's record (matched by name and ID), or -1.
     qsizetype recordIndexOf(const AUItem &item) const;
+    // The folder an item lies in now: a change still pending has moved only the row.
+    QString folderOnDisk(const AUItem &item) const;
     int pendingCount() const { return m_pending; }
     // Keeps the pending count when a record's state may have changed.
     void noteRecordState(bool wasProcessed, bool isProcessed);

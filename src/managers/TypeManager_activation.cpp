@@ -208,6 +208,11 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
             run.stopped = true;
         outcome.error = error;
     };
+    const auto moveFailed = [&](const FileError &error) {
+        reportFailure(error);
+        systemLog(QStringLiteral("fehlgeschlagen"));
+        return outcome;
+    };
 
     const auto done = [&] {
         AULog &record = m_list.record(logIndex);
@@ -235,11 +240,8 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
         if (files.move(outcome.from, outcome.to, &error))
             return done();
         const bool plain = error.path == outcome.to || error.path == outcome.from;
-        if (!plain || (error.code != EEXIST && error.code != ENOENT)) {
-            reportFailure(error);
-            systemLog(QStringLiteral("fehlgeschlagen"));
-            return outcome;
-        }
+        if (!plain || (error.code != EEXIST && error.code != ENOENT))
+            return moveFailed(error);
     }
 
     // Two copies of one plug-in (system and user folder, or a set naming both) can be marked so
@@ -315,12 +317,8 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
     }
 
     FileError error;
-    if (!files.move(outcome.from, outcome.to, &error)) {
-        reportFailure(error);
-        systemLog(QStringLiteral("fehlgeschlagen"));
-        return outcome;
-    }
-
+    if (!files.move(outcome.from, outcome.to, &error))
+        return moveFailed(error);
     return done();
 }
 

@@ -105,12 +105,11 @@ void TypeManager::deleteItem()
     FileOperations &files = this->files();
     for (int row : std::as_const(rows)) {
         const AUItemPtr item = m_list.at(row);
-        // A change still pending has moved only the row: the plug-in lies where its record says.
-        QString path = QStringLiteral("%1/%2").arg(item->getAULocation(), item->getAUName());
+        const QString path =
+            QStringLiteral("%1/%2").arg(m_list.folderOnDisk(*item), item->getAUName());
+        // Nothing is left to apply for a row that is gone.
         if (const qsizetype index = m_list.recordIndexOf(*item); index >= 0) {
             AULog &record = m_list.record(index);
-            path = QStringLiteral("%1/%2").arg(record.getLogPath(), record.getLogName());
-            // Nothing is left to apply for a row that is gone.
             m_list.noteRecordState(record.isLogProcessed(), true);
             record.setLogProcessed(true);
         }

@@ -150,9 +150,7 @@ QStringList TypeManager::mergeItems(const QList<AUItemPtr> &saved)
     for (qsizetype i = 0; i < plugins.size(); ++i) {
         const AUItem &item = *plugins.at(i);
         copies[item.getAUName()].append(i);
-        const qsizetype record = m_list.recordIndexOf(item);
-        const QString &folder =
-            record >= 0 ? m_list.records().at(record).getLogPath() : item.getAULocation();
+        const QString folder = m_list.folderOnDisk(item);
         where[size_t(i)] = folder;
         const bool system =
             folder == folders[LocSystemActive] || folder == folders[LocSystemDisabled];

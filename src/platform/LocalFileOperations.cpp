@@ -1,5 +1,6 @@
 #include "platform/LocalFileOperations.h"
 
+#include "platform/FormatTable.h"
 #include "platform/InterruptedMoves.h"
 #include "platform/PlatformFiles.h"
 #include "platform/ScanCache.h"
@@ -81,10 +82,16 @@ QString childOf(const QString &folder, const QString &name)
     return folder % QLatin1Char('/') % name;
 }
 
-// The AppleDouble sidecar that carries an item's Finder information on foreign file systems.
+// The AppleDouble sidecar that carries an item's Finder information on foreign file systems: its
+// name, and its path.
+QString sidecarName(const QString &path)
+{
+    return QStringLiteral("._") + nameOf(path);
+}
+
 QString sidecarOf(const QString &path)
 {
-    return childOf(parentOf(path), QStringLiteral("._") + nameOf(path));
+    return childOf(parentOf(path), sidecarName(path));
 }
 
 bool hasSidecar(const QString &path)
@@ -475,11 +482,11 @@ bool LocalFileOperations::sidecarBeside(const QString &path)
     if (listed == m_sidecars->end()) {
         QSet<QString> names;
         for (const QString &name : listNames(folder))
-            if (name.startsWith(QLatin1String("._")))
+            if (isAppleDoubleName(name))
                 names.insert(name);
         listed = m_sidecars->insert(folder, names);
     }
-    return listed->contains(QStringLiteral("._") + nameOf(path)) && hasSidecar(path);
+    return listed->contains(sidecarName(path)) && hasSidecar(path);
 }
 
 void LocalFileOperations::noteSidecar(const QString &from, const QString &to, bool moved)
@@ -487,9 +494,9 @@ void LocalFileOperations::noteSidecar(const QString &from, const QString &to, bo
     if (!m_sidecars)
         return;
     if (const auto source = m_sidecars->find(parentOf(from)); moved && source != m_sidecars->end())
-        source->remove(QStringLiteral("._") + nameOf(from));
+        source->remove(sidecarName(from));
     if (const auto target = m_sidecars->find(parentOf(to)); target != m_sidecars->end())
-        target->insert(QStringLiteral("._") + nameOf(to));
+        target->insert(sidecarName(to));
 }
 
 bool LocalFileOperations::move(const QString &from, const QString &to, FileError *error)
@@ -753,7 +760,7 @@ bool LocalFileOperations::moveToTrash(const QString &path, FileError *error, QSt
     // Named after the item's name in the trash, so the pair stays recognisable there.
     if (hasSidecar(path)) {
         FileError failure;
-        if (!trashItem(sidecarOf(path), QStringLiteral("._") + nameOf(target), &failure, nullptr))
+        if (!trashItem(sidecarOf(path), sidecarName(target), &failure, nullptr))
             reportSidecar(path, target, failure);
     }
     if (trashedTo)
