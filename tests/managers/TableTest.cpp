@@ -91,8 +91,11 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
 // from the list, and the plug-in stays where it is.
 TEST_F(TableTest, DeleteTrashesTheSelectedRowsFromTheHighestDown)
 {
-    au->setObjectValue(false, "AUActive", rowOf(au, "bar.component"));
+    au->setObjectValue(false, "AUActive", rowOf(au, "Baz.component"));
     ASSERT_TRUE(au->isApplyEnabled());
+    // A drag out hands over the plug-in where it lies, not where the mark will put it.
+    EXPECT_EQ(au->writeRows({rowOf(au, "Baz.component")}),
+              QStringList{auPath(LocUserActive, "Baz.component")});
     au->selectRows({0, 1});
     au->deleteItem();
     const QString trash = homePath(".local/share/Trash/files/");
