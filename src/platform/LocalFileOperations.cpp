@@ -1,6 +1,5 @@
 #include "platform/LocalFileOperations.h"
 
-#include "platform/FormatTable.h"
 #include "platform/InterruptedMoves.h"
 #include "platform/PlatformFiles.h"
 #include "platform/ScanCache.h"
@@ -60,9 +59,37 @@ bool statPath(const QString &path, struct stat *info)
     return !path.isEmpty() && ::stat(encoded(path).constData(), info) == 0;
 }
 
+// Most paths here are a folder and a name joined, clean already; cleaning them again cost more
+// than the rename they were for.
+bool isClean(QStringView path)
+{
+    const qsizetype n = path.size();
+    if (n == 0 || path[0] == u'.' || path[n - 1] == u'/')
+        return path == u"/";
+    const char16_t *c = path.utf16();
+    for (qsizetype i = 0; i + 1 < n; ++i) {
+        if (c[i] != u'/')
+            continue;
+        // "//", "/." and "/.." as whole components are what cleaning would change.
+        if (c[i + 1] == u'/')
+            return false;
+        if (c[i + 1] == u'.') {
+            const qsizetype dots = i + 2 < n && c[i + 2] == u'.' ? 2 : 1;
+            if (i + 1 + dots == n || c[i + 1 + dots] == u'/')
+                return false;
+        }
+    }
+    return true;
+}
+
+QString cleaned(const QString &path)
+{
+    return isClean(path) ? path : QDir::cleanPath(path);
+}
+
 QString parentOf(const QString &path)
 {
-    const QString clean = QDir::cleanPath(path);
+    const QString clean = cleaned(path);
     const qsizetype slash = clean.lastIndexOf(QLatin1Char('/'));
     if (slash < 0)
         return QStringLiteral(".");
@@ -71,7 +98,7 @@ QString parentOf(const QString &path)
 
 QString nameOf(const QString &path)
 {
-    const QString clean = QDir::cleanPath(path);
+    const QString clean = cleaned(path);
     return clean.mid(clean.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
@@ -157,6 +184,21 @@ QStringList listNames(const QString &path, bool rememberKinds = false)
     }
     ::closedir(dir);
     std::sort(names.begin(), names.end());
+    return names;
+}
+
+// Only the AppleDouble names, picked from the raw bytes: a batch lists big plug-in folders in
+// which such names are rare, and decoding every other name cost as much as the moves.
+QSet<QString> sidecarNamesIn(const QString &folder)
+{
+    QSet<QString> names;
+    DIR *dir = ::opendir(encoded(folder).constData());
+    if (!dir)
+        return names;
+    while (const dirent *entry = ::readdir(dir))
+        if (entry->d_name[0] == '.' && entry->d_name[1] == '_')
+            names.insert(QFile::decodeName(entry->d_name));
+    ::closedir(dir);
     return names;
 }
 
@@ -479,14 +521,9 @@ bool LocalFileOperations::sidecarBeside(const QString &path)
         return hasSidecar(path);
     const QString folder = parentOf(path);
     auto listed = m_sidecars->find(folder);
-    if (listed == m_sidecars->end()) {
-        QSet<QString> names;
-        for (const QString &name : listNames(folder))
-            if (isAppleDoubleName(name))
-                names.insert(name);
-        listed = m_sidecars->insert(folder, names);
-    }
-    return listed->contains(sidecarName(path)) && hasSidecar(path);
+    if (listed == m_sidecars->end())
+        listed = m_sidecars->insert(folder, sidecarNamesIn(folder));
+    return !listed->isEmpty() && listed->contains(sidecarName(path)) && hasSidecar(path);
 }
 
 void LocalFileOperations::noteSidecar(const QString &from, const QString &to, bool moved)
