@@ -1,4 +1,5 @@
 #include "managers/PluginList.h"
+#include <QStringBuilder>
 
 namespace korvane {
 
@@ -35,6 +36,11 @@ QString PluginList::folderOnDisk(const AUItem &item) const
 {
     const qsizetype index = recordIndexOf(item);
     return index >= 0 ? m_records.at(index).getLogPath() : item.getAULocation();
+}
+
+QString PluginList::pathOnDisk(const AUItem &item) const
+{
+    return folderOnDisk(item) % QLatin1Char('/') % item.getAUName();
 }
 
 void PluginList::noteRecordState(bool wasProcessed, bool isProcessed)

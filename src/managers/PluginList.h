@@ -27,6 +27,7 @@ public:
     qsizetype recordIndexOf(const AUItem &item) const;
     // The folder an item lies in now: a change still pending has moved only the row.
     QString folderOnDisk(const AUItem &item) const;
+    QString pathOnDisk(const AUItem &item) const;
     int pendingCount() const { return m_pending; }
     // Keeps the pending count when a record's state may have changed.
     void noteRecordState(bool wasProcessed, bool isProcessed);

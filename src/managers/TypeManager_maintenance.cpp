@@ -105,8 +105,7 @@ void TypeManager::deleteItem()
     FileOperations &files = this->files();
     for (int row : std::as_const(rows)) {
         const AUItemPtr item = m_list.at(row);
-        const QString path =
-            QStringLiteral("%1/%2").arg(m_list.folderOnDisk(*item), item->getAUName());
+        const QString path = m_list.pathOnDisk(*item);
         // Nothing is left to apply for a row that is gone.
         if (const qsizetype index = m_list.recordIndexOf(*item); index >= 0) {
             AULog &record = m_list.record(index);

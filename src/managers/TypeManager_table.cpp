@@ -257,7 +257,7 @@ QStringList TypeManager::writeRows(const QList<int> &rows) const
     QStringList paths;
     for (int row : rows) {
         if (const AUItemPtr item = itemAt(row))
-            paths << QStringLiteral("%1/%2").arg(m_list.folderOnDisk(*item), item->getAUName());
+            paths << m_list.pathOnDisk(*item);
     }
     return paths;
 }

@@ -101,6 +101,9 @@ TEST_F(PluginTableTest, CellsComeFromTheManagerAndAChangeRepaintsOnlyItsRow)
     EXPECT_EQ(changed.at(0).at(0).value<QModelIndex>().row(), birchRow);
     EXPECT_EQ(changed.at(0).at(1).value<QModelIndex>().row(), birchRow);
     EXPECT_EQ(birch.data(Qt::CheckStateRole), Qt::Checked);
+    // Marked, not applied: the tip still says where the plug-in lies.
+    EXPECT_EQ(birch.data(Qt::ToolTipRole),
+              folder(TypeAU, LocUserDisabled) + "/Birch Delay.component");
 
     // The architecture column follows the manager, and the rows stay where they were.
     au->setPlattformVisible(true);

@@ -79,7 +79,8 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
             return QVariant();
         return TypeManager::itemValue(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
     case Qt::ToolTipRole:
-        return QStringLiteral("%1/%2").arg(item->getAULocation(), item->getAUName());
+        // Where the plug-in lies now, also for a row marked but not applied yet.
+        return m_manager.plugins().pathOnDisk(*item);
     case Qt::AccessibleTextRole:
         if (isCheckColumn(id))
             return TypeManager::itemValue(*item, id).toBool() ? korvane::tr("on")
