@@ -10,8 +10,7 @@ demo="$build/tools/korvane_demo"
 cmd="$build/src/KorvaneCMD"
 need_programs demo.sh "$demo" "$cmd"
 
-dir="$(mktemp -d "${TMPDIR:-/tmp}/korvane-demo.XXXXXX")"
-"$demo" "$dir" >/dev/null
+dir="$(demo_library "$demo" demo)"
 R="$dir/root"
 H="$dir/home"
 

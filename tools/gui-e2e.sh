@@ -21,7 +21,7 @@ done
 mkdir -p "$shots"
 shots="$(cd "$shots" && pwd)"
 
-dir="$(mktemp -d "${TMPDIR:-/tmp}/korvane-e2e.XXXXXX")"
+dir="$(demo_library "$demo" e2e)"
 xvfb=""
 app=""
 cleanup() {
@@ -31,7 +31,6 @@ cleanup() {
 }
 trap cleanup EXIT
 
-"$demo" "$dir" >/dev/null
 R="$dir/root"
 H="$dir/home"
 support="$H/Library/Application Support/Korvane"

@@ -18,8 +18,7 @@ if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
 fi
 need_programs open-demo.sh "$korvane" "$demo"
 
-dir="$(mktemp -d "${TMPDIR:-/tmp}/korvane-demo.XXXXXX")"
-"$demo" "$dir" >/dev/null
+dir="$(demo_library "$demo" demo)"
 echo "Demo library in $dir; opening Korvane on it:"
 echo "  $korvane --root $dir/root --home $dir/home"
 # What the toolkit itself keeps (file dialog state, caches) stays in the demo folder as well.

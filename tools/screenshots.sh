@@ -12,8 +12,7 @@ demo="$build/tools/korvane_demo"
 shots="$build/tools/korvane_window_shots"
 need_programs screenshots.sh "$demo" "$shots"
 
-dir="$(mktemp -d "${TMPDIR:-/tmp}/korvane-shots.XXXXXX")"
+dir="$(demo_library "$demo" shots)"
 trap 'rm -rf "$dir"' EXIT
-"$demo" "$dir" >/dev/null
 QT_QPA_PLATFORM=offscreen KORVANE_RESOURCES="$top/resources" "$shots" "$dir" "$top/docs/screenshots"
 ls "$top/docs/screenshots"/*.png

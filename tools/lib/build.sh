@@ -1,6 +1,7 @@
 # Sourced by the tools' scripts. find_build BUILD: the build folder given (default build), also
 # when it is meant from the repository's top, as an absolute path. need_programs NAME PROGRAM...:
-# stops with a hint to build when a program is missing.
+# stops with a hint to build when a program is missing. demo_library DEMO KIND: a fresh temporary
+# folder holding DEMO's plug-in library; prints its path.
 
 find_build() {
   local top build
@@ -22,4 +23,11 @@ need_programs() {
       exit 1
     fi
   done
+}
+
+demo_library() {
+  local demo="$1" dir
+  dir="$(mktemp -d "${TMPDIR:-/tmp}/korvane-$2.XXXXXX")"
+  "$demo" "$dir" >/dev/null || return 1
+  echo "$dir"
 }
