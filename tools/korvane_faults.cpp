@@ -79,7 +79,7 @@ QByteArray treeHash(const QString &path)
     std::sort(entries.begin(), entries.end());
     for (const fs::path &entry : entries) {
         const fs::file_status status = fs::symlink_status(entry, error);
-        hash.addData(QByteArray::fromStdString(fs::relative(entry, top, error).string()));
+        hash.addData(QByteArray::fromStdString(entry.lexically_relative(top).string()));
         hash.addData(QByteArray::number(int(status.type())));
         if (fs::is_symlink(status)) {
             hash.addData(QByteArray::fromStdString(fs::read_symlink(entry, error).string()));
@@ -397,6 +397,15 @@ Totals killRounds(Library &library, const Settings &settings, QRandomGenerator &
         if (c.bad() || c.misplaced) {
             out << "kill round " << round << " went wrong\n";
             wanted = library.placesOnDisk();
+        }
+        // A long run stopped early still leaves its figures so far.
+        if (settings.seconds > 0 && totals.rounds % 250 == 0) {
+            out << "kill rounds so far: " << totals.rounds << " (killed mid-way "
+                << totals.killedMidway << "; lost " << totals.lost << ", in two places "
+                << totals.twice << ", damaged " << totals.damaged << ", leftovers "
+                << totals.leftovers << ", misplaced " << totals.misplaced << ", runs failed "
+                << totals.failedRuns << ")\n";
+            out.flush();
         }
     }
     out << "kill_full_apply_ms: " << fullMs << "\n";
