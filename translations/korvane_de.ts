@@ -901,5 +901,13 @@
         <source>Kept %1, the partial copy of an interrupted move: %2</source>
         <translation>%1, die Teilkopie eines unterbrochenen Verschiebens, wurde behalten: %2</translation>
     </message>
+    <message>
+        <source>Moved %1, the Finder information of %2, beside it after an interrupted move</source>
+        <translation>%1, die Finder-Informationen von %2, nach einem unterbrochenen Verschieben daneben gelegt</translation>
+    </message>
+    <message>
+        <source>Kept %1, the Finder information of %2: %3</source>
+        <translation>%1, die Finder-Informationen von %2, wurden behalten: %3</translation>
+    </message>
 </context>
 </TS>

@@ -16,7 +16,10 @@
 #include "ui/UserInterface.h"
 
 #include <QHash>
+#include <QSet>
 #include <QStringBuilder>
+
+#include <optional>
 
 namespace korvane {
 
@@ -122,10 +125,35 @@ bool TypeManager::settleInterruptedMoves(const std::array<QString, LocationCount
                                          const std::array<QStringList, LocationCount> &listings)
 {
     InterruptedMoves moves(files(), QStringList(folders.cbegin(), folders.cend()));
-    for (int loc = 0; loc < LocationCount; ++loc)
-        for (const QString &entry : listings[size_t(loc)])
-            if (InterruptedMoves::isLeftoverName(entry))
+    // Made at the first sidecar: most folders have none.
+    std::array<std::optional<QSet<QString>>, LocationCount> listed;
+    const auto lists = [&](int loc, const QString &entry) {
+        auto &names = listed[size_t(loc)];
+        if (!names)
+            names.emplace(listings[size_t(loc)].cbegin(), listings[size_t(loc)].cend());
+        return names->contains(entry);
+    };
+    for (int loc = 0; loc < LocationCount; ++loc) {
+        for (const QString &entry : listings[size_t(loc)]) {
+            if (InterruptedMoves::isLeftoverName(entry)) {
                 moves.add(loc, entry);
+                continue;
+            }
+            if (!isAppleDoubleName(entry))
+                continue;
+            // Only a sidecar whose item lies in another of the folders, not beside it.
+            const qsizetype slash = entry.lastIndexOf(QLatin1Char('/'));
+            const QString item = entry.left(slash + 1) + entry.mid(slash + 3);
+            if (item.endsWith(QLatin1Char('/')) || lists(loc, item))
+                continue;
+            for (int other = 0; other < LocationCount; ++other) {
+                if (other != loc && lists(other, item)) {
+                    moves.addLoneSidecar(loc, entry);
+                    break;
+                }
+            }
+        }
+    }
     if (moves.isEmpty() || files().isReadOnly())
         return false;
     // A move under way in another program looks just like one cut short: only a scan that has

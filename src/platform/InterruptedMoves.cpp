@@ -97,7 +97,18 @@ void InterruptedMoves::add(int folder, const QString &relative)
     if (!leftover || folder < 0 || folder >= m_folders.size())
         return;
     m_found.append(Found{folder, join(folderOf(relative), leftover->item),
-                         join(m_folders.at(folder), relative), leftover->removing});
+                         join(m_folders.at(folder), relative),
+                         leftover->removing ? Kind::Removing : Kind::Partial});
+}
+
+void InterruptedMoves::addLoneSidecar(int folder, const QString &relative)
+{
+    const QString name = nameOf(relative);
+    if (!name.startsWith(QLatin1String("._")) || name.size() < 3 || folder < 0
+        || folder >= m_folders.size())
+        return;
+    m_found.append(Found{folder, join(folderOf(relative), name.mid(2)),
+                         join(m_folders.at(folder), relative), Kind::Sidecar});
 }
 
 QString InterruptedMoves::Line::in(bool translated) const
@@ -118,11 +129,14 @@ QList<InterruptedMoves::Line> InterruptedMoves::settle()
 {
     QList<Line> lines;
     for (const Found &found : std::as_const(m_found))
-        if (found.removing)
+        if (found.kind == Kind::Removing)
             settleRemoving(found, &lines);
     for (const Found &found : std::as_const(m_found))
-        if (!found.removing)
+        if (found.kind == Kind::Partial)
             settlePartial(found, &lines);
+    for (const Found &found : std::as_const(m_found))
+        if (found.kind == Kind::Sidecar)
+            settleSidecar(found, &lines);
     return lines;
 }
 
@@ -142,7 +156,7 @@ bool InterruptedMoves::anyPartialOf(const Found &found) const
 bool InterruptedMoves::anyRemovingOf(const Found &found) const
 {
     for (const Found &other : m_found)
-        if (other.removing && other.relativeItem == found.relativeItem
+        if (other.kind == Kind::Removing && other.relativeItem == found.relativeItem
             && m_files.exists(other.path))
             return true;
     return false;
@@ -217,6 +231,35 @@ void InterruptedMoves::settlePartial(const Found &found, QList<Line> *lines)
         *lines << Line{
             QT_TRANSLATE_NOOP("korvane", "Kept %1, the partial copy of an interrupted move: %2"),
             {found.path, error.reason}};
+}
+
+void InterruptedMoves::settleSidecar(const Found &found, QList<Line> *lines)
+{
+    if (!m_files.exists(found.path) || m_files.exists(itemIn(found.folder, found)))
+        return;
+    // Only where the item is beyond doubt: one copy, and no Finder information of its own.
+    int home = -1;
+    for (int folder = 0; folder < m_folders.size(); ++folder) {
+        if (folder == found.folder || !m_files.exists(itemIn(folder, found)))
+            continue;
+        if (home >= 0)
+            return;
+        home = folder;
+    }
+    if (home < 0)
+        return;
+    const QString item = itemIn(home, found);
+    const QString target = join(folderOf(item), QStringLiteral("._") + nameOf(item));
+    if (m_files.exists(target))
+        return;
+    FileError error;
+    if (m_files.move(found.path, target, &error))
+        *lines << Line{QT_TRANSLATE_NOOP("korvane", "Moved %1, the Finder information of %2, "
+                                                    "beside it after an interrupted move"),
+                       {found.path, item}};
+    else
+        *lines << Line{QT_TRANSLATE_NOOP("korvane", "Kept %1, the Finder information of %2: %3"),
+                       {found.path, item, error.reason}};
 }
 
 } // namespace korvane

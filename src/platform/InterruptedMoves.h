@@ -38,6 +38,9 @@ public:
 
     // A leftover found in folders[folder], by its path relative to that folder.
     void add(int folder, const QString &relative);
+    // An AppleDouble sidecar in folders[folder] whose item is not beside it: a move cut short
+    // between the item and its Finder information leaves one.
+    void addLoneSidecar(int folder, const QString &relative);
     bool isEmpty() const { return m_found.isEmpty(); }
 
     // One line for the logs: its text as marked for translation, and the paths it names.
@@ -48,22 +51,25 @@ public:
         QString in(bool translated) const;
     };
     // Finishes or undoes every move added: old copies before partial ones, so a resolution cut
-    // short itself leaves states the next one still recognises. One line per change or per
-    // leftover kept.
+    // short itself leaves states the next one still recognises; then each lone sidecar joins its
+    // item where that is found in exactly one folder without a sidecar. One line per change or
+    // per leftover kept.
     QList<Line> settle();
 
 private:
+    enum class Kind { Partial, Removing, Sidecar };
     struct Found {
         int folder;
         QString relativeItem; // the item's path relative to its folder
         QString path;
-        bool removing;
+        Kind kind;
     };
     QString itemIn(int folder, const Found &found) const;
     bool anyPartialOf(const Found &found) const;
     bool anyRemovingOf(const Found &found) const;
     void settleRemoving(const Found &found, QList<Line> *lines);
     void settlePartial(const Found &found, QList<Line> *lines);
+    void settleSidecar(const Found &found, QList<Line> *lines);
 
     FileOperations &m_files;
     QStringList m_folders;

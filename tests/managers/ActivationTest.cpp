@@ -244,6 +244,39 @@ TEST_F(ActivationTest, TheNextScanLeavesOneWholeCopyUnderTheName)
     }
 }
 
+// A move cut short between a plug-in and its Finder information: the next scan puts the sidecar
+// beside the plug-in, but only where that is beyond doubt, and never over another sidecar.
+TEST_F(ActivationTest, ALoneSidecarJoinsItsPlugInOnlyWhereThatIsBeyondDoubt)
+{
+    const QString on = folder(TypeAU, LocSystemActive), off = folder(TypeAU, LocSystemDisabled);
+    const QString user = folder(TypeAU, LocUserActive);
+    B::makeAudioUnit(off, "Echo.component", MachO::intel());
+    B::makeAudioUnit(off, "Twin.component", MachO::intel());
+    B::makeAudioUnit(user, "Twin.component", MachO::intel());
+    B::makeAudioUnit(off, "Dup.component", MachO::intel());
+    B::makeFile(off, "._Dup.component", {}, "its own");
+    for (const char *name :
+         {"._Echo.component", "._Gone.component", "._Twin.component", "._Dup.component"})
+        B::makeFile(on, name, {}, name);
+    const QStringList stay{"._Dup.component", "._Gone.component", "._Twin.component"};
+    {
+        ImmutableGuard guard(off);
+        if (!guard.ok())
+            GTEST_SKIP() << "no immutable files here";
+        au->reloadData();
+        EXPECT_EQ(entries(on), QStringList({"._Dup.component", "._Echo.component",
+                                            "._Gone.component", "._Twin.component"}));
+        EXPECT_TRUE(logText().contains("Kept " + on + "/._Echo.component"))
+            << logText().toStdString();
+    }
+    au->reloadData();
+    EXPECT_EQ(entries(on), stay);
+    EXPECT_EQ(readText(off + "/._Echo.component"), "._Echo.component");
+    EXPECT_EQ(readText(off + "/._Dup.component"), "its own");
+    EXPECT_TRUE(logText().contains("Moved " + on + "/._Echo.component")) << logText().toStdString();
+    EXPECT_EQ(names(au).size(), 4);
+}
+
 // A subfolder's plug-in moved off with subfolders on, its old copy still hidden beside it: only a
 // scan holding the library settles it. Moved back, it returns to its subfolder.
 TEST_F(ActivationTest, OnlyAScanThatHasTheLibraryToItselfTouchesLeftovers)
