@@ -520,6 +520,12 @@ Totals overlapRounds(Library &library, const Settings &settings, QRandomGenerato
 }
 
 // A data file's writer killed mid-way through a large rewrite: the old file stays as it was.
+// What the child of dataRounds writes over a data file.
+QByteArray writtenData()
+{
+    return QByteArray(64 * 1024 * 1024, 'x');
+}
+
 Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &random)
 {
     Totals totals;
@@ -536,7 +542,7 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
         if (name.endsWith(".plist"))
             files << locations.supportFolderPath() + "/" + name;
     files << locations.expand(Locations::userPreferencesFile());
-    int survived = 0, killed = 0, temporaries = 0;
+    int survived = 0, finished = 0, killed = 0, temporaries = 0;
     for (int round = 0; round < settings.dataRounds; ++round) {
         const QString path = files.at(round % files.size());
         QFile file(path);
@@ -556,17 +562,22 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
             ++killed;
         }
         QFile again(path);
-        const bool same = again.open(QIODevice::ReadOnly) && again.readAll() == before;
+        const QByteArray after = again.open(QIODevice::ReadOnly) ? again.readAll() : QByteArray();
+        again.close();
+        const bool same = after == before;
         if (same)
             ++survived;
-        else if (writer.exitStatus() == QProcess::CrashExit) {
+        else if (after == writtenData())
+            ++finished; // the kill came after the rename: the new file is whole
+        else {
             ++totals.damaged;
-            totals.notes << "changed by a killed writer: " + path;
+            totals.notes << "neither the old file nor the new one: " + path;
         }
-        // What a finished writer wrote goes back for the next round; a killed one's temporary
-        // file stays beside the data file, counted and cleared here.
+        // The old file goes back for the next round; a killed writer's temporary file stays
+        // beside the data file, counted and cleared here.
         if (!same && QFile::remove(path) && again.open(QIODevice::WriteOnly))
             again.write(before);
+        again.close();
         const QString folder = QFileInfo(path).path(), name = QFileInfo(path).fileName();
         for (const QString &entry : entriesOf(folder))
             if (entry.startsWith(name + ".") && !entry.contains(".damaged-")
@@ -578,13 +589,14 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
     out << "data_files: " << files.size() << "\n";
     out << "data_writers_killed: " << killed << "\n";
     out << "data_old_file_intact: " << survived << "\n";
+    out << "data_new_file_whole: " << finished << "\n";
     return totals;
 }
 
 // The child of dataRounds: a large rewrite through the program's own atomic write.
 int writeDataFile(const QString &path)
 {
-    QByteArray bytes(64 * 1024 * 1024, 'x');
+    const QByteArray bytes = writtenData();
     QTextStream(stdout) << "writing" << Qt::endl;
     LocalFileOperations files(Roots::at("/", QDir::homePath()));
     return files.writeFileAtomically(path, bytes) ? 0 : 1;
