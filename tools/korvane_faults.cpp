@@ -519,13 +519,14 @@ Totals overlapRounds(Library &library, const Settings &settings, QRandomGenerato
     return totals;
 }
 
-// A data file's writer killed mid-way through a large rewrite: the old file stays as it was.
 // What the child of dataRounds writes over a data file.
 QByteArray writtenData()
 {
     return QByteArray(64 * 1024 * 1024, 'x');
 }
 
+// A data file's writer killed mid-way through a large rewrite: the old file stays as it was, or,
+// killed after its rename, the new one is whole.
 Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &random)
 {
     Totals totals;
@@ -542,6 +543,7 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
         if (name.endsWith(".plist"))
             files << locations.supportFolderPath() + "/" + name;
     files << locations.expand(Locations::userPreferencesFile());
+    const QByteArray written = writtenData();
     int survived = 0, finished = 0, killed = 0, temporaries = 0;
     for (int round = 0; round < settings.dataRounds; ++round) {
         const QString path = files.at(round % files.size());
@@ -567,7 +569,7 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
         const bool same = after == before;
         if (same)
             ++survived;
-        else if (after == writtenData())
+        else if (after == written)
             ++finished; // the kill came after the rename: the new file is whole
         else {
             ++totals.damaged;

@@ -1,4 +1,5 @@
 #include "managers/PluginList.h"
+
 #include <QStringBuilder>
 
 namespace korvane {

@@ -139,12 +139,9 @@ bool TypeManager::settleInterruptedMoves(const std::array<QString, LocationCount
                 moves.add(loc, entry);
                 continue;
             }
-            if (!isAppleDoubleName(entry))
-                continue;
             // Only a sidecar whose item lies in another of the folders, not beside it.
-            const qsizetype slash = entry.lastIndexOf(QLatin1Char('/'));
-            const QString item = entry.left(slash + 1) + entry.mid(slash + 3);
-            if (item.endsWith(QLatin1Char('/')) || lists(loc, item))
+            const QString item = InterruptedMoves::sidecarOwner(entry);
+            if (item.isEmpty() || lists(loc, item))
                 continue;
             for (int other = 0; other < LocationCount; ++other) {
                 if (other != loc && lists(other, item)) {

@@ -86,6 +86,15 @@ bool InterruptedMoves::isLeftoverName(const QString &path)
     return parse(path.mid(slash + 1)).has_value();
 }
 
+QString InterruptedMoves::sidecarOwner(const QString &path)
+{
+    // Asked of every entry a scan lists: nothing is made unless it is a sidecar.
+    const qsizetype start = path.lastIndexOf(QLatin1Char('/')) + 1;
+    if (path.size() - start < 3 || !QStringView(path).mid(start).startsWith(u"._"))
+        return QString();
+    return path.left(start) + path.mid(start + 2);
+}
+
 InterruptedMoves::InterruptedMoves(FileOperations &files, QStringList folders)
     : m_files(files), m_folders(std::move(folders))
 {
@@ -103,12 +112,10 @@ void InterruptedMoves::add(int folder, const QString &relative)
 
 void InterruptedMoves::addLoneSidecar(int folder, const QString &relative)
 {
-    const QString name = nameOf(relative);
-    if (!name.startsWith(QLatin1String("._")) || name.size() < 3 || folder < 0
-        || folder >= m_folders.size())
+    const QString item = sidecarOwner(relative);
+    if (item.isEmpty() || folder < 0 || folder >= m_folders.size())
         return;
-    m_found.append(Found{folder, join(folderOf(relative), name.mid(2)),
-                         join(m_folders.at(folder), relative), Kind::Sidecar});
+    m_found.append(Found{folder, item, join(m_folders.at(folder), relative), Kind::Sidecar});
 }
 
 QString InterruptedMoves::Line::in(bool translated) const

@@ -33,6 +33,8 @@ public:
     static std::optional<Leftover> parse(const QString &name);
     // Whether the last component of a path is such a leftover; never a plug-in.
     static bool isLeftoverName(const QString &path);
+    // The item an AppleDouble sidecar's path belongs to, in the same folder; empty for any other.
+    static QString sidecarOwner(const QString &path);
 
     InterruptedMoves(FileOperations &files, QStringList folders);
 
