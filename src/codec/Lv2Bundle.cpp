@@ -92,6 +92,7 @@ struct FileParse {
     QStringList *problems = nullptr;
     int errors = 0;
     bool keepTypes = false; // only the manifest's rdf:type statements matter
+    mutable bool reportedPrefix = false;
 
     Node expand(const SerdNode *node, const SerdNode *lang = nullptr) const
     {
@@ -105,6 +106,8 @@ struct FileParse {
             [[fallthrough]];
         case SERD_CURIE: {
             SerdNode full = serd_env_expand_node(env, node);
+            if (!full.buf)
+                undefinedPrefix(node);
             out.value = QString::fromUtf8(view(&full));
             serd_node_free(&full);
             break;
@@ -124,12 +127,24 @@ struct FileParse {
         return out;
     }
 
+    // serd passes prefixed names on as they are written; an undefined prefix shows only here.
+    void undefinedPrefix(const SerdNode *node) const
+    {
+        if (reportedPrefix)
+            return;
+        reportedPrefix = true;
+        problems->append(QStringLiteral("%1: not Turtle: undefined prefix in %2")
+                             .arg(fileName, QString::fromUtf8(view(node))));
+    }
+
     Predicate predicateOf(const SerdNode *node) const
     {
         if (node->type == SERD_CURIE) {
             SerdChunk prefix{}, suffix{};
-            if (serd_env_expand(env, node, &prefix, &suffix) != SERD_SUCCESS)
+            if (serd_env_expand(env, node, &prefix, &suffix) != SERD_SUCCESS) {
+                undefinedPrefix(node);
                 return Other;
+            }
             return classify(view(prefix), view(suffix));
         }
         if (node->type != SERD_URI)
@@ -167,8 +182,10 @@ SerdStatus onStatement(void *handle, SerdStatementFlags, const SerdNode *, const
     const Predicate which = file->predicateOf(predicate);
     if (which == Other || (which == Type && !file->keepTypes))
         return SERD_SUCCESS;
-    file->statements->append(
-        Statement{file->expand(subject).value, which, file->expand(object, lang)});
+    Statement statement{file->expand(subject).value, which, file->expand(object, lang)};
+    if (!statement.subject.isEmpty()
+        && (statement.object.literal || !statement.object.value.isEmpty()))
+        file->statements->append(std::move(statement));
     return SERD_SUCCESS;
 }
 
@@ -390,32 +407,35 @@ Lv2BundleInfo Lv2Bundle::read(const QString &bundlePath, const FileReader &reade
     QSet<QString> read{manifestPath};
     int fileIndex = 1;
     const QString prefix = bundle + u'/';
+    QStringList targets; // copied out: reading a file adds to the model
     for (const QString &uri : std::as_const(uris)) {
         for (const Node *target : model.objects(uri, SeeAlso)) {
-            if (target->literal)
-                continue;
-            const QString path = pathOfUri(target->value);
-            if (path.isEmpty() || !path.startsWith(prefix)) {
-                info.problems.append(
-                    QStringLiteral("%1: a file outside the bundle is not read").arg(target->value));
-                continue;
-            }
-            if (read.contains(path))
-                continue;
-            read.insert(path);
-            const QString name = path.mid(prefix.size());
-            if (fileIndex > limits.maxFiles) {
-                info.problems.append(
-                    QStringLiteral("%1: more than %2 data files").arg(name).arg(limits.maxFiles));
-                continue;
-            }
-            const FileRead data = reader(path, limits.maxFileBytes);
-            if (!data.error.isEmpty()) {
-                info.problems.append(QStringLiteral("%1 %2").arg(name, data.error));
-                continue;
-            }
-            parseTurtle(data.bytes, path, name, fileIndex++, false, model, info.problems);
+            if (!target->literal)
+                targets.append(target->value);
         }
+    }
+    for (const QString &target : std::as_const(targets)) {
+        const QString path = pathOfUri(target);
+        if (path.isEmpty() || !path.startsWith(prefix)) {
+            info.problems.append(
+                QStringLiteral("%1: a file outside the bundle is not read").arg(target));
+            continue;
+        }
+        if (read.contains(path))
+            continue;
+        read.insert(path);
+        const QString name = path.mid(prefix.size());
+        if (fileIndex > limits.maxFiles) {
+            info.problems.append(
+                QStringLiteral("%1: more than %2 data files").arg(name).arg(limits.maxFiles));
+            continue;
+        }
+        const FileRead data = reader(path, limits.maxFileBytes);
+        if (!data.error.isEmpty()) {
+            info.problems.append(QStringLiteral("%1 %2").arg(name, data.error));
+            continue;
+        }
+        parseTurtle(data.bytes, path, name, fileIndex++, false, model, info.problems);
     }
     model.index();
 

@@ -29,14 +29,15 @@ QStringList texts(const QJsonValue &value)
 
 std::optional<quint32> Vst3ModuleInfo::vst2IdFromCid(const QString &cid)
 {
-    // "565354" is "VST"; the next byte is 'S' (0x53) for a processor, 'E' (0x45) for an editor
-    // controller, then the four ID bytes.
-    if (cid.size() != 32 || !cid.startsWith(QLatin1String("565354"), Qt::CaseInsensitive))
+    // The SDK's VST 2 form: "VST" (565354) for a processor or "VSE" (565345) for its controller,
+    // the four ID bytes, then the first nine bytes of the name in lower case.
+    if (cid.size() != 32
+        || !(cid.startsWith(QLatin1String("565354"), Qt::CaseInsensitive)
+             || cid.startsWith(QLatin1String("565345"), Qt::CaseInsensitive)))
         return std::nullopt;
     bool ok = false;
-    const quint32 id = cid.mid(8, 8).toUInt(&ok, 16);
-    const QString kind = cid.mid(6, 2);
-    if (!ok || (kind != QLatin1String("53") && kind != QLatin1String("45")))
+    const quint32 id = cid.mid(6, 8).toUInt(&ok, 16);
+    if (!ok)
         return std::nullopt;
     return id;
 }

@@ -24,7 +24,7 @@ struct Vst3ModuleInfo {
     // A class ID that a newer class replaces.
     struct OldId {
         QString cid;
-        // Set when the ID has the form the SDK gives a VST 2 plug-in ("VST" + 'S' or 'E', the
+        // Set when the ID has the form the SDK gives a VST 2 plug-in ("VST" or "VSE", the
         // plug-in's four-character ID, the start of its name in lower case).
         std::optional<quint32> vst2Id;
         QString vst2IdText() const; // the four characters, or 0x12345678 when not printable
