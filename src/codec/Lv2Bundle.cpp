@@ -219,7 +219,8 @@ size_t readMemory(void *buffer, size_t size, size_t count, void *stream)
     const size_t wanted = size * count;
     const size_t left = size_t(source->bytes.size() - source->offset);
     const size_t n = std::min(wanted, left);
-    std::memcpy(buffer, source->bytes.data() + source->offset, n);
+    if (n > 0)
+        std::memcpy(buffer, source->bytes.data() + source->offset, n);
     source->offset += qsizetype(n);
     return n;
 }

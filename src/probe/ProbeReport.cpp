@@ -3,6 +3,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <cmath>
+
 namespace korvane {
 
 namespace {
@@ -88,10 +90,14 @@ std::optional<ProbeReport> ProbeReport::fromJson(const QJsonObject &object, QStr
         const QJsonObject o = item.toObject();
         ProbedPlugin p;
         const QJsonValue uniqueId = o.value(QLatin1String("uniqueId"));
-        if (uniqueId.isDouble())
-            p.id = QString::number(qint64(uniqueId.toDouble()));
-        else
+        if (uniqueId.isDouble()) {
+            // A LADSPA ID is an unsigned long; anything else in its place says nothing.
+            const double number = uniqueId.toDouble();
+            if (number >= 0 && number <= 9007199254740992.0 && number == std::trunc(number))
+                p.id = QString::number(qint64(number));
+        } else {
             p.id = text(o, "id");
+        }
         p.label = text(o, "label");
         p.name = text(o, "name");
         p.vendor = o.contains(QLatin1String("maker")) ? text(o, "maker") : text(o, "vendor");
