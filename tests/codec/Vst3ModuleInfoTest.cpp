@@ -39,7 +39,7 @@ TEST_F(Vst3ModuleInfoTest, ReadsAShapedBundleAsAHostWould)
     EXPECT_EQ(info->email, "mailto:plugins@example.org");
     ASSERT_EQ(info->classes.size(), 2);
     ASSERT_EQ(info->audioModules().size(), 1);
-    const Vst3ModuleInfo::Class &processor = info->audioModules().first();
+    const Vst3ModuleInfo::Class processor = info->audioModules().first();
     EXPECT_EQ(processor.cid, kCid);
     EXPECT_EQ(processor.subCategories, QStringList({"Fx", "Dynamics"}));
     EXPECT_EQ(processor.sdkVersion, "VST 3.7.9");
