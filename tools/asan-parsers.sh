@@ -1,13 +1,17 @@
 #!/usr/bin/env bash
 # Runs the tests of every reader of outside data (property lists, set documents, Mach-O headers,
-# Finder info) under AddressSanitizer and UBSan: malformed bytes must never crash or over-read.
+# Finder info; and whole, the Linux plug-in readers of codec/ and the probe's report and runner)
+# under AddressSanitizer and UBSan: malformed bytes must never crash or over-read.
 # Last, a program that decodes a set and returns without resetting the shared instances: the
 # order in which statics go at exit must not matter.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset asan >/dev/null
-cmake --build --preset asan --target test_platform test_managers decode_set_and_exit
+cmake --build --preset asan --target test_platform test_managers test_codec test_probe \
+  decode_set_and_exit
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
 build-asan/tests/test_platform --gtest_brief=1 --gtest_filter='Plist*:TypedStream*:Bundle*:FinderInfo*'
 build-asan/tests/test_managers --gtest_brief=1 --gtest_filter='SetDocument*:Recognition*:AUEffectWrapperNames*'
+build-asan/tests/test_codec --gtest_brief=1
+build-asan/tests/test_probe --gtest_brief=1
 build-asan/tests/decode_set_and_exit

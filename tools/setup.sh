@@ -9,7 +9,12 @@ packages=(cmake g++ make pkg-config qt6-base-dev libplist-dev libgtest-dev libgm
   qt6-translations-l10n                                # Qt's own texts in the user's language
   desktop-file-utils appstream librsvg2-bin groff-base  # checks of the desktop files and man page
   fonts-dejavu-core                                    # text in offscreen window pictures
-  xvfb xdotool imagemagick)                            # the real window driven in tools/gui-e2e.sh
+  xvfb xdotool imagemagick                             # the real window driven in tools/gui-e2e.sh
+  libserd-dev                                          # reads LV2's Turtle files
+  ladspa-sdk dssi-dev                                  # ladspa.h and dssi.h for the probe; listplugins
+  lilv-utils                                           # lv2ls, against which the LV2 reader is checked
+  x42-plugins lsp-plugins-lv2 swh-plugins swh-lv2      # real Linux plug-ins the tests copy
+  dssi-example-plugins dpf-plugins-vst dpf-plugins-lv2 dpf-plugins-ladspa)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
