@@ -955,5 +955,13 @@
         <source>Script not saved</source>
         <translation>Skript nicht gespeichert</translation>
     </message>
+    <message>
+        <source>%1 is now in the trash: %2</source>
+        <translation>%1 liegt jetzt im Papierkorb: %2</translation>
+    </message>
+    <message>
+        <source>%1 could not go to the trash: %2</source>
+        <translation>%1 konnte nicht in den Papierkorb: %2</translation>
+    </message>
 </context>
 </TS>

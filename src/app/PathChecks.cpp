@@ -16,6 +16,9 @@ std::optional<FileError> stepOffTheWay(FileOperations &files, const QString &fol
     };
     if (!liesInside(path, base))
         return refused(path, EINVAL, {});
+    // Most paths are a folder and a name: no step to look at, and nothing to allocate.
+    if (!QStringView(path).mid(base.size() + 1).contains(QLatin1Char('/')))
+        return std::nullopt;
     QStringList steps = path.mid(base.size() + 1).split(QLatin1Char('/'), Qt::SkipEmptyParts);
     if (!steps.isEmpty())
         steps.removeLast();

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <algorithm>
+
 namespace korvane {
 
 // A name as KorvaneCMD shows it. The bytes of a file name that are no UTF-8 are kept in the name
@@ -9,6 +11,10 @@ namespace korvane {
 // shown, each is U+FFFD.
 inline QString shownName(const QString &name)
 {
+    // Most names hold no surrogate at all: they are shared, not copied.
+    const auto surrogate = [](QChar c) { return c.isSurrogate(); };
+    if (std::none_of(name.cbegin(), name.cend(), surrogate))
+        return name;
     QString shown = name;
     for (qsizetype i = 0; i < shown.size(); ++i) {
         const char16_t c = shown.at(i).unicode();
@@ -24,6 +30,9 @@ inline QString shownName(const QString &name)
 inline QString shownLine(const QString &text)
 {
     const QString name = shownName(text);
+    const auto escaped = [](QChar c) { return c.unicode() < 0x20 || c == u'\\' || c == u'\x7f'; };
+    if (std::none_of(name.cbegin(), name.cend(), escaped))
+        return name;
     QString shown;
     shown.reserve(name.size());
     for (const QChar c : name) {
