@@ -1,6 +1,7 @@
 // Times the scan of large plug-in libraries against a plain loop that does only the unavoidable
 // work, the set and duplicate commands at two sizes, applying 1,000 plug-ins on one file system
-// and across two, and with the window layer built, the plug-in table. Prints one "name: value"
+// and across two, and with the window layer built, the plug-in table; "list [TOOL...]" alone
+// measures the peak memory of KorvaneCMD's listing of 100,000 plug-ins. Prints one "name: value"
 // line per figure.
 
 #include "PluginLibraryBuilder.h"
@@ -31,8 +32,11 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <sched.h>
+#include <spawn.h>
 #include <string>
 #include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 #include <vector>
@@ -375,6 +379,54 @@ void measureApply(QTextStream &out)
         run(QStringLiteral("umount"), {QStringLiteral("-l"), off});
 }
 
+// The peak resident memory, in MB, of one run of program with arguments, its output discarded;
+// negative when it could not be run or failed. Each run is a child of its own, waited for alone.
+double peakMegabytes(const QString &program, const QStringList &arguments)
+{
+    std::vector<QByteArray> words{QFile::encodeName(program)};
+    for (const QString &argument : arguments)
+        words.push_back(argument.toLocal8Bit());
+    std::vector<char *> argv;
+    for (QByteArray &word : words)
+        argv.push_back(word.data());
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t child = 0;
+    const int spawned = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (spawned != 0)
+        return -1;
+    int status = 0;
+    rusage usage{};
+    if (::wait4(child, &status, 0, &usage) != child || !WIFEXITED(status)
+        || WEXITSTATUS(status) != 0)
+        return -1;
+    return double(usage.ru_maxrss) / 1024.0; // kilobytes on Linux
+}
+
+// KorvaneCMD's list of 100,000 plug-ins as text and as JSON: the text keeps every row to align
+// its columns, so it is the measure the JSON, written as it goes, is held to. Other builds of the
+// tool (an older one, say) are measured on the same library after the built one.
+void measureList(const QStringList &others, QTextStream &out)
+{
+    const int n = 100000;
+    QTemporaryDir root, home;
+    const Locations locations(Roots::at(root.path(), home.path()));
+    buildLibrary(locations, n);
+    const QStringList list{QStringLiteral("--root"), root.path(), QStringLiteral("--home"),
+                           home.path(), QStringLiteral("list")};
+    for (const QString &tool : QStringList{QStringLiteral(KORVANE_CMD)} + others) {
+        const QString of = tool == QLatin1String(KORVANE_CMD) ? QString() : " (" + tool + ")";
+        const double text = peakMegabytes(tool, list);
+        const double json = peakMegabytes(tool, list + QStringList{QStringLiteral("--json")});
+        out << "list_text_peak_mb_100000" << of << ": " << QString::number(text, 'f', 0) << "\n";
+        out << "list_json_peak_mb_100000" << of << ": " << QString::number(json, 'f', 0) << "\n";
+        out.flush();
+    }
+}
+
 } // namespace
 
 #ifdef KORVANE_BENCH_GUI
@@ -391,6 +443,10 @@ int main(int argc, char **argv)
     QCoreApplication app(argc, argv);
 #endif
     QTextStream out(stdout);
+    if (app.arguments().value(1) == QLatin1String("list")) {
+        measureList(app.arguments().mid(2), out);
+        return 0;
+    }
     // "apply" alone times the apply figures only.
     if (app.arguments().value(1) != QLatin1String("apply")) {
         measure(1000, out);

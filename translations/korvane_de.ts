@@ -909,5 +909,59 @@
         <source>Kept %1, the Finder information of %2: %3</source>
         <translation>%1, die Finder-Informationen von %2, wurden behalten: %3</translation>
     </message>
+    <message>
+        <source>A folder on the way is a link; nothing moves through it</source>
+        <translation>Ein Ordner auf dem Weg ist ein Verweis; durch ihn wird nichts bewegt</translation>
+    </message>
+    <message>
+        <source>The source and the target are one and the same; nothing was moved</source>
+        <translation>Quelle und Ziel sind ein und dasselbe; nichts wurde bewegt</translation>
+    </message>
+    <message>
+        <source>%1 stays in %2: %3 is the same place</source>
+        <translation>%1 bleibt in %2: %3 ist derselbe Ort</translation>
+    </message>
+    <message>
+        <source>%1 stays in %2: %3 on the way is a link or no folder</source>
+        <translation>%1 bleibt in %2: %3 auf dem Weg ist ein Verweis oder kein Ordner</translation>
+    </message>
+    <message>
+        <source>%1 was in the way of the Finder information of %2 and is now in the trash: %3
+</source>
+        <translation>%1 war den Finder-Informationen von %2 im Weg und liegt jetzt im Papierkorb: %3
+</translation>
+    </message>
+    <message>
+        <source>The companion %1 of %2 stays where it is: %3 on the way is a link or no folder</source>
+        <translation>Die Begleitdatei %1 von %2 bleibt, wo sie ist: %3 auf dem Weg ist ein Verweis oder kein Ordner</translation>
+    </message>
+    <message>
+        <source>%1 and %2 are one folder: its plug-ins are listed once, in %1, and none can move from one to the other</source>
+        <translation>%1 und %2 sind ein und derselbe Ordner: Seine Plug-Ins werden einmal aufgeführt, in %1, und keines kann von einem in den anderen bewegt werden</translation>
+    </message>
+    <message>
+        <source>The host command line ends in a backslash</source>
+        <translation>Die Befehlszeile des Hosts endet mit einem Backslash</translation>
+    </message>
+    <message>
+        <source>The host command line has an unclosed single quote (&apos;)</source>
+        <translation>Die Befehlszeile des Hosts hat ein nicht geschlossenes einfaches Anführungszeichen (&apos;)</translation>
+    </message>
+    <message>
+        <source>The host command line has an unclosed double quote (&quot;)</source>
+        <translation>Die Befehlszeile des Hosts hat ein nicht geschlossenes doppeltes Anführungszeichen (&quot;)</translation>
+    </message>
+    <message>
+        <source>Script not saved</source>
+        <translation>Skript nicht gespeichert</translation>
+    </message>
+    <message>
+        <source>%1 is now in the trash: %2</source>
+        <translation>%1 liegt jetzt im Papierkorb: %2</translation>
+    </message>
+    <message>
+        <source>%1 could not go to the trash: %2</source>
+        <translation>%1 konnte nicht in den Papierkorb: %2</translation>
+    </message>
 </context>
 </TS>

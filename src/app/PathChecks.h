@@ -1,7 +1,10 @@
 #pragma once
 
+#include "platform/FileOperations.h"
+
 #include <QString>
 #include <QStringView>
+#include <optional>
 
 namespace korvane {
 
@@ -32,5 +35,13 @@ inline bool isContainedName(QStringView name)
 {
     return !name.startsWith(u'/') && !climbsUp(name);
 }
+
+// The first step of path below folder (its last step aside) that is no real folder: a link, a
+// file, or nothing; none when every step is a real folder, looked at with lstat. With create, a
+// missing step is made and then looked at like the others. A path that passes has its real place
+// inside folder's, whatever links lie about: nothing moved along it leaves through a link on the
+// way. The last step may be a link itself; a move takes it as a link. path lies inside folder.
+std::optional<FileError> stepOffTheWay(FileOperations &files, const QString &folder,
+                                       const QString &path, bool create);
 
 } // namespace korvane

@@ -1,6 +1,7 @@
 #include "cli/CliRunner.h"
 
 #include "cli/CliSession.h"
+#include "cli/ShownText.h"
 #include "cli/TextTable.h"
 #include "managers/SetDocument.h"
 #include "platform/Locations.h"
@@ -8,7 +9,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextStream>
@@ -19,29 +19,41 @@ namespace korvane {
 
 namespace {
 
-// A command's rows: with --json an array of objects, else aligned text columns.
+// A command's rows: with --json an array of objects, else aligned text columns, a row a line.
+// The array is written object by object as the rows come: a document of every plug-in built
+// first took three times the memory of the plug-ins themselves.
 class Listing {
 public:
-    explicit Listing(bool json) : m_json(json) {}
+    Listing(bool json, QTextStream &out) : m_json(json), m_out(out) {}
     void add(const QJsonObject &object, const QStringList &cells)
     {
-        if (m_json)
-            m_array.append(object);
-        else
-            m_table.addRow(cells);
+        if (!m_json) {
+            QStringList shown;
+            shown.reserve(cells.size());
+            for (const QString &cell : cells)
+                shown << shownLine(cell);
+            m_table.addRow(shown);
+            return;
+        }
+        // Laid out as a whole indented document lays out its elements.
+        QByteArray text = QJsonDocument(object).toJson(QJsonDocument::Indented);
+        text.chop(1);
+        text.replace('\n', QByteArrayLiteral("\n    "));
+        m_out << (m_count++ == 0 ? "[\n    " : ",\n    ") << QString::fromUtf8(text);
     }
-    void print(QTextStream &out) const
+    void print()
     {
         if (m_json)
-            out << QString::fromUtf8(QJsonDocument(m_array).toJson(QJsonDocument::Indented));
+            m_out << (m_count == 0 ? "[\n]\n" : "\n]\n");
         else
-            m_table.print(out);
-        out.flush();
+            m_table.print(m_out);
+        m_out.flush();
     }
 
 private:
     bool m_json;
-    QJsonArray m_array;
+    QTextStream &m_out;
+    qsizetype m_count = 0;
     TextTable m_table;
 };
 
@@ -60,14 +72,16 @@ QString fullPath(const AUItem &item)
     return item.getAULocation() + QLatin1Char('/') + item.getAUName();
 }
 
-// "Foo.component" and "Foo" both name Foo.component; a folder part stays ("Sub/Foo").
-bool namesItem(const QString &name, const AUItem &item)
+// "Foo" names Foo.component by its stem, a folder part staying ("Sub/Foo"); a name given with
+// the extension names only itself, so "Echo.vst" never switches Echo.vst.vst.
+bool stemNamesItem(const QString &name, const AUItem &item)
 {
     const QString itemName = item.getAUName();
-    if (itemName == name)
-        return true;
     const qsizetype dot = itemName.lastIndexOf(QLatin1Char('.'));
-    return dot > itemName.lastIndexOf(QLatin1Char('/')) + 1 && itemName.left(dot) == name;
+    if (dot <= itemName.lastIndexOf(QLatin1Char('/')) + 1)
+        return false;
+    return QStringView(itemName).left(dot) == name
+           && !name.endsWith(QStringView(itemName).mid(dot));
 }
 
 // The location code of the folder that holds name at path; -1 for none of the format's four.
@@ -133,6 +147,11 @@ int CliRunner::run(const Options &options)
         return usageError(QStringLiteral("--root: no folder \"%1\"").arg(options.root));
     if (!options.home.isEmpty() && !QFileInfo(options.home).isDir())
         return usageError(QStringLiteral("--home: no folder \"%1\"").arg(options.home));
+    // The same for the environment's: a HOME pointing nowhere would be created by the first write.
+    if (const QString missing =
+            m_defaults.missingFolder(options.root.isEmpty(), options.home.isEmpty());
+        !missing.isEmpty())
+        return usageError(missing);
 
     CliSession session(options, m_defaults, m_err);
     switch (options.command) {
@@ -188,7 +207,7 @@ int CliRunner::applySets(CliSession &session, const Options &options)
         manager->reloadData();
         for (const QString &name : manager->mergeItems(documents.at(paths.at(format.type))))
             m_err << QStringLiteral("warning: %1 set \"%2\": no installed plug-in \"%3\"\n")
-                         .arg(format.prefix, options.sets.value(format.type), name);
+                         .arg(format.prefix, options.sets.value(format.type), shownLine(name));
         m_err.flush();
         status = qMax(status, report(context, format.type, manager->applyAllPending()));
     }
@@ -197,24 +216,24 @@ int CliRunner::applySets(CliSession &session, const Options &options)
 
 int CliRunner::list(CliSession &session, const Options &options)
 {
-    Listing listing(options.json);
+    Listing listing(options.json, m_out);
     for (TypeManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
         for (const AUItemPtr &item : manager->items()) {
             const QString group = item->getAUGroup();
             listing.add(QJsonObject{{QStringLiteral("format"), format},
-                                    {QStringLiteral("name"), item->getAUName()},
-                                    {QStringLiteral("location"), item->getAULocation()},
+                                    {QStringLiteral("name"), shownName(item->getAUName())},
+                                    {QStringLiteral("location"), shownName(item->getAULocation())},
                                     {QStringLiteral("global"), item->getAUGlobal()},
                                     {QStringLiteral("active"), item->getAUActive()},
-                                    {QStringLiteral("group"), group},
+                                    {QStringLiteral("group"), shownName(group)},
                                     {QStringLiteral("architecture"), item->getPlattformIdent()}},
                         {format, onOff(item->getAUActive()), scope(item->getAUGlobal()),
                          group.isEmpty() ? QStringLiteral("-") : group, item->getPlattformIdent(),
                          fullPath(*item)});
         }
     }
-    listing.print(m_out);
+    listing.print();
     return ExitDone;
 }
 
@@ -229,16 +248,19 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
     // Every name is checked before anything moves: a typo must not leave half a change behind.
     QList<AUItemPtr> targets;
     QStringList unknown;
+    // Every copy of an exact name; only where no plug-in has that name, those of that stem.
     for (const QString &name : options.names) {
-        bool found = false;
-        for (const AUItemPtr &item : manager->items()) {
-            if (namesItem(name, *item)) {
-                targets << item;
-                found = true;
-            }
-        }
-        if (!found)
+        QList<AUItemPtr> named;
+        for (const AUItemPtr &item : manager->items())
+            if (item->getAUName() == name)
+                named << item;
+        if (named.isEmpty())
+            for (const AUItemPtr &item : manager->items())
+                if (stemNamesItem(name, *item))
+                    named << item;
+        if (named.isEmpty())
             unknown << name;
+        targets << named;
     }
     if (!unknown.isEmpty()) {
         for (const QString &name : std::as_const(unknown))
@@ -261,16 +283,16 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
 
 int CliRunner::duplicates(CliSession &session, const Options &options)
 {
-    Listing listing(options.json);
+    Listing listing(options.json, m_out);
     for (TypeManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
         for (const auto &[name, count] : TypeManager::duplicateNames(manager->items()))
             listing.add(QJsonObject{{QStringLiteral("format"), format},
-                                    {QStringLiteral("name"), name},
+                                    {QStringLiteral("name"), shownName(name)},
                                     {QStringLiteral("count"), count}},
                         {format, QString::number(count), name});
     }
-    listing.print(m_out);
+    listing.print();
     return ExitDone;
 }
 
@@ -297,14 +319,14 @@ int CliRunner::showSet(CliSession &session, const Options &options)
     if (!items)
         return usageError(QStringLiteral("\"%1\": %2").arg(options.file, problem));
 
-    Listing listing(options.json);
+    Listing listing(options.json, m_out);
     for (const AUItemPtr &item : *items)
-        listing.add(QJsonObject{{QStringLiteral("name"), item->getAUName()},
-                                {QStringLiteral("location"), item->getAULocation()},
+        listing.add(QJsonObject{{QStringLiteral("name"), shownName(item->getAUName())},
+                                {QStringLiteral("location"), shownName(item->getAULocation())},
                                 {QStringLiteral("global"), item->getAUGlobal()},
                                 {QStringLiteral("active"), item->getAUActive()}},
                     {onOff(item->getAUActive()), scope(item->getAUGlobal()), fullPath(*item)});
-    listing.print(m_out);
+    listing.print();
     return ExitDone;
 }
 
@@ -334,17 +356,17 @@ int CliRunner::report(const AppContext &context, int type, const QList<MoveOutco
         const auto [done, wanted] =
             moveWords(folders, outcome.from, outcome.to, outcome.name, outcome.enabled);
         if (outcome.ok) {
-            m_out << done << ' ' << outcome.name << '\n';
+            m_out << done << ' ' << shownLine(outcome.name) << '\n';
             continue;
         }
         status = ExitMoveFailed;
-        QString line =
-            QStringLiteral("error: could not %1 \"%2\": \"%3\" -> \"%4\": %5")
-                .arg(wanted, outcome.name, outcome.from, outcome.to, outcome.error.reason);
+        QString line = QStringLiteral("error: could not %1 \"%2\": \"%3\" -> \"%4\": %5")
+                           .arg(wanted, shownLine(outcome.name), shownLine(outcome.from),
+                                shownLine(outcome.to), outcome.error.reason);
         // The failing path is usually one of the two; name it when it is something else.
         const QString &at = outcome.error.path;
         if (!at.isEmpty() && at != outcome.from && at != outcome.to)
-            line += QStringLiteral(" (at \"%1\")").arg(at);
+            line += QStringLiteral(" (at \"%1\")").arg(shownLine(at));
         m_err << line << '\n';
     }
     m_out.flush();

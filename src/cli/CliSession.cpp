@@ -1,6 +1,7 @@
 #include "cli/CliSession.h"
 
 #include "cli/Options.h"
+#include "cli/ShownText.h"
 #include "platform/LibraryLock.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
@@ -46,6 +47,13 @@ CliSession::CliSession(const Options &options, const Roots &defaults, QTextStrea
 {
     if (isReadOnly(options))
         m_readOnly = std::make_unique<ReadOnlyFileOperations>(*m_local);
+    // What the window would show in its log and a person must know (a move to the trash, a
+    // damaged file kept aside) is said at once, with or without --verbose.
+    m_log->setNoticeHandler([this](const QString &text) {
+        m_ui.clearLine();
+        m_err << "KorvaneCMD: " << shownLine(text) << '\n';
+        m_err.flush();
+    });
 }
 
 CliSession::~CliSession()
@@ -53,8 +61,10 @@ CliSession::~CliSession()
     m_context.reset();
     m_lock.reset(); // nothing moves any more
     if (m_verbose) {
+        QStringList said = m_log->notices();
         for (const QString &line : m_log->lines())
-            m_err << "log: " << line << '\n';
+            if (!said.removeOne(line))
+                m_err << "log: " << line << '\n';
         for (const QString &line : m_ui.answeredAlerts())
             m_err << "answered: " << line << '\n';
         m_err.flush();

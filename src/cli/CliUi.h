@@ -19,6 +19,9 @@ public:
 
     // Every alert answered so far, as "message: informative text -> button".
     QStringList answeredAlerts() const { return m_answered; }
+    // Takes the progress line off the terminal, so a line of text can be written there; the next
+    // progress call draws it again.
+    void clearLine() { progressEnd(); }
 
     bool isInteractive() const override { return false; }
     int runAlert(const Alert &alert) override;

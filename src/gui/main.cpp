@@ -68,6 +68,10 @@ CommandLine parse(const QStringList &arguments)
             return usage(
                 QStringLiteral("--%1: no folder \"%2\"").arg(option->names().constFirst(), value));
     }
+    // The environment's folders are held to the same: a HOME pointing nowhere would be created.
+    if (const QString missing = roots.missingFolder(!parser.isSet(root), !parser.isSet(home));
+        !missing.isEmpty())
+        return usage(missing);
     if (parser.isSet(root))
         roots.systemRoot = QFileInfo(parser.value(root)).absoluteFilePath();
     if (parser.isSet(home))

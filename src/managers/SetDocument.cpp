@@ -63,6 +63,11 @@ std::optional<QByteArray> readOnce(const QString &path, QString *problem)
         return fail(problem, kind == S_IFDIR ? QStringLiteral("a folder, not a set document")
                                              : QStringLiteral("not a file or a pipe"));
     }
+    // A file's size says at once what reading it to the limit would find out.
+    if (kind == S_IFREG && qint64(info.st_size) > kMaxDocumentSize) {
+        ::close(fd);
+        return fail(problem, QStringLiteral("too large for a set document"));
+    }
     // A pipe with a writer is read to its end, however slowly the writer sends.
     const int flags = ::fcntl(fd, F_GETFL);
     if (flags >= 0)

@@ -6,6 +6,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -216,6 +217,9 @@ private:
                                 const std::array<QStringList, LocationCount> &listings);
     MoveOutcome applyRecord(int logIndex, ApplyRun &run);
     MoveOutcome pendingOutcome(int logIndex, AUItemPtr *item = nullptr) const;
+    // Says text with its arguments filled in where a person will see it: the log window in the
+    // user's language, the system log and KorvaneCMD's standard error in English.
+    void tell(const char *text, const QStringList &args);
     // Sets an item's active flag, its place and its record; true when it is now pending.
     void markActive(const AUItemPtr &item, bool active);
     void markAll(const std::function<bool(const AUItem &)> &which, bool active);
@@ -236,6 +240,8 @@ private:
     int pbSetsIndex = 0;
     QStringList m_columns;
     QList<SortDescriptor> m_sortDescriptors;
+    // Pairs of the format's folders found to be one folder, each said once per run.
+    QSet<QString> m_saidOneFolder;
     QList<AUItemPtr> m_selection; // in the order the view gave them
     AUItemPtr m_lastSelected;
 };

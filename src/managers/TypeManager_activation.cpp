@@ -15,6 +15,7 @@
 #include "ui/UserInterface.h"
 
 #include <QDir>
+#include <QHash>
 #include <QLocale>
 #include <QSet>
 #include <QStringBuilder>
@@ -50,7 +51,51 @@ QString yesNo(bool flag)
     return flag ? QStringLiteral("yes") : QStringLiteral("no");
 }
 
+QString folderOf(const QString &path)
+{
+    return path.left(path.lastIndexOf(QLatin1Char('/')));
+}
+
+// The AppleDouble sidecar that carries path's Finder information, beside it.
+QString sidecarOf(const QString &path)
+{
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    return path.left(slash + 1) + QStringLiteral("._") + path.mid(slash + 1);
+}
+
+QString filled(const QString &format, const QStringList &args)
+{
+    // All at once: a path holding "%1" must not be taken for a place to fill.
+    switch (args.size()) {
+    case 0:
+        return format;
+    case 1:
+        return format.arg(args.at(0));
+    case 2:
+        return format.arg(args.at(0), args.at(1));
+    case 3:
+        return format.arg(args.at(0), args.at(1), args.at(2));
+    default:
+        return format.arg(args.at(0), args.at(1), args.at(2), args.value(3));
+    }
+}
+
+const char *const kOnePlace = QT_TRANSLATE_NOOP(
+    "korvane", "The source and the target are one and the same; nothing was moved");
+
 } // namespace
+
+void TypeManager::tell(const char *text, const QStringList &args)
+{
+    QString english = filled(QString::fromUtf8(text), args);
+    if (english.endsWith(QLatin1Char('\n')))
+        english.chop(1);
+    systemNotice(english);
+    QString shown = filled(korvane::tr(text), args);
+    if (!shown.endsWith(QLatin1Char('\n')))
+        shown += QLatin1Char('\n');
+    services().addLogEntry(this, shown);
+}
 
 CopyProgress TypeManager::copyProgressFor(const int &item, int count) const
 {
@@ -102,6 +147,17 @@ struct TypeManager::ApplyRun {
     QSet<QString> installed;
     // Target folders this apply has made or found, so each is looked at once.
     QSet<QString> folders;
+    // The folders' identities, each looked up once; a folder not there yet is looked for again.
+    QHash<QString, FileIdentity> identities;
+    std::optional<FileIdentity> folderIdentity(const FileOperations &files, const QString &folder)
+    {
+        if (const auto known = identities.constFind(folder); known != identities.cend())
+            return *known;
+        const std::optional<FileIdentity> found = files.identity(folder, true);
+        if (found)
+            identities.insert(folder, *found);
+        return found;
+    }
     // The user chose Stop at a failure: the records after it are left as they are.
     bool stopped = false;
 };
@@ -202,6 +258,8 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
 
     AppServices *main = &services();
     FileOperations &files = this->files();
+    const QString fromFolder = m_list.records().at(logIndex).getLogPath();
+    const QString toFolder = item->getAULocation();
     const auto reportFailure = [&](const FileError &error) {
         if (!main->fileManager(&files, QVariantMap{{QStringLiteral("Error"), error.reason},
                                                    {QStringLiteral("Path"), error.path}}))
@@ -212,6 +270,23 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
         reportFailure(error);
         systemLog(QStringLiteral("fehlgeschlagen"));
         return outcome;
+    };
+    // A move that cannot be right is not tried: said, then failed like any other.
+    const auto refuse = [&](const FileError &error, const char *text, const QStringList &args) {
+        tell(text, args);
+        reportFailure(error);
+        return outcome;
+    };
+    const auto refuseOnePlace = [&](const QString &at) {
+        return refuse({at, QString::fromUtf8(kOnePlace)},
+                      QT_TRANSLATE_NOOP("korvane", "%1 stays in %2: %3 is the same place"),
+                      {outcome.name, fromFolder, at});
+    };
+    const auto refuseStep = [&](const FileError &error) {
+        return refuse(
+            error,
+            QT_TRANSLATE_NOOP("korvane", "%1 stays in %2: %3 on the way is a link or no folder"),
+            {outcome.name, fromFolder, error.path});
     };
 
     const auto done = [&] {
@@ -227,34 +302,90 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
         return outcome;
     };
 
+    // A " (Disabled)" folder that is a link to the active one, or a bind mount of it, holds the
+    // plug-in already: whatever lies at the target would be the plug-in itself.
+    const std::optional<FileIdentity> sourceFolder =
+        run.folderIdentity(files, folderOf(outcome.from));
+    const std::optional<FileIdentity> targetFolder =
+        run.folderIdentity(files, folderOf(outcome.to));
+    if (sourceFolder && targetFolder && sourceFolder->isSameItem(*targetFolder))
+        return refuseOnePlace(folderOf(outcome.to));
+    // Below the format's folder a plug-in moves only through real folders: a link on the way
+    // would carry it out of the folders altogether.
+    if (const std::optional<FileError> step = stepOffTheWay(files, fromFolder, outcome.from, false))
+        return refuseStep(*step);
+    // The format's folder as it is (it may be a link); the folders below it made real.
+    const auto makeTargetFolders = [&]() -> std::optional<FileError> {
+        const QString parent = folderOf(outcome.to);
+        if (run.folders.contains(parent))
+            return std::nullopt;
+        main->createFolders(toFolder + QStringLiteral("/-"));
+        if (std::optional<FileError> step = stepOffTheWay(files, toFolder, outcome.to, true))
+            return step;
+        run.folders.insert(parent);
+        return std::nullopt;
+    };
+    // The move; when it fails only because Finder information of no plug-in lies where the
+    // plug-in's own has to go, that goes to the trash like any other target in the way, and the
+    // move is tried again. A trash that fails fails the move.
+    const auto move = [&](FileError *error) {
+        if (files.move(outcome.from, outcome.to, error))
+            return true;
+        const QString sidecar = sidecarOf(outcome.to);
+        if (error->code != EEXIST || error->path != sidecar
+            || files.identity(outcome.to, false).has_value())
+            return false;
+        const std::optional<FileIdentity> stale = files.identity(sidecar, false);
+        const std::optional<FileIdentity> own = files.identity(sidecarOf(outcome.from), false);
+        if (stale && own && stale->isSameItem(*own)) {
+            *error = {sidecar, QString::fromUtf8(kOnePlace)};
+            return false;
+        }
+        QString trashedTo;
+        if (!files.moveToTrash(sidecar, error, &trashedTo)) {
+            error->path = sidecar; // what stays in the way, whichever side refused
+            return false;
+        }
+        tell(QT_TRANSLATE_NOOP("korvane", "%1 was in the way of the Finder information of %2 and "
+                                          "is now in the trash: %3\n"),
+             {sidecar, outcome.name, trashedTo});
+        return files.move(outcome.from, outcome.to, error);
+    };
+
     // Most moves meet an empty place in a folder already seen: the move alone finds that out.
     // A target in the way, a folder or the source gone takes the full path below, which looks
     // first; nothing has moved then, so the second attempt costs no copy.
-    const QString toFolder = outcome.to.left(outcome.to.lastIndexOf(QLatin1Char('/')));
     if (!run.installed.contains(outcome.to)) {
-        if (!run.folders.contains(toFolder)) {
-            main->createFolders(outcome.to);
-            run.folders.insert(toFolder);
-        }
+        if (const std::optional<FileError> step = makeTargetFolders())
+            return refuseStep(*step);
         FileError error;
-        if (files.move(outcome.from, outcome.to, &error))
+        if (move(&error))
             return done();
-        const bool plain = error.path == outcome.to || error.path == outcome.from;
+        const bool plain = error.path == outcome.to || error.path == outcome.from
+                           || error.path == sidecarOf(outcome.to);
         if (!plain || (error.code != EEXIST && error.code != ENOENT))
             return moveFailed(error);
     }
 
+    // What lies at the target may be the source itself by another way (a link, a hard link): it
+    // is neither replaced nor taken for an identical copy.
+    const std::optional<FileIdentity> there = files.identity(outcome.to, false);
+    if (there) {
+        const std::optional<FileIdentity> here = files.identity(outcome.from, false);
+        if (here && here->isSameItem(*there))
+            return refuseOnePlace(outcome.to);
+    }
     // Two copies of one plug-in (system and user folder, or a set naming both) can be marked so
     // that one goes where the other lies; making room would delete the other copy.
-    const bool otherCopy =
-        run.installed.contains(outcome.to)
+    const bool scannedThere = run.installed.contains(outcome.to);
+    bool otherCopy =
+        scannedThere
         || (files.isDirectory(outcome.to)
             && std::any_of(run.installed.cbegin(), run.installed.cend(),
                            [&](const QString &path) { return liesInside(path, outcome.to); }));
     // An identical copy already where the plug-in belongs (one copied there by hand, or what an
     // older version left when cut short) makes this one surplus: it goes to the trash.
-    if (otherCopy && run.installed.contains(outcome.to)
-        && files.holdsAllOf(outcome.to, outcome.from)
+    if (scannedThere && files.holdsAllOf(outcome.to, outcome.from)
         && files.holdsAllOf(outcome.from, outcome.to)) {
         QString trashedTo;
         FileError trashError;
@@ -262,19 +393,20 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
             reportFailure(trashError);
             return outcome;
         }
-        systemLog(QStringLiteral("Identical copy at the target, the other moved to the trash: %1")
-                      .arg(trashedTo));
-        main->addLogEntry(this,
-                          korvane::tr("%1 was already at %2; the identical copy from %3 is now in "
-                                      "the trash: %4\n")
-                              .arg(outcome.name, outcome.to, outcome.from, trashedTo));
+        tell(QT_TRANSLATE_NOOP("korvane", "%1 was already at %2; the identical copy from %3 is "
+                                          "now in the trash: %4\n"),
+             {outcome.name, outcome.to, outcome.from, trashedTo});
         return done();
     }
+    // A copy that came after the scan and is one of the format's plug-ins is installed as much
+    // as any the scan found: never made room for.
+    if (!otherCopy && there
+        && m_traits.recognise(m_traits.recognitionTakesFullPath ? outcome.to : outcome.name))
+        otherCopy = true;
     if (otherCopy) {
         systemLog(QStringLiteral("Target is an installed copy, both kept: %1").arg(outcome.to));
-        main->addLogEntry(
-            this, korvane::tr("%1 stays in %2: another installed copy lies at %3\n")
-                      .arg(outcome.name, m_list.records().at(logIndex).getLogPath(), outcome.to));
+        main->addLogEntry(this, korvane::tr("%1 stays in %2: another installed copy lies at %3\n")
+                                    .arg(outcome.name, fromFolder, outcome.to));
         outcome.otherCopyAtTarget = true;
         reportFailure({outcome.to, QStringLiteral(QT_TRANSLATE_NOOP(
                                        "korvane", "Another installed copy of the plug-in lies "
@@ -282,9 +414,10 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
         return outcome;
     }
 
-    main->createFolders(outcome.to);
+    if (const std::optional<FileError> step = makeTargetFolders())
+        return refuseStep(*step);
 
-    if (files.exists(outcome.to)) {
+    if (files.identity(outcome.to, false)) {
         const bool deletable = files.isDeletable(outcome.to);
         systemLog(QStringLiteral("Target exist: read %1, write %2, delete %3")
                       .arg(yesNo(files.isReadable(outcome.to)), yesNo(files.isWritable(outcome.to)),
@@ -305,19 +438,17 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
                 systemLog(QStringLiteral("Delete %1")
                               .arg(trashed ? QStringLiteral("sucessful")
                                            : QStringLiteral("not sucessful")));
-            if (trashed) {
-                systemLog(QStringLiteral("Target moved to the trash: %1").arg(trashedTo));
-                main->addLogEntry(this,
-                                  korvane::tr("%1 was in the way and is now in the trash: %2\n")
-                                      .arg(outcome.to, trashedTo));
-            } else if (deletable) {
+            if (trashed)
+                tell(
+                    QT_TRANSLATE_NOOP("korvane", "%1 was in the way and is now in the trash: %2\n"),
+                    {outcome.to, trashedTo});
+            else if (deletable)
                 systemLog(QStringLiteral("Not moved to the trash: %1").arg(trashError.reason));
-            }
         }
     }
 
     FileError error;
-    if (!files.move(outcome.from, outcome.to, &error))
+    if (!move(&error))
         return moveFailed(error);
     return done();
 }
@@ -328,21 +459,21 @@ void TypeManager::moveContent(const AUItemPtr &item)
         || !m_parts.prefs.moveContent(m_traits.type))
         return;
 
-    QStringList prefixes;
-    for (const QString &folder : locations().folderPaths(m_traits))
-        prefixes << folder + QLatin1Char('/');
-
+    const std::array<QString, LocationCount> folders = locations().folderPaths(m_traits);
     FileOperations &files = this->files();
+    const QString target = item->getAULocation();
     const int count = item->getContentMaxIndex();
     for (int i = 0; i < count; ++i) {
         const QString entry = item->getContentByIndex(i);
         // content.plist is outside data: a ".." step could name any file above the folders.
         if (climbsUp(entry))
             continue;
+        QString folder;
         QString relative;
-        for (const QString &prefix : prefixes) {
-            if (entry.startsWith(prefix)) {
-                relative = QDir::cleanPath(entry.mid(prefix.size()));
+        for (const QString &candidate : folders) {
+            if (liesInside(entry, candidate)) {
+                folder = candidate;
+                relative = QDir::cleanPath(entry.mid(candidate.size() + 1));
                 break;
             }
         }
@@ -351,13 +482,19 @@ void TypeManager::moveContent(const AUItemPtr &item)
             || relative.startsWith(QLatin1Char('/')))
             continue;
 
-        const QString newPath = item->getAULocation() + QLatin1Char('/') + relative;
-        const QStringList components = newPath.split(QLatin1Char('/'), Qt::SkipEmptyParts);
-        QString folder;
-        for (qsizetype c = 0; c + 1 < components.size(); ++c) {
-            folder += QLatin1Char('/') + components.at(c);
-            if (!files.exists(folder))
-                files.createDirectory(folder);
+        // Its text says inside the folders; a link on the way could put its real place anywhere
+        // (the move would carry a stranger's file off), and so could one on the way to the new
+        // place. Only real folders lead to or from a companion.
+        const QString newPath = target + QLatin1Char('/') + relative;
+        std::optional<FileError> step =
+            stepOffTheWay(files, folder, folder + QLatin1Char('/') + relative, false);
+        if (!step)
+            step = stepOffTheWay(files, target, newPath, true);
+        if (step) {
+            tell(QT_TRANSLATE_NOOP("korvane", "The companion %1 of %2 stays where it is: %3 on "
+                                              "the way is a link or no folder"),
+                 {entry, item->getAUName(), step->path});
+            continue;
         }
         // Content that does not move is not reported; the list follows the plug-in regardless.
         files.move(entry, newPath);

@@ -5,7 +5,6 @@
 #include "app/AppServices.h"
 #include "panels/MyPrefObj.h"
 #include "platform/FileOperations.h"
-#include "platform/SystemLog.h"
 #include "platform/Texts.h"
 #include "ui/UserInterface.h"
 
@@ -116,9 +115,10 @@ void TypeManager::deleteItem()
         FileError error;
         // The item leaves the list either way; the next rescan shows one whose trash failed.
         if (files.moveToTrash(path, &error, &trashedTo))
-            systemLog(QStringLiteral("Moved to the trash: %1 -> %2").arg(path, trashedTo));
+            tell(QT_TRANSLATE_NOOP("korvane", "%1 is now in the trash: %2"), {path, trashedTo});
         else
-            systemLog(QStringLiteral("Not moved to the trash: %1: %2").arg(path, error.reason));
+            tell(QT_TRANSLATE_NOOP("korvane", "%1 could not go to the trash: %2"),
+                 {path, error.reason});
         emit itemAboutToBeRemoved(row);
         m_list.removeAt(row);
         emit itemRemoved(row);

@@ -198,6 +198,11 @@ void TypeManager::reloadData()
 
     std::array<QString, LocationCount> folders;
     std::array<QStringList, LocationCount> listings;
+    // A folder that is one with another of the format's folders (a " (Disabled)" folder linked to
+    // the active one, a bind mount, a home that is the system root) is listed once, as the first:
+    // listed twice, each plug-in would show on and off, and a move onto itself would lose it.
+    std::array<std::optional<FileIdentity>, LocationCount> identities;
+    std::array<bool, LocationCount> listed{};
     for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc) {
         folders[size_t(loc)] = locations().expand(m_traits.folder(loc));
         if (m_traits.createsParentOnScan && isActiveLocation(loc)) {
@@ -207,12 +212,32 @@ void TypeManager::reloadData()
         }
         if (m_traits.createdFolders[size_t(loc)])
             createIfMissing(files, folders[size_t(loc)]);
-        listings[size_t(loc)] = listFolder(loc, folders[size_t(loc)]);
+        identities[size_t(loc)] = files.identity(folders[size_t(loc)], true);
+        listed[size_t(loc)] = true;
+        for (int earlier = LocSystemActive; earlier < loc && identities[size_t(loc)]; ++earlier) {
+            if (!identities[size_t(earlier)]
+                || !identities[size_t(earlier)]->isSameItem(*identities[size_t(loc)]))
+                continue;
+            listed[size_t(loc)] = false;
+            const QString pair =
+                folders[size_t(earlier)] % QLatin1Char('\n') % folders[size_t(loc)];
+            if (!m_saidOneFolder.contains(pair)) {
+                m_saidOneFolder.insert(pair);
+                tell(QT_TRANSLATE_NOOP("korvane",
+                                       "%1 and %2 are one folder: its plug-ins are listed once, in "
+                                       "%1, and none can move from one to the other"),
+                     {folders[size_t(earlier)], folders[size_t(loc)]});
+            }
+            break;
+        }
+        if (listed[size_t(loc)])
+            listings[size_t(loc)] = listFolder(loc, folders[size_t(loc)]);
     }
     if (settleInterruptedMoves(folders, listings)) {
         cache.emplace();
         for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc)
-            listings[size_t(loc)] = listFolder(loc, folders[size_t(loc)]);
+            if (listed[size_t(loc)])
+                listings[size_t(loc)] = listFolder(loc, folders[size_t(loc)]);
     }
 
     for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc) {

@@ -18,6 +18,9 @@ constexpr int kMaxCounter = 100;
 
 bool DataFile::keep(FileOperations &files, const QString &path, QString *report)
 {
+    // A run that only reports writes nothing, so it has nothing to keep aside either.
+    if (files.isReadOnly())
+        return false;
     const QString base =
         path + QStringLiteral(".damaged-")
         + QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddTHH-mm-ss"));
@@ -43,8 +46,9 @@ bool DataFile::keep(FileOperations &files, const QString &path, QString *report)
         line = QStringLiteral("Could not read %1 nor move it aside; left it as it is").arg(path);
         shown = korvane::tr("Could not read %1 nor move it aside; left it as it is").arg(path);
     }
-    // The system log stays in English; the log window speaks the user's language.
-    systemLog(line);
+    // The system log stays in English; the log window speaks the user's language. Either way a
+    // person is told at once: KorvaneCMD prints it on standard error.
+    systemNotice(line);
     if (report)
         *report = shown + QLatin1Char('\n');
     return kept;

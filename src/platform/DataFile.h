@@ -17,8 +17,9 @@ public:
     using Check = std::function<bool(const QString &path)>;
 
     // Moves path to "<path>.damaged-<local date and time>" ("-2", "-3", ... added when that name
-    // is taken) through the file operations, never over anything, and tells the system log.
-    // report receives the same line for the log window. False when it could not be moved.
+    // is taken) through the file operations, never over anything, and says so as a notice.
+    // report receives the same line for the log window. False when it could not be moved, or
+    // the file operations are read-only (then nothing is said).
     static bool keep(FileOperations &files, const QString &path, QString *report);
 
     // True when path may be written: nothing is there, readable accepts what is there, or it has

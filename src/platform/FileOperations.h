@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <optional>
 
 namespace korvane {
 
@@ -12,6 +13,19 @@ struct FileError {
     QString path;
     QString reason;
     int code = 0; // errno where the system gave one, so a caller can tell a target in the way
+};
+
+// What tells one file or folder from every other. Two paths with the same device and inode are one
+// item, however they are written: through a link, a bind mount, a hard link, or the same path.
+struct FileIdentity {
+    quint64 device = 0;
+    quint64 inode = 0;
+    bool isFolder = false;
+    bool isLink = false; // only where links were not followed
+    bool isSameItem(const FileIdentity &other) const
+    {
+        return device == other.device && inode == other.inode;
+    }
 };
 
 // How far the copy of one item has come: bytes written so far of the item's total.
@@ -34,6 +48,9 @@ public:
     virtual bool isReadable(const QString &path) const = 0;
     virtual bool isWritable(const QString &path) const = 0;
     virtual bool isDeletable(const QString &path) const = 0;
+    // The item at path, or the item a link there points to with followLinks; none when nothing
+    // is there.
+    virtual std::optional<FileIdentity> identity(const QString &path, bool followLinks) const = 0;
     // Every file, folder and link below part (part itself included) is in whole at the same
     // relative place with the same contents or link target; metadata is not compared.
     virtual bool holdsAllOf(const QString &whole, const QString &part) const = 0;

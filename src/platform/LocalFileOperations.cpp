@@ -459,6 +459,16 @@ bool LocalFileOperations::isDeletable(const QString &path) const
     return true;
 }
 
+std::optional<FileIdentity> LocalFileOperations::identity(const QString &path,
+                                                          bool followLinks) const
+{
+    struct stat info;
+    if (!(followLinks ? statPath(path, &info) : lstatPath(path, &info)))
+        return std::nullopt;
+    return FileIdentity{quint64(info.st_dev), quint64(info.st_ino), S_ISDIR(info.st_mode),
+                        S_ISLNK(info.st_mode)};
+}
+
 bool LocalFileOperations::holdsAllOf(const QString &whole, const QString &part) const
 {
     struct stat partInfo, wholeInfo;

@@ -23,6 +23,7 @@ public:
     bool isReadable(const QString &path) const override;
     bool isWritable(const QString &path) const override;
     bool isDeletable(const QString &path) const override;
+    std::optional<FileIdentity> identity(const QString &path, bool followLinks) const override;
     bool holdsAllOf(const QString &whole, const QString &part) const override;
     bool createDirectory(const QString &path, FileError *error = nullptr) override;
     bool move(const QString &from, const QString &to, FileError *error = nullptr) override;

@@ -46,6 +46,12 @@ bool ReadOnlyFileOperations::isDeletable(const QString &path) const
     return m_inner.isDeletable(path);
 }
 
+std::optional<FileIdentity> ReadOnlyFileOperations::identity(const QString &path,
+                                                             bool followLinks) const
+{
+    return m_inner.identity(path, followLinks);
+}
+
 bool ReadOnlyFileOperations::holdsAllOf(const QString &whole, const QString &part) const
 {
     return m_inner.holdsAllOf(whole, part);

@@ -19,6 +19,7 @@ public:
     bool isReadable(const QString &path) const override;
     bool isWritable(const QString &path) const override;
     bool isDeletable(const QString &path) const override;
+    std::optional<FileIdentity> identity(const QString &path, bool followLinks) const override;
     bool holdsAllOf(const QString &whole, const QString &part) const override;
     bool isReadOnly() const override { return true; }
 

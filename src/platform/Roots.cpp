@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <pwd.h>
 #include <unistd.h>
@@ -13,6 +14,11 @@ namespace {
 QString clean(const QString &path)
 {
     return path.isEmpty() ? path : QDir::cleanPath(path);
+}
+
+QString absolute(const QString &path)
+{
+    return path.isEmpty() ? path : QFileInfo(path).absoluteFilePath();
 }
 
 QString userDatabaseHome()
@@ -31,12 +37,24 @@ Roots Roots::fromEnvironment()
     QString home = qEnvironmentVariable("HOME");
     if (home.isEmpty())
         home = userDatabaseHome();
-    Roots roots = at(root.isEmpty() ? QStringLiteral("/") : root, home);
+    Roots roots = at(root.isEmpty() ? QStringLiteral("/") : absolute(root), absolute(home));
     // A relative data home is to be ignored, as the freedesktop rules say.
     const QString dataHome = qEnvironmentVariable("XDG_DATA_HOME");
     if (dataHome.startsWith(QLatin1Char('/')))
         roots.dataHome = clean(dataHome);
     return roots;
+}
+
+QString Roots::missingFolder(bool checkRoot, bool checkHome) const
+{
+    const auto missing = [](const char *name, const QString &path) {
+        return QStringLiteral("%1: no folder \"%2\"").arg(QLatin1String(name), path);
+    };
+    if (checkRoot && !QFileInfo(systemRoot).isDir())
+        return missing("KORVANE_ROOT", systemRoot);
+    if (checkHome && (home.isEmpty() || !QFileInfo(home).isDir()))
+        return missing("HOME", home);
+    return {};
 }
 
 Roots Roots::at(const QString &systemRoot, const QString &home)

@@ -12,10 +12,17 @@ struct Roots {
     QString dataHome;                         // the freedesktop data home; the trash is in it
 
     // KORVANE_ROOT (default "/"), HOME (else the user database) and XDG_DATA_HOME (ignored unless
-    // absolute; default HOME/.local/share).
+    // absolute; default HOME/.local/share). A relative root or home is taken from the current
+    // folder, as --root and --home are.
     static Roots fromEnvironment();
     // Roots under another system root and home; the data home follows the home.
     static Roots at(const QString &systemRoot, const QString &home);
+
+    // Why roots read from the environment cannot be used: the first of the system root (when
+    // checkRoot) and the home (when checkHome) that is not a folder, as "HOME: no folder \"...\"";
+    // empty when they are. A program refuses to start then, as it refuses a wrong --root or --home:
+    // a missing root would be scanned as empty and a missing home created.
+    QString missingFolder(bool checkRoot = true, bool checkHome = true) const;
 
     QString trashFolder() const { return dataHome + QStringLiteral("/Trash"); }
     bool operator==(const Roots &) const = default;

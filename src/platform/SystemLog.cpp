@@ -29,6 +29,16 @@ SystemLogCapture::~SystemLogCapture()
     }
 }
 
+void systemNotice(const QString &text)
+{
+    if (SystemLogCapture *capture = s_innermost) {
+        capture->m_notices.append(text);
+        if (capture->m_onNotice)
+            capture->m_onNotice(text);
+    }
+    systemLog(text);
+}
+
 void systemLog(const QString &text)
 {
     if (s_innermost) {

@@ -2,11 +2,15 @@
 
 #include <QString>
 #include <QStringList>
+#include <functional>
 
 namespace korvane {
 
 // The diagnostics sink: standard error (and syslog when KORVANE_SYSLOG is set), or a capture.
 void systemLog(const QString &text);
+// A diagnostic a person must read even where no window shows the log (a move to the trash, a file
+// kept aside): it goes where systemLog goes, and KorvaneCMD prints it on standard error at once.
+void systemNotice(const QString &text);
 
 // While one exists, diagnostics go to it instead, so tests can read them.
 class SystemLogCapture {
@@ -18,9 +22,19 @@ public:
     QStringList lines() const { return m_lines; }
     bool contains(const QString &line) const { return m_lines.contains(line); }
 
+    // The notices among the lines, in order; each is also handed to the handler as it comes.
+    QStringList notices() const { return m_notices; }
+    void setNoticeHandler(std::function<void(const QString &)> handler)
+    {
+        m_onNotice = std::move(handler);
+    }
+
 private:
     friend void systemLog(const QString &text);
+    friend void systemNotice(const QString &text);
     QStringList m_lines;
+    QStringList m_notices;
+    std::function<void(const QString &)> m_onNotice;
     SystemLogCapture *m_previous;
 };
 

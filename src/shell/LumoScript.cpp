@@ -13,7 +13,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
+
+#include <utility>
 
 namespace korvane {
 
@@ -107,6 +108,87 @@ QString LumoScript::shellQuote(const QString &word)
     return QLatin1Char('\'') + quoted + QLatin1Char('\'');
 }
 
+std::optional<QStringList> LumoScript::splitCommandLine(const QString &commandLine,
+                                                        QString *problem)
+{
+    // Qt's splitCommand knows no backslash escapes and no single quotes; a line written for sh
+    // would reach the host in other words than its author meant.
+    const auto refuse = [problem](const char *why) -> std::optional<QStringList> {
+        if (problem)
+            *problem = QString::fromUtf8(why);
+        return std::nullopt;
+    };
+    enum { Blank, Bare, Single, Double } state = Blank;
+    QStringList words;
+    QString word;
+    for (qsizetype i = 0; i < commandLine.size(); ++i) {
+        const QChar c = commandLine.at(i);
+        const bool last = i + 1 == commandLine.size();
+        switch (state) {
+        case Blank:
+        case Bare:
+            if (c == u' ' || c == u'\t' || c == u'\n') {
+                if (state == Bare)
+                    words << std::exchange(word, QString());
+                state = Blank;
+                continue;
+            }
+            state = Bare;
+            if (c == u'\'') {
+                state = Single;
+            } else if (c == u'"') {
+                state = Double;
+            } else if (c == u'\\') {
+                if (last)
+                    return refuse(
+                        QT_TRANSLATE_NOOP("korvane", "The host command line ends in a backslash"));
+                const QChar next = commandLine.at(++i);
+                if (next != u'\n')
+                    word += next;
+                else if (word.isEmpty())
+                    state = Blank; // a joined line, nothing of a word yet
+            } else {
+                word += c;
+            }
+            break;
+        case Single:
+            if (c == u'\'')
+                state = Bare;
+            else
+                word += c;
+            break;
+        case Double:
+            if (c == u'"') {
+                state = Bare;
+            } else if (c == u'\\' && !last
+                       && QStringView(u"\"\\$`\n").contains(commandLine.at(i + 1))) {
+                const QChar next = commandLine.at(++i);
+                if (next != u'\n')
+                    word += next;
+            } else {
+                word += c;
+            }
+            break;
+        }
+    }
+    if (state == Single)
+        return refuse(
+            QT_TRANSLATE_NOOP("korvane", "The host command line has an unclosed single quote (')"));
+    if (state == Double)
+        return refuse(QT_TRANSLATE_NOOP("korvane",
+                                        "The host command line has an unclosed double quote (\")"));
+    if (state == Bare)
+        words << word;
+    return words;
+}
+
+QString LumoScript::hostCommandProblem() const
+{
+    QString problem;
+    splitCommandLine(m_hostCommand, &problem);
+    return problem;
+}
+
 QString LumoScript::appleScript(const QString &tool, const QStringList &arguments)
 {
     QString text = QStringLiteral("-- KorvaneCMD launch script\n");
@@ -125,10 +207,14 @@ QString LumoScript::shellScript(const QString &tool, const QStringList &argument
 {
     QString text = QStringLiteral("#!/bin/sh\n# KorvaneCMD launch script\nset -e\n");
     text += shellCommand(tool, arguments) + QLatin1Char('\n');
-    const QStringList host = QProcess::splitCommand(hostCommand);
-    if (!host.isEmpty()) {
+    QString problem;
+    const std::optional<QStringList> host = splitCommandLine(hostCommand, &problem);
+    if (!host) {
+        // Shown in the panel; such a script is not saved.
+        text += QStringLiteral("# The host is not started: ") + problem + QLatin1Char('\n');
+    } else if (!host->isEmpty()) {
         QStringList words;
-        for (const QString &word : host)
+        for (const QString &word : *host)
             words << shellQuote(word);
         text += QStringLiteral("exec ") + words.join(QLatin1Char(' ')) + QLatin1Char('\n');
     }
@@ -198,8 +284,24 @@ void LumoScript::build(bool tell)
     emit scriptChanged();
 }
 
+bool LumoScript::refuseBrokenHost()
+{
+    const QString problem = m_layout == Layout::Shell ? hostCommandProblem() : QString();
+    if (problem.isEmpty())
+        return false;
+    Alert alert;
+    alert.title = korvane::tr("Scrip Generation");
+    alert.messageText = korvane::tr("Script not saved");
+    alert.informativeText = korvane::tr(problem.toUtf8().constData());
+    alert.buttons = {korvane::tr("Ok")};
+    m_services.ui().runAlert(alert);
+    return true;
+}
+
 void LumoScript::saveScript()
 {
+    if (refuseBrokenHost())
+        return;
     SavePanelRequest request;
     request.directory = m_services.locations().documentsFolder();
     request.fileName = m_layout == Layout::AppleScript ? QStringLiteral("untitled.applescript")
@@ -213,7 +315,7 @@ void LumoScript::saveScript()
 
 void LumoScript::savePanelDidEnd(int returnCode, const QString &path)
 {
-    if (returnCode != 1)
+    if (returnCode != 1 || refuseBrokenHost())
         return;
     // A failure is not reported; a half-written script is never left behind.
     if (!m_services.files().writeFileAtomically(path, teScript.toUtf8()))

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 namespace korvane {
 
@@ -54,6 +55,15 @@ public:
                                const QString &hostCommand);
     // One word for sh, whatever it holds: single quotes, each ' written as '\''.
     static QString shellQuote(const QString &word);
+    // A command line split into words the way a POSIX shell splits a simple command, but with
+    // nothing expanded and nothing run: blanks separate words; '...' keeps what it holds; "..."
+    // keeps what it holds but takes a backslash before " \ $ ` or a line break as an escape;
+    // elsewhere a backslash keeps the next character (before a line break it joins the lines).
+    // nullopt for an unclosed quote or a final backslash, with the reason in English.
+    static std::optional<QStringList> splitCommandLine(const QString &commandLine,
+                                                       QString *problem = nullptr);
+    // Why the host command line cannot be used; empty when it can.
+    QString hostCommandProblem() const;
 
 signals:
     void scriptChanged();
@@ -62,6 +72,8 @@ signals:
 
 private:
     void build(bool tell);
+    // Tells the person that a script with a broken host command line is not saved; true then.
+    bool refuseBrokenHost();
 
     AppServices &m_services;
     QList<TypeManager *> m_managers;

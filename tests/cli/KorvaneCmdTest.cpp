@@ -17,6 +17,7 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QScopeGuard>
+#include <QTemporaryDir>
 
 #include <sys/stat.h>
 
@@ -44,16 +45,19 @@ protected:
         Builder::makeAudioUnit(au(LocUserActive), "Delta.component", MachO::x86_64());
     }
 
-    // Whatever a program takes from the environment lies under the test's roots; input is its
-    // standard input, closed after it.
+    // Whatever a program takes from the environment lies under the test's roots unless changed
+    // here; input is its standard input, closed after it.
     std::unique_ptr<QProcess> start(const QString &program, const QStringList &arguments,
-                                    const QByteArray &input = {})
+                                    const QByteArray &input = {},
+                                    const QMap<QString, QString> &changed = {})
     {
         auto process = std::make_unique<QProcess>();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("KORVANE_ROOT", root());
         environment.insert("HOME", home());
         environment.remove("XDG_DATA_HOME");
+        for (auto it = changed.cbegin(); it != changed.cend(); ++it)
+            environment.insert(it.key(), it.value());
         process->setProcessEnvironment(environment);
         process->start(program, arguments);
         EXPECT_TRUE(process->waitForStarted()) << program.toStdString();
@@ -209,6 +213,11 @@ TEST_F(KorvaneCmdTest, ReportsAndRefusalsChangeNothingOnDisk)
     QFile file(set);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QByteArray bytes = file.readAll();
+    // Larger than any set document, refused by its size; a sparse file, outside the roots.
+    QTemporaryDir elsewhere;
+    QFile huge(elsewhere.filePath("huge.aukorv"));
+    ASSERT_TRUE(huge.open(QIODevice::WriteOnly) && huge.resize(65 << 20));
+    huge.close();
     const std::string before = snapshot();
 
     QMap<QString, QString> out;
@@ -229,7 +238,7 @@ TEST_F(KorvaneCmdTest, ReportsAndRefusalsChangeNothingOnDisk)
     for (const QString &path :
          {homePath("Documents/none.aukorv"), homePath("Documents/garbage.aukorv"),
           homePath("Documents/plist.aukorv"), fifo, QString("/dev/null"), homePath("Documents"),
-          QString("/dev/stdin")})
+          QString("/dev/stdin"), huge.fileName()})
         refused << QStringList{"-AU", set, "-VST", path} << QStringList{"show-set", path};
     for (const QStringList &arguments : refused) {
         const ToolRun run = tool(arguments); // /dev/stdin: an empty pipe
@@ -345,6 +354,150 @@ TEST_F(KorvaneCmdTest, DecodingASetAndReturningFromMainWithoutAResetExitsCleanly
 {
     const ToolRun run = finish(*start(DECODE_SET_AND_EXIT, {}));
     EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+}
+
+// A " (Disabled)" folder that is the active one, by a link or a bind mount: each plug-in is listed
+// once, and switching one off moves nothing, says why and fails; nothing goes to the trash.
+TEST_F(KorvaneCmdTest, ADisabledFolderThatIsTheActiveOneMovesNothingOntoItself)
+{
+    const QString on = au(LocSystemActive), off = au(LocSystemDisabled);
+    const auto check = [&](const char *how) {
+        SCOPED_TRACE(how);
+        const QString one = on + " and " + off + " are one folder";
+        const ToolRun listed = tool({"list", "--format", "au"});
+        EXPECT_EQ(listed.out.count("/Alpha.component\n"), 1) << listed.out.toStdString();
+        EXPECT_EQ(listed.err.count(one), 1) << listed.err.toStdString();
+        const ToolRun run = tool({"disable", "--format", "au", "Alpha"});
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(run.err.count(one), 1) << run.err.toStdString(); // once per run
+        EXPECT_TRUE(run.err.contains("error: could not disable \"Alpha.component\"")
+                    && run.err.contains("one and the same"))
+            << run.err.toStdString();
+        EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Alpha.component")));
+        EXPECT_TRUE(QDir(homePath(".local/share/Trash/files")).isEmpty());
+    };
+    ASSERT_TRUE(QFile::link(on, off));
+    check("a link");
+    ASSERT_TRUE(QFile::remove(off) && QDir().mkpath(off));
+    if (QProcess::execute("mount", {"--bind", on, off}) != 0)
+        GTEST_SKIP() << "mount --bind is refused here; the bind mount is not tested";
+    const auto unmount = qScopeGuard([&] {
+        if (QProcess::execute("umount", {off}) != 0)
+            QProcess::execute("umount", {"-l", off});
+    });
+    check("a bind mount");
+}
+
+// With the home at the system root, the user's folders are the system's: every plug-in listed
+// once, and each move made without another copy in the way.
+TEST_F(KorvaneCmdTest, AHomeAtTheSystemRootMovesLikeAnyOther)
+{
+    const auto run = [&](const QStringList &arguments) {
+        return finish(
+            *start(KORVANE_CMD, QStringList{"--root", root(), "--home", root()} + arguments));
+    };
+    EXPECT_EQ(run({"list", "--format", "au"}).out.count('\n'), 2); // Alpha and Beta
+    const ToolRun off = run({"disable", "--format", "au", "Alpha", "Beta"});
+    EXPECT_EQ(off.exitCode, 0) << off.err.toStdString();
+    EXPECT_EQ(off.out, "disabled Alpha.component\ndisabled Beta.component\n");
+    const ToolRun on = run({"enable", "--format", "au", "Alpha"});
+    EXPECT_EQ(on.exitCode, 0) << on.err.toStdString();
+    EXPECT_EQ(on.out, "enabled Alpha.component\n");
+    EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Alpha.component")));
+    EXPECT_TRUE(isWholeBundle(au(LocSystemDisabled, "Beta.component")));
+}
+
+// What goes to the trash (an identical copy, a user's file in the way) and a damaged data file
+// kept aside are said on standard error without --verbose; the moves still succeed.
+TEST_F(KorvaneCmdTest, WhatGoesToTheTrashOrIsKeptAsideIsSaidWithoutVerbose)
+{
+    QDir().mkpath(au(LocSystemDisabled));
+    ASSERT_TRUE(disk().copy(au(LocSystemActive, "Alpha.component"),
+                            au(LocSystemDisabled, "Alpha.component")));
+    const QString echo =
+        Builder::makeVST(folder(TypeVST, LocSystemActive), "Echo.vst", MachO::ppc());
+    const QString inTheWay =
+        Builder::makeFile(folder(TypeVST, LocSystemDisabled), "Echo.vst", {}, "notes");
+    writeText(support + "content.plist", "<?xml version=\"1.0\"?><plist><array><string>Beta");
+    const QString trash = homePath(".local/share/Trash/files/");
+
+    const ToolRun alpha = tool({"disable", "--format", "au", "Alpha"});
+    EXPECT_EQ(alpha.exitCode, 0);
+    EXPECT_EQ(alpha.out, "disabled Alpha.component\n");
+    const QStringList said = alpha.err.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(said.size(), 2) << alpha.err.toStdString();
+    EXPECT_TRUE(said[0].startsWith("KorvaneCMD: Could not read " + support
+                                   + "content.plist; kept it as " + support
+                                   + "content.plist.damaged-"))
+        << said[0].toStdString();
+    EXPECT_EQ(said[1], "KorvaneCMD: Alpha.component was already at "
+                           + au(LocSystemDisabled, "Alpha.component") + "; the identical copy from "
+                           + au(LocSystemActive, "Alpha.component")
+                           + " is now in the trash: " + trash + "Alpha.component");
+
+    const ToolRun vst = tool({"disable", "--format", "vst", "Echo.vst"});
+    EXPECT_EQ(vst.exitCode, 0);
+    EXPECT_EQ(vst.out, "disabled Echo.vst\n");
+    EXPECT_EQ(vst.err, "KorvaneCMD: " + inTheWay
+                           + " was in the way and is now in the trash: " + trash + "Echo.vst\n");
+    EXPECT_TRUE(isWholeBundle(inTheWay) && !QFileInfo::exists(echo));
+    EXPECT_EQ(readText(trash + "Echo.vst"), "notes");
+}
+
+// HOME pointing nowhere is refused as --home is, and nothing is made of it; a relative
+// KORVANE_ROOT is taken from the working folder, as --root is.
+TEST_F(KorvaneCmdTest, TheEnvironmentsFoldersAreHeldToTheRulesOfTheOptions)
+{
+    const QString nowhere = home() + "/nowhere";
+    for (const QStringList &arguments :
+         {QStringList{"list"}, QStringList{"disable", "--format", "au", "Alpha"}}) {
+        const ToolRun run = finish(*start(KORVANE_CMD, arguments, {}, {{"HOME", nowhere}}));
+        EXPECT_EQ(run.exitCode, 2);
+        EXPECT_EQ(run.err, "KorvaneCMD: HOME: no folder \"" + nowhere + "\"\n");
+    }
+    EXPECT_FALSE(QFileInfo::exists(nowhere));
+    EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Alpha.component")));
+
+    QProcess relative;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("KORVANE_ROOT", QFileInfo(root()).fileName());
+    environment.insert("HOME", home());
+    relative.setProcessEnvironment(environment);
+    relative.setWorkingDirectory(QFileInfo(root()).path());
+    relative.start(KORVANE_CMD, {"list", "--format", "au"});
+    const ToolRun listed = finish(relative);
+    EXPECT_EQ(listed.exitCode, 0) << listed.err.toStdString();
+    EXPECT_TRUE(listed.out.contains(" " + au(LocSystemActive, "Alpha.component") + "\n"))
+        << listed.out.toStdString();
+}
+
+// A name holding a line break, a tab or a backslash is one escaped line of the text listing and
+// itself in JSON; a name given with its extension switches only that plug-in, one without it
+// those of that stem.
+TEST_F(KorvaneCmdTest, NamesAreShownOneALineAndAnExactNameWins)
+{
+    for (const char *name : {"Two\nLines", "Tab\there", "Back\\slash"})
+        Builder::makeAudioUnit(au(LocUserActive), name, MachO::intel());
+    const ToolRun text = tool({"list", "--format", "au"});
+    EXPECT_EQ(text.out.count('\n'), 7);
+    for (const char *shown :
+         {"/Two\\nLines.component\n", "/Tab\\there.component\n", "/Back\\\\slash.component\n"})
+        EXPECT_TRUE(text.out.contains(shown)) << shown << text.out.toStdString();
+    QStringList names;
+    for (const QJsonValue &item :
+         QJsonDocument::fromJson(tool({"list", "--json"}).out.toUtf8()).array())
+        names << item["name"].toString();
+    EXPECT_TRUE(names.contains("Two\nLines.component") && names.contains("Back\\slash.component"));
+    EXPECT_EQ(tool({"duplicates", "--json"}).out, "[\n]\n");
+
+    const QString vst = folder(TypeVST, LocUserActive);
+    Builder::makeVST(vst, "Echo.vst", MachO::intel());
+    Builder::makeVST(vst, "Echo.vst.vst", MachO::intel());
+    EXPECT_EQ(tool({"disable", "--format", "vst", "Echo.vst"}).out, "disabled Echo.vst\n");
+    EXPECT_TRUE(isWholeBundle(vst + "/Echo.vst.vst"));
+    EXPECT_EQ(tool({"enable", "--format", "vst", "Echo"}).out, "enabled Echo.vst\n");
+    EXPECT_EQ(tool({"disable", "--format", "vst", "Echo.vst.vst"}).out, "disabled Echo.vst.vst\n");
 }
 
 } // namespace

@@ -225,5 +225,17 @@ TEST_F(PluginTableTest, ColumnOrderAndWidthsComeBackPerFormat)
     EXPECT_EQ(vst.horizontalHeader()->logicalIndex(0), 0);
 }
 
+// The bytes of a file name that are no UTF-8 (kept as lone surrogates) show as U+FFFD; a real
+// character beyond the first plane stays, and the name itself is what is edited.
+TEST_F(PluginTableTest, NameBytesThatAreNoTextShowAsReplacementCharacters)
+{
+    const QModelIndex index = cell("Alder Chorus", "AUName");
+    const QString pair = QString(QChar(0xD800)) + QChar(0xDC80); // U+10080
+    const QString kept = "Alder" + QString(QChar(0xDC80)) + pair + ".component";
+    item("Alder Chorus")->setAUName(kept);
+    EXPECT_EQ(index.data().toString(), "Alder" + QString(QChar(0xFFFD)) + pair + ".component");
+    EXPECT_EQ(index.data(Qt::EditRole).toString(), kept);
+}
+
 } // namespace
 } // namespace korvane

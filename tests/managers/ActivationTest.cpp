@@ -5,9 +5,54 @@
 #include "platform/ReadOnlyFileOperations.h"
 #include "platform/SystemLog.h"
 
+#include <QDataStream>
 #include <QLockFile>
+#include <QScopeGuard>
+#include <QTemporaryDir>
+
+#include <cstring>
 
 namespace korvane {
+
+namespace {
+
+QString sidecarOf(const QString &item)
+{
+    return QFileInfo(item).path() + "/._" + QFileInfo(item).fileName();
+}
+
+// A Finder type kept only in an AppleDouble sidecar "._NAME" beside the item, as a file system
+// without extended attributes keeps it.
+void writeSidecarType(const QString &item, const QByteArray &type)
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out << quint32(0x00051607) << quint32(0x00020000) << quint64(0) << quint64(0) << quint16(1)
+        << quint32(9) << quint32(38) << quint32(32);
+    QDir().mkpath(QFileInfo(item).path());
+    QFile sidecar(sidecarOf(item));
+    ASSERT_TRUE(sidecar.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    sidecar.write(bytes + type + QByteArray(28, '\0'));
+}
+
+// An item whose sidecar cannot follow it is not moved: the move fails first, naming the sidecar
+// in the way, as LocalFileOperations::move does.
+class SidecarFirstOperations : public LocalFileOperations {
+public:
+    using LocalFileOperations::LocalFileOperations;
+    bool move(const QString &from, const QString &to, FileError *error) override
+    {
+        const QFileInfo own(sidecarOf(from)), there(sidecarOf(to));
+        if (own.exists() && (there.exists() || there.isSymLink())) {
+            if (error)
+                *error = {there.filePath(), QString::fromLocal8Bit(std::strerror(EEXIST)), EEXIST};
+            return false;
+        }
+        return LocalFileOperations::move(from, to, error);
+    }
+};
+
+} // namespace
 
 class ActivationTest : public FormatManagerFixture {
 protected:
@@ -15,16 +60,6 @@ protected:
     {
         manager->selectRows({rowOf(manager, name)});
         active ? manager->setSelectedActive() : manager->setSelectedInactive();
-    }
-    // Foo.component active (PPC), marked to go off; then an older Foo.component (Intel, with a
-    // licence file the scan never looks at) appears in the disabled folder.
-    void conflict()
-    {
-        source = B::makeAudioUnit(folder(TypeAU, 0), "Foo.component", MachO::ppc());
-        au->reloadData();
-        au->setAllInactive();
-        target = addAU(LocSystemDisabled, "Foo.component");
-        B::makeFile(target + "/Contents/Resources", "Licence.txt");
     }
     QString source, target;
     QStringList entries(const QString &folder) { return disk().directoryContents(folder); }
@@ -91,44 +126,63 @@ TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
     relaunch();
 }
 
-TEST_F(ActivationTest, AnOccupiedTargetGoesToTheTrashOnlyForASourceThatIsThere)
+// Something in the way that is no plug-in of the format (a user's file of the same name) goes to
+// the trash, and the logs say so; a plug-in that came to the target after the scan is installed
+// like any other and stays, and so does the moving one.
+TEST_F(ActivationTest, AFileInTheWayGoesToTheTrashSaidButALateCopyStays)
 {
     SystemLogCapture capture;
-    conflict();
+    const auto conflict = [&](bool plugIn) {
+        source = B::makeVST(folder(TypeVST, 0), "Foo.vst", MachO::ppc());
+        vst->reloadData();
+        vst->setAllInactive();
+        target = plugIn ? B::makeVST(folder(TypeVST, 1), "Foo.vst", MachO::intel())
+                        : B::makeFile(folder(TypeVST, 1), "Foo.vst", {}, "notes");
+    };
+    conflict(false);
     QDir(source).removeRecursively(); // gone behind the program's back
-    au->AUActivate();
+    vst->VSTActivate();
     EXPECT_EQ(capture.lines(),
               QStringList({"Target exist: read yes, write yes, delete yes", "fehlgeschlagen"}));
     EXPECT_EQ(ui.alerts.size(), 1);
-    EXPECT_TRUE(whole(target, MachO::intel()));
+    EXPECT_EQ(readText(target), "notes");
+    QFile::remove(target);
+
+    conflict(false);
+    vst->VSTActivate();
+    const QString trashed = homePath(".local/share/Trash/files/Foo.vst");
+    const QString said = target + " was in the way and is now in the trash: " + trashed;
+    EXPECT_EQ(capture.notices(), QStringList{said});
+    EXPECT_TRUE(logText().contains(said + "\n"));
+    EXPECT_EQ(readText(trashed), "notes");
+    EXPECT_EQ(ui.alerts.size(), 1);
+    EXPECT_TRUE(whole(target, MachO::ppc()) && !exists(source));
     QDir(target).removeRecursively();
 
-    conflict(); // made room for without asking, but kept in the trash with everything inside
-    au->AUActivate();
-    const QString trashed = homePath(".local/share/Trash/files/Foo.component");
-    EXPECT_TRUE(capture.contains("Target moved to the trash: " + trashed));
-    EXPECT_TRUE(exists(trashed + "/Contents/Resources/Licence.txt"));
-    EXPECT_TRUE(logText().contains(target + " was in the way and is now in the trash: " + trashed));
-    EXPECT_EQ(ui.alerts.size(), 1);
-    EXPECT_FALSE(exists(source));
-    EXPECT_TRUE(whole(target, MachO::ppc()));
+    conflict(true);
+    const QList<MoveOutcome> late = vst->applyAllPending();
+    EXPECT_TRUE(late.size() == 1 && late[0].otherCopyAtTarget);
+    EXPECT_TRUE(whole(source, MachO::ppc()) && whole(target, MachO::intel()));
+    EXPECT_EQ(capture.notices().size(), 1); // nothing more went to the trash
+    EXPECT_TRUE(ui.alerts.value(1).messageText.contains("Another installed copy"));
     QDir(target).removeRecursively();
+    QDir(source).removeRecursively();
 
     // A target that cannot go to the trash stays, and the move fails as any failed move does.
-    conflict();
+    conflict(false);
     QList<MoveOutcome> outcomes;
     {
         ImmutableGuard guard(target);
         if (!guard.ok())
             GTEST_SKIP() << "no immutable files here";
-        outcomes = au->applyAllPending();
+        outcomes = vst->applyAllPending();
     }
     EXPECT_EQ(capture.lines().mid(capture.lines().size() - 3),
               QStringList({"Target exist: read yes, write no, delete no", "Delete not sucessful",
                            "fehlgeschlagen"}));
     EXPECT_TRUE(outcomes.size() == 1 && !outcomes[0].ok);
-    EXPECT_EQ(ui.alerts.size(), 2);
-    EXPECT_TRUE(whole(source, MachO::ppc()) && whole(target, MachO::intel()));
+    EXPECT_EQ(ui.alerts.size(), 3);
+    EXPECT_TRUE(whole(source, MachO::ppc()) && readText(target) == "notes");
 }
 
 // Whichever copy of a twice-installed plug-in goes first, the other must not replace it; an
@@ -165,6 +219,9 @@ TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical
     const QString trashed = homePath(".local/share/Trash/files/Qux.component");
     EXPECT_TRUE(whole(trashed, MachO::intel()) && whole(qux, MachO::intel()) && !exists(quxOff));
     EXPECT_TRUE(logText().contains("the identical copy from " + quxOff + " is now in the trash"));
+    EXPECT_EQ(capture.notices(),
+              QStringList{"Qux.component was already at " + qux + "; the identical copy from "
+                          + quxOff + " is now in the trash: " + trashed});
     EXPECT_EQ(names(au).count("Qux.component"), 1);
 }
 
@@ -312,6 +369,96 @@ TEST_F(ActivationTest, OnlyAScanThatHasTheLibraryToItselfTouchesLeftovers)
     vst->VSTActivate();
     EXPECT_TRUE(whole(vstOn + "/Sub/Fx.vst", MachO::intel()) && !exists(moved));
     EXPECT_EQ(vst->itemAt(0)->getAULocation(), vstOn);
+}
+
+// A plain-file VST known only by the Finder type in its sidecar, switched on where a stale
+// sidecar of no plug-in lies: that goes to the trash, said, and the plug-in moves with its own
+// Finder information, so it is still a plug-in. Where the stale one cannot go, nothing moves.
+TEST_F(ActivationTest, AStaleSidecarInTheWayGoesToTheTrashAndThePlugInStaysListed)
+{
+    const QString on = folder(TypeVST, LocSystemActive), off = folder(TypeVST, LocSystemDisabled);
+    writeSidecarType(B::makeFile(off, "Foo"), "aPcs");
+    const auto stale = [&] { writeSidecarType(on + "/Foo", "TEXT"); };
+    stale();
+    SidecarFirstOperations files(roots());
+    relaunch(&files);
+    const auto back = qScopeGuard([this] { relaunch(); }); // before the operations go
+    SystemLogCapture capture;
+    vst->reloadData();
+    ASSERT_EQ(names(vst), QStringList{"Foo"});
+    const auto apply = [&](bool active) {
+        mark(vst, "Foo", active);
+        const QList<MoveOutcome> outcomes = vst->applyAllPending();
+        EXPECT_EQ(outcomes.size(), 1);
+        return outcomes.value(0);
+    };
+    EXPECT_TRUE(apply(true).ok);
+    EXPECT_EQ(names(vst), QStringList{"Foo"});
+    EXPECT_TRUE(item(vst, "Foo")->getAUActive());
+    EXPECT_EQ(FinderInfo::hfsTypeString(on + "/Foo"), "'aPcs'");
+    const QString trashed = homePath(".local/share/Trash/files/._Foo");
+    QFile sidecar(trashed);
+    ASSERT_TRUE(sidecar.open(QIODevice::ReadOnly));
+    EXPECT_EQ(FinderInfo::typeFromAppleDouble(sidecar.readAll()), 0x54455854u); // TEXT
+    const QString said = on
+                         + "/._Foo was in the way of the Finder information of Foo and is now "
+                           "in the trash: "
+                         + trashed;
+    EXPECT_EQ(capture.notices(), QStringList{said});
+    EXPECT_TRUE(logText().contains(said + "\n"));
+
+    ASSERT_TRUE(apply(false).ok);
+    stale();
+    ImmutableGuard guard(sidecarOf(on + "/Foo"));
+    if (!guard.ok())
+        GTEST_SKIP() << "no immutable files here";
+    const MoveOutcome failed = apply(true);
+    EXPECT_FALSE(failed.ok);
+    EXPECT_EQ(failed.error.path, on + "/._Foo");
+    EXPECT_EQ(FinderInfo::hfsTypeString(off + "/Foo"), "'aPcs'");
+    EXPECT_EQ(names(vst), QStringList{"Foo"});
+    EXPECT_FALSE(item(vst, "Foo")->getAUActive());
+}
+
+// Whatever a path's text says, a link on the way can lead out of the folders: a companion behind
+// one, and a plug-in whose subfolder in the other folder is one, stay where they are, said.
+TEST_F(ActivationTest, NothingMovesThroughALinkOnTheWay)
+{
+    QTemporaryDir outside;
+    const QString victim = B::makeFile(outside.path(), "victim", {}, "not ours");
+    setPref("AUMoveContent", true);
+    addAU(LocSystemActive, "Foo.component");
+    const QString link = folder(TypeAU, 0) + "/link-out";
+    ASSERT_TRUE(QFile::link(outside.path(), link));
+    const QString preset = B::makeFile(folder(TypeAU, 0) + "/Sub", "Foo.preset");
+    services().saveContent({"Foo.component", link + "/victim", preset});
+    SystemLogCapture capture;
+    au->reloadData();
+    mark(au, "Foo.component", false);
+    au->AUActivate();
+    EXPECT_TRUE(whole(auPath(1, "Foo.component"), MachO::intel()));
+    EXPECT_TRUE(QFileInfo(auPath(1, "Sub/Foo.preset")).isFile());
+    EXPECT_EQ(readText(victim), "not ours");
+    EXPECT_FALSE(exists(auPath(1, "link-out")));
+    const QString said = "The companion " + link + "/victim of Foo.component stays where it is: "
+                         + link + " on the way is a link or no folder";
+    EXPECT_EQ(capture.notices(), QStringList{said});
+    EXPECT_TRUE(logText().contains(said));
+
+    // Switched off from a subfolder whose counterpart in the disabled folder is a link.
+    setPref("VSTScanSubfolders", true);
+    const QString fx =
+        B::makeVST(folder(TypeVST, LocUserActive) + "/Sub", "Fx.vst", MachO::intel());
+    B::makeFolder(folder(TypeVST, LocUserDisabled));
+    ASSERT_TRUE(QFile::link(outside.path(), folder(TypeVST, LocUserDisabled) + "/Sub"));
+    vst->reloadData();
+    mark(vst, "Sub/Fx.vst", false);
+    const QList<MoveOutcome> outcomes = vst->applyAllPending();
+    ASSERT_EQ(outcomes.size(), 1);
+    EXPECT_FALSE(outcomes[0].ok);
+    EXPECT_EQ(outcomes[0].error.path, folder(TypeVST, LocUserDisabled) + "/Sub");
+    EXPECT_TRUE(whole(fx, MachO::intel()));
+    EXPECT_EQ(entries(outside.path()), QStringList{"victim"});
 }
 
 } // namespace korvane

@@ -88,7 +88,7 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
 
 // Highest row first, so that the rows still to go keep their places; a row marked but not yet
 // applied goes from where it lies and leaves nothing to apply. A failed trash still drops the item
-// from the list, and the plug-in stays where it is.
+// from the list, and the plug-in stays where it is; either is said in the log.
 TEST_F(TableTest, DeleteTrashesTheSelectedRowsFromTheHighestDown)
 {
     au->setObjectValue(false, "AUActive", rowOf(au, "Baz.component"));
@@ -100,6 +100,8 @@ TEST_F(TableTest, DeleteTrashesTheSelectedRowsFromTheHighestDown)
     au->deleteItem();
     const QString trash = homePath(".local/share/Trash/files/");
     EXPECT_TRUE(exists(trash + "bar.component") && exists(trash + "Baz.component"));
+    EXPECT_TRUE(logText().contains(auPath(LocUserActive, "Baz.component")
+                                   + " is now in the trash: " + trash + "Baz.component\n"));
     EXPECT_EQ(names(au), QStringList({"Foo.component"}));
     EXPECT_FALSE(au->isApplyEnabled());
 
@@ -110,6 +112,8 @@ TEST_F(TableTest, DeleteTrashesTheSelectedRowsFromTheHighestDown)
     au->deleteItem();
     EXPECT_EQ(au->numberOfRowsInTableView(), 0);
     EXPECT_TRUE(exists(auPath(LocSystemActive, "Foo.component")));
+    EXPECT_TRUE(logText().contains(auPath(LocSystemActive, "Foo.component")
+                                   + " could not go to the trash: "));
 }
 
 // Foo and bar in one group, Baz in another; a later pair of a name counts for nothing. The group

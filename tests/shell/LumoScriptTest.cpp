@@ -94,9 +94,12 @@ TEST_F(LumoScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
         {" lead/\u65e5\u672c \u00e9\t.aukorv", "/sets/%@ \\\" \\n \\\\.rtaskorv",
          "/sets/;|&<>(){}!~\\.maskorv", "/sets/\"\"\"'''.vstkorv"},
     };
-    const QString host = kRecorder + " it's $HOME;touch H \"two words\" \"\"\"quoted\"\"\"";
-    const QStringList hostRun = {"6", kRecorder,   "it's",      "$HOME;touch",
-                                 "H", "two words", "\"quoted\""};
+    // Written for sh: quotes, escapes and an empty word; nothing in it is expanded or run.
+    const QString host =
+        kRecorder + R"( it\'s '$HOME;touch H' "two words" "\"q\" \$x \\ \`" a\ b '' c"d"'e' "k\n")";
+    const QStringList hostRun = {"9",         kRecorder,       "it's", "$HOME;touch H",
+                                 "two words", "\"q\" $x \\ `", "a b",  "",
+                                 "cde",       "k\\n"};
     context->awakeFromNib();
     for (int segment = 0; segment < 4; ++segment) // no set anywhere yet: each is told, in order
         script->setSegmentSelected(segment, true);
@@ -166,6 +169,47 @@ TEST_F(LumoScriptTest, SavingWritesTheShownTextAndFailsSilently)
     script->saveScript();
     EXPECT_FALSE(QFileInfo::exists(locked + "/launch.sh"));
     EXPECT_TRUE(ui.alerts.isEmpty());
+}
+
+// The host command line splits as sh splits a simple command, without expanding anything; a
+// line sh would not take is refused with its reason, shown in the script and when saving.
+TEST_F(LumoScriptTest, TheHostCommandLineSplitsAsAShellUserExpects)
+{
+    const QList<std::pair<QString, QStringList>> split = {
+        {"", {}},
+        {" \t\n ", {}},
+        {"host  -a\t-b\nc", {"host", "-a", "-b", "c"}},
+        {R"('a b'"c d"e\ f)", {"a bc de f"}},
+        {R"('\' "\a\"\$\`\\")", {"\\", "\\a\"$`\\"}},
+        {"\"\" ''", {"", ""}},
+        {"a\\\nb \\\nc \"d\\\ne\"", {"ab", "c", "de"}},
+        {"# $HOME; ~ *", {"#", "$HOME;", "~", "*"}},
+    };
+    for (const auto &[line, words] : split)
+        EXPECT_EQ(LumoScript::splitCommandLine(line), std::optional<QStringList>(words))
+            << line.toStdString();
+    const QList<std::pair<QString, QString>> refused = {
+        {"host 'it", "an unclosed single quote"},
+        {"host \"it\\\"", "an unclosed double quote"},
+        {"host it\\", "ends in a backslash"},
+    };
+    for (const auto &[line, why] : refused) {
+        QString problem;
+        EXPECT_FALSE(LumoScript::splitCommandLine(line, &problem)) << line.toStdString();
+        EXPECT_TRUE(problem.contains(why)) << problem.toStdString();
+    }
+
+    script->setLayout(Layout::Shell);
+    script->setHostCommand("host 'it");
+    EXPECT_TRUE(script->script().contains(
+        "\n# The host is not started: The host command line has an unclosed single quote (')\n"));
+    EXPECT_FALSE(script->script().contains("exec "));
+    ui.savePanelAnswers << homePath("launch.sh");
+    script->saveScript();
+    EXPECT_TRUE(ui.savePanels.isEmpty());
+    script->savePanelDidEnd(1, homePath("launch.sh"));
+    EXPECT_FALSE(QFileInfo::exists(homePath("launch.sh")));
+    EXPECT_EQ(ui.alertMessages(), QStringList({"Script not saved", "Script not saved"}));
 }
 
 } // namespace korvane

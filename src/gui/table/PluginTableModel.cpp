@@ -15,6 +15,20 @@ const QString kActive = QStringLiteral("AUActive");
 const QString kGlobal = QStringLiteral("AUGlobal");
 const QString kGroup = QStringLiteral("AUGroup");
 
+// A name as the table shows it: the bytes of a file name that are no UTF-8 are kept in the name as
+// lone surrogates U+DC80..U+DCFF, so that it moves as the file system gave it; each shows as
+// U+FFFD. The name itself is what the table edits, sorts and compares.
+QString shown(const QString &text)
+{
+    QString result = text;
+    for (qsizetype i = 0; i < result.size(); ++i) {
+        const char16_t c = result.at(i).unicode();
+        if (c >= 0xDC80 && c <= 0xDCFF && !(i > 0 && result.at(i - 1).isHighSurrogate()))
+            result[i] = QChar(QChar::ReplacementCharacter);
+    }
+    return result;
+}
+
 } // namespace
 
 PluginTableModel::PluginTableModel(TypeManager &manager, QObject *parent)
@@ -70,6 +84,9 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
     const QString &id = m_columns.at(index.column());
     switch (role) {
     case Qt::DisplayRole:
+        if (isCheckColumn(id))
+            return QVariant();
+        return shown(TypeManager::itemValue(*item, id).toString());
     case Qt::EditRole:
         if (isCheckColumn(id))
             return QVariant();
@@ -80,12 +97,12 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
         return TypeManager::itemValue(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
     case Qt::ToolTipRole:
         // Where the plug-in lies now, also for a row marked but not applied yet.
-        return m_manager.plugins().pathOnDisk(*item);
+        return shown(m_manager.plugins().pathOnDisk(*item));
     case Qt::AccessibleTextRole:
         if (isCheckColumn(id))
             return TypeManager::itemValue(*item, id).toBool() ? korvane::tr("on")
                                                               : korvane::tr("off");
-        return TypeManager::itemValue(*item, id).toString();
+        return shown(TypeManager::itemValue(*item, id).toString());
     default:
         return QVariant();
     }
