@@ -1,13 +1,13 @@
 #include "platform/LocalFileOperations.h"
 
 #include "platform/InterruptedMoves.h"
+#include "platform/PathBytes.h"
 #include "platform/PlatformFiles.h"
 #include "platform/ScanCache.h"
 #include "platform/SystemLog.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QSaveFile>
 #include <QStringBuilder>
 
@@ -34,7 +34,7 @@ using PlatformFiles::syncFolder;
 
 QByteArray encoded(const QString &path)
 {
-    return QFile::encodeName(path);
+    return pathBytes(path);
 }
 
 QString reasonFor(int errorNumber)
@@ -176,7 +176,7 @@ QStringList listNames(const QString &path, bool rememberKinds = false)
     while (const dirent *entry = ::readdir(dir)) {
         if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
             continue;
-        names.append(QFile::decodeName(entry->d_name));
+        names.append(pathFromBytes(entry->d_name));
         if (!rememberKinds)
             continue;
         if (const ScanCache::Kind kind = listedKind(entry->d_type); kind != ScanCache::Missing)
@@ -197,7 +197,7 @@ QSet<QString> sidecarNamesIn(const QString &folder)
         return names;
     while (const dirent *entry = ::readdir(dir))
         if (entry->d_name[0] == '.' && entry->d_name[1] == '_')
-            names.insert(QFile::decodeName(entry->d_name));
+            names.insert(pathFromBytes(entry->d_name));
     ::closedir(dir);
     return names;
 }
@@ -333,8 +333,11 @@ QString trashName(const QString &name, int attempt)
 {
     const QString number = attempt == 1 ? QString() : QLatin1Char('.') + QString::number(attempt);
     QString base = name;
-    while (base.size() > 1 && encoded(base + number + kTrashInfoSuffix).size() > NAME_MAX)
-        base.chop(base.at(base.size() - 1).isLowSurrogate() ? 2 : 1);
+    while (base.size() > 1 && encoded(base + number + kTrashInfoSuffix).size() > NAME_MAX) {
+        // A pair goes whole; an escaped byte is a low surrogate on its own.
+        const qsizetype last = base.size() - 1;
+        base.chop(base.at(last).isLowSurrogate() && base.at(last - 1).isHighSurrogate() ? 2 : 1);
+    }
     return base + number;
 }
 

@@ -17,8 +17,14 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QScopeGuard>
+#include <QTemporaryFile>
 
+#include <dirent.h>
+#include <fcntl.h>
+#include <spawn.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace korvane {
 namespace {
@@ -80,6 +86,47 @@ protected:
     {
         const QStringList roots{"--root", root(), "--home", home()};
         return finish(*start(KORVANE_CMD, roots + arguments, input));
+    }
+
+    // The same with arguments as bytes, which QProcess would decode and encode again as text.
+    ToolRun toolBytes(const QList<QByteArray> &arguments)
+    {
+        QList<QByteArray> all{KORVANE_CMD, "--root", QFile::encodeName(root()), "--home",
+                              QFile::encodeName(home())};
+        all += arguments;
+        std::vector<char *> argv;
+        for (QByteArray &argument : all)
+            argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        QTemporaryFile out, err;
+        EXPECT_TRUE(out.open() && err.open());
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_adddup2(&actions, out.handle(), STDOUT_FILENO);
+        posix_spawn_file_actions_adddup2(&actions, err.handle(), STDERR_FILENO);
+        pid_t pid = -1;
+        int status = -1;
+        const bool started =
+            ::posix_spawn(&pid, KORVANE_CMD, &actions, nullptr, argv.data(), environ) == 0;
+        posix_spawn_file_actions_destroy(&actions);
+        EXPECT_TRUE(started && ::waitpid(pid, &status, 0) == pid);
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, QString::fromUtf8(out.readAll()),
+                QString::fromUtf8(err.readAll())};
+    }
+
+    // A folder's entries as the bytes the file system holds.
+    static QList<QByteArray> rawEntries(const QString &folder)
+    {
+        QList<QByteArray> names;
+        if (DIR *dir = ::opendir(QFile::encodeName(folder).constData())) {
+            while (const dirent *entry = ::readdir(dir))
+                if (entry->d_name[0] != '.')
+                    names << entry->d_name;
+            ::closedir(dir);
+        }
+        std::sort(names.begin(), names.end());
+        return names;
     }
 
     QString au(int loc, const QString &name = {}) const
@@ -338,6 +385,39 @@ TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheL
     EXPECT_EQ(unlockable.exitCode, 1);
     EXPECT_TRUE(unlockable.err.contains(lockFile)) << unlockable.err.toStdString();
     EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Alpha.component")));
+}
+
+// A name that is not UTF-8 and the valid name it would decode to with replacement characters are
+// two plug-ins; each is switched by its own bytes and nothing else moves.
+TEST_F(KorvaneCmdTest, NamesThatReadAlikeAreTwoPlugInsEachSwitchedByItsBytes)
+{
+    const QByteArray bad = "Bad\xff\xfe.component", twin = "Bad\xef\xbf\xbd\xef\xbf\xbd.component";
+    const QByteArray on = QFile::encodeName(au(LocSystemActive)) + '/';
+    for (const QByteArray &name : {bad, twin}) {
+        const QString made = Builder::makeAudioUnit(au(LocSystemActive), "Made", MachO::intel());
+        ASSERT_EQ(::rename(QFile::encodeName(made).constData(), (on + name).constData()), 0);
+    }
+    // The temporary root's own clean-up would not find these names.
+    const auto cleanUp = qScopeGuard([&] {
+        for (const int loc : {LocSystemActive, LocSystemDisabled})
+            disk().remove(au(loc));
+    });
+    EXPECT_EQ(tool({"list", "--format", "au"}).out.count('\n'), 6);
+    const auto withOthers = [](const QByteArray &name) {
+        return QList<QByteArray>{"Alpha.component", name, "Beta.component"};
+    };
+
+    const ToolRun off = toolBytes({"disable", "--format", "au", bad});
+    EXPECT_EQ(off.exitCode, 0) << off.err.toStdString();
+    EXPECT_EQ(rawEntries(au(LocSystemDisabled)), QList<QByteArray>{bad});
+    EXPECT_EQ(rawEntries(au(LocSystemActive)), withOthers(twin));
+    ASSERT_EQ(toolBytes({"disable", "--format", "au", twin}).exitCode, 0);
+    EXPECT_EQ(rawEntries(au(LocSystemDisabled)), (QList<QByteArray>{twin, bad}));
+    ASSERT_EQ(toolBytes({"enable", "--format", "au", bad}).exitCode, 0);
+    EXPECT_EQ(rawEntries(au(LocSystemDisabled)), QList<QByteArray>{twin});
+    EXPECT_EQ(rawEntries(au(LocSystemActive)), withOthers(bad));
+    EXPECT_EQ(rawEntries(au(LocUserActive)), QList<QByteArray>{"Delta.component"});
+    EXPECT_EQ(rawEntries(au(LocUserDisabled)), QList<QByteArray>{"Gamma.component"});
 }
 
 // Leaving main with shared instances alive must not depend on the order statics go in.

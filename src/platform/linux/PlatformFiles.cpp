@@ -1,6 +1,6 @@
 #include "platform/PlatformFiles.h"
 
-#include <QFile>
+#include "platform/PathBytes.h"
 
 #include <cerrno>
 #include <cstring>
@@ -19,7 +19,7 @@ namespace {
 
 QByteArray encoded(const QString &path)
 {
-    return QFile::encodeName(path);
+    return pathBytes(path);
 }
 
 } // namespace
