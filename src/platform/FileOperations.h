@@ -43,6 +43,11 @@ public:
     // One level, no attributes; fails when the parent is missing.
     virtual bool createDirectory(const QString &path, FileError *error = nullptr) = 0;
 
+    // The kernel's exclusive lock on an open folder, without waiting; it lasts while that
+    // descriptor stays open. 0; EWOULDBLOCK while another holder has it; else the errno of a file
+    // system that keeps no such locks (ENOLCK, EOPNOTSUPP, EBADF). Changes nothing on disk.
+    virtual int lockFolder(int folder) = 0;
+
     // An item's AppleDouble sidecar ("._" and its name, beside it) goes wherever the item goes in
     // move, copy, remove and moveToTrash. A sidecar that cannot follow stays where it was and is
     // reported to the system log; it never fails the item's own operation, and an existing

@@ -489,6 +489,11 @@ bool LocalFileOperations::createDirectory(const QString &path, FileError *error)
     return true;
 }
 
+int LocalFileOperations::lockFolder(int folder)
+{
+    return PlatformFiles::lockExclusive(folder);
+}
+
 // A source that exists, a target that does not, and not a folder into itself: what move and copy
 // both need before they touch anything.
 static bool canPlace(const QString &from, const QString &to, struct stat *info, FileError *error)

@@ -25,6 +25,7 @@ public:
     bool isDeletable(const QString &path) const override;
     bool holdsAllOf(const QString &whole, const QString &part) const override;
     bool createDirectory(const QString &path, FileError *error = nullptr) override;
+    int lockFolder(int folder) override;
     bool move(const QString &from, const QString &to, FileError *error = nullptr) override;
     bool copy(const QString &from, const QString &to, FileError *error = nullptr) override;
     bool remove(const QString &path, FileError *error = nullptr) override;

@@ -5,7 +5,11 @@
 #include "platform/ReadOnlyFileOperations.h"
 #include "platform/SystemLog.h"
 
-#include <QLockFile>
+#include <QScopeGuard>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 namespace korvane {
 
@@ -291,10 +295,12 @@ TEST_F(ActivationTest, OnlyAScanThatHasTheLibraryToItselfTouchesLeftovers)
         return names(vst);
     };
     {
-        // Another program holds the library: its move may be under way, not cut short.
-        services().createSupportFolder();
-        QLockFile other(LibraryLock::lockFilePath(locations()));
-        ASSERT_TRUE(other.tryLock(0));
+        // Another program holds the folders: its move may be under way, not cut short. A lock
+        // of its own on the folder, as another process takes it.
+        const int other = ::open(QFile::encodeName(LibraryLock::lockedFolder(vstOn)).constData(),
+                                 O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        ASSERT_EQ(::flock(other, LOCK_EX | LOCK_NB), 0);
+        const auto unlock = qScopeGuard([other] { ::close(other); });
         EXPECT_EQ(scan(), QStringList{"Sub/Fx.vst"});
         EXPECT_EQ(entries(vstOn + "/Sub"), QStringList{".Fx.vst.korvane-removing"});
     }
