@@ -151,6 +151,8 @@ bool TypeManager::settleInterruptedMoves(const std::array<QString, LocationCount
             }
         }
     }
+    for (const QString &busy : moves.busy())
+        systemLog(QStringLiteral("Left %1 alone: the program moving it still runs").arg(busy));
     if (moves.isEmpty() || files().isReadOnly())
         return false;
     // A move under way in another program looks just like one cut short: only a scan that has

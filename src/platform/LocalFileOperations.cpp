@@ -279,6 +279,25 @@ bool checkRemovable(const QString &path, FileError *error)
     return checkRemovableTree(path, error);
 }
 
+// A staging folder of a move across file systems, made when missing; a failure is told as the
+// item's own, as the folder is hidden.
+bool makeStagingFolder(const QString &folder, const QString &item, FileError *error)
+{
+    if (::mkdir(encoded(folder).constData(), 0777) == 0)
+        return true;
+    const int failure = errno;
+    struct stat info;
+    if (failure == EEXIST && lstatPath(folder, &info) && S_ISDIR(info.st_mode))
+        return true;
+    return fail(error, item, failure);
+}
+
+// A staging folder goes once nothing is left in it.
+void removeIfEmpty(const QString &folder)
+{
+    ::rmdir(encoded(folder).constData());
+}
+
 bool failWith(FileError *error, const QString &path, const QString &reason)
 {
     if (error)
@@ -573,37 +592,56 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
     // A source that could not be removed afterwards is not worth copying.
     if (!checkRemovable(from, error))
         return false;
-    // Copied beside the target under a hidden name while the source stays whole where it is. A
-    // partial copy already there is never the only copy of anything: its source was still whole
-    // when it was left.
-    const QString partial = InterruptedMoves::partialPath(to);
-    struct stat info;
-    if (lstatPath(partial, &info) && !removeTree(partial, error))
+    // Copied into this process's staging folder beside the target while the source stays whole
+    // where it is; the item keeps its name there, so any name that fits a folder fits. A copy of
+    // the name already there is this process's own, left by a clean-up that failed: never the
+    // only copy of anything, as its source was still whole when it was left.
+    const QString partialFolder = childOf(parentOf(to), InterruptedMoves::partialFolderName());
+    const QString partial = childOf(partialFolder, nameOf(to));
+    if (!makeStagingFolder(partialFolder, to, error))
         return false;
+    const auto dropPartial = [&] {
+        removeTree(partial);
+        removeIfEmpty(partialFolder);
+    };
+    struct stat info;
+    if (lstatPath(partial, &info) && !removeTree(partial, error)) {
+        removeIfEmpty(partialFolder);
+        return false;
+    }
     beginCopy(from);
     if (!copyTree(from, partial, error)) {
-        removeTree(partial);
+        dropPartial();
         return false;
     }
     // The copy must be on the disk before the source goes out of sight.
-    if (const int result = syncFileSystem(parentOf(partial)); result != 0) {
-        removeTree(partial);
+    if (const int result = syncFileSystem(partialFolder); result != 0) {
+        dropPartial();
         return fail(error, to, result);
     }
     // Time has passed: every part of the source must still be removable, or nothing happens.
     if (!checkRemovable(from, error)) {
-        removeTree(partial);
+        dropPartial();
         return false;
     }
 
     // The source is hidden first and the copy takes the name second, so no moment shows the
     // item twice; a run cut short between the two leaves a pair a later scan puts right. An older
-    // hidden copy is left for that judgement too, and this one takes a fresh name.
-    QString removing = InterruptedMoves::removingPath(from);
-    for (int n = 2; n < 100 && lstatPath(removing, &info); ++n)
-        removing = InterruptedMoves::removingPath(from, n);
+    // hidden copy of the name is left for that judgement too, and this one takes a fresh folder.
+    QString removingFolder, removing;
+    for (int n = 1; n < 100; ++n) {
+        removingFolder = childOf(parentOf(from), InterruptedMoves::removingFolderName(n));
+        removing = childOf(removingFolder, nameOf(from));
+        if (!lstatPath(removing, &info))
+            break;
+    }
+    if (!makeStagingFolder(removingFolder, from, error)) {
+        dropPartial();
+        return false;
+    }
     if (const int result = renameNoReplace(from, removing); result != 0) {
-        removeTree(partial);
+        dropPartial();
+        removeIfEmpty(removingFolder);
         return fail(error, from, result);
     }
     if (const int result = renameNoReplace(partial, to); result != 0) {
@@ -612,9 +650,11 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
                           .arg(from, removing, reasonFor(back)));
             return fail(error, removing, result);
         }
-        removeTree(partial);
+        dropPartial();
+        removeIfEmpty(removingFolder);
         return fail(error, to, result);
     }
+    removeIfEmpty(partialFolder);
     // The item is whole at the target: the move has happened, whatever becomes of the hidden
     // remains of the old copy. They go only once the new name is on the disk.
     if (const int result = syncFolder(parentOf(to)); result != 0) {
@@ -623,7 +663,9 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
         return true;
     }
     FileError leftover;
-    if (!remove(removing, &leftover))
+    if (remove(removing, &leftover))
+        removeIfEmpty(removingFolder);
+    else
         systemLog(
             QStringLiteral("Moved %1 to %2, but the hidden leftover %3 could not be removed: %4")
                 .arg(from, to, leftover.path, leftover.reason));

@@ -1,10 +1,12 @@
 #include "FormatManagerFixture.h"
 
 #include "platform/LibraryLock.h"
+#include "platform/ProcessList.h"
 #include "platform/PropertyList.h"
 #include "platform/ReadOnlyFileOperations.h"
 #include "platform/SystemLog.h"
 
+#include <QProcess>
 #include <QScopeGuard>
 
 #include <fcntl.h>
@@ -246,6 +248,47 @@ TEST_F(ActivationTest, TheNextScanLeavesOneWholeCopyUnderTheName)
         EXPECT_EQ(items.join(','), c.items);
         EXPECT_TRUE(logText().contains(c.log + " ")) << logText().toStdString();
     }
+}
+
+// A staging folder names the mover that made it. While that mover runs, the scan leaves its work
+// alone; one named after a pid whose process started at another time is a dead mover's, and the
+// next scan puts it right as any move cut short.
+TEST_F(ActivationTest, OnlyTheLeftoversOfAMoverThatIsGoneAreSettled)
+{
+    const QString on = folder(TypeAU, LocSystemActive), off = folder(TypeAU, LocSystemDisabled);
+    QProcess mover;
+    mover.start("sleep", {"60"});
+    ASSERT_TRUE(mover.waitForStarted());
+    const std::optional<quint64> started = processStartTime(mover.processId());
+    ASSERT_TRUE(started);
+    const auto staging = [&](quint64 start, const char *kind) {
+        return QString(".korvane-%1-%2.%3").arg(mover.processId()).arg(start).arg(kind);
+    };
+    // Echo was cut short after its copy took the name; Fx while it was being copied.
+    const QString live = staging(*started, "removing"), gone = staging(*started + 1, "partial");
+    B::makeAudioUnit(on + "/" + live, "Echo.component", MachO::ppc());
+    B::makeAudioUnit(off, "Echo.component", MachO::ppc());
+    B::makeAudioUnit(on, "Fx.component", MachO::intel());
+    QFile::remove(B::makeAudioUnit(off + "/" + gone, "Fx.component", MachO::intel())
+                  + "/Contents/MacOS/Plugin");
+    {
+        SystemLogCapture log;
+        au->reloadData();
+        EXPECT_EQ(entries(on), QStringList({live, "Fx.component"}));
+        EXPECT_EQ(entries(off), QStringList{"Echo.component"});
+        EXPECT_TRUE(log.contains(
+            QString("Left %1 alone: the program moving it still runs").arg(on + "/" + live)))
+            << log.lines().join('\n').toStdString();
+    }
+    EXPECT_EQ(names(au), QStringList({"Echo.component", "Fx.component"}));
+
+    mover.kill();
+    mover.waitForFinished();
+    au->reloadData();
+    EXPECT_EQ(entries(on), QStringList{"Fx.component"});
+    EXPECT_EQ(entries(off), QStringList{"Echo.component"});
+    EXPECT_TRUE(logText().contains("Finished an interrupted move")) << logText().toStdString();
+    EXPECT_TRUE(whole(off + "/Echo.component", MachO::ppc()));
 }
 
 // A move cut short between a plug-in and its Finder information: the next scan puts the sidecar

@@ -1,4 +1,5 @@
 #include "platform/Bundle.h"
+#include "platform/InterruptedMoves.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/SystemLog.h"
 #include "support/TestRoots.h"
@@ -68,7 +69,7 @@ struct InjectedOperations : LocalFileOperations {
 
     bool remove(const QString &path, FileError *error = nullptr) override
     {
-        if (!stuckLeftover || !path.endsWith(".korvane-removing"))
+        if (!stuckLeftover || !path.contains(InterruptedMoves::removingFolderName() + "/"))
             return LocalFileOperations::remove(path, error);
         if (error)
             *error = FileError{path, QStringLiteral("Device or resource busy")};
@@ -307,7 +308,9 @@ TEST_F(CrossDeviceMoveTest, ItemsArriveWholeAndSayHowFarTheyHaveCome)
     FileError error;
     ASSERT_TRUE(files.move(source, target + "/Echo.vst", &error)) << qPrintable(error.reason);
     EXPECT_EQ(snapshot(target + "/Echo.vst"), before);
-    EXPECT_EQ(entries(tmpfs.path("VST")), QStringList{".Echo.vst.korvane-removing"});
+    const QString hidden = InterruptedMoves::removingFolderName();
+    EXPECT_EQ(entries(tmpfs.path("VST")), QStringList{hidden});
+    EXPECT_EQ(entries(tmpfs.path("VST/" + hidden)), QStringList{"Echo.vst"});
     ASSERT_EQ(log.lines().size(), 1);
     EXPECT_TRUE(log.lines().constFirst().contains("Device or resource busy"));
     ASSERT_GE(reports.size(), 4);
@@ -317,10 +320,11 @@ TEST_F(CrossDeviceMoveTest, ItemsArriveWholeAndSayHowFarTheyHaveCome)
     ASSERT_TRUE(files.move(target + "/Echo.vst", rootPath("Echo.vst")));
     EXPECT_TRUE(reports.isEmpty());
 
-    const ImmutableGuard stale(B::makeFile(rootPath(".Echo.vst.korvane-removing"), "Stale"));
+    const ImmutableGuard stale(B::makeFile(rootPath(hidden + "/Echo.vst"), "Stale"));
     ASSERT_TRUE(files.move(rootPath("Echo.vst"), tmpfs.path("Echo.vst"), &error))
         << qPrintable(error.reason);
     EXPECT_EQ(snapshot(tmpfs.path("Echo.vst")), before);
+    EXPECT_EQ(entries(root()), QStringList({hidden, "VST"})); // its fresh folder went with it
 
     // A plain-file plug-in keeps its Finder type on the way back.
     const QString plain = B::makeFile(target, "Plain.vst", "aPcs", "plain");
@@ -333,6 +337,22 @@ TEST_F(CrossDeviceMoveTest, ItemsArriveWholeAndSayHowFarTheyHaveCome)
     ASSERT_TRUE(files.moveToTrash(tmpfs.path("Echo.vst"), &error, &trashedTo))
         << qPrintable(error.reason);
     EXPECT_EQ(snapshot(trashedTo), before);
+}
+
+// The copy and the hidden source keep the item's own name inside their staging folders, so a name
+// as long as a folder allows crosses too.
+TEST_F(CrossDeviceMoveTest, ANameOf250BytesMovesAcrossAndBack)
+{
+    const QString name = QString(246, 'L') + ".vst";
+    const QString away = tmpfs.path("VST/" + name), here = target + "/" + name;
+    ASSERT_TRUE(QDir().rename(source, away));
+    FileError error;
+    ASSERT_TRUE(files.move(away, here, &error)) << qPrintable(error.reason);
+    EXPECT_EQ(snapshot(here), before);
+    EXPECT_TRUE(entries(tmpfs.path("VST")).isEmpty());
+    ASSERT_TRUE(files.move(here, away, &error)) << qPrintable(error.reason);
+    EXPECT_EQ(snapshot(away), before);
+    EXPECT_TRUE(entries(target).isEmpty());
 }
 
 TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris)
