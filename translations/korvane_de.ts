@@ -909,5 +909,9 @@
         <source>Kept %1, the Finder information of %2: %3</source>
         <translation>%1, die Finder-Informationen von %2, wurden behalten: %3</translation>
     </message>
+    <message>
+        <source>The source and the target are the same item</source>
+        <translation>Quelle und Ziel sind dasselbe Objekt</translation>
+    </message>
 </context>
 </TS>

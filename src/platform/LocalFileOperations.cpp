@@ -298,10 +298,10 @@ void removeIfEmpty(const QString &folder)
     ::rmdir(encoded(folder).constData());
 }
 
-bool failWith(FileError *error, const QString &path, const QString &reason)
+bool failWith(FileError *error, const QString &path, const QString &reason, int code = 0)
 {
     if (error)
-        *error = FileError{path, reason};
+        *error = FileError{path, reason, code};
     return false;
 }
 
@@ -514,31 +514,24 @@ int LocalFileOperations::lockFolder(int folder)
 }
 
 // A source that exists, a target that does not, and not a folder into itself: what move and copy
-// both need before they touch anything.
+// both need before they touch anything. A target that is the source itself (a " (Disabled)"
+// folder that is a link to or a bind mount of the active one) is said as such: taken for a
+// target in the way, it would go to the trash, and with it the only copy.
 static bool canPlace(const QString &from, const QString &to, struct stat *info, FileError *error)
 {
     if (!lstatPath(from, info))
         return fail(error, from, errno);
     struct stat existing;
-    if (lstatPath(to, &existing))
+    if (lstatPath(to, &existing)) {
+        if (existing.st_dev == info->st_dev && existing.st_ino == info->st_ino)
+            return failWith(error, to,
+                            QStringLiteral(QT_TRANSLATE_NOOP(
+                                "korvane", "The source and the target are the same item")),
+                            EINVAL);
         return fail(error, to, EEXIST);
+    }
     if (S_ISDIR(info->st_mode) && isInside(to, from))
         return fail(error, to, EINVAL);
-    return true;
-}
-
-bool LocalFileOperations::withSidecar(Step step, const QString &from, const QString &to,
-                                      FileError *error)
-{
-    if (!(this->*step)(from, to, error))
-        return false;
-    if (sidecarBeside(from)) {
-        FileError failure;
-        if ((this->*step)(sidecarOf(from), sidecarOf(to), &failure))
-            noteSidecar(from, to, step == &LocalFileOperations::relocate);
-        else
-            reportSidecar(from, to, failure);
-    }
     return true;
 }
 
@@ -565,7 +558,34 @@ void LocalFileOperations::noteSidecar(const QString &from, const QString &to, bo
 
 bool LocalFileOperations::move(const QString &from, const QString &to, FileError *error)
 {
-    return withSidecar(&LocalFileOperations::relocate, from, to, error);
+    // An item whose sidecar cannot follow may not be recognised where it lands, and a stale
+    // sidecar there would speak for it: nothing moves while one lies at the target.
+    const bool sidecar = sidecarBeside(from);
+    struct stat info;
+    if (sidecar && lstatPath(sidecarOf(to), &info)) {
+        // The item's own target speaks first: the source itself, or an item in the way.
+        if (lstatPath(to, &info) && !canPlace(from, to, &info, error))
+            return false;
+        return fail(error, sidecarOf(to), EEXIST);
+    }
+    if (!relocate(from, to, error))
+        return false;
+    if (!sidecar)
+        return true;
+    FileError failure;
+    if (relocate(sidecarOf(from), sidecarOf(to), &failure)) {
+        noteSidecar(from, to, true);
+        return true;
+    }
+    // The item goes back to its sidecar where a rename can take it; across file systems it
+    // stays moved and the sidecar is reported.
+    if (renameNoReplace(to, from) == 0) {
+        if (error)
+            *error = failure;
+        return false;
+    }
+    reportSidecar(from, to, failure);
+    return true;
 }
 
 bool LocalFileOperations::relocate(const QString &from, const QString &to, FileError *error)
@@ -674,7 +694,16 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
 
 bool LocalFileOperations::copy(const QString &from, const QString &to, FileError *error)
 {
-    return withSidecar(&LocalFileOperations::duplicate, from, to, error);
+    if (!duplicate(from, to, error))
+        return false;
+    if (sidecarBeside(from)) {
+        FileError failure;
+        if (duplicate(sidecarOf(from), sidecarOf(to), &failure))
+            noteSidecar(from, to, false);
+        else
+            reportSidecar(from, to, failure);
+    }
+    return true;
 }
 
 bool LocalFileOperations::duplicate(const QString &from, const QString &to, FileError *error)

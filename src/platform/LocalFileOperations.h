@@ -48,9 +48,6 @@ private:
     // move and copy without the sidecar.
     bool relocate(const QString &from, const QString &to, FileError *error);
     bool duplicate(const QString &from, const QString &to, FileError *error);
-    // A step on the item, then on its sidecar, which follows where it can and is logged where not.
-    using Step = bool (LocalFileOperations::*)(const QString &, const QString &, FileError *);
-    bool withSidecar(Step step, const QString &from, const QString &to, FileError *error);
     // Whether path has a sidecar; in a batch from the folder's listing, confirmed when it says so.
     bool sidecarBeside(const QString &path);
     // Keeps a batch's listings true after a sidecar followed its item from one folder to another.

@@ -130,9 +130,10 @@ TEST_F(FileOperationsTest, MoveAndCopyNeverReplaceInventFoldersOrLoseTheSource)
     EXPECT_FALSE(QFileInfo::exists(homePath("Echo copy.vst")));
 }
 
-// A plain file's or a bundle's sidecar follows it in every operation; where it cannot (another
-// sidecar holds its name at the target) the item still goes and the sidecar stays, unreplaced.
-TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack)
+// A plain file's or a bundle's sidecar follows it in every operation. A move whose sidecar cannot
+// follow is not made: a stale sidecar at the target would speak for the item, so nothing moves
+// while one lies there, and an item whose sidecar will not leave goes back to it.
+TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesOrTheMoveIsNotMade)
 {
     SystemLogCapture outer;
     for (const bool bundle : {false, true}) {
@@ -150,11 +151,21 @@ TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack)
         EXPECT_TRUE(entries(on).isEmpty());
 
         B::makeFile(on, "._Echo.vst", {}, "another's");
-        SystemLogCapture log; // the innermost capture takes the lines
-        ASSERT_TRUE(files.move(off + "/Echo.vst", on + "/Echo.vst"));
+        FileError error;
+        EXPECT_FALSE(files.move(off + "/Echo.vst", on + "/Echo.vst", &error));
+        EXPECT_EQ(error.path, on + "/._Echo.vst");
+        EXPECT_EQ(error.code, EEXIST);
         EXPECT_EQ(readText(on + "/._Echo.vst"), "another's");
-        EXPECT_EQ(entries(off), QStringList{"._Echo.vst"});
-        EXPECT_EQ(log.lines().size(), 1);
+        EXPECT_EQ(entries(off), QStringList({"._Echo.vst", "Echo.vst"}));
+        QFile::remove(on + "/._Echo.vst");
+        ImmutableGuard stuck(off + "/._Echo.vst");
+        if (!stuck.ok())
+            continue;
+        error = {};
+        EXPECT_FALSE(files.move(off + "/Echo.vst", on + "/Echo.vst", &error));
+        EXPECT_TRUE(error.path.endsWith("/._Echo.vst")) << error.path.toStdString();
+        EXPECT_EQ(entries(off), QStringList({"._Echo.vst", "Echo.vst"}));
+        EXPECT_TRUE(entries(on).isEmpty());
     }
     EXPECT_TRUE(outer.lines().isEmpty());
 
@@ -178,6 +189,35 @@ TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack)
     EXPECT_EQ(entries(on), QStringList{"B.vst"});
     EXPECT_EQ(entries(off), QStringList({"._A.vst", "A.vst", "C.vst"}));
     EXPECT_TRUE(outer.lines().isEmpty());
+}
+
+// A " (Disabled)" folder that is a link to the active one, or a hard link, shows one item under two
+// names: a move or copy between them is refused as what it is, never taken for a target in the
+// way, and the item stays as it was.
+TEST_F(FileOperationsTest, AnItemIsNeverMovedOntoItself)
+{
+    const QString on = homePath("VST"), off = homePath("VST (Disabled)");
+    makeRichBundle(on, "Echo.vst");
+    B::makeFile(on, "._Echo.vst", {}, "finder info");
+    B::makeFile(on, "Plain.vst", {}, "plain");
+    ASSERT_TRUE(QFile::link(on, off));
+    B::makeFolder(homePath("Other"));
+    ASSERT_EQ(::link(QFile::encodeName(on + "/Plain.vst").constData(),
+                     QFile::encodeName(homePath("Other/Plain.vst")).constData()),
+              0);
+    const auto before = snapshot(on);
+    for (const auto &[from, to] : {std::pair{on + "/Echo.vst", off + "/Echo.vst"},
+                                   std::pair{on + "/Plain.vst", off + "/Plain.vst"},
+                                   std::pair{on + "/Plain.vst", homePath("Other/Plain.vst")}}) {
+        for (const bool moving : {true, false}) {
+            SCOPED_TRACE(qPrintable((moving ? "move to " : "copy to ") + to));
+            FileError error;
+            EXPECT_FALSE(moving ? files.move(from, to, &error) : files.copy(from, to, &error));
+            EXPECT_EQ(error.reason, "The source and the target are the same item");
+            EXPECT_EQ(error.path, to);
+            EXPECT_EQ(snapshot(on), before);
+        }
+    }
 }
 
 // A lock anywhere, on the bundle, deep inside it or on its folder, refuses the removal before a
