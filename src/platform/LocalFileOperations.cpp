@@ -279,25 +279,6 @@ bool checkRemovable(const QString &path, FileError *error)
     return checkRemovableTree(path, error);
 }
 
-// A staging folder of a move across file systems, made when missing; a failure is told as the
-// item's own, as the folder is hidden.
-bool makeStagingFolder(const QString &folder, const QString &item, FileError *error)
-{
-    if (::mkdir(encoded(folder).constData(), 0777) == 0)
-        return true;
-    const int failure = errno;
-    struct stat info;
-    if (failure == EEXIST && lstatPath(folder, &info) && S_ISDIR(info.st_mode))
-        return true;
-    return fail(error, item, failure);
-}
-
-// A staging folder goes once nothing is left in it.
-void removeIfEmpty(const QString &folder)
-{
-    ::rmdir(encoded(folder).constData());
-}
-
 bool failWith(FileError *error, const QString &path, const QString &reason, int code = 0)
 {
     if (error)
@@ -604,6 +585,39 @@ bool LocalFileOperations::relocate(const QString &from, const QString &to, FileE
     const bool sourceSide =
         result != ENOENT && result != ENOTDIR && result != EEXIST && !parentAllowsChanges(from);
     return fail(error, sourceSide ? from : to, result);
+}
+
+bool LocalFileOperations::makeStagingFolder(const QString &folder, const QString &item,
+                                            FileError *error)
+{
+    if (m_batchStaging.contains(folder))
+        return true;
+    if (::mkdir(encoded(folder).constData(), 0777) != 0) {
+        const int failure = errno;
+        struct stat info;
+        // Hidden as the folder is, its failure is told as the item's own.
+        if (failure != EEXIST || !lstatPath(folder, &info) || !S_ISDIR(info.st_mode))
+            return fail(error, item, failure == EEXIST ? ENOTDIR : failure);
+    }
+    if (m_sidecars)
+        m_batchStaging.insert(folder);
+    return true;
+}
+
+void LocalFileOperations::removeIfEmpty(const QString &folder)
+{
+    // A batch keeps its staging folders until it ends: making and removing one per item cost
+    // about as much as a small plug-in's copy.
+    if (!m_batchStaging.contains(folder))
+        ::rmdir(encoded(folder).constData());
+}
+
+void LocalFileOperations::endBatch()
+{
+    m_sidecars.reset();
+    for (const QString &folder : std::as_const(m_batchStaging))
+        ::rmdir(encoded(folder).constData());
+    m_batchStaging.clear();
 }
 
 bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QString &to,

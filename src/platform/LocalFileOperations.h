@@ -35,7 +35,7 @@ public:
                              FileError *error = nullptr) override;
     void setCopyProgress(CopyProgress progress) override { m_copyProgress = std::move(progress); }
     void beginBatch() override { m_sidecars.emplace(); }
-    void endBatch() override { m_sidecars.reset(); }
+    void endBatch() override;
 
 protected:
     // One plain file; the recursive copy and the cross-device move call it per file.
@@ -53,6 +53,10 @@ private:
     // Keeps a batch's listings true after a sidecar followed its item from one folder to another.
     void noteSidecar(const QString &from, const QString &to, bool moved);
     bool moveAcrossFileSystems(const QString &from, const QString &to, FileError *error);
+    // A hidden folder of a move across file systems, made when missing; failures name item.
+    bool makeStagingFolder(const QString &folder, const QString &item, FileError *error);
+    // Removes a staging folder with nothing left in it, or, in a batch, when the batch ends.
+    void removeIfEmpty(const QString &folder);
     // One item into the trash's files folder, under preferredName when it is free.
     bool trashItem(const QString &path, const QString &preferredName, FileError *error,
                    QString *trashedTo);
@@ -63,6 +67,8 @@ private:
     Roots m_roots;
     // During a batch: per folder listed, the names of the sidecars in it.
     std::optional<QHash<QString, QSet<QString>>> m_sidecars;
+    // During a batch: the staging folders it made or found.
+    QSet<QString> m_batchStaging;
     CopyProgress m_copyProgress;
     qint64 m_copied = 0;
     qint64 m_copyTotal = 0;
