@@ -281,6 +281,11 @@ TEST_F(ActivationTest, OnlyTheLeftoversOfAMoverThatIsGoneAreSettled)
             << log.lines().join('\n').toStdString();
     }
     EXPECT_EQ(names(au), QStringList({"Echo.component", "Fx.component"}));
+    // Nor is a staging folder ever a folder of plug-ins, where subfolders are scanned.
+    B::makeVST(folder(TypeVST, LocUserDisabled) + "/Sub/" + live, "Copied.vst", MachO::intel());
+    setPref("VSTScanSubfolders", true);
+    vst->reloadData();
+    EXPECT_TRUE(names(vst).isEmpty()) << names(vst).join(',').toStdString();
 
     mover.kill();
     mover.waitForFinished();
