@@ -1,6 +1,7 @@
 // Applies sets to a library of plug-ins, half of them on a second file system, while things go
 // wrong: the tool killed at a random moment, a folder that refuses writes, a full file system, a
-// source that vanishes, several appliers at once, a data-file writer killed mid-way. After every
+// source that vanishes, several appliers at once, movers of different homes over one system folder,
+// a data-file writer killed mid-way. After every
 // round it counts each plug-in: once, whole (every file's bytes as built), where the set asks,
 // nothing hidden left behind. Prints one "name: value" line per figure; exits 0 when nothing was
 // lost or damaged, 77 when no second file system can be mounted here.
@@ -51,6 +52,9 @@ struct Settings {
     int injectRounds = 2; // of each kind
     int overlapRounds = 3;
     int dataRounds = 8;
+    int homesRounds = 10;
+    int homesPlugins = 40;
+    int homesKb = 256;  // each plug-in's resource in the homes rounds
     qint64 seconds = 0; // long mode: kill rounds until this much time has passed
     quint32 seed = 0;
 };
@@ -141,9 +145,11 @@ public:
     QString pathOf(const QString &name, Place place) const { return m_folders[place] + "/" + name; }
     QString held() const { return m_held; }
 
-    // Each plug-in an Audio Unit with a resource of its own size and bytes, some with a link.
-    void build(int n)
+    // Each plug-in an Audio Unit with a resource of its own bytes, some with a link; of its own
+    // size too unless resourceBytes gives one.
+    void build(int n, int resourceBytes = 0)
     {
+        m_resourceBytes = resourceBytes;
         for (int i = 0; i < n; ++i) {
             const QString name = QString("Plug%1.component").arg(i, 5, 10, QLatin1Char('0'));
             const Place place = i % 2 ? Off : On;
@@ -158,7 +164,9 @@ public:
         const QString bundle = PluginLibraryBuilder::makeAudioUnit(
             m_folders[place], name, i % 2 ? MachO::intel() : MachO::x86_64());
         QRandomGenerator bytes(quint32(i) + 1);
-        QByteArray data(int(1024 + bytes.bounded(48 * 1024)), Qt::Uninitialized);
+        QByteArray data(m_resourceBytes > 0 ? m_resourceBytes
+                                            : int(1024 + bytes.bounded(48 * 1024)),
+                        Qt::Uninitialized);
         bytes.fillRange(reinterpret_cast<quint32 *>(data.data()), data.size() / 4);
         PluginLibraryBuilder::makeFile(bundle + "/Contents/Resources", "Data.bin", {}, data);
         if (i % 3 == 0)
@@ -266,18 +274,38 @@ public:
         return now;
     }
     int trashed() const { return int(entriesOf(m_home + "/.local/share/Trash/files").size()); }
+    // Another person's home beside the library's own, made when missing.
+    QString otherHome(const QString &name) const
+    {
+        const QString home = m_workspace.path() + "/" + name;
+        QDir().mkpath(home);
+        return home;
+    }
+    // After a round that lost or damaged plug-ins: every plug-in anew, whole and in its place, so
+    // the next round counts only its own losses.
+    void rebuild()
+    {
+        for (const Place place : {On, Off})
+            for (const QString &entry : entriesOf(m_folders[place]))
+                fs::remove_all(fs::path((m_folders[place] + "/" + entry).toStdString()));
+        for (auto it = m_place.cbegin(); it != m_place.cend(); ++it)
+            makePlugIn(it.key(), it.value());
+    }
 
-    // The tool applying a set, started and left running.
-    std::unique_ptr<QProcess> start(const QString &cmd, const QString &set) const
+    // The tool applying a set, started and left running; with the library's own home unless
+    // another is given.
+    std::unique_ptr<QProcess> start(const QString &cmd, const QString &set,
+                                    const QString &home = {}) const
     {
         auto process = std::make_unique<QProcess>();
+        const QString homeUsed = home.isEmpty() ? m_home : home;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("HOME", m_home);
+        environment.insert("HOME", homeUsed);
         environment.insert("KORVANE_ROOT", m_root);
         environment.remove("XDG_DATA_HOME");
         environment.insert("KORVANE_LOCK_WAIT_MS", "600000");
         process->setProcessEnvironment(environment);
-        process->start(cmd, {"--root=" + m_root, "--home=" + m_home, "-AU", set});
+        process->start(cmd, {"--root=" + m_root, "--home=" + homeUsed, "-AU", set});
         process->waitForStarted();
         return process;
     }
@@ -302,6 +330,7 @@ private:
     bool m_mounted = false, m_workspaceMounted = false;
     QMap<QString, QByteArray> m_hash;
     QMap<QString, Place> m_place;
+    int m_resourceBytes = 0;
     NullAuthorizationBackend m_authorization;
     std::unique_ptr<AppContext> m_context;
 };
@@ -519,6 +548,60 @@ Totals overlapRounds(Library &library, const Settings &settings, QRandomGenerato
     return totals;
 }
 
+// Two people at once, each with a home of their own, over the same system folders: one applies a
+// set with every plug-in on, the other one with every plug-in off, and the two swap sets each
+// round. Movers of different homes must wait for each other as movers of one home do: every
+// plug-in ends once, whole, and all of them where the set of the mover that came last asks.
+Totals homesRounds(Library &library, const Settings &settings, QRandomGenerator &random)
+{
+    Totals totals;
+    const QStringList homes{library.otherHome("h1"), library.otherHome("h2")};
+    QMap<QString, Library::Place> allOn, allOff;
+    for (const QString &name : library.names()) {
+        allOn[name] = Library::On;
+        allOff[name] = Library::Off;
+    }
+    const QStringList sets{library.writeSet(allOn, "homes-on"),
+                           library.writeSet(allOff, "homes-off")};
+    int asOneAsked = 0, badRounds = 0;
+    for (int round = 0; round < settings.homesRounds; ++round) {
+        // h1 starts first, with everything on one round and everything off the next.
+        std::vector<std::unique_ptr<QProcess>> tools;
+        for (int k = 0; k < 2; ++k) {
+            tools.push_back(library.start(settings.cmd, sets[(k + round) % 2], homes[k]));
+            QThread::msleep(random.bounded(5));
+        }
+        for (auto &tool : tools) {
+            tool->waitForFinished(-1);
+            totals.messages += messagesIn(tool->readAllStandardError());
+            if (tool->exitStatus() != QProcess::NormalExit || tool->exitCode() != 0)
+                ++totals.failedRuns;
+        }
+        const QMap<QString, Library::Place> now = library.placesOnDisk();
+        Library::Count c = library.count(now);
+        int on = 0;
+        for (const Library::Place place : now)
+            on += place == Library::On ? 1 : 0;
+        c.misplaced = std::min<int>(on, int(now.size()) - on);
+        if (c.misplaced == 0)
+            ++asOneAsked;
+        totals.add(c);
+        ++totals.rounds;
+        library.setPlaces(now);
+        if (c.bad() || c.misplaced) {
+            out << "homes round " << round << " went wrong: lost " << c.lost << ", in two places "
+                << c.twice << ", damaged " << c.damaged << ", leftovers " << c.leftovers
+                << ", misplaced " << c.misplaced << "\n";
+            out.flush();
+            ++badRounds;
+            library.rebuild();
+        }
+    }
+    out << "homes_ended_as_one_set_asked: " << asOneAsked << "\n";
+    out << "homes_rounds_gone_wrong: " << badRounds << "\n";
+    return totals;
+}
+
 // What the child of dataRounds writes over a data file.
 QByteArray writtenData()
 {
@@ -626,6 +709,12 @@ std::optional<Settings> parse(const QStringList &arguments)
             settings.overlapRounds = value.toInt(&ok);
         else if (argument == "--data-rounds")
             settings.dataRounds = value.toInt(&ok);
+        else if (argument == "--homes-rounds")
+            settings.homesRounds = value.toInt(&ok);
+        else if (argument == "--homes-plugins")
+            settings.homesPlugins = value.toInt(&ok);
+        else if (argument == "--homes-kb")
+            settings.homesKb = value.toInt(&ok);
         else if (argument == "--seed")
             settings.seed = value.toUInt(&ok);
         else
@@ -634,7 +723,8 @@ std::optional<Settings> parse(const QStringList &arguments)
             return std::nullopt;
         ++i;
     }
-    if (settings.cmd.isEmpty() || settings.plugins < 2)
+    if (settings.cmd.isEmpty() || settings.plugins < 2 || settings.homesPlugins < 2
+        || settings.homesKb < 1)
         return std::nullopt;
     return settings;
 }
@@ -651,7 +741,8 @@ int main(int argc, char **argv)
     if (!settings) {
         QTextStream(stderr) << "usage: korvane_faults --cmd KorvaneCMD [--plugins N] "
                                "[--kill-rounds N | --seconds S] [--inject-rounds N] "
-                               "[--overlap-rounds N] [--data-rounds N] [--seed N]\n";
+                               "[--overlap-rounds N] [--data-rounds N] [--homes-rounds N] "
+                               "[--homes-plugins N] [--homes-kb N] [--seed N]\n";
         return 2;
     }
     QRandomGenerator random(settings->seed);
@@ -684,6 +775,18 @@ int main(int argc, char **argv)
         report(injectedRounds(library, *settings, random, kind), kind);
     report(overlapRounds(library, *settings, random), "overlap");
     report(dataRounds(library, *settings, random), "data");
+    if (settings->homesRounds > 0) {
+        // A library of its own: fewer, larger plug-ins, so that each copy takes a while.
+        Library homes;
+        if (!homes.mount(512)) {
+            out << "homes: no tmpfs could be mounted\n";
+            bad = true;
+        } else {
+            homes.build(settings->homesPlugins, settings->homesKb * 1024);
+            timer.restart();
+            report(homesRounds(homes, *settings, random), "homes");
+        }
+    }
     out << (bad ? "result: FAILED\n" : "result: passed\n");
     return bad ? 1 : 0;
 }

@@ -963,5 +963,9 @@
         <source>%1 could not go to the trash: %2</source>
         <translation>%1 konnte nicht in den Papierkorb: %2</translation>
     </message>
+    <message>
+        <source>The source and the target are the same item</source>
+        <translation>Quelle und Ziel sind dasselbe Objekt</translation>
+    </message>
 </context>
 </TS>

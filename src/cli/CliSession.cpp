@@ -2,6 +2,7 @@
 
 #include "cli/Options.h"
 #include "cli/ShownText.h"
+#include "platform/FormatTable.h"
 #include "platform/LibraryLock.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
@@ -95,9 +96,10 @@ AppContext &CliSession::controllers()
 
 bool CliSession::lockLibrary(QString *failure)
 {
+    // Every format's folders: the run may touch any of them.
     if (!m_lock)
-        m_lock =
-            std::make_unique<LibraryLock>(files(), LibraryLock::lockFilePath(Locations(m_roots)));
+        m_lock = std::make_unique<LibraryLock>(
+            files(), LibraryLock::foldersOf(Locations(m_roots), FormatTable::builtIn()));
     if (!m_lock->isLocked() && failure)
         *failure = m_lock->failure();
     return m_lock->isLocked();

@@ -35,8 +35,8 @@ public:
     // default sets.
     AppContext &controllers();
 
-    // Takes the library's lock for the rest of the run; false with the reason when another
-    // program holds it past the wait, or it cannot be made.
+    // Locks the folders of every format's plug-ins for the rest of the run; false with the reason
+    // when another program holds them past the wait, or they cannot be locked.
     bool lockLibrary(QString *failure);
 
     const Roots &roots() const { return m_roots; }

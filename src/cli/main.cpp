@@ -1,5 +1,6 @@
 #include "cli/CliRunner.h"
 #include "cli/Options.h"
+#include "platform/PathBytes.h"
 #include "platform/Roots.h"
 
 #include <QCoreApplication>
@@ -12,8 +13,12 @@ int main(int argc, char *argv[])
     QTextStream out(stdout);
     QTextStream err(stderr);
 
-    const korvane::ParsedCommandLine parsed =
-        korvane::parseCommandLine(QCoreApplication::arguments().mid(1));
+    // By their bytes: a plug-in or set named in bytes that are not UTF-8 must reach the disk as
+    // they were given, which the decoding of arguments() would not keep.
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << korvane::pathFromBytes(argv[i]);
+    const korvane::ParsedCommandLine parsed = korvane::parseCommandLine(arguments);
     if (!parsed.options) {
         err << "KorvaneCMD: " << parsed.error << "\nTry \"KorvaneCMD --help\".\n";
         return korvane::ExitUsage;

@@ -164,7 +164,7 @@ struct TypeManager::ApplyRun {
 
 void TypeManager::activate()
 {
-    const LibraryLock lock(files(), LibraryLock::lockFilePath(locations()));
+    const LibraryLock lock(files(), LibraryLock::foldersOf(locations(), m_traits));
     if (!libraryLocked(lock, ui()))
         return;
     updateSet();
@@ -174,7 +174,7 @@ void TypeManager::activate()
 
 QList<MoveOutcome> TypeManager::applyAllPending()
 {
-    const LibraryLock lock(files(), LibraryLock::lockFilePath(locations()));
+    const LibraryLock lock(files(), LibraryLock::foldersOf(locations(), m_traits));
     if (!libraryLocked(lock, ui()))
         return {};
     // Nothing depends on the answer: the moves succeed or fail by the file system's own rights.

@@ -151,11 +151,13 @@ bool TypeManager::settleInterruptedMoves(const std::array<QString, LocationCount
             }
         }
     }
+    for (const QString &busy : moves.busy())
+        systemLog(QStringLiteral("Left %1 alone: the program moving it still runs").arg(busy));
     if (moves.isEmpty() || files().isReadOnly())
         return false;
     // A move under way in another program looks just like one cut short: only a scan that has
     // the library to itself touches them. Within this program nothing moves during a scan.
-    const LibraryLock lock(files(), LibraryLock::lockFilePath(locations()), 0);
+    const LibraryLock lock(files(), LibraryLock::foldersOf(locations(), m_traits), 0);
     if (!lock.isLocked()) {
         systemLog(QStringLiteral("Leftovers of moves left alone: %1").arg(lock.failure()));
         return false;

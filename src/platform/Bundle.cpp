@@ -1,10 +1,9 @@
 #include "platform/Bundle.h"
 
+#include "platform/PathBytes.h"
 #include "platform/PropertyList.h"
 #include "platform/ScanCache.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QStringBuilder>
 #include <QtEndian>
 
@@ -42,9 +41,64 @@ QString infoPlistPath(const QString &bundlePath)
 
 QString sidecarPath(const QString &path)
 {
-    const QFileInfo info(path);
-    return info.path() + QStringLiteral("/._") + info.fileName();
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    return path.left(slash + 1) % QLatin1String("._") % path.mid(slash + 1);
 }
+
+// A file opened by its bytes (a name that is not UTF-8 opens too), closed as it goes.
+class OpenFile {
+public:
+    OpenFile(const QString &path, int flags, mode_t mode = 0)
+        : m_fd(::open(pathBytes(path).constData(), flags | O_CLOEXEC | O_NOCTTY, mode))
+    {
+    }
+    ~OpenFile()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+    }
+    OpenFile(const OpenFile &) = delete;
+    OpenFile &operator=(const OpenFile &) = delete;
+    bool isOpen() const { return m_fd >= 0; }
+    qint64 size() const
+    {
+        struct stat info;
+        return ::fstat(m_fd, &info) == 0 && S_ISREG(info.st_mode) ? qint64(info.st_size) : -1;
+    }
+    // Up to count bytes from offset; fewer where the file ends or fails.
+    QByteArray read(qint64 offset, qint64 count) const
+    {
+        QByteArray bytes(qsizetype(count), Qt::Uninitialized);
+        qint64 got = 0;
+        while (got < count) {
+            const ssize_t n = ::pread(m_fd, bytes.data() + got, size_t(count - got), offset + got);
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0)
+                break;
+            got += n;
+        }
+        bytes.truncate(qsizetype(got));
+        return bytes;
+    }
+    bool write(qint64 offset, const QByteArray &bytes) const
+    {
+        qint64 put = 0;
+        while (put < bytes.size()) {
+            const ssize_t n =
+                ::pwrite(m_fd, bytes.constData() + put, size_t(bytes.size() - put), offset + put);
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0)
+                return false;
+            put += n;
+        }
+        return true;
+    }
+
+private:
+    int m_fd;
+};
 
 quint32 bigEndian32(const char *bytes)
 {
@@ -54,7 +108,7 @@ quint32 bigEndian32(const char *bytes)
 // The Finder info bytes stored in an extended attribute, in the first spelling present.
 std::optional<QByteArray> finderInfoAttribute(const QString &path)
 {
-    const QByteArray name = QFile::encodeName(path);
+    const QByteArray name = pathBytes(path);
     for (const char *attribute : kFinderInfoAttributes) {
         // Finder info is 32 bytes; a larger value is asked for its size and read again.
         char small[64];
@@ -120,29 +174,30 @@ SidecarEntry finderInfoEntry(QByteArrayView head, qint64 size)
 
 // The same for an open sidecar, of which only the header and the entry table are read: the
 // resource fork after them may be large.
-SidecarEntry finderInfoEntry(QFile &file)
+SidecarEntry finderInfoEntry(const OpenFile &file)
 {
     const qint64 size = file.size();
-    if (size < kAppleDoubleHeaderSize || !file.seek(0))
+    if (size < kAppleDoubleHeaderSize)
         return {};
-    QByteArray head = file.read(kAppleDoubleHeaderSize);
+    QByteArray head = file.read(0, kAppleDoubleHeaderSize);
     if (!isAppleDoubleHeader(head))
         return {};
-    head +=
-        file.read(qMin(entryCount(head) * kAppleDoubleEntrySize, size - kAppleDoubleHeaderSize));
+    head += file.read(kAppleDoubleHeaderSize, qMin(entryCount(head) * kAppleDoubleEntrySize,
+                                                   size - kAppleDoubleHeaderSize));
     return finderInfoEntry(head, size);
 }
 
 std::optional<quint32> sidecarType(const QString &path)
 {
-    QFile file(sidecarPath(path));
-    if (!file.open(QIODevice::ReadOnly))
+    // Never blocks on a pipe someone named like a sidecar; size() refuses all but plain files.
+    const OpenFile file(sidecarPath(path), O_RDONLY | O_NONBLOCK);
+    if (!file.isOpen())
         return std::nullopt;
     const SidecarEntry entry = finderInfoEntry(file);
-    if (entry.offset < 0 || !file.seek(entry.offset))
+    if (entry.offset < 0)
         return std::nullopt;
     const qint64 wanted = qMin<qint64>(entry.length, kFinderInfoSize);
-    const QByteArray bytes = file.read(wanted);
+    const QByteArray bytes = file.read(entry.offset, wanted);
     if (bytes.size() != wanted)
         return std::nullopt;
     return FinderInfo::typeFromAttribute(bytes);
@@ -153,13 +208,13 @@ bool writeSidecar(const QString &path, quint32 code)
     QByteArray type(4, '\0');
     qToBigEndian(code, type.data());
 
-    QFile file(sidecarPath(path));
-    if (file.exists() && file.open(QIODevice::ReadWrite)) {
+    const QString sidecar = sidecarPath(path);
+    {
         // Keep the rest of an existing sidecar (resource fork, other Finder flags).
-        const SidecarEntry entry = finderInfoEntry(file);
-        if (entry.offset >= 0 && entry.length >= 4 && file.seek(entry.offset))
-            return file.write(type) == type.size();
-        file.close();
+        const OpenFile file(sidecar, O_RDWR | O_NONBLOCK);
+        const SidecarEntry entry = file.isOpen() ? finderInfoEntry(file) : SidecarEntry{};
+        if (entry.offset >= 0 && entry.length >= 4)
+            return file.write(entry.offset, type);
     }
 
     QByteArray bytes(kAppleDoubleHeaderSize + kAppleDoubleEntrySize + kFinderInfoSize, '\0');
@@ -171,9 +226,8 @@ bool writeSidecar(const QString &path, quint32 code)
     qToBigEndian(quint32(kAppleDoubleHeaderSize + kAppleDoubleEntrySize), data + 30);
     qToBigEndian(quint32(kFinderInfoSize), data + 34);
     qToBigEndian(code, data + kAppleDoubleHeaderSize + kAppleDoubleEntrySize);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    return file.write(bytes) == bytes.size();
+    const OpenFile file(sidecar, O_WRONLY | O_CREAT | O_TRUNC, 0666);
+    return file.isOpen() && file.write(0, bytes);
 }
 
 // Contents/Info.plist parsed. Recognition and the architecture test both ask about it, so a scan
@@ -261,7 +315,7 @@ QByteArray MachOHeader::firstBytes(const QString &path, int count)
     // of its own (anyone can make a link; a device node takes root). Everything else is opened
     // as it is, without blocking on a pipe, and read only when it is a plain file. A status call
     // first for every file would cost as much as the open itself.
-    const QByteArray name = QFile::encodeName(path);
+    const QByteArray name = pathBytes(path);
     constexpr int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     int fd = ::open(name.constData(), flags | O_NOFOLLOW);
     struct stat info;
@@ -353,14 +407,15 @@ QString FinderInfo::typeCodeString(quint32 code)
 
 bool FinderInfo::setFileType(const QString &path, quint32 code)
 {
-    if (path.isEmpty() || !QFileInfo::exists(path))
+    struct stat existing;
+    if (path.isEmpty() || ::stat(pathBytes(path).constData(), &existing) != 0)
         return false;
     QByteArray info(kFinderInfoSize, '\0');
     if (const std::optional<QByteArray> existing = finderInfoAttribute(path))
         info.replace(0, qMin<qsizetype>(existing->size(), kFinderInfoSize),
                      existing->left(kFinderInfoSize));
     qToBigEndian(code, info.data());
-    const QByteArray name = QFile::encodeName(path);
+    const QByteArray name = pathBytes(path);
     if (::setxattr(name.constData(), kWritableFinderInfoAttribute, info.constData(),
                    size_t(info.size()), 0)
         == 0)

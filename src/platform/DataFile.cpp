@@ -1,12 +1,12 @@
 #include "platform/DataFile.h"
 
 #include "platform/FileOperations.h"
+#include "platform/PathBytes.h"
 #include "platform/PropertyList.h"
 #include "platform/SystemLog.h"
 #include "platform/Texts.h"
 
 #include <QDateTime>
-#include <QFile>
 #include <sys/stat.h>
 
 namespace korvane {
@@ -73,7 +73,7 @@ bool DataFile::writeXml(FileOperations &files, const QString &path, const QVaria
 DataFile::Identity DataFile::identity(const QString &path)
 {
     struct stat info;
-    if (path.isEmpty() || ::stat(QFile::encodeName(path).constData(), &info) != 0)
+    if (path.isEmpty() || ::stat(pathBytes(path).constData(), &info) != 0)
         return {};
     Identity id;
     id.exists = true;

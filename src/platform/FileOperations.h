@@ -60,13 +60,21 @@ public:
     // One level, no attributes; fails when the parent is missing.
     virtual bool createDirectory(const QString &path, FileError *error = nullptr) = 0;
 
-    // An item's AppleDouble sidecar ("._" and its name, beside it) goes wherever the item goes in
-    // move, copy, remove and moveToTrash. A sidecar that cannot follow stays where it was and is
-    // reported to the system log; it never fails the item's own operation, and an existing
-    // sidecar at the target is never replaced.
+    // The kernel's exclusive lock on an open folder, without waiting; it lasts while that
+    // descriptor stays open. 0; EWOULDBLOCK while another holder has it; else the errno of a file
+    // system that keeps no such locks (ENOLCK, EOPNOTSUPP, EBADF). Changes nothing on disk.
+    virtual int lockFolder(int folder) = 0;
 
-    // Rename; across file systems copy to a temporary name beside the target, rename, then remove
-    // the source, so the item is whole in exactly one place whatever fails. Never overwrites.
+    // An item's AppleDouble sidecar ("._" and its name, beside it) goes wherever the item goes in
+    // move, copy, remove and moveToTrash, and an existing sidecar at the target is never replaced.
+    // In copy, remove and moveToTrash a sidecar that cannot follow stays where it was and is
+    // reported to the system log; it never fails the item's own operation.
+
+    // Rename; across file systems copy into a hidden staging folder beside the target, rename,
+    // then remove the source, so the item is whole in exactly one place whatever fails. Never
+    // overwrites; a target that is the source itself (same device and inode) is refused. With a
+    // sidecar, nothing moves while the target's sidecar path is taken (EEXIST on that path), and
+    // an item whose sidecar fails to follow goes back where a rename can take it.
     virtual bool move(const QString &from, const QString &to, FileError *error = nullptr) = 0;
     // Recursive copy; never overwrites an existing target.
     virtual bool copy(const QString &from, const QString &to, FileError *error = nullptr) = 0;

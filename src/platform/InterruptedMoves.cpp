@@ -1,8 +1,13 @@
 #include "platform/InterruptedMoves.h"
 
+#include "platform/ProcessList.h"
 #include "platform/Texts.h"
 
 #include <QDir>
+
+#include <algorithm>
+
+#include <unistd.h>
 
 namespace korvane {
 
@@ -10,6 +15,35 @@ namespace {
 
 const QString kPartialSuffix = QStringLiteral(".korvane-partial");
 const QString kRemovingSuffix = QStringLiteral(".korvane-removing");
+const QString kStagingPrefix = QStringLiteral(".korvane-");
+const QString kPartialKind = QStringLiteral(".partial");
+const QString kRemovingKind = QStringLiteral(".removing");
+
+struct Process {
+    qint64 pid = 0;
+    quint64 start = 0; // 0: /proc cannot tell
+};
+
+const Process &self()
+{
+    static const Process process{::getpid(), processStartTime(::getpid()).value_or(0)};
+    return process;
+}
+
+QString stagingName(const QString &kind, int n)
+{
+    QString name = kStagingPrefix + QString::number(self().pid) + QLatin1Char('-')
+                   + QString::number(self().start);
+    if (n > 1)
+        name += QLatin1Char('-') + QString::number(n);
+    return name + kind;
+}
+
+bool isNumber(QStringView text)
+{
+    return !text.isEmpty()
+           && std::all_of(text.begin(), text.end(), [](QChar c) { return c.isDigit(); });
+}
 
 QString folderOf(const QString &path)
 {
@@ -41,15 +75,52 @@ QString beside(const QString &path, const QString &suffix)
 
 } // namespace
 
+QString InterruptedMoves::partialFolderName()
+{
+    return stagingName(kPartialKind, 1);
+}
+
+QString InterruptedMoves::removingFolderName(int n)
+{
+    return stagingName(kRemovingKind, n);
+}
+
 QString InterruptedMoves::partialPath(const QString &target)
 {
     return beside(target, kPartialSuffix);
 }
 
-QString InterruptedMoves::removingPath(const QString &source, int n)
+std::optional<InterruptedMoves::Staging> InterruptedMoves::parseStaging(const QString &name)
 {
-    return beside(source, n <= 1 ? kRemovingSuffix
-                                 : kRemovingSuffix + QLatin1Char('.') + QString::number(n));
+    if (!name.startsWith(kStagingPrefix))
+        return std::nullopt;
+    const bool removing = name.endsWith(kRemovingKind);
+    if (!removing && !name.endsWith(kPartialKind))
+        return std::nullopt;
+    const QStringView middle = QStringView(name).mid(
+        kStagingPrefix.size(),
+        name.size() - kStagingPrefix.size() - (removing ? kRemovingKind : kPartialKind).size());
+    const QList<QStringView> parts = middle.split(QLatin1Char('-'));
+    if (parts.size() < 2 || parts.size() > 3 || !std::all_of(parts.begin(), parts.end(), isNumber))
+        return std::nullopt;
+    bool ok = false;
+    const qint64 pid = parts.at(0).toLongLong(&ok);
+    bool startOk = false;
+    const quint64 start = parts.at(1).toULongLong(&startOk);
+    if (!ok || !startOk || pid <= 0)
+        return std::nullopt;
+    return Staging{pid, start, removing};
+}
+
+bool InterruptedMoves::isBusy(const Staging &staging)
+{
+    if (staging.pid == self().pid && staging.start == self().start)
+        return false;
+    // Without /proc nobody can tell whether the process is gone: its work stays untouched.
+    if (self().start == 0)
+        return true;
+    const std::optional<quint64> start = processStartTime(staging.pid);
+    return start && *start == staging.start;
 }
 
 std::optional<InterruptedMoves::Leftover> InterruptedMoves::parse(const QString &name)
@@ -83,7 +154,8 @@ bool InterruptedMoves::isLeftoverName(const QString &path)
     const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
     if (path.size() <= slash + 1 || path.at(slash + 1) != QLatin1Char('.'))
         return false;
-    return parse(path.mid(slash + 1)).has_value();
+    const QString name = path.mid(slash + 1);
+    return parse(name).has_value() || parseStaging(name).has_value();
 }
 
 QString InterruptedMoves::sidecarOwner(const QString &path)
@@ -102,8 +174,23 @@ InterruptedMoves::InterruptedMoves(FileOperations &files, QStringList folders)
 
 void InterruptedMoves::add(int folder, const QString &relative)
 {
+    if (folder < 0 || folder >= m_folders.size())
+        return;
+    if (const std::optional<Staging> staging = parseStaging(nameOf(relative))) {
+        const QString path = join(m_folders.at(folder), relative);
+        if (isBusy(*staging)) {
+            m_busy << path;
+            return;
+        }
+        m_staging << path;
+        // Each item keeps its own name inside.
+        for (const QString &entry : m_files.directoryContents(path))
+            m_found.append(Found{folder, join(folderOf(relative), entry), join(path, entry),
+                                 staging->removing ? Kind::Removing : Kind::Partial});
+        return;
+    }
     const std::optional<Leftover> leftover = parse(nameOf(relative));
-    if (!leftover || folder < 0 || folder >= m_folders.size())
+    if (!leftover)
         return;
     m_found.append(Found{folder, join(folderOf(relative), leftover->item),
                          join(m_folders.at(folder), relative),
@@ -144,6 +231,10 @@ QList<InterruptedMoves::Line> InterruptedMoves::settle()
     for (const Found &found : std::as_const(m_found))
         if (found.kind == Kind::Sidecar)
             settleSidecar(found, &lines);
+    // What could not be settled keeps its staging folder, and says so above.
+    for (const QString &staging : std::as_const(m_staging))
+        if (m_files.isDirectory(staging) && m_files.directoryContents(staging).isEmpty())
+            m_files.remove(staging);
     return lines;
 }
 
@@ -154,6 +245,10 @@ QString InterruptedMoves::itemIn(int folder, const Found &found) const
 
 bool InterruptedMoves::anyPartialOf(const Found &found) const
 {
+    for (const Found &other : m_found)
+        if (other.kind == Kind::Partial && other.relativeItem == found.relativeItem
+            && m_files.exists(other.path))
+            return true;
     for (int folder = 0; folder < m_folders.size(); ++folder)
         if (m_files.exists(partialPath(itemIn(folder, found))))
             return true;

@@ -1,13 +1,13 @@
 #include "platform/LocalFileOperations.h"
 
 #include "platform/InterruptedMoves.h"
+#include "platform/PathBytes.h"
 #include "platform/PlatformFiles.h"
 #include "platform/ScanCache.h"
 #include "platform/SystemLog.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QSaveFile>
 #include <QStringBuilder>
 
@@ -34,7 +34,7 @@ using PlatformFiles::syncFolder;
 
 QByteArray encoded(const QString &path)
 {
-    return QFile::encodeName(path);
+    return pathBytes(path);
 }
 
 QString reasonFor(int errorNumber)
@@ -176,7 +176,7 @@ QStringList listNames(const QString &path, bool rememberKinds = false)
     while (const dirent *entry = ::readdir(dir)) {
         if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
             continue;
-        names.append(QFile::decodeName(entry->d_name));
+        names.append(pathFromBytes(entry->d_name));
         if (!rememberKinds)
             continue;
         if (const ScanCache::Kind kind = listedKind(entry->d_type); kind != ScanCache::Missing)
@@ -197,7 +197,7 @@ QSet<QString> sidecarNamesIn(const QString &folder)
         return names;
     while (const dirent *entry = ::readdir(dir))
         if (entry->d_name[0] == '.' && entry->d_name[1] == '_')
-            names.insert(QFile::decodeName(entry->d_name));
+            names.insert(pathFromBytes(entry->d_name));
     ::closedir(dir);
     return names;
 }
@@ -279,10 +279,10 @@ bool checkRemovable(const QString &path, FileError *error)
     return checkRemovableTree(path, error);
 }
 
-bool failWith(FileError *error, const QString &path, const QString &reason)
+bool failWith(FileError *error, const QString &path, const QString &reason, int code = 0)
 {
     if (error)
-        *error = FileError{path, reason};
+        *error = FileError{path, reason, code};
     return false;
 }
 
@@ -333,8 +333,11 @@ QString trashName(const QString &name, int attempt)
 {
     const QString number = attempt == 1 ? QString() : QLatin1Char('.') + QString::number(attempt);
     QString base = name;
-    while (base.size() > 1 && encoded(base + number + kTrashInfoSuffix).size() > NAME_MAX)
-        base.chop(base.at(base.size() - 1).isLowSurrogate() ? 2 : 1);
+    while (base.size() > 1 && encoded(base + number + kTrashInfoSuffix).size() > NAME_MAX) {
+        // A pair goes whole; an escaped byte is a low surrogate on its own.
+        const qsizetype last = base.size() - 1;
+        base.chop(base.at(last).isLowSurrogate() && base.at(last - 1).isHighSurrogate() ? 2 : 1);
+    }
     return base + number;
 }
 
@@ -496,32 +499,30 @@ bool LocalFileOperations::createDirectory(const QString &path, FileError *error)
     return true;
 }
 
+int LocalFileOperations::lockFolder(int folder)
+{
+    return PlatformFiles::lockExclusive(folder);
+}
+
 // A source that exists, a target that does not, and not a folder into itself: what move and copy
-// both need before they touch anything.
+// both need before they touch anything. A target that is the source itself (a " (Disabled)"
+// folder that is a link to or a bind mount of the active one) is said as such: taken for a
+// target in the way, it would go to the trash, and with it the only copy.
 static bool canPlace(const QString &from, const QString &to, struct stat *info, FileError *error)
 {
     if (!lstatPath(from, info))
         return fail(error, from, errno);
     struct stat existing;
-    if (lstatPath(to, &existing))
+    if (lstatPath(to, &existing)) {
+        if (existing.st_dev == info->st_dev && existing.st_ino == info->st_ino)
+            return failWith(error, to,
+                            QStringLiteral(QT_TRANSLATE_NOOP(
+                                "korvane", "The source and the target are the same item")),
+                            EINVAL);
         return fail(error, to, EEXIST);
+    }
     if (S_ISDIR(info->st_mode) && isInside(to, from))
         return fail(error, to, EINVAL);
-    return true;
-}
-
-bool LocalFileOperations::withSidecar(Step step, const QString &from, const QString &to,
-                                      FileError *error)
-{
-    if (!(this->*step)(from, to, error))
-        return false;
-    if (sidecarBeside(from)) {
-        FileError failure;
-        if ((this->*step)(sidecarOf(from), sidecarOf(to), &failure))
-            noteSidecar(from, to, step == &LocalFileOperations::relocate);
-        else
-            reportSidecar(from, to, failure);
-    }
     return true;
 }
 
@@ -548,7 +549,34 @@ void LocalFileOperations::noteSidecar(const QString &from, const QString &to, bo
 
 bool LocalFileOperations::move(const QString &from, const QString &to, FileError *error)
 {
-    return withSidecar(&LocalFileOperations::relocate, from, to, error);
+    // An item whose sidecar cannot follow may not be recognised where it lands, and a stale
+    // sidecar there would speak for it: nothing moves while one lies at the target.
+    const bool sidecar = sidecarBeside(from);
+    struct stat info;
+    if (sidecar && lstatPath(sidecarOf(to), &info)) {
+        // The item's own target speaks first: the source itself, or an item in the way.
+        if (lstatPath(to, &info) && !canPlace(from, to, &info, error))
+            return false;
+        return fail(error, sidecarOf(to), EEXIST);
+    }
+    if (!relocate(from, to, error))
+        return false;
+    if (!sidecar)
+        return true;
+    FileError failure;
+    if (relocate(sidecarOf(from), sidecarOf(to), &failure)) {
+        noteSidecar(from, to, true);
+        return true;
+    }
+    // The item goes back to its sidecar where a rename can take it; across file systems it
+    // stays moved and the sidecar is reported.
+    if (renameNoReplace(to, from) == 0) {
+        if (error)
+            *error = failure;
+        return false;
+    }
+    reportSidecar(from, to, failure);
+    return true;
 }
 
 bool LocalFileOperations::relocate(const QString &from, const QString &to, FileError *error)
@@ -569,43 +597,95 @@ bool LocalFileOperations::relocate(const QString &from, const QString &to, FileE
     return fail(error, sourceSide ? from : to, result);
 }
 
+bool LocalFileOperations::makeStagingFolder(const QString &folder, const QString &item,
+                                            FileError *error)
+{
+    if (m_batchStaging.contains(folder))
+        return true;
+    if (::mkdir(encoded(folder).constData(), 0777) != 0) {
+        const int failure = errno;
+        struct stat info;
+        // Hidden as the folder is, its failure is told as the item's own.
+        if (failure != EEXIST || !lstatPath(folder, &info) || !S_ISDIR(info.st_mode))
+            return fail(error, item, failure == EEXIST ? ENOTDIR : failure);
+    }
+    if (m_sidecars)
+        m_batchStaging.insert(folder);
+    return true;
+}
+
+void LocalFileOperations::removeIfEmpty(const QString &folder)
+{
+    // A batch keeps its staging folders until it ends: making and removing one per item cost
+    // about as much as a small plug-in's copy.
+    if (!m_batchStaging.contains(folder))
+        ::rmdir(encoded(folder).constData());
+}
+
+void LocalFileOperations::endBatch()
+{
+    m_sidecars.reset();
+    for (const QString &folder : std::as_const(m_batchStaging))
+        ::rmdir(encoded(folder).constData());
+    m_batchStaging.clear();
+}
+
 bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QString &to,
                                                 FileError *error)
 {
     // A source that could not be removed afterwards is not worth copying.
     if (!checkRemovable(from, error))
         return false;
-    // Copied beside the target under a hidden name while the source stays whole where it is. A
-    // partial copy already there is never the only copy of anything: its source was still whole
-    // when it was left.
-    const QString partial = InterruptedMoves::partialPath(to);
-    struct stat info;
-    if (lstatPath(partial, &info) && !removeTree(partial, error))
+    // Copied into this process's staging folder beside the target while the source stays whole
+    // where it is; the item keeps its name there, so any name that fits a folder fits. A copy of
+    // the name already there is this process's own, left by a clean-up that failed: never the
+    // only copy of anything, as its source was still whole when it was left.
+    const QString partialFolder = childOf(parentOf(to), InterruptedMoves::partialFolderName());
+    const QString partial = childOf(partialFolder, nameOf(to));
+    if (!makeStagingFolder(partialFolder, to, error))
         return false;
+    const auto dropPartial = [&] {
+        removeTree(partial);
+        removeIfEmpty(partialFolder);
+    };
+    struct stat info;
+    if (lstatPath(partial, &info) && !removeTree(partial, error)) {
+        removeIfEmpty(partialFolder);
+        return false;
+    }
     beginCopy(from);
     if (!copyTree(from, partial, error)) {
-        removeTree(partial);
+        dropPartial();
         return false;
     }
     // The copy must be on the disk before the source goes out of sight.
-    if (const int result = syncFileSystem(parentOf(partial)); result != 0) {
-        removeTree(partial);
+    if (const int result = syncFileSystem(partialFolder); result != 0) {
+        dropPartial();
         return fail(error, to, result);
     }
     // Time has passed: every part of the source must still be removable, or nothing happens.
     if (!checkRemovable(from, error)) {
-        removeTree(partial);
+        dropPartial();
         return false;
     }
 
     // The source is hidden first and the copy takes the name second, so no moment shows the
     // item twice; a run cut short between the two leaves a pair a later scan puts right. An older
-    // hidden copy is left for that judgement too, and this one takes a fresh name.
-    QString removing = InterruptedMoves::removingPath(from);
-    for (int n = 2; n < 100 && lstatPath(removing, &info); ++n)
-        removing = InterruptedMoves::removingPath(from, n);
+    // hidden copy of the name is left for that judgement too, and this one takes a fresh folder.
+    QString removingFolder, removing;
+    for (int n = 1; n < 100; ++n) {
+        removingFolder = childOf(parentOf(from), InterruptedMoves::removingFolderName(n));
+        removing = childOf(removingFolder, nameOf(from));
+        if (!lstatPath(removing, &info))
+            break;
+    }
+    if (!makeStagingFolder(removingFolder, from, error)) {
+        dropPartial();
+        return false;
+    }
     if (const int result = renameNoReplace(from, removing); result != 0) {
-        removeTree(partial);
+        dropPartial();
+        removeIfEmpty(removingFolder);
         return fail(error, from, result);
     }
     if (const int result = renameNoReplace(partial, to); result != 0) {
@@ -614,9 +694,11 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
                           .arg(from, removing, reasonFor(back)));
             return fail(error, removing, result);
         }
-        removeTree(partial);
+        dropPartial();
+        removeIfEmpty(removingFolder);
         return fail(error, to, result);
     }
+    removeIfEmpty(partialFolder);
     // The item is whole at the target: the move has happened, whatever becomes of the hidden
     // remains of the old copy. They go only once the new name is on the disk.
     if (const int result = syncFolder(parentOf(to)); result != 0) {
@@ -625,7 +707,9 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
         return true;
     }
     FileError leftover;
-    if (!remove(removing, &leftover))
+    if (remove(removing, &leftover))
+        removeIfEmpty(removingFolder);
+    else
         systemLog(
             QStringLiteral("Moved %1 to %2, but the hidden leftover %3 could not be removed: %4")
                 .arg(from, to, leftover.path, leftover.reason));
@@ -634,7 +718,16 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
 
 bool LocalFileOperations::copy(const QString &from, const QString &to, FileError *error)
 {
-    return withSidecar(&LocalFileOperations::duplicate, from, to, error);
+    if (!duplicate(from, to, error))
+        return false;
+    if (sidecarBeside(from)) {
+        FileError failure;
+        if (duplicate(sidecarOf(from), sidecarOf(to), &failure))
+            noteSidecar(from, to, false);
+        else
+            reportSidecar(from, to, failure);
+    }
+    return true;
 }
 
 bool LocalFileOperations::duplicate(const QString &from, const QString &to, FileError *error)

@@ -26,6 +26,7 @@ public:
     std::optional<FileIdentity> identity(const QString &path, bool followLinks) const override;
     bool holdsAllOf(const QString &whole, const QString &part) const override;
     bool createDirectory(const QString &path, FileError *error = nullptr) override;
+    int lockFolder(int folder) override;
     bool move(const QString &from, const QString &to, FileError *error = nullptr) override;
     bool copy(const QString &from, const QString &to, FileError *error = nullptr) override;
     bool remove(const QString &path, FileError *error = nullptr) override;
@@ -35,7 +36,7 @@ public:
                              FileError *error = nullptr) override;
     void setCopyProgress(CopyProgress progress) override { m_copyProgress = std::move(progress); }
     void beginBatch() override { m_sidecars.emplace(); }
-    void endBatch() override { m_sidecars.reset(); }
+    void endBatch() override;
 
 protected:
     // One plain file; the recursive copy and the cross-device move call it per file.
@@ -48,14 +49,15 @@ private:
     // move and copy without the sidecar.
     bool relocate(const QString &from, const QString &to, FileError *error);
     bool duplicate(const QString &from, const QString &to, FileError *error);
-    // A step on the item, then on its sidecar, which follows where it can and is logged where not.
-    using Step = bool (LocalFileOperations::*)(const QString &, const QString &, FileError *);
-    bool withSidecar(Step step, const QString &from, const QString &to, FileError *error);
     // Whether path has a sidecar; in a batch from the folder's listing, confirmed when it says so.
     bool sidecarBeside(const QString &path);
     // Keeps a batch's listings true after a sidecar followed its item from one folder to another.
     void noteSidecar(const QString &from, const QString &to, bool moved);
     bool moveAcrossFileSystems(const QString &from, const QString &to, FileError *error);
+    // A hidden folder of a move across file systems, made when missing; failures name item.
+    bool makeStagingFolder(const QString &folder, const QString &item, FileError *error);
+    // Removes a staging folder with nothing left in it, or, in a batch, when the batch ends.
+    void removeIfEmpty(const QString &folder);
     // One item into the trash's files folder, under preferredName when it is free.
     bool trashItem(const QString &path, const QString &preferredName, FileError *error,
                    QString *trashedTo);
@@ -66,6 +68,8 @@ private:
     Roots m_roots;
     // During a batch: per folder listed, the names of the sidecars in it.
     std::optional<QHash<QString, QSet<QString>>> m_sidecars;
+    // During a batch: the staging folders it made or found.
+    QSet<QString> m_batchStaging;
     CopyProgress m_copyProgress;
     qint64 m_copied = 0;
     qint64 m_copyTotal = 0;

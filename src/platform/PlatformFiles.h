@@ -15,6 +15,8 @@ bool isLocked(const QString &path);
 int syncFileSystem(const QString &folder);
 // Flushes the folder itself, so that a rename in it is on the disk.
 int syncFolder(const QString &folder);
+// flock(2) LOCK_EX without waiting on an open file or folder.
+int lockExclusive(int fd);
 // Copies every extended attribute a target accepts; a refused one is not worth failing a copy.
 void copyExtendedAttributes(int fromFd, int toFd);
 

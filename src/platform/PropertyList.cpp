@@ -1,9 +1,9 @@
 #include "platform/PropertyList.h"
 
 #include "platform/FileOperations.h"
+#include "platform/PathBytes.h"
 
 #include <QDateTime>
-#include <QFile>
 #include <QStringDecoder>
 
 #include <plist/plist.h>
@@ -409,7 +409,7 @@ std::optional<QByteArray> readBounded(const QString &path)
 {
     if (path.isEmpty())
         return std::nullopt;
-    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    const int fd = ::open(pathBytes(path).constData(), O_RDONLY | O_CLOEXEC);
     if (fd < 0)
         return std::nullopt;
     struct stat info;

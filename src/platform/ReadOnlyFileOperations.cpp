@@ -62,6 +62,11 @@ bool ReadOnlyFileOperations::createDirectory(const QString &path, FileError *err
     return refuse(error, path);
 }
 
+int ReadOnlyFileOperations::lockFolder(int folder)
+{
+    return m_inner.lockFolder(folder); // a lock changes nothing on disk
+}
+
 bool ReadOnlyFileOperations::move(const QString &from, const QString &, FileError *error)
 {
     return refuse(error, from);

@@ -24,6 +24,7 @@ public:
     bool isReadOnly() const override { return true; }
 
     bool createDirectory(const QString &path, FileError *error = nullptr) override;
+    int lockFolder(int folder) override;
     bool move(const QString &from, const QString &to, FileError *error = nullptr) override;
     bool copy(const QString &from, const QString &to, FileError *error = nullptr) override;
     bool remove(const QString &path, FileError *error = nullptr) override;

@@ -1,6 +1,6 @@
 #include "platform/ScanCache.h"
 
-#include <QFile>
+#include "platform/PathBytes.h"
 
 #include <sys/stat.h>
 
@@ -53,9 +53,8 @@ ScanCache::Kind ScanCache::kind(const QString &path)
         }
     }
     struct stat info;
-    const Kind kind = !path.isEmpty() && ::stat(QFile::encodeName(path).constData(), &info) == 0
-                          ? kindOf(info)
-                          : Missing;
+    const Kind kind =
+        !path.isEmpty() && ::stat(pathBytes(path).constData(), &info) == 0 ? kindOf(info) : Missing;
     if (cache)
         cache->m_kinds.insert(path, kind);
     return kind;
@@ -69,7 +68,7 @@ bool ScanCache::isRealFolder(const QString &path)
             return (found.value() & kKindMask) == Folder;
     }
     struct stat info;
-    if (path.isEmpty() || ::lstat(QFile::encodeName(path).constData(), &info) != 0)
+    if (path.isEmpty() || ::lstat(pathBytes(path).constData(), &info) != 0)
         return false;
     // Anything but a link is what stat would say too; remember it for the questions to come.
     if (!S_ISLNK(info.st_mode))

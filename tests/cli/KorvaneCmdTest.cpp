@@ -18,8 +18,14 @@
 #include <QProcess>
 #include <QScopeGuard>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 
+#include <dirent.h>
+#include <fcntl.h>
+#include <spawn.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace korvane {
 namespace {
@@ -84,6 +90,47 @@ protected:
     {
         const QStringList roots{"--root", root(), "--home", home()};
         return finish(*start(KORVANE_CMD, roots + arguments, input));
+    }
+
+    // The same with arguments as bytes, which QProcess would decode and encode again as text.
+    ToolRun toolBytes(const QList<QByteArray> &arguments)
+    {
+        QList<QByteArray> all{KORVANE_CMD, "--root", QFile::encodeName(root()), "--home",
+                              QFile::encodeName(home())};
+        all += arguments;
+        std::vector<char *> argv;
+        for (QByteArray &argument : all)
+            argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        QTemporaryFile out, err;
+        EXPECT_TRUE(out.open() && err.open());
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_adddup2(&actions, out.handle(), STDOUT_FILENO);
+        posix_spawn_file_actions_adddup2(&actions, err.handle(), STDERR_FILENO);
+        pid_t pid = -1;
+        int status = -1;
+        const bool started =
+            ::posix_spawn(&pid, KORVANE_CMD, &actions, nullptr, argv.data(), environ) == 0;
+        posix_spawn_file_actions_destroy(&actions);
+        EXPECT_TRUE(started && ::waitpid(pid, &status, 0) == pid);
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, QString::fromUtf8(out.readAll()),
+                QString::fromUtf8(err.readAll())};
+    }
+
+    // A folder's entries as the bytes the file system holds.
+    static QList<QByteArray> rawEntries(const QString &folder)
+    {
+        QList<QByteArray> names;
+        if (DIR *dir = ::opendir(QFile::encodeName(folder).constData())) {
+            while (const dirent *entry = ::readdir(dir))
+                if (entry->d_name[0] != '.')
+                    names << entry->d_name;
+            ::closedir(dir);
+        }
+        std::sort(names.begin(), names.end());
+        return names;
     }
 
     QString au(int loc, const QString &name = {}) const
@@ -296,15 +343,27 @@ TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAFailedOneLosesNothing)
     EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Beta.component")));
 }
 
-TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheLock)
+// The lock belongs to the plug-in folders, not to a home: a holder of another home, and another
+// user at that (who may read the system folders but not write them), stops every mover of these
+// folders after its wait. Its death frees them, and it leaves nothing behind.
+TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheLock)
 {
     qputenv("KORVANE_LOCK_WAIT_MS", "300"); // for the tool and the window alike
     const auto unset = qScopeGuard([] { qunsetenv("KORVANE_LOCK_WAIT_MS"); });
-    auto holder = start(HOLD_LIBRARY_LOCK, {});
+    QTemporaryDir otherHome;
+    const auto readable = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
+                          | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
+    ASSERT_TRUE(QFile::setPermissions(root(), readable)
+                && QFile::setPermissions(otherHome.path(), readable));
+    const QString plugIns = QFileInfo(au(LocSystemActive)).path();
+    QDir().mkpath(au(LocSystemDisabled));
+    const QStringList before = QDir(plugIns).entryList(QDir::AllEntries | QDir::Hidden);
+    auto holder =
+        start("setpriv", {"--reuid=65534", "--regid=65534", "--clear-groups", HOLD_LIBRARY_LOCK},
+              {}, {{"HOME", otherHome.path()}});
     ASSERT_TRUE(holder->waitForReadyRead(10000)) << holder->readAllStandardError().toStdString();
     ASSERT_EQ(holder->readLine(), "locked\n");
     const QString named = QString("hold_library_lock (process %1)").arg(holder->processId());
-    const QString lockFile = LibraryLock::lockFilePath(locations());
     const QStringList disable{"disable", "--format", "au", "Alpha"};
 
     const ToolRun stopped = tool(disable);
@@ -325,28 +384,43 @@ TEST_F(KorvaneCmdTest, AMoverStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheL
     }
     EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Alpha.component")));
 
-    holder->kill(); // its lock file stays behind
+    holder->kill();
     holder->waitForFinished();
-    ASSERT_TRUE(QFile::exists(lockFile));
     EXPECT_EQ(tool(disable).out, "disabled Alpha.component\n");
-    EXPECT_FALSE(QFile::exists(lockFile));
+    EXPECT_EQ(QDir(plugIns).entryList(QDir::AllEntries | QDir::Hidden), before);
+}
 
-    // A holder killed before it wrote its name leaves an empty lock file; once it has stood a
-    // while, it frees the library too.
-    QFile empty(lockFile);
-    ASSERT_TRUE(empty.open(QIODevice::WriteOnly));
-    empty.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime);
-    empty.close();
-    EXPECT_EQ(tool({"enable", "--format", "au", "Alpha"}).out, "enabled Alpha.component\n");
+// A name that is not UTF-8 and the valid name it would decode to with replacement characters are
+// two plug-ins; each is switched by its own bytes and nothing else moves.
+TEST_F(KorvaneCmdTest, NamesThatReadAlikeAreTwoPlugInsEachSwitchedByItsBytes)
+{
+    const QByteArray bad = "Bad\xff\xfe.component", twin = "Bad\xef\xbf\xbd\xef\xbf\xbd.component";
+    const QByteArray on = QFile::encodeName(au(LocSystemActive)) + '/';
+    for (const QByteArray &name : {bad, twin}) {
+        const QString made = Builder::makeAudioUnit(au(LocSystemActive), "Made", MachO::intel());
+        ASSERT_EQ(::rename(QFile::encodeName(made).constData(), (on + name).constData()), 0);
+    }
+    // The temporary root's own clean-up would not find these names.
+    const auto cleanUp = qScopeGuard([&] {
+        for (const int loc : {LocSystemActive, LocSystemDisabled})
+            disk().remove(au(loc));
+    });
+    EXPECT_EQ(tool({"list", "--format", "au"}).out.count('\n'), 6);
+    const auto withOthers = [](const QByteArray &name) {
+        return QList<QByteArray>{"Alpha.component", name, "Beta.component"};
+    };
 
-    // Where no lock can be made, nothing moves either.
-    ImmutableGuard guard(support);
-    if (!guard.ok())
-        return;
-    const ToolRun unlockable = tool(disable);
-    EXPECT_EQ(unlockable.exitCode, 1);
-    EXPECT_TRUE(unlockable.err.contains(lockFile)) << unlockable.err.toStdString();
-    EXPECT_TRUE(isWholeBundle(au(LocSystemActive, "Alpha.component")));
+    const ToolRun off = toolBytes({"disable", "--format", "au", bad});
+    EXPECT_EQ(off.exitCode, 0) << off.err.toStdString();
+    EXPECT_EQ(rawEntries(au(LocSystemDisabled)), QList<QByteArray>{bad});
+    EXPECT_EQ(rawEntries(au(LocSystemActive)), withOthers(twin));
+    ASSERT_EQ(toolBytes({"disable", "--format", "au", twin}).exitCode, 0);
+    EXPECT_EQ(rawEntries(au(LocSystemDisabled)), (QList<QByteArray>{twin, bad}));
+    ASSERT_EQ(toolBytes({"enable", "--format", "au", bad}).exitCode, 0);
+    EXPECT_EQ(rawEntries(au(LocSystemDisabled)), QList<QByteArray>{twin});
+    EXPECT_EQ(rawEntries(au(LocSystemActive)), withOthers(bad));
+    EXPECT_EQ(rawEntries(au(LocUserActive)), QList<QByteArray>{"Delta.component"});
+    EXPECT_EQ(rawEntries(au(LocUserDisabled)), QList<QByteArray>{"Gamma.component"});
 }
 
 // Leaving main with shared instances alive must not depend on the order statics go in.

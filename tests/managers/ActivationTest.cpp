@@ -1,16 +1,20 @@
 #include "FormatManagerFixture.h"
 
 #include "platform/LibraryLock.h"
+#include "platform/ProcessList.h"
 #include "platform/PropertyList.h"
 #include "platform/ReadOnlyFileOperations.h"
 #include "platform/SystemLog.h"
 
 #include <QDataStream>
-#include <QLockFile>
+#include <QProcess>
 #include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <cstring>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 namespace korvane {
 
@@ -301,6 +305,52 @@ TEST_F(ActivationTest, TheNextScanLeavesOneWholeCopyUnderTheName)
     }
 }
 
+// A staging folder names the mover that made it. While that mover runs, the scan leaves its work
+// alone; one named after a pid whose process started at another time is a dead mover's, and the
+// next scan puts it right as any move cut short.
+TEST_F(ActivationTest, OnlyTheLeftoversOfAMoverThatIsGoneAreSettled)
+{
+    const QString on = folder(TypeAU, LocSystemActive), off = folder(TypeAU, LocSystemDisabled);
+    QProcess mover;
+    mover.start("sleep", {"60"});
+    ASSERT_TRUE(mover.waitForStarted());
+    const std::optional<quint64> started = processStartTime(mover.processId());
+    ASSERT_TRUE(started);
+    const auto staging = [&](quint64 start, const char *kind) {
+        return QString(".korvane-%1-%2.%3").arg(mover.processId()).arg(start).arg(kind);
+    };
+    // Echo was cut short after its copy took the name; Fx while it was being copied.
+    const QString live = staging(*started, "removing"), gone = staging(*started + 1, "partial");
+    B::makeAudioUnit(on + "/" + live, "Echo.component", MachO::ppc());
+    B::makeAudioUnit(off, "Echo.component", MachO::ppc());
+    B::makeAudioUnit(on, "Fx.component", MachO::intel());
+    QFile::remove(B::makeAudioUnit(off + "/" + gone, "Fx.component", MachO::intel())
+                  + "/Contents/MacOS/Plugin");
+    {
+        SystemLogCapture log;
+        au->reloadData();
+        EXPECT_EQ(entries(on), QStringList({live, "Fx.component"}));
+        EXPECT_EQ(entries(off), QStringList{"Echo.component"});
+        EXPECT_TRUE(log.contains(
+            QString("Left %1 alone: the program moving it still runs").arg(on + "/" + live)))
+            << log.lines().join('\n').toStdString();
+    }
+    EXPECT_EQ(names(au), QStringList({"Echo.component", "Fx.component"}));
+    // Nor is a staging folder ever a folder of plug-ins, where subfolders are scanned.
+    B::makeVST(folder(TypeVST, LocUserDisabled) + "/Sub/" + live, "Copied.vst", MachO::intel());
+    setPref("VSTScanSubfolders", true);
+    vst->reloadData();
+    EXPECT_TRUE(names(vst).isEmpty()) << names(vst).join(',').toStdString();
+
+    mover.kill();
+    mover.waitForFinished();
+    au->reloadData();
+    EXPECT_EQ(entries(on), QStringList{"Fx.component"});
+    EXPECT_EQ(entries(off), QStringList{"Echo.component"});
+    EXPECT_TRUE(logText().contains("Finished an interrupted move")) << logText().toStdString();
+    EXPECT_TRUE(whole(off + "/Echo.component", MachO::ppc()));
+}
+
 // A move cut short between a plug-in and its Finder information: the next scan puts the sidecar
 // beside the plug-in, but only where that is beyond doubt, and never over another sidecar.
 TEST_F(ActivationTest, ALoneSidecarJoinsItsPlugInOnlyWhereThatIsBeyondDoubt)
@@ -348,10 +398,12 @@ TEST_F(ActivationTest, OnlyAScanThatHasTheLibraryToItselfTouchesLeftovers)
         return names(vst);
     };
     {
-        // Another program holds the library: its move may be under way, not cut short.
-        services().createSupportFolder();
-        QLockFile other(LibraryLock::lockFilePath(locations()));
-        ASSERT_TRUE(other.tryLock(0));
+        // Another program holds the folders: its move may be under way, not cut short. A lock
+        // of its own on the folder, as another process takes it.
+        const int other = ::open(QFile::encodeName(LibraryLock::lockedFolder(vstOn)).constData(),
+                                 O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        ASSERT_EQ(::flock(other, LOCK_EX | LOCK_NB), 0);
+        const auto unlock = qScopeGuard([other] { ::close(other); });
         EXPECT_EQ(scan(), QStringList{"Sub/Fx.vst"});
         EXPECT_EQ(entries(vstOn + "/Sub"), QStringList{".Fx.vst.korvane-removing"});
     }

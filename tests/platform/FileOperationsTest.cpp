@@ -1,4 +1,5 @@
 #include "platform/Bundle.h"
+#include "platform/InterruptedMoves.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/SystemLog.h"
 #include "support/TestRoots.h"
@@ -68,7 +69,7 @@ struct InjectedOperations : LocalFileOperations {
 
     bool remove(const QString &path, FileError *error = nullptr) override
     {
-        if (!stuckLeftover || !path.endsWith(".korvane-removing"))
+        if (!stuckLeftover || !path.contains(InterruptedMoves::removingFolderName() + "/"))
             return LocalFileOperations::remove(path, error);
         if (error)
             *error = FileError{path, QStringLiteral("Device or resource busy")};
@@ -129,9 +130,10 @@ TEST_F(FileOperationsTest, MoveAndCopyNeverReplaceInventFoldersOrLoseTheSource)
     EXPECT_FALSE(QFileInfo::exists(homePath("Echo copy.vst")));
 }
 
-// A plain file's or a bundle's sidecar follows it in every operation; where it cannot (another
-// sidecar holds its name at the target) the item still goes and the sidecar stays, unreplaced.
-TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack)
+// A plain file's or a bundle's sidecar follows it in every operation. A move whose sidecar cannot
+// follow is not made: a stale sidecar at the target would speak for the item, so nothing moves
+// while one lies there, and an item whose sidecar will not leave goes back to it.
+TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesOrTheMoveIsNotMade)
 {
     SystemLogCapture outer;
     for (const bool bundle : {false, true}) {
@@ -149,11 +151,21 @@ TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack)
         EXPECT_TRUE(entries(on).isEmpty());
 
         B::makeFile(on, "._Echo.vst", {}, "another's");
-        SystemLogCapture log; // the innermost capture takes the lines
-        ASSERT_TRUE(files.move(off + "/Echo.vst", on + "/Echo.vst"));
+        FileError error;
+        EXPECT_FALSE(files.move(off + "/Echo.vst", on + "/Echo.vst", &error));
+        EXPECT_EQ(error.path, on + "/._Echo.vst");
+        EXPECT_EQ(error.code, EEXIST);
         EXPECT_EQ(readText(on + "/._Echo.vst"), "another's");
-        EXPECT_EQ(entries(off), QStringList{"._Echo.vst"});
-        EXPECT_EQ(log.lines().size(), 1);
+        EXPECT_EQ(entries(off), QStringList({"._Echo.vst", "Echo.vst"}));
+        QFile::remove(on + "/._Echo.vst");
+        ImmutableGuard stuck(off + "/._Echo.vst");
+        if (!stuck.ok())
+            continue;
+        error = {};
+        EXPECT_FALSE(files.move(off + "/Echo.vst", on + "/Echo.vst", &error));
+        EXPECT_TRUE(error.path.endsWith("/._Echo.vst")) << error.path.toStdString();
+        EXPECT_EQ(entries(off), QStringList({"._Echo.vst", "Echo.vst"}));
+        EXPECT_TRUE(entries(on).isEmpty());
     }
     EXPECT_TRUE(outer.lines().isEmpty());
 
@@ -177,6 +189,35 @@ TEST_F(FileOperationsTest, ASidecarGoesWhereItsItemGoesButNeverHoldsItBack)
     EXPECT_EQ(entries(on), QStringList{"B.vst"});
     EXPECT_EQ(entries(off), QStringList({"._A.vst", "A.vst", "C.vst"}));
     EXPECT_TRUE(outer.lines().isEmpty());
+}
+
+// A " (Disabled)" folder that is a link to the active one, or a hard link, shows one item under two
+// names: a move or copy between them is refused as what it is, never taken for a target in the
+// way, and the item stays as it was.
+TEST_F(FileOperationsTest, AnItemIsNeverMovedOntoItself)
+{
+    const QString on = homePath("VST"), off = homePath("VST (Disabled)");
+    makeRichBundle(on, "Echo.vst");
+    B::makeFile(on, "._Echo.vst", {}, "finder info");
+    B::makeFile(on, "Plain.vst", {}, "plain");
+    ASSERT_TRUE(QFile::link(on, off));
+    B::makeFolder(homePath("Other"));
+    ASSERT_EQ(::link(QFile::encodeName(on + "/Plain.vst").constData(),
+                     QFile::encodeName(homePath("Other/Plain.vst")).constData()),
+              0);
+    const auto before = snapshot(on);
+    for (const auto &[from, to] : {std::pair{on + "/Echo.vst", off + "/Echo.vst"},
+                                   std::pair{on + "/Plain.vst", off + "/Plain.vst"},
+                                   std::pair{on + "/Plain.vst", homePath("Other/Plain.vst")}}) {
+        for (const bool moving : {true, false}) {
+            SCOPED_TRACE(qPrintable((moving ? "move to " : "copy to ") + to));
+            FileError error;
+            EXPECT_FALSE(moving ? files.move(from, to, &error) : files.copy(from, to, &error));
+            EXPECT_EQ(error.reason, "The source and the target are the same item");
+            EXPECT_EQ(error.path, to);
+            EXPECT_EQ(snapshot(on), before);
+        }
+    }
 }
 
 // A lock anywhere, on the bundle, deep inside it or on its folder, refuses the removal before a
@@ -307,7 +348,9 @@ TEST_F(CrossDeviceMoveTest, ItemsArriveWholeAndSayHowFarTheyHaveCome)
     FileError error;
     ASSERT_TRUE(files.move(source, target + "/Echo.vst", &error)) << qPrintable(error.reason);
     EXPECT_EQ(snapshot(target + "/Echo.vst"), before);
-    EXPECT_EQ(entries(tmpfs.path("VST")), QStringList{".Echo.vst.korvane-removing"});
+    const QString hidden = InterruptedMoves::removingFolderName();
+    EXPECT_EQ(entries(tmpfs.path("VST")), QStringList{hidden});
+    EXPECT_EQ(entries(tmpfs.path("VST/" + hidden)), QStringList{"Echo.vst"});
     ASSERT_EQ(log.lines().size(), 1);
     EXPECT_TRUE(log.lines().constFirst().contains("Device or resource busy"));
     ASSERT_GE(reports.size(), 4);
@@ -317,10 +360,11 @@ TEST_F(CrossDeviceMoveTest, ItemsArriveWholeAndSayHowFarTheyHaveCome)
     ASSERT_TRUE(files.move(target + "/Echo.vst", rootPath("Echo.vst")));
     EXPECT_TRUE(reports.isEmpty());
 
-    const ImmutableGuard stale(B::makeFile(rootPath(".Echo.vst.korvane-removing"), "Stale"));
+    const ImmutableGuard stale(B::makeFile(rootPath(hidden + "/Echo.vst"), "Stale"));
     ASSERT_TRUE(files.move(rootPath("Echo.vst"), tmpfs.path("Echo.vst"), &error))
         << qPrintable(error.reason);
     EXPECT_EQ(snapshot(tmpfs.path("Echo.vst")), before);
+    EXPECT_EQ(entries(root()), QStringList({hidden, "VST"})); // its fresh folder went with it
 
     // A plain-file plug-in keeps its Finder type on the way back.
     const QString plain = B::makeFile(target, "Plain.vst", "aPcs", "plain");
@@ -333,6 +377,22 @@ TEST_F(CrossDeviceMoveTest, ItemsArriveWholeAndSayHowFarTheyHaveCome)
     ASSERT_TRUE(files.moveToTrash(tmpfs.path("Echo.vst"), &error, &trashedTo))
         << qPrintable(error.reason);
     EXPECT_EQ(snapshot(trashedTo), before);
+}
+
+// The copy and the hidden source keep the item's own name inside their staging folders, so a name
+// as long as a folder allows crosses too.
+TEST_F(CrossDeviceMoveTest, ANameOf250BytesMovesAcrossAndBack)
+{
+    const QString name = QString(246, 'L') + ".vst";
+    const QString away = tmpfs.path("VST/" + name), here = target + "/" + name;
+    ASSERT_TRUE(QDir().rename(source, away));
+    FileError error;
+    ASSERT_TRUE(files.move(away, here, &error)) << qPrintable(error.reason);
+    EXPECT_EQ(snapshot(here), before);
+    EXPECT_TRUE(entries(tmpfs.path("VST")).isEmpty());
+    ASSERT_TRUE(files.move(here, away, &error)) << qPrintable(error.reason);
+    EXPECT_EQ(snapshot(away), before);
+    EXPECT_TRUE(entries(target).isEmpty());
 }
 
 TEST_F(CrossDeviceMoveTest, FailuresLeaveTheSourceWholeAndNoDebris)

@@ -1,6 +1,6 @@
 #include "platform/PlatformFiles.h"
 
-#include <QFile>
+#include "platform/PathBytes.h"
 
 #include <cerrno>
 #include <cstring>
@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -19,7 +20,7 @@ namespace {
 
 QByteArray encoded(const QString &path)
 {
-    return QFile::encodeName(path);
+    return pathBytes(path);
 }
 
 } // namespace
@@ -54,6 +55,16 @@ bool isLocked(const QString &path)
     const bool known = ::ioctl(fd, FS_IOC_GETFLAGS, &attributes) == 0; // unsupported: not locked
     ::close(fd);
     return known && (attributes & (FS_IMMUTABLE_FL | FS_APPEND_FL));
+}
+
+int lockExclusive(int fd)
+{
+    for (;;) {
+        if (::flock(fd, LOCK_EX | LOCK_NB) == 0)
+            return 0;
+        if (errno != EINTR)
+            return errno == EAGAIN ? EWOULDBLOCK : errno;
+    }
 }
 
 void copyExtendedAttributes(int from, int to)

@@ -1,6 +1,7 @@
-// Holds the library lock of $HOME until it is killed: the other program of the command-line
-// tests' lock cases.
+// Holds the lock of every format's plug-in folders under $KORVANE_ROOT and $HOME until it is
+// killed: the other program of the command-line tests' lock cases.
 
+#include "platform/FormatTable.h"
 #include "platform/LibraryLock.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
@@ -16,7 +17,9 @@ int main(int argc, char *argv[])
     const korvane::Roots roots = korvane::Roots::fromEnvironment();
     korvane::LocalFileOperations files(roots);
     const korvane::LibraryLock lock(
-        files, korvane::LibraryLock::lockFilePath(korvane::Locations(roots)), 0);
+        files,
+        korvane::LibraryLock::foldersOf(korvane::Locations(roots), korvane::FormatTable::builtIn()),
+        0);
     if (!lock.isLocked()) {
         std::fprintf(stderr, "%s\n", qPrintable(lock.failure()));
         return 1;
