@@ -222,11 +222,11 @@ int CliRunner::list(CliSession &session, const Options &options)
         for (const AUItemPtr &item : manager->items()) {
             const QString group = item->getAUGroup();
             listing.add(QJsonObject{{QStringLiteral("format"), format},
-                                    {QStringLiteral("name"), shownName(item->getAUName())},
-                                    {QStringLiteral("location"), shownName(item->getAULocation())},
+                                    {QStringLiteral("name"), displayName(item->getAUName())},
+                                    {QStringLiteral("location"), displayName(item->getAULocation())},
                                     {QStringLiteral("global"), item->getAUGlobal()},
                                     {QStringLiteral("active"), item->getAUActive()},
-                                    {QStringLiteral("group"), shownName(group)},
+                                    {QStringLiteral("group"), displayName(group)},
                                     {QStringLiteral("architecture"), item->getPlattformIdent()}},
                         {format, onOff(item->getAUActive()), scope(item->getAUGlobal()),
                          group.isEmpty() ? QStringLiteral("-") : group, item->getPlattformIdent(),
@@ -288,7 +288,7 @@ int CliRunner::duplicates(CliSession &session, const Options &options)
         const QString format = manager->traits().prefix;
         for (const auto &[name, count] : TypeManager::duplicateNames(manager->items()))
             listing.add(QJsonObject{{QStringLiteral("format"), format},
-                                    {QStringLiteral("name"), shownName(name)},
+                                    {QStringLiteral("name"), displayName(name)},
                                     {QStringLiteral("count"), count}},
                         {format, QString::number(count), name});
     }
@@ -321,8 +321,8 @@ int CliRunner::showSet(CliSession &session, const Options &options)
 
     Listing listing(options.json, m_out);
     for (const AUItemPtr &item : *items)
-        listing.add(QJsonObject{{QStringLiteral("name"), shownName(item->getAUName())},
-                                {QStringLiteral("location"), shownName(item->getAULocation())},
+        listing.add(QJsonObject{{QStringLiteral("name"), displayName(item->getAUName())},
+                                {QStringLiteral("location"), displayName(item->getAULocation())},
                                 {QStringLiteral("global"), item->getAUGlobal()},
                                 {QStringLiteral("active"), item->getAUActive()}},
                     {onOff(item->getAUActive()), scope(item->getAUGlobal()), fullPath(*item)});

@@ -1,6 +1,7 @@
 #include "gui/table/PluginTableModel.h"
 
 #include "managers/TypeManager.h"
+#include "platform/PathBytes.h"
 #include "platform/Texts.h"
 
 #include <QMimeData>
@@ -14,20 +15,6 @@ namespace {
 const QString kActive = QStringLiteral("AUActive");
 const QString kGlobal = QStringLiteral("AUGlobal");
 const QString kGroup = QStringLiteral("AUGroup");
-
-// A name as the table shows it: the bytes of a file name that are no UTF-8 are kept in the name as
-// lone surrogates U+DC80..U+DCFF, so that it moves as the file system gave it; each shows as
-// U+FFFD. The name itself is what the table edits, sorts and compares.
-QString shown(const QString &text)
-{
-    QString result = text;
-    for (qsizetype i = 0; i < result.size(); ++i) {
-        const char16_t c = result.at(i).unicode();
-        if (c >= 0xDC80 && c <= 0xDCFF && !(i > 0 && result.at(i - 1).isHighSurrogate()))
-            result[i] = QChar(QChar::ReplacementCharacter);
-    }
-    return result;
-}
 
 } // namespace
 
@@ -86,7 +73,7 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
         if (isCheckColumn(id))
             return QVariant();
-        return shown(TypeManager::itemValue(*item, id).toString());
+        return displayName(TypeManager::itemValue(*item, id).toString());
     case Qt::EditRole:
         if (isCheckColumn(id))
             return QVariant();
@@ -97,12 +84,12 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
         return TypeManager::itemValue(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
     case Qt::ToolTipRole:
         // Where the plug-in lies now, also for a row marked but not applied yet.
-        return shown(m_manager.plugins().pathOnDisk(*item));
+        return displayName(m_manager.plugins().pathOnDisk(*item));
     case Qt::AccessibleTextRole:
         if (isCheckColumn(id))
             return TypeManager::itemValue(*item, id).toBool() ? korvane::tr("on")
                                                               : korvane::tr("off");
-        return shown(TypeManager::itemValue(*item, id).toString());
+        return displayName(TypeManager::itemValue(*item, id).toString());
     default:
         return QVariant();
     }
