@@ -221,16 +221,17 @@ int CliRunner::list(CliSession &session, const Options &options)
         const QString format = manager->traits().prefix;
         for (const AUItemPtr &item : manager->items()) {
             const QString group = item->getAUGroup();
-            listing.add(QJsonObject{{QStringLiteral("format"), format},
-                                    {QStringLiteral("name"), displayName(item->getAUName())},
-                                    {QStringLiteral("location"), displayName(item->getAULocation())},
-                                    {QStringLiteral("global"), item->getAUGlobal()},
-                                    {QStringLiteral("active"), item->getAUActive()},
-                                    {QStringLiteral("group"), displayName(group)},
-                                    {QStringLiteral("architecture"), item->getPlattformIdent()}},
-                        {format, onOff(item->getAUActive()), scope(item->getAUGlobal()),
-                         group.isEmpty() ? QStringLiteral("-") : group, item->getPlattformIdent(),
-                         fullPath(*item)});
+            listing.add(
+                QJsonObject{{QStringLiteral("format"), format},
+                            {QStringLiteral("name"), displayName(item->getAUName())},
+                            {QStringLiteral("location"), displayName(item->getAULocation())},
+                            {QStringLiteral("global"), item->getAUGlobal()},
+                            {QStringLiteral("active"), item->getAUActive()},
+                            {QStringLiteral("group"), displayName(group)},
+                            {QStringLiteral("architecture"), item->getPlattformIdent()}},
+                {format, onOff(item->getAUActive()), scope(item->getAUGlobal()),
+                 group.isEmpty() ? QStringLiteral("-") : group, item->getPlattformIdent(),
+                 fullPath(*item)});
         }
     }
     listing.print();

@@ -8,8 +8,9 @@
 
 namespace korvane {
 
-// A name as KorvaneCMD shows it (displayName), on one line: a line break, a tab, any other control character and the backslash
-// itself escaped ("\n", "\t", "\x1b", "\\"), so one plug-in is always one line of output.
+// A name as KorvaneCMD shows it (displayName), on one line: a line break, a tab, any other
+// control character and the backslash itself escaped ("\n", "\t", "\x1b", "\\"), so one plug-in is
+// always one line of output.
 inline QString shownLine(const QString &text)
 {
     const QString name = displayName(text);

@@ -1,5 +1,7 @@
 #include "managers/MyAdminObj.h"
 
+#include "platform/LibraryLock.h"
+
 #include "app/AppServices.h"
 #include "platform/SharedInstances.h"
 
@@ -9,6 +11,8 @@ MyAdminObj::MyAdminObj(const ManagerParts &parts)
     : TypeManager(parts.services.formats().at(TypeAU), parts)
 {
 }
+
+MyAdminObj::~MyAdminObj() = default;
 
 MyAdminObj *MyAdminObj::getAUObj()
 {

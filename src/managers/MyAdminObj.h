@@ -8,10 +8,13 @@
 namespace korvane {
 
 // The Audio Units manager; also the special environment that tests one Audio Unit alone.
+class LibraryLock;
+
 class MyAdminObj : public TypeManager {
     Q_OBJECT
 public:
     explicit MyAdminObj(const ManagerParts &parts);
+    ~MyAdminObj() override;
     static MyAdminObj *getAUObj();
 
     void AUActivate() { activate(); }
@@ -43,6 +46,8 @@ public:
 
 private:
     bool m_gridBlue = false;
+    // Held from the first plug-in moved aside until every one is back.
+    std::unique_ptr<LibraryLock> m_soloLock;
 };
 
 } // namespace korvane

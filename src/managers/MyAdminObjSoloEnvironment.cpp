@@ -4,6 +4,7 @@
 
 #include "app/AppServices.h"
 #include "platform/FileOperations.h"
+#include "platform/LibraryLock.h"
 #include "platform/Locations.h"
 #include "platform/SystemLog.h"
 #include "platform/Texts.h"
@@ -31,6 +32,15 @@ bool MyAdminObj::createSpecialEnv(const AUItemPtr &item)
 {
     FileOperations &files = this->files();
     if (!bSpecialMode) {
+        // Every Audio Unit moves aside and back: another mover at work meanwhile could lose one.
+        auto lock =
+            std::make_unique<LibraryLock>(files, LibraryLock::foldersOf(locations(), traits()));
+        if (!lock->isLocked()) {
+            services().addLogEntry(this, korvane::tr("Plug-ins not moved") + QStringLiteral(": ")
+                                             + lock->failure() + QLatin1Char('\n'));
+            return false;
+        }
+        m_soloLock = std::move(lock);
         bSpecialMode = true;
         // Flags and log stay as they are: the table still shows these plug-ins as active.
         for (const AUItemPtr &plugin : items()) {
@@ -71,6 +81,7 @@ bool MyAdminObj::destroySpecialEnv()
         }
     }
     bSpecialMode = false;
+    m_soloLock.reset();
     return bSpecialMode;
 }
 
