@@ -214,8 +214,8 @@ void measure(int n, QTextStream &out)
 
     // A set of every Audio Unit with every state flipped, opened into the scanned list.
     TypeManager *au = context.manager(TypeAU);
-    for (const AUItemPtr &item : au->items())
-        item->setAUActive(!item->getAUActive());
+    for (const PluginPtr &item : au->items())
+        item->setActive(!item->isActive());
     const QString setPath = home.path() + "/bench.aukorv";
     au->archivePlugins(setPath);
     au->reloadData();
@@ -225,9 +225,9 @@ void measure(int n, QTextStream &out)
     const double openSet = bestOf(sizeRuns, [&] { au->mergeSet(setPath); });
 
     // Every name twice: the system and the user folder hold the same plug-ins.
-    QList<AUItemPtr> doubled = au->items();
-    for (const AUItemPtr &item : au->items())
-        doubled << std::make_shared<AUItem>(*item);
+    QList<PluginPtr> doubled = au->items();
+    for (const PluginPtr &item : au->items())
+        doubled << std::make_shared<Plugin>(*item);
     const double duplicates = bestOf(sizeRuns, [&] { TypeManager::duplicateNames(doubled); });
 
     out << "items_" << n << ": " << items << "\n";

@@ -5,7 +5,7 @@
 #include "PluginLibraryBuilder.h"
 
 #include "managers/SetDocument.h"
-#include "model/AUItem.h"
+#include "model/Plugin.h"
 #include "panels/MyPrefObj.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
@@ -143,13 +143,13 @@ void makeGroups()
 // matches plug-ins by name), a few in another state than on disk, and one that is not installed.
 bool writeLiveSet(const QString &path)
 {
-    QList<AUItemPtr> items;
+    QList<PluginPtr> items;
     auto add = [&](const QString &name, int loc, bool active) {
-        auto item = std::make_shared<AUItem>();
-        item->setAUName(name);
-        item->setAUGlobal(isSystemLocation(loc));
-        item->setAUActive(active);
-        item->checkObject(g_locations->folderPaths(FormatTable::builtIn().at(TypeAU)));
+        auto item = std::make_shared<Plugin>();
+        item->setName(name);
+        item->setGlobal(isSystemLocation(loc));
+        item->setActive(active);
+        item->updateLocation(g_locations->folderPaths(FormatTable::builtIn().at(TypeAU)));
         items << item;
     };
     QStringList seen;

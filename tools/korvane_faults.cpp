@@ -195,8 +195,8 @@ public:
     {
         TypeManager &manager = au();
         manager.reloadData();
-        for (const AUItemPtr &item : manager.items())
-            item->setAUActive(wanted.value(item->getAUName(), On) == On);
+        for (const PluginPtr &item : manager.items())
+            item->setActive(wanted.value(item->name(), On) == On);
         const QString path = m_workspace.path() + "/" + name + ".aukorv";
         QFile::remove(path);
         manager.archivePlugins(path);

@@ -39,7 +39,7 @@ bool save(QWidget &window, const QString &path)
 int rowOf(const TypeManager &manager, const QString &name)
 {
     for (int row = 0; row < manager.numberOfRowsInTableView(); ++row)
-        if (manager.itemAt(row)->getAUName() == name)
+        if (manager.itemAt(row)->name() == name)
             return row;
     return -1;
 }

@@ -67,16 +67,16 @@ QString scope(bool global)
     return global ? QStringLiteral("system") : QStringLiteral("user");
 }
 
-QString fullPath(const AUItem &item)
+QString fullPath(const Plugin &item)
 {
-    return item.getAULocation() + QLatin1Char('/') + item.getAUName();
+    return item.location() + QLatin1Char('/') + item.name();
 }
 
 // "Foo" names Foo.component by its stem, a folder part staying ("Sub/Foo"); a name given with
 // the extension names only itself, so "Echo.vst" never switches Echo.vst.vst.
-bool stemNamesItem(const QString &name, const AUItem &item)
+bool stemNamesItem(const QString &name, const Plugin &item)
 {
-    const QString itemName = item.getAUName();
+    const QString itemName = item.name();
     const qsizetype dot = itemName.lastIndexOf(QLatin1Char('.'));
     if (dot <= itemName.lastIndexOf(QLatin1Char('/')) + 1)
         return false;
@@ -179,7 +179,7 @@ int CliRunner::applySets(CliSession &session, const Options &options)
     // Each document is read once, before anything is locked or changed: a pipe gives its bytes
     // only once, and a bad document must stop the run while nothing has happened yet.
     const FormatTable &table = FormatTable::builtIn();
-    std::map<QString, QList<AUItemPtr>> documents;
+    std::map<QString, QList<PluginPtr>> documents;
     QList<QString> paths(table.count());
     for (const Format &format : table) {
         const QString given = options.sets.value(format.type);
@@ -189,7 +189,7 @@ int CliRunner::applySets(CliSession &session, const Options &options)
         if (documents.count(paths[format.type]))
             continue;
         QString problem;
-        std::optional<QList<AUItemPtr>> items = SetDocument::load(paths[format.type], &problem);
+        std::optional<QList<PluginPtr>> items = SetDocument::load(paths[format.type], &problem);
         if (!items)
             return usageError(
                 QStringLiteral("%1 set \"%2\": %3").arg(format.prefix, given, problem));
@@ -219,19 +219,18 @@ int CliRunner::list(CliSession &session, const Options &options)
     Listing listing(options.json, m_out);
     for (TypeManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
-        for (const AUItemPtr &item : manager->items()) {
-            const QString group = item->getAUGroup();
-            listing.add(
-                QJsonObject{{QStringLiteral("format"), format},
-                            {QStringLiteral("name"), displayName(item->getAUName())},
-                            {QStringLiteral("location"), displayName(item->getAULocation())},
-                            {QStringLiteral("global"), item->getAUGlobal()},
-                            {QStringLiteral("active"), item->getAUActive()},
-                            {QStringLiteral("group"), displayName(group)},
-                            {QStringLiteral("architecture"), item->getPlattformIdent()}},
-                {format, onOff(item->getAUActive()), scope(item->getAUGlobal()),
-                 group.isEmpty() ? QStringLiteral("-") : group, item->getPlattformIdent(),
-                 fullPath(*item)});
+        for (const PluginPtr &item : manager->items()) {
+            const QString group = item->group();
+            listing.add(QJsonObject{{QStringLiteral("format"), format},
+                                    {QStringLiteral("name"), displayName(item->name())},
+                                    {QStringLiteral("location"), displayName(item->location())},
+                                    {QStringLiteral("global"), item->isGlobal()},
+                                    {QStringLiteral("active"), item->isActive()},
+                                    {QStringLiteral("group"), displayName(group)},
+                                    {QStringLiteral("architecture"), item->architectureName()}},
+                        {format, onOff(item->isActive()), scope(item->isGlobal()),
+                         group.isEmpty() ? QStringLiteral("-") : group, item->architectureName(),
+                         fullPath(*item)});
         }
     }
     listing.print();
@@ -247,16 +246,16 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
     manager->reloadData();
 
     // Every name is checked before anything moves: a typo must not leave half a change behind.
-    QList<AUItemPtr> targets;
+    QList<PluginPtr> targets;
     QStringList unknown;
     // Every copy of an exact name; only where no plug-in has that name, those of that stem.
     for (const QString &name : options.names) {
-        QList<AUItemPtr> named;
-        for (const AUItemPtr &item : manager->items())
-            if (item->getAUName() == name)
+        QList<PluginPtr> named;
+        for (const PluginPtr &item : manager->items())
+            if (item->name() == name)
                 named << item;
         if (named.isEmpty())
-            for (const AUItemPtr &item : manager->items())
+            for (const PluginPtr &item : manager->items())
                 if (stemNamesItem(name, *item))
                     named << item;
         if (named.isEmpty())
@@ -272,11 +271,11 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
         return ExitUsage;
     }
 
-    for (const AUItemPtr &item : std::as_const(targets)) {
-        if (item->getAUActive() == on)
+    for (const PluginPtr &item : std::as_const(targets)) {
+        if (item->isActive() == on)
             continue;
-        item->setAUActive(on);
-        item->checkObject(options.format);
+        item->setActive(on);
+        item->updateLocation(options.format);
         manager->checkLogForUpdate(item);
     }
     return report(context, options.format, manager->applyAllPending());
@@ -315,18 +314,18 @@ int CliRunner::showSet(CliSession &session, const Options &options)
 {
     QString problem;
     // Decoded without controllers: showing a document must not touch the user's data.
-    const std::optional<QList<AUItemPtr>> items =
+    const std::optional<QList<PluginPtr>> items =
         SetDocument::load(session.resolvePath(options.file), &problem);
     if (!items)
         return usageError(QStringLiteral("\"%1\": %2").arg(options.file, problem));
 
     Listing listing(options.json, m_out);
-    for (const AUItemPtr &item : *items)
-        listing.add(QJsonObject{{QStringLiteral("name"), displayName(item->getAUName())},
-                                {QStringLiteral("location"), displayName(item->getAULocation())},
-                                {QStringLiteral("global"), item->getAUGlobal()},
-                                {QStringLiteral("active"), item->getAUActive()}},
-                    {onOff(item->getAUActive()), scope(item->getAUGlobal()), fullPath(*item)});
+    for (const PluginPtr &item : *items)
+        listing.add(QJsonObject{{QStringLiteral("name"), displayName(item->name())},
+                                {QStringLiteral("location"), displayName(item->location())},
+                                {QStringLiteral("global"), item->isGlobal()},
+                                {QStringLiteral("active"), item->isActive()}},
+                    {onOff(item->isActive()), scope(item->isGlobal()), fullPath(*item)});
     listing.print();
     return ExitDone;
 }

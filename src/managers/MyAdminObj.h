@@ -29,7 +29,7 @@ public:
     void AUBackupRestore() { backupRestore(); }
 
     // Special environment.
-    bool createSpecialEnv(const AUItemPtr &item);
+    bool createSpecialEnv(const PluginPtr &item);
     bool destroySpecialEnv();
     void getPluginList();
     QList<std::shared_ptr<AUEffectWrapper>> pluginList;

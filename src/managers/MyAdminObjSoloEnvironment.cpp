@@ -16,19 +16,19 @@ namespace {
 const quint32 kMusicDevice = 0x61756D75; // 'aumu', instruments
 const quint32 kApple = 0x6170706C;       // 'appl', the operating system's own components
 
-QString activePath(const AUItem &item)
+QString activePath(const Plugin &item)
 {
-    return QStringLiteral("%1/%2").arg(item.getAULocation(), item.getAUName());
+    return QStringLiteral("%1/%2").arg(item.location(), item.name());
 }
 
-QString disabledPath(const AUItem &item)
+QString disabledPath(const Plugin &item)
 {
-    return QStringLiteral("%1 (Disabled)/%2").arg(item.getAULocation(), item.getAUName());
+    return QStringLiteral("%1 (Disabled)/%2").arg(item.location(), item.name());
 }
 
 } // namespace
 
-bool MyAdminObj::createSpecialEnv(const AUItemPtr &item)
+bool MyAdminObj::createSpecialEnv(const PluginPtr &item)
 {
     FileOperations &files = this->files();
     if (!bSpecialMode) {
@@ -43,15 +43,15 @@ bool MyAdminObj::createSpecialEnv(const AUItemPtr &item)
         m_soloLock = std::move(lock);
         bSpecialMode = true;
         // Flags and log stay as they are: the table still shows these plug-ins as active.
-        for (const AUItemPtr &plugin : items()) {
-            if (plugin->getAUActive())
+        for (const PluginPtr &plugin : items()) {
+            if (plugin->isActive())
                 files.move(activePath(*plugin), disabledPath(*plugin));
         }
     }
     // Only a copy this call made is removed again: when the move above failed, the active path
     // still holds the plug-in itself, and the copy (which never overwrites) fails.
     const bool copied =
-        item && item->getAUActive() && files.copy(disabledPath(*item), activePath(*item));
+        item && item->isActive() && files.copy(disabledPath(*item), activePath(*item));
 
     getPluginList();
     AppServices *services = &this->services();
@@ -75,8 +75,8 @@ bool MyAdminObj::destroySpecialEnv()
 {
     if (bSpecialMode) {
         FileOperations &files = this->files();
-        for (const AUItemPtr &plugin : items()) {
-            if (plugin->getAUActive())
+        for (const PluginPtr &plugin : items()) {
+            if (plugin->isActive())
                 files.move(disabledPath(*plugin), activePath(*plugin));
         }
     }

@@ -4,7 +4,7 @@
 
 namespace korvane {
 
-int PluginList::rowOf(const AUItem *item) const
+int PluginList::rowOf(const Plugin *item) const
 {
     if (!m_rowsValid) {
         m_rows.clear();
@@ -16,10 +16,10 @@ int PluginList::rowOf(const AUItem *item) const
     return m_rows.value(item, -1);
 }
 
-qsizetype PluginList::recordIndexOf(const AUItem &item) const
+qsizetype PluginList::recordIndexOf(const Plugin &item) const
 {
-    const QString name = item.getAUName();
-    const int id = item.getItemID();
+    const QString name = item.name();
+    const int id = item.id();
     // A scan gives record i the ID i, so the item's record is normally at its ID; the walk is
     // left for a list that does not hold it there.
     if (id >= 0 && id < m_records.size() && m_records.at(id).getLogID() == id
@@ -33,15 +33,15 @@ qsizetype PluginList::recordIndexOf(const AUItem &item) const
     return -1;
 }
 
-QString PluginList::folderOnDisk(const AUItem &item) const
+QString PluginList::folderOnDisk(const Plugin &item) const
 {
     const qsizetype index = recordIndexOf(item);
-    return index >= 0 ? m_records.at(index).getLogPath() : item.getAULocation();
+    return index >= 0 ? m_records.at(index).getLogPath() : item.location();
 }
 
-QString PluginList::pathOnDisk(const AUItem &item) const
+QString PluginList::pathOnDisk(const Plugin &item) const
 {
-    return folderOnDisk(item) % QLatin1Char('/') % item.getAUName();
+    return folderOnDisk(item) % QLatin1Char('/') % item.name();
 }
 
 void PluginList::noteRecordState(bool wasProcessed, bool isProcessed)
@@ -54,13 +54,13 @@ int PluginList::findItemIndex(const QString &name, int itemID) const
 {
     // An item's ID is its index until the list is reordered.
     if (itemID >= 0 && itemID < m_items.size()) {
-        const AUItem &item = *m_items.at(itemID);
-        if (item.getItemID() == itemID && item.getAUName() == name)
+        const Plugin &item = *m_items.at(itemID);
+        if (item.id() == itemID && item.name() == name)
             return itemID;
     }
     for (qsizetype i = 0; i < m_items.size(); ++i) {
-        const AUItem &item = *m_items.at(i);
-        if (item.getItemID() == itemID && item.getAUName() == name)
+        const Plugin &item = *m_items.at(i);
+        if (item.id() == itemID && item.name() == name)
             return int(i);
     }
     return -1;
@@ -74,10 +74,10 @@ void PluginList::clear()
     m_pending = 0; // every record a scan makes is processed
 }
 
-void PluginList::append(const AUItemPtr &item, AULog record)
+void PluginList::append(const PluginPtr &item, AULog record)
 {
     const int id = int(m_items.size());
-    item->setItemID(id);
+    item->setId(id);
     record.setLogID(id);
     if (m_rowsValid)
         m_rows.insert(item.get(), id);
@@ -85,7 +85,7 @@ void PluginList::append(const AUItemPtr &item, AULog record)
     m_records.append(std::move(record));
 }
 
-void PluginList::reorder(QList<AUItemPtr> items)
+void PluginList::reorder(QList<PluginPtr> items)
 {
     m_items = std::move(items);
     m_rowsValid = false;

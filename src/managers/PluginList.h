@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/AUItem.h"
 #include "model/AULog.h"
+#include "model/Plugin.h"
 
 #include <QHash>
 #include <QList>
@@ -15,19 +15,19 @@ class PluginList {
 public:
     int count() const { return int(m_items.size()); }
     bool isEmpty() const { return m_items.isEmpty(); }
-    const AUItemPtr &at(int row) const { return m_items.at(row); }
+    const PluginPtr &at(int row) const { return m_items.at(row); }
     bool isValidRow(int row) const { return row >= 0 && row < count(); }
-    const QList<AUItemPtr> &items() const { return m_items; }
+    const QList<PluginPtr> &items() const { return m_items; }
     // The row that holds this very item; -1 when it is not in the list.
-    int rowOf(const AUItem *item) const;
+    int rowOf(const Plugin *item) const;
 
     const QList<AULog> &records() const { return m_records; }
     AULog &record(qsizetype index) { return m_records[index]; }
     // The index of an item's record (matched by name and ID), or -1.
-    qsizetype recordIndexOf(const AUItem &item) const;
+    qsizetype recordIndexOf(const Plugin &item) const;
     // The folder an item lies in now: a change still pending has moved only the row.
-    QString folderOnDisk(const AUItem &item) const;
-    QString pathOnDisk(const AUItem &item) const;
+    QString folderOnDisk(const Plugin &item) const;
+    QString pathOnDisk(const Plugin &item) const;
     int pendingCount() const { return m_pending; }
     // Keeps the pending count when a record's state may have changed.
     void noteRecordState(bool wasProcessed, bool isProcessed);
@@ -37,15 +37,15 @@ public:
 
     void clear();
     // A scanned item with its record; both get the next ID.
-    void append(const AUItemPtr &item, AULog record);
+    void append(const PluginPtr &item, AULog record);
     // The same items in another order.
-    void reorder(QList<AUItemPtr> items);
+    void reorder(QList<PluginPtr> items);
     void removeAt(int row);
 
 private:
-    QList<AUItemPtr> m_items;
+    QList<PluginPtr> m_items;
     QList<AULog> m_records;
-    mutable QHash<const AUItem *, int> m_rows; // built on demand after the order changed
+    mutable QHash<const Plugin *, int> m_rows; // built on demand after the order changed
     mutable bool m_rowsValid = false;
     int m_pending = 0;
 };

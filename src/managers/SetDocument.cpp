@@ -22,16 +22,16 @@ namespace {
 constexpr qint64 kMaxDocumentSize = 64 * 1024 * 1024;
 
 // nullopt: not a set document. An empty list: a document of no items.
-std::optional<QList<AUItemPtr>> decodeItems(const QByteArray &bytes, AppServices *registry)
+std::optional<QList<PluginPtr>> decodeItems(const QByteArray &bytes, AppServices *registry)
 {
     const std::optional<ArchivedObjectPtr> root = TypedStreamReader::read(bytes);
     if (!root || !*root || !(*root)->isArray())
         return std::nullopt;
-    QList<AUItemPtr> items;
+    QList<PluginPtr> items;
     for (const ArchivedObjectPtr &element : (*root)->elements) {
         if (!element || element->className != QLatin1String("AUItem"))
             return std::nullopt;
-        AUItemPtr item = AUItem::initWithCoder(element->elements, registry);
+        PluginPtr item = Plugin::decode(element->elements, registry);
         if (!item)
             return std::nullopt;
         items.append(item);
@@ -106,7 +106,7 @@ std::optional<QByteArray> readOnce(const QString &path, QString *problem)
 
 } // namespace
 
-QByteArray SetDocument::encode(const QList<AUItemPtr> &items)
+QByteArray SetDocument::encode(const QList<PluginPtr> &items)
 {
     // The two flag strings are archived once each and referenced after that: the layout that
     // existing set documents have, byte for byte.
@@ -114,10 +114,10 @@ QByteArray SetDocument::encode(const QList<AUItemPtr> &items)
     const ArchivedObjectPtr no = TypedStreamWriter::makeString(QStringLiteral("NO"));
     QList<ArchivedObjectPtr> elements;
     elements.reserve(items.size());
-    for (const AUItemPtr &item : items) {
+    for (const PluginPtr &item : items) {
         if (!item)
             continue;
-        const QStringList coded = item->encodeWithCoder();
+        const QStringList coded = item->encode();
         elements.append(TypedStreamWriter::makeObject(
             QStringLiteral("AUItem"), {TypedStreamWriter::makeString(coded.value(0)),
                                        TypedStreamWriter::makeString(coded.value(1)),
@@ -127,32 +127,32 @@ QByteArray SetDocument::encode(const QList<AUItemPtr> &items)
     return TypedStreamWriter::write(TypedStreamWriter::makeArray(elements));
 }
 
-QList<AUItemPtr> SetDocument::decode(const QByteArray &bytes, AppServices *registry)
+QList<PluginPtr> SetDocument::decode(const QByteArray &bytes, AppServices *registry)
 {
-    return decodeItems(bytes, registry).value_or(QList<AUItemPtr>());
+    return decodeItems(bytes, registry).value_or(QList<PluginPtr>());
 }
 
-bool SetDocument::write(FileOperations &files, const QString &path, const QList<AUItemPtr> &items)
+bool SetDocument::write(FileOperations &files, const QString &path, const QList<PluginPtr> &items)
 {
     // Written beside the target and renamed over it, so a failed save keeps the old document.
     return files.writeFileAtomically(path, encode(items));
 }
 
-std::optional<QList<AUItemPtr>> SetDocument::load(const QString &path, QString *problem,
+std::optional<QList<PluginPtr>> SetDocument::load(const QString &path, QString *problem,
                                                   AppServices *registry)
 {
     const std::optional<QByteArray> bytes = readOnce(path, problem);
     if (!bytes)
         return std::nullopt;
-    std::optional<QList<AUItemPtr>> items = decodeItems(*bytes, registry);
+    std::optional<QList<PluginPtr>> items = decodeItems(*bytes, registry);
     if (!items && problem)
         *problem = QStringLiteral("not a set document");
     return items;
 }
 
-QList<AUItemPtr> SetDocument::read(const QString &path, AppServices *registry)
+QList<PluginPtr> SetDocument::read(const QString &path, AppServices *registry)
 {
-    return load(path, nullptr, registry).value_or(QList<AUItemPtr>());
+    return load(path, nullptr, registry).value_or(QList<PluginPtr>());
 }
 
 } // namespace korvane

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/AUItem.h"
+#include "model/Plugin.h"
 
 #include <QByteArray>
 #include <QList>
@@ -17,17 +17,17 @@ class FileOperations;
 // Decoded items get the registry given (their content and groups), or none for display only.
 class SetDocument {
 public:
-    static QByteArray encode(const QList<AUItemPtr> &items);
+    static QByteArray encode(const QList<PluginPtr> &items);
     // Anything that is not an array of items decodes as empty: damaged documents are unreadable.
-    static QList<AUItemPtr> decode(const QByteArray &bytes, AppServices *registry = nullptr);
-    static bool write(FileOperations &files, const QString &path, const QList<AUItemPtr> &items);
+    static QList<PluginPtr> decode(const QByteArray &bytes, AppServices *registry = nullptr);
+    static bool write(FileOperations &files, const QString &path, const QList<PluginPtr> &items);
     // Reads path once and never waits for a writer that is not there: a plain file or a pipe
     // (standard input, a shell's "<(...)") is read to its end; a folder, a device or a FIFO that
     // nobody writes to is refused. nullopt when path holds no set document, problem saying why.
-    static std::optional<QList<AUItemPtr>> load(const QString &path, QString *problem = nullptr,
+    static std::optional<QList<PluginPtr>> load(const QString &path, QString *problem = nullptr,
                                                 AppServices *registry = nullptr);
     // load() without the reason, an unreadable document giving no items.
-    static QList<AUItemPtr> read(const QString &path, AppServices *registry = nullptr);
+    static QList<PluginPtr> read(const QString &path, AppServices *registry = nullptr);
 };
 
 } // namespace korvane

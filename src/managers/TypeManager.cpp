@@ -48,11 +48,11 @@ void TypeManager::setSetName(const QString &name)
     emit setNameChanged(name);
 }
 
-void TypeManager::announceChanged(const QList<AUItemPtr> &items)
+void TypeManager::announceChanged(const QList<PluginPtr> &items)
 {
     QList<int> rows;
     rows.reserve(items.size());
-    for (const AUItemPtr &item : items)
+    for (const PluginPtr &item : items)
         if (const int row = rowOf(item); row >= 0)
             rows << row;
     if (rows.isEmpty())
@@ -68,23 +68,23 @@ void TypeManager::selectSetIndex(int index)
     emit setsChanged();
 }
 
-void TypeManager::selectItems(const QList<AUItemPtr> &items, const AUItemPtr &lastSelected)
+void TypeManager::selectItems(const QList<PluginPtr> &items, const PluginPtr &lastSelected)
 {
     m_selection.clear();
-    for (const AUItemPtr &item : items)
+    for (const PluginPtr &item : items)
         if (item && !m_selection.contains(item))
             m_selection << item;
     if (lastSelected && !m_selection.contains(lastSelected))
         m_selection << lastSelected;
     // Without a word on which came last, the last one given stands for it.
     m_lastSelected =
-        lastSelected ? lastSelected : (m_selection.isEmpty() ? AUItemPtr() : m_selection.last());
+        lastSelected ? lastSelected : (m_selection.isEmpty() ? PluginPtr() : m_selection.last());
     emit selectionChanged();
 }
 
-QList<AUItemPtr> TypeManager::selectedItems() const
+QList<PluginPtr> TypeManager::selectedItems() const
 {
-    QList<AUItemPtr> items;
+    QList<PluginPtr> items;
     for (int row : selectedRows())
         items << m_list.at(row);
     return items;
@@ -93,7 +93,7 @@ QList<AUItemPtr> TypeManager::selectedItems() const
 QList<int> TypeManager::selectedRows() const
 {
     QList<int> rows;
-    for (const AUItemPtr &item : m_selection)
+    for (const PluginPtr &item : m_selection)
         if (const int row = rowOf(item); row >= 0)
             rows << row;
     std::sort(rows.begin(), rows.end());
@@ -107,24 +107,24 @@ int TypeManager::selectedRow() const
 
 void TypeManager::selectRows(const QList<int> &rows, int lastSelected)
 {
-    QList<AUItemPtr> items;
+    QList<PluginPtr> items;
     for (int row : rows)
         if (m_list.isValidRow(row))
             items << m_list.at(row);
     selectItems(items, itemAt(lastSelected));
 }
 
-void TypeManager::markActive(const AUItemPtr &item, bool active)
+void TypeManager::markActive(const PluginPtr &item, bool active)
 {
-    item->setAUActive(active);
-    item->checkObject(m_traits.type);
+    item->setActive(active);
+    item->updateLocation(m_traits.type);
     checkLogForUpdate(item);
 }
 
-void TypeManager::markAll(const std::function<bool(const AUItem &)> &which, bool active)
+void TypeManager::markAll(const std::function<bool(const Plugin &)> &which, bool active)
 {
-    QList<AUItemPtr> changed;
-    for (const AUItemPtr &item : m_list.items()) {
+    QList<PluginPtr> changed;
+    for (const PluginPtr &item : m_list.items()) {
         if (!which(*item))
             continue;
         markActive(item, active);

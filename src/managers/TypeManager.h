@@ -78,12 +78,12 @@ public:
 
     // --- The list ------------------------------------------------------------------------------
     const PluginList &plugins() const { return m_list; }
-    const QList<AUItemPtr> &items() const { return m_list.items(); }
-    AUItemPtr itemAt(int row) const
+    const QList<PluginPtr> &items() const { return m_list.items(); }
+    PluginPtr itemAt(int row) const
     {
-        return m_list.isValidRow(row) ? m_list.at(row) : AUItemPtr();
+        return m_list.isValidRow(row) ? m_list.at(row) : PluginPtr();
     }
-    int rowOf(const AUItemPtr &item) const { return item ? m_list.rowOf(item.get()) : -1; }
+    int rowOf(const PluginPtr &item) const { return item ? m_list.rowOf(item.get()) : -1; }
 
     // --- Scanning --------------------------------------------------------------------------
     void reloadData();
@@ -93,11 +93,11 @@ public:
 
     // --- Log records and activation ------------------------------------------------------------
     int countOfUnprocessedLogItems() const { return m_list.pendingCount(); }
-    void checkLogForUpdate(const AUItemPtr &item);
+    void checkLogForUpdate(const PluginPtr &item);
     int findItemIndex(const QString &name, int itemID) const;
     void activate();                      // offers to save the set, then applyAllPending
     QList<MoveOutcome> applyAllPending(); // every pending record, then one rescan
-    void moveContent(const AUItemPtr &item);
+    void moveContent(const PluginPtr &item);
     void setAllActive();
     void setAllInactive();
     void setGroupActive();
@@ -117,7 +117,7 @@ public:
     void openSet(const QString &path);
     // The merge of openSet alone: no dialog, no apply; the names of saved items that match none.
     QStringList mergeSet(const QString &path);
-    QStringList mergeItems(const QList<AUItemPtr> &saved);
+    QStringList mergeItems(const QList<PluginPtr> &saved);
     void selectSet(int index); // the pop-up's action with its new selection
     void updateSet();
     void saveSets();
@@ -127,9 +127,9 @@ public:
     // --- Table ---------------------------------------------------------------------------------
     int numberOfRowsInTableView() const { return m_list.count(); }
     QVariant objectValue(int row, const QString &identifier) const;
-    static QVariant itemValue(const AUItem &item, const QString &identifier);
+    static QVariant itemValue(const Plugin &item, const QString &identifier);
     void setObjectValue(const QVariant &value, const QString &identifier, int row);
-    void changeObject(const AUItemPtr &item, const QString &identifier, const QVariant &data);
+    void changeObject(const PluginPtr &item, const QString &identifier, const QVariant &data);
     bool shouldSelectRow(int row);
     void sortDescriptorsDidChange(const QList<SortDescriptor> &descriptors);
     QStringList writeRows(const QList<int> &rows) const;
@@ -141,7 +141,7 @@ public:
     QString groupsFilePath() const;
     void saveGroups();
     static QString findGroup(const QVariantList &groups, const QString &name);
-    void changeGroup(const AUItemPtr &item, const QString &group);
+    void changeGroup(const PluginPtr &item, const QString &group);
     void setGroup(const QString &menuTitle);
     int numberOfItemsInComboBoxCell() const;
     QString comboBoxCellObjectValue(int index) const;
@@ -153,9 +153,8 @@ public:
     void backupRestore();
     void checkForDuplicates();
     // Each name held by more than one item, once, at its first position, with its total count.
-    static QList<QPair<QString, int>> duplicateNames(const QList<AUItemPtr> &items);
+    static QList<QPair<QString, int>> duplicateNames(const QList<PluginPtr> &items);
     void deleteItem();
-    QString getIconFromObject(int row) const;
     void visiblePlattform(int state) { setPlattformVisible(state == 1); }
     void setPlattformVisible(bool visible);
     void setPlattformActive(int plattform, bool active);
@@ -172,8 +171,8 @@ public:
 
     // The view's selection, by identity; rows are where those items stand now, ascending, and the
     // row selected last (-1 for none).
-    void selectItems(const QList<AUItemPtr> &items, const AUItemPtr &lastSelected = {});
-    QList<AUItemPtr> selectedItems() const;
+    void selectItems(const QList<PluginPtr> &items, const PluginPtr &lastSelected = {});
+    QList<PluginPtr> selectedItems() const;
     QList<int> selectedRows() const;
     int selectedRow() const;
     void selectRows(const QList<int> &rows, int lastSelected = -1);
@@ -192,8 +191,8 @@ signals:
     void columnsChanged();
     void selectionChanged();
     // For the info panel: a row was selected in the table, or the info command was given.
-    void rowSelected(const AUItemPtr &item);
-    void infoRequested(const AUItemPtr &item, bool showContent);
+    void rowSelected(const PluginPtr &item);
+    void infoRequested(const PluginPtr &item, bool showContent);
 
 protected:
     AppServices &services() const { return m_parts.services; }
@@ -207,7 +206,7 @@ private:
     struct ApplyRun;
     void setApplyEnabled(bool enabled);
     void setSetName(const QString &name);
-    void announceChanged(const QList<AUItemPtr> &items);
+    void announceChanged(const QList<PluginPtr> &items);
     void sortPlugins();
     // One folder's entries as the scan considers them: direct, or below it with subfolders on.
     QStringList listFolder(int loc, const QString &folder) const;
@@ -216,13 +215,13 @@ private:
     bool settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
                                 const std::array<QStringList, LocationCount> &listings);
     MoveOutcome applyRecord(int logIndex, ApplyRun &run);
-    MoveOutcome pendingOutcome(int logIndex, AUItemPtr *item = nullptr) const;
+    MoveOutcome pendingOutcome(int logIndex, PluginPtr *item = nullptr) const;
     // Says text with its arguments filled in where a person will see it: the log window in the
     // user's language, the system log and KorvaneCMD's standard error in English.
     void tell(const char *text, const QStringList &args);
     // Sets an item's active flag, its place and its record; true when it is now pending.
-    void markActive(const AUItemPtr &item, bool active);
-    void markAll(const std::function<bool(const AUItem &)> &which, bool active);
+    void markActive(const PluginPtr &item, bool active);
+    void markAll(const std::function<bool(const Plugin &)> &which, bool active);
     // Copies of at least this many bytes show their progress.
     static constexpr qint64 LongCopyBytes = 4 * 1024 * 1024;
     // Copy progress of the item-th (from 0, as it counts on) of count items, for the panel.
@@ -242,8 +241,8 @@ private:
     QList<SortDescriptor> m_sortDescriptors;
     // Pairs of the format's folders found to be one folder, each said once per run.
     QSet<QString> m_saidOneFolder;
-    QList<AUItemPtr> m_selection; // in the order the view gave them
-    AUItemPtr m_lastSelected;
+    QList<PluginPtr> m_selection; // in the order the view gave them
+    PluginPtr m_lastSelected;
 };
 
 } // namespace korvane

@@ -120,14 +120,14 @@ CopyProgress TypeManager::copyProgressFor(const int &item, int count) const
     };
 }
 
-void TypeManager::checkLogForUpdate(const AUItemPtr &item)
+void TypeManager::checkLogForUpdate(const PluginPtr &item)
 {
     const qsizetype index = m_list.recordIndexOf(*item);
     if (index < 0)
         return;
     AULog &record = m_list.record(index);
     const bool wasProcessed = record.isLogProcessed();
-    record.checkAndUpdateLogID(item->getAUName(), item->getAULocation(), item->getItemID());
+    record.checkAndUpdateLogID(item->name(), item->location(), item->id());
     m_list.noteRecordState(wasProcessed, record.isLogProcessed());
     if (!record.isLogProcessed())
         setApplyEnabled(true);
@@ -229,16 +229,16 @@ QList<MoveOutcome> TypeManager::applyAllPending()
     return outcomes;
 }
 
-MoveOutcome TypeManager::pendingOutcome(int logIndex, AUItemPtr *item) const
+MoveOutcome TypeManager::pendingOutcome(int logIndex, PluginPtr *item) const
 {
     const AULog &record = m_list.records().at(logIndex);
     const QString from = record.getLogPath() % QLatin1Char('/') % record.getLogName();
     MoveOutcome outcome{record.getLogName(), from, QString(), false, false, FileError{}};
     const int index = findItemIndex(record.getLogName(), record.getLogID());
     if (index >= 0) {
-        const AUItemPtr &found = m_list.at(index);
-        outcome.to = found->getAULocation() % QLatin1Char('/') % found->getAUName();
-        outcome.enabled = found->getAUActive();
+        const PluginPtr &found = m_list.at(index);
+        outcome.to = found->location() % QLatin1Char('/') % found->name();
+        outcome.enabled = found->isActive();
         if (item)
             *item = found;
     }
@@ -247,7 +247,7 @@ MoveOutcome TypeManager::pendingOutcome(int logIndex, AUItemPtr *item) const
 
 MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
 {
-    AUItemPtr item;
+    PluginPtr item;
     MoveOutcome outcome = pendingOutcome(logIndex, &item);
     if (!item) {
         // The scan keeps items and records in step; a record without its item cannot be applied.
@@ -259,7 +259,7 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
     AppServices *main = &services();
     FileOperations &files = this->files();
     const QString fromFolder = m_list.records().at(logIndex).getLogPath();
-    const QString toFolder = item->getAULocation();
+    const QString toFolder = item->location();
     const auto reportFailure = [&](const FileError &error) {
         if (!main->fileManager(&files, QVariantMap{{QStringLiteral("Error"), error.reason},
                                                    {QStringLiteral("Path"), error.path}}))
@@ -453,18 +453,18 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
     return done();
 }
 
-void TypeManager::moveContent(const AUItemPtr &item)
+void TypeManager::moveContent(const PluginPtr &item)
 {
-    if (!item->hasContent() || item->getContentMaxIndex() <= 0
+    if (!item->hasContent() || item->contentCount() <= 0
         || !m_parts.prefs.moveContent(m_traits.type))
         return;
 
     const std::array<QString, LocationCount> folders = locations().folderPaths(m_traits);
     FileOperations &files = this->files();
-    const QString target = item->getAULocation();
-    const int count = item->getContentMaxIndex();
+    const QString target = item->location();
+    const int count = item->contentCount();
     for (int i = 0; i < count; ++i) {
-        const QString entry = item->getContentByIndex(i);
+        const QString entry = item->contentAt(i);
         // content.plist is outside data: a ".." step could name any file above the folders.
         if (climbsUp(entry))
             continue;
@@ -493,7 +493,7 @@ void TypeManager::moveContent(const AUItemPtr &item)
         if (step) {
             tell(QT_TRANSLATE_NOOP("korvane", "The companion %1 of %2 stays where it is: %3 on "
                                               "the way is a link or no folder"),
-                 {entry, item->getAUName(), step->path});
+                 {entry, item->name(), step->path});
             continue;
         }
         // Content that does not move is not reported; the list follows the plug-in regardless.
@@ -504,50 +504,48 @@ void TypeManager::moveContent(const AUItemPtr &item)
 
 void TypeManager::setAllActive()
 {
-    markAll([](const AUItem &item) { return !item.getAUActive(); }, true);
+    markAll([](const Plugin &item) { return !item.isActive(); }, true);
 }
 
 void TypeManager::setAllInactive()
 {
-    markAll([](const AUItem &item) { return item.getAUActive(); }, false);
+    markAll([](const Plugin &item) { return item.isActive(); }, false);
 }
 
 void TypeManager::setGroupActive()
 {
-    const AUItemPtr selected = itemAt(selectedRow());
+    const PluginPtr selected = itemAt(selectedRow());
     if (!selected)
         return;
-    const int group = selected->getGroupID();
-    markAll(
-        [group](const AUItem &item) { return !item.getAUActive() && item.groupIDEqualTo(group); },
-        true);
+    const int group = selected->groupId();
+    markAll([group](const Plugin &item) { return !item.isActive() && item.groupId() == group; },
+            true);
 }
 
 void TypeManager::setGroupInactive()
 {
-    const AUItemPtr selected = itemAt(selectedRow());
+    const PluginPtr selected = itemAt(selectedRow());
     if (!selected)
         return;
-    const int group = selected->getGroupID();
-    markAll(
-        [group](const AUItem &item) { return item.getAUActive() && item.groupIDEqualTo(group); },
-        false);
+    const int group = selected->groupId();
+    markAll([group](const Plugin &item) { return item.isActive() && item.groupId() == group; },
+            false);
 }
 
 // The selected-row commands set every selected item whatever its state, so each one's record is
 // brought up to date even when nothing changes.
 void TypeManager::setSelectedActive()
 {
-    const QList<AUItemPtr> selected = selectedItems();
-    for (const AUItemPtr &item : selected)
+    const QList<PluginPtr> selected = selectedItems();
+    for (const PluginPtr &item : selected)
         markActive(item, true);
     announceChanged(selected);
 }
 
 void TypeManager::setSelectedInactive()
 {
-    const QList<AUItemPtr> selected = selectedItems();
-    for (const AUItemPtr &item : selected)
+    const QList<PluginPtr> selected = selectedItems();
+    for (const PluginPtr &item : selected)
         markActive(item, false);
     announceChanged(selected);
 }

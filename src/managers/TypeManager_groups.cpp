@@ -23,8 +23,8 @@ void TypeManager::saveGroups()
     if (!m_scanned)
         return;
     QVariantList pairs;
-    for (const AUItemPtr &item : m_list.items())
-        pairs << item->getAUName() << item->getAUGroup();
+    for (const PluginPtr &item : m_list.items())
+        pairs << item->name() << item->group();
     services().createSupportFolder(); // a fresh home has none yet
     services().writeDataFile(groupsFilePath(), pairs, [](const QString &file) {
         return PropertyList::readArray(file).has_value();
@@ -44,23 +44,22 @@ QString TypeManager::findGroup(const QVariantList &groups, const QString &name)
     return QStringLiteral("");
 }
 
-void TypeManager::changeGroup(const AUItemPtr &item, const QString &group)
+void TypeManager::changeGroup(const PluginPtr &item, const QString &group)
 {
     if (!item)
         return;
     UndoManager *undo = services().getUndoManager();
 
-    const QString previous = item->getAUGroup();
+    const QString previous = item->group();
     QPointer<TypeManager> self(this);
     undo->registerUndo(this, [self, item, previous] {
         if (self)
             self->changeGroup(item, previous);
     });
-    item->setAUGroup(group);
+    item->setGroup(group);
     if (!undo->isUndoing())
-        undo->setActionName(
-            fillFormat(korvane::tr("%@ %@ for \"%@\""),
-                       {korvane::tr("setGroup"), item->getAUGroup(), item->getAUName()}));
+        undo->setActionName(fillFormat(korvane::tr("%@ %@ for \"%@\""),
+                                       {korvane::tr("setGroup"), item->group(), item->name()}));
     if (undo->isUndoing() || undo->isRedoing())
         announceChanged({item});
     services().setUndoTitle();
@@ -71,9 +70,9 @@ void TypeManager::setGroup(const QString &menuTitle)
 {
     const QString group =
         menuTitle == QLatin1String("none") ? QString(QLatin1String("")) : menuTitle;
-    const QList<AUItemPtr> selected = selectedItems();
-    for (const AUItemPtr &item : selected)
-        item->setAUGroup(group);
+    const QList<PluginPtr> selected = selectedItems();
+    for (const PluginPtr &item : selected)
+        item->setGroup(group);
     announceChanged(selected);
     saveGroups();
 }

@@ -35,7 +35,7 @@ QString trText(const QString &english)
 
 void TypeManager::getInfo()
 {
-    const AUItemPtr selected = itemAt(selectedRow());
+    const PluginPtr selected = itemAt(selectedRow());
     // Without a selection the panel only learns whether to show content.
     emit infoRequested(selected, m_parts.prefs.showContent(m_traits.type));
     if (!selected)
@@ -75,7 +75,7 @@ void TypeManager::checkForDuplicates()
         services->addLogEntry(this, report);
 }
 
-QList<QPair<QString, int>> TypeManager::duplicateNames(const QList<AUItemPtr> &items)
+QList<QPair<QString, int>> TypeManager::duplicateNames(const QList<PluginPtr> &items)
 {
     // One pass, each item looked at once: names in order of their first item, with their counts
     // (places holds a name's place in that list, plus one). A large list costs little more per
@@ -83,8 +83,8 @@ QList<QPair<QString, int>> TypeManager::duplicateNames(const QList<AUItemPtr> &i
     QHash<QString, qsizetype> places;
     places.reserve(items.size());
     QList<QPair<QString, int>> names;
-    for (const AUItemPtr &item : items) {
-        QString name = item->getAUName();
+    for (const PluginPtr &item : items) {
+        QString name = item->name();
         qsizetype &place = places[name];
         if (place == 0) {
             names.append({std::move(name), 0});
@@ -103,7 +103,7 @@ void TypeManager::deleteItem()
     std::sort(rows.begin(), rows.end(), std::greater<int>());
     FileOperations &files = this->files();
     for (int row : std::as_const(rows)) {
-        const AUItemPtr item = m_list.at(row);
+        const PluginPtr item = m_list.at(row);
         const QString path = m_list.pathOnDisk(*item);
         // Nothing is left to apply for a row that is gone.
         if (const qsizetype index = m_list.recordIndexOf(*item); index >= 0) {
@@ -131,12 +131,6 @@ void TypeManager::deleteItem()
         selectItems({m_list.at(0)});
 }
 
-QString TypeManager::getIconFromObject(int row) const
-{
-    const AUItemPtr item = itemAt(row);
-    return item ? item->getAUIcon() : QString();
-}
-
 void TypeManager::setPlattformVisible(bool visible)
 {
     // Showing twice adds a second column and hiding removes one; callers ask once per load.
@@ -149,7 +143,7 @@ void TypeManager::setPlattformVisible(bool visible)
 
 void TypeManager::setPlattformActive(int plattform, bool active)
 {
-    markAll([plattform](const AUItem &item) { return item.getPlattform() == plattform; }, active);
+    markAll([plattform](const Plugin &item) { return item.architecture() == plattform; }, active);
 }
 
 } // namespace korvane

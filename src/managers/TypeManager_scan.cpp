@@ -178,8 +178,8 @@ void TypeManager::reloadData()
 
     // The selection outlives the rescan by name and place; the items themselves are made anew.
     QList<QPair<QString, QString>> selected;
-    for (const AUItemPtr &item : selectedItems())
-        selected.append({item->getAUName(), item->getAULocation()});
+    for (const PluginPtr &item : selectedItems())
+        selected.append({item->name(), item->location()});
 
     emit itemsAboutToBeReset();
     m_list.clear();
@@ -258,12 +258,12 @@ void TypeManager::reloadData()
                 || !m_traits.recognise(m_traits.recognitionTakesFullPath ? fullPath : entry))
                 continue;
 
-            auto item = std::make_shared<AUItem>(&main);
-            item->setAUName(entry);
-            item->setAULocation(folder);
-            item->setAUGlobal(global);
-            item->setAUActive(active);
-            item->setAUGroup(groups.groupOf(entry));
+            auto item = std::make_shared<Plugin>(&main);
+            item->setName(entry);
+            item->setLocation(folder);
+            item->setGlobal(global);
+            item->setActive(active);
+            item->setGroup(groups.groupOf(entry));
 
             AULog record;
             record.setLogName(entry);
@@ -271,8 +271,7 @@ void TypeManager::reloadData()
             record.setLogProcessed(true);
 
             m_list.append(item, record);
-            item->initAUIcon();
-            item->setPlattform(fullPath);
+            item->detectArchitecture(fullPath);
         }
     }
 
@@ -281,12 +280,12 @@ void TypeManager::reloadData()
     setApplyEnabled(false);
     sortPlugins();
 
-    QList<AUItemPtr> reselected;
-    for (const AUItemPtr &item : m_list.items())
-        if (selected.contains({item->getAUName(), item->getAULocation()}))
+    QList<PluginPtr> reselected;
+    for (const PluginPtr &item : m_list.items())
+        if (selected.contains({item->name(), item->location()}))
             reselected << item;
     m_selection = reselected;
-    m_lastSelected = reselected.isEmpty() ? AUItemPtr() : reselected.last();
+    m_lastSelected = reselected.isEmpty() ? PluginPtr() : reselected.last();
     emit itemsReset();
     emit selectionChanged();
 }

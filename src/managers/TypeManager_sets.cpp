@@ -131,7 +131,7 @@ QStringList TypeManager::mergeSet(const QString &path)
     return mergeItems(SetDocument::read(path)); // only names, places and flags are taken
 }
 
-QStringList TypeManager::mergeItems(const QList<AUItemPtr> &saved)
+QStringList TypeManager::mergeItems(const QList<PluginPtr> &saved)
 {
     // A document saved while a plug-in was installed twice (system and user folder) names it
     // twice. Each saved entry goes to the copy that lies where the entry says, then to a copy in
@@ -139,7 +139,7 @@ QStringList TypeManager::mergeItems(const QList<AUItemPtr> &saved)
     // matching by name and position alone would follow the table's sort order and send one copy
     // onto the other's place. An entry left without a copy is missing like an unknown name.
     const std::array<QString, LocationCount> folders = locations().folderPaths(m_traits);
-    const QList<AUItemPtr> &plugins = m_list.items();
+    const QList<PluginPtr> &plugins = m_list.items();
 
     // The installed copies of each name in list order, where each lies on disk (the folder its
     // record was scanned in) and whether that is a system-wide folder.
@@ -148,14 +148,14 @@ QStringList TypeManager::mergeItems(const QList<AUItemPtr> &saved)
     std::vector<QString> where(size_t(plugins.size()));
     std::vector<bool> global(size_t(plugins.size()));
     for (qsizetype i = 0; i < plugins.size(); ++i) {
-        const AUItem &item = *plugins.at(i);
-        copies[item.getAUName()].append(i);
+        const Plugin &item = *plugins.at(i);
+        copies[item.name()].append(i);
         const QString folder = m_list.folderOnDisk(item);
         where[size_t(i)] = folder;
         const bool system =
             folder == folders[LocSystemActive] || folder == folders[LocSystemDisabled];
         const bool user = folder == folders[LocUserActive] || folder == folders[LocUserDisabled];
-        global[size_t(i)] = system || (!user && item.getAUGlobal());
+        global[size_t(i)] = system || (!user && item.isGlobal());
     }
 
     std::vector<qsizetype> match(size_t(saved.size()), -1);
@@ -164,11 +164,11 @@ QStringList TypeManager::mergeItems(const QList<AUItemPtr> &saved)
         for (qsizetype s = 0; s < saved.size(); ++s) {
             if (match[size_t(s)] >= 0)
                 continue;
-            const AUItem &entry = *saved.at(s);
+            const Plugin &entry = *saved.at(s);
             // A name that leaves its folder never names an installed plug-in.
-            if (!isContainedName(entry.getAUName()))
+            if (!isContainedName(entry.name()))
                 continue;
-            const auto candidates = copies.constFind(entry.getAUName());
+            const auto candidates = copies.constFind(entry.name());
             if (candidates == copies.cend())
                 continue;
             for (const qsizetype index : *candidates) {
@@ -180,28 +180,28 @@ QStringList TypeManager::mergeItems(const QList<AUItemPtr> &saved)
             }
         }
     };
-    pass([&](const AUItem &entry, qsizetype index) {
-        return where[size_t(index)] == entry.getAULocation();
+    pass([&](const Plugin &entry, qsizetype index) {
+        return where[size_t(index)] == entry.location();
     });
-    pass([&](const AUItem &entry, qsizetype index) {
-        return global[size_t(index)] == entry.getAUGlobal();
+    pass([&](const Plugin &entry, qsizetype index) {
+        return global[size_t(index)] == entry.isGlobal();
     });
-    pass([](const AUItem &, qsizetype) { return true; });
+    pass([](const Plugin &, qsizetype) { return true; });
 
     QStringList missing;
-    QList<AUItemPtr> changed;
+    QList<PluginPtr> changed;
     for (qsizetype s = 0; s < saved.size(); ++s) {
-        const AUItem &entry = *saved.at(s);
+        const Plugin &entry = *saved.at(s);
         if (match[size_t(s)] < 0) {
-            missing << entry.getAUName();
+            missing << entry.name();
             continue;
         }
-        const AUItemPtr item = plugins.at(match[size_t(s)]);
-        item->setAUName(entry.getAUName());
-        item->setAULocation(entry.getAULocation());
-        item->setAUGlobal(entry.getAUGlobal());
-        item->setAUActive(entry.getAUActive());
-        item->checkObject(folders);
+        const PluginPtr item = plugins.at(match[size_t(s)]);
+        item->setName(entry.name());
+        item->setLocation(entry.location());
+        item->setGlobal(entry.isGlobal());
+        item->setActive(entry.isActive());
+        item->updateLocation(folders);
         checkLogForUpdate(item);
         changed << item;
     }

@@ -28,7 +28,7 @@ const QString kGroup = QStringLiteral("AUGroup");
 // numbers, the rest as text; a column the items do not have leaves the order to the next one.
 class SortColumn {
 public:
-    SortColumn(const SortDescriptor &descriptor, const QList<AUItemPtr> &items)
+    SortColumn(const SortDescriptor &descriptor, const QList<PluginPtr> &items)
         : m_ascending(descriptor.ascending),
           m_case(descriptor.caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive)
     {
@@ -36,39 +36,29 @@ public:
         const auto numbers = [&](auto value) {
             m_kind = Number;
             m_numbers.reserve(items.size());
-            for (const AUItemPtr &item : items)
+            for (const PluginPtr &item : items)
                 m_numbers.push_back(int(value(*item)));
         };
         const auto texts = [&](auto value) {
             m_kind = Text;
             m_texts.reserve(items.size());
-            for (const AUItemPtr &item : items)
+            for (const PluginPtr &item : items)
                 m_texts.push_back(value(*item));
             if (m_case == Qt::CaseInsensitive)
                 foldAscii();
         };
         if (key == kActive)
-            numbers([](const AUItem &i) { return i.getAUActive(); });
+            numbers([](const Plugin &i) { return i.isActive(); });
         else if (key == kGlobal)
-            numbers([](const AUItem &i) { return i.getAUGlobal(); });
-        else if (key == QLatin1String("Selected"))
-            numbers([](const AUItem &i) { return i.getSelected(); });
-        else if (key == QLatin1String("ItemID"))
-            numbers([](const AUItem &i) { return i.getItemID(); });
-        else if (key == QLatin1String("GroupID"))
-            numbers([](const AUItem &i) { return i.getGroupID(); });
-        else if (key == QLatin1String("Plattform"))
-            numbers([](const AUItem &i) { return i.getPlattform(); });
+            numbers([](const Plugin &i) { return i.isGlobal(); });
         else if (key == kGroup)
-            texts([](const AUItem &i) { return i.getAUGroup(); });
-        else if (key == QLatin1String("AUType") || key == QLatin1String("PlattformIdent"))
-            texts([](const AUItem &i) { return i.getPlattformIdent(); });
+            texts([](const Plugin &i) { return i.group(); });
+        else if (key == QLatin1String("AUType"))
+            texts([](const Plugin &i) { return i.architectureName(); });
         else if (key == QLatin1String("AUName"))
-            texts([](const AUItem &i) { return i.getAUName(); });
+            texts([](const Plugin &i) { return i.name(); });
         else if (key == QLatin1String("AULocation"))
-            texts([](const AUItem &i) { return i.getAULocation(); });
-        else if (key == QLatin1String("AUIcon"))
-            texts([](const AUItem &i) { return i.getAUIcon(); });
+            texts([](const Plugin &i) { return i.location(); });
     }
 
     // Negative, zero or positive as item a sorts before, with or after item b.
@@ -134,33 +124,20 @@ QVariant TypeManager::objectValue(int row, const QString &identifier) const
     return itemValue(*m_list.at(row), identifier);
 }
 
-QVariant TypeManager::itemValue(const AUItem &item, const QString &identifier)
+QVariant TypeManager::itemValue(const Plugin &item, const QString &identifier)
 {
     if (identifier == kActive)
-        return item.getAUActive();
+        return item.isActive();
     if (identifier == kGlobal)
-        return item.getAUGlobal();
+        return item.isGlobal();
     if (identifier == kGroup)
-        return item.getAUGroup();
+        return item.group();
     if (identifier == QLatin1String("AUType"))
-        return item.getPlattformIdent();
-    // Any other column shows the item's accessor named get followed by the identifier.
+        return item.architectureName();
     if (identifier == QLatin1String("AUName"))
-        return item.getAUName();
+        return item.name();
     if (identifier == QLatin1String("AULocation"))
-        return item.getAULocation();
-    if (identifier == QLatin1String("AUIcon"))
-        return item.getAUIcon();
-    if (identifier == QLatin1String("Selected"))
-        return item.getSelected();
-    if (identifier == QLatin1String("ItemID"))
-        return item.getItemID();
-    if (identifier == QLatin1String("GroupID"))
-        return item.getGroupID();
-    if (identifier == QLatin1String("Plattform"))
-        return item.getPlattform();
-    if (identifier == QLatin1String("PlattformIdent"))
-        return item.getPlattformIdent();
+        return item.location();
     return QVariant();
 }
 
@@ -171,7 +148,7 @@ void TypeManager::setObjectValue(const QVariant &value, const QString &identifie
     changeObject(m_list.at(row), identifier, value);
 }
 
-void TypeManager::changeObject(const AUItemPtr &item, const QString &identifier,
+void TypeManager::changeObject(const PluginPtr &item, const QString &identifier,
                                const QVariant &data)
 {
     if (!item)
@@ -181,7 +158,7 @@ void TypeManager::changeObject(const AUItemPtr &item, const QString &identifier,
 
     if (identifier == kGroup) {
         changeGroup(item, data.toString());
-        item->checkObject(m_traits.type);
+        item->updateLocation(m_traits.type);
         checkLogForUpdate(item);
         announceChanged({item});
         return;
@@ -197,16 +174,16 @@ void TypeManager::changeObject(const AUItemPtr &item, const QString &identifier,
     });
     const bool globalFlag = identifier == kGlobal;
     if (globalFlag)
-        item->setAUGlobal(!item->getAUGlobal());
+        item->setGlobal(!item->isGlobal());
     else
-        item->setAUActive(!item->getAUActive());
+        item->setActive(!item->isActive());
     if (!undo->isUndoing())
-        undo->setActionName(m_traits.toggleActionName(item->getAUName(), item->getAUActive(),
-                                                      item->getAUGlobal(), globalFlag));
+        undo->setActionName(m_traits.toggleActionName(item->name(), item->isActive(),
+                                                      item->isGlobal(), globalFlag));
 
     services->setUndoTitle();
     services->setRedoTitle();
-    item->checkObject(m_traits.type);
+    item->updateLocation(m_traits.type);
     checkLogForUpdate(item);
     bChanged = pbSetsIndex > 0;
     announceChanged({item});
@@ -233,7 +210,7 @@ void TypeManager::sortPlugins()
     // Stable, and item IDs stay as the scan gave them: activation finds items by ID.
     std::vector<SortColumn> columns;
     columns.reserve(size_t(m_sortDescriptors.size()));
-    const QList<AUItemPtr> &plugins = m_list.items();
+    const QList<PluginPtr> &plugins = m_list.items();
     for (const SortDescriptor &descriptor : std::as_const(m_sortDescriptors))
         columns.emplace_back(descriptor, plugins);
     std::vector<qsizetype> order(size_t(plugins.size()));
@@ -245,7 +222,7 @@ void TypeManager::sortPlugins()
         }
         return false;
     });
-    QList<AUItemPtr> sorted;
+    QList<PluginPtr> sorted;
     sorted.reserve(plugins.size());
     for (qsizetype index : order)
         sorted.append(plugins.at(index));
@@ -256,7 +233,7 @@ QStringList TypeManager::writeRows(const QList<int> &rows) const
 {
     QStringList paths;
     for (int row : rows) {
-        if (const AUItemPtr item = itemAt(row))
+        if (const PluginPtr item = itemAt(row))
             paths << m_list.pathOnDisk(*item);
     }
     return paths;

@@ -35,12 +35,12 @@ MyInfoObj *MyInfoObj::getInfo()
     return SharedInstance<MyInfoObj>::get();
 }
 
-void MyInfoObj::showInfo(const AUItemPtr &item)
+void MyInfoObj::showInfo(const PluginPtr &item)
 {
     if (item) {
-        const QString bundlePath = item->getAULocation() + QLatin1Char('/') + item->getAUName();
+        const QString bundlePath = item->location() + QLatin1Char('/') + item->name();
         const QVariantMap info = Bundle::infoDictionary(bundlePath).value_or(QVariantMap());
-        etIFName = infoString(info, QStringLiteral("CFBundleName"), item->getAUName());
+        etIFName = infoString(info, QStringLiteral("CFBundleName"), item->name());
         etIFVersion = infoString(info, QStringLiteral("CFBundleVersion"), QStringLiteral("???"));
         etIFInfo =
             infoString(info, QStringLiteral("CFBundleGetInfoString"), QString(QLatin1String("")));
@@ -67,14 +67,14 @@ bool MyInfoObj::windowShouldClose()
 
 int MyInfoObj::numberOfRowsInTableView() const
 {
-    return pData ? pData->getContentMaxIndex() : 0;
+    return pData ? pData->contentCount() : 0;
 }
 
 QString MyInfoObj::objectValue(int row) const
 {
     if (row < 0 || row >= numberOfRowsInTableView())
         return QString();
-    return pData->getContentByIndex(row);
+    return pData->contentAt(row);
 }
 
 void MyInfoObj::addContent()

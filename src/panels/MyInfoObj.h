@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/AUItem.h"
+#include "model/Plugin.h"
 
 #include <QObject>
 #include <QString>
@@ -17,7 +17,7 @@ public:
     MyInfoObj(AppServices &services, MyPrefObj &prefs);
     static MyInfoObj *getInfo();
 
-    void showInfo(const AUItemPtr &item); // null keeps the item shown so far
+    void showInfo(const PluginPtr &item); // null keeps the item shown so far
     bool isVisible() const { return bIsVisible; }
     bool shouldDisplayContent() const { return bDisplayContent; }
     void setDisplayContent(bool display);
@@ -28,7 +28,7 @@ public:
     void addContent();
     void deleteContent(int selectedRow); // -1 for none
 
-    AUItemPtr item() const { return pData; }
+    PluginPtr item() const { return pData; }
     QString name() const { return etIFName; }
     QString version() const { return etIFVersion; }
     QString info() const { return etIFInfo; }
@@ -41,7 +41,7 @@ private:
     MyPrefObj &m_prefs;
     bool bIsVisible = false;
     bool bDisplayContent = false;
-    AUItemPtr pData;
+    PluginPtr pData;
     QString etIFInfo;
     QString etIFName;
     QString etIFVersion;

@@ -10,7 +10,7 @@
 namespace korvane {
 
 // One object of a sequential ("typedstream") archive. Strings carry their text, arrays their
-// elements, numbers their value; any other class (AUItem) carries the objects its coder wrote.
+// elements, numbers their value; any other class (Plugin) carries the objects its coder wrote.
 struct ArchivedObject {
     QString className; // most derived class: "NSString", "NSMutableArray", "AUItem", ...
     QString string;    // NSString / NSMutableString

@@ -74,12 +74,12 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
     m_info = std::make_unique<MyInfoObj>(*m_main, *m_pref);
     MyInfoObj *info = m_info.get();
     for (TypeManager *manager : std::as_const(m_managerList)) {
-        QObject::connect(manager, &TypeManager::rowSelected, info, [info](const AUItemPtr &item) {
+        QObject::connect(manager, &TypeManager::rowSelected, info, [info](const PluginPtr &item) {
             if (info->isVisible())
                 info->showInfo(item);
         });
         QObject::connect(manager, &TypeManager::infoRequested, info,
-                         [info](const AUItemPtr &item, bool showContent) {
+                         [info](const PluginPtr &item, bool showContent) {
                              info->setDisplayContent(showContent);
                              if (item)
                                  info->showInfo(item);

@@ -180,13 +180,13 @@ protected:
                                                     {"Missing.component", false, true},
                                                     {"Delta.component", false, true}})
     {
-        QList<AUItemPtr> items;
+        QList<PluginPtr> items;
         for (const auto &[name, global, active] : entries) {
-            items << std::make_shared<AUItem>();
-            items.last()->setAUName(name);
-            items.last()->setAUGlobal(global);
-            items.last()->setAUActive(active);
-            items.last()->checkObject(TypeAU);
+            items << std::make_shared<Plugin>();
+            items.last()->setName(name);
+            items.last()->setGlobal(global);
+            items.last()->setActive(active);
+            items.last()->updateLocation(TypeAU);
         }
         const QString path = homePath("Documents/" + fileName);
         EXPECT_TRUE(SetDocument::write(disk(), path, items));

@@ -14,7 +14,7 @@ protected:
     static int rowOf(const TypeManager &manager, const QString &name)
     {
         for (int row = 0; row < manager.numberOfRowsInTableView(); ++row)
-            if (manager.itemAt(row)->getAUName() == name)
+            if (manager.itemAt(row)->name() == name)
                 return row;
         return -1;
     }

@@ -74,11 +74,11 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
     EXPECT_TRUE(window->page(TypeAU)->applyButton()->isEnabled());
     EXPECT_TRUE(window->action("miSpecialEnv")->isEnabled());
     // The undo item names the last edit and undoes it in the core.
-    const bool global = au.itemAt(0)->getAUGlobal();
+    const bool global = au.itemAt(0)->isGlobal();
     au.changeObject(au.itemAt(0), "AUGlobal", !global);
     EXPECT_EQ(window->action("miUndo")->text(), context->main()->undoTitle());
     window->action("miUndo")->trigger();
-    EXPECT_EQ(au.itemAt(0)->getAUGlobal(), global);
+    EXPECT_EQ(au.itemAt(0)->isGlobal(), global);
 }
 
 TEST_F(MainWindowTest, ThePreferencesOnBoxTakesTheTabOutAndPutsTheSamePageBack)

@@ -46,7 +46,7 @@ protected:
         GuiTest::TearDown();
     }
     UndoManager &undo() { return *context->main()->getUndoManager(); }
-    AUItemPtr item(const QString &name) const
+    PluginPtr item(const QString &name) const
     {
         return au->itemAt(rowOf(*au, name + ".component"));
     }
@@ -67,8 +67,8 @@ protected:
     QStringList selectedNames() const
     {
         QStringList names, shown;
-        for (const AUItemPtr &selected : au->selectedItems())
-            names << selected->getAUName();
+        for (const PluginPtr &selected : au->selectedItems())
+            names << selected->name();
         for (const QModelIndex &index : view->selectionModel()->selectedRows(1))
             shown << index.data().toString();
         names.sort();
@@ -161,8 +161,8 @@ TEST_F(PluginTableTest, TheFilterHidesRowsAndEditsReachTheShownPlugInAsOneUndoSt
     EXPECT_EQ(selectedNames(), QStringList{"Birch Delay.component"});
     view->setCurrentIndex(view->model()->index(0, view->tableModel().columnOf("AUActive")));
     QTest::keyClick(view.get(), Qt::Key_Space); // the check box, from the keyboard
-    EXPECT_TRUE(item("Birch Delay")->getAUActive());
-    EXPECT_TRUE(item("Alder Chorus")->getAUActive());
+    EXPECT_TRUE(item("Birch Delay")->isActive());
+    EXPECT_TRUE(item("Alder Chorus")->isActive());
     EXPECT_EQ(undo().undoActionName(), "enable \"Birch Delay.component\"");
 
     const QModelIndex group = view->model()->index(0, view->tableModel().columnOf("AUGroup"));
@@ -172,11 +172,11 @@ TEST_F(PluginTableTest, TheFilterHidesRowsAndEditsReachTheShownPlugInAsOneUndoSt
     const int modulation = combo->findText("Modulation");
     combo->setCurrentIndex(modulation);
     emit combo->activated(modulation); // the pick, as the list reports it
-    EXPECT_EQ(item("Birch Delay")->getAUGroup(), "Modulation");
+    EXPECT_EQ(item("Birch Delay")->group(), "Modulation");
     EXPECT_EQ(group.data(), "Modulation");
 
     undo().undo();
-    EXPECT_EQ(item("Birch Delay")->getAUGroup(), "");
+    EXPECT_EQ(item("Birch Delay")->group(), "");
     undo().undo();
     EXPECT_EQ(cell("Birch Delay", "AUActive").data(Qt::CheckStateRole), Qt::Unchecked);
     EXPECT_FALSE(undo().canUndo());
@@ -232,7 +232,7 @@ TEST_F(PluginTableTest, NameBytesThatAreNoTextShowAsReplacementCharacters)
     const QModelIndex index = cell("Alder Chorus", "AUName");
     const QString pair = QString(QChar(0xD800)) + QChar(0xDC80); // U+10080
     const QString kept = "Alder" + QString(QChar(0xDC80)) + pair + ".component";
-    item("Alder Chorus")->setAUName(kept);
+    item("Alder Chorus")->setName(kept);
     EXPECT_EQ(index.data().toString(), "Alder" + QString(QChar(0xFFFD)) + pair + ".component");
     EXPECT_EQ(index.data(Qt::EditRole).toString(), kept);
 }

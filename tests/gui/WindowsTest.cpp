@@ -85,10 +85,10 @@ TEST_F(WindowsTest, InfoPanelFollowsTheTableWhileOpenAndEditsContentWhereAllowed
     EXPECT_EQ(list->item(0)->text(), presets);
     list->setCurrentRow(-1);
     panel.findChild<QPushButton *>("pbRemove")->click(); // nothing chosen: nothing goes
-    EXPECT_EQ(au->itemAt(birch)->getContentMaxIndex(), 1);
+    EXPECT_EQ(au->itemAt(birch)->contentCount(), 1);
     list->setCurrentRow(0);
     panel.findChild<QPushButton *>("pbRemove")->click();
-    EXPECT_EQ(au->itemAt(birch)->getContentMaxIndex(), 0);
+    EXPECT_EQ(au->itemAt(birch)->contentCount(), 0);
 
     panel.close(); // a closed panel follows no more
     au->shouldSelectRow(alder);

@@ -186,9 +186,9 @@ TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical
     const QString quxOff = addAU(LocSystemDisabled, "Qux.component");
     SystemLogCapture capture;
     au->reloadData();
-    for (const AUItemPtr &it : au->items())
-        if (!it->getAUGlobal() || !it->getAUActive())
-            au->changeObject(it, it->getAUGlobal() ? "AUActive" : "AUGlobal", true);
+    for (const PluginPtr &it : au->items())
+        if (!it->isGlobal() || !it->isActive())
+            au->changeObject(it, it->isGlobal() ? "AUActive" : "AUGlobal", true);
 
     QStringList reported;
     for (const MoveOutcome &o : au->applyAllPending())
@@ -281,8 +281,8 @@ TEST_F(ActivationTest, TheNextScanLeavesOneWholeCopyUnderTheName)
         EXPECT_EQ(entries(on), c.on);
         EXPECT_EQ(entries(off), c.off);
         QStringList items;
-        for (const AUItemPtr &it : au->items())
-            items << (it->getAULocation() == on ? "on " : "off ") + it->getPlattformIdent();
+        for (const PluginPtr &it : au->items())
+            items << (it->location() == on ? "on " : "off ") + it->architectureName();
         EXPECT_EQ(items.join(','), c.items);
         EXPECT_TRUE(logText().contains(c.log + " ")) << logText().toStdString();
     }
@@ -403,7 +403,7 @@ TEST_F(ActivationTest, OnlyAScanThatHasTheLibraryToItselfTouchesLeftovers)
     mark(vst, "Sub/Fx.vst", true); // back to the subfolder it came from
     vst->VSTActivate();
     EXPECT_TRUE(whole(vstOn + "/Sub/Fx.vst", MachO::intel()) && !exists(moved));
-    EXPECT_EQ(vst->itemAt(0)->getAULocation(), vstOn);
+    EXPECT_EQ(vst->itemAt(0)->location(), vstOn);
 }
 
 // A plain-file VST known only by the Finder type in its sidecar, switched on where a stale
@@ -426,7 +426,7 @@ TEST_F(ActivationTest, AStaleSidecarInTheWayGoesToTheTrashAndThePlugInStaysListe
     };
     EXPECT_TRUE(apply(true).ok);
     EXPECT_EQ(names(vst), QStringList{"Foo"});
-    EXPECT_TRUE(item(vst, "Foo")->getAUActive());
+    EXPECT_TRUE(item(vst, "Foo")->isActive());
     EXPECT_EQ(FinderInfo::hfsTypeString(on + "/Foo"), "'aPcs'");
     const QString trashed = homePath(".local/share/Trash/files/._Foo");
     QFile sidecar(trashed);
@@ -449,7 +449,7 @@ TEST_F(ActivationTest, AStaleSidecarInTheWayGoesToTheTrashAndThePlugInStaysListe
     EXPECT_EQ(failed.error.path, on + "/._Foo");
     EXPECT_EQ(FinderInfo::hfsTypeString(off + "/Foo"), "'aPcs'");
     EXPECT_EQ(names(vst), QStringList{"Foo"});
-    EXPECT_FALSE(item(vst, "Foo")->getAUActive());
+    EXPECT_FALSE(item(vst, "Foo")->isActive());
 }
 
 // Whatever a path's text says, a link on the way can lead out of the folders: a companion behind

@@ -113,15 +113,15 @@ protected:
     static QStringList names(const TypeManager *manager)
     {
         QStringList result;
-        for (const AUItemPtr &plugin : manager->items())
-            result << plugin->getAUName();
+        for (const PluginPtr &plugin : manager->items())
+            result << plugin->name();
         return result;
     }
     static int rowOf(const TypeManager *manager, const QString &name)
     {
         return int(names(manager).indexOf(name));
     }
-    static AUItemPtr item(const TypeManager *manager, const QString &name)
+    static PluginPtr item(const TypeManager *manager, const QString &name)
     {
         return manager->itemAt(rowOf(manager, name));
     }

@@ -21,13 +21,13 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
     // name, location code, ID, architecture, global and active flags. Rows sort by name
     // case-insensitively; IDs keep the scan's order.
     QStringList rows;
-    for (const AUItemPtr &it : au->items()) {
+    for (const PluginPtr &it : au->items()) {
         int loc = 0;
-        while (loc < 4 && it->getAULocation() != folder(TypeAU, loc))
+        while (loc < 4 && it->location() != folder(TypeAU, loc))
             ++loc;
-        rows << QString("%1 %2 #%3 ").arg(it->getAUName()).arg(loc).arg(it->getItemID())
-                    + it->getAUType() + (it->getAUGlobal() ? " 1" : " 0")
-                    + (it->getAUActive() ? "1" : "0");
+        rows << QString("%1 %2 #%3 ").arg(it->name()).arg(loc).arg(it->id())
+                    + it->architectureName() + (it->isGlobal() ? " 1" : " 0")
+                    + (it->isActive() ? "1" : "0");
     }
     EXPECT_EQ(rows, QStringList({"alpha.component 0 #1 Universal Binary 11",
                                  "Mine.component 3 #5 Unknown 00", "notacomponent 0 #2 PPC 11",
@@ -39,8 +39,8 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
     au->checkForDuplicates();
     EXPECT_EQ(logText().section('\n', 1), "Plugin Zeta.component is found 2 times\n");
     au->setPlattformActive(3, false);
-    EXPECT_FALSE(item(au, "alpha.component")->getAUActive());
-    EXPECT_TRUE(item(au, "Zeta.component")->getAUActive() && au->isApplyEnabled());
+    EXPECT_FALSE(item(au, "alpha.component")->isActive());
+    EXPECT_TRUE(item(au, "Zeta.component")->isActive() && au->isApplyEnabled());
 }
 
 // Each folder is named as written, empty ones show nothing, the bar keeps its last value. A scan
@@ -85,7 +85,7 @@ TEST_F(ScanTest, SubfoldersAreScannedInAllFourFolders)
     // Bundles are collapsed: nothing inside a .vst is listed on its own.
     EXPECT_EQ(names(vst), QStringList({"Deep/Er/Sys.vst", "Fx/Echo.vst", "Fx/Echo.vst copy.vst",
                                        "Fx/Echo.vst2.vst", "Sub/Foo.vst", "Top.vst"}));
-    EXPECT_EQ(item(vst, "Sub/Foo.vst")->getAULocation(), folder(TypeVST, 2));
+    EXPECT_EQ(item(vst, "Sub/Foo.vst")->location(), folder(TypeVST, 2));
 
     setPref("VSTScanSubfolders", false);
     vst->reloadData();

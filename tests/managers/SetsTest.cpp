@@ -7,12 +7,12 @@
 namespace korvane {
 
 // One line per item: what a set document keeps of it.
-static QStringList summary(const QList<AUItemPtr> &items)
+static QStringList summary(const QList<PluginPtr> &items)
 {
     QStringList lines;
-    for (const AUItemPtr &item : items)
-        lines << item->getAUName() + "|" + item->getAULocation() + "|"
-                     + (item->getAUGlobal() ? "1" : "0") + (item->getAUActive() ? "1" : "0");
+    for (const PluginPtr &item : items)
+        lines << item->name() + "|" + item->location() + "|" + (item->isGlobal() ? "1" : "0")
+                     + (item->isActive() ? "1" : "0");
     return lines;
 }
 
@@ -38,20 +38,20 @@ protected:
         return path;
     }
     // Four items: every pair of flags, names and places beyond ASCII and of great length.
-    QList<AUItemPtr> sample() const
+    QList<PluginPtr> sample() const
     {
         const QStringList items{"Über Delay.component|/Library/Audio/Plug-Ins/Components|11",
                                 "日本語 Reverb.vst|"
                                     + homePath("Library/Audio/Plug-Ins/VST (Disabled)") + "|00",
                                 QString(230, 'n') + ".component|/" + QString(250, 'p') + "|10",
                                 "Sub/Folder Plug.dpm|/Library/Audio/Plug-Ins/MAS|01"};
-        QList<AUItemPtr> result;
+        QList<PluginPtr> result;
         for (const QString &line : items) {
-            result << std::make_shared<AUItem>();
-            result.last()->setAUName(line.section('|', 0, 0));
-            result.last()->setAULocation(line.section('|', 1, 1));
-            result.last()->setAUGlobal(line.section('|', 2).startsWith('1'));
-            result.last()->setAUActive(line.section('|', 2).endsWith('1'));
+            result << std::make_shared<Plugin>();
+            result.last()->setName(line.section('|', 0, 0));
+            result.last()->setLocation(line.section('|', 1, 1));
+            result.last()->setGlobal(line.section('|', 2).startsWith('1'));
+            result.last()->setActive(line.section('|', 2).endsWith('1'));
         }
         return result;
     }
@@ -83,7 +83,7 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
     au->changeObject(item(au, "B.component"), "AUActive", false);
     EXPECT_TRUE(au->isSetChanged());
     au->openPanelDidEnd(1, path);
-    EXPECT_TRUE(item(au, "B.component")->getAUActive());
+    EXPECT_TRUE(item(au, "B.component")->isActive());
     EXPECT_FALSE(au->isApplyEnabled());
 
     ui.alertAnswers << 0; // Discard the change
@@ -127,11 +127,10 @@ TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
     const QString user = addAU(LocUserActive, "Foo.component");
     au->reloadData();
     au->sortDescriptorsDidChange({{"AULocation", true}});
-    for (const AUItemPtr &it : au->items()) {
-        if ((it->getAUName() == "Foo.component" && it->getAUGlobal())
-            || it->getAUName() == "A.component") {
-            it->setAUActive(false);
-            it->checkObject(TypeAU);
+    for (const PluginPtr &it : au->items()) {
+        if ((it->name() == "Foo.component" && it->isGlobal()) || it->name() == "A.component") {
+            it->setActive(false);
+            it->updateLocation(TypeAU);
         }
     }
     const QString path = documents + "/copies.aukorv";
@@ -170,7 +169,7 @@ TEST_F(SetsTest, DocumentsAreWrittenIdenticallyAndFailedWritesKeepTheOld)
     QFile file(KORVANE_TEST_DATA "/typedstream/AUItemExample");
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QByteArray example = file.readAll();
-    const QList<AUItemPtr> items = SetDocument::decode(example);
+    const QList<PluginPtr> items = SetDocument::decode(example);
     EXPECT_EQ(summary(items), QStringList{"Foo.component|/Library/Audio/Plug-Ins/Components|11"});
     EXPECT_EQ(SetDocument::encode(items), example);
 

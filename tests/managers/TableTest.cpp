@@ -30,15 +30,15 @@ protected:
 // comes back. A sort is stable and keeps the selected plug-in. Neither rebuilds the list.
 TEST_F(TableTest, TogglesUndoAndSortsChangeRowsWithoutRebuildingTheList)
 {
-    const AUItemPtr foo = item(au, "Foo.component");
+    const PluginPtr foo = item(au, "Foo.component");
     au->setObjectValue(false, "AUActive", rowOf(au, "Foo.component"));
     EXPECT_EQ(changedRows, QList<int>{rowOf(au, "Foo.component")});
-    EXPECT_EQ(foo->getAULocation(), folder(TypeAU, LocSystemDisabled));
+    EXPECT_EQ(foo->location(), folder(TypeAU, LocSystemDisabled));
     au->changeObject(foo, "AUActive", true);
     EXPECT_FALSE(au->isApplyEnabled());
     undo->undo();
     undo->undo();
-    EXPECT_EQ(foo->getAULocation(), folder(TypeAU, LocSystemActive));
+    EXPECT_EQ(foo->location(), folder(TypeAU, LocSystemActive));
     EXPECT_FALSE(au->isApplyEnabled());
 
     au->selectRows({rowOf(au, "Foo.component")});
@@ -129,15 +129,15 @@ TEST_F(TableTest, GroupsAreReadSavedUndoneAndSwitchedTogether)
     const auto saved = [&](const char *name) {
         return TypeManager::findGroup(PropertyList::readArray(file).value_or(QVariantList()), name);
     };
-    EXPECT_EQ(item(au, "Foo.component")->getAUGroup(), "Synths");
-    EXPECT_EQ(item(au, "Baz.component")->getAUGroup(), "Drums");
+    EXPECT_EQ(item(au, "Foo.component")->group(), "Synths");
+    EXPECT_EQ(item(au, "Baz.component")->group(), "Drums");
     EXPECT_EQ(TypeManager::findGroup({42, "X", "C", QVariantList{}, "Odd"}, "C"), "");
 
     au->selectRows({rowOf(au, "Foo.component")});
     au->setGroupInactive();
-    EXPECT_EQ(item(au, "Foo.component")->getAULocation(), folder(TypeAU, LocSystemDisabled));
+    EXPECT_EQ(item(au, "Foo.component")->location(), folder(TypeAU, LocSystemDisabled));
     au->setGroupActive(); // Foo back unmarked, bar marked
-    EXPECT_TRUE(item(au, "bar.component")->getAUActive());
+    EXPECT_TRUE(item(au, "bar.component")->isActive());
     EXPECT_EQ(au->countOfUnprocessedLogItems(), 1);
 
     QDir(homePath("Library/Application Support")).removeRecursively();
@@ -157,7 +157,7 @@ TEST_F(TableTest, GroupsAreReadSavedUndoneAndSwitchedTogether)
 
     writeText(file, "not a property list");
     au->reloadData();
-    EXPECT_EQ(item(au, "Foo.component")->getAUGroup(), "");
+    EXPECT_EQ(item(au, "Foo.component")->group(), "");
 }
 
 class SoloEnvironmentTest : public FormatManagerFixture {

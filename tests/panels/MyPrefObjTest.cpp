@@ -180,14 +180,14 @@ TEST_F(PanelsTest, InfoPanelFallsBackToTheNameAndReadsTheContentPreferenceOfTheT
     QDir().mkpath(folder + "/Plain.component/Contents");
     writeText(folder + "/Broken.component/Contents/Info.plist", "<plist><dict><key>");
     for (const QString name : {"Plain.component", "Broken.component"}) {
-        auto item = std::make_shared<AUItem>(services.get());
-        item->setAULocation(folder);
-        item->setAUName(name);
+        auto item = std::make_shared<Plugin>(services.get());
+        item->setLocation(folder);
+        item->setName(name);
         info.showInfo(item);
         EXPECT_EQ(QStringList({info.name(), info.version(), info.info()}),
                   QStringList({name, "???", ""}));
     }
-    const AUItemPtr shown = info.item();
+    const PluginPtr shown = info.item();
 
     // Whether the content list shows is read again at every show, for the tab in front.
     EXPECT_FALSE(info.shouldDisplayContent());

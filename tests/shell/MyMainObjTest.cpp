@@ -42,8 +42,8 @@ protected:
         context->main()->applicationDidFinishLaunching();
         QStringList all;
         for (int type = 0; type < context->formats().count(); ++type)
-            for (const AUItemPtr &item : context->manager(type)->items())
-                all << item->getAUName();
+            for (const PluginPtr &item : context->manager(type)->items())
+                all << item->name();
         return all;
     }
     QString support, alpha;
@@ -53,7 +53,7 @@ TEST_F(MainObj, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
 {
     const QString auSet = homePath("Documents/Mix.aukorv");
     makeContext().au()->reloadData(); // an earlier session saved AU with Alpha off
-    context->au()->itemAt(0)->setAUActive(false);
+    context->au()->itemAt(0)->setActive(false);
     ASSERT_TRUE(context->au()->archivePlugins(auSet));
     AppContext &ctx = makeContext();
     ctx.pref()->setDefaultSet(TypeAU, auSet);
@@ -61,7 +61,7 @@ TEST_F(MainObj, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
     EXPECT_EQ(launch(), QStringList({"Alpha.component", "Beta.rtas", "Gamma.bundle", "Delta.vst"}));
     // The AU set was merged (Alpha marked off) but not applied: the file has not moved.
     EXPECT_EQ(ctx.au()->getSelectedSet(), auSet);
-    EXPECT_FALSE(ctx.au()->itemAt(0)->getAUActive());
+    EXPECT_FALSE(ctx.au()->itemAt(0)->isActive());
     EXPECT_TRUE(QFileInfo::exists(alpha));
     // A missing file and an empty default both become "no set", silently.
     EXPECT_EQ(ctx.pref()->getDefaultSet(TypeRTAS), QString("no set"));
@@ -101,7 +101,7 @@ TEST_F(MainObj, AFifthFormatIsOneRowOfTheTable)
     EXPECT_EQ(launch().mid(4), QStringList({"Aria.clap", "Bolt.clap"}));
     EXPECT_EQ(context->main()->tabIdentifiers().last(), "tabCLAP");
     TypeManager *clap = context->manager(4);
-    EXPECT_FALSE(clap->itemAt(1)->getAUActive());
+    EXPECT_FALSE(clap->itemAt(1)->isActive());
 
     clap->setAllActive();
     clap->changeObject(clap->itemAt(1), "AUGlobal", true);
@@ -174,7 +174,7 @@ TEST_F(MainObj, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStaysInFront)
 {
     MyMainObj *main = makeContext().main();
     launch();
-    const auto active = [](TypeManager *manager) { return manager->itemAt(0)->getAUActive(); };
+    const auto active = [](TypeManager *manager) { return manager->itemAt(0)->isActive(); };
     main->setActiveType(TypeVST);
     main->setAllInactive();
     EXPECT_FALSE(active(context->vst()));

@@ -296,7 +296,7 @@ void MainWindow::examineAudioUnitAlone()
     MyAdminObj *au = m_context.au();
     if (!au || m_main.getActiveType() != TypeAU)
         return;
-    const AUItemPtr item = au->itemAt(au->selectedRow());
+    const PluginPtr item = au->itemAt(au->selectedRow());
     if (!item) {
         Alert alert;
         alert.messageText = korvane::tr("Examine Audio Unit Alone");

@@ -65,7 +65,7 @@ int PluginTableModel::columnCount(const QModelIndex &parent) const
 
 QVariant PluginTableModel::data(const QModelIndex &index, int role) const
 {
-    const AUItemPtr item = m_manager.itemAt(index.row());
+    const PluginPtr item = m_manager.itemAt(index.row());
     if (!item || !index.isValid())
         return QVariant();
     const QString &id = m_columns.at(index.column());

@@ -48,7 +48,7 @@ private:
     QStringList m_columns;
     // The items under the persistent indexes while the manager reorders its list.
     QModelIndexList m_movingIndexes;
-    QList<AUItemPtr> m_movingItems;
+    QList<PluginPtr> m_movingItems;
 };
 
 } // namespace korvane

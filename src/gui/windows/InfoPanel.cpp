@@ -81,7 +81,7 @@ void InfoPanel::refresh()
     m_info->setText(m_infoObj.info());
 
     // The row in hand stays chosen while the same plug-in is shown, never across plug-ins.
-    const AUItemPtr shown = m_infoObj.item();
+    const PluginPtr shown = m_infoObj.item();
     const int current = shown && shown == m_shown.lock() ? m_content->currentRow() : -1;
     m_shown = shown;
     m_content->clear();

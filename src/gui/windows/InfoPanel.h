@@ -9,7 +9,7 @@ class QPushButton;
 
 namespace korvane {
 
-class AUItem;
+class Plugin;
 class MyInfoObj;
 
 // The info panel: name, version and info string of one plug-in, and, where the preferences allow
@@ -39,7 +39,7 @@ private:
     QListWidget *m_content = nullptr;
     QPushButton *m_add = nullptr;
     QPushButton *m_remove = nullptr;
-    std::weak_ptr<AUItem> m_shown;
+    std::weak_ptr<Plugin> m_shown;
 };
 
 } // namespace korvane

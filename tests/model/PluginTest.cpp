@@ -1,4 +1,4 @@
-#include "model/AUItem.h"
+#include "model/Plugin.h"
 
 #include "app/ServicesFixture.h"
 #include "platform/PropertyList.h"
@@ -9,7 +9,7 @@
 
 using namespace korvane;
 
-class AUItemTest : public ServicesFixture {
+class PluginTest : public ServicesFixture {
 protected:
     void SetUp() override
     {
@@ -20,7 +20,7 @@ protected:
     static ArchivedObjectPtr text(const QString &s) { return TypedStreamWriter::makeString(s); }
 };
 
-TEST_F(AUItemTest, ArchitectureComesFromTheExecutablesFirstBytes)
+TEST_F(PluginTest, ArchitectureComesFromTheExecutablesFirstBytes)
 {
     using B = PluginLibraryBuilder;
     const QString dir = rootPath("plugins");
@@ -34,50 +34,50 @@ TEST_F(AUItemTest, ArchitectureComesFromTheExecutablesFirstBytes)
         {B::makeFile(dir, "plain.dpm"), "PPC"},
     };
     for (const auto &[path, expected] : cases) {
-        AUItem item;
-        item.setAUType(path);
-        EXPECT_EQ(item.getAUType(), expected) << path.toStdString();
+        Plugin item;
+        item.detectArchitecture(path);
+        EXPECT_EQ(item.architectureName(), expected) << path.toStdString();
     }
 }
 
-TEST_F(AUItemTest, GroupsAreReadThroughTheRegistryByPosition)
+TEST_F(PluginTest, GroupsAreReadThroughTheRegistryByPosition)
 {
     services->getGroups() = QStringList{"", "G1", "G2", "G3"};
-    AUItem second(&*services), third(&*services), stranger(&*services);
-    second.setAUGroup("G2");
-    third.setAUGroup("G3");
-    stranger.setAUGroup("Nowhere"); // the sign test lets "not found" through
-    EXPECT_EQ(stranger.getGroupID(), INT_MAX);
-    EXPECT_EQ(stranger.getAUGroup(), "");
+    Plugin second(&*services), third(&*services), stranger(&*services);
+    second.setGroup("G2");
+    third.setGroup("G3");
+    stranger.setGroup("Nowhere"); // the sign test lets "not found" through
+    EXPECT_EQ(stranger.groupId(), INT_MAX);
+    EXPECT_EQ(stranger.group(), "");
 
     services->setGroupByIndex(1, "Renamed");
-    EXPECT_EQ(second.getAUGroup(), "Renamed");
+    EXPECT_EQ(second.group(), "Renamed");
     services->removeGroupEntry(0);
-    EXPECT_EQ(second.getAUGroup(), "G3"); // members keep their position
-    EXPECT_EQ(third.getAUGroup(), "");    // past the end: no group
+    EXPECT_EQ(second.group(), "G3"); // members keep their position
+    EXPECT_EQ(third.group(), "");    // past the end: no group
 }
 
-TEST_F(AUItemTest, ArchiveHoldsNameLocationAndTwoFlags)
+TEST_F(PluginTest, ArchiveHoldsNameLocationAndTwoFlags)
 {
     services->saveContent({"Echo.vst", "/presets"});
-    AUItem item;
-    item.setAULocation("/L");
-    item.setAUGlobal(true);
-    EXPECT_EQ(item.encodeWithCoder(), QStringList({"", "/L", "YES", "NO"}));
+    Plugin item;
+    item.setLocation("/L");
+    item.setGlobal(true);
+    EXPECT_EQ(item.encode(), QStringList({"", "/L", "YES", "NO"}));
 
     const QList<ArchivedObjectPtr> coded{text("Echo.vst"), text("/L"), text("YES"), text("NO")};
-    auto decoded = AUItem::initWithCoder(coded, &*services);
+    auto decoded = Plugin::decode(coded, &*services);
     ASSERT_TRUE(decoded);
-    EXPECT_TRUE(decoded->getAUGlobal() && !decoded->getAUActive());
+    EXPECT_TRUE(decoded->isGlobal() && !decoded->isActive());
     EXPECT_TRUE(decoded->hasContent()); // the content lookup ran
     // Decoded for display only: no registry, no content, no group.
-    EXPECT_FALSE(AUItem::initWithCoder(coded)->hasContent());
+    EXPECT_FALSE(Plugin::decode(coded)->hasContent());
     for (const auto &flag : {text("yes"), text("1"), ArchivedObjectPtr()}) {
-        auto other = AUItem::initWithCoder({text("A"), text("/L"), flag, flag});
+        auto other = Plugin::decode({text("A"), text("/L"), flag, flag});
         ASSERT_TRUE(other);
-        EXPECT_FALSE(other->getAUGlobal() || other->getAUActive());
+        EXPECT_FALSE(other->isGlobal() || other->isActive());
     }
-    EXPECT_TRUE(AUItem::initWithCoder({text("A"), text("/L")}));
-    EXPECT_FALSE(AUItem::initWithCoder({TypedStreamWriter::makeNumber(1LL), text("/L")}));
-    EXPECT_FALSE(AUItem::initWithCoder({text("A")}));
+    EXPECT_TRUE(Plugin::decode({text("A"), text("/L")}));
+    EXPECT_FALSE(Plugin::decode({TypedStreamWriter::makeNumber(1LL), text("/L")}));
+    EXPECT_FALSE(Plugin::decode({text("A")}));
 }
