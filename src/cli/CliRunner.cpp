@@ -276,7 +276,7 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
             continue;
         item->setActive(on);
         item->updateLocation(options.format);
-        manager->checkLogForUpdate(item);
+        manager->updateRecord(item);
     }
     return report(context, options.format, manager->applyAllPending());
 }

@@ -22,12 +22,12 @@ qsizetype PluginList::recordIndexOf(const Plugin &item) const
     const int id = item.id();
     // A scan gives record i the ID i, so the item's record is normally at its ID; the walk is
     // left for a list that does not hold it there.
-    if (id >= 0 && id < m_records.size() && m_records.at(id).getLogID() == id
-        && m_records.at(id).getLogName() == name)
+    if (id >= 0 && id < m_records.size() && m_records.at(id).id() == id
+        && m_records.at(id).name() == name)
         return id;
     for (qsizetype i = 0; i < m_records.size(); ++i) {
         // The ID is the cheap half of the match; most records differ in it.
-        if (m_records.at(i).getLogID() == id && m_records.at(i).getLogName() == name)
+        if (m_records.at(i).id() == id && m_records.at(i).name() == name)
             return i;
     }
     return -1;
@@ -36,7 +36,7 @@ qsizetype PluginList::recordIndexOf(const Plugin &item) const
 QString PluginList::folderOnDisk(const Plugin &item) const
 {
     const qsizetype index = recordIndexOf(item);
-    return index >= 0 ? m_records.at(index).getLogPath() : item.location();
+    return index >= 0 ? m_records.at(index).folder() : item.location();
 }
 
 QString PluginList::pathOnDisk(const Plugin &item) const
@@ -74,11 +74,11 @@ void PluginList::clear()
     m_pending = 0; // every record a scan makes is processed
 }
 
-void PluginList::append(const PluginPtr &item, AULog record)
+void PluginList::append(const PluginPtr &item, PluginRecord record)
 {
     const int id = int(m_items.size());
     item->setId(id);
-    record.setLogID(id);
+    record.setId(id);
     if (m_rowsValid)
         m_rows.insert(item.get(), id);
     m_items.append(item);

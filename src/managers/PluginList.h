@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/AULog.h"
 #include "model/Plugin.h"
+#include "model/PluginRecord.h"
 
 #include <QHash>
 #include <QList>
@@ -21,8 +21,8 @@ public:
     // The row that holds this very item; -1 when it is not in the list.
     int rowOf(const Plugin *item) const;
 
-    const QList<AULog> &records() const { return m_records; }
-    AULog &record(qsizetype index) { return m_records[index]; }
+    const QList<PluginRecord> &records() const { return m_records; }
+    PluginRecord &record(qsizetype index) { return m_records[index]; }
     // The index of an item's record (matched by name and ID), or -1.
     qsizetype recordIndexOf(const Plugin &item) const;
     // The folder an item lies in now: a change still pending has moved only the row.
@@ -37,14 +37,14 @@ public:
 
     void clear();
     // A scanned item with its record; both get the next ID.
-    void append(const PluginPtr &item, AULog record);
+    void append(const PluginPtr &item, PluginRecord record);
     // The same items in another order.
     void reorder(QList<PluginPtr> items);
     void removeAt(int row);
 
 private:
     QList<PluginPtr> m_items;
-    QList<AULog> m_records;
+    QList<PluginRecord> m_records;
     mutable QHash<const Plugin *, int> m_rows; // built on demand after the order changed
     mutable bool m_rowsValid = false;
     int m_pending = 0;

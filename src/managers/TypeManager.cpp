@@ -118,7 +118,7 @@ void TypeManager::markActive(const PluginPtr &item, bool active)
 {
     item->setActive(active);
     item->updateLocation(m_traits.type);
-    checkLogForUpdate(item);
+    updateRecord(item);
 }
 
 void TypeManager::markAll(const std::function<bool(const Plugin &)> &which, bool active)

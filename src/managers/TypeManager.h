@@ -91,9 +91,9 @@ public:
     // Whether this manager has scanned its folders since it was made.
     bool hasScanned() const { return m_scanned; }
 
-    // --- Log records and activation ------------------------------------------------------------
-    int countOfUnprocessedLogItems() const { return m_list.pendingCount(); }
-    void checkLogForUpdate(const PluginPtr &item);
+    // --- Records and activation ----------------------------------------------------------------
+    int pendingCount() const { return m_list.pendingCount(); }
+    void updateRecord(const PluginPtr &item);
     int findItemIndex(const QString &name, int itemID) const;
     void activate();                      // offers to save the set, then applyAllPending
     QList<MoveOutcome> applyAllPending(); // every pending record, then one rescan
@@ -214,8 +214,8 @@ private:
     // be listed again.
     bool settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
                                 const std::array<QStringList, LocationCount> &listings);
-    MoveOutcome applyRecord(int logIndex, ApplyRun &run);
-    MoveOutcome pendingOutcome(int logIndex, PluginPtr *item = nullptr) const;
+    MoveOutcome applyRecord(int recordIndex, ApplyRun &run);
+    MoveOutcome pendingOutcome(int recordIndex, PluginPtr *item = nullptr) const;
     // Says text with its arguments filled in where a person will see it: the log window in the
     // user's language, the system log and KorvaneCMD's standard error in English.
     void tell(const char *text, const QStringList &args);

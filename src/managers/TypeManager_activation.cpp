@@ -1,4 +1,4 @@
-// Activation: the log records that say what is pending, applying a pending change on disk, moving
+// Activation: the records that say what is pending, applying a pending change on disk, moving
 // companion content along, and the bulk marking commands.
 
 #include "managers/TypeManager.h"
@@ -120,16 +120,16 @@ CopyProgress TypeManager::copyProgressFor(const int &item, int count) const
     };
 }
 
-void TypeManager::checkLogForUpdate(const PluginPtr &item)
+void TypeManager::updateRecord(const PluginPtr &item)
 {
     const qsizetype index = m_list.recordIndexOf(*item);
     if (index < 0)
         return;
-    AULog &record = m_list.record(index);
-    const bool wasProcessed = record.isLogProcessed();
-    record.checkAndUpdateLogID(item->name(), item->location(), item->id());
-    m_list.noteRecordState(wasProcessed, record.isLogProcessed());
-    if (!record.isLogProcessed())
+    PluginRecord &record = m_list.record(index);
+    const bool wasProcessed = record.isProcessed();
+    record.update(item->name(), item->location(), item->id());
+    m_list.noteRecordState(wasProcessed, record.isProcessed());
+    if (!record.isProcessed())
         setApplyEnabled(true);
     else if (m_list.pendingCount() == 0)
         setApplyEnabled(false);
@@ -180,10 +180,10 @@ QList<MoveOutcome> TypeManager::applyAllPending()
     // Nothing depends on the answer: the moves succeed or fail by the file system's own rights.
     m_parts.authentication.requestActivationRight();
     ApplyRun run;
-    const QList<AULog> &records = m_list.records();
+    const QList<PluginRecord> &records = m_list.records();
     run.installed.reserve(records.size());
-    for (const AULog &record : records)
-        run.installed.insert(record.getLogPath() % QLatin1Char('/') % record.getLogName());
+    for (const PluginRecord &record : records)
+        run.installed.insert(record.folder() % QLatin1Char('/') % record.name());
 
     QList<MoveOutcome> outcomes;
     QStringList left;
@@ -198,13 +198,13 @@ QList<MoveOutcome> TypeManager::applyAllPending()
     const CopyProgressScope bytes(files(), copyProgressFor(done, pending));
     const BatchScope batch(files());
     for (qsizetype i = 0; i < records.size(); ++i) {
-        if (records.at(i).isLogProcessed())
+        if (records.at(i).isProcessed())
             continue;
         // A person may stop a long apply between plug-ins; what moved stays moved.
         if (!run.stopped && ui().progressCancelled())
             run.stopped = true;
         if (!run.stopped) {
-            ui().progressText(records.at(i).getLogName());
+            ui().progressText(records.at(i).name());
             ui().progressDetail(QString());
             ui().progressValue(done, pending);
             outcomes << applyRecord(int(i), run);
@@ -229,12 +229,12 @@ QList<MoveOutcome> TypeManager::applyAllPending()
     return outcomes;
 }
 
-MoveOutcome TypeManager::pendingOutcome(int logIndex, PluginPtr *item) const
+MoveOutcome TypeManager::pendingOutcome(int recordIndex, PluginPtr *item) const
 {
-    const AULog &record = m_list.records().at(logIndex);
-    const QString from = record.getLogPath() % QLatin1Char('/') % record.getLogName();
-    MoveOutcome outcome{record.getLogName(), from, QString(), false, false, FileError{}};
-    const int index = findItemIndex(record.getLogName(), record.getLogID());
+    const PluginRecord &record = m_list.records().at(recordIndex);
+    const QString from = record.folder() % QLatin1Char('/') % record.name();
+    MoveOutcome outcome{record.name(), from, QString(), false, false, FileError{}};
+    const int index = findItemIndex(record.name(), record.id());
     if (index >= 0) {
         const PluginPtr &found = m_list.at(index);
         outcome.to = found->location() % QLatin1Char('/') % found->name();
@@ -245,10 +245,10 @@ MoveOutcome TypeManager::pendingOutcome(int logIndex, PluginPtr *item) const
     return outcome;
 }
 
-MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
+MoveOutcome TypeManager::applyRecord(int recordIndex, ApplyRun &run)
 {
     PluginPtr item;
-    MoveOutcome outcome = pendingOutcome(logIndex, &item);
+    MoveOutcome outcome = pendingOutcome(recordIndex, &item);
     if (!item) {
         // The scan keeps items and records in step; a record without its item cannot be applied.
         outcome.error = {outcome.from, QStringLiteral(QT_TRANSLATE_NOOP(
@@ -258,7 +258,7 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
 
     AppServices *main = &services();
     FileOperations &files = this->files();
-    const QString fromFolder = m_list.records().at(logIndex).getLogPath();
+    const QString fromFolder = m_list.records().at(recordIndex).folder();
     const QString toFolder = item->location();
     const auto reportFailure = [&](const FileError &error) {
         if (!main->fileManager(&files, QVariantMap{{QStringLiteral("Error"), error.reason},
@@ -290,9 +290,9 @@ MoveOutcome TypeManager::applyRecord(int logIndex, ApplyRun &run)
     };
 
     const auto done = [&] {
-        AULog &record = m_list.record(logIndex);
-        m_list.noteRecordState(record.isLogProcessed(), true);
-        record.setLogProcessed(true);
+        PluginRecord &record = m_list.record(recordIndex);
+        m_list.noteRecordState(record.isProcessed(), true);
+        record.setProcessed(true);
         run.installed.remove(outcome.from);
         run.installed.insert(outcome.to);
         if (m_list.pendingCount() == 0)

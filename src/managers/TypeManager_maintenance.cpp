@@ -107,9 +107,9 @@ void TypeManager::deleteItem()
         const QString path = m_list.pathOnDisk(*item);
         // Nothing is left to apply for a row that is gone.
         if (const qsizetype index = m_list.recordIndexOf(*item); index >= 0) {
-            AULog &record = m_list.record(index);
-            m_list.noteRecordState(record.isLogProcessed(), true);
-            record.setLogProcessed(true);
+            PluginRecord &record = m_list.record(index);
+            m_list.noteRecordState(record.isProcessed(), true);
+            record.setProcessed(true);
         }
         QString trashedTo;
         FileError error;

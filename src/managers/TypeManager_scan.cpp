@@ -265,10 +265,10 @@ void TypeManager::reloadData()
             item->setActive(active);
             item->setGroup(groups.groupOf(entry));
 
-            AULog record;
-            record.setLogName(entry);
-            record.setLogPath(folder);
-            record.setLogProcessed(true);
+            PluginRecord record;
+            record.setName(entry);
+            record.setFolder(folder);
+            record.setProcessed(true);
 
             m_list.append(item, record);
             item->detectArchitecture(fullPath);

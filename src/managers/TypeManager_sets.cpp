@@ -202,7 +202,7 @@ QStringList TypeManager::mergeItems(const QList<PluginPtr> &saved)
         item->setGlobal(entry.isGlobal());
         item->setActive(entry.isActive());
         item->updateLocation(folders);
-        checkLogForUpdate(item);
+        updateRecord(item);
         changed << item;
     }
     announceChanged(changed);

@@ -159,7 +159,7 @@ void TypeManager::changeObject(const PluginPtr &item, const QString &identifier,
     if (identifier == kGroup) {
         changeGroup(item, data.toString());
         item->updateLocation(m_traits.type);
-        checkLogForUpdate(item);
+        updateRecord(item);
         announceChanged({item});
         return;
     }
@@ -184,7 +184,7 @@ void TypeManager::changeObject(const PluginPtr &item, const QString &identifier,
     services->setUndoTitle();
     services->setRedoTitle();
     item->updateLocation(m_traits.type);
-    checkLogForUpdate(item);
+    updateRecord(item);
     bChanged = pbSetsIndex > 0;
     announceChanged({item});
 }

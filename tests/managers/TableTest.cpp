@@ -138,7 +138,7 @@ TEST_F(TableTest, GroupsAreReadSavedUndoneAndSwitchedTogether)
     EXPECT_EQ(item(au, "Foo.component")->location(), folder(TypeAU, LocSystemDisabled));
     au->setGroupActive(); // Foo back unmarked, bar marked
     EXPECT_TRUE(item(au, "bar.component")->isActive());
-    EXPECT_EQ(au->countOfUnprocessedLogItems(), 1);
+    EXPECT_EQ(au->pendingCount(), 1);
 
     QDir(homePath("Library/Application Support")).removeRecursively();
     au->selectRows({0, 1});
