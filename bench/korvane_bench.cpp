@@ -193,32 +193,32 @@ void measure(int n, QTextStream &out)
     parts.ui = &ui;
     parts.awakeFromNib = false;
     AppContext context(std::move(parts));
-    const QList<TypeManager *> managers = context.managers();
+    const QList<FormatManager *> managers = context.managers();
 
     // Warm the caches for both sides first, so neither pays for the first read from disk.
     baselineScan(locations);
-    for (TypeManager *manager : managers)
-        manager->reloadData();
+    for (FormatManager *manager : managers)
+        manager->rescan();
 
     const int runs = n >= 10000 ? 3 : 5;
     const double baseline = bestOf(runs, [&] { baselineScan(locations); });
     ui.calls = 0;
     const double scan = bestOf(runs, [&] {
-        for (TypeManager *manager : managers)
-            manager->reloadData();
+        for (FormatManager *manager : managers)
+            manager->rescan();
     });
 
     long items = 0;
-    for (TypeManager *manager : managers)
-        items += manager->numberOfRowsInTableView();
+    for (FormatManager *manager : managers)
+        items += manager->rowCount();
 
     // A set of every Audio Unit with every state flipped, opened into the scanned list.
-    TypeManager *au = context.manager(TypeAU);
+    FormatManager *au = context.manager(TypeAU);
     for (const PluginPtr &item : au->items())
         item->setActive(!item->isActive());
     const QString setPath = home.path() + "/bench.aukorv";
-    au->archivePlugins(setPath);
-    au->reloadData();
+    au->writeSet(setPath);
+    au->rescan();
     // These two are compared across the sizes, so both sizes take the best of the same number of
     // runs: more tries at the small size alone would lower its minimum and inflate the ratio.
     const int sizeRuns = 5;
@@ -228,7 +228,7 @@ void measure(int n, QTextStream &out)
     QList<PluginPtr> doubled = au->items();
     for (const PluginPtr &item : au->items())
         doubled << std::make_shared<Plugin>(*item);
-    const double duplicates = bestOf(sizeRuns, [&] { TypeManager::duplicateNames(doubled); });
+    const double duplicates = bestOf(sizeRuns, [&] { FormatManager::duplicateNames(doubled); });
 
     out << "items_" << n << ": " << items << "\n";
     out << "baseline_ms_" << n << ": " << QString::number(baseline, 'f', 1) << "\n";
@@ -254,17 +254,17 @@ void buildAudioUnits(const QString &folder, int n)
 
 // Applying every Audio Unit pending: the moves timed up to the rescan the apply ends with, the
 // rescan apart. Returns the moves' milliseconds.
-double timedApply(TypeManager *au, bool active, double *rescanMs)
+double timedApply(FormatManager *au, bool active, double *rescanMs)
 {
     active ? au->setAllActive() : au->setAllInactive();
     QElapsedTimer timer;
     qint64 movedNs = -1;
-    const auto connection = QObject::connect(au, &TypeManager::itemsAboutToBeReset, [&] {
+    const auto connection = QObject::connect(au, &FormatManager::itemsAboutToBeReset, [&] {
         if (movedNs < 0)
             movedNs = timer.nsecsElapsed();
     });
     timer.start();
-    au->applyAllPending();
+    au->applyPending();
     const qint64 totalNs = timer.nsecsElapsed();
     QObject::disconnect(connection);
     *rescanMs = double(totalNs - movedNs) / 1e6;
@@ -320,15 +320,15 @@ void measureApply(QTextStream &out)
     parts.roots = roots;
     parts.awakeFromNib = false;
     AppContext context(std::move(parts));
-    TypeManager *au = context.manager(TypeAU);
-    au->reloadData();
+    FormatManager *au = context.manager(TypeAU);
+    au->rescan();
 
     // Best of nine: a round is some 50 ms, and one write-back of the disk can double a figure.
     double best = 1e300, baseline = 1e300, rescan = 1e300;
     for (int r = 0; r < 9; ++r) {
         baseline = std::min(baseline, timedRenames(on, off));
         timedRenames(off, on);
-        au->reloadData();
+        au->rescan();
         double rescanMs = 0;
         best = std::min(best, timedApply(au, false, &rescanMs));
         rescan = std::min(rescan, rescanMs);
@@ -360,7 +360,7 @@ void measureApply(QTextStream &out)
     run(QStringLiteral("cp"), {QStringLiteral("-a"), on, copy});
     const double cpToTmpfs = timer.nsecsElapsed() / 1e6;
     QDir(copy).removeRecursively();
-    au->reloadData();
+    au->rescan();
     double rescanMs = 0;
     const double toTmpfs = timedApply(au, false, &rescanMs);
     const QString back = root.path() + QStringLiteral("/cp-a");

@@ -7,7 +7,7 @@
 // lost or damaged, 77 when no second file system can be mounted here.
 
 #include "PluginLibraryBuilder.h"
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 #include "platform/FormatTable.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
@@ -188,19 +188,19 @@ public:
         }
         return *m_context;
     }
-    TypeManager &au() { return *core().manager(TypeAU); }
+    FormatManager &au() { return *core().manager(TypeAU); }
 
     // A set that asks for each plug-in in the place given, written where the tool can read it.
     QString writeSet(const QMap<QString, Place> &wanted, const QString &name)
     {
-        TypeManager &manager = au();
-        manager.reloadData();
+        FormatManager &manager = au();
+        manager.rescan();
         for (const PluginPtr &item : manager.items())
             item->setActive(wanted.value(item->name(), On) == On);
         const QString path = m_workspace.path() + "/" + name + ".aukorv";
         QFile::remove(path);
-        manager.archivePlugins(path);
-        manager.reloadData();
+        manager.writeSet(path);
+        manager.rescan();
         return path;
     }
 
@@ -526,10 +526,10 @@ Totals overlapRounds(Library &library, const Settings &settings, QRandomGenerato
             QThread::msleep(random.bounded(20));
         }
         if (window) {
-            TypeManager &au = library.au();
-            au.reloadData();
+            FormatManager &au = library.au();
+            au.rescan();
             au.mergeSet(paths.last());
-            au.applyAllPending();
+            au.applyPending();
         }
         for (auto &tool : tools) {
             tool->waitForFinished(-1);
@@ -614,12 +614,12 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
 {
     Totals totals;
     // The core writes every kind of data file once: content registry, groups, sets, preferences.
-    TypeManager &au = library.au();
-    au.reloadData();
+    FormatManager &au = library.au();
+    au.rescan();
     library.core().main()->saveContent({"Plug00000.component", "Library/Kept/Data"});
     library.core().main()->saveGroupRegistry();
     au.saveGroups();
-    au.saveSets();
+    au.saveSetList();
     const Locations locations(Roots::at(library.root(), library.home()));
     QStringList files;
     for (const QString &name : entriesOf(locations.supportFolderPath()))

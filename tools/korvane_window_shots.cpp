@@ -9,7 +9,7 @@
 #include "gui/windows/LaunchScriptPanel.h"
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 #include "panels/MyAboutObj.h"
 #include "panels/MyPrefObj.h"
 #include "platform/LocalFileOperations.h"
@@ -36,9 +36,9 @@ bool save(QWidget &window, const QString &path)
     return window.grab().save(path);
 }
 
-int rowOf(const TypeManager &manager, const QString &name)
+int rowOf(const FormatManager &manager, const QString &name)
 {
-    for (int row = 0; row < manager.numberOfRowsInTableView(); ++row)
+    for (int row = 0; row < manager.rowCount(); ++row)
         if (manager.itemAt(row)->name() == name)
             return row;
     return -1;
@@ -80,10 +80,10 @@ int main(int argc, char *argv[])
     AppContext context(std::move(parts));
     MyMainObj &main = *context.main();
     main.applicationDidFinishLaunching();
-    TypeManager &au = *context.manager(TypeAU);
-    TypeManager &vst = *context.manager(TypeVST);
-    au.archivePlugins(live);
-    vst.archivePlugins(studio);
+    FormatManager &au = *context.manager(TypeAU);
+    FormatManager &vst = *context.manager(TypeVST);
+    au.writeSet(live);
+    vst.writeSet(studio);
     au.selectSet(1);
     vst.selectSet(1);
 
@@ -112,15 +112,15 @@ int main(int argc, char *argv[])
     }
     {
         LogWindow window(main);
-        au.checkForDuplicates();
-        vst.checkForDuplicates();
+        au.reportDuplicates();
+        vst.reportDuplicates();
         ok &= save(window, out + QStringLiteral("/log.png"));
     }
     {
         context.pref()->defaults()->setObject(QStringLiteral("AUShowContent"), true);
         InfoPanel panel(*context.info());
         au.selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
-        au.getInfo();
+        au.requestInfo();
         ok &= save(panel, out + QStringLiteral("/info.png"));
     }
     {

@@ -203,13 +203,13 @@ int CliRunner::applySets(CliSession &session, const Options &options)
     for (const Format &format : table) {
         if (paths.at(format.type).isEmpty())
             continue;
-        TypeManager *manager = context.manager(format.type);
-        manager->reloadData();
+        FormatManager *manager = context.manager(format.type);
+        manager->rescan();
         for (const QString &name : manager->mergeItems(documents.at(paths.at(format.type))))
             m_err << QStringLiteral("warning: %1 set \"%2\": no installed plug-in \"%3\"\n")
                          .arg(format.prefix, options.sets.value(format.type), shownLine(name));
         m_err.flush();
-        status = qMax(status, report(context, format.type, manager->applyAllPending()));
+        status = qMax(status, report(context, format.type, manager->applyPending()));
     }
     return status;
 }
@@ -217,7 +217,7 @@ int CliRunner::applySets(CliSession &session, const Options &options)
 int CliRunner::list(CliSession &session, const Options &options)
 {
     Listing listing(options.json, m_out);
-    for (TypeManager *manager : scanned(session, options)) {
+    for (FormatManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
         for (const PluginPtr &item : manager->items()) {
             const QString group = item->group();
@@ -242,8 +242,8 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
     if (!lockLibrary(session))
         return ExitMoveFailed;
     AppContext &context = session.controllers();
-    TypeManager *manager = context.manager(options.format);
-    manager->reloadData();
+    FormatManager *manager = context.manager(options.format);
+    manager->rescan();
 
     // Every name is checked before anything moves: a typo must not leave half a change behind.
     QList<PluginPtr> targets;
@@ -278,15 +278,15 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
         item->updateLocation(options.format);
         manager->updateRecord(item);
     }
-    return report(context, options.format, manager->applyAllPending());
+    return report(context, options.format, manager->applyPending());
 }
 
 int CliRunner::duplicates(CliSession &session, const Options &options)
 {
     Listing listing(options.json, m_out);
-    for (TypeManager *manager : scanned(session, options)) {
+    for (FormatManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
-        for (const auto &[name, count] : TypeManager::duplicateNames(manager->items()))
+        for (const auto &[name, count] : FormatManager::duplicateNames(manager->items()))
             listing.add(QJsonObject{{QStringLiteral("format"), format},
                                     {QStringLiteral("name"), displayName(name)},
                                     {QStringLiteral("count"), count}},
@@ -299,8 +299,8 @@ int CliRunner::duplicates(CliSession &session, const Options &options)
 int CliRunner::saveSet(CliSession &session, const Options &options)
 {
     AppContext &context = session.controllers();
-    TypeManager *manager = context.manager(options.format);
-    manager->reloadData();
+    FormatManager *manager = context.manager(options.format);
+    manager->rescan();
     const QString path = session.resolvePath(options.file);
     if (!SetDocument::write(session.files(), path, manager->items())) {
         m_err << QStringLiteral("KorvaneCMD: could not write \"%1\"\n").arg(path);
@@ -374,12 +374,12 @@ int CliRunner::report(const AppContext &context, int type, const QList<MoveOutco
     return status;
 }
 
-QList<TypeManager *> CliRunner::scanned(CliSession &session, const Options &options)
+QList<FormatManager *> CliRunner::scanned(CliSession &session, const Options &options)
 {
-    QList<TypeManager *> managers;
+    QList<FormatManager *> managers;
     for (int type : formats(options)) {
         managers << session.controllers().manager(type);
-        managers.constLast()->reloadData();
+        managers.constLast()->rescan();
     }
     return managers;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/Options.h"
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 #include "platform/Roots.h"
 
 #include <QList>
@@ -36,7 +36,7 @@ private:
     int report(const AppContext &context, int type, const QList<MoveOutcome> &outcomes);
     static QList<int> formats(const Options &options); // --format, or all four in order
     // The managers of those formats, each freshly scanned.
-    static QList<TypeManager *> scanned(CliSession &session, const Options &options);
+    static QList<FormatManager *> scanned(CliSession &session, const Options &options);
 
     Roots m_defaults;
     QTextStream &m_out;

@@ -8,7 +8,7 @@
 namespace korvane {
 
 MyAdminObj::MyAdminObj(const ManagerParts &parts)
-    : TypeManager(parts.services.formats().at(TypeAU), parts)
+    : FormatManager(parts.services.formats().at(TypeAU), parts)
 {
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "managers/AUEffectWrapper.h"
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 
 #include <memory>
 
@@ -10,23 +10,20 @@ namespace korvane {
 // The Audio Units manager; also the special environment that tests one Audio Unit alone.
 class LibraryLock;
 
-class MyAdminObj : public TypeManager {
+class MyAdminObj : public FormatManager {
     Q_OBJECT
 public:
     explicit MyAdminObj(const ManagerParts &parts);
     ~MyAdminObj() override;
     static MyAdminObj *getAUObj();
 
-    void AUActivate() { activate(); }
-    int findAUItemIndex(const QString &name, int itemID) const
-    {
-        return findItemIndex(name, itemID);
-    }
+    void AUActivate() { apply(); }
+    int findAUItemIndex(const QString &name, int itemID) const { return findRow(name, itemID); }
     bool isAudioUnit(const QString &name) const { return recognise(name); }
     void AURescan() { rescan(); }
-    void AUGetInfo() { getInfo(); }
+    void AUGetInfo() { requestInfo(); }
     void AUBackup() { backup(); }
-    void AUBackupRestore() { backupRestore(); }
+    void AUBackupRestore() { restoreBackup(); }
 
     // Special environment.
     bool createSpecialEnv(const PluginPtr &item);

@@ -6,7 +6,7 @@
 namespace korvane {
 
 MyMASObj::MyMASObj(const ManagerParts &parts)
-    : TypeManager(parts.services.formats().at(TypeMAS), parts)
+    : FormatManager(parts.services.formats().at(TypeMAS), parts)
 {
 }
 

@@ -1,26 +1,23 @@
 #pragma once
 
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 
 namespace korvane {
 
 // The MAS manager.
-class MyMASObj : public TypeManager {
+class MyMASObj : public FormatManager {
     Q_OBJECT
 public:
     explicit MyMASObj(const ManagerParts &parts);
     static MyMASObj *getMASObj();
 
-    void MASActivate() { activate(); }
-    int findMASItemIndex(const QString &name, int itemID) const
-    {
-        return findItemIndex(name, itemID);
-    }
+    void MASActivate() { apply(); }
+    int findMASItemIndex(const QString &name, int itemID) const { return findRow(name, itemID); }
     bool isMASPlugIn(const QString &path) const { return recognise(path); }
     void MASRescan() { rescan(); }
-    void MASGetInfo() { getInfo(); }
+    void MASGetInfo() { requestInfo(); }
     void MASBackup() { backup(); }
-    void MASBackupRestore() { backupRestore(); }
+    void MASBackupRestore() { restoreBackup(); }
     // Creates the format's parent and plug-in folder, system-wide or the user's.
     void checkAndCreatePath(bool system);
 };

@@ -6,7 +6,7 @@
 namespace korvane {
 
 MyRTASObj::MyRTASObj(const ManagerParts &parts)
-    : TypeManager(parts.services.formats().at(TypeRTAS), parts)
+    : FormatManager(parts.services.formats().at(TypeRTAS), parts)
 {
 }
 

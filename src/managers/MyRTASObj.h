@@ -1,26 +1,23 @@
 #pragma once
 
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 
 namespace korvane {
 
 // The RTAS manager.
-class MyRTASObj : public TypeManager {
+class MyRTASObj : public FormatManager {
     Q_OBJECT
 public:
     explicit MyRTASObj(const ManagerParts &parts);
     static MyRTASObj *getRTASObj();
 
-    void RTASActivate() { activate(); }
-    int findRTASItemIndex(const QString &name, int itemID) const
-    {
-        return findItemIndex(name, itemID);
-    }
+    void RTASActivate() { apply(); }
+    int findRTASItemIndex(const QString &name, int itemID) const { return findRow(name, itemID); }
     bool isRTASPlugIn(const QString &path) const { return recognise(path); }
     void RTASRescan() { rescan(); }
-    void RTASGetInfo() { getInfo(); }
+    void RTASGetInfo() { requestInfo(); }
     void RTASBackup() { backup(); }
-    void RTASBackupRestore() { backupRestore(); }
+    void RTASBackupRestore() { restoreBackup(); }
     // Creates the format's parent and plug-in folder, system-wide or the user's.
     void checkAndCreatePath(bool system);
 };

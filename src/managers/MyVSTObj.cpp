@@ -6,7 +6,7 @@
 namespace korvane {
 
 MyVSTObj::MyVSTObj(const ManagerParts &parts)
-    : TypeManager(parts.services.formats().at(TypeVST), parts)
+    : FormatManager(parts.services.formats().at(TypeVST), parts)
 {
 }
 

@@ -50,7 +50,7 @@ void PluginList::noteRecordState(bool wasProcessed, bool isProcessed)
         m_pending += isProcessed ? -1 : 1;
 }
 
-int PluginList::findItemIndex(const QString &name, int itemID) const
+int PluginList::findRow(const QString &name, int itemID) const
 {
     // An item's ID is its index until the list is reordered.
     if (itemID >= 0 && itemID < m_items.size()) {

@@ -33,7 +33,7 @@ public:
     void noteRecordState(bool wasProcessed, bool isProcessed);
 
     // The first item of this name and ID, or -1.
-    int findItemIndex(const QString &name, int itemID) const;
+    int findRow(const QString &name, int itemID) const;
 
     void clear();
     // A scanned item with its record; both get the next ID.

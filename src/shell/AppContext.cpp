@@ -22,7 +22,7 @@ namespace {
 
 // The built-in formats keep their own manager classes and accessors; an added format gets the
 // shared design as it is.
-std::unique_ptr<TypeManager> makeManager(int type, const ManagerParts &parts)
+std::unique_ptr<FormatManager> makeManager(int type, const ManagerParts &parts)
 {
     switch (type) {
     case TypeAU:
@@ -34,11 +34,11 @@ std::unique_ptr<TypeManager> makeManager(int type, const ManagerParts &parts)
     case TypeVST:
         return std::make_unique<MyVSTObj>(parts);
     default:
-        return std::make_unique<TypeManager>(parts.services.formats().at(type), parts);
+        return std::make_unique<FormatManager>(parts.services.formats().at(type), parts);
     }
 }
 
-template <class T> T *builtIn(const QList<TypeManager *> &managers, int type)
+template <class T> T *builtIn(const QList<FormatManager *> &managers, int type)
 {
     return qobject_cast<T *>(managers.value(type));
 }
@@ -73,12 +73,12 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
     // The info panel follows the tables; the managers only announce.
     m_info = std::make_unique<MyInfoObj>(*m_main, *m_pref);
     MyInfoObj *info = m_info.get();
-    for (TypeManager *manager : std::as_const(m_managerList)) {
-        QObject::connect(manager, &TypeManager::rowSelected, info, [info](const PluginPtr &item) {
+    for (FormatManager *manager : std::as_const(m_managerList)) {
+        QObject::connect(manager, &FormatManager::rowSelected, info, [info](const PluginPtr &item) {
             if (info->isVisible())
                 info->showInfo(item);
         });
-        QObject::connect(manager, &TypeManager::infoRequested, info,
+        QObject::connect(manager, &FormatManager::infoRequested, info,
                          [info](const PluginPtr &item, bool showContent) {
                              info->setDisplayContent(showContent);
                              if (item)
@@ -132,8 +132,8 @@ MyVSTObj *AppContext::vst() const
 void AppContext::awakeFromNib()
 {
     m_main->awakeFromNib();
-    for (TypeManager *manager : std::as_const(m_managerList))
-        manager->awakeFromNib();
+    for (FormatManager *manager : std::as_const(m_managerList))
+        manager->loadSetList();
     m_pref->awakeFromNib();
 }
 

@@ -23,7 +23,7 @@ class MyMissingItems;
 class MyPrefObj;
 class MyRTASObj;
 class MyVSTObj;
-class TypeManager;
+class FormatManager;
 class UserInterface;
 
 // Builds every controller of one run of the program from explicit parts, wires them to one
@@ -56,8 +56,8 @@ public:
 
     MyMainObj *main() const { return m_main.get(); }
     MyPrefObj *pref() const { return m_pref.get(); }
-    const QList<TypeManager *> &managers() const { return m_managerList; }
-    TypeManager *manager(int type) const { return m_managerList.value(type); }
+    const QList<FormatManager *> &managers() const { return m_managerList; }
+    FormatManager *manager(int type) const { return m_managerList.value(type); }
     MyAdminObj *au() const;
     MyRTASObj *rtas() const;
     MyMASObj *mas() const;
@@ -85,8 +85,8 @@ private:
     std::unique_ptr<MyPrefObj> m_pref;
     std::unique_ptr<MyMissingItems> m_missingItems;
     std::unique_ptr<BLAuthentication> m_authentication;
-    std::vector<std::unique_ptr<TypeManager>> m_managers;
-    QList<TypeManager *> m_managerList;
+    std::vector<std::unique_ptr<FormatManager>> m_managers;
+    QList<FormatManager *> m_managerList;
     std::unique_ptr<MyInfoObj> m_info;
     std::unique_ptr<LumoScript> m_script;
     std::unique_ptr<MyAboutObj> m_about;

@@ -1,7 +1,7 @@
 #include "shell/LumoScript.h"
 
 #include "app/AppServices.h"
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 #include "platform/FileOperations.h"
 #include "platform/FormatTable.h"
 #include "platform/Locations.h"
@@ -52,7 +52,7 @@ QString appleScriptString(const QString &text)
 
 } // namespace
 
-LumoScript::LumoScript(AppServices &services, const QList<TypeManager *> &managers)
+LumoScript::LumoScript(AppServices &services, const QList<FormatManager *> &managers)
     : m_services(services), m_managers(managers),
       sctrlType(QList<bool>(services.formats().count(), false))
 {
@@ -259,8 +259,8 @@ void LumoScript::build(bool tell)
     for (int type = 0; type < sctrlType.size(); ++type) {
         if (!sctrlType.at(type))
             continue;
-        TypeManager *manager = m_managers.value(type);
-        const QString set = manager ? manager->getSelectedSet() : QString();
+        FormatManager *manager = m_managers.value(type);
+        const QString set = manager ? manager->selectedSet() : QString();
         if (!set.isNull()) {
             arguments << m_services.formats().at(type).commandLineFlag() << set;
             continue;

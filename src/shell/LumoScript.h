@@ -9,7 +9,7 @@
 namespace korvane {
 
 class AppServices;
-class TypeManager;
+class FormatManager;
 
 // The launch-script generator: a script that runs KorvaneCMD with the sets selected in the chosen
 // formats' managers, then starts the host. On macOS an AppleScript that brings Logic Pro to the
@@ -20,7 +20,7 @@ public:
     enum class Layout { AppleScript, Shell };
 
     // The managers give their selected sets, by type index.
-    LumoScript(AppServices &services, const QList<TypeManager *> &managers);
+    LumoScript(AppServices &services, const QList<FormatManager *> &managers);
     static LumoScript *getLumoScript();
 
     // $KORVANE_BUNDLE, else the application's folder, else the current folder.
@@ -76,7 +76,7 @@ private:
     bool refuseBrokenHost();
 
     AppServices &m_services;
-    QList<TypeManager *> m_managers;
+    QList<FormatManager *> m_managers;
     QList<bool> sctrlType; // by type index
     QString teScript;
     bool m_visible = false;

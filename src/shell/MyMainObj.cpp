@@ -1,6 +1,6 @@
 #include "shell/MyMainObj.h"
 
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 #include "panels/MyPrefObj.h"
 #include "platform/FileOperations.h"
 #include "platform/FormatTable.h"
@@ -37,7 +37,7 @@ void MyMainObj::install(MyMainObj *main)
     AppServices::install(main);
 }
 
-void MyMainObj::setControllers(MyPrefObj *pref, const QList<TypeManager *> &managers)
+void MyMainObj::setControllers(MyPrefObj *pref, const QList<FormatManager *> &managers)
 {
     m_pref = pref;
     m_managers = managers;
@@ -45,7 +45,7 @@ void MyMainObj::setControllers(MyPrefObj *pref, const QList<TypeManager *> &mana
             Qt::UniqueConnection);
 }
 
-TypeManager *MyMainObj::managerOf(int type) const
+FormatManager *MyMainObj::managerOf(int type) const
 {
     return type >= 0 && type < m_managers.size() ? m_managers.at(type) : nullptr;
 }
@@ -62,11 +62,11 @@ void MyMainObj::awakeFromNib()
 void MyMainObj::applicationDidFinishLaunching()
 {
     MyPrefObj *pref = m_pref;
-    for (TypeManager *manager : std::as_const(m_managers)) {
-        const int type = manager->typeIndex();
+    for (FormatManager *manager : std::as_const(m_managers)) {
+        const int type = manager->type();
         if (!pref->isTypeActive(type))
             continue;
-        manager->reloadData();
+        manager->rescan();
         const QString set = pref->getDefaultSet(type).value_or(QString());
         if (!set.isEmpty() && files().exists(set))
             manager->openDefaultSet(set);
@@ -79,10 +79,10 @@ void MyMainObj::applicationWillTerminate()
 {
     saveGroupRegistry();
     // Every format saves, switched on or not: a format's files outlive its tab.
-    for (TypeManager *manager : std::as_const(m_managers))
+    for (FormatManager *manager : std::as_const(m_managers))
         manager->saveGroups();
-    for (TypeManager *manager : std::as_const(m_managers))
-        manager->saveSets();
+    for (FormatManager *manager : std::as_const(m_managers))
+        manager->saveSetList();
     m_pref->setDefaultType(getActiveType());
 }
 
@@ -245,7 +245,7 @@ void MyMainObj::selectIndex(int index)
 // --- Routing
 // --------------------------------------------------------------------------------------
 
-TypeManager *MyMainObj::managerByIdentifier() const
+FormatManager *MyMainObj::managerByIdentifier() const
 {
     int type = -1;
     if (m_selected >= 0 && m_selected < tabCount())
@@ -253,33 +253,33 @@ TypeManager *MyMainObj::managerByIdentifier() const
     return managerOf(type < 0 ? TypeAU : type);
 }
 
-TypeManager *MyMainObj::activeManager() const
+FormatManager *MyMainObj::activeManager() const
 {
     return managerOf(getActiveType());
 }
 
 void MyMainObj::newButton()
 {
-    if (TypeManager *manager = managerByIdentifier())
-        manager->newButtonPressed();
+    if (FormatManager *manager = managerByIdentifier())
+        manager->newSet();
 }
 
 void MyMainObj::open()
 {
-    if (TypeManager *manager = managerByIdentifier())
-        manager->open();
+    if (FormatManager *manager = managerByIdentifier())
+        manager->openSet();
 }
 
 void MyMainObj::save()
 {
-    if (TypeManager *manager = managerByIdentifier())
-        manager->save();
+    if (FormatManager *manager = managerByIdentifier())
+        manager->saveSet();
 }
 
 void MyMainObj::saveAs()
 {
-    if (TypeManager *manager = managerByIdentifier())
-        manager->saveAs();
+    if (FormatManager *manager = managerByIdentifier())
+        manager->saveSetAs();
 }
 
 void MyMainObj::deleteItem()
@@ -292,62 +292,62 @@ void MyMainObj::deleteItem()
     alert.buttons = {korvane::tr("cancel"), korvane::tr("move to trash")};
     if (ui().runAlert(alert) != AlertAlternate)
         return;
-    if (TypeManager *manager = activeManager())
-        manager->deleteItem();
+    if (FormatManager *manager = activeManager())
+        manager->moveSelectedToTrash();
 }
 
 void MyMainObj::setAllActive()
 {
-    if (TypeManager *manager = activeManager())
+    if (FormatManager *manager = activeManager())
         manager->setAllActive();
 }
 
 void MyMainObj::setAllInactive()
 {
-    if (TypeManager *manager = activeManager())
+    if (FormatManager *manager = activeManager())
         manager->setAllInactive();
 }
 
 void MyMainObj::setGroupActive()
 {
-    if (TypeManager *manager = activeManager())
+    if (FormatManager *manager = activeManager())
         manager->setGroupActive();
 }
 
 void MyMainObj::setGroupInactive()
 {
-    if (TypeManager *manager = activeManager())
+    if (FormatManager *manager = activeManager())
         manager->setGroupInactive();
 }
 
 void MyMainObj::setSelectedActive()
 {
-    if (TypeManager *manager = activeManager())
+    if (FormatManager *manager = activeManager())
         manager->setSelectedActive();
 }
 
 void MyMainObj::setSelectedInactive()
 {
-    if (TypeManager *manager = activeManager())
+    if (FormatManager *manager = activeManager())
         manager->setSelectedInactive();
 }
 
 void MyMainObj::setGroup(const QString &title)
 {
-    if (TypeManager *manager = activeManager())
+    if (FormatManager *manager = activeManager())
         manager->setGroup(title);
 }
 
-void MyMainObj::setPlattformActive(int plattform, bool active)
+void MyMainObj::setArchitectureActive(int plattform, bool active)
 {
-    if (TypeManager *manager = activeManager())
-        manager->setPlattformActive(plattform, active);
+    if (FormatManager *manager = activeManager())
+        manager->setArchitectureActive(plattform, active);
 }
 
 void MyMainObj::showPlattform(int type, bool show)
 {
-    if (TypeManager *manager = managerOf(type))
-        manager->setPlattformVisible(show);
+    if (FormatManager *manager = managerOf(type))
+        manager->showArchitectureColumn(show);
 }
 
 void MyMainObj::functionNotImplemented(const QString &title)

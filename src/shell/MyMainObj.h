@@ -9,7 +9,7 @@
 namespace korvane {
 
 class MyPrefObj;
-class TypeManager;
+class FormatManager;
 
 // The application controller: start-up and shut-down, the tab of each format in the main window,
 // and the routing of every plug-in command to the manager whose tab is in front. The registries,
@@ -35,9 +35,9 @@ public:
 
     // The preferences and one manager per format, by type index, once AppContext has made them;
     // the preferences window's architecture-column requests go to showPlattform.
-    void setControllers(MyPrefObj *pref, const QList<TypeManager *> &managers);
-    TypeManager *managerOf(int type) const; // nullptr outside the table
-    const QList<TypeManager *> &managers() const { return m_managers; }
+    void setControllers(MyPrefObj *pref, const QList<FormatManager *> &managers);
+    FormatManager *managerOf(int type) const; // nullptr outside the table
+    const QList<FormatManager *> &managers() const { return m_managers; }
 
     // --- Lifecycle -----------------------------------------------------------------------------
     // The front end calls these where the platform would notify: once its event loop runs, and
@@ -79,13 +79,13 @@ public:
     void setSelectedActive();
     void setSelectedInactive();
     void setGroup(const QString &title);
-    void setPlattformActive(int plattform, bool active);
-    void setPPCActive() { setPlattformActive(1, true); }
-    void setPPCInactive() { setPlattformActive(1, false); }
-    void setIntelActive() { setPlattformActive(2, true); }
-    void setIntelInactive() { setPlattformActive(2, false); }
-    void setUBActive() { setPlattformActive(3, true); }
-    void setUBInactive() { setPlattformActive(3, false); }
+    void setArchitectureActive(int plattform, bool active);
+    void setPPCActive() { setArchitectureActive(1, true); }
+    void setPPCInactive() { setArchitectureActive(1, false); }
+    void setIntelActive() { setArchitectureActive(2, true); }
+    void setIntelInactive() { setArchitectureActive(2, false); }
+    void setUBActive() { setArchitectureActive(3, true); }
+    void setUBInactive() { setArchitectureActive(3, false); }
 
     // Routed by the type given, not by the tab in front.
     void showPlattform(int type, bool show);
@@ -111,11 +111,11 @@ private:
     void insertTab(int index, int type);
     void keepView(int type);
     void selectIndex(int index);
-    TypeManager *managerByIdentifier() const;
-    TypeManager *activeManager() const;
+    FormatManager *managerByIdentifier() const;
+    FormatManager *activeManager() const;
 
     MyPrefObj *m_pref = nullptr;
-    QList<TypeManager *> m_managers;
+    QList<FormatManager *> m_managers;
     QList<TabItem> m_tabs;
     int m_selected = 0;
     // tabAUView, tabRTASView, tabMASView, tabVSTView, ...: set aside once, kept for the process.

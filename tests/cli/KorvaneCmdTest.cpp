@@ -375,9 +375,9 @@ TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeath
         // The window's apply, too, tells who holds the lock and moves nothing.
         ScriptedUi ui;
         AppContext context({.roots = roots(), .ui = &ui, .awakeFromNib = false});
-        context.au()->reloadData();
+        context.au()->rescan();
         context.au()->setAllInactive();
-        context.au()->activate();
+        context.au()->apply();
         ASSERT_EQ(ui.alerts.size(), 1);
         EXPECT_TRUE(ui.alerts[0].informativeText.contains(named))
             << ui.alerts[0].informativeText.toStdString();

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "PluginLibraryBuilder.h"
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 #include "shell/MyMainObj.h"
 #include "support/ContextTest.h"
 
@@ -11,9 +11,9 @@ namespace korvane {
 class GuiTest : public ContextTest {
 protected:
     // A plug-in's row in its manager's list, whatever the order.
-    static int rowOf(const TypeManager &manager, const QString &name)
+    static int rowOf(const FormatManager &manager, const QString &name)
     {
-        for (int row = 0; row < manager.numberOfRowsInTableView(); ++row)
+        for (int row = 0; row < manager.rowCount(); ++row)
             if (manager.itemAt(row)->name() == name)
                 return row;
         return -1;

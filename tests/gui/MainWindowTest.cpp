@@ -47,7 +47,7 @@ protected:
 TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
 {
     std::unique_ptr<MainWindow> window = openLibrary();
-    TypeManager &au = *context->manager(TypeAU);
+    FormatManager &au = *context->manager(TypeAU);
     EXPECT_EQ(window->tabs()->currentIndex(), 3);
     window->action("miAllOff")->trigger();
     EXPECT_TRUE(window->page(TypeVST)->applyButton()->isEnabled());
@@ -75,7 +75,7 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
     EXPECT_TRUE(window->action("miSpecialEnv")->isEnabled());
     // The undo item names the last edit and undoes it in the core.
     const bool global = au.itemAt(0)->isGlobal();
-    au.changeObject(au.itemAt(0), "AUGlobal", !global);
+    au.changeItem(au.itemAt(0), "AUGlobal", !global);
     EXPECT_EQ(window->action("miUndo")->text(), context->main()->undoTitle());
     window->action("miUndo")->trigger();
     EXPECT_EQ(au.itemAt(0)->isGlobal(), global);
@@ -156,7 +156,7 @@ TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
     // One alert from each layer that shows one: the shell, a manager (its texts come from the
     // format table) and the file-error alert, whose reason comes from the file operations.
     context->main()->deleteItem();
-    context->manager(TypeAU)->getInfo();
+    context->manager(TypeAU)->requestInfo();
     ReadOnlyFileOperations readOnly(disk());
     FileError error;
     ASSERT_FALSE(readOnly.move(homePath("Echo.vst"), homePath("Echo2.vst"), &error));
@@ -172,7 +172,7 @@ TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
 
     // The scan's progress panel, the table's titles (looked up by a key the table computes), the
     // main window's menus and Qt's own texts.
-    context->manager(TypeVST)->reloadData();
+    context->manager(TypeVST)->rescan();
     EXPECT_EQ(ui.progressTitles.value(ui.progressTitles.size() - 1), "VST-Plug-Ins durchsuchen:");
     EXPECT_EQ(PluginTableModel::title("AUActive"), "Aktiv");
     MainWindow window(*context);

@@ -20,7 +20,7 @@ namespace {
 // Three Audio Units by made-up vendors, the table of their manager shown as a person sees it.
 class PluginTableTest : public GuiTest {
 protected:
-    TypeManager *au = nullptr;
+    FormatManager *au = nullptr;
     std::unique_ptr<PluginTableView> view;
 
     void SetUp() override
@@ -34,7 +34,7 @@ protected:
                                             MachO::intel());
         makeContext();
         au = context->manager(TypeAU);
-        au->reloadData();
+        au->rescan();
         view = std::make_unique<PluginTableView>(*au);
         view->resize(900, 300);
         view->show();
@@ -96,7 +96,7 @@ TEST_F(PluginTableTest, CellsComeFromTheManagerAndAChangeRepaintsOnlyItsRow)
 
     QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
     QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
-    au->changeObject(item("Birch Delay"), "AUActive", true);
+    au->changeItem(item("Birch Delay"), "AUActive", true);
     ASSERT_EQ(changed.size(), 1);
     EXPECT_EQ(changed.at(0).at(0).value<QModelIndex>().row(), birchRow);
     EXPECT_EQ(changed.at(0).at(1).value<QModelIndex>().row(), birchRow);
@@ -106,7 +106,7 @@ TEST_F(PluginTableTest, CellsComeFromTheManagerAndAChangeRepaintsOnlyItsRow)
               folder(TypeAU, LocUserDisabled) + "/Birch Delay.component");
 
     // The architecture column follows the manager, and the rows stay where they were.
-    au->setPlattformVisible(true);
+    au->showArchitectureColumn(true);
     EXPECT_EQ(model.index(birchRow, model.columnOf("AUType")).data(), "PPC");
     EXPECT_EQ(reset.size(), 0);
 }
@@ -127,12 +127,12 @@ TEST_F(PluginTableTest, SortingAndRescanningKeepTheSelectedPlugIns)
     const int name = view->tableModel().columnOf("AUName");
     QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
                       {header->sectionViewportPosition(name) + 20, header->height() / 2});
-    EXPECT_EQ(au->sortDescriptors().value(0).key, "AUName");
-    EXPECT_FALSE(au->sortDescriptors().value(0).ascending);
+    EXPECT_EQ(au->sortKeys().value(0).column, "AUName");
+    EXPECT_FALSE(au->sortKeys().value(0).ascending);
     EXPECT_EQ(shownNames(), reversed);
     EXPECT_EQ(selectedNames(), selected);
 
-    au->reloadData();
+    au->rescan();
     EXPECT_EQ(selectedNames(), selected);
     EXPECT_EQ(shownNames(), reversed);
 }
@@ -140,7 +140,7 @@ TEST_F(PluginTableTest, SortingAndRescanningKeepTheSelectedPlugIns)
 TEST_F(PluginTableTest, TheFilterHidesRowsAndEditsReachTheShownPlugInAsOneUndoStep)
 {
     context->main()->getGroups() << "Modulation";
-    au->changeObject(item("Alder Chorus"), "AUGroup", "Modulation");
+    au->changeItem(item("Alder Chorus"), "AUGroup", "Modulation");
     undo().removeAllActions();
     const struct {
         const char *text;

@@ -58,26 +58,26 @@ TEST_F(WindowsTest, InfoPanelFollowsTheTableWhileOpenAndEditsContentWhereAllowed
     const QString presets = PluginLibraryBuilder::makeFolder(homePath("Cedar Presets"));
     makeContext();
     context->awakeFromNib();
-    TypeManager *au = context->manager(TypeAU);
-    au->reloadData();
+    FormatManager *au = context->manager(TypeAU);
+    au->rescan();
     const int alder = rowOf(*au, "Alder Chorus.component");
     const int birch = rowOf(*au, "Birch Delay.component");
     InfoPanel panel(*context->info());
     QListWidget *list = panel.contentList();
 
     au->selectRows({alder});
-    au->getInfo(); // the info command
+    au->requestInfo(); // the info command
     ASSERT_TRUE(panel.isVisible());
     EXPECT_EQ(panel.infoField()->text(), "Alder <b>Chorus</b> 2.1");
     EXPECT_EQ(panel.infoField()->textFormat(), Qt::PlainText);
     EXPECT_FALSE(list->isVisible());
-    au->shouldSelectRow(birch);
+    au->setCurrentRow(birch);
     EXPECT_EQ(panel.nameField()->text(), "Birch Delay");
     EXPECT_EQ(panel.infoField()->text(), "");
 
     context->pref()->defaults()->setObject("AUShowContent", true);
     au->selectRows({birch});
-    au->getInfo();
+    au->requestInfo();
     ASSERT_TRUE(list->isVisible());
     ui.openPanelAnswers.enqueue(presets);
     panel.findChild<QPushButton *>("pbAdd")->click();
@@ -91,7 +91,7 @@ TEST_F(WindowsTest, InfoPanelFollowsTheTableWhileOpenAndEditsContentWhereAllowed
     EXPECT_EQ(au->itemAt(birch)->contentCount(), 0);
 
     panel.close(); // a closed panel follows no more
-    au->shouldSelectRow(alder);
+    au->setCurrentRow(alder);
     EXPECT_EQ(panel.nameField()->text(), "Birch Delay");
 }
 

@@ -43,7 +43,7 @@ void writeSidecarType(const QString &item, const QByteArray &type)
 
 class ActivationTest : public FormatManagerFixture {
 protected:
-    static void mark(TypeManager *manager, const QString &name, bool active)
+    static void mark(FormatManager *manager, const QString &name, bool active)
     {
         manager->selectRows({rowOf(manager, name)});
         active ? manager->setSelectedActive() : manager->setSelectedInactive();
@@ -57,7 +57,7 @@ TEST_F(ActivationTest, ApplyMovesEveryPendingChange)
     const QString a = addAU(LocSystemActive, "A.component");
     addAU(LocSystemActive, "B.component");
     B::makeAudioUnit(folder(TypeAU, 3), "C.component", MachO::ppc());
-    au->reloadData();
+    au->rescan();
     au->setAllInactive(); // C is off already
     au->AUActivate();
     EXPECT_TRUE(whole(auPath(1, "A.component"), MachO::intel()) && !exists(a));
@@ -68,13 +68,13 @@ TEST_F(ActivationTest, ApplyMovesEveryPendingChange)
     mark(au, "A.component", true); // and back: nothing pending
     mark(au, "A.component", false);
     QStringList reported; // in log order, which is the order of the scan
-    for (const MoveOutcome &o : au->applyAllPending())
+    for (const MoveOutcome &o : au->applyPending())
         reported << QString("%1 > %2 %3%4").arg(o.from, o.to).arg(int(o.enabled)).arg(int(o.ok));
     EXPECT_EQ(reported, QStringList({auPath(1, "B.component > ") + auPath(0, "B.component 11"),
                                      auPath(3, "C.component > ") + auPath(2, "C.component 11")}));
     EXPECT_TRUE(whole(auPath(0, "B.component"), MachO::intel()));
     EXPECT_TRUE(whole(auPath(2, "C.component"), MachO::ppc())); // user folder created
-    EXPECT_EQ(au->numberOfRowsInTableView(), 3);
+    EXPECT_EQ(au->rowCount(), 3);
 }
 
 // A failure asks whether to go on; Stop, or Cancel between plug-ins, leaves the rest where they
@@ -87,10 +87,10 @@ TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
     files.moveSource = auPath(0, "A.component");
     relaunch(&files);
     const auto apply = [this] {
-        au->reloadData();
+        au->rescan();
         au->setAllInactive();
         QStringList reported;
-        for (const MoveOutcome &o : au->applyAllPending())
+        for (const MoveOutcome &o : au->applyPending())
             reported << QString("%1 %2%3").arg(o.name).arg(int(o.ok)).arg(int(o.stopped));
         return reported;
     };
@@ -121,7 +121,7 @@ TEST_F(ActivationTest, AFileInTheWayGoesToTheTrashSaidButALateCopyStays)
     SystemLogCapture capture;
     const auto conflict = [&](bool plugIn) {
         source = B::makeVST(folder(TypeVST, 0), "Foo.vst", MachO::ppc());
-        vst->reloadData();
+        vst->rescan();
         vst->setAllInactive();
         target = plugIn ? B::makeVST(folder(TypeVST, 1), "Foo.vst", MachO::intel())
                         : B::makeFile(folder(TypeVST, 1), "Foo.vst", {}, "notes");
@@ -147,7 +147,7 @@ TEST_F(ActivationTest, AFileInTheWayGoesToTheTrashSaidButALateCopyStays)
     QDir(target).removeRecursively();
 
     conflict(true);
-    const QList<MoveOutcome> late = vst->applyAllPending();
+    const QList<MoveOutcome> late = vst->applyPending();
     EXPECT_TRUE(late.size() == 1 && late[0].otherCopyAtTarget);
     EXPECT_TRUE(whole(source, MachO::ppc()) && whole(target, MachO::intel()));
     EXPECT_EQ(capture.notices().size(), 1); // nothing more went to the trash
@@ -162,7 +162,7 @@ TEST_F(ActivationTest, AFileInTheWayGoesToTheTrashSaidButALateCopyStays)
         ImmutableGuard guard(target);
         if (!guard.ok())
             GTEST_SKIP() << "no immutable files here";
-        outcomes = vst->applyAllPending();
+        outcomes = vst->applyPending();
     }
     EXPECT_EQ(capture.lines().mid(capture.lines().size() - 3),
               QStringList({"Target exist: read yes, write no, delete no", "Delete not sucessful",
@@ -185,13 +185,13 @@ TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical
     const QString qux = addAU(LocSystemActive, "Qux.component");
     const QString quxOff = addAU(LocSystemDisabled, "Qux.component");
     SystemLogCapture capture;
-    au->reloadData();
+    au->rescan();
     for (const PluginPtr &it : au->items())
         if (!it->isGlobal() || !it->isActive())
-            au->changeObject(it, it->isGlobal() ? "AUActive" : "AUGlobal", true);
+            au->changeItem(it, it->isGlobal() ? "AUActive" : "AUGlobal", true);
 
     QStringList reported;
-    for (const MoveOutcome &o : au->applyAllPending())
+    for (const MoveOutcome &o : au->applyPending())
         reported << QString("%1 %2%3").arg(o.from).arg(int(o.ok)).arg(int(o.otherCopyAtTarget));
     EXPECT_EQ(reported, QStringList({off + " 10", quxOff + " 10", bar + " 01", user + " 01"}));
     EXPECT_TRUE(whole(auPath(0, "Foo.component"), MachO::ppc()));
@@ -222,7 +222,7 @@ TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)
     B::makeFile(home(), "victim.txt");
     const QString climbing = folder(TypeAU, 2) + "/../../../../victim.txt";
     services().saveContent({"Foo.component", preset, outside, climbing});
-    au->reloadData();
+    au->rescan();
     mark(au, "Foo.component", false);
 
     au->AUActivate();
@@ -277,7 +277,7 @@ TEST_F(ActivationTest, TheNextScanLeavesOneWholeCopyUnderTheName)
             QDir().rename(made, path);
         }
         relaunch();
-        au->reloadData();
+        au->rescan();
         EXPECT_EQ(entries(on), c.on);
         EXPECT_EQ(entries(off), c.off);
         QStringList items;
@@ -311,7 +311,7 @@ TEST_F(ActivationTest, OnlyTheLeftoversOfAMoverThatIsGoneAreSettled)
                   + "/Contents/MacOS/Plugin");
     {
         SystemLogCapture log;
-        au->reloadData();
+        au->rescan();
         EXPECT_EQ(entries(on), QStringList({live, "Fx.component"}));
         EXPECT_EQ(entries(off), QStringList{"Echo.component"});
         EXPECT_TRUE(log.contains(
@@ -322,12 +322,12 @@ TEST_F(ActivationTest, OnlyTheLeftoversOfAMoverThatIsGoneAreSettled)
     // Nor is a staging folder ever a folder of plug-ins, where subfolders are scanned.
     B::makeVST(folder(TypeVST, LocUserDisabled) + "/Sub/" + live, "Copied.vst", MachO::intel());
     setPref("VSTScanSubfolders", true);
-    vst->reloadData();
+    vst->rescan();
     EXPECT_TRUE(names(vst).isEmpty()) << names(vst).join(',').toStdString();
 
     mover.kill();
     mover.waitForFinished();
-    au->reloadData();
+    au->rescan();
     EXPECT_EQ(entries(on), QStringList{"Fx.component"});
     EXPECT_EQ(entries(off), QStringList{"Echo.component"});
     EXPECT_TRUE(logText().contains("Finished an interrupted move")) << logText().toStdString();
@@ -353,13 +353,13 @@ TEST_F(ActivationTest, ALoneSidecarJoinsItsPlugInOnlyWhereThatIsBeyondDoubt)
         ImmutableGuard guard(off);
         if (!guard.ok())
             GTEST_SKIP() << "no immutable files here";
-        au->reloadData();
+        au->rescan();
         EXPECT_EQ(entries(on), QStringList({"._Dup.component", "._Echo.component",
                                             "._Gone.component", "._Twin.component"}));
         EXPECT_TRUE(logText().contains("Kept " + on + "/._Echo.component"))
             << logText().toStdString();
     }
-    au->reloadData();
+    au->rescan();
     EXPECT_EQ(entries(on), stay);
     EXPECT_EQ(readText(off + "/._Echo.component"), "._Echo.component");
     EXPECT_EQ(readText(off + "/._Dup.component"), "its own");
@@ -377,7 +377,7 @@ TEST_F(ActivationTest, OnlyAScanThatHasTheLibraryToItselfTouchesLeftovers)
     ASSERT_TRUE(disk().copy(moved, vstOn + "/Sub/.Fx.vst.korvane-removing"));
     const auto scan = [&] {
         setPref("VSTScanSubfolders", true);
-        vst->reloadData();
+        vst->rescan();
         return names(vst);
     };
     {
@@ -416,11 +416,11 @@ TEST_F(ActivationTest, AStaleSidecarInTheWayGoesToTheTrashAndThePlugInStaysListe
     const auto stale = [&] { writeSidecarType(on + "/Foo", "TEXT"); };
     stale();
     SystemLogCapture capture;
-    vst->reloadData();
+    vst->rescan();
     ASSERT_EQ(names(vst), QStringList{"Foo"});
     const auto apply = [&](bool active) {
         mark(vst, "Foo", active);
-        const QList<MoveOutcome> outcomes = vst->applyAllPending();
+        const QList<MoveOutcome> outcomes = vst->applyPending();
         EXPECT_EQ(outcomes.size(), 1);
         return outcomes.value(0);
     };
@@ -465,7 +465,7 @@ TEST_F(ActivationTest, NothingMovesThroughALinkOnTheWay)
     const QString preset = B::makeFile(folder(TypeAU, 0) + "/Sub", "Foo.preset");
     services().saveContent({"Foo.component", link + "/victim", preset});
     SystemLogCapture capture;
-    au->reloadData();
+    au->rescan();
     mark(au, "Foo.component", false);
     au->AUActivate();
     EXPECT_TRUE(whole(auPath(1, "Foo.component"), MachO::intel()));
@@ -483,9 +483,9 @@ TEST_F(ActivationTest, NothingMovesThroughALinkOnTheWay)
         B::makeVST(folder(TypeVST, LocUserActive) + "/Sub", "Fx.vst", MachO::intel());
     B::makeFolder(folder(TypeVST, LocUserDisabled));
     ASSERT_TRUE(QFile::link(outside.path(), folder(TypeVST, LocUserDisabled) + "/Sub"));
-    vst->reloadData();
+    vst->rescan();
     mark(vst, "Sub/Fx.vst", false);
-    const QList<MoveOutcome> outcomes = vst->applyAllPending();
+    const QList<MoveOutcome> outcomes = vst->applyPending();
     ASSERT_EQ(outcomes.size(), 1);
     EXPECT_FALSE(outcomes[0].ok);
     EXPECT_EQ(outcomes[0].error.path, folder(TypeVST, LocUserDisabled) + "/Sub");

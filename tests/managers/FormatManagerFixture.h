@@ -110,18 +110,18 @@ protected:
     {
         context->pref.defaults()->setObject(key, value);
     }
-    static QStringList names(const TypeManager *manager)
+    static QStringList names(const FormatManager *manager)
     {
         QStringList result;
         for (const PluginPtr &plugin : manager->items())
             result << plugin->name();
         return result;
     }
-    static int rowOf(const TypeManager *manager, const QString &name)
+    static int rowOf(const FormatManager *manager, const QString &name)
     {
         return int(names(manager).indexOf(name));
     }
-    static PluginPtr item(const TypeManager *manager, const QString &name)
+    static PluginPtr item(const FormatManager *manager, const QString &name)
     {
         return manager->itemAt(rowOf(manager, name));
     }

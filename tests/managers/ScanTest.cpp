@@ -16,7 +16,7 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
     B::makeAudioUnit(folder(TypeAU, 1), "Off.component", MachO::universal3());
     B::makeAudioUnit(folder(TypeAU, 2), "Zeta.component", MachO::intel());
     B::makeAudioUnit(folder(TypeAU, 3), "Mine.component", MachO::x86_64());
-    au->reloadData();
+    au->rescan();
 
     // name, location code, ID, architecture, global and active flags. Rows sort by name
     // case-insensitively; IDs keep the scan's order.
@@ -36,9 +36,9 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
     EXPECT_FALSE(au->isApplyEnabled());
 
     // A name held twice is reported once; the architecture switch marks only its builds.
-    au->checkForDuplicates();
+    au->reportDuplicates();
     EXPECT_EQ(logText().section('\n', 1), "Plugin Zeta.component is found 2 times\n");
-    au->setPlattformActive(3, false);
+    au->setArchitectureActive(3, false);
     EXPECT_FALSE(item(au, "alpha.component")->isActive());
     EXPECT_TRUE(item(au, "Zeta.component")->isActive() && au->isApplyEnabled());
 }
@@ -50,15 +50,15 @@ TEST_F(ScanTest, ProgressStepsToTwentyFiveAndMissingFoldersAreMade)
     addAU(LocSystemActive, "A.component");
     addAU(LocSystemActive, "B.component");
     addAU(LocUserDisabled, "C.component");
-    au->reloadData();
+    au->rescan();
     EXPECT_EQ(ui.progressTexts,
               QStringList({"scan for AudioUnits:/Library/Audio/Plug-Ins/Components",
                            "scan for AudioUnits:~/Library/Audio/Plug-Ins/Components (Disabled)"}));
     EXPECT_EQ(ui.progressValues, QList<double>({12, 25, 25}));
 
-    vst->reloadData();
-    context->mas.reloadData();
-    context->rtas.reloadData();
+    vst->rescan();
+    context->mas.rescan();
+    context->rtas.rescan();
     for (int type : {TypeAU, TypeVST, TypeMAS, TypeRTAS})
         for (int loc = 0; loc < 4; ++loc)
             EXPECT_EQ(QFileInfo(folder(type, loc)).isDir(), type != TypeAU || loc != LocUserActive)
@@ -66,7 +66,7 @@ TEST_F(ScanTest, ProgressStepsToTwentyFiveAndMissingFoldersAreMade)
 
     // A failed creation only means the folder gives nothing.
     QDir(rootPath("Library/Audio/Plug-Ins")).removeRecursively();
-    au->reloadData();
+    au->rescan();
     EXPECT_FALSE(exists(folder(TypeAU, 1)));
     EXPECT_EQ(names(au), QStringList{"C.component"});
 }
@@ -81,14 +81,14 @@ TEST_F(ScanTest, SubfoldersAreScannedInAllFourFolders)
         B::makeVST(folder(TypeVST, 0) + "/Fx", name, MachO::intel());
 
     setPref("VSTScanSubfolders", true);
-    vst->reloadData();
+    vst->rescan();
     // Bundles are collapsed: nothing inside a .vst is listed on its own.
     EXPECT_EQ(names(vst), QStringList({"Deep/Er/Sys.vst", "Fx/Echo.vst", "Fx/Echo.vst copy.vst",
                                        "Fx/Echo.vst2.vst", "Sub/Foo.vst", "Top.vst"}));
     EXPECT_EQ(item(vst, "Sub/Foo.vst")->location(), folder(TypeVST, 2));
 
     setPref("VSTScanSubfolders", false);
-    vst->reloadData();
+    vst->rescan();
     EXPECT_EQ(names(vst), QStringList({"Top.vst"}));
 }
 

@@ -27,14 +27,14 @@ protected:
             addAU(LocSystemActive, name);
         documents = homePath("Documents");
         QDir().mkpath(documents);
-        au->reloadData();
-        au->awakeFromNib();
+        au->rescan();
+        au->loadSetList();
     }
     QString saveAs(const QString &name)
     {
         const QString path = documents + "/" + name;
         ui.savePanelAnswers << path;
-        au->save();
+        au->saveSet();
         return path;
     }
     // Four items: every pair of flags, names and places beyond ASCII and of great length.
@@ -67,7 +67,7 @@ protected:
     QStringList loadSets(const QByteArray &contents)
     {
         writeText(homePath("Library/Application Support/Korvane/ausets.plist"), contents);
-        au->awakeFromNib();
+        au->loadSetList();
         return au->setTitles();
     }
 };
@@ -76,19 +76,19 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
 {
     const QString path = saveAs("one.aukorv");
     EXPECT_EQ(ui.savePanels[0].directory, documents);
-    au->savePanelDidEnd(1, path); // a path is listed once
+    au->saveSetAs(path); // a path is listed once
     EXPECT_EQ(au->setTitles(), QStringList({"no set", path}));
     EXPECT_EQ(au->selectedSetIndex(), 1);
 
-    au->changeObject(item(au, "B.component"), "AUActive", false);
+    au->changeItem(item(au, "B.component"), "AUActive", false);
     EXPECT_TRUE(au->isSetChanged());
-    au->openPanelDidEnd(1, path);
+    au->openSet(path);
     EXPECT_TRUE(item(au, "B.component")->isActive());
     EXPECT_FALSE(au->isApplyEnabled());
 
     ui.alertAnswers << 0; // Discard the change
-    au->changeObject(item(au, "B.component"), "AUActive", false);
-    au->activate();
+    au->changeItem(item(au, "B.component"), "AUActive", false);
+    au->apply();
     EXPECT_EQ(ui.alertMessages(), QStringList({"Save changes to Set"}));
     EXPECT_FALSE(au->isSetChanged());
     EXPECT_EQ(au->selectedSetIndex(), 0);
@@ -111,7 +111,7 @@ TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemoved)
     // stays for a person to decide on.
     HeadlessUi nobody;
     ManagersOfOneRun unattended(locations(), disk(), nobody);
-    unattended.au.awakeFromNib();
+    unattended.au.loadSetList();
     unattended.au.openDefaultSet("/gone/y.aukorv");
     const QStringList titles = unattended.au.setTitles();
     unattended.au.selectSet(int(titles.indexOf("/gone/y.aukorv")));
@@ -125,8 +125,8 @@ TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
 {
     const QString system = B::makeAudioUnit(folder(TypeAU, 0), "Foo.component", MachO::ppc());
     const QString user = addAU(LocUserActive, "Foo.component");
-    au->reloadData();
-    au->sortDescriptorsDidChange({{"AULocation", true}});
+    au->rescan();
+    au->sortBy({{"AULocation", true}});
     for (const PluginPtr &it : au->items()) {
         if ((it->name() == "Foo.component" && it->isGlobal()) || it->name() == "A.component") {
             it->setActive(false);
@@ -134,10 +134,10 @@ TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
         }
     }
     const QString path = documents + "/copies.aukorv";
-    au->archivePlugins(path);
+    au->writeSet(path);
 
-    au->reloadData();
-    au->sortDescriptorsDidChange({{"AULocation", false}});
+    au->rescan();
+    au->sortBy({{"AULocation", false}});
     setPref("AUActivateAfterLoading", true);
     au->openDefaultSet(path);
     EXPECT_TRUE(ui.missingItemsLists.isEmpty());
@@ -150,7 +150,7 @@ TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
     // Missing entries are listed; ignored, the document stays and no set is selected; removed,
     // the document loses them.
     QDir(auPath(1, "Foo.component")).removeRecursively();
-    au->reloadData();
+    au->rescan();
     au->openDefaultSet(path);
     EXPECT_EQ(ui.missingItemsLists, QStringList({"Foo.component"}));
     EXPECT_EQ(au->selectedSetIndex(), 0);

@@ -18,11 +18,11 @@ protected:
         addAU(LocSystemActive, "Foo.component");
         addAU(LocUserDisabled, "bar.component");
         addAU(LocUserActive, "Baz.component");
-        au->reloadData();
+        au->rescan();
         undo = services().getUndoManager();
-        QObject::connect(au, &TypeManager::itemsChanged,
+        QObject::connect(au, &FormatManager::itemsChanged,
                          [this](const QList<int> &rows) { changedRows = rows; });
-        QObject::connect(au, &TypeManager::itemsReset, [this] { ++resets; });
+        QObject::connect(au, &FormatManager::itemsReset, [this] { ++resets; });
     }
 };
 
@@ -31,10 +31,10 @@ protected:
 TEST_F(TableTest, TogglesUndoAndSortsChangeRowsWithoutRebuildingTheList)
 {
     const PluginPtr foo = item(au, "Foo.component");
-    au->setObjectValue(false, "AUActive", rowOf(au, "Foo.component"));
+    au->setData(rowOf(au, "Foo.component"), "AUActive", false);
     EXPECT_EQ(changedRows, QList<int>{rowOf(au, "Foo.component")});
     EXPECT_EQ(foo->location(), folder(TypeAU, LocSystemDisabled));
-    au->changeObject(foo, "AUActive", true);
+    au->changeItem(foo, "AUActive", true);
     EXPECT_FALSE(au->isApplyEnabled());
     undo->undo();
     undo->undo();
@@ -42,9 +42,9 @@ TEST_F(TableTest, TogglesUndoAndSortsChangeRowsWithoutRebuildingTheList)
     EXPECT_FALSE(au->isApplyEnabled());
 
     au->selectRows({rowOf(au, "Foo.component")});
-    au->sortDescriptorsDidChange({{"AUName", true, false}});
+    au->sortBy({{"AUName", true, false}});
     EXPECT_EQ(names(au), QStringList({"Baz.component", "Foo.component", "bar.component"}));
-    au->sortDescriptorsDidChange({{"AUActive", false, false}});
+    au->sortBy({{"AUActive", false, false}});
     EXPECT_EQ(names(au), QStringList({"Baz.component", "Foo.component", "bar.component"}));
     EXPECT_EQ(au->selectedRows(), QList<int>{1});
     EXPECT_EQ(resets, 0);
@@ -64,8 +64,8 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
     const QStringList paths{drops + "/New.component", drops + "/readme.txt"};
 
     ui.alertAnswers << 1002; // Cancel
-    EXPECT_FALSE(au->acceptDrop(paths));
-    EXPECT_TRUE(au->acceptDrop(paths)); // recognised only, into a user folder that was missing
+    EXPECT_FALSE(au->installDropped(paths));
+    EXPECT_TRUE(au->installDropped(paths)); // recognised only, into a user folder that was missing
     EXPECT_TRUE(exists(user + "/New.component/Contents/Info.plist"));
     EXPECT_FALSE(exists(user + "/readme.txt"));
     EXPECT_GE(rowOf(au, "New.component"), 0); // rescanned
@@ -74,7 +74,7 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
     ui = {};
     ui.alertAnswers << 1001; // All Files, then Cancel before the third
     ui.cancelAt = 3;
-    EXPECT_TRUE(au->acceptDrop(
+    EXPECT_TRUE(au->installDropped(
         {drops + "/readme.txt", drops + "/Baz.component", drops + "/Last.component"}));
     EXPECT_EQ(QFileInfo(user + "/readme.txt").size(), size);
     EXPECT_TRUE(QFileInfo(user + "/Baz.component").isDir());
@@ -91,13 +91,13 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
 // from the list, and the plug-in stays where it is; either is said in the log.
 TEST_F(TableTest, DeleteTrashesTheSelectedRowsFromTheHighestDown)
 {
-    au->setObjectValue(false, "AUActive", rowOf(au, "Baz.component"));
+    au->setData(rowOf(au, "Baz.component"), "AUActive", false);
     ASSERT_TRUE(au->isApplyEnabled());
     // A drag out hands over the plug-in where it lies, not where the mark will put it.
-    EXPECT_EQ(au->writeRows({rowOf(au, "Baz.component")}),
+    EXPECT_EQ(au->pathsOfRows({rowOf(au, "Baz.component")}),
               QStringList{auPath(LocUserActive, "Baz.component")});
     au->selectRows({0, 1});
-    au->deleteItem();
+    au->moveSelectedToTrash();
     const QString trash = homePath(".local/share/Trash/files/");
     EXPECT_TRUE(exists(trash + "bar.component") && exists(trash + "Baz.component"));
     EXPECT_TRUE(logText().contains(auPath(LocUserActive, "Baz.component")
@@ -109,8 +109,8 @@ TEST_F(TableTest, DeleteTrashesTheSelectedRowsFromTheHighestDown)
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i is not supported here";
     au->selectRows({0});
-    au->deleteItem();
-    EXPECT_EQ(au->numberOfRowsInTableView(), 0);
+    au->moveSelectedToTrash();
+    EXPECT_EQ(au->rowCount(), 0);
     EXPECT_TRUE(exists(auPath(LocSystemActive, "Foo.component")));
     EXPECT_TRUE(logText().contains(auPath(LocSystemActive, "Foo.component")
                                    + " could not go to the trash: "));
@@ -125,13 +125,14 @@ TEST_F(TableTest, GroupsAreReadSavedUndoneAndSwitchedTogether)
     writeText(file, PropertyList::toXml(QVariantList{"Foo.component", "Synths", "bar.component",
                                                      "Synths", "Baz.component", "Drums",
                                                      "Foo.component", "Drums"}));
-    au->reloadData();
+    au->rescan();
     const auto saved = [&](const char *name) {
-        return TypeManager::findGroup(PropertyList::readArray(file).value_or(QVariantList()), name);
+        return FormatManager::findGroup(PropertyList::readArray(file).value_or(QVariantList()),
+                                        name);
     };
     EXPECT_EQ(item(au, "Foo.component")->group(), "Synths");
     EXPECT_EQ(item(au, "Baz.component")->group(), "Drums");
-    EXPECT_EQ(TypeManager::findGroup({42, "X", "C", QVariantList{}, "Odd"}, "C"), "");
+    EXPECT_EQ(FormatManager::findGroup({42, "X", "C", QVariantList{}, "Odd"}, "C"), "");
 
     au->selectRows({rowOf(au, "Foo.component")});
     au->setGroupInactive();
@@ -147,7 +148,7 @@ TEST_F(TableTest, GroupsAreReadSavedUndoneAndSwitchedTogether)
     au->setGroup("none");
     EXPECT_EQ(saved("Baz.component"), "");
 
-    au->changeObject(item(au, "Foo.component"), "AUGroup", "Drums");
+    au->changeItem(item(au, "Foo.component"), "AUGroup", "Drums");
     changedRows.clear();
     undo->undo();
     EXPECT_EQ(saved("Foo.component"), "Synths");
@@ -156,7 +157,7 @@ TEST_F(TableTest, GroupsAreReadSavedUndoneAndSwitchedTogether)
     EXPECT_EQ(saved("Foo.component"), "Drums");
 
     writeText(file, "not a property list");
-    au->reloadData();
+    au->rescan();
     EXPECT_EQ(item(au, "Foo.component")->group(), "");
 }
 
@@ -173,7 +174,7 @@ protected:
         instrument(LocUserActive, "System.component", {"aumu appl Osmaker: Sampler"});
         addAU(LocUserDisabled, "Off.component");
         relaunch(&counting);
-        au->reloadData();
+        au->rescan();
     }
     // Components given as "type manufacturer name".
     void instrument(int loc, const QString &name, const QStringList &components)

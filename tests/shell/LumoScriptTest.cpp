@@ -53,7 +53,7 @@ protected:
         const char *files[] = {"ausets.plist", "rtassets.plist", "massets.plist", "vstsets.plist"};
         for (int type = 3; type >= 0; --type) {
             ASSERT_TRUE(writePlist(support + files[type], QVariantList{"no set", titles[type]}));
-            context->manager(type)->awakeFromNib();
+            context->manager(type)->loadSetList();
             context->manager(type)->selectSetIndex(1);
             script->setSegmentSelected(type, true);
         }

@@ -52,15 +52,15 @@ protected:
 TEST_F(MainObj, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
 {
     const QString auSet = homePath("Documents/Mix.aukorv");
-    makeContext().au()->reloadData(); // an earlier session saved AU with Alpha off
+    makeContext().au()->rescan(); // an earlier session saved AU with Alpha off
     context->au()->itemAt(0)->setActive(false);
-    ASSERT_TRUE(context->au()->archivePlugins(auSet));
+    ASSERT_TRUE(context->au()->writeSet(auSet));
     AppContext &ctx = makeContext();
     ctx.pref()->setDefaultSet(TypeAU, auSet);
     ctx.pref()->setDefaultSet(TypeRTAS, homePath("Documents/Gone.rtaskorv"));
     EXPECT_EQ(launch(), QStringList({"Alpha.component", "Beta.rtas", "Gamma.bundle", "Delta.vst"}));
     // The AU set was merged (Alpha marked off) but not applied: the file has not moved.
-    EXPECT_EQ(ctx.au()->getSelectedSet(), auSet);
+    EXPECT_EQ(ctx.au()->selectedSet(), auSet);
     EXPECT_FALSE(ctx.au()->itemAt(0)->isActive());
     EXPECT_TRUE(QFileInfo::exists(alpha));
     // A missing file and an empty default both become "no set", silently.
@@ -100,16 +100,16 @@ TEST_F(MainObj, AFifthFormatIsOneRowOfTheTable)
     makeContext(formats);
     EXPECT_EQ(launch().mid(4), QStringList({"Aria.clap", "Bolt.clap"}));
     EXPECT_EQ(context->main()->tabIdentifiers().last(), "tabCLAP");
-    TypeManager *clap = context->manager(4);
+    FormatManager *clap = context->manager(4);
     EXPECT_FALSE(clap->itemAt(1)->isActive());
 
     clap->setAllActive();
-    clap->changeObject(clap->itemAt(1), "AUGlobal", true);
+    clap->changeItem(clap->itemAt(1), "AUGlobal", true);
     EXPECT_EQ(context->main()->getUndoManager()->undoActionName(), "Bolt.clap \"setGlobal\"");
-    for (const MoveOutcome &outcome : clap->applyAllPending())
+    for (const MoveOutcome &outcome : clap->applyPending())
         EXPECT_TRUE(outcome.ok) << outcome.error.reason.toStdString();
     EXPECT_TRUE(QFileInfo::exists(rootPath("Library/Audio/Plug-Ins/CLAP/Bolt.clap")));
-    clap->saveAs(); // cancelled, but the panel offers the format's own documents
+    clap->saveSetAs(); // cancelled, but the panel offers the format's own documents
     EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.clapkorv");
     context->main()->applicationWillTerminate();
     EXPECT_TRUE(QFileInfo::exists(support + "clapgroups.plist"));
@@ -174,7 +174,7 @@ TEST_F(MainObj, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStaysInFront)
 {
     MyMainObj *main = makeContext().main();
     launch();
-    const auto active = [](TypeManager *manager) { return manager->itemAt(0)->isActive(); };
+    const auto active = [](FormatManager *manager) { return manager->itemAt(0)->isActive(); };
     main->setActiveType(TypeVST);
     main->setAllInactive();
     EXPECT_FALSE(active(context->vst()));

@@ -49,7 +49,7 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     setCentralWidget(m_tabs);
     menuBar()->setAccessibleName(korvane::tr("Menu bar"));
     // Every format gets its page once; a format switched off keeps it for when it comes back.
-    for (TypeManager *manager : context.managers()) {
+    for (FormatManager *manager : context.managers()) {
         auto *page = new FormatTab(*manager, this);
         page->hide();
         m_pages << page;
@@ -201,20 +201,20 @@ void MainWindow::makePlugInsMenu()
     addItem(menu, "miUBOff", korvane::tr("Universal Off"), [&main] { main.setUBInactive(); });
     menu->addSeparator();
     // These have no routing of their own in the controller: they go where its active type says.
-    auto front = [this](void (TypeManager::*command)()) {
+    auto front = [this](void (FormatManager::*command)()) {
         return [this, command] {
-            if (TypeManager *manager = frontManager())
+            if (FormatManager *manager = frontManager())
                 (manager->*command)();
         };
     };
     addItem(menu, "miRescan", korvane::tr("Rescan"), QKeySequence::Refresh,
-            front(&TypeManager::rescan));
-    addItem(menu, "miInfo", korvane::tr("Info"), front(&TypeManager::getInfo));
+            front(&FormatManager::rescan));
+    addItem(menu, "miInfo", korvane::tr("Info"), front(&FormatManager::requestInfo));
     addItem(menu, "miDuplicates", korvane::tr("Duplicates"),
-            front(&TypeManager::checkForDuplicates));
-    addItem(menu, "miBackup", korvane::tr("Backup"), front(&TypeManager::backup));
+            front(&FormatManager::reportDuplicates));
+    addItem(menu, "miBackup", korvane::tr("Backup"), front(&FormatManager::backup));
     addItem(menu, "miBackupRestore", korvane::tr("Restore Backup"),
-            front(&TypeManager::backupRestore));
+            front(&FormatManager::restoreBackup));
     menu->addSeparator();
     addItem(menu, "miSpecialEnv", korvane::tr("Examine Audio Unit Alone"),
             [this] { examineAudioUnitAlone(); });
@@ -286,7 +286,7 @@ void MainWindow::updateMenus()
                      && m_context.au() != nullptr);
 }
 
-TypeManager *MainWindow::frontManager() const
+FormatManager *MainWindow::frontManager() const
 {
     return m_main.managerOf(m_main.getActiveType());
 }

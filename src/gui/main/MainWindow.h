@@ -16,7 +16,7 @@ class AppContext;
 class FormatTab;
 class MyMainObj;
 class PreferencesWindow;
-class TypeManager;
+class FormatManager;
 
 // The main window: one tab per format the controller shows, in its order, and the menus. Every
 // plug-in command goes to the manager of the tab in front, as the controller routes it; the
@@ -60,7 +60,7 @@ private:
     void showGroupMenu();
     void showUndoTitles();
     void updateMenus();
-    TypeManager *frontManager() const; // by the controller's active type
+    FormatManager *frontManager() const; // by the controller's active type
     void examineAudioUnitAlone();
 
     AppContext &m_context;

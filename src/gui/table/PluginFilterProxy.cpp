@@ -1,7 +1,7 @@
 #include "gui/table/PluginFilterProxy.h"
 
 #include "gui/table/PluginTableModel.h"
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 
 namespace korvane {
 

@@ -1,6 +1,6 @@
 // Sets: the pop-up of known set documents, saving and opening them, and merging an opened set
 // into the current item list.
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 
 #include "app/AppServices.h"
 #include "app/PathChecks.h"
@@ -26,7 +26,7 @@ const QString kNoSet = QStringLiteral("no set");
 
 } // namespace
 
-void TypeManager::awakeFromNib()
+void FormatManager::loadSetList()
 {
     const std::optional<QStringList> stored =
         PropertyList::readStringArray(locations().dataFilePath(m_traits.setsFile));
@@ -43,95 +43,87 @@ void TypeManager::awakeFromNib()
         if (!titles.contains(kNoSet))
             titles.prepend(kNoSet);
     }
-    pbSetsTitles = titles;
+    m_setTitles = titles;
     emit setsChanged();
     selectSetIndex(0);
     setApplyEnabled(false);
-    setSetName(m_traits.windowLoadName);
+    setCurrentSetName(m_traits.windowLoadName);
 }
 
-void TypeManager::newButtonPressed()
+void FormatManager::newSet()
 {
-    reloadData();
-    setSetName(m_traits.untitledName);
+    rescan();
+    setCurrentSetName(m_traits.untitledName);
 }
 
-void TypeManager::save()
+void FormatManager::saveSet()
 {
-    if (etName == m_traits.untitledName)
-        saveAs();
+    if (m_setName == m_traits.untitledName)
+        saveSetAs();
     else
-        archivePlugins(etName); // a relative name lands in the current folder, failures unreported
-    bChanged = false;
+        writeSet(m_setName); // a relative name lands in the current folder, failures unreported
+    m_setChanged = false;
 }
 
-void TypeManager::saveAs()
+void FormatManager::saveSetAs()
 {
     SavePanelRequest request;
     request.directory = locations().documentsFolder();
     request.fileName = m_traits.savePanelName;
     const std::optional<QString> path = ui().runSavePanel(request);
     if (path)
-        savePanelDidEnd(1, *path);
-    else
-        savePanelDidEnd(0, QString());
+        saveSetAs(*path);
 }
 
-void TypeManager::savePanelDidEnd(int returnCode, const QString &path)
+void FormatManager::saveSetAs(const QString &path)
 {
-    if (returnCode != 1)
-        return;
-    archivePlugins(path);
-    setSetName(path);
-    if (!pbSetsTitles.contains(path)) {
-        pbSetsTitles << path;
+    writeSet(path);
+    setCurrentSetName(path);
+    if (!m_setTitles.contains(path)) {
+        m_setTitles << path;
         emit setsChanged();
     }
-    selectSetIndex(pbSetsTitles.indexOf(path));
-    bChanged = false;
+    selectSetIndex(m_setTitles.indexOf(path));
+    m_setChanged = false;
 }
 
-void TypeManager::open()
+void FormatManager::openSet()
 {
     OpenPanelRequest request;
     request.directory = locations().documentsFolder();
     request.allowedTypes = m_traits.documentExtension.split(QLatin1Char(' '));
     const std::optional<QString> path = ui().runOpenPanel(request);
     if (path)
-        openPanelDidEnd(1, *path);
-    else
-        openPanelDidEnd(0, QString());
+        openSet(*path);
 }
 
-void TypeManager::openPanelDidEnd(int returnCode, const QString &path)
+void FormatManager::openSet(const QString &path)
 {
-    if (returnCode != 1)
-        return;
-    // Opened first and selected afterwards: a "no set" chosen by openSet is overridden.
-    openSet(path);
-    if (!pbSetsTitles.contains(path)) {
-        pbSetsTitles << path;
+    // Loaded first and selected afterwards: a "no set" chosen by loadSet is overridden.
+    loadSet(path);
+    if (!m_setTitles.contains(path)) {
+        m_setTitles << path;
         emit setsChanged();
     }
-    selectSetIndex(pbSetsTitles.indexOf(path));
+    selectSetIndex(m_setTitles.indexOf(path));
 }
 
-void TypeManager::openDefaultSet(const QString &path)
+void FormatManager::openDefaultSet(const QString &path)
 {
-    if (!pbSetsTitles.contains(path)) {
-        pbSetsTitles << path;
+    if (!m_setTitles.contains(path)) {
+        m_setTitles << path;
         emit setsChanged();
     }
-    selectSetIndex(pbSetsTitles.indexOf(path));
-    openSet(path);
+    selectSetIndex(m_setTitles.indexOf(path));
+    loadSet(path);
 }
 
-QStringList TypeManager::mergeSet(const QString &path)
+QStringList FormatManager::mergeSet(const QString &path)
 {
     return mergeItems(SetDocument::read(path)); // only names, places and flags are taken
 }
 
-QStringList TypeManager::mergeItems(const QList<PluginPtr> &saved)
+QStringList FormatManager::mergeItems(const QList<PluginPtr> &saved)
 {
     // A document saved while a plug-in was installed twice (system and user folder) names it
     // twice. Each saved entry goes to the copy that lies where the entry says, then to a copy in
@@ -209,7 +201,7 @@ QStringList TypeManager::mergeItems(const QList<PluginPtr> &saved)
     return missing;
 }
 
-void TypeManager::openSet(const QString &path)
+void FormatManager::loadSet(const QString &path)
 {
     MyMissingItems &missingItems = m_parts.missingItems;
     missingItems.removeMissingItems();
@@ -217,30 +209,30 @@ void TypeManager::openSet(const QString &path)
     for (const QString &name : missing)
         missingItems.addMissingItem(name);
 
-    setSetName(path);
+    setCurrentSetName(path);
 
     if (!missing.isEmpty()) {
         if (missingItems.showMissingItems() == 2)
-            save(); // rewrites the document from the current list, without the missing entries
+            saveSet(); // rewrites the document from the current list, without the missing entries
         else
-            selectSetIndex(std::max(0, int(pbSetsTitles.indexOf(kNoSet))));
+            selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
     }
 
     if (m_parts.prefs.activateDefaultSet(m_traits.type))
-        activate();
+        apply();
 }
 
-void TypeManager::selectSet(int index)
+void FormatManager::selectSet(int index)
 {
     selectSetIndex(index);
     for (;;) {
-        if (pbSetsIndex < 1) {
-            bChanged = false;
+        if (m_selectedSetIndex < 1) {
+            m_setChanged = false;
             return;
         }
-        const QString path = pbSetsTitles.value(pbSetsIndex);
+        const QString path = m_setTitles.value(m_selectedSetIndex);
         if (files().exists(path)) {
-            openSet(path);
+            loadSet(path);
             return;
         }
 
@@ -254,25 +246,25 @@ void TypeManager::selectSet(int index)
         if (answer == AlertDefault && !ui().isInteractive()) {
             // Nobody is there to put the file back: asking again would never end. The entry
             // stays for a person to decide on later.
-            selectSetIndex(std::max(0, int(pbSetsTitles.indexOf(kNoSet))));
-            bChanged = false;
+            selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
+            m_setChanged = false;
             return;
         }
         if (answer != AlertDefault) {
-            pbSetsTitles.removeAll(path);
+            m_setTitles.removeAll(path);
             emit setsChanged();
-            selectSetIndex(std::max(0, int(pbSetsTitles.indexOf(kNoSet))));
+            selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
             return;
         }
     }
 }
 
-void TypeManager::updateSet()
+void FormatManager::offerToSaveSet()
 {
-    if (!bChanged)
+    if (!m_setChanged)
         return;
     // Compared with a capital S, so the pop-up's "no set" never matches.
-    if (pbSetsTitles.value(pbSetsIndex) == QLatin1String("no Set"))
+    if (m_setTitles.value(m_selectedSetIndex) == QLatin1String("no Set"))
         return;
 
     Alert alert;
@@ -280,19 +272,19 @@ void TypeManager::updateSet()
     alert.buttons = {korvane::tr("Save"), korvane::tr("Discard")};
     alert.informativeText = korvane::tr("Save changes to actual Set?");
     if (ui().runAlert(alert) == AlertDefault) {
-        save();
+        saveSet();
     } else {
         selectSetIndex(0);
-        bChanged = false;
+        m_setChanged = false;
     }
 }
 
-void TypeManager::saveSets()
+void FormatManager::saveSetList()
 {
     const QString path = locations().dataFilePath(m_traits.setsFile);
     services().createSupportFolder(); // a fresh home has none yet
     QVariantList titles;
-    for (const QString &title : std::as_const(pbSetsTitles))
+    for (const QString &title : std::as_const(m_setTitles))
         titles << title;
     // The list is read as names only; a file holding anything else is kept, not replaced.
     services().writeDataFile(path, titles, [](const QString &file) {
@@ -300,15 +292,15 @@ void TypeManager::saveSets()
     });
 }
 
-QString TypeManager::getSelectedSet() const
+QString FormatManager::selectedSet() const
 {
-    const QString title = pbSetsTitles.value(pbSetsIndex);
-    if (pbSetsIndex < 0 || pbSetsIndex >= pbSetsTitles.size() || title == kNoSet)
+    const QString title = m_setTitles.value(m_selectedSetIndex);
+    if (m_selectedSetIndex < 0 || m_selectedSetIndex >= m_setTitles.size() || title == kNoSet)
         return QString();
     return title;
 }
 
-bool TypeManager::archivePlugins(const QString &path) const
+bool FormatManager::writeSet(const QString &path) const
 {
     return SetDocument::write(files(), path, m_list.items());
 }

@@ -1,4 +1,4 @@
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 
 #include "app/AppServices.h"
 #include "platform/Locations.h"
@@ -7,48 +7,46 @@
 
 namespace korvane {
 
-TypeManager::TypeManager(const Format &format, const ManagerParts &parts)
-    : m_traits(format), m_parts(parts),
-      fileName(QStringLiteral("Untitled")), m_columns{QStringLiteral("AUActive"),
-                                                      QStringLiteral("AUName"),
-                                                      QStringLiteral("AUGlobal"),
-                                                      QStringLiteral("AUGroup")},
-      m_sortDescriptors{{QStringLiteral("AUName"), true, true}}
+FormatManager::FormatManager(const Format &format, const ManagerParts &parts)
+    : m_traits(format),
+      m_parts(parts), m_columns{QStringLiteral("AUActive"), QStringLiteral("AUName"),
+                                QStringLiteral("AUGlobal"), QStringLiteral("AUGroup")},
+      m_sortKeys{{QStringLiteral("AUName"), true, true}}
 {
 }
 
-TypeManager::~TypeManager() = default;
+FormatManager::~FormatManager() = default;
 
-UserInterface &TypeManager::ui() const
+UserInterface &FormatManager::ui() const
 {
     return services().ui();
 }
 
-FileOperations &TypeManager::files() const
+FileOperations &FormatManager::files() const
 {
     return services().files();
 }
 
-const Locations &TypeManager::locations() const
+const Locations &FormatManager::locations() const
 {
     return services().locations();
 }
 
-void TypeManager::setApplyEnabled(bool enabled)
+void FormatManager::setApplyEnabled(bool enabled)
 {
-    if (pbActiveEnabled == enabled)
+    if (m_applyEnabled == enabled)
         return;
-    pbActiveEnabled = enabled;
+    m_applyEnabled = enabled;
     emit applyEnabledChanged(enabled);
 }
 
-void TypeManager::setSetName(const QString &name)
+void FormatManager::setCurrentSetName(const QString &name)
 {
-    etName = name;
-    emit setNameChanged(name);
+    m_setName = name;
+    emit currentSetNameChanged(name);
 }
 
-void TypeManager::announceChanged(const QList<PluginPtr> &items)
+void FormatManager::announceChanged(const QList<PluginPtr> &items)
 {
     QList<int> rows;
     rows.reserve(items.size());
@@ -62,13 +60,13 @@ void TypeManager::announceChanged(const QList<PluginPtr> &items)
     emit itemsChanged(rows);
 }
 
-void TypeManager::selectSetIndex(int index)
+void FormatManager::selectSetIndex(int index)
 {
-    pbSetsIndex = index;
+    m_selectedSetIndex = index;
     emit setsChanged();
 }
 
-void TypeManager::selectItems(const QList<PluginPtr> &items, const PluginPtr &lastSelected)
+void FormatManager::selectItems(const QList<PluginPtr> &items, const PluginPtr &lastSelected)
 {
     m_selection.clear();
     for (const PluginPtr &item : items)
@@ -82,7 +80,7 @@ void TypeManager::selectItems(const QList<PluginPtr> &items, const PluginPtr &la
     emit selectionChanged();
 }
 
-QList<PluginPtr> TypeManager::selectedItems() const
+QList<PluginPtr> FormatManager::selectedItems() const
 {
     QList<PluginPtr> items;
     for (int row : selectedRows())
@@ -90,7 +88,7 @@ QList<PluginPtr> TypeManager::selectedItems() const
     return items;
 }
 
-QList<int> TypeManager::selectedRows() const
+QList<int> FormatManager::selectedRows() const
 {
     QList<int> rows;
     for (const PluginPtr &item : m_selection)
@@ -100,12 +98,12 @@ QList<int> TypeManager::selectedRows() const
     return rows;
 }
 
-int TypeManager::selectedRow() const
+int FormatManager::selectedRow() const
 {
     return rowOf(m_lastSelected);
 }
 
-void TypeManager::selectRows(const QList<int> &rows, int lastSelected)
+void FormatManager::selectRows(const QList<int> &rows, int lastSelected)
 {
     QList<PluginPtr> items;
     for (int row : rows)
@@ -114,14 +112,14 @@ void TypeManager::selectRows(const QList<int> &rows, int lastSelected)
     selectItems(items, itemAt(lastSelected));
 }
 
-void TypeManager::markActive(const PluginPtr &item, bool active)
+void FormatManager::markActive(const PluginPtr &item, bool active)
 {
     item->setActive(active);
     item->updateLocation(m_traits.type);
     updateRecord(item);
 }
 
-void TypeManager::markAll(const std::function<bool(const Plugin &)> &which, bool active)
+void FormatManager::markAll(const std::function<bool(const Plugin &)> &which, bool active)
 {
     QList<PluginPtr> changed;
     for (const PluginPtr &item : m_list.items()) {
@@ -133,7 +131,7 @@ void TypeManager::markAll(const std::function<bool(const Plugin &)> &which, bool
     announceChanged(changed);
 }
 
-void TypeManager::createParentAndFolder(bool system)
+void FormatManager::createParentAndFolder(bool system)
 {
     // Whatever exists at a path is left alone, folder or not.
     const QString parent = m_traits.parentFolder;

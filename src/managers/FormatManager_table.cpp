@@ -1,6 +1,6 @@
 // The plug-in table: cell values, undoable flag toggles, sorting, dragging out and installing
 // dropped files.
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 
 #include "app/AppServices.h"
 #include "platform/FileOperations.h"
@@ -23,16 +23,16 @@ const QString kActive = QStringLiteral("AUActive");
 const QString kGlobal = QStringLiteral("AUGlobal");
 const QString kGroup = QStringLiteral("AUGroup");
 
-// One sort descriptor with every item's key taken out once, so the comparisons of a sort compare
+// One sort key with every item's key taken out once, so the comparisons of a sort compare
 // plain numbers and strings. The kinds follow the table's values: flags and numbers compare as
 // numbers, the rest as text; a column the items do not have leaves the order to the next one.
 class SortColumn {
 public:
-    SortColumn(const SortDescriptor &descriptor, const QList<PluginPtr> &items)
-        : m_ascending(descriptor.ascending),
-          m_case(descriptor.caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive)
+    SortColumn(const SortKey &sortKey, const QList<PluginPtr> &items)
+        : m_ascending(sortKey.ascending),
+          m_case(sortKey.caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive)
     {
-        const QString &key = descriptor.key;
+        const QString &key = sortKey.column;
         const auto numbers = [&](auto value) {
             m_kind = Number;
             m_numbers.reserve(items.size());
@@ -117,62 +117,61 @@ QString lastPathComponent(QString path)
 
 } // namespace
 
-QVariant TypeManager::objectValue(int row, const QString &identifier) const
+QVariant FormatManager::data(int row, const QString &column) const
 {
     if (!m_list.isValidRow(row))
         return QVariant();
-    return itemValue(*m_list.at(row), identifier);
+    return valueOf(*m_list.at(row), column);
 }
 
-QVariant TypeManager::itemValue(const Plugin &item, const QString &identifier)
+QVariant FormatManager::valueOf(const Plugin &item, const QString &column)
 {
-    if (identifier == kActive)
+    if (column == kActive)
         return item.isActive();
-    if (identifier == kGlobal)
+    if (column == kGlobal)
         return item.isGlobal();
-    if (identifier == kGroup)
+    if (column == kGroup)
         return item.group();
-    if (identifier == QLatin1String("AUType"))
+    if (column == QLatin1String("AUType"))
         return item.architectureName();
-    if (identifier == QLatin1String("AUName"))
+    if (column == QLatin1String("AUName"))
         return item.name();
-    if (identifier == QLatin1String("AULocation"))
+    if (column == QLatin1String("AULocation"))
         return item.location();
     return QVariant();
 }
 
-void TypeManager::setObjectValue(const QVariant &value, const QString &identifier, int row)
+void FormatManager::setData(int row, const QString &column, const QVariant &value)
 {
     if (!m_list.isValidRow(row))
         return;
-    changeObject(m_list.at(row), identifier, value);
+    changeItem(m_list.at(row), column, value);
 }
 
-void TypeManager::changeObject(const PluginPtr &item, const QString &identifier,
-                               const QVariant &data)
+void FormatManager::changeItem(const PluginPtr &item, const QString &column, const QVariant &value)
 {
     if (!item)
         return;
     AppServices *services = &this->services();
     UndoManager *undo = services->getUndoManager();
 
-    if (identifier == kGroup) {
-        changeGroup(item, data.toString());
+    if (column == kGroup) {
+        changeGroup(item, value.toString());
         item->updateLocation(m_traits.type);
         updateRecord(item);
         announceChanged({item});
         return;
     }
-    if (identifier != kActive && identifier != kGlobal)
+    if (column != kActive && column != kGlobal)
         return;
 
     // Every call toggles whatever value it is given, so the same call is its own inverse.
-    QPointer<TypeManager> self(this);
-    undo->registerUndo(this, [self, item, identifier, data] {
+    QPointer<FormatManager> self(this);
+    undo->registerUndo(this, [self, item, column, value] {
         if (self)
-            self->changeObject(item, identifier, data);
+            self->changeItem(item, column, value);
     });
-    const bool globalFlag = identifier == kGlobal;
+    const bool globalFlag = column == kGlobal;
     if (globalFlag)
         item->setGlobal(!item->isGlobal());
     else
@@ -185,34 +184,33 @@ void TypeManager::changeObject(const PluginPtr &item, const QString &identifier,
     services->setRedoTitle();
     item->updateLocation(m_traits.type);
     updateRecord(item);
-    bChanged = pbSetsIndex > 0;
+    m_setChanged = m_selectedSetIndex > 0;
     announceChanged({item});
 }
 
-bool TypeManager::shouldSelectRow(int row)
+void FormatManager::setCurrentRow(int row)
 {
     emit rowSelected(itemAt(row));
-    return true;
 }
 
-void TypeManager::sortDescriptorsDidChange(const QList<SortDescriptor> &descriptors)
+void FormatManager::sortBy(const QList<SortKey> &keys)
 {
-    m_sortDescriptors = descriptors;
+    m_sortKeys = keys;
     emit itemsAboutToBeReordered();
     sortPlugins();
     emit itemsReordered();
 }
 
-void TypeManager::sortPlugins()
+void FormatManager::sortPlugins()
 {
-    if (m_sortDescriptors.isEmpty())
+    if (m_sortKeys.isEmpty())
         return;
     // Stable, and item IDs stay as the scan gave them: activation finds items by ID.
     std::vector<SortColumn> columns;
-    columns.reserve(size_t(m_sortDescriptors.size()));
+    columns.reserve(size_t(m_sortKeys.size()));
     const QList<PluginPtr> &plugins = m_list.items();
-    for (const SortDescriptor &descriptor : std::as_const(m_sortDescriptors))
-        columns.emplace_back(descriptor, plugins);
+    for (const SortKey &sortKey : std::as_const(m_sortKeys))
+        columns.emplace_back(sortKey, plugins);
     std::vector<qsizetype> order(size_t(plugins.size()));
     std::iota(order.begin(), order.end(), qsizetype(0));
     std::stable_sort(order.begin(), order.end(), [&columns](qsizetype a, qsizetype b) {
@@ -229,7 +227,7 @@ void TypeManager::sortPlugins()
     m_list.reorder(std::move(sorted));
 }
 
-QStringList TypeManager::writeRows(const QList<int> &rows) const
+QStringList FormatManager::pathsOfRows(const QList<int> &rows) const
 {
     QStringList paths;
     for (int row : rows) {
@@ -239,8 +237,8 @@ QStringList TypeManager::writeRows(const QList<int> &rows) const
     return paths;
 }
 
-DropValidation TypeManager::validateDrop(int proposedRow, bool proposedOnRow,
-                                         bool fromInsideApplication) const
+DropValidation FormatManager::validateDrop(int proposedRow, bool proposedOnRow,
+                                           bool fromInsideApplication) const
 {
     DropValidation validation{fromInsideApplication ? 0 : 4, proposedRow, proposedOnRow};
     if (proposedOnRow) {
@@ -250,7 +248,7 @@ DropValidation TypeManager::validateDrop(int proposedRow, bool proposedOnRow,
     return validation;
 }
 
-bool TypeManager::acceptDrop(const QStringList &paths)
+bool FormatManager::installDropped(const QStringList &paths)
 {
     UserInterface &ui = this->ui();
     Alert alert;
@@ -295,7 +293,7 @@ bool TypeManager::acceptDrop(const QStringList &paths)
         systemLog(QStringLiteral("Stopped, not installed: %1").arg(left));
         services().addLogEntry(this, korvane::tr("Stopped, not installed: %1\n").arg(left));
     }
-    reloadData();
+    rescan();
     ui.progressEnd();
     return true;
 }

@@ -1,6 +1,6 @@
 // Maintenance commands: info on the selected plug-in, the duplicate report, moving plug-ins to the
 // trash, and the architecture column and switches.
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 
 #include "app/AppServices.h"
 #include "panels/MyPrefObj.h"
@@ -33,7 +33,7 @@ QString trText(const QString &english)
 
 } // namespace
 
-void TypeManager::getInfo()
+void FormatManager::requestInfo()
 {
     const PluginPtr selected = itemAt(selectedRow());
     // Without a selection the panel only learns whether to show content.
@@ -42,13 +42,13 @@ void TypeManager::getInfo()
         showOkAlert(ui(), trText(m_traits.infoMessage), trText(m_traits.infoText));
 }
 
-void TypeManager::backupRestore()
+void FormatManager::restoreBackup()
 {
     showOkAlert(ui(), trText(m_traits.backupRestoreMessage),
                 korvane::tr("This function will be implemented in a future version"));
 }
 
-void TypeManager::checkForDuplicates()
+void FormatManager::reportDuplicates()
 {
     AppServices *services = &this->services();
     services->showLog();
@@ -75,7 +75,7 @@ void TypeManager::checkForDuplicates()
         services->addLogEntry(this, report);
 }
 
-QList<QPair<QString, int>> TypeManager::duplicateNames(const QList<PluginPtr> &items)
+QList<QPair<QString, int>> FormatManager::duplicateNames(const QList<PluginPtr> &items)
 {
     // One pass, each item looked at once: names in order of their first item, with their counts
     // (places holds a name's place in that list, plus one). A large list costs little more per
@@ -96,7 +96,7 @@ QList<QPair<QString, int>> TypeManager::duplicateNames(const QList<PluginPtr> &i
     return names;
 }
 
-void TypeManager::deleteItem()
+void FormatManager::moveSelectedToTrash()
 {
     QList<int> rows = selectedRows();
     // Highest row first, so a removal never shifts a row still to come.
@@ -131,7 +131,7 @@ void TypeManager::deleteItem()
         selectItems({m_list.at(0)});
 }
 
-void TypeManager::setPlattformVisible(bool visible)
+void FormatManager::showArchitectureColumn(bool visible)
 {
     // Showing twice adds a second column and hiding removes one; callers ask once per load.
     if (visible)
@@ -141,7 +141,7 @@ void TypeManager::setPlattformVisible(bool visible)
     emit columnsChanged();
 }
 
-void TypeManager::setPlattformActive(int plattform, bool active)
+void FormatManager::setArchitectureActive(int plattform, bool active)
 {
     markAll([plattform](const Plugin &item) { return item.architecture() == plattform; }, active);
 }

@@ -1,6 +1,6 @@
 // Scanning: rebuilding a format's item list and log from its four folders.
 
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 
 #include "app/AppServices.h"
 #include "panels/MyPrefObj.h"
@@ -110,7 +110,7 @@ void createIfMissing(FileOperations &files, const QString &path)
 
 } // namespace
 
-QStringList TypeManager::listFolder(int loc, const QString &folder) const
+QStringList FormatManager::listFolder(int loc, const QString &folder) const
 {
     if (!m_parts.prefs.scanSubpaths(m_traits.type))
         return files().directoryContents(folder);
@@ -121,8 +121,8 @@ QStringList TypeManager::listFolder(int loc, const QString &folder) const
     return services().removeIrrelevantData(m_traits.type, loc, listing);
 }
 
-bool TypeManager::settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
-                                         const std::array<QStringList, LocationCount> &listings)
+bool FormatManager::settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
+                                           const std::array<QStringList, LocationCount> &listings)
 {
     InterruptedMoves moves(files(), QStringList(folders.cbegin(), folders.cend()));
     // Made at the first sidecar: most folders have none.
@@ -169,7 +169,7 @@ bool TypeManager::settleInterruptedMoves(const std::array<QString, LocationCount
     return true;
 }
 
-void TypeManager::reloadData()
+void FormatManager::rescan()
 {
     AppServices &main = services();
     main.getUndoManager()->removeAllActionsWithTarget(this);
@@ -183,7 +183,6 @@ void TypeManager::reloadData()
 
     emit itemsAboutToBeReset();
     m_list.clear();
-    fileName = QStringLiteral("Untitled");
     m_scanned = true;
 
     const GroupIndex groups(PropertyList::readArray(locations().dataFilePath(m_traits.groupsFile))

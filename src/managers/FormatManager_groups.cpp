@@ -1,6 +1,6 @@
 // Groups within a format: the per-format groups file, assigning groups (undoable from the table)
 // and the combo box that offers the global group names.
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 
 #include "app/AppServices.h"
 #include "platform/Locations.h"
@@ -11,12 +11,12 @@
 
 namespace korvane {
 
-QString TypeManager::groupsFilePath() const
+QString FormatManager::groupsFilePath() const
 {
     return locations().dataFilePath(m_traits.groupsFile);
 }
 
-void TypeManager::saveGroups()
+void FormatManager::saveGroups()
 {
     // A format that was never scanned (switched off) holds no items: writing its list would wipe
     // the groups its plug-ins had.
@@ -31,7 +31,7 @@ void TypeManager::saveGroups()
     });
 }
 
-QString TypeManager::findGroup(const QVariantList &groups, const QString &name)
+QString FormatManager::findGroup(const QVariantList &groups, const QString &name)
 {
     // The file is read from disk: anything but a string pair is passed over, never trusted.
     for (qsizetype i = 0; i + 1 < groups.size(); i += 2) {
@@ -44,14 +44,14 @@ QString TypeManager::findGroup(const QVariantList &groups, const QString &name)
     return QStringLiteral("");
 }
 
-void TypeManager::changeGroup(const PluginPtr &item, const QString &group)
+void FormatManager::changeGroup(const PluginPtr &item, const QString &group)
 {
     if (!item)
         return;
     UndoManager *undo = services().getUndoManager();
 
     const QString previous = item->group();
-    QPointer<TypeManager> self(this);
+    QPointer<FormatManager> self(this);
     undo->registerUndo(this, [self, item, previous] {
         if (self)
             self->changeGroup(item, previous);
@@ -66,7 +66,7 @@ void TypeManager::changeGroup(const PluginPtr &item, const QString &group)
     saveGroups();
 }
 
-void TypeManager::setGroup(const QString &menuTitle)
+void FormatManager::setGroup(const QString &menuTitle)
 {
     const QString group =
         menuTitle == QLatin1String("none") ? QString(QLatin1String("")) : menuTitle;
@@ -77,12 +77,12 @@ void TypeManager::setGroup(const QString &menuTitle)
     saveGroups();
 }
 
-int TypeManager::numberOfItemsInComboBoxCell() const
+int FormatManager::groupCount() const
 {
     return int(services().getGroups().size());
 }
 
-QString TypeManager::comboBoxCellObjectValue(int index) const
+QString FormatManager::groupAt(int index) const
 {
     return services().getGroups().value(index);
 }

@@ -31,9 +31,9 @@ struct ManagerParts {
 };
 
 // One column of the table's sort order.
-struct SortDescriptor {
-    QString key; // a column identifier: "AUName", "AULocation", "AUActive", "AUGlobal", "AUGroup",
-                 // "AUType"
+struct SortKey {
+    QString column; // a column identifier: "AUName", "AULocation", "AUActive", "AUGlobal",
+                    // "AUGroup", "AUType"
     bool ascending = true;
     bool caseInsensitive = false;
 };
@@ -67,14 +67,14 @@ struct DropValidation {
 // reorder after a sort, a removal per deleted row, and a reset only when a rescan rebuilt the
 // list. The selection and the sort order are the view's: it hands them over as they change, and
 // the selection is kept by identity, so no row number goes stale.
-class TypeManager : public QObject {
+class FormatManager : public QObject {
     Q_OBJECT
 public:
-    TypeManager(const Format &format, const ManagerParts &parts);
-    ~TypeManager() override;
+    FormatManager(const Format &format, const ManagerParts &parts);
+    ~FormatManager() override;
 
     const FormatTraits &traits() const { return m_traits; }
-    int typeIndex() const { return m_traits.type; }
+    int type() const { return m_traits.type; }
 
     // --- The list ------------------------------------------------------------------------------
     const PluginList &plugins() const { return m_list; }
@@ -86,7 +86,7 @@ public:
     int rowOf(const PluginPtr &item) const { return item ? m_list.rowOf(item.get()) : -1; }
 
     // --- Scanning --------------------------------------------------------------------------
-    void reloadData();
+    void rescan();
     bool recognise(const QString &nameOrPath) const { return m_traits.recognise(nameOrPath); }
     // Whether this manager has scanned its folders since it was made.
     bool hasScanned() const { return m_scanned; }
@@ -94,9 +94,9 @@ public:
     // --- Records and activation ----------------------------------------------------------------
     int pendingCount() const { return m_list.pendingCount(); }
     void updateRecord(const PluginPtr &item);
-    int findItemIndex(const QString &name, int itemID) const;
-    void activate();                      // offers to save the set, then applyAllPending
-    QList<MoveOutcome> applyAllPending(); // every pending record, then one rescan
+    int findRow(const QString &name, int itemID) const;
+    void apply();                      // offers to save the set, then applyPending
+    QList<MoveOutcome> applyPending(); // every pending record, then one rescan
     void moveContent(const PluginPtr &item);
     void setAllActive();
     void setAllInactive();
@@ -106,36 +106,40 @@ public:
     void setSelectedInactive();
 
     // --- Sets ----------------------------------------------------------------------------------
-    void awakeFromNib(); // the set pop-up from the sets file, apply off, window-load name
-    void newButtonPressed();
-    void save();
-    void saveAs();
-    void savePanelDidEnd(int returnCode, const QString &path);
-    void open();
-    void openPanelDidEnd(int returnCode, const QString &path);
-    void openDefaultSet(const QString &path);
+    void loadSetList(); // the set pop-up from the sets file, apply off, window-load name
+    void newSet();
+    void saveSet();   // to the current name; an untitled set asks for one (saveSetAs)
+    void saveSetAs(); // asks for a name, then saveSetAs(path)
+    void saveSetAs(const QString &path);
+    void openSet(); // asks for a document, then openSet(path)
     void openSet(const QString &path);
-    // The merge of openSet alone: no dialog, no apply; the names of saved items that match none.
+    void openDefaultSet(const QString &path);
+    // Merges the document into the list, asks about what it names that is missing, and applies
+    // when the preferences say so.
+    void loadSet(const QString &path);
+    // The merge of loadSet alone: no dialog, no apply; the names of saved items that match none.
     QStringList mergeSet(const QString &path);
     QStringList mergeItems(const QList<PluginPtr> &saved);
     void selectSet(int index); // the pop-up's action with its new selection
-    void updateSet();
-    void saveSets();
-    QString getSelectedSet() const; // null for "no set"
-    bool archivePlugins(const QString &path) const;
+    void offerToSaveSet();
+    void saveSetList();
+    QString selectedSet() const; // null for "no set"
+    bool writeSet(const QString &path) const;
 
     // --- Table ---------------------------------------------------------------------------------
-    int numberOfRowsInTableView() const { return m_list.count(); }
-    QVariant objectValue(int row, const QString &identifier) const;
-    static QVariant itemValue(const Plugin &item, const QString &identifier);
-    void setObjectValue(const QVariant &value, const QString &identifier, int row);
-    void changeObject(const PluginPtr &item, const QString &identifier, const QVariant &data);
-    bool shouldSelectRow(int row);
-    void sortDescriptorsDidChange(const QList<SortDescriptor> &descriptors);
-    QStringList writeRows(const QList<int> &rows) const;
+    int rowCount() const { return m_list.count(); }
+    QVariant data(int row, const QString &column) const;
+    static QVariant valueOf(const Plugin &item, const QString &column);
+    void setData(int row, const QString &column, const QVariant &value);
+    // A flag column toggles whatever value it is given (undoably); the group column sets it.
+    void changeItem(const PluginPtr &item, const QString &column, const QVariant &value);
+    // The view's current row changed: the info panel follows it.
+    void setCurrentRow(int row);
+    void sortBy(const QList<SortKey> &keys);
+    QStringList pathsOfRows(const QList<int> &rows) const;
     DropValidation validateDrop(int proposedRow, bool proposedOnRow,
                                 bool fromInsideApplication) const;
-    bool acceptDrop(const QStringList &paths);
+    bool installDropped(const QStringList &paths);
 
     // --- Groups --------------------------------------------------------------------------------
     QString groupsFilePath() const;
@@ -143,31 +147,29 @@ public:
     static QString findGroup(const QVariantList &groups, const QString &name);
     void changeGroup(const PluginPtr &item, const QString &group);
     void setGroup(const QString &menuTitle);
-    int numberOfItemsInComboBoxCell() const;
-    QString comboBoxCellObjectValue(int index) const;
+    int groupCount() const;
+    QString groupAt(int index) const;
 
     // --- Maintenance ---------------------------------------------------------------------------
-    void rescan() { reloadData(); }
-    void getInfo();
+    void requestInfo();
     void backup() {}
-    void backupRestore();
-    void checkForDuplicates();
+    void restoreBackup();
+    void reportDuplicates();
     // Each name held by more than one item, once, at its first position, with its total count.
     static QList<QPair<QString, int>> duplicateNames(const QList<PluginPtr> &items);
-    void deleteItem();
-    void visiblePlattform(int state) { setPlattformVisible(state == 1); }
-    void setPlattformVisible(bool visible);
-    void setPlattformActive(int plattform, bool active);
+    void moveSelectedToTrash();
+    void showArchitectureColumn(bool visible);
+    void setArchitectureActive(int architecture, bool active);
 
     // --- State the window shows ----------------------------------------------------------------
-    bool isApplyEnabled() const { return pbActiveEnabled; }
-    QString setName() const { return etName; }
-    QStringList setTitles() const { return pbSetsTitles; }
-    int selectedSetIndex() const { return pbSetsIndex; }
+    bool isApplyEnabled() const { return m_applyEnabled; }
+    QString currentSetName() const { return m_setName; }
+    QStringList setTitles() const { return m_setTitles; }
+    int selectedSetIndex() const { return m_selectedSetIndex; }
     void selectSetIndex(int index); // selection only, no action
-    bool isSetChanged() const { return bChanged; }
+    bool isSetChanged() const { return m_setChanged; }
     QStringList columns() const { return m_columns; }
-    QList<SortDescriptor> sortDescriptors() const { return m_sortDescriptors; }
+    QList<SortKey> sortKeys() const { return m_sortKeys; }
 
     // The view's selection, by identity; rows are where those items stand now, ascending, and the
     // row selected last (-1 for none).
@@ -186,7 +188,7 @@ signals:
     void itemAboutToBeRemoved(int row);
     void itemRemoved(int row);
     void applyEnabledChanged(bool enabled);
-    void setNameChanged(const QString &name);
+    void currentSetNameChanged(const QString &name);
     void setsChanged();
     void columnsChanged();
     void selectionChanged();
@@ -205,7 +207,7 @@ protected:
 private:
     struct ApplyRun;
     void setApplyEnabled(bool enabled);
-    void setSetName(const QString &name);
+    void setCurrentSetName(const QString &name);
     void announceChanged(const QList<PluginPtr> &items);
     void sortPlugins();
     // One folder's entries as the scan considers them: direct, or below it with subfolders on.
@@ -230,15 +232,14 @@ private:
     FormatTraits m_traits;
     ManagerParts m_parts;
     PluginList m_list;
-    QString fileName;
-    bool bChanged = false;
+    bool m_setChanged = false;
     bool m_scanned = false;
-    bool pbActiveEnabled = false;
-    QString etName;
-    QStringList pbSetsTitles{QStringLiteral("no set")};
-    int pbSetsIndex = 0;
+    bool m_applyEnabled = false;
+    QString m_setName;
+    QStringList m_setTitles{QStringLiteral("no set")};
+    int m_selectedSetIndex = 0;
     QStringList m_columns;
-    QList<SortDescriptor> m_sortDescriptors;
+    QList<SortKey> m_sortKeys;
     // Pairs of the format's folders found to be one folder, each said once per run.
     QSet<QString> m_saidOneFolder;
     QList<PluginPtr> m_selection; // in the order the view gave them

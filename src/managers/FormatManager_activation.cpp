@@ -1,7 +1,7 @@
 // Activation: the records that say what is pending, applying a pending change on disk, moving
 // companion content along, and the bulk marking commands.
 
-#include "managers/TypeManager.h"
+#include "managers/FormatManager.h"
 
 #include "app/AppServices.h"
 #include "app/PathChecks.h"
@@ -85,7 +85,7 @@ const char *const kOnePlace = QT_TRANSLATE_NOOP(
 
 } // namespace
 
-void TypeManager::tell(const char *text, const QStringList &args)
+void FormatManager::tell(const char *text, const QStringList &args)
 {
     QString english = filled(QString::fromUtf8(text), args);
     if (english.endsWith(QLatin1Char('\n')))
@@ -97,7 +97,7 @@ void TypeManager::tell(const char *text, const QStringList &args)
     services().addLogEntry(this, shown);
 }
 
-CopyProgress TypeManager::copyProgressFor(const int &item, int count) const
+CopyProgress FormatManager::copyProgressFor(const int &item, int count) const
 {
     UserInterface *ui = &this->ui();
     auto shownPercent = std::make_shared<int>(-1);
@@ -120,7 +120,7 @@ CopyProgress TypeManager::copyProgressFor(const int &item, int count) const
     };
 }
 
-void TypeManager::updateRecord(const PluginPtr &item)
+void FormatManager::updateRecord(const PluginPtr &item)
 {
     const qsizetype index = m_list.recordIndexOf(*item);
     if (index < 0)
@@ -135,13 +135,13 @@ void TypeManager::updateRecord(const PluginPtr &item)
         setApplyEnabled(false);
 }
 
-int TypeManager::findItemIndex(const QString &name, int itemID) const
+int FormatManager::findRow(const QString &name, int itemID) const
 {
-    return m_list.findItemIndex(name, itemID);
+    return m_list.findRow(name, itemID);
 }
 
 // One apply over the pending records.
-struct TypeManager::ApplyRun {
+struct FormatManager::ApplyRun {
     // Where an installed copy lies: where the scan found each plug-in, then wherever a move of
     // this apply put it. A move onto one of these would replace a plug-in with its namesake.
     QSet<QString> installed;
@@ -162,17 +162,17 @@ struct TypeManager::ApplyRun {
     bool stopped = false;
 };
 
-void TypeManager::activate()
+void FormatManager::apply()
 {
     const LibraryLock lock(files(), LibraryLock::foldersOf(locations(), m_traits));
     if (!libraryLocked(lock, ui()))
         return;
-    updateSet();
+    offerToSaveSet();
     // Every marked plug-in moves: applying one per press left the rest to be marked again.
-    applyAllPending();
+    applyPending();
 }
 
-QList<MoveOutcome> TypeManager::applyAllPending()
+QList<MoveOutcome> FormatManager::applyPending()
 {
     const LibraryLock lock(files(), LibraryLock::foldersOf(locations(), m_traits));
     if (!libraryLocked(lock, ui()))
@@ -225,16 +225,16 @@ QList<MoveOutcome> TypeManager::applyAllPending()
     }
     if (showProgress)
         ui().progressEnd();
-    reloadData();
+    rescan();
     return outcomes;
 }
 
-MoveOutcome TypeManager::pendingOutcome(int recordIndex, PluginPtr *item) const
+MoveOutcome FormatManager::pendingOutcome(int recordIndex, PluginPtr *item) const
 {
     const PluginRecord &record = m_list.records().at(recordIndex);
     const QString from = record.folder() % QLatin1Char('/') % record.name();
     MoveOutcome outcome{record.name(), from, QString(), false, false, FileError{}};
-    const int index = findItemIndex(record.name(), record.id());
+    const int index = findRow(record.name(), record.id());
     if (index >= 0) {
         const PluginPtr &found = m_list.at(index);
         outcome.to = found->location() % QLatin1Char('/') % found->name();
@@ -245,7 +245,7 @@ MoveOutcome TypeManager::pendingOutcome(int recordIndex, PluginPtr *item) const
     return outcome;
 }
 
-MoveOutcome TypeManager::applyRecord(int recordIndex, ApplyRun &run)
+MoveOutcome FormatManager::applyRecord(int recordIndex, ApplyRun &run)
 {
     PluginPtr item;
     MoveOutcome outcome = pendingOutcome(recordIndex, &item);
@@ -453,7 +453,7 @@ MoveOutcome TypeManager::applyRecord(int recordIndex, ApplyRun &run)
     return done();
 }
 
-void TypeManager::moveContent(const PluginPtr &item)
+void FormatManager::moveContent(const PluginPtr &item)
 {
     if (!item->hasContent() || item->contentCount() <= 0
         || !m_parts.prefs.moveContent(m_traits.type))
@@ -502,17 +502,17 @@ void TypeManager::moveContent(const PluginPtr &item)
     }
 }
 
-void TypeManager::setAllActive()
+void FormatManager::setAllActive()
 {
     markAll([](const Plugin &item) { return !item.isActive(); }, true);
 }
 
-void TypeManager::setAllInactive()
+void FormatManager::setAllInactive()
 {
     markAll([](const Plugin &item) { return item.isActive(); }, false);
 }
 
-void TypeManager::setGroupActive()
+void FormatManager::setGroupActive()
 {
     const PluginPtr selected = itemAt(selectedRow());
     if (!selected)
@@ -522,7 +522,7 @@ void TypeManager::setGroupActive()
             true);
 }
 
-void TypeManager::setGroupInactive()
+void FormatManager::setGroupInactive()
 {
     const PluginPtr selected = itemAt(selectedRow());
     if (!selected)
@@ -534,7 +534,7 @@ void TypeManager::setGroupInactive()
 
 // The selected-row commands set every selected item whatever its state, so each one's record is
 // brought up to date even when nothing changes.
-void TypeManager::setSelectedActive()
+void FormatManager::setSelectedActive()
 {
     const QList<PluginPtr> selected = selectedItems();
     for (const PluginPtr &item : selected)
@@ -542,7 +542,7 @@ void TypeManager::setSelectedActive()
     announceChanged(selected);
 }
 
-void TypeManager::setSelectedInactive()
+void FormatManager::setSelectedInactive()
 {
     const QList<PluginPtr> selected = selectedItems();
     for (const PluginPtr &item : selected)
