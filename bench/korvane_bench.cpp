@@ -5,10 +5,7 @@
 // line per figure.
 
 #include "PluginLibraryBuilder.h"
-#include "managers/MyAdminObj.h"
-#include "managers/MyMASObj.h"
-#include "managers/MyRTASObj.h"
-#include "managers/MyVSTObj.h"
+#include "managers/FormatManager.h"
 #include "platform/Bundle.h"
 #include "platform/Locations.h"
 #include "shell/AppContext.h"

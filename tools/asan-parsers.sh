@@ -11,7 +11,7 @@ cmake --build --preset asan --target test_platform test_managers test_codec test
   decode_set_and_exit
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
 build-asan/tests/test_platform --gtest_brief=1 --gtest_filter='Plist*:TypedStream*:Bundle*:FinderInfo*'
-build-asan/tests/test_managers --gtest_brief=1 --gtest_filter='SetDocument*:Recognition*:AUEffectWrapperNames*'
+build-asan/tests/test_managers --gtest_brief=1 --gtest_filter='SetDocument*:Recognition*:AudioUnitComponentNames*'
 build-asan/tests/test_codec --gtest_brief=1
 build-asan/tests/test_probe --gtest_brief=1
 build-asan/tests/decode_set_and_exit

@@ -131,17 +131,4 @@ void FormatManager::markAll(const std::function<bool(const Plugin &)> &which, bo
     announceChanged(changed);
 }
 
-void FormatManager::createParentAndFolder(bool system)
-{
-    // Whatever exists at a path is left alone, folder or not.
-    const QString parent = m_traits.parentFolder;
-    const int loc = system ? LocSystemActive : LocUserActive;
-    for (const QString &path :
-         {system ? parent : QLatin1Char('~') + parent, m_traits.folder(loc)}) {
-        const QString expanded = locations().expand(path);
-        if (!path.isEmpty() && !files().exists(expanded))
-            files().createDirectory(expanded);
-    }
-}
-
 } // namespace korvane

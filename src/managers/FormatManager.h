@@ -59,14 +59,14 @@ struct DropValidation {
     bool onRow;    // drop on a row (false: above)
 };
 
-// The one design of every format's manager: scanning, activation, sets, table, groups and
-// maintenance. A subclass only supplies its format's row and its own spellings.
+// The manager of one format row: scanning, activation, sets, table, groups and maintenance. Every
+// format has one alike; what differs between formats is in the row.
 //
-// The manager keeps the list's order, as the behaviour requires (sets, groups and deletion work in
-// list order). It announces every change: itemsChanged for the rows whose values changed, a
-// reorder after a sort, a removal per deleted row, and a reset only when a rescan rebuilt the
-// list. The selection and the sort order are the view's: it hands them over as they change, and
-// the selection is kept by identity, so no row number goes stale.
+// The manager keeps the list's order: sets, groups and deletion work in list order. It announces
+// every change: itemsChanged for the rows whose values changed, a reorder after a sort, a removal
+// per deleted row, and a reset only when a rescan rebuilt the list. The selection and the sort
+// order are the view's: it hands them over as they change, and the selection is kept by identity,
+// so no row number goes stale.
 class FormatManager : public QObject {
     Q_OBJECT
 public:
@@ -179,6 +179,12 @@ public:
     int selectedRow() const;
     void selectRows(const QList<int> &rows, int lastSelected = -1);
 
+    // What the manager works with, for the parts that work on its plug-ins beside it.
+    AppServices &services() const { return m_parts.services; }
+    UserInterface &ui() const;
+    FileOperations &files() const;
+    const Locations &locations() const;
+
 signals:
     void itemsAboutToBeReset();
     void itemsReset();
@@ -195,14 +201,6 @@ signals:
     // For the info panel: a row was selected in the table, or the info command was given.
     void rowSelected(const PluginPtr &item);
     void infoRequested(const PluginPtr &item, bool showContent);
-
-protected:
-    AppServices &services() const { return m_parts.services; }
-    UserInterface &ui() const;
-    FileOperations &files() const;
-    const Locations &locations() const;
-    // The format's parent and active folder, system-wide or the user's, when missing.
-    void createParentAndFolder(bool system);
 
 private:
     struct ApplyRun;

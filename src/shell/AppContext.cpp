@@ -1,9 +1,6 @@
 #include "shell/AppContext.h"
 
-#include "managers/MyAdminObj.h"
-#include "managers/MyMASObj.h"
-#include "managers/MyRTASObj.h"
-#include "managers/MyVSTObj.h"
+#include "managers/FormatManager.h"
 #include "panels/MyAboutObj.h"
 #include "panels/MyInfoObj.h"
 #include "panels/MyMissingItems.h"
@@ -17,33 +14,6 @@
 #include "ui/UserInterface.h"
 
 namespace korvane {
-
-namespace {
-
-// The built-in formats keep their own manager classes and accessors; an added format gets the
-// shared design as it is.
-std::unique_ptr<FormatManager> makeManager(int type, const ManagerParts &parts)
-{
-    switch (type) {
-    case TypeAU:
-        return std::make_unique<MyAdminObj>(parts);
-    case TypeRTAS:
-        return std::make_unique<MyRTASObj>(parts);
-    case TypeMAS:
-        return std::make_unique<MyMASObj>(parts);
-    case TypeVST:
-        return std::make_unique<MyVSTObj>(parts);
-    default:
-        return std::make_unique<FormatManager>(parts.services.formats().at(type), parts);
-    }
-}
-
-template <class T> T *builtIn(const QList<FormatManager *> &managers, int type)
-{
-    return qobject_cast<T *>(managers.value(type));
-}
-
-} // namespace
 
 AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::move(parts.formats))
 {
@@ -65,7 +35,7 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
     m_authentication = std::make_unique<BLAuthentication>(*m_authorization, *m_ui);
     const ManagerParts managerParts{*m_main, *m_pref, *m_missingItems, *m_authentication};
     for (const Format &format : m_formats) {
-        m_managers.push_back(makeManager(format.type, managerParts));
+        m_managers.push_back(std::make_unique<FormatManager>(format, managerParts));
         m_managerList << m_managers.back().get();
     }
     m_main->setControllers(m_pref.get(), m_managerList);
@@ -109,26 +79,6 @@ AppContext::~AppContext()
     m_main.reset();
 }
 
-MyAdminObj *AppContext::au() const
-{
-    return builtIn<MyAdminObj>(m_managerList, TypeAU);
-}
-
-MyRTASObj *AppContext::rtas() const
-{
-    return builtIn<MyRTASObj>(m_managerList, TypeRTAS);
-}
-
-MyMASObj *AppContext::mas() const
-{
-    return builtIn<MyMASObj>(m_managerList, TypeMAS);
-}
-
-MyVSTObj *AppContext::vst() const
-{
-    return builtIn<MyVSTObj>(m_managerList, TypeVST);
-}
-
 void AppContext::awakeFromNib()
 {
     m_main->awakeFromNib();
@@ -141,10 +91,6 @@ void AppContext::install()
 {
     MyMainObj::install(m_main.get());
     SharedInstance<MyPrefObj>::install(m_pref.get());
-    SharedInstance<MyAdminObj>::install(au());
-    SharedInstance<MyRTASObj>::install(rtas());
-    SharedInstance<MyMASObj>::install(mas());
-    SharedInstance<MyVSTObj>::install(vst());
     SharedInstance<MyInfoObj>::install(m_info.get());
     SharedInstance<MyMissingItems>::install(m_missingItems.get());
     SharedInstance<BLAuthentication>::install(m_authentication.get());
@@ -159,10 +105,6 @@ void AppContext::uninstall()
     SharedInstance<BLAuthentication>::uninstall(m_authentication.get());
     SharedInstance<MyMissingItems>::uninstall(m_missingItems.get());
     SharedInstance<MyInfoObj>::uninstall(m_info.get());
-    SharedInstance<MyVSTObj>::uninstall(vst());
-    SharedInstance<MyMASObj>::uninstall(mas());
-    SharedInstance<MyRTASObj>::uninstall(rtas());
-    SharedInstance<MyAdminObj>::uninstall(au());
     SharedInstance<MyPrefObj>::uninstall(m_pref.get());
     SharedInstance<MyMainObj>::uninstall(m_main.get());
     SharedInstance<AppServices>::uninstall(m_main.get());

@@ -15,14 +15,10 @@ class BLAuthentication;
 class FileOperations;
 class LumoScript;
 class MyAboutObj;
-class MyAdminObj;
 class MyInfoObj;
 class MyMainObj;
-class MyMASObj;
 class MyMissingItems;
 class MyPrefObj;
-class MyRTASObj;
-class MyVSTObj;
 class FormatManager;
 class UserInterface;
 
@@ -58,10 +54,6 @@ public:
     MyPrefObj *pref() const { return m_pref.get(); }
     const QList<FormatManager *> &managers() const { return m_managerList; }
     FormatManager *manager(int type) const { return m_managerList.value(type); }
-    MyAdminObj *au() const;
-    MyRTASObj *rtas() const;
-    MyMASObj *mas() const;
-    MyVSTObj *vst() const;
     MyInfoObj *info() const { return m_info.get(); }
     MyMissingItems *missingItems() const { return m_missingItems.get(); }
     BLAuthentication *authentication() const { return m_authentication.get(); }

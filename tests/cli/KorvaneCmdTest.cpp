@@ -2,7 +2,7 @@
 
 #include "PluginLibraryBuilder.h"
 #include "cli/Options.h"
-#include "managers/MyAdminObj.h"
+#include "managers/FormatManager.h"
 #include "managers/SetDocument.h"
 #include "platform/LibraryLock.h"
 #include "shell/AppContext.h"
@@ -375,9 +375,9 @@ TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeath
         // The window's apply, too, tells who holds the lock and moves nothing.
         ScriptedUi ui;
         AppContext context({.roots = roots(), .ui = &ui, .awakeFromNib = false});
-        context.au()->rescan();
-        context.au()->setAllInactive();
-        context.au()->apply();
+        context.manager(TypeAU)->rescan();
+        context.manager(TypeAU)->setAllInactive();
+        context.manager(TypeAU)->apply();
         ASSERT_EQ(ui.alerts.size(), 1);
         EXPECT_TRUE(ui.alerts[0].informativeText.contains(named))
             << ui.alerts[0].informativeText.toStdString();

@@ -59,7 +59,7 @@ TEST_F(ActivationTest, ApplyMovesEveryPendingChange)
     B::makeAudioUnit(folder(TypeAU, 3), "C.component", MachO::ppc());
     au->rescan();
     au->setAllInactive(); // C is off already
-    au->AUActivate();
+    au->apply();
     EXPECT_TRUE(whole(auPath(1, "A.component"), MachO::intel()) && !exists(a));
     EXPECT_FALSE(au->isApplyEnabled());
 
@@ -128,7 +128,7 @@ TEST_F(ActivationTest, AFileInTheWayGoesToTheTrashSaidButALateCopyStays)
     };
     conflict(false);
     QDir(source).removeRecursively(); // gone behind the program's back
-    vst->VSTActivate();
+    vst->apply();
     EXPECT_EQ(capture.lines(),
               QStringList({"Target exist: read yes, write yes, delete yes", "fehlgeschlagen"}));
     EXPECT_EQ(ui.alerts.size(), 1);
@@ -136,7 +136,7 @@ TEST_F(ActivationTest, AFileInTheWayGoesToTheTrashSaidButALateCopyStays)
     QFile::remove(target);
 
     conflict(false);
-    vst->VSTActivate();
+    vst->apply();
     const QString trashed = homePath(".local/share/Trash/files/Foo.vst");
     const QString said = target + " was in the way and is now in the trash: " + trashed;
     EXPECT_EQ(capture.notices(), QStringList{said});
@@ -225,7 +225,7 @@ TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)
     au->rescan();
     mark(au, "Foo.component", false);
 
-    au->AUActivate();
+    au->apply();
     const QString moved = auPath(1, "Sub/Foo.preset");
     EXPECT_TRUE(QFileInfo(moved).isFile());
     EXPECT_FALSE(exists(preset));
@@ -401,7 +401,7 @@ TEST_F(ActivationTest, OnlyAScanThatHasTheLibraryToItselfTouchesLeftovers)
     EXPECT_TRUE(whole(moved, MachO::intel()));
 
     mark(vst, "Sub/Fx.vst", true); // back to the subfolder it came from
-    vst->VSTActivate();
+    vst->apply();
     EXPECT_TRUE(whole(vstOn + "/Sub/Fx.vst", MachO::intel()) && !exists(moved));
     EXPECT_EQ(vst->itemAt(0)->location(), vstOn);
 }
@@ -467,7 +467,7 @@ TEST_F(ActivationTest, NothingMovesThroughALinkOnTheWay)
     SystemLogCapture capture;
     au->rescan();
     mark(au, "Foo.component", false);
-    au->AUActivate();
+    au->apply();
     EXPECT_TRUE(whole(auPath(1, "Foo.component"), MachO::intel()));
     EXPECT_TRUE(QFileInfo(auPath(1, "Sub/Foo.preset")).isFile());
     EXPECT_EQ(readText(victim), "not ours");

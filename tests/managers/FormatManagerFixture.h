@@ -2,10 +2,7 @@
 
 #include "PluginLibraryBuilder.h"
 #include "app/AppServices.h"
-#include "managers/MyAdminObj.h"
-#include "managers/MyMASObj.h"
-#include "managers/MyRTASObj.h"
-#include "managers/MyVSTObj.h"
+#include "managers/FormatManager.h"
 #include "panels/MyMissingItems.h"
 #include "panels/MyPrefObj.h"
 #include "platform/Bundle.h"
@@ -28,7 +25,8 @@ struct ManagersOfOneRun {
         : services(RunParts{locations, files, ui, FormatTable::builtIn()}), pref(services),
           missingItems(ui),
           authentication(allowAll, ui), parts{services, pref, missingItems, authentication},
-          au(parts), rtas(parts), mas(parts), vst(parts)
+          au(formats().at(TypeAU), parts), rtas(formats().at(TypeRTAS), parts),
+          mas(formats().at(TypeMAS), parts), vst(formats().at(TypeVST), parts)
     {
     }
 
@@ -38,10 +36,12 @@ struct ManagersOfOneRun {
     MyMissingItems missingItems;
     BLAuthentication authentication;
     ManagerParts parts;
-    MyAdminObj au;
-    MyRTASObj rtas;
-    MyMASObj mas;
-    MyVSTObj vst;
+    FormatManager au;
+    FormatManager rtas;
+    FormatManager mas;
+    FormatManager vst;
+
+    static const FormatTable &formats() { return FormatTable::builtIn(); }
 };
 
 // Fails a chosen move as a full disk would, and counts moves.
@@ -74,8 +74,8 @@ class FormatManagerFixture : public TestRoots {
 protected:
     PersonAtTheScreen ui;
     std::unique_ptr<ManagersOfOneRun> context;
-    MyAdminObj *au = nullptr;
-    MyVSTObj *vst = nullptr;
+    FormatManager *au = nullptr;
+    FormatManager *vst = nullptr;
 
     void SetUp() override
     {

@@ -1,5 +1,6 @@
 #include "FormatManagerFixture.h"
 
+#include "managers/AudioUnitSolo.h"
 #include "platform/PropertyList.h"
 
 #include <QLocale>
@@ -191,47 +192,47 @@ protected:
 
 // Set up, the solo environment moves the other instruments out of the way once; torn down, it
 // brings them back once. Moves that fail are silent and remove nothing.
-TEST_F(SoloEnvironmentTest, TwoCreatesMoveOnceAndDestroyRestoresOnce)
+TEST_F(SoloEnvironmentTest, TwoBeginsMoveOnceAndEndRestoresOnce)
 {
-    EXPECT_FALSE(au->destroySpecialEnv()); // nothing set up: nothing moves
-    EXPECT_TRUE(au->createSpecialEnv(item(au, "Synth.component")));
+    AudioUnitSolo solo(*au);
+    EXPECT_FALSE(solo.end()); // nothing set up: nothing moves
+    EXPECT_TRUE(solo.begin(item(au, "Synth.component")));
     EXPECT_EQ(counting.moves, 2);
     EXPECT_TRUE(exists(auPath(LocSystemDisabled, "Synth.component")));
     EXPECT_FALSE(exists(auPath(LocSystemActive, "Synth.component"))); // the copy is gone again
     EXPECT_TRUE(exists(auPath(LocUserDisabled, "System.component")));
-    EXPECT_TRUE(au->createSpecialEnv(item(au, "System.component")));
+    EXPECT_TRUE(solo.begin(item(au, "System.component")));
     EXPECT_EQ(counting.moves, 2);
 
-    EXPECT_FALSE(au->destroySpecialEnv());
+    EXPECT_FALSE(solo.end());
     EXPECT_EQ(counting.moves, 4);
     EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component/Contents/Info.plist")));
     EXPECT_TRUE(exists(auPath(LocUserActive, "System.component")));
     EXPECT_TRUE(exists(auPath(LocUserDisabled, "Off.component")));
 
     QDir(folder(TypeAU, LocSystemDisabled)).removeRecursively();
-    au->createSpecialEnv(item(au, "Synth.component"));
+    solo.begin(item(au, "Synth.component"));
     EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component")));
-    au->destroySpecialEnv();
+    solo.end();
     EXPECT_EQ(counting.moves, 8);
     EXPECT_TRUE(exists(auPath(LocSystemActive, "Synth.component")));
     EXPECT_TRUE(exists(auPath(LocUserActive, "System.component")));
     EXPECT_TRUE(ui.alerts.isEmpty());
 
     instrument(LocUserActive, "Another.component", {"aumu Zeta Zeta: Pad"});
-    au->getPluginList(); // system then user, instruments only
-    QStringList names;
-    for (const auto &wrapper : au->pluginList)
-        names << wrapper->manufacturer().value_or("?") + ":" + wrapper->effectName().value_or("?");
+    QStringList names; // system then user, instruments only
+    for (const AudioUnitComponent &component : solo.instruments())
+        names << component.manufacturer().value_or("?") + ":" + component.name().value_or("?");
     EXPECT_EQ(names,
               QStringList({"Osmaker:Tone", "Acme:Big Synth", "Zeta:Pad", "Osmaker:Sampler"}));
 }
 
-TEST(AUEffectWrapperNames, ParsesManufacturerAndEffect)
+TEST(AudioUnitComponentNames, ParsesManufacturerAndEffect)
 {
-    AUEffectWrapper wrapper(Component{"/nowhere.component", 0});
-    const auto parsed = [&wrapper](const QByteArray &pascalName) {
-        wrapper.parseName(pascalName);
-        return wrapper.manufacturer().value_or("-") + "|" + wrapper.effectName().value_or("-");
+    AudioUnitComponent component(Component{"/nowhere.component", 0});
+    const auto parsed = [&component](const QByteArray &pascalName) {
+        component.parseName(pascalName);
+        return component.manufacturer().value_or("-") + "|" + component.name().value_or("-");
     };
     const auto counted = [](const QByteArray &text) { return char(text.size()) + text; };
     EXPECT_EQ(parsed(counted("Acme:   Big Synth")), "Acme|Big Synth");

@@ -1,6 +1,6 @@
 #include "ShellFixture.h"
 
-#include "managers/MyAdminObj.h"
+#include "managers/FormatManager.h"
 #include "shell/LumoScript.h"
 
 #include <QCoreApplication>

@@ -1,9 +1,7 @@
 #include "ShellFixture.h"
 
 #include "PluginLibraryBuilder.h"
-#include "managers/MyAdminObj.h"
-#include "managers/MyMASObj.h"
-#include "managers/MyVSTObj.h"
+#include "managers/FormatManager.h"
 #include "panels/MyPrefObj.h"
 #include "platform/PropertyList.h"
 #include "platform/SharedInstances.h"
@@ -52,16 +50,16 @@ protected:
 TEST_F(MainObj, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
 {
     const QString auSet = homePath("Documents/Mix.aukorv");
-    makeContext().au()->rescan(); // an earlier session saved AU with Alpha off
-    context->au()->itemAt(0)->setActive(false);
-    ASSERT_TRUE(context->au()->writeSet(auSet));
+    makeContext().manager(TypeAU)->rescan(); // an earlier session saved AU with Alpha off
+    context->manager(TypeAU)->itemAt(0)->setActive(false);
+    ASSERT_TRUE(context->manager(TypeAU)->writeSet(auSet));
     AppContext &ctx = makeContext();
     ctx.pref()->setDefaultSet(TypeAU, auSet);
     ctx.pref()->setDefaultSet(TypeRTAS, homePath("Documents/Gone.rtaskorv"));
     EXPECT_EQ(launch(), QStringList({"Alpha.component", "Beta.rtas", "Gamma.bundle", "Delta.vst"}));
     // The AU set was merged (Alpha marked off) but not applied: the file has not moved.
-    EXPECT_EQ(ctx.au()->selectedSet(), auSet);
-    EXPECT_FALSE(ctx.au()->itemAt(0)->isActive());
+    EXPECT_EQ(ctx.manager(TypeAU)->selectedSet(), auSet);
+    EXPECT_FALSE(ctx.manager(TypeAU)->itemAt(0)->isActive());
     EXPECT_TRUE(QFileInfo::exists(alpha));
     // A missing file and an empty default both become "no set", silently.
     EXPECT_EQ(ctx.pref()->getDefaultSet(TypeRTAS), QString("no set"));
@@ -119,10 +117,10 @@ TEST_F(MainObj, TheContextInstallsEveryControllerWhileItLivesAndNothingAfter)
 {
     AppContext &ctx = makeContext();
     EXPECT_EQ(AppServices::getMainObj(), ctx.main()); // one controller behind both accessors
-    EXPECT_EQ(MyVSTObj::getVSTObj(), ctx.vst());
+    EXPECT_EQ(SharedInstance<MyPrefObj>::peek(), ctx.pref());
     context.reset();
     EXPECT_EQ(SharedInstance<AppServices>::peek(), nullptr);
-    EXPECT_EQ(SharedInstance<MyVSTObj>::peek(), nullptr);
+    EXPECT_EQ(SharedInstance<MyPrefObj>::peek(), nullptr);
     // Nothing is made on demand: asking with nothing installed is a mistake that stops the program.
     EXPECT_DEATH(MyMainObj::getMainObj(), "asked for before an AppContext installed one");
 }
@@ -177,17 +175,17 @@ TEST_F(MainObj, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStaysInFront)
     const auto active = [](FormatManager *manager) { return manager->itemAt(0)->isActive(); };
     main->setActiveType(TypeVST);
     main->setAllInactive();
-    EXPECT_FALSE(active(context->vst()));
-    EXPECT_TRUE(active(context->au()));
+    EXPECT_FALSE(active(context->manager(TypeVST)));
+    EXPECT_TRUE(active(context->manager(TypeAU)));
     main->setIntelActive(); // Delta's executable is Intel
-    EXPECT_TRUE(active(context->vst()));
+    EXPECT_TRUE(active(context->manager(TypeVST)));
     // The architecture column goes by the type given; the preferences window asks through here.
     main->showPlattform(TypeAU, true);
-    EXPECT_TRUE(context->au()->columns().contains("AUType"));
-    EXPECT_FALSE(context->vst()->columns().contains("AUType"));
+    EXPECT_TRUE(context->manager(TypeAU)->columns().contains("AUType"));
+    EXPECT_FALSE(context->manager(TypeVST)->columns().contains("AUType"));
     context->pref()->defaults()->setObject("MASType", true);
     context->pref()->awakeFromNib();
-    EXPECT_EQ(context->mas()->columns().count("AUType"), 1);
+    EXPECT_EQ(context->manager(TypeMAS)->columns().count("AUType"), 1);
 
     // The On box of a format's preferences tab, clicked.
     const auto click = [&](int type, bool on) {
@@ -213,7 +211,7 @@ TEST_F(MainObj, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStaysInFront)
     ASSERT_EQ(main->tabCount(), 0);
     main->save(); // the untitled name opens the save panel
     main->setAllInactive();
-    EXPECT_FALSE(active(context->au()));
+    EXPECT_FALSE(active(context->manager(TypeAU)));
     EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.aukorv");
 }
 

@@ -8,7 +8,8 @@
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
 #include "gui/windows/UpdateCheckCommand.h"
-#include "managers/MyAdminObj.h"
+#include "managers/AudioUnitSolo.h"
+#include "managers/FormatManager.h"
 #include "panels/MyAboutObj.h"
 #include "platform/Texts.h"
 #include "shell/AppContext.h"
@@ -280,10 +281,10 @@ void MainWindow::showUndoTitles()
 void MainWindow::updateMenus()
 {
     action("miShowLog")->setEnabled(m_main.validateMenuItem(MyMainObj::MenuItem::ShowLog));
-    // Only the Audio Units manager can build the environment.
+    // Only an Audio Unit can be examined alone.
     action("miSpecialEnv")
         ->setEnabled(m_main.tabCount() > 0 && m_main.getActiveType() == TypeAU
-                     && m_context.au() != nullptr);
+                     && m_context.manager(TypeAU) != nullptr);
 }
 
 FormatManager *MainWindow::frontManager() const
@@ -293,7 +294,7 @@ FormatManager *MainWindow::frontManager() const
 
 void MainWindow::examineAudioUnitAlone()
 {
-    MyAdminObj *au = m_context.au();
+    FormatManager *au = m_context.manager(TypeAU);
     if (!au || m_main.getActiveType() != TypeAU)
         return;
     const PluginPtr item = au->itemAt(au->selectedRow());
@@ -308,8 +309,9 @@ void MainWindow::examineAudioUnitAlone()
     // The folders are put back at once: no plug-in stays moved while the window goes on, where a
     // rescan or an apply would take the emptied folders for the truth.
     m_main.showLog();
-    au->createSpecialEnv(item);
-    au->destroySpecialEnv();
+    AudioUnitSolo solo(*au);
+    solo.begin(item);
+    solo.end();
 }
 
 } // namespace korvane

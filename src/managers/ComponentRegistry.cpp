@@ -1,4 +1,4 @@
-#include "managers/AUEffectWrapper.h"
+#include "managers/ComponentRegistry.h"
 
 #include "platform/Bundle.h"
 #include "platform/FileOperations.h"
@@ -31,7 +31,7 @@ QVariantList audioComponents(const QString &bundlePath)
 quint32 codeValue(const QVariant &value)
 {
     if (value.typeId() == QMetaType::QString)
-        return ComponentManager::fourCharCode(value.toString());
+        return ComponentRegistry::fourCharCode(value.toString());
     bool ok = false;
     const qulonglong number = value.toULongLong(&ok);
     return ok ? quint32(number) : 0;
@@ -79,10 +79,10 @@ QStringList componentBundles(const FileOperations &files, const QStringList &fol
 
 } // namespace
 
-std::optional<Component>
-ComponentManager::findNextComponent(const FileOperations &files, const QStringList &folders,
-                                    const std::optional<Component> &after,
-                                    const ComponentDescription &description)
+std::optional<Component> ComponentRegistry::findNext(const FileOperations &files,
+                                                     const QStringList &folders,
+                                                     const std::optional<Component> &after,
+                                                     const ComponentDescription &description)
 {
     // Only the bundles from the previous component on are read, so a whole enumeration reads
     // each Info.plist about once.
@@ -105,8 +105,8 @@ ComponentManager::findNextComponent(const FileOperations &files, const QStringLi
     return std::nullopt;
 }
 
-int ComponentManager::getComponentInfo(const Component &component,
-                                       ComponentDescription *description, QByteArray *pascalName)
+int ComponentRegistry::info(const Component &component, ComponentDescription *description,
+                            QByteArray *pascalName)
 {
     const QVariantList entries = audioComponents(component.bundlePath);
     if (component.index < 0 || component.index >= entries.size())
@@ -127,7 +127,7 @@ int ComponentManager::getComponentInfo(const Component &component,
     return 0;
 }
 
-quint32 ComponentManager::fourCharCode(const QString &text)
+quint32 ComponentRegistry::fourCharCode(const QString &text)
 {
     const QByteArray bytes = text.toLatin1();
     if (text.size() != 4 || bytes.size() != 4)
@@ -138,48 +138,12 @@ quint32 ComponentManager::fourCharCode(const QString &text)
     return code;
 }
 
-QString ComponentManager::fourCharString(quint32 code)
+QString ComponentRegistry::fourCharString(quint32 code)
 {
     QByteArray bytes(4, '\0');
     for (int i = 0; i < 4; ++i)
         bytes[i] = char((code >> (8 * (3 - i))) & 0xFF);
     return QString::fromLatin1(bytes);
-}
-
-void AUEffectWrapper::initWithComponent(const Component &component)
-{
-    theComponent = component;
-    getCompInfo();
-}
-
-void AUEffectWrapper::getCompInfo()
-{
-    QByteArray name;
-    if (ComponentManager::getComponentInfo(theComponent, &mCompDesc, &name) != 0)
-        return;
-    parseName(name);
-}
-
-void AUEffectWrapper::parseName(const QByteArray &pascalName)
-{
-    mManuName.reset();
-    mEffectName.reset();
-    if (pascalName.isEmpty())
-        return;
-    // The length byte is signed: 128 and above read as negative, which counts as no name.
-    const qint8 length = qint8(pascalName.at(0));
-    if (length <= 0)
-        return;
-    const QByteArray text = pascalName.mid(1, length);
-    const qsizetype colon = text.indexOf(':');
-    if (colon < 0)
-        return;
-    mManuName = QString::fromUtf8(text.left(colon));
-    qsizetype start = colon + 1;
-    while (start < text.size() && text.at(start) == ' ')
-        ++start;
-    mEffectName =
-        start < text.size() ? QString::fromUtf8(text.mid(start)) : QString(QLatin1String(""));
 }
 
 } // namespace korvane
