@@ -72,7 +72,7 @@ void measureGui(int n, QTextStream &out)
 
     AppContext::Parts parts;
     parts.roots = roots;
-    parts.awakeFromNib = false;
+    parts.prepareWindow = false;
     AppContext context(std::move(parts));
     FormatManager *au = context.manager(TypeAU);
     au->showArchitectureColumn(true);

@@ -188,7 +188,7 @@ void measure(int n, QTextStream &out)
     AppContext::Parts parts;
     parts.roots = roots;
     parts.ui = &ui;
-    parts.awakeFromNib = false;
+    parts.prepareWindow = false;
     AppContext context(std::move(parts));
     const QList<FormatManager *> managers = context.managers();
 
@@ -315,7 +315,7 @@ void measureApply(QTextStream &out)
 
     AppContext::Parts parts;
     parts.roots = roots;
-    parts.awakeFromNib = false;
+    parts.prepareWindow = false;
     AppContext context(std::move(parts));
     FormatManager *au = context.manager(TypeAU);
     au->rescan();

@@ -210,7 +210,7 @@ int main(int argc, char *argv[])
         // The preferences as a first start seeds them; presets of Ember EQ follow it.
         AppContext::Parts parts;
         parts.roots = roots;
-        parts.awakeFromNib = false;
+        parts.prepareWindow = false;
         AppContext context(std::move(parts));
         context.pref()->defaults()->setObject(QStringLiteral("AUMoveContent"), true);
     }

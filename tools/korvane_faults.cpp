@@ -13,7 +13,7 @@
 #include "platform/Locations.h"
 #include "privileged/NullAuthorizationBackend.h"
 #include "shell/AppContext.h"
-#include "shell/MyMainObj.h"
+#include "shell/AppController.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -183,7 +183,7 @@ public:
             AppContext::Parts parts;
             parts.roots = Roots::at(m_root, m_home);
             parts.authorization = &m_authorization;
-            parts.awakeFromNib = false;
+            parts.prepareWindow = false;
             m_context = std::make_unique<AppContext>(std::move(parts));
         }
         return *m_context;

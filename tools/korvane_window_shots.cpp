@@ -16,8 +16,8 @@
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
 #include "shell/AppContext.h"
+#include "shell/AppController.h"
 #include "shell/LumoScript.h"
-#include "shell/MyMainObj.h"
 
 #include <QApplication>
 #include <QDir>
@@ -78,8 +78,8 @@ int main(int argc, char *argv[])
     AppContext::Parts parts;
     parts.roots = roots;
     AppContext context(std::move(parts));
-    MyMainObj &main = *context.main();
-    main.applicationDidFinishLaunching();
+    AppController &main = *context.main();
+    main.start();
     FormatManager &au = *context.manager(TypeAU);
     FormatManager &vst = *context.manager(TypeVST);
     au.writeSet(live);

@@ -89,7 +89,7 @@ AppServices::~AppServices()
     SharedInstance<AppServices>::uninstall(this);
 }
 
-AppServices *AppServices::getMainObj()
+AppServices *AppServices::instance()
 {
     return SharedInstance<AppServices>::get();
 }

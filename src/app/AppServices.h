@@ -27,7 +27,7 @@ struct RunParts {
 
 // The part of the application controller that every lower layer shares: the content registry, the
 // group registry and its submenu, the log text, the undo manager with its menu titles, and the
-// answer to a failed file operation. MyMainObj (shell) derives from it and adds start-up, tabs
+// answer to a failed file operation. AppController (shell) derives from it and adds start-up, tabs
 // and routing; the layers below the shell are handed it as AppServices.
 class AppServices : public QObject {
     Q_OBJECT
@@ -35,7 +35,7 @@ public:
     explicit AppServices(const RunParts &parts); // loads the group registry, then the content one
     ~AppServices() override;
 
-    static AppServices *getMainObj(); // the installed controller
+    static AppServices *instance(); // the installed controller
     static void install(AppServices *services);
 
     const Locations &locations() const { return m_parts.locations; }
@@ -102,7 +102,7 @@ public:
     bool fileManager(FileOperations *manager, const QVariantMap &errorInfo);
 
     // The format whose tab is in front (0 AU, 1 RTAS, 2 MAS, 3 VST, ...); the shell's tabs answer.
-    virtual int getActiveType() const { return m_activeType; }
+    virtual int activeType() const { return m_activeType; }
     virtual void setActiveType(int type);
 
 signals:

@@ -88,7 +88,7 @@ AppContext &CliSession::controllers()
         parts.ui = &m_ui;
         // Nothing depends on the activation right, and a prompt would hang a launch script.
         parts.authorization = m_authorization.get();
-        parts.awakeFromNib = false;
+        parts.prepareWindow = false;
         m_context = std::make_unique<AppContext>(std::move(parts));
     }
     return *m_context;

@@ -47,7 +47,7 @@ void MyInfoObj::showInfo(const PluginPtr &item)
         pData = item;
     }
     // The preference may have changed since the panel was last filled.
-    setDisplayContent(m_prefs.showContent(m_services.getActiveType()));
+    setDisplayContent(m_prefs.showContent(m_services.activeType()));
     bIsVisible = true;
     emit changed();
 }

@@ -68,7 +68,8 @@ public:
     PrefControls controls;
 
 signals:
-    // Loading the window hands each type's Type preference to the controller's showPlattform.
+    // Loading the window hands each type's Type preference to the controller's
+    // showArchitectureColumn.
     void showPlattformRequested(int type, bool show);
 
 private:

@@ -9,8 +9,8 @@
 #include "platform/SharedInstances.h"
 #include "privileged/AuthorizationBackend.h"
 #include "privileged/BLAuthentication.h"
+#include "shell/AppController.h"
 #include "shell/LumoScript.h"
-#include "shell/MyMainObj.h"
 #include "ui/UserInterface.h"
 
 namespace korvane {
@@ -29,7 +29,7 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
 
     // Each controller is handed the ones made before it; none finds another by itself.
     const RunParts run{m_locations, *m_files, *m_ui, m_formats};
-    m_main = std::make_unique<MyMainObj>(run);
+    m_main = std::make_unique<AppController>(run);
     m_pref = std::make_unique<MyPrefObj>(*m_main); // runs checkDefaults
     m_missingItems = std::make_unique<MyMissingItems>(*m_ui);
     m_authentication = std::make_unique<BLAuthentication>(*m_authorization, *m_ui);
@@ -59,8 +59,8 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
     m_about = std::make_unique<MyAboutObj>();
     install();
 
-    if (parts.awakeFromNib)
-        awakeFromNib();
+    if (parts.prepareWindow)
+        prepareWindow();
 }
 
 AppContext::~AppContext()
@@ -79,9 +79,9 @@ AppContext::~AppContext()
     m_main.reset();
 }
 
-void AppContext::awakeFromNib()
+void AppContext::prepareWindow()
 {
-    m_main->awakeFromNib();
+    m_main->prepareWindow();
     for (FormatManager *manager : std::as_const(m_managerList))
         manager->loadSetList();
     m_pref->awakeFromNib();
@@ -89,7 +89,7 @@ void AppContext::awakeFromNib()
 
 void AppContext::install()
 {
-    MyMainObj::install(m_main.get());
+    AppController::install(m_main.get());
     SharedInstance<MyPrefObj>::install(m_pref.get());
     SharedInstance<MyInfoObj>::install(m_info.get());
     SharedInstance<MyMissingItems>::install(m_missingItems.get());
@@ -106,7 +106,7 @@ void AppContext::uninstall()
     SharedInstance<MyMissingItems>::uninstall(m_missingItems.get());
     SharedInstance<MyInfoObj>::uninstall(m_info.get());
     SharedInstance<MyPrefObj>::uninstall(m_pref.get());
-    SharedInstance<MyMainObj>::uninstall(m_main.get());
+    SharedInstance<AppController>::uninstall(m_main.get());
     SharedInstance<AppServices>::uninstall(m_main.get());
 }
 

@@ -10,16 +10,16 @@
 
 namespace korvane {
 
+class AppController;
 class AuthorizationBackend;
 class BLAuthentication;
 class FileOperations;
+class FormatManager;
 class LumoScript;
 class MyAboutObj;
 class MyInfoObj;
-class MyMainObj;
 class MyMissingItems;
 class MyPrefObj;
-class FormatManager;
 class UserInterface;
 
 // Builds every controller of one run of the program from explicit parts, wires them to one
@@ -33,7 +33,7 @@ public:
         FileOperations *files = nullptr;               // default: the local disk
         UserInterface *ui = nullptr;                   // default: nobody there to answer
         AuthorizationBackend *authorization = nullptr; // default: polkit where it helps
-        bool awakeFromNib = true;                      // run the window-load steps at once
+        bool prepareWindow = true;                     // run the window-load steps at once
     };
 
     explicit AppContext(Parts parts);
@@ -43,14 +43,14 @@ public:
 
     // The window-load steps: the controller's tabs and group menu, each manager's set list, then
     // the preferences controls (which ask the managers for their architecture column).
-    void awakeFromNib();
+    void prepareWindow();
 
     const Locations &locations() const { return m_locations; }
     const FormatTable &formats() const { return m_formats; }
     FileOperations &files() const { return *m_files; }
     UserInterface &ui() const { return *m_ui; }
 
-    MyMainObj *main() const { return m_main.get(); }
+    AppController *main() const { return m_main.get(); }
     MyPrefObj *pref() const { return m_pref.get(); }
     const QList<FormatManager *> &managers() const { return m_managerList; }
     FormatManager *manager(int type) const { return m_managerList.value(type); }
@@ -73,7 +73,7 @@ private:
     UserInterface *m_ui;
     AuthorizationBackend *m_authorization;
 
-    std::unique_ptr<MyMainObj> m_main;
+    std::unique_ptr<AppController> m_main;
     std::unique_ptr<MyPrefObj> m_pref;
     std::unique_ptr<MyMissingItems> m_missingItems;
     std::unique_ptr<BLAuthentication> m_authentication;

@@ -374,7 +374,7 @@ TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeath
     {
         // The window's apply, too, tells who holds the lock and moves nothing.
         ScriptedUi ui;
-        AppContext context({.roots = roots(), .ui = &ui, .awakeFromNib = false});
+        AppContext context({.roots = roots(), .ui = &ui, .prepareWindow = false});
         context.manager(TypeAU)->rescan();
         context.manager(TypeAU)->setAllInactive();
         context.manager(TypeAU)->apply();

@@ -2,7 +2,7 @@
 
 #include "PluginLibraryBuilder.h"
 #include "managers/FormatManager.h"
-#include "shell/MyMainObj.h"
+#include "shell/AppController.h"
 #include "support/ContextTest.h"
 
 namespace korvane {

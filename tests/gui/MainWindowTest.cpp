@@ -35,7 +35,7 @@ protected:
         }
         makeContext();
         context->pref()->setDefaultType(TypeVST);
-        context->awakeFromNib();
+        context->prepareWindow();
         auto window = std::make_unique<MainWindow>(*context);
         window->show();
         window->startWhenRunning();
@@ -151,11 +151,11 @@ protected:
 TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
 {
     makeContext();
-    context->awakeFromNib();
+    context->prepareWindow();
 
     // One alert from each layer that shows one: the shell, a manager (its texts come from the
     // format table) and the file-error alert, whose reason comes from the file operations.
-    context->main()->deleteItem();
+    context->main()->moveSelectedToTrash();
     context->manager(TypeAU)->requestInfo();
     ReadOnlyFileOperations readOnly(disk());
     FileError error;

@@ -28,7 +28,7 @@ using WindowsTest = GuiTest;
 TEST_F(WindowsTest, GroupEditorEditsReachTheGroupsSubmenuAtOnce)
 {
     makeContext();
-    MyMainObj *main = context->main();
+    AppController *main = context->main();
     GroupEditorWindow window(*main);
     main->showGroups();
     QTableWidget *table = window.table();
@@ -57,7 +57,7 @@ TEST_F(WindowsTest, InfoPanelFollowsTheTableWhileOpenAndEditsContentWhereAllowed
     PluginLibraryBuilder::makeBundle(folder, "Birch Delay.component", MachO::intel());
     const QString presets = PluginLibraryBuilder::makeFolder(homePath("Cedar Presets"));
     makeContext();
-    context->awakeFromNib();
+    context->prepareWindow();
     FormatManager *au = context->manager(TypeAU);
     au->rescan();
     const int alder = rowOf(*au, "Alder Chorus.component");
@@ -101,7 +101,7 @@ TEST_F(WindowsTest, LaunchScriptFollowsTheChosenFormatsAndIsSavedAsShown)
         PluginLibraryBuilder::makeFolder(homePath("Library/Application Support/Korvane"));
     ASSERT_TRUE(writePlist(support + "/vstsets.plist", QVariantList{"no set", "Live"}));
     makeContext();
-    context->awakeFromNib();
+    context->prepareWindow();
     context->manager(TypeVST)->selectSetIndex(1);
     LumoScript *script = context->script();
     script->setLayout(LumoScript::Layout::Shell);
@@ -129,7 +129,7 @@ TEST_F(WindowsTest, LaunchScriptFollowsTheChosenFormatsAndIsSavedAsShown)
 TEST_F(WindowsTest, TheLogWindowFollowsTheLogAndItsCloseBoxEnablesShowLogAgain)
 {
     makeContext();
-    MyMainObj *main = context->main();
+    AppController *main = context->main();
     main->addLogEntry(nullptr, "a\n");
     LogWindow window(*main);
     main->showLog();
@@ -137,7 +137,7 @@ TEST_F(WindowsTest, TheLogWindowFollowsTheLogAndItsCloseBoxEnablesShowLogAgain)
     main->addLogEntry(nullptr, "b\n");
     EXPECT_EQ(window.text()->toPlainText(), "a\nb\n");
     window.close(); // the close box
-    EXPECT_TRUE(main->validateMenuItem(MyMainObj::MenuItem::ShowLog));
+    EXPECT_TRUE(main->isMenuItemEnabled(AppController::MenuItem::ShowLog));
 }
 
 TEST_F(WindowsTest, PreferencesOpenWritingNothingAndAnEditWritesOnlyItselfAndActsAtOnce)

@@ -100,7 +100,7 @@ TEST_F(LumoScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
     const QStringList hostRun = {"9",         kRecorder,       "it's", "$HOME;touch H",
                                  "two words", "\"q\" $x \\ `", "a b",  "",
                                  "cde",       "k\\n"};
-    context->awakeFromNib();
+    context->prepareWindow();
     for (int segment = 0; segment < 4; ++segment) // no set anywhere yet: each is told, in order
         script->setSegmentSelected(segment, true);
     script->changeArgument();

@@ -26,7 +26,7 @@ protected:
                                                                  .formats = formats,
                                                                  .ui = &ui,
                                                                  .authorization = &allowAll,
-                                                                 .awakeFromNib = false});
+                                                                 .prepareWindow = false});
         return *context;
     }
 

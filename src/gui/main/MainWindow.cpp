@@ -13,8 +13,8 @@
 #include "panels/MyAboutObj.h"
 #include "platform/Texts.h"
 #include "shell/AppContext.h"
+#include "shell/AppController.h"
 #include "shell/LumoScript.h"
-#include "shell/MyMainObj.h"
 #include "ui/UserInterface.h"
 
 #include <QCloseEvent>
@@ -70,8 +70,8 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     makeWindowMenu();
     makeHelpMenu();
 
-    connect(&m_main, &MyMainObj::tabsChanged, this, &MainWindow::showTabs);
-    connect(&m_main, &MyMainObj::selectedTabChanged, this, [this](int index) {
+    connect(&m_main, &AppController::tabsChanged, this, &MainWindow::showTabs);
+    connect(&m_main, &AppController::selectedTabChanged, this, [this](int index) {
         const QSignalBlocker blocker(m_tabs);
         m_tabs->setCurrentIndex(index);
         updateMenus();
@@ -106,12 +106,12 @@ QAction *MainWindow::action(const char *name) const
 
 void MainWindow::startWhenRunning()
 {
-    QTimer::singleShot(0, this, [this] { m_main.applicationDidFinishLaunching(); });
+    QTimer::singleShot(0, this, [this] { m_main.start(); });
 }
 
 void MainWindow::saveState()
 {
-    m_main.applicationWillTerminate();
+    m_main.saveState();
 }
 
 void MainWindow::shutDown()
@@ -148,11 +148,12 @@ QAction *MainWindow::addItem(QMenu *menu, const char *name, const QString &text,
 void MainWindow::makeFileMenu()
 {
     QMenu *menu = menuBar()->addMenu(korvane::tr("&File"));
-    addItem(menu, "miNew", korvane::tr("New"), QKeySequence::New, [this] { m_main.newButton(); });
-    addItem(menu, "miOpen", korvane::tr("Open..."), QKeySequence::Open, [this] { m_main.open(); });
-    addItem(menu, "miSave", korvane::tr("Save"), QKeySequence::Save, [this] { m_main.save(); });
+    addItem(menu, "miNew", korvane::tr("New"), QKeySequence::New, [this] { m_main.newSet(); });
+    addItem(menu, "miOpen", korvane::tr("Open..."), QKeySequence::Open,
+            [this] { m_main.openSet(); });
+    addItem(menu, "miSave", korvane::tr("Save"), QKeySequence::Save, [this] { m_main.saveSet(); });
     addItem(menu, "miSaveAs", korvane::tr("Save As..."), QKeySequence::SaveAs,
-            [this] { m_main.saveAs(); });
+            [this] { m_main.saveSetAs(); });
     menu->addSeparator();
     addItem(menu, "miLaunchScript", korvane::tr("Launch Script..."),
             [this] { m_context.script()->openScriptWindow(); });
@@ -169,7 +170,7 @@ void MainWindow::makeEditMenu()
             [this] { m_main.redoAction(); });
     menu->addSeparator();
     addItem(menu, "miDelete", korvane::tr("Delete..."), QKeySequence::Delete,
-            [this] { m_main.deleteItem(); });
+            [this] { m_main.moveSelectedToTrash(); });
     menu->addSeparator();
     addItem(menu, "miFind", korvane::tr("Find"), QKeySequence::Find, [this] {
         if (FormatTab *page = frontPage())
@@ -180,7 +181,7 @@ void MainWindow::makeEditMenu()
 void MainWindow::makePlugInsMenu()
 {
     QMenu *menu = menuBar()->addMenu(korvane::tr("&Plug-Ins"));
-    MyMainObj &main = m_main;
+    AppController &main = m_main;
     addItem(menu, "miAllOn", korvane::tr("All On"), [&main] { main.setAllActive(); });
     addItem(menu, "miAllOff", korvane::tr("All Off"), [&main] { main.setAllInactive(); });
     addItem(menu, "miGroupOn", korvane::tr("Group On"), [&main] { main.setGroupActive(); });
@@ -261,7 +262,7 @@ void MainWindow::showGroupMenu()
 {
     qDeleteAll(m_groupItems);
     m_groupItems.clear();
-    MyMainObj &main = m_main;
+    AppController &main = m_main;
     for (const QString &title : m_main.groupMenuTitles()) {
         QAction *item = m_groupMenu->addAction(menuText(title));
         connect(item, &QAction::triggered, this, [&main, title] { main.setGroup(title); });
@@ -280,22 +281,22 @@ void MainWindow::showUndoTitles()
 
 void MainWindow::updateMenus()
 {
-    action("miShowLog")->setEnabled(m_main.validateMenuItem(MyMainObj::MenuItem::ShowLog));
+    action("miShowLog")->setEnabled(m_main.isMenuItemEnabled(AppController::MenuItem::ShowLog));
     // Only an Audio Unit can be examined alone.
     action("miSpecialEnv")
-        ->setEnabled(m_main.tabCount() > 0 && m_main.getActiveType() == TypeAU
+        ->setEnabled(m_main.tabCount() > 0 && m_main.activeType() == TypeAU
                      && m_context.manager(TypeAU) != nullptr);
 }
 
 FormatManager *MainWindow::frontManager() const
 {
-    return m_main.managerOf(m_main.getActiveType());
+    return m_main.managerOf(m_main.activeType());
 }
 
 void MainWindow::examineAudioUnitAlone()
 {
     FormatManager *au = m_context.manager(TypeAU);
-    if (!au || m_main.getActiveType() != TypeAU)
+    if (!au || m_main.activeType() != TypeAU)
         return;
     const PluginPtr item = au->itemAt(au->selectedRow());
     if (!item) {

@@ -14,7 +14,7 @@ namespace korvane {
 class AboutPanel;
 class AppContext;
 class FormatTab;
-class MyMainObj;
+class AppController;
 class PreferencesWindow;
 class FormatManager;
 
@@ -64,7 +64,7 @@ private:
     void examineAudioUnitAlone();
 
     AppContext &m_context;
-    MyMainObj &m_main;
+    AppController &m_main;
     QTabWidget *m_tabs = nullptr;
     QList<FormatTab *> m_pages; // by type index
     QMenu *m_groupMenu = nullptr;

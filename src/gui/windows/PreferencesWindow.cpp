@@ -3,7 +3,7 @@
 #include "panels/MyPrefObj.h"
 #include "platform/FormatTable.h"
 #include "platform/Texts.h"
-#include "shell/MyMainObj.h"
+#include "shell/AppController.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -16,7 +16,7 @@
 
 namespace korvane {
 
-PreferencesWindow::PreferencesWindow(MyPrefObj &prefs, MyMainObj &main, QWidget *parent)
+PreferencesWindow::PreferencesWindow(MyPrefObj &prefs, AppController &main, QWidget *parent)
     : QWidget(parent, Qt::Window), m_prefs(prefs), m_main(main)
 {
     setWindowTitle(korvane::tr("Preferences"));
@@ -184,7 +184,7 @@ void PreferencesWindow::switchFormat(int type)
 {
     // The controller takes the format from the page in front; a click may come from elsewhere.
     m_prefs.controls.selectedTab = type + 1;
-    m_main.setTabView(m_prefs.controls.types.at(type).on ? 1 : 0); // stores the controls too
+    m_main.showSelectedFormatTab(m_prefs.controls.types.at(type).on); // stores the controls too
     m_prefs.controls.selectedTab = m_tabs->currentIndex();
 }
 
@@ -192,7 +192,7 @@ void PreferencesWindow::showTypeColumn(int type)
 {
     const bool show = m_prefs.controls.types.at(type).type;
     store();
-    m_main.showPlattform(type, show);
+    m_main.showArchitectureColumn(type, show);
 }
 
 void PreferencesWindow::chooseDefaultSet(int type)

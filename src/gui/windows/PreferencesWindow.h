@@ -12,7 +12,7 @@ class QTabWidget;
 namespace korvane {
 
 struct Format;
-class MyMainObj;
+class AppController;
 
 // The preferences window: a first page with the update check box, then one page per format at
 // position type index + 1. Each control stands for one of MyPrefObj's controls and is stored the
@@ -21,7 +21,7 @@ class MyMainObj;
 class PreferencesWindow : public QWidget {
     Q_OBJECT
 public:
-    PreferencesWindow(MyPrefObj &prefs, MyMainObj &main, QWidget *parent = nullptr);
+    PreferencesWindow(MyPrefObj &prefs, AppController &main, QWidget *parent = nullptr);
 
     // Brings the window to the front with its controls read from the file afresh.
     void showPreferences();
@@ -56,7 +56,7 @@ private:
     void editDefaultSet(int type);
 
     MyPrefObj &m_prefs;
-    MyMainObj &m_main;
+    AppController &m_main;
     QTabWidget *m_tabs = nullptr;
     QCheckBox *m_checkForUpdates = nullptr;
     QList<FormatPage> m_pages; // by type index

@@ -1,4 +1,4 @@
-#include "shell/MyMainObj.h"
+#include "shell/AppController.h"
 
 #include "managers/FormatManager.h"
 #include "panels/MyPrefObj.h"
@@ -7,59 +7,56 @@
 #include "platform/Locations.h"
 #include "platform/SharedInstances.h"
 #include "platform/Texts.h"
-#include "shell/UpdateCheck.h"
 #include "ui/UserInterface.h"
 
 namespace korvane {
 
-MyMainObj::MyMainObj(const RunParts &parts) : AppServices(parts)
+AppController::AppController(const RunParts &parts) : AppServices(parts)
 {
     // The tab view as the main window lays it out: every format, the first in front.
     for (const Format &format : formats()) {
         m_tabs.append({format.tabIdentifier(), format.tabLabel});
-        m_keptView.append(false);
     }
 }
 
-MyMainObj::~MyMainObj()
+AppController::~AppController()
 {
-    SharedInstance<MyMainObj>::uninstall(this);
+    SharedInstance<AppController>::uninstall(this);
 }
 
-MyMainObj *MyMainObj::getMainObj()
+AppController *AppController::instance()
 {
-    return SharedInstance<MyMainObj>::get();
+    return SharedInstance<AppController>::get();
 }
 
-void MyMainObj::install(MyMainObj *main)
+void AppController::install(AppController *main)
 {
-    SharedInstance<MyMainObj>::install(main);
+    SharedInstance<AppController>::install(main);
     AppServices::install(main);
 }
 
-void MyMainObj::setControllers(MyPrefObj *pref, const QList<FormatManager *> &managers)
+void AppController::setControllers(MyPrefObj *pref, const QList<FormatManager *> &managers)
 {
     m_pref = pref;
     m_managers = managers;
-    connect(pref, &MyPrefObj::showPlattformRequested, this, &MyMainObj::showPlattform,
+    connect(pref, &MyPrefObj::showPlattformRequested, this, &AppController::showArchitectureColumn,
             Qt::UniqueConnection);
 }
 
-FormatManager *MyMainObj::managerOf(int type) const
+FormatManager *AppController::managerOf(int type) const
 {
     return type >= 0 && type < m_managers.size() ? m_managers.at(type) : nullptr;
 }
 
-// --- Lifecycle
-// ------------------------------------------------------------------------------------
+// --- Lifecycle ---------------------------------------------------------------------------------
 
-void MyMainObj::awakeFromNib()
+void AppController::prepareWindow()
 {
-    initTabView();
+    initTabs();
     createGroupSubmenu();
 }
 
-void MyMainObj::applicationDidFinishLaunching()
+void AppController::start()
 {
     MyPrefObj *pref = m_pref;
     for (FormatManager *manager : std::as_const(m_managers)) {
@@ -75,7 +72,7 @@ void MyMainObj::applicationDidFinishLaunching()
     }
 }
 
-void MyMainObj::applicationWillTerminate()
+void AppController::saveState()
 {
     saveGroupRegistry();
     // Every format saves, switched on or not: a format's files outlive its tab.
@@ -83,30 +80,29 @@ void MyMainObj::applicationWillTerminate()
         manager->saveGroups();
     for (FormatManager *manager : std::as_const(m_managers))
         manager->saveSetList();
-    m_pref->setDefaultType(getActiveType());
+    m_pref->setDefaultType(activeType());
 }
 
-// --- Tabs
-// -----------------------------------------------------------------------------------------
+// --- Tabs --------------------------------------------------------------------------------------
 
-QString MyMainObj::tabIdentifier(int type) const
+QString AppController::tabIdentifier(int type) const
 {
     const Format *format = formats().find(type);
     return format ? format->tabIdentifier() : QString();
 }
 
-QString MyMainObj::tabLabel(int type) const
+QString AppController::tabLabel(int type) const
 {
     const Format *format = formats().find(type);
     return format ? format->tabLabel : QString();
 }
 
-int MyMainObj::typeOfIdentifier(const QString &identifier) const
+int AppController::typeOfIdentifier(const QString &identifier) const
 {
     return formats().typeOfTabIdentifier(identifier);
 }
 
-void MyMainObj::initTabView()
+void AppController::initTabs()
 {
     MyPrefObj *pref = m_pref;
     for (int type = 0; type < formats().count(); ++type) {
@@ -115,26 +111,22 @@ void MyMainObj::initTabView()
         const int index = indexOfIdentifier(tabIdentifier(type));
         if (index < 0)
             continue;
-        keepView(type);
         removeTabAt(index);
     }
     setActiveType(pref->getDefaultType());
 }
 
-void MyMainObj::setTabView(int state)
+void AppController::showSelectedFormatTab(bool shown)
 {
     MyPrefObj *pref = m_pref;
     const int position = pref->getSelectedTab();
     const int type = formats().isValid(position - 1) ? position - 1 : -1;
 
-    if (state == 0) {
-        for (int t = 0; t < formats().count(); ++t)
-            if (indexOfIdentifier(tabIdentifier(t)) >= 0)
-                keepView(t);
+    if (!shown) {
         const int index = type >= 0 ? indexOfIdentifier(tabIdentifier(type)) : 0;
         if (index >= 0 && index < tabCount())
             removeTabAt(index);
-    } else if (state == 1 && type >= 0 && indexOfIdentifier(tabIdentifier(type)) < 0) {
+    } else if (type >= 0 && indexOfIdentifier(tabIdentifier(type)) < 0) {
         // The nearest switched-on predecessor's type index plus one, not the number of tabs
         // before it: with AU off and RTAS on, MAS asks for index 2 while one tab stands before it.
         int index = 0;
@@ -149,7 +141,7 @@ void MyMainObj::setTabView(int state)
     pref->updatePrefs();
 }
 
-int MyMainObj::getActiveType() const
+int AppController::activeType() const
 {
     if (m_selected < 0 || m_selected >= tabCount())
         return 0;
@@ -157,7 +149,7 @@ int MyMainObj::getActiveType() const
     return type < 0 ? 0 : type;
 }
 
-void MyMainObj::setActiveType(int type)
+void AppController::setActiveType(int type)
 {
     const int index = formats().isValid(type) ? indexOfIdentifier(tabIdentifier(type)) : -1;
     if (index >= 0)
@@ -166,7 +158,7 @@ void MyMainObj::setActiveType(int type)
         selectIndex(0); // some tab must be in front
 }
 
-QStringList MyMainObj::tabIdentifiers() const
+QStringList AppController::tabIdentifiers() const
 {
     QStringList identifiers;
     for (const TabItem &tab : m_tabs)
@@ -174,23 +166,18 @@ QStringList MyMainObj::tabIdentifiers() const
     return identifiers;
 }
 
-QString MyMainObj::labelAt(int index) const
+QString AppController::labelAt(int index) const
 {
     return index >= 0 && index < tabCount() ? m_tabs.at(index).label : QString();
 }
 
-void MyMainObj::selectTabAtIndex(int index)
+void AppController::selectTabAtIndex(int index)
 {
     if (index >= 0 && index < tabCount())
         selectIndex(index);
 }
 
-bool MyMainObj::hasKeptView(int type) const
-{
-    return formats().isValid(type) && m_keptView.at(type);
-}
-
-int MyMainObj::indexOfIdentifier(const QString &identifier) const
+int AppController::indexOfIdentifier(const QString &identifier) const
 {
     for (int i = 0; i < tabCount(); ++i)
         if (m_tabs.at(i).identifier == identifier)
@@ -198,7 +185,7 @@ int MyMainObj::indexOfIdentifier(const QString &identifier) const
     return -1;
 }
 
-void MyMainObj::removeTabAt(int index)
+void AppController::removeTabAt(int index)
 {
     m_tabs.removeAt(index);
     int selected = m_selected;
@@ -215,7 +202,7 @@ void MyMainObj::removeTabAt(int index)
     }
 }
 
-void MyMainObj::insertTab(int index, int type)
+void AppController::insertTab(int index, int type)
 {
     index = qBound(0, index, tabCount()); // the insertion rule can point past the last tab
     m_tabs.insert(index, {tabIdentifier(type), tabLabel(type)});
@@ -229,12 +216,7 @@ void MyMainObj::insertTab(int index, int type)
         emit selectedTabChanged(m_selected);
 }
 
-void MyMainObj::keepView(int type)
-{
-    m_keptView[type] = true;
-}
-
-void MyMainObj::selectIndex(int index)
+void AppController::selectIndex(int index)
 {
     if (index == m_selected)
         return;
@@ -242,10 +224,9 @@ void MyMainObj::selectIndex(int index)
     emit selectedTabChanged(index);
 }
 
-// --- Routing
-// --------------------------------------------------------------------------------------
+// --- Routing -----------------------------------------------------------------------------------
 
-FormatManager *MyMainObj::managerByIdentifier() const
+FormatManager *AppController::managerByIdentifier() const
 {
     int type = -1;
     if (m_selected >= 0 && m_selected < tabCount())
@@ -253,36 +234,36 @@ FormatManager *MyMainObj::managerByIdentifier() const
     return managerOf(type < 0 ? TypeAU : type);
 }
 
-FormatManager *MyMainObj::activeManager() const
+FormatManager *AppController::activeManager() const
 {
-    return managerOf(getActiveType());
+    return managerOf(activeType());
 }
 
-void MyMainObj::newButton()
+void AppController::newSet()
 {
     if (FormatManager *manager = managerByIdentifier())
         manager->newSet();
 }
 
-void MyMainObj::open()
+void AppController::openSet()
 {
     if (FormatManager *manager = managerByIdentifier())
         manager->openSet();
 }
 
-void MyMainObj::save()
+void AppController::saveSet()
 {
     if (FormatManager *manager = managerByIdentifier())
         manager->saveSet();
 }
 
-void MyMainObj::saveAs()
+void AppController::saveSetAs()
 {
     if (FormatManager *manager = managerByIdentifier())
         manager->saveSetAs();
 }
 
-void MyMainObj::deleteItem()
+void AppController::moveSelectedToTrash()
 {
     Alert alert;
     alert.style = Alert::Informational;
@@ -296,89 +277,65 @@ void MyMainObj::deleteItem()
         manager->moveSelectedToTrash();
 }
 
-void MyMainObj::setAllActive()
+void AppController::setAllActive()
 {
     if (FormatManager *manager = activeManager())
         manager->setAllActive();
 }
 
-void MyMainObj::setAllInactive()
+void AppController::setAllInactive()
 {
     if (FormatManager *manager = activeManager())
         manager->setAllInactive();
 }
 
-void MyMainObj::setGroupActive()
+void AppController::setGroupActive()
 {
     if (FormatManager *manager = activeManager())
         manager->setGroupActive();
 }
 
-void MyMainObj::setGroupInactive()
+void AppController::setGroupInactive()
 {
     if (FormatManager *manager = activeManager())
         manager->setGroupInactive();
 }
 
-void MyMainObj::setSelectedActive()
+void AppController::setSelectedActive()
 {
     if (FormatManager *manager = activeManager())
         manager->setSelectedActive();
 }
 
-void MyMainObj::setSelectedInactive()
+void AppController::setSelectedInactive()
 {
     if (FormatManager *manager = activeManager())
         manager->setSelectedInactive();
 }
 
-void MyMainObj::setGroup(const QString &title)
+void AppController::setGroup(const QString &title)
 {
     if (FormatManager *manager = activeManager())
         manager->setGroup(title);
 }
 
-void MyMainObj::setArchitectureActive(int plattform, bool active)
+void AppController::setArchitectureActive(int architecture, bool active)
 {
     if (FormatManager *manager = activeManager())
-        manager->setArchitectureActive(plattform, active);
+        manager->setArchitectureActive(architecture, active);
 }
 
-void MyMainObj::showPlattform(int type, bool show)
+void AppController::showArchitectureColumn(int type, bool show)
 {
     if (FormatManager *manager = managerOf(type))
         manager->showArchitectureColumn(show);
 }
 
-void MyMainObj::functionNotImplemented(const QString &title)
-{
-    Alert alert;
-    alert.messageText = title;
-    alert.informativeText = korvane::tr("This function will be implemented in a future version");
-    alert.buttons = {korvane::tr("Ok")};
-    ui().runAlert(alert);
-}
-
-bool MyMainObj::validateMenuItem(MenuItem item) const
+bool AppController::isMenuItemEnabled(MenuItem item) const
 {
     if (item == MenuItem::ShowLog)
         return !isLogVisible();
     return true;
-}
-
-void MyMainObj::windowWillClose(Window window)
-{
-    if (window != Window::Log)
-        return;
-    if (m_logVisible)
-        hideLog();
-    else
-        m_showLogEnabled = true;
-}
-
-void MyMainObj::checkForUpdate()
-{
-    UpdateCheck(ui()).run();
 }
 
 } // namespace korvane

@@ -6,7 +6,7 @@
 #include "platform/PropertyList.h"
 #include "platform/SharedInstances.h"
 #include "platform/SystemLog.h"
-#include "shell/MyMainObj.h"
+#include "shell/AppController.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -16,7 +16,7 @@ namespace korvane {
 using B = PluginLibraryBuilder;
 
 // One plug-in of each format, switched on system-wide.
-class MainObj : public ShellTest {
+class AppControllerTest : public ShellTest {
 protected:
     void SetUp() override
     {
@@ -36,8 +36,8 @@ protected:
     // Loads the window and finishes launching; the names each manager then holds, by type.
     QStringList launch()
     {
-        context->awakeFromNib();
-        context->main()->applicationDidFinishLaunching();
+        context->prepareWindow();
+        context->main()->start();
         QStringList all;
         for (int type = 0; type < context->formats().count(); ++type)
             for (const PluginPtr &item : context->manager(type)->items())
@@ -47,7 +47,7 @@ protected:
     QString support, alpha;
 };
 
-TEST_F(MainObj, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
+TEST_F(AppControllerTest, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
 {
     const QString auSet = homePath("Documents/Mix.aukorv");
     makeContext().manager(TypeAU)->rescan(); // an earlier session saved AU with Alpha off
@@ -67,7 +67,7 @@ TEST_F(MainObj, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
     EXPECT_TRUE(ui.alerts.isEmpty() && ui.missingItemsLists.isEmpty());
 }
 
-TEST_F(MainObj, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
+TEST_F(AppControllerTest, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
 {
     const QVariantList rtasGroups{"Beta.rtas", "Reverbs"};
     ASSERT_TRUE(writePlist(support + "rtasgroups.plist", rtasGroups));
@@ -78,7 +78,7 @@ TEST_F(MainObj, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
     ctx.pref()->setDefaultSet(TypeRTAS, gone);
     EXPECT_EQ(launch(), QStringList({"Alpha.component", "Delta.vst"}));
     EXPECT_EQ(ctx.pref()->getDefaultSet(TypeRTAS), gone); // a switched-off type gets no set
-    ctx.main()->applicationWillTerminate();
+    ctx.main()->saveState();
     // A format that was never scanned knows no plug-ins: its groups stay as they were.
     EXPECT_EQ(PropertyList::readArray(support + "rtasgroups.plist"), rtasGroups);
     EXPECT_FALSE(QFileInfo::exists(support + "masgroups.plist"));
@@ -88,7 +88,7 @@ TEST_F(MainObj, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
 
 // A made-up format of ".clap" bundles does everything a built-in one does from its one row of
 // the table and its recognition rule.
-TEST_F(MainObj, AFifthFormatIsOneRowOfTheTable)
+TEST_F(AppControllerTest, AFifthFormatIsOneRowOfTheTable)
 {
     const FormatTable formats = FormatTable::builtIn().with(
         Format::derived("CLAP", "CLAP", "/Library/Audio/Plug-Ins/CLAP",
@@ -109,25 +109,25 @@ TEST_F(MainObj, AFifthFormatIsOneRowOfTheTable)
     EXPECT_TRUE(QFileInfo::exists(rootPath("Library/Audio/Plug-Ins/CLAP/Bolt.clap")));
     clap->saveSetAs(); // cancelled, but the panel offers the format's own documents
     EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.clapkorv");
-    context->main()->applicationWillTerminate();
+    context->main()->saveState();
     EXPECT_TRUE(QFileInfo::exists(support + "clapgroups.plist"));
 }
 
-TEST_F(MainObj, TheContextInstallsEveryControllerWhileItLivesAndNothingAfter)
+TEST_F(AppControllerTest, TheContextInstallsEveryControllerWhileItLivesAndNothingAfter)
 {
     AppContext &ctx = makeContext();
-    EXPECT_EQ(AppServices::getMainObj(), ctx.main()); // one controller behind both accessors
+    EXPECT_EQ(AppServices::instance(), ctx.main()); // one controller behind both accessors
     EXPECT_EQ(SharedInstance<MyPrefObj>::peek(), ctx.pref());
     context.reset();
     EXPECT_EQ(SharedInstance<AppServices>::peek(), nullptr);
     EXPECT_EQ(SharedInstance<MyPrefObj>::peek(), nullptr);
     // Nothing is made on demand: asking with nothing installed is a mistake that stops the program.
-    EXPECT_DEATH(MyMainObj::getMainObj(), "asked for before an AppContext installed one");
+    EXPECT_DEATH(AppController::instance(), "asked for before an AppContext installed one");
 }
 
 // Whatever the data files hold, each is kept beside itself before quitting replaces it, and the
 // log says so; a garbage preferences file switches nothing off.
-TEST_F(MainObj, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
+TEST_F(AppControllerTest, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
 {
     const QList<QPair<QString, QByteArray>> damaged = {
         {homePath("Library/Preferences/com.velmora.Korvane.plist"), "<plist><dict><key>AUOn"},
@@ -149,7 +149,7 @@ TEST_F(MainObj, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
     SystemLogCapture log;
     makeContext();
     EXPECT_EQ(launch(), QStringList({"Alpha.component", "Beta.rtas", "Gamma.bundle", "Delta.vst"}));
-    context->main()->applicationWillTerminate();
+    context->main()->saveState();
     for (const auto &[path, bytes] : damaged) {
         const QFileInfo info(path);
         const QStringList kept =
@@ -168,9 +168,9 @@ TEST_F(MainObj, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
 }
 
 // Where the window tests do not reach.
-TEST_F(MainObj, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStaysInFront)
+TEST_F(AppControllerTest, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStaysInFront)
 {
-    MyMainObj *main = makeContext().main();
+    AppController *main = makeContext().main();
     launch();
     const auto active = [](FormatManager *manager) { return manager->itemAt(0)->isActive(); };
     main->setActiveType(TypeVST);
@@ -180,7 +180,7 @@ TEST_F(MainObj, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStaysInFront)
     main->setIntelActive(); // Delta's executable is Intel
     EXPECT_TRUE(active(context->manager(TypeVST)));
     // The architecture column goes by the type given; the preferences window asks through here.
-    main->showPlattform(TypeAU, true);
+    main->showArchitectureColumn(TypeAU, true);
     EXPECT_TRUE(context->manager(TypeAU)->columns().contains("AUType"));
     EXPECT_FALSE(context->manager(TypeVST)->columns().contains("AUType"));
     context->pref()->defaults()->setObject("MASType", true);
@@ -191,25 +191,25 @@ TEST_F(MainObj, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStaysInFront)
     const auto click = [&](int type, bool on) {
         context->pref()->controls.selectedTab = type + 1;
         context->pref()->controls.types[type].on = on;
-        main->setTabView(on ? 1 : 0);
+        main->showSelectedFormatTab(on);
         return main->tabIdentifiers();
     };
     EXPECT_EQ(click(TypeVST, false), QStringList({"tabAU", "tabRTAS", "tabMAS"}));
-    EXPECT_NE(main->getActiveType(), TypeVST);
+    EXPECT_NE(main->activeType(), TypeVST);
     main->setActiveType(TypeRTAS);
     EXPECT_EQ(click(TypeVST, true), QStringList({"tabAU", "tabRTAS", "tabMAS", "tabVST"}));
-    EXPECT_EQ(main->getActiveType(), TypeRTAS); // an insertion leaves the front alone
+    EXPECT_EQ(main->activeType(), TypeRTAS); // an insertion leaves the front alone
     main->setActiveType(7);
-    EXPECT_EQ(main->getActiveType(), TypeRTAS);
+    EXPECT_EQ(main->activeType(), TypeRTAS);
     context->pref()->controls.selectedTab = 0; // outside the format tabs "off" removes the first
-    main->setTabView(0);
+    main->showSelectedFormatTab(false);
     EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabRTAS", "tabMAS", "tabVST"}));
 
     for (int type = 0; type < 4; ++type)
         setTypeOn(type, false);
-    main->initTabView();
+    main->initTabs();
     ASSERT_EQ(main->tabCount(), 0);
-    main->save(); // the untitled name opens the save panel
+    main->saveSet(); // the untitled name opens the save panel
     main->setAllInactive();
     EXPECT_FALSE(active(context->manager(TypeAU)));
     EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.aukorv");
