@@ -6,7 +6,7 @@
 
 #include "managers/SetDocument.h"
 #include "model/Plugin.h"
-#include "panels/MyPrefObj.h"
+#include "panels/Preferences.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
@@ -212,7 +212,7 @@ int main(int argc, char *argv[])
         parts.roots = roots;
         parts.prepareWindow = false;
         AppContext context(std::move(parts));
-        context.pref()->defaults()->setObject(QStringLiteral("AUMoveContent"), true);
+        context.pref()->store()->setValue(QStringLiteral("AUMoveContent"), true);
     }
     const QString set = home + QStringLiteral("/Documents/Live.aukorv");
     const bool written = writeLiveSet(set);

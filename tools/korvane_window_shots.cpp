@@ -11,7 +11,7 @@
 #include "gui/windows/PreferencesWindow.h"
 #include "managers/FormatManager.h"
 #include "panels/MyAboutObj.h"
-#include "panels/MyPrefObj.h"
+#include "panels/Preferences.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
@@ -117,7 +117,7 @@ int main(int argc, char *argv[])
         ok &= save(window, out + QStringLiteral("/log.png"));
     }
     {
-        context.pref()->defaults()->setObject(QStringLiteral("AUShowContent"), true);
+        context.pref()->store()->setValue(QStringLiteral("AUShowContent"), true);
         InfoPanel panel(*context.info());
         au.selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
         au.requestInfo();

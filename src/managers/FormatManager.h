@@ -20,12 +20,12 @@ class Locations;
 class UserInterface;
 class BLAuthentication;
 class MyMissingItems;
-class MyPrefObj;
+class Preferences;
 
 // The controllers a manager works with, made by AppContext.
 struct ManagerParts {
     AppServices &services; // registries, undo, log, file errors; roots, files, interface, formats
-    MyPrefObj &prefs;
+    Preferences &prefs;
     MyMissingItems &missingItems;
     BLAuthentication &authentication;
 };

@@ -1,7 +1,7 @@
 #include "panels/MyInfoObj.h"
 
 #include "app/AppServices.h"
-#include "panels/MyPrefObj.h"
+#include "panels/Preferences.h"
 #include "platform/Bundle.h"
 #include "platform/Locations.h"
 #include "platform/SharedInstances.h"
@@ -26,7 +26,8 @@ QString infoString(const QVariantMap &info, const QString &key, const QString &f
 }
 } // namespace
 
-MyInfoObj::MyInfoObj(AppServices &services, MyPrefObj &prefs) : m_services(services), m_prefs(prefs)
+MyInfoObj::MyInfoObj(AppServices &services, Preferences &prefs)
+    : m_services(services), m_prefs(prefs)
 {
 }
 
@@ -47,7 +48,7 @@ void MyInfoObj::showInfo(const PluginPtr &item)
         pData = item;
     }
     // The preference may have changed since the panel was last filled.
-    setDisplayContent(m_prefs.showContent(m_services.activeType()));
+    setDisplayContent(m_prefs.showsContent(m_services.activeType()));
     bIsVisible = true;
     emit changed();
 }

@@ -9,12 +9,12 @@ namespace korvane {
 
 // The info panel for one plug-in: name, version, info string and, when allowed, its content list.
 class AppServices;
-class MyPrefObj;
+class Preferences;
 
 class MyInfoObj : public QObject {
     Q_OBJECT
 public:
-    MyInfoObj(AppServices &services, MyPrefObj &prefs);
+    MyInfoObj(AppServices &services, Preferences &prefs);
     static MyInfoObj *getInfo();
 
     void showInfo(const PluginPtr &item); // null keeps the item shown so far
@@ -38,7 +38,7 @@ signals:
 
 private:
     AppServices &m_services;
-    MyPrefObj &m_prefs;
+    Preferences &m_prefs;
     bool bIsVisible = false;
     bool bDisplayContent = false;
     PluginPtr pData;

@@ -4,7 +4,7 @@
 #include "panels/MyAboutObj.h"
 #include "panels/MyInfoObj.h"
 #include "panels/MyMissingItems.h"
-#include "panels/MyPrefObj.h"
+#include "panels/Preferences.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/SharedInstances.h"
 #include "privileged/AuthorizationBackend.h"
@@ -30,7 +30,7 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
     // Each controller is handed the ones made before it; none finds another by itself.
     const RunParts run{m_locations, *m_files, *m_ui, m_formats};
     m_main = std::make_unique<AppController>(run);
-    m_pref = std::make_unique<MyPrefObj>(*m_main); // runs checkDefaults
+    m_pref = std::make_unique<Preferences>(*m_main); // runs seedDefaults
     m_missingItems = std::make_unique<MyMissingItems>(*m_ui);
     m_authentication = std::make_unique<BLAuthentication>(*m_authorization, *m_ui);
     const ManagerParts managerParts{*m_main, *m_pref, *m_missingItems, *m_authentication};
@@ -84,13 +84,13 @@ void AppContext::prepareWindow()
     m_main->prepareWindow();
     for (FormatManager *manager : std::as_const(m_managerList))
         manager->loadSetList();
-    m_pref->awakeFromNib();
+    m_pref->prepareWindow();
 }
 
 void AppContext::install()
 {
     AppController::install(m_main.get());
-    SharedInstance<MyPrefObj>::install(m_pref.get());
+    SharedInstance<Preferences>::install(m_pref.get());
     SharedInstance<MyInfoObj>::install(m_info.get());
     SharedInstance<MyMissingItems>::install(m_missingItems.get());
     SharedInstance<BLAuthentication>::install(m_authentication.get());
@@ -105,7 +105,7 @@ void AppContext::uninstall()
     SharedInstance<BLAuthentication>::uninstall(m_authentication.get());
     SharedInstance<MyMissingItems>::uninstall(m_missingItems.get());
     SharedInstance<MyInfoObj>::uninstall(m_info.get());
-    SharedInstance<MyPrefObj>::uninstall(m_pref.get());
+    SharedInstance<Preferences>::uninstall(m_pref.get());
     SharedInstance<AppController>::uninstall(m_main.get());
     SharedInstance<AppServices>::uninstall(m_main.get());
 }

@@ -19,7 +19,7 @@ class LumoScript;
 class MyAboutObj;
 class MyInfoObj;
 class MyMissingItems;
-class MyPrefObj;
+class Preferences;
 class UserInterface;
 
 // Builds every controller of one run of the program from explicit parts, wires them to one
@@ -51,7 +51,7 @@ public:
     UserInterface &ui() const { return *m_ui; }
 
     AppController *main() const { return m_main.get(); }
-    MyPrefObj *pref() const { return m_pref.get(); }
+    Preferences *pref() const { return m_pref.get(); }
     const QList<FormatManager *> &managers() const { return m_managerList; }
     FormatManager *manager(int type) const { return m_managerList.value(type); }
     MyInfoObj *info() const { return m_info.get(); }
@@ -74,7 +74,7 @@ private:
     AuthorizationBackend *m_authorization;
 
     std::unique_ptr<AppController> m_main;
-    std::unique_ptr<MyPrefObj> m_pref;
+    std::unique_ptr<Preferences> m_pref;
     std::unique_ptr<MyMissingItems> m_missingItems;
     std::unique_ptr<BLAuthentication> m_authentication;
     std::vector<std::unique_ptr<FormatManager>> m_managers;

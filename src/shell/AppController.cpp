@@ -1,7 +1,7 @@
 #include "shell/AppController.h"
 
 #include "managers/FormatManager.h"
-#include "panels/MyPrefObj.h"
+#include "panels/Preferences.h"
 #include "platform/FileOperations.h"
 #include "platform/FormatTable.h"
 #include "platform/Locations.h"
@@ -35,12 +35,12 @@ void AppController::install(AppController *main)
     AppServices::install(main);
 }
 
-void AppController::setControllers(MyPrefObj *pref, const QList<FormatManager *> &managers)
+void AppController::setControllers(Preferences *pref, const QList<FormatManager *> &managers)
 {
     m_pref = pref;
     m_managers = managers;
-    connect(pref, &MyPrefObj::showPlattformRequested, this, &AppController::showArchitectureColumn,
-            Qt::UniqueConnection);
+    connect(pref, &Preferences::architectureColumnRequested, this,
+            &AppController::showArchitectureColumn, Qt::UniqueConnection);
 }
 
 FormatManager *AppController::managerOf(int type) const
@@ -58,13 +58,13 @@ void AppController::prepareWindow()
 
 void AppController::start()
 {
-    MyPrefObj *pref = m_pref;
+    Preferences *pref = m_pref;
     for (FormatManager *manager : std::as_const(m_managers)) {
         const int type = manager->type();
-        if (!pref->isTypeActive(type))
+        if (!pref->isFormatOn(type))
             continue;
         manager->rescan();
-        const QString set = pref->getDefaultSet(type).value_or(QString());
+        const QString set = pref->defaultSet(type).value_or(QString());
         if (!set.isEmpty() && files().exists(set))
             manager->openDefaultSet(set);
         else
@@ -104,22 +104,22 @@ int AppController::typeOfIdentifier(const QString &identifier) const
 
 void AppController::initTabs()
 {
-    MyPrefObj *pref = m_pref;
+    Preferences *pref = m_pref;
     for (int type = 0; type < formats().count(); ++type) {
-        if (pref->isTypeActive(type))
+        if (pref->isFormatOn(type))
             continue;
         const int index = indexOfIdentifier(tabIdentifier(type));
         if (index < 0)
             continue;
         removeTabAt(index);
     }
-    setActiveType(pref->getDefaultType());
+    setActiveType(pref->defaultType());
 }
 
 void AppController::showSelectedFormatTab(bool shown)
 {
-    MyPrefObj *pref = m_pref;
-    const int position = pref->getSelectedTab();
+    Preferences *pref = m_pref;
+    const int position = pref->selectedTab();
     const int type = formats().isValid(position - 1) ? position - 1 : -1;
 
     if (!shown) {
@@ -131,14 +131,14 @@ void AppController::showSelectedFormatTab(bool shown)
         // before it: with AU off and RTAS on, MAS asks for index 2 while one tab stands before it.
         int index = 0;
         for (int before = type - 1; before >= 0; --before) {
-            if (pref->isTypeActive(before)) {
+            if (pref->isFormatOn(before)) {
                 index = before + 1;
                 break;
             }
         }
         insertTab(index, type);
     }
-    pref->updatePrefs();
+    pref->storeForm();
 }
 
 int AppController::activeType() const

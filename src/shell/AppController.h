@@ -8,7 +8,7 @@
 
 namespace korvane {
 
-class MyPrefObj;
+class Preferences;
 class FormatManager;
 
 // The application controller: start-up and shut-down, the tab of each format in the main window,
@@ -33,7 +33,7 @@ public:
 
     // The preferences and one manager per format, by type index, once AppContext has made them;
     // the preferences window's architecture-column requests go to showArchitectureColumn.
-    void setControllers(MyPrefObj *pref, const QList<FormatManager *> &managers);
+    void setControllers(Preferences *pref, const QList<FormatManager *> &managers);
     FormatManager *managerOf(int type) const; // nullptr outside the table
     const QList<FormatManager *> &managers() const { return m_managers; }
 
@@ -107,7 +107,7 @@ private:
     FormatManager *managerByIdentifier() const;
     FormatManager *activeManager() const;
 
-    MyPrefObj *m_pref = nullptr;
+    Preferences *m_pref = nullptr;
     QList<FormatManager *> m_managers;
     QList<TabItem> m_tabs;
     int m_selected = 0;

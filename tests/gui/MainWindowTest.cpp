@@ -119,7 +119,7 @@ TEST_F(MainWindowTest, ClosingTheWindowSavesGroupsAndTheFrontTabOnce)
     window->close();
     EXPECT_EQ(PropertyList::read(locations().dataFilePath("groups.plist")),
               QVariant(QVariantList{QString(), QStringLiteral("New Group")}));
-    EXPECT_EQ(context->pref()->getDefaultType(), TypeMAS);
+    EXPECT_EQ(context->pref()->defaultType(), TypeMAS);
 
     // The program's own end after the close writes nothing more.
     QFile::remove(locations().dataFilePath("groups.plist"));

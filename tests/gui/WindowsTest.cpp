@@ -75,7 +75,7 @@ TEST_F(WindowsTest, InfoPanelFollowsTheTableWhileOpenAndEditsContentWhereAllowed
     EXPECT_EQ(panel.nameField()->text(), "Birch Delay");
     EXPECT_EQ(panel.infoField()->text(), "");
 
-    context->pref()->defaults()->setObject("AUShowContent", true);
+    context->pref()->store()->setValue("AUShowContent", true);
     au->selectRows({birch});
     au->requestInfo();
     ASSERT_TRUE(list->isVisible());
@@ -145,7 +145,7 @@ TEST_F(WindowsTest, PreferencesOpenWritingNothingAndAnEditWritesOnlyItselfAndAct
     // Switched off in the file; the controllers are made afresh, with no window loaded.
     makeContext();
     for (const auto &[key, on] : {std::pair{"AUOn", false}, {"RTASOn", true}, {"MASOn", false}})
-        context->pref()->defaults()->setObject(key, on);
+        context->pref()->store()->setValue(key, on);
     makeContext();
     const QString file = homePath("Library/Preferences/com.velmora.Korvane.plist");
     const auto stored = [&] { return PropertyList::readDictionary(file).value_or(QVariantMap()); };

@@ -4,7 +4,7 @@
 #include "app/AppServices.h"
 #include "managers/FormatManager.h"
 #include "panels/MyMissingItems.h"
-#include "panels/MyPrefObj.h"
+#include "panels/Preferences.h"
 #include "platform/Bundle.h"
 #include "privileged/BLAuthentication.h"
 #include "privileged/NullAuthorizationBackend.h"
@@ -32,7 +32,7 @@ struct ManagersOfOneRun {
 
     NullAuthorizationBackend allowAll;
     AppServices services;
-    MyPrefObj pref;
+    Preferences pref;
     MyMissingItems missingItems;
     BLAuthentication authentication;
     ManagerParts parts;
@@ -106,10 +106,7 @@ protected:
         return B::makeAudioUnit(folder(TypeAU, loc), name, MachO::intel());
     }
     static bool exists(const QString &path) { return QFileInfo::exists(path); }
-    void setPref(const QString &key, bool value)
-    {
-        context->pref.defaults()->setObject(key, value);
-    }
+    void setPref(const QString &key, bool value) { context->pref.store()->setValue(key, value); }
     static QStringList names(const FormatManager *manager)
     {
         QStringList result;

@@ -2,7 +2,7 @@
 
 #include "PluginLibraryBuilder.h"
 #include "managers/FormatManager.h"
-#include "panels/MyPrefObj.h"
+#include "panels/Preferences.h"
 #include "platform/PropertyList.h"
 #include "platform/SharedInstances.h"
 #include "platform/SystemLog.h"
@@ -31,7 +31,7 @@ protected:
     }
     void setTypeOn(int type, bool on)
     {
-        context->pref()->defaults()->setObject(context->formats().at(type).prefix + "On", on);
+        context->pref()->store()->setValue(context->formats().at(type).prefix + "On", on);
     }
     // Loads the window and finishes launching; the names each manager then holds, by type.
     QStringList launch()
@@ -62,8 +62,8 @@ TEST_F(AppControllerTest, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist
     EXPECT_FALSE(ctx.manager(TypeAU)->itemAt(0)->isActive());
     EXPECT_TRUE(QFileInfo::exists(alpha));
     // A missing file and an empty default both become "no set", silently.
-    EXPECT_EQ(ctx.pref()->getDefaultSet(TypeRTAS), QString("no set"));
-    EXPECT_EQ(ctx.pref()->getDefaultSet(TypeMAS), QString("no set"));
+    EXPECT_EQ(ctx.pref()->defaultSet(TypeRTAS), QString("no set"));
+    EXPECT_EQ(ctx.pref()->defaultSet(TypeMAS), QString("no set"));
     EXPECT_TRUE(ui.alerts.isEmpty() && ui.missingItemsLists.isEmpty());
 }
 
@@ -77,7 +77,7 @@ TEST_F(AppControllerTest, SwitchedOffTypesAreNotScannedAndKeepTheirGroupsAtQuit)
     const QString gone = homePath("Documents/Gone.rtaskorv");
     ctx.pref()->setDefaultSet(TypeRTAS, gone);
     EXPECT_EQ(launch(), QStringList({"Alpha.component", "Delta.vst"}));
-    EXPECT_EQ(ctx.pref()->getDefaultSet(TypeRTAS), gone); // a switched-off type gets no set
+    EXPECT_EQ(ctx.pref()->defaultSet(TypeRTAS), gone); // a switched-off type gets no set
     ctx.main()->saveState();
     // A format that was never scanned knows no plug-ins: its groups stay as they were.
     EXPECT_EQ(PropertyList::readArray(support + "rtasgroups.plist"), rtasGroups);
@@ -117,10 +117,10 @@ TEST_F(AppControllerTest, TheContextInstallsEveryControllerWhileItLivesAndNothin
 {
     AppContext &ctx = makeContext();
     EXPECT_EQ(AppServices::instance(), ctx.main()); // one controller behind both accessors
-    EXPECT_EQ(SharedInstance<MyPrefObj>::peek(), ctx.pref());
+    EXPECT_EQ(SharedInstance<Preferences>::peek(), ctx.pref());
     context.reset();
     EXPECT_EQ(SharedInstance<AppServices>::peek(), nullptr);
-    EXPECT_EQ(SharedInstance<MyPrefObj>::peek(), nullptr);
+    EXPECT_EQ(SharedInstance<Preferences>::peek(), nullptr);
     // Nothing is made on demand: asking with nothing installed is a mistake that stops the program.
     EXPECT_DEATH(AppController::instance(), "asked for before an AppContext installed one");
 }
@@ -183,14 +183,14 @@ TEST_F(AppControllerTest, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStays
     main->showArchitectureColumn(TypeAU, true);
     EXPECT_TRUE(context->manager(TypeAU)->columns().contains("AUType"));
     EXPECT_FALSE(context->manager(TypeVST)->columns().contains("AUType"));
-    context->pref()->defaults()->setObject("MASType", true);
-    context->pref()->awakeFromNib();
+    context->pref()->store()->setValue("MASType", true);
+    context->pref()->prepareWindow();
     EXPECT_EQ(context->manager(TypeMAS)->columns().count("AUType"), 1);
 
     // The On box of a format's preferences tab, clicked.
     const auto click = [&](int type, bool on) {
-        context->pref()->controls.selectedTab = type + 1;
-        context->pref()->controls.types[type].on = on;
+        context->pref()->form.selectedTab = type + 1;
+        context->pref()->form.pages[type].on = on;
         main->showSelectedFormatTab(on);
         return main->tabIdentifiers();
     };
@@ -201,7 +201,7 @@ TEST_F(AppControllerTest, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStays
     EXPECT_EQ(main->activeType(), TypeRTAS); // an insertion leaves the front alone
     main->setActiveType(7);
     EXPECT_EQ(main->activeType(), TypeRTAS);
-    context->pref()->controls.selectedTab = 0; // outside the format tabs "off" removes the first
+    context->pref()->form.selectedTab = 0; // outside the format tabs "off" removes the first
     main->showSelectedFormatTab(false);
     EXPECT_EQ(main->tabIdentifiers(), QStringList({"tabRTAS", "tabMAS", "tabVST"}));
 

@@ -4,7 +4,7 @@
 #include "gui/table/PluginItemDelegate.h"
 #include "gui/table/PluginTableModel.h"
 #include "managers/FormatManager.h"
-#include "panels/MyPrefObj.h"
+#include "panels/Preferences.h"
 #include "platform/SharedInstances.h"
 #include "platform/Texts.h"
 
@@ -56,7 +56,7 @@ QStringList localPaths(const QMimeData *data)
 } // namespace
 
 PluginTableView::PluginTableView(FormatManager &manager, QWidget *parent)
-    : QTableView(parent), m_manager(manager), m_prefs(SharedInstance<MyPrefObj>::peek())
+    : QTableView(parent), m_manager(manager), m_prefs(SharedInstance<Preferences>::peek())
 {
     // The view stops listening before the model hears of a change, so that what the selection
     // model does on the way never reaches the manager; afterwards the manager's selection is
@@ -269,9 +269,9 @@ void PluginTableView::restoreColumns()
         const int fits = header->fontMetrics().horizontalAdvance(title) + 28;
         header->resizeSection(logical, std::max(defaultWidth(m_model->identifier(logical)), fits));
     }
-    if (m_prefs && m_prefs->defaults()) {
+    if (m_prefs && m_prefs->store()) {
         int visual = 0;
-        const QVariantList stored = m_prefs->defaults()->object(columnsKey()).toList();
+        const QVariantList stored = m_prefs->store()->value(columnsKey()).toList();
         for (const QVariant &entry : stored) {
             const QVariantMap column = entry.toMap();
             const int logical = m_model->columnOf(column.value(kIdentifier).toString());
@@ -295,9 +295,9 @@ void PluginTableView::scheduleColumnsSave()
 void PluginTableView::saveColumns()
 {
     m_saveColumns.stop();
-    if (!m_prefs || !m_prefs->defaults())
+    if (!m_prefs || !m_prefs->store())
         return;
-    UserDefaults &defaults = *m_prefs->defaults();
+    PreferenceStore &store = *m_prefs->store();
     const QHeaderView *header = horizontalHeader();
     QVariantList columns;
     QStringList present;
@@ -310,7 +310,7 @@ void PluginTableView::saveColumns()
         columns << QVariantMap{{kIdentifier, id}, {kWidth, header->sectionSize(logical)}};
     }
     // A column hidden now keeps its width for when it is shown again.
-    const QVariantList stored = defaults.object(columnsKey()).toList();
+    const QVariantList stored = store.value(columnsKey()).toList();
     for (const QVariant &entry : stored) {
         const QString id = entry.toMap().value(kIdentifier).toString();
         if (!id.isEmpty() && !present.contains(id)) {
@@ -319,7 +319,7 @@ void PluginTableView::saveColumns()
         }
     }
     if (columns != stored)
-        defaults.setObject(columnsKey(), columns);
+        store.setValue(columnsKey(), columns);
 }
 
 void PluginTableView::hideEvent(QHideEvent *event)

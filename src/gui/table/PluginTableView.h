@@ -8,7 +8,7 @@ class QDragMoveEvent;
 
 namespace korvane {
 
-class MyPrefObj;
+class Preferences;
 class PluginFilterProxy;
 class PluginTableModel;
 class FormatManager;
@@ -60,7 +60,7 @@ private:
     FormatManager &m_manager;
     PluginTableModel *m_model = nullptr;
     PluginFilterProxy *m_proxy = nullptr;
-    QPointer<MyPrefObj> m_prefs;
+    QPointer<Preferences> m_prefs;
     QTimer m_saveColumns;
     bool m_syncing = false;         // the selection or sort indicator is being set from the manager
     bool m_restoring = false;       // the header is being laid out from the preferences

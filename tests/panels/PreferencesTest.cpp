@@ -1,4 +1,4 @@
-#include "panels/MyPrefObj.h"
+#include "panels/Preferences.h"
 #include "panels/MyInfoObj.h"
 
 #include "app/ServicesFixture.h"
@@ -18,23 +18,23 @@ const QString kPlist = QStringLiteral("Library/Preferences/com.velmora.Korvane.p
 // from disk again.
 class PanelsTest : public ServicesFixture {
 protected:
-    MyPrefObj *launch()
+    Preferences *launch()
     {
         pref.reset();
         services = std::make_unique<AppServices>(parts());
-        return (pref = std::make_unique<MyPrefObj>(*services)).get();
+        return (pref = std::make_unique<Preferences>(*services)).get();
     }
     QVariantMap stored() const
     {
         return PropertyList::readDictionary(homePath(kPlist)).value_or(QVariantMap());
     }
     std::unique_ptr<AppServices> services;
-    std::unique_ptr<MyPrefObj> pref;
+    std::unique_ptr<Preferences> pref;
 };
 
-using MyPrefObjTest = PanelsTest;
+using PreferencesTest = PanelsTest;
 
-TEST_F(MyPrefObjTest, FirstLaunchSeedsOrCopiesAReadableMachineWideFileOrLeavesAllOff)
+TEST_F(PreferencesTest, FirstLaunchSeedsOrCopiesAReadableMachineWideFileOrLeavesAllOff)
 {
     launch();
     const QVariantMap seed = stored(); // every format on, but no AUScanSubfolders
@@ -47,7 +47,7 @@ TEST_F(MyPrefObjTest, FirstLaunchSeedsOrCopiesAReadableMachineWideFileOrLeavesAl
     for (const QByteArray &bytes : {unreadable, PropertyList::toXml(machineWide)}) {
         QFile::remove(homePath(kPlist));
         writeText(rootPath(kPlist), bytes);
-        EXPECT_EQ(launch()->isTypeActive(TypeAU), bytes == unreadable); // never seeded
+        EXPECT_EQ(launch()->isFormatOn(TypeAU), bytes == unreadable); // never seeded
         EXPECT_EQ(stored(), bytes == unreadable ? seed : machineWide);
         EXPECT_EQ(readText(rootPath(kPlist)).toUtf8(), bytes);
     }
@@ -59,18 +59,18 @@ TEST_F(MyPrefObjTest, FirstLaunchSeedsOrCopiesAReadableMachineWideFileOrLeavesAl
         GTEST_SKIP() << "chattr +i not supported here";
     launch();
     for (int type = 0; type < 4; ++type)
-        EXPECT_FALSE(pref->isTypeActive(type) || pref->getDefaultSet(type) != QString()) << type;
+        EXPECT_FALSE(pref->isFormatOn(type) || pref->defaultSet(type) != QString()) << type;
     EXPECT_FALSE(QFile::exists(homePath(kPlist)));
 }
 
-TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsentOrLeftWhereItCannotBe)
+TEST_F(PreferencesTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsentOrLeftWhereItCannotBe)
 {
     const QString folder = homePath("Library/Preferences");
     const QByteArray damaged("bplist00\0\xff\x13", 11);
     writeText(rootPath(kPlist), PropertyList::toXml(QVariantMap{{"VSTOn", true}}));
     writeText(homePath(kPlist), damaged);
     SystemLogCapture log;
-    EXPECT_FALSE(launch()->isTypeActive(TypeAU)); // copied from the machine-wide file
+    EXPECT_FALSE(launch()->isFormatOn(TypeAU)); // copied from the machine-wide file
     EXPECT_EQ(stored(), QVariantMap({{"VSTOn", true}}));
     const QStringList kept = QDir(folder).entryList({"com.velmora.Korvane.plist.damaged-*"});
     ASSERT_EQ(kept.size(), 1);
@@ -88,14 +88,14 @@ TEST_F(MyPrefObjTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsentOrLeftWhereItC
         GTEST_SKIP() << "chattr +i not supported here";
     launch()->setDefaultType(TypeVST); // as at quit
     EXPECT_EQ(readText(homePath(kPlist)), "not a property list");
-    EXPECT_TRUE(pref->isTypeActive(TypeAU));
-    EXPECT_EQ(pref->getDefaultType(), TypeVST);
+    EXPECT_TRUE(pref->isFormatOn(TypeAU));
+    EXPECT_EQ(pref->defaultType(), TypeVST);
     // Said once, not at every write.
     EXPECT_EQ(log.lines().mid(1), QStringList{"Could not read " + homePath(kPlist)
                                               + " nor move it aside; left it as it is"});
 }
 
-TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged)
+TEST_F(PreferencesTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged)
 {
     launch()->setDefaultSet(TypeMAS, "/sets/a.maskorv");
     const QByteArray path = QFile::encodeName(homePath(kPlist));
@@ -106,23 +106,23 @@ TEST_F(MyPrefObjTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged)
     struct timespec times[2] = {before.st_atim, before.st_mtim};
     ASSERT_EQ(::utimensat(AT_FDCWD, path.constData(), times, 0), 0);
     // Same size and time: the cached values are what is read.
-    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/a.maskorv"));
+    EXPECT_EQ(pref->defaultSet(TypeMAS), QString("/sets/a.maskorv"));
     times[1].tv_nsec = (times[1].tv_nsec + 1) % 1000000000; // any change of time is a new version
     ASSERT_EQ(::utimensat(AT_FDCWD, path.constData(), times, 0), 0);
-    EXPECT_EQ(pref->getDefaultSet(TypeMAS), QString("/sets/b.maskorv"));
+    EXPECT_EQ(pref->defaultSet(TypeMAS), QString("/sets/b.maskorv"));
 
     // Another process (the command-line tool) replaces the file.
     ASSERT_TRUE(writePlist(homePath(kPlist), QVariantMap{{"MASOn", true}}));
-    EXPECT_TRUE(pref->isTypeActive(TypeMAS));
-    EXPECT_FALSE(pref->isTypeActive(TypeAU));
+    EXPECT_TRUE(pref->isFormatOn(TypeMAS));
+    EXPECT_FALSE(pref->isFormatOn(TypeAU));
 }
 
-TEST_F(MyPrefObjTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTheTab)
+TEST_F(PreferencesTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTheTab)
 {
     launch();
-    QVariantMap expected{{"SUCheckAtStartup", pref->controls.checkForUpdates = true}};
+    QVariantMap expected{{"SUCheckAtStartup", pref->form.checkForUpdates = true}};
     for (int type = 0; type < 4; ++type) {
-        PrefTypeControls &c = pref->controls.types[type];
+        PreferencesPage &c = pref->form.pages[type];
         const QString x = FormatTable::builtIn().at(type).prefix;
         expected[x + "DefaultSet"] = c.defaultSet = QString("/sets/%1").arg(type);
         expected[x + "ShowMessage"] = c.showMessage = type == 0;
@@ -130,44 +130,45 @@ TEST_F(MyPrefObjTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTheT
         expected[x + "On"] = c.on = type != 2;
         expected[x + "ShowContent"] = c.showContent = type == 3;
         expected[x + "MoveContent"] = c.moveContent = type == 0;
-        expected[x + "Type"] = c.type = type == 2;
+        expected[x + "Type"] = c.typeColumn = type == 2;
         c.scanSubfolders = type == 1;
         if (type != 0) // not shown for Audio Units, so never written
             expected[x + "ScanSubfolders"] = c.scanSubfolders;
     }
-    EXPECT_TRUE(pref->windowShouldClose());
+    EXPECT_TRUE(pref->closeWindow());
     EXPECT_EQ(stored(), expected);
 
     QList<QPair<int, bool>> asked;
-    QObject::connect(pref.get(), &MyPrefObj::showPlattformRequested, [&](int type, bool show) {
-        asked.append({type, show});
-    });
-    pref->controls = PrefControls();
-    pref->awakeFromNib(); // every control back from the store...
-    pref->updatePrefs();  // ...and out again unchanged
+    QObject::connect(pref.get(), &Preferences::architectureColumnRequested,
+                     [&](int type, bool show) {
+                         asked.append({type, show});
+                     });
+    pref->form = PreferencesForm();
+    pref->prepareWindow(); // every control back from the store...
+    pref->storeForm();     // ...and out again unchanged
     EXPECT_EQ(stored(), expected);
     EXPECT_EQ(asked, (QList<QPair<int, bool>>{{0, false}, {1, false}, {2, true}, {3, false}}));
 
     // A type out of range reads as off and stores nothing; Audio Units never scan subfolders.
     pref->setDefaultSet(4, "/tmp/x.aukorv");
-    pref->defaults()->setObjects({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
-    EXPECT_FALSE(pref->getDefaultSet(4) || pref->scanSubpaths(-1) || pref->scanSubpaths(0));
+    pref->store()->setValues({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
+    EXPECT_FALSE(pref->defaultSet(4) || pref->scansSubfolders(-1) || pref->scansSubfolders(0));
     EXPECT_FALSE(stored().contains("DefaultSet"));
 
     // The set chooser asks for the extension of the tab in front, and stores the window even
     // when cancelled; a tab without a format restricts nothing and keeps nothing.
-    pref->controls.selectedTab = 2;
-    pref->controls.types[1].moveContent = true;
-    pref->setDefault();
+    pref->form.selectedTab = 2;
+    pref->form.pages[1].moveContent = true;
+    pref->chooseDefaultSet();
     EXPECT_EQ(ui.openPanels.value(0).allowedTypes, QStringList{"rtaskorv"});
     EXPECT_EQ(stored().value("RTASMoveContent"), QVariant(true));
     ui.openPanelAnswers << QString("/sets/new.rtaskorv") << QString("/sets/other.vstkorv");
-    pref->setDefault();
-    pref->controls.selectedTab = 0;
-    pref->setDefault();
+    pref->chooseDefaultSet();
+    pref->form.selectedTab = 0;
+    pref->chooseDefaultSet();
     EXPECT_TRUE(ui.openPanels.value(2).allowedTypes.isEmpty());
-    EXPECT_EQ(pref->getDefaultSet(1), QString("/sets/new.rtaskorv"));
-    EXPECT_EQ(pref->getDefaultSet(3), QString("/sets/3"));
+    EXPECT_EQ(pref->defaultSet(1), QString("/sets/new.rtaskorv"));
+    EXPECT_EQ(pref->defaultSet(3), QString("/sets/3"));
 }
 
 TEST_F(PanelsTest, InfoPanelFallsBackToTheNameAndReadsTheContentPreferenceOfTheTabInFront)
@@ -191,7 +192,7 @@ TEST_F(PanelsTest, InfoPanelFallsBackToTheNameAndReadsTheContentPreferenceOfTheT
 
     // Whether the content list shows is read again at every show, for the tab in front.
     EXPECT_FALSE(info.shouldDisplayContent());
-    pref->defaults()->setObject("RTASShowContent", true);
+    pref->store()->setValue("RTASShowContent", true);
     services->setActiveType(1);
     info.showInfo(nullptr);
     EXPECT_TRUE(info.shouldDisplayContent());

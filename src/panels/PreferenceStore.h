@@ -13,23 +13,23 @@ namespace korvane {
 class AppServices;
 class FileOperations;
 
-// The application's defaults domain, kept in one plist file. The file is parsed again only when
+// The program's preferences, kept in one property list file. The file is parsed again only when
 // it changed on disk, so the command-line tool and the program still share one store; every write
 // rewrites it atomically. A write that fails stays in memory for as long as the file is unchanged.
-class UserDefaults {
+class PreferenceStore {
 public:
     // path expanded; log, when given, also hears of a damaged file being kept aside.
-    UserDefaults(const QString &path, FileOperations &files, AppServices *log = nullptr);
+    PreferenceStore(const QString &path, FileOperations &files, AppServices *log = nullptr);
     QString path() const { return m_path; }
 
     bool contains(const QString &key) const;
-    QVariant object(const QString &key) const;
-    bool boolForKey(const QString &key) const;                 // missing: NO
-    qint64 integerForKey(const QString &key) const;            // missing: 0
-    QString stringForKey(const QString &key) const;            // missing: null string
-    void setObject(const QString &key, const QVariant &value); // an invalid value removes the key
-    void setObjects(const QList<QPair<QString, QVariant>> &values); // one write for many keys
-    QVariantMap dictionary() const; // empty when the file is missing or unreadable
+    QVariant value(const QString &key) const;
+    bool boolValue(const QString &key) const;                 // missing: false
+    qint64 intValue(const QString &key) const;                // missing: 0
+    QString stringValue(const QString &key) const;            // missing: null string
+    void setValue(const QString &key, const QVariant &value); // an invalid value removes the key
+    void setValues(const QList<QPair<QString, QVariant>> &values); // one write for many keys
+    QVariantMap values() const; // empty when the file is missing or unreadable
     // The file is there but holds no dictionary.
     bool isDamaged() const;
     // Moves a damaged file aside and says so in the logs; true when the path is now free of one.

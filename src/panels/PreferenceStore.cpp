@@ -1,4 +1,4 @@
-#include "panels/UserDefaults.h"
+#include "panels/PreferenceStore.h"
 
 #include "app/AppServices.h"
 #include "platform/FileOperations.h"
@@ -9,8 +9,8 @@
 namespace korvane {
 
 namespace {
-// NSString's boolValue: after white space and an optional sign, "Y", "y", "T", "t" or a digit
-// other than zero (leading zeros skipped) reads as YES.
+// A text stored for a flag: after white space and an optional sign, "Y", "y", "T", "t" or a digit
+// other than zero (leading zeros skipped) reads as on, as the first versions wrote and read it.
 bool stringBool(const QString &text)
 {
     int i = 0;
@@ -41,12 +41,12 @@ bool isNumber(const QVariant &value)
 }
 } // namespace
 
-UserDefaults::UserDefaults(const QString &path, FileOperations &files, AppServices *log)
+PreferenceStore::PreferenceStore(const QString &path, FileOperations &files, AppServices *log)
     : m_path(path), m_files(files), m_log(log)
 {
 }
 
-const QVariantMap &UserDefaults::cached() const
+const QVariantMap &PreferenceStore::cached() const
 {
     // The identity is taken before reading: a change in between only costs another read.
     const DataFile::Identity now = DataFile::identity(m_path);
@@ -60,18 +60,18 @@ const QVariantMap &UserDefaults::cached() const
     return m_values;
 }
 
-QVariantMap UserDefaults::dictionary() const
+QVariantMap PreferenceStore::values() const
 {
     return cached();
 }
 
-bool UserDefaults::isDamaged() const
+bool PreferenceStore::isDamaged() const
 {
     cached();
     return m_damaged;
 }
 
-bool UserDefaults::keepIfDamaged()
+bool PreferenceStore::keepIfDamaged()
 {
     if (!isDamaged())
         return true;
@@ -87,38 +87,38 @@ bool UserDefaults::keepIfDamaged()
     return kept;
 }
 
-bool UserDefaults::contains(const QString &key) const
+bool PreferenceStore::contains(const QString &key) const
 {
     return cached().contains(key);
 }
 
-QVariant UserDefaults::object(const QString &key) const
+QVariant PreferenceStore::value(const QString &key) const
 {
     return cached().value(key);
 }
 
-bool UserDefaults::boolForKey(const QString &key) const
+bool PreferenceStore::boolValue(const QString &key) const
 {
-    const QVariant value = object(key);
-    if (value.typeId() == QMetaType::Bool)
-        return value.toBool();
-    if (isNumber(value))
-        return value.toDouble() != 0;
-    if (value.typeId() == QMetaType::QString)
-        return stringBool(value.toString());
+    const QVariant stored = value(key);
+    if (stored.typeId() == QMetaType::Bool)
+        return stored.toBool();
+    if (isNumber(stored))
+        return stored.toDouble() != 0;
+    if (stored.typeId() == QMetaType::QString)
+        return stringBool(stored.toString());
     return false;
 }
 
-qint64 UserDefaults::integerForKey(const QString &key) const
+qint64 PreferenceStore::intValue(const QString &key) const
 {
-    const QVariant value = object(key);
-    if (value.typeId() == QMetaType::Bool)
-        return value.toBool() ? 1 : 0;
-    if (isNumber(value))
-        return value.toLongLong();
-    if (value.typeId() == QMetaType::QString) {
-        // Like integerValue: the leading number, 0 when there is none.
-        const QString text = value.toString().trimmed();
+    const QVariant stored = value(key);
+    if (stored.typeId() == QMetaType::Bool)
+        return stored.toBool() ? 1 : 0;
+    if (isNumber(stored))
+        return stored.toLongLong();
+    if (stored.typeId() == QMetaType::QString) {
+        // The leading number, 0 when there is none.
+        const QString text = stored.toString().trimmed();
         int end = 0;
         if (end < text.size() && (text.at(end) == u'+' || text.at(end) == u'-'))
             ++end;
@@ -129,22 +129,22 @@ qint64 UserDefaults::integerForKey(const QString &key) const
     return 0;
 }
 
-QString UserDefaults::stringForKey(const QString &key) const
+QString PreferenceStore::stringValue(const QString &key) const
 {
-    const QVariant value = object(key);
-    if (value.typeId() == QMetaType::QString)
-        return value.toString();
-    if (isNumber(value))
-        return value.toString();
+    const QVariant stored = value(key);
+    if (stored.typeId() == QMetaType::QString)
+        return stored.toString();
+    if (isNumber(stored))
+        return stored.toString();
     return QString();
 }
 
-void UserDefaults::setObject(const QString &key, const QVariant &value)
+void PreferenceStore::setValue(const QString &key, const QVariant &value)
 {
-    setObjects({{key, value}});
+    setValues({{key, value}});
 }
 
-void UserDefaults::setObjects(const QList<QPair<QString, QVariant>> &values)
+void PreferenceStore::setValues(const QList<QPair<QString, QVariant>> &values)
 {
     QVariantMap map = cached();
     for (const auto &[key, value] : values) {
@@ -165,7 +165,7 @@ void UserDefaults::setObjects(const QList<QPair<QString, QVariant>> &values)
     m_loaded = true;
 }
 
-bool UserDefaults::createFolders(const QString &folder)
+bool PreferenceStore::createFolders(const QString &folder)
 {
     FileOperations &files = m_files;
     if (folder.isEmpty() || files.isDirectory(folder))
