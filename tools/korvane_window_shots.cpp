@@ -10,7 +10,7 @@
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
 #include "managers/FormatManager.h"
-#include "panels/MyAboutObj.h"
+#include "panels/AboutText.h"
 #include "panels/Preferences.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"

@@ -27,7 +27,10 @@ public:
     int runAlert(const Alert &alert) override;
     std::optional<QString> runSavePanel(const SavePanelRequest &) override { return std::nullopt; }
     std::optional<QString> runOpenPanel(const OpenPanelRequest &) override { return std::nullopt; }
-    int runMissingItems(const QString &) override { return 1; }
+    MissingItemsAnswer runMissingItems(const QString &) override
+    {
+        return MissingItemsAnswer::Ignore;
+    }
     void progressBegin(const QString &title) override;
     void progressText(const QString &upper) override;
     void progressDetail(const QString &) override {}

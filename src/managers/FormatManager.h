@@ -19,14 +19,14 @@ class AppServices;
 class Locations;
 class UserInterface;
 class BLAuthentication;
-class MyMissingItems;
+class MissingItemsPrompt;
 class Preferences;
 
 // The controllers a manager works with, made by AppContext.
 struct ManagerParts {
     AppServices &services; // registries, undo, log, file errors; roots, files, interface, formats
     Preferences &prefs;
-    MyMissingItems &missingItems;
+    MissingItemsPrompt &missingItems;
     BLAuthentication &authentication;
 };
 

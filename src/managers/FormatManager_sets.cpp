@@ -5,7 +5,7 @@
 #include "app/AppServices.h"
 #include "app/PathChecks.h"
 #include "managers/SetDocument.h"
-#include "panels/MyMissingItems.h"
+#include "panels/MissingItemsPrompt.h"
 #include "panels/Preferences.h"
 #include "platform/FileOperations.h"
 #include "platform/Locations.h"
@@ -203,16 +203,16 @@ QStringList FormatManager::mergeItems(const QList<PluginPtr> &saved)
 
 void FormatManager::loadSet(const QString &path)
 {
-    MyMissingItems &missingItems = m_parts.missingItems;
-    missingItems.removeMissingItems();
+    MissingItemsPrompt &missingItems = m_parts.missingItems;
+    missingItems.clear();
     const QStringList missing = mergeSet(path);
     for (const QString &name : missing)
-        missingItems.addMissingItem(name);
+        missingItems.add(name);
 
     setCurrentSetName(path);
 
     if (!missing.isEmpty()) {
-        if (missingItems.showMissingItems() == 2)
+        if (missingItems.ask() == MissingItemsAnswer::Remove)
             saveSet(); // rewrites the document from the current list, without the missing entries
         else
             selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));

@@ -1,9 +1,9 @@
 #include "shell/AppContext.h"
 
 #include "managers/FormatManager.h"
-#include "panels/MyAboutObj.h"
-#include "panels/MyInfoObj.h"
-#include "panels/MyMissingItems.h"
+#include "panels/AboutText.h"
+#include "panels/InfoPanelModel.h"
+#include "panels/MissingItemsPrompt.h"
 #include "panels/Preferences.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/SharedInstances.h"
@@ -31,7 +31,7 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
     const RunParts run{m_locations, *m_files, *m_ui, m_formats};
     m_main = std::make_unique<AppController>(run);
     m_pref = std::make_unique<Preferences>(*m_main); // runs seedDefaults
-    m_missingItems = std::make_unique<MyMissingItems>(*m_ui);
+    m_missingItems = std::make_unique<MissingItemsPrompt>(*m_ui);
     m_authentication = std::make_unique<BLAuthentication>(*m_authorization, *m_ui);
     const ManagerParts managerParts{*m_main, *m_pref, *m_missingItems, *m_authentication};
     for (const Format &format : m_formats) {
@@ -41,8 +41,8 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
     m_main->setControllers(m_pref.get(), m_managerList);
 
     // The info panel follows the tables; the managers only announce.
-    m_info = std::make_unique<MyInfoObj>(*m_main, *m_pref);
-    MyInfoObj *info = m_info.get();
+    m_info = std::make_unique<InfoPanelModel>(*m_main, *m_pref);
+    InfoPanelModel *info = m_info.get();
     for (FormatManager *manager : std::as_const(m_managerList)) {
         QObject::connect(manager, &FormatManager::rowSelected, info, [info](const PluginPtr &item) {
             if (info->isVisible())
@@ -50,13 +50,13 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
         });
         QObject::connect(manager, &FormatManager::infoRequested, info,
                          [info](const PluginPtr &item, bool showContent) {
-                             info->setDisplayContent(showContent);
+                             info->setShowsContent(showContent);
                              if (item)
                                  info->showInfo(item);
                          });
     }
     m_script = std::make_unique<LumoScript>(*m_main, m_managerList);
-    m_about = std::make_unique<MyAboutObj>();
+    m_about = std::make_unique<AboutText>();
     install();
 
     if (parts.prepareWindow)
@@ -91,20 +91,14 @@ void AppContext::install()
 {
     AppController::install(m_main.get());
     SharedInstance<Preferences>::install(m_pref.get());
-    SharedInstance<MyInfoObj>::install(m_info.get());
-    SharedInstance<MyMissingItems>::install(m_missingItems.get());
     SharedInstance<BLAuthentication>::install(m_authentication.get());
     SharedInstance<LumoScript>::install(m_script.get());
-    SharedInstance<MyAboutObj>::install(m_about.get());
 }
 
 void AppContext::uninstall()
 {
-    SharedInstance<MyAboutObj>::uninstall(m_about.get());
     SharedInstance<LumoScript>::uninstall(m_script.get());
     SharedInstance<BLAuthentication>::uninstall(m_authentication.get());
-    SharedInstance<MyMissingItems>::uninstall(m_missingItems.get());
-    SharedInstance<MyInfoObj>::uninstall(m_info.get());
     SharedInstance<Preferences>::uninstall(m_pref.get());
     SharedInstance<AppController>::uninstall(m_main.get());
     SharedInstance<AppServices>::uninstall(m_main.get());

@@ -16,9 +16,9 @@ class BLAuthentication;
 class FileOperations;
 class FormatManager;
 class LumoScript;
-class MyAboutObj;
-class MyInfoObj;
-class MyMissingItems;
+class AboutText;
+class InfoPanelModel;
+class MissingItemsPrompt;
 class Preferences;
 class UserInterface;
 
@@ -54,11 +54,11 @@ public:
     Preferences *pref() const { return m_pref.get(); }
     const QList<FormatManager *> &managers() const { return m_managerList; }
     FormatManager *manager(int type) const { return m_managerList.value(type); }
-    MyInfoObj *info() const { return m_info.get(); }
-    MyMissingItems *missingItems() const { return m_missingItems.get(); }
+    InfoPanelModel *info() const { return m_info.get(); }
+    MissingItemsPrompt *missingItems() const { return m_missingItems.get(); }
     BLAuthentication *authentication() const { return m_authentication.get(); }
     LumoScript *script() const { return m_script.get(); }
-    MyAboutObj *about() const { return m_about.get(); }
+    AboutText *about() const { return m_about.get(); }
 
 private:
     void install();
@@ -75,13 +75,13 @@ private:
 
     std::unique_ptr<AppController> m_main;
     std::unique_ptr<Preferences> m_pref;
-    std::unique_ptr<MyMissingItems> m_missingItems;
+    std::unique_ptr<MissingItemsPrompt> m_missingItems;
     std::unique_ptr<BLAuthentication> m_authentication;
     std::vector<std::unique_ptr<FormatManager>> m_managers;
     QList<FormatManager *> m_managerList;
-    std::unique_ptr<MyInfoObj> m_info;
+    std::unique_ptr<InfoPanelModel> m_info;
     std::unique_ptr<LumoScript> m_script;
-    std::unique_ptr<MyAboutObj> m_about;
+    std::unique_ptr<AboutText> m_about;
 };
 
 } // namespace korvane

@@ -29,6 +29,12 @@ enum AlertAnswer {
     AlertThird = 1002
 };
 
+// What the person decided about the plug-ins an opened set names that are not installed.
+enum class MissingItemsAnswer {
+    Ignore, // the set stays as it is; also closing the dialog any other way
+    Remove, // the set is saved again without them
+};
+
 struct SavePanelRequest {
     QString directory; // expanded
     QString fileName;  // proposed name
@@ -52,8 +58,7 @@ public:
     virtual int runAlert(const Alert &alert) = 0;
     virtual std::optional<QString> runSavePanel(const SavePanelRequest &request) = 0;
     virtual std::optional<QString> runOpenPanel(const OpenPanelRequest &request) = 0;
-    // 1 ignore, 2 remove.
-    virtual int runMissingItems(const QString &list) = 0;
+    virtual MissingItemsAnswer runMissingItems(const QString &list) = 0;
 
     // The progress panel: a title, an upper and a lower line, and a bar.
     virtual void progressBegin(const QString &title) = 0;
@@ -79,7 +84,10 @@ public:
     int runAlert(const Alert &alert) override;
     std::optional<QString> runSavePanel(const SavePanelRequest &) override { return std::nullopt; }
     std::optional<QString> runOpenPanel(const OpenPanelRequest &) override { return std::nullopt; }
-    int runMissingItems(const QString &) override { return 1; }
+    MissingItemsAnswer runMissingItems(const QString &) override
+    {
+        return MissingItemsAnswer::Ignore;
+    }
     void progressBegin(const QString &) override {}
     void progressText(const QString &) override {}
     void progressDetail(const QString &) override {}

@@ -157,7 +157,8 @@ TEST_F(QtUiTest, MissingItemsListsNamesAsTheyAreAndEscapeIgnoresThem)
         press(dialog, Qt::Key_Escape);
     });
     QtUi ui;
-    EXPECT_EQ(ui.runMissingItems(list), 1); // ignore: nothing is taken out of the set
+    EXPECT_EQ(ui.runMissingItems(list),
+              MissingItemsAnswer::Ignore); // nothing is taken out of the set
     EXPECT_EQ(shown, list);
 }
 

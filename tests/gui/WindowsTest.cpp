@@ -7,7 +7,7 @@
 #include "gui/windows/LaunchScriptPanel.h"
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
-#include "panels/MyInfoObj.h"
+#include "panels/InfoPanelModel.h"
 #include "platform/PropertyList.h"
 #include "shell/LumoScript.h"
 

@@ -3,7 +3,7 @@
 #include "PluginLibraryBuilder.h"
 #include "app/AppServices.h"
 #include "managers/FormatManager.h"
-#include "panels/MyMissingItems.h"
+#include "panels/MissingItemsPrompt.h"
 #include "panels/Preferences.h"
 #include "platform/Bundle.h"
 #include "privileged/BLAuthentication.h"
@@ -33,7 +33,7 @@ struct ManagersOfOneRun {
     NullAuthorizationBackend allowAll;
     AppServices services;
     Preferences pref;
-    MyMissingItems missingItems;
+    MissingItemsPrompt missingItems;
     BLAuthentication authentication;
     ManagerParts parts;
     FormatManager au;

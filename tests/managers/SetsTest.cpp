@@ -155,7 +155,7 @@ TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
     EXPECT_EQ(ui.missingItemsLists, QStringList({"Foo.component"}));
     EXPECT_EQ(au->selectedSetIndex(), 0);
     EXPECT_EQ(SetDocument::read(path).size(), 5);
-    ui.missingItemsAnswers << 2;
+    ui.missingItemsAnswers << MissingItemsAnswer::Remove;
     au->openDefaultSet(path);
     EXPECT_EQ(SetDocument::read(path).size(), 4);
     EXPECT_EQ(au->selectedSetIndex(), 1);

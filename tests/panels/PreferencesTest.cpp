@@ -1,5 +1,5 @@
 #include "panels/Preferences.h"
-#include "panels/MyInfoObj.h"
+#include "panels/InfoPanelModel.h"
 
 #include "app/ServicesFixture.h"
 #include "platform/PropertyList.h"
@@ -174,8 +174,8 @@ TEST_F(PreferencesTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTh
 TEST_F(PanelsTest, InfoPanelFallsBackToTheNameAndReadsTheContentPreferenceOfTheTabInFront)
 {
     launch();
-    MyInfoObj info(*services, *pref);
-    info.deleteContent(0); // no item yet: nothing to remove
+    InfoPanelModel info(*services, *pref);
+    info.removeContentAt(0); // no item yet: nothing to remove
     // Bundles without an Info.plist, or with a damaged one.
     const QString folder = homePath("Library/Audio/Plug-Ins/Components");
     QDir().mkpath(folder + "/Plain.component/Contents");
@@ -191,13 +191,13 @@ TEST_F(PanelsTest, InfoPanelFallsBackToTheNameAndReadsTheContentPreferenceOfTheT
     const PluginPtr shown = info.item();
 
     // Whether the content list shows is read again at every show, for the tab in front.
-    EXPECT_FALSE(info.shouldDisplayContent());
+    EXPECT_FALSE(info.showsContent());
     pref->store()->setValue("RTASShowContent", true);
     services->setActiveType(1);
     info.showInfo(nullptr);
-    EXPECT_TRUE(info.shouldDisplayContent());
+    EXPECT_TRUE(info.showsContent());
     EXPECT_EQ(info.item(), shown); // null keeps the item shown
-    EXPECT_TRUE(info.windowShouldClose());
+    EXPECT_TRUE(info.closeWindow());
     EXPECT_FALSE(info.isVisible());
 }
 

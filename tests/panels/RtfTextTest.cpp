@@ -1,5 +1,5 @@
 #include "panels/RtfText.h"
-#include "panels/MyAboutObj.h"
+#include "panels/AboutText.h"
 
 #include "support/TestRoots.h"
 
@@ -47,11 +47,11 @@ TEST(RtfTextTest, ConvertsTheSubsetAndSurvivesMalformedBytes)
         EXPECT_EQ(RtfText::toHtml(rtf), html) << rtf.left(80).toStdString();
 }
 
-TEST(MyAboutObjTest, ShippedAboutTextIsAHeadingAndThreeParagraphs)
+TEST(AboutTextTest, ShippedAboutTextIsAHeadingAndThreeParagraphs)
 {
-    MyAboutObj about;
+    AboutText about;
     qputenv("KORVANE_RESOURCES", KORVANE_TEST_DATA "/../../resources");
-    about.openAbout();
+    about.open();
     qunsetenv("KORVANE_RESOURCES");
     const QString out = about.html();
     EXPECT_TRUE(out.startsWith(R"(<p><b><span style="font-size:14pt">Korvane</span></b></p><p>)"))

@@ -17,7 +17,7 @@ public:
     QQueue<int> alertAnswers;
     QQueue<std::optional<QString>> savePanelAnswers; // empty queue: cancel
     QQueue<std::optional<QString>> openPanelAnswers;
-    QQueue<int> missingItemsAnswers; // empty queue: 1
+    QQueue<MissingItemsAnswer> missingItemsAnswers; // empty queue: Ignore
 
     QList<Alert> alerts;
     QList<SavePanelRequest> savePanels;
@@ -52,9 +52,9 @@ public:
     {
         return openPanels << request, next(openPanelAnswers, {});
     }
-    int runMissingItems(const QString &list) override
+    MissingItemsAnswer runMissingItems(const QString &list) override
     {
-        return missingItemsLists << list, next(missingItemsAnswers, 1);
+        return missingItemsLists << list, next(missingItemsAnswers, MissingItemsAnswer::Ignore);
     }
     void progressBegin(const QString &title) override { progressTitles << title; }
     void progressText(const QString &upper) override { progressTexts << upper; }

@@ -192,11 +192,11 @@ std::optional<QString> QtUi::runOpenPanel(const OpenPanelRequest &request)
     return dialog.selectedFiles().first();
 }
 
-int QtUi::runMissingItems(const QString &list)
+MissingItemsAnswer QtUi::runMissingItems(const QString &list)
 {
     MissingItemsDialog dialog(list, dialogParent());
-    return dialog.exec() == MissingItemsDialog::Remove ? MissingItemsDialog::Remove
-                                                       : MissingItemsDialog::Ignore;
+    return dialog.exec() == MissingItemsDialog::Remove ? MissingItemsAnswer::Remove
+                                                       : MissingItemsAnswer::Ignore;
 }
 
 void QtUi::progressBegin(const QString &title)

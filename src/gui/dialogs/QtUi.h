@@ -26,7 +26,7 @@ public:
     int runAlert(const Alert &alert) override;
     std::optional<QString> runSavePanel(const SavePanelRequest &request) override;
     std::optional<QString> runOpenPanel(const OpenPanelRequest &request) override;
-    int runMissingItems(const QString &list) override;
+    MissingItemsAnswer runMissingItems(const QString &list) override;
     void progressBegin(const QString &title) override;
     void progressText(const QString &upper) override;
     void progressDetail(const QString &lower) override;

@@ -10,7 +10,7 @@
 #include "gui/windows/UpdateCheckCommand.h"
 #include "managers/AudioUnitSolo.h"
 #include "managers/FormatManager.h"
-#include "panels/MyAboutObj.h"
+#include "panels/AboutText.h"
 #include "platform/Texts.h"
 #include "shell/AppContext.h"
 #include "shell/AppController.h"

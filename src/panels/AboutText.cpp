@@ -1,7 +1,6 @@
-#include "panels/MyAboutObj.h"
+#include "panels/AboutText.h"
 
 #include "panels/RtfText.h"
-#include "platform/SharedInstances.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -27,12 +26,7 @@ QStringList resourceCandidates()
 }
 } // namespace
 
-MyAboutObj *MyAboutObj::getAbout()
-{
-    return SharedInstance<MyAboutObj>::get();
-}
-
-void MyAboutObj::openAbout()
+void AboutText::open()
 {
     m_text.clear();
     m_html.clear();

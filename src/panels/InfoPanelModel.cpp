@@ -1,10 +1,9 @@
-#include "panels/MyInfoObj.h"
+#include "panels/InfoPanelModel.h"
 
 #include "app/AppServices.h"
 #include "panels/Preferences.h"
 #include "platform/Bundle.h"
 #include "platform/Locations.h"
-#include "platform/SharedInstances.h"
 #include "ui/UserInterface.h"
 
 namespace korvane {
@@ -26,59 +25,54 @@ QString infoString(const QVariantMap &info, const QString &key, const QString &f
 }
 } // namespace
 
-MyInfoObj::MyInfoObj(AppServices &services, Preferences &prefs)
+InfoPanelModel::InfoPanelModel(AppServices &services, Preferences &prefs)
     : m_services(services), m_prefs(prefs)
 {
 }
 
-MyInfoObj *MyInfoObj::getInfo()
-{
-    return SharedInstance<MyInfoObj>::get();
-}
-
-void MyInfoObj::showInfo(const PluginPtr &item)
+void InfoPanelModel::showInfo(const PluginPtr &item)
 {
     if (item) {
         const QString bundlePath = item->location() + QLatin1Char('/') + item->name();
         const QVariantMap info = Bundle::infoDictionary(bundlePath).value_or(QVariantMap());
-        etIFName = infoString(info, QStringLiteral("CFBundleName"), item->name());
-        etIFVersion = infoString(info, QStringLiteral("CFBundleVersion"), QStringLiteral("???"));
-        etIFInfo =
+        m_name = infoString(info, QStringLiteral("CFBundleName"), item->name());
+        m_version = infoString(info, QStringLiteral("CFBundleVersion"), QStringLiteral("???"));
+        m_info =
             infoString(info, QStringLiteral("CFBundleGetInfoString"), QString(QLatin1String("")));
-        pData = item;
+        m_item = item;
     }
     // The preference may have changed since the panel was last filled.
-    setDisplayContent(m_prefs.showsContent(m_services.activeType()));
-    bIsVisible = true;
+    setShowsContent(m_prefs.showsContent(m_services.activeType()));
+    m_visible = true;
     emit changed();
 }
 
-void MyInfoObj::setDisplayContent(bool display)
+void InfoPanelModel::setShowsContent(bool shows)
 {
-    bDisplayContent = display;
+    m_showsContent = shows;
     emit changed();
 }
 
-bool MyInfoObj::windowShouldClose()
+bool InfoPanelModel::closeWindow()
 {
-    bIsVisible = false;
+    m_visible = false;
     emit changed();
     return true;
 }
 
-int MyInfoObj::numberOfRowsInTableView() const
+int InfoPanelModel::rowCount() const
 {
-    return pData ? pData->contentCount() : 0;
+    return m_item ? m_item->contentCount() : 0;
 }
 
-QString MyInfoObj::objectValue(int row) const
+QString InfoPanelModel::data(int row) const
 {
-    if (row < 0 || row >= numberOfRowsInTableView())
+    if (row < 0 || row >= rowCount())
         return QString();
-    return pData->contentAt(row);
+    return m_item->contentAt(row);
 }
 
-void MyInfoObj::addContent()
+void InfoPanelModel::addContent()
 {
     OpenPanelRequest request;
     request.directory = m_services.locations().documentsFolder();
@@ -86,15 +80,15 @@ void MyInfoObj::addContent()
     request.canChooseDirectories = true;
     request.canCreateDirectories = false;
     const std::optional<QString> path = m_services.ui().runOpenPanel(request);
-    if (path && pData)
-        pData->addContent(*path);
+    if (path && m_item)
+        m_item->addContent(*path);
     emit changed();
 }
 
-void MyInfoObj::deleteContent(int selectedRow)
+void InfoPanelModel::removeContentAt(int selectedRow)
 {
-    if (selectedRow >= 0 && selectedRow < numberOfRowsInTableView())
-        pData->removeContent(selectedRow);
+    if (selectedRow >= 0 && selectedRow < rowCount())
+        m_item->removeContent(selectedRow);
     emit changed();
 }
 
