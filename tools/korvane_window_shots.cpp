@@ -17,7 +17,7 @@
 #include "platform/PropertyList.h"
 #include "shell/AppContext.h"
 #include "shell/AppController.h"
-#include "shell/LumoScript.h"
+#include "shell/LaunchScript.h"
 
 #include <QApplication>
 #include <QDir>
@@ -129,12 +129,12 @@ int main(int argc, char *argv[])
         ok &= save(panel, out + QStringLiteral("/about.png"));
     }
     {
-        LumoScript &script = *context.script();
-        script.setLayout(LumoScript::Layout::Shell);
+        LaunchScript &script = *context.script();
+        script.setLayout(LaunchScript::Layout::Shell);
         script.setToolPath(QStringLiteral("/usr/bin/KorvaneCMD"));
         LaunchScriptPanel panel(script, context.formats());
-        script.setSegmentSelected(TypeAU, true);
-        script.setSegmentSelected(TypeVST, true);
+        script.setFormatSelected(TypeAU, true);
+        script.setFormatSelected(TypeVST, true);
         script.setHostCommand(QStringLiteral("ardour8 \"Live Session\""));
         panel.hostCommand()->setText(script.hostCommand());
         panel.openScriptWindow();

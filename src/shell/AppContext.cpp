@@ -10,7 +10,7 @@
 #include "privileged/AuthorizationBackend.h"
 #include "privileged/BLAuthentication.h"
 #include "shell/AppController.h"
-#include "shell/LumoScript.h"
+#include "shell/LaunchScript.h"
 #include "ui/UserInterface.h"
 
 namespace korvane {
@@ -55,7 +55,7 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
                                  info->showInfo(item);
                          });
     }
-    m_script = std::make_unique<LumoScript>(*m_main, m_managerList);
+    m_script = std::make_unique<LaunchScript>(*m_main, m_managerList);
     m_about = std::make_unique<AboutText>();
     install();
 
@@ -92,12 +92,10 @@ void AppContext::install()
     AppController::install(m_main.get());
     SharedInstance<Preferences>::install(m_pref.get());
     SharedInstance<BLAuthentication>::install(m_authentication.get());
-    SharedInstance<LumoScript>::install(m_script.get());
 }
 
 void AppContext::uninstall()
 {
-    SharedInstance<LumoScript>::uninstall(m_script.get());
     SharedInstance<BLAuthentication>::uninstall(m_authentication.get());
     SharedInstance<Preferences>::uninstall(m_pref.get());
     SharedInstance<AppController>::uninstall(m_main.get());

@@ -15,7 +15,7 @@ class AuthorizationBackend;
 class BLAuthentication;
 class FileOperations;
 class FormatManager;
-class LumoScript;
+class LaunchScript;
 class AboutText;
 class InfoPanelModel;
 class MissingItemsPrompt;
@@ -57,7 +57,7 @@ public:
     InfoPanelModel *info() const { return m_info.get(); }
     MissingItemsPrompt *missingItems() const { return m_missingItems.get(); }
     BLAuthentication *authentication() const { return m_authentication.get(); }
-    LumoScript *script() const { return m_script.get(); }
+    LaunchScript *script() const { return m_script.get(); }
     AboutText *about() const { return m_about.get(); }
 
 private:
@@ -80,7 +80,7 @@ private:
     std::vector<std::unique_ptr<FormatManager>> m_managers;
     QList<FormatManager *> m_managerList;
     std::unique_ptr<InfoPanelModel> m_info;
-    std::unique_ptr<LumoScript> m_script;
+    std::unique_ptr<LaunchScript> m_script;
     std::unique_ptr<AboutText> m_about;
 };
 

@@ -9,7 +9,7 @@
 #include "gui/windows/PreferencesWindow.h"
 #include "panels/InfoPanelModel.h"
 #include "platform/PropertyList.h"
-#include "shell/LumoScript.h"
+#include "shell/LaunchScript.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -103,8 +103,8 @@ TEST_F(WindowsTest, LaunchScriptFollowsTheChosenFormatsAndIsSavedAsShown)
     makeContext();
     context->prepareWindow();
     context->manager(TypeVST)->selectSetIndex(1);
-    LumoScript *script = context->script();
-    script->setLayout(LumoScript::Layout::Shell);
+    LaunchScript *script = context->script();
+    script->setLayout(LaunchScript::Layout::Shell);
     script->setToolPath("/opt/korvane/KorvaneCMD");
     LaunchScriptPanel panel(*script, context->formats());
     panel.openScriptWindow();

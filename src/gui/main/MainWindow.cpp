@@ -14,7 +14,7 @@
 #include "platform/Texts.h"
 #include "shell/AppContext.h"
 #include "shell/AppController.h"
-#include "shell/LumoScript.h"
+#include "shell/LaunchScript.h"
 #include "ui/UserInterface.h"
 
 #include <QCloseEvent>
@@ -156,7 +156,7 @@ void MainWindow::makeFileMenu()
             [this] { m_main.saveSetAs(); });
     menu->addSeparator();
     addItem(menu, "miLaunchScript", korvane::tr("Launch Script..."),
-            [this] { m_context.script()->openScriptWindow(); });
+            [this] { m_context.script()->openWindow(); });
     menu->addSeparator();
     addItem(menu, "miQuit", korvane::tr("&Quit"), QKeySequence::Quit, [this] { close(); });
 }

@@ -14,28 +14,27 @@ class FormatManager;
 // The launch-script generator: a script that runs KorvaneCMD with the sets selected in the chosen
 // formats' managers, then starts the host. On macOS an AppleScript that brings Logic Pro to the
 // front; elsewhere a POSIX shell script that runs the host command line the user gave.
-class LumoScript : public QObject {
+class LaunchScript : public QObject {
     Q_OBJECT
 public:
     enum class Layout { AppleScript, Shell };
 
     // The managers give their selected sets, by type index.
-    LumoScript(AppServices &services, const QList<FormatManager *> &managers);
-    static LumoScript *getLumoScript();
+    LaunchScript(AppServices &services, const QList<FormatManager *> &managers);
 
     // $KORVANE_BUNDLE, else the application's folder, else the current folder.
     static QString bundlePath();
     static Layout platformLayout();
 
-    void openScriptWindow(); // builds silently, then shows the panel
-    void changeArgument();   // the segments changed: rebuild, telling about types without a set
-    void saveScript();       // asks for a file name, then savePanelDidEnd
-    void savePanelDidEnd(int returnCode, const QString &path);
+    void openWindow(); // builds silently, then shows the panel
+    void rebuild();    // the formats chosen changed: rebuild, telling about formats without a set
+    void saveScript(); // asks for a file name, then saveScript(path)
+    void saveScript(const QString &path);
 
-    // sctrlType: one independently selectable segment per format, by type index.
-    bool isSegmentSelected(int segment) const;
-    void setSegmentSelected(int segment, bool selected); // state only, as a click leaves it
-    QString script() const { return teScript; }
+    // The formats whose selected sets the script applies, each chosen on its own, by type index.
+    bool isFormatSelected(int type) const;
+    void setFormatSelected(int type, bool selected); // state only, as a click leaves it
+    QString script() const { return m_script; }
     void setScript(const QString &text); // the user edited the text view
     bool isWindowVisible() const { return m_visible; }
 
@@ -67,7 +66,7 @@ public:
 
 signals:
     void scriptChanged();
-    void segmentsChanged();
+    void selectedFormatsChanged();
     void windowShown();
 
 private:
@@ -77,8 +76,8 @@ private:
 
     AppServices &m_services;
     QList<FormatManager *> m_managers;
-    QList<bool> sctrlType; // by type index
-    QString teScript;
+    QList<bool> m_selectedFormats; // by type index
+    QString m_script;
     bool m_visible = false;
     Layout m_layout = platformLayout();
     QString m_toolPath;

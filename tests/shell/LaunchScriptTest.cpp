@@ -1,7 +1,7 @@
 #include "ShellFixture.h"
 
 #include "managers/FormatManager.h"
-#include "shell/LumoScript.h"
+#include "shell/LaunchScript.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -12,7 +12,7 @@ namespace korvane {
 
 namespace {
 
-using Layout = LumoScript::Layout;
+using Layout = LaunchScript::Layout;
 
 const QString kRecorder = QStringLiteral(KORVANE_ARGV_RECORDER);
 
@@ -35,7 +35,7 @@ QString doShellScriptCommand(const QString &script)
 
 } // namespace
 
-class LumoScriptTest : public ShellTest {
+class LaunchScriptTest : public ShellTest {
 protected:
     void SetUp() override
     {
@@ -55,7 +55,7 @@ protected:
             ASSERT_TRUE(writePlist(support + files[type], QVariantList{"no set", titles[type]}));
             context->manager(type)->loadSetList();
             context->manager(type)->selectSetIndex(1);
-            script->setSegmentSelected(type, true);
+            script->setFormatSelected(type, true);
         }
     }
 
@@ -78,13 +78,13 @@ protected:
         return {sh.exitStatus() == QProcess::NormalExit ? sh.exitCode() : -1, fields};
     }
 
-    LumoScript *script = nullptr;
+    LaunchScript *script = nullptr;
     int runs = 0;
 };
 
 // Whatever a set's name holds, the tool receives exactly that name, in format order, and nothing
 // else runs: no quote, separator, substitution or line break in a name gets out of its argument.
-TEST_F(LumoScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
+TEST_F(LaunchScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
 {
     const QList<QStringList> rounds = {
         {"/sets/'; touch X; echo '.aukorv", "/sets/\"; touch Y; echo \".rtaskorv",
@@ -102,13 +102,13 @@ TEST_F(LumoScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
                                  "cde",       "k\\n"};
     context->prepareWindow();
     for (int segment = 0; segment < 4; ++segment) // no set anywhere yet: each is told, in order
-        script->setSegmentSelected(segment, true);
-    script->changeArgument();
+        script->setFormatSelected(segment, true);
+    script->rebuild();
     EXPECT_EQ(ui.alertMessages().first(), "There is no set selected for AudioUnits");
     EXPECT_EQ(ui.alertMessages().size(), 4);
-    EXPECT_FALSE(script->isSegmentSelected(TypeVST));
+    EXPECT_FALSE(script->isFormatSelected(TypeVST));
     script->setLayout(Layout::Shell); // by default the tool beside the program
-    script->changeArgument();
+    script->rebuild();
     EXPECT_TRUE(
         script->script().contains("'" + QCoreApplication::applicationDirPath() + "/KorvaneCMD'"));
     script->setToolPath(kRecorder);
@@ -119,10 +119,10 @@ TEST_F(LumoScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
                                      names[1], "-MAS",    names[2], "-VST",   names[3]};
         for (Layout layout : {Layout::Shell, Layout::AppleScript}) {
             script->setLayout(layout);
-            script->changeArgument();
+            script->rebuild();
             const QString path = homePath(QString("script%1").arg(runs));
             if (layout == Layout::Shell)
-                script->savePanelDidEnd(1, path);
+                script->saveScript(path);
             else // as "do shell script" would hand it to sh
                 writeText(path, doShellScriptCommand(script->script()).toUtf8());
             const auto [exitCode, fields] = runScript(path);
@@ -136,8 +136,8 @@ TEST_F(LumoScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
     // A tool that fails stops the script before the host starts.
     script->setLayout(Layout::Shell);
     script->setToolPath(homePath("missing/KorvaneCMD"));
-    script->changeArgument();
-    script->savePanelDidEnd(1, homePath("failing"));
+    script->rebuild();
+    script->saveScript(homePath("failing"));
     const auto [failed, hostRan] = runScript(homePath("failing"));
     EXPECT_NE(failed, 0);
     EXPECT_TRUE(hostRan.isEmpty());
@@ -145,14 +145,14 @@ TEST_F(LumoScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
 
 // The window tests save an edited text; here: the name and mode per layout, and a folder that
 // refuses the file.
-TEST_F(LumoScriptTest, SavingWritesTheShownTextAndFailsSilently)
+TEST_F(LaunchScriptTest, SavingWritesTheShownTextAndFailsSilently)
 {
     const QString documents = homePath("Documents"), locked = homePath("Locked");
     QDir().mkpath(documents);
     QDir().mkpath(locked);
     for (Layout layout : {Layout::AppleScript, Layout::Shell}) {
         script->setLayout(layout);
-        script->openScriptWindow();
+        script->openWindow();
         const QString name = layout == Layout::Shell ? "untitled.sh" : "untitled.applescript";
         ui.savePanelAnswers << documents + "/" + name;
         script->saveScript();
@@ -173,7 +173,7 @@ TEST_F(LumoScriptTest, SavingWritesTheShownTextAndFailsSilently)
 
 // The host command line splits as sh splits a simple command, without expanding anything; a
 // line sh would not take is refused with its reason, shown in the script and when saving.
-TEST_F(LumoScriptTest, TheHostCommandLineSplitsAsAShellUserExpects)
+TEST_F(LaunchScriptTest, TheHostCommandLineSplitsAsAShellUserExpects)
 {
     const QList<std::pair<QString, QStringList>> split = {
         {"", {}},
@@ -186,7 +186,7 @@ TEST_F(LumoScriptTest, TheHostCommandLineSplitsAsAShellUserExpects)
         {"# $HOME; ~ *", {"#", "$HOME;", "~", "*"}},
     };
     for (const auto &[line, words] : split)
-        EXPECT_EQ(LumoScript::splitCommandLine(line), std::optional<QStringList>(words))
+        EXPECT_EQ(LaunchScript::splitCommandLine(line), std::optional<QStringList>(words))
             << line.toStdString();
     const QList<std::pair<QString, QString>> refused = {
         {"host 'it", "an unclosed single quote"},
@@ -195,7 +195,7 @@ TEST_F(LumoScriptTest, TheHostCommandLineSplitsAsAShellUserExpects)
     };
     for (const auto &[line, why] : refused) {
         QString problem;
-        EXPECT_FALSE(LumoScript::splitCommandLine(line, &problem)) << line.toStdString();
+        EXPECT_FALSE(LaunchScript::splitCommandLine(line, &problem)) << line.toStdString();
         EXPECT_TRUE(problem.contains(why)) << problem.toStdString();
     }
 
@@ -207,7 +207,7 @@ TEST_F(LumoScriptTest, TheHostCommandLineSplitsAsAShellUserExpects)
     ui.savePanelAnswers << homePath("launch.sh");
     script->saveScript();
     EXPECT_TRUE(ui.savePanels.isEmpty());
-    script->savePanelDidEnd(1, homePath("launch.sh"));
+    script->saveScript(homePath("launch.sh"));
     EXPECT_FALSE(QFileInfo::exists(homePath("launch.sh")));
     EXPECT_EQ(ui.alertMessages(), QStringList({"Script not saved", "Script not saved"}));
 }

@@ -1,11 +1,10 @@
-#include "shell/LumoScript.h"
+#include "shell/LaunchScript.h"
 
 #include "app/AppServices.h"
 #include "managers/FormatManager.h"
 #include "platform/FileOperations.h"
 #include "platform/FormatTable.h"
 #include "platform/Locations.h"
-#include "platform/SharedInstances.h"
 #include "platform/Texts.h"
 #include "ui/UserInterface.h"
 
@@ -24,10 +23,10 @@ namespace {
 // set names are quoted.
 QString shellCommand(const QString &tool, const QStringList &arguments)
 {
-    QString command = LumoScript::shellQuote(tool);
+    QString command = LaunchScript::shellQuote(tool);
     for (qsizetype i = 0; i < arguments.size(); ++i) {
         command += QLatin1Char(' ');
-        command += i % 2 == 0 ? arguments.at(i) : LumoScript::shellQuote(arguments.at(i));
+        command += i % 2 == 0 ? arguments.at(i) : LaunchScript::shellQuote(arguments.at(i));
     }
     return command;
 }
@@ -52,18 +51,13 @@ QString appleScriptString(const QString &text)
 
 } // namespace
 
-LumoScript::LumoScript(AppServices &services, const QList<FormatManager *> &managers)
+LaunchScript::LaunchScript(AppServices &services, const QList<FormatManager *> &managers)
     : m_services(services), m_managers(managers),
-      sctrlType(QList<bool>(services.formats().count(), false))
+      m_selectedFormats(QList<bool>(services.formats().count(), false))
 {
 }
 
-LumoScript *LumoScript::getLumoScript()
-{
-    return SharedInstance<LumoScript>::get();
-}
-
-QString LumoScript::bundlePath()
+QString LaunchScript::bundlePath()
 {
     const QString bundle = qEnvironmentVariable("KORVANE_BUNDLE");
     if (!bundle.isEmpty())
@@ -73,7 +67,7 @@ QString LumoScript::bundlePath()
     return QDir::currentPath();
 }
 
-LumoScript::Layout LumoScript::platformLayout()
+LaunchScript::Layout LaunchScript::platformLayout()
 {
 #ifdef Q_OS_MACOS
     return Layout::AppleScript;
@@ -82,7 +76,7 @@ LumoScript::Layout LumoScript::platformLayout()
 #endif
 }
 
-QString LumoScript::toolPath() const
+QString LaunchScript::toolPath() const
 {
     QString tool = m_toolPath;
     if (tool.isEmpty() && m_layout == Layout::AppleScript)
@@ -95,21 +89,21 @@ QString LumoScript::toolPath() const
     return QFileInfo(tool).absoluteFilePath();
 }
 
-void LumoScript::setHostCommand(const QString &commandLine)
+void LaunchScript::setHostCommand(const QString &commandLine)
 {
     m_hostCommand = commandLine;
     build(false);
 }
 
-QString LumoScript::shellQuote(const QString &word)
+QString LaunchScript::shellQuote(const QString &word)
 {
     QString quoted = word;
     quoted.replace(QLatin1Char('\''), QLatin1String("'\\''"));
     return QLatin1Char('\'') + quoted + QLatin1Char('\'');
 }
 
-std::optional<QStringList> LumoScript::splitCommandLine(const QString &commandLine,
-                                                        QString *problem)
+std::optional<QStringList> LaunchScript::splitCommandLine(const QString &commandLine,
+                                                          QString *problem)
 {
     // Qt's splitCommand knows no backslash escapes and no single quotes; a line written for sh
     // would reach the host in other words than its author meant.
@@ -182,14 +176,14 @@ std::optional<QStringList> LumoScript::splitCommandLine(const QString &commandLi
     return words;
 }
 
-QString LumoScript::hostCommandProblem() const
+QString LaunchScript::hostCommandProblem() const
 {
     QString problem;
     splitCommandLine(m_hostCommand, &problem);
     return problem;
 }
 
-QString LumoScript::appleScript(const QString &tool, const QStringList &arguments)
+QString LaunchScript::appleScript(const QString &tool, const QStringList &arguments)
 {
     QString text = QStringLiteral("-- KorvaneCMD launch script\n");
     text += QStringLiteral("\ntell application \"Finder\"\n");
@@ -202,8 +196,8 @@ QString LumoScript::appleScript(const QString &tool, const QStringList &argument
     return text;
 }
 
-QString LumoScript::shellScript(const QString &tool, const QStringList &arguments,
-                                const QString &hostCommand)
+QString LaunchScript::shellScript(const QString &tool, const QStringList &arguments,
+                                  const QString &hostCommand)
 {
     QString text = QStringLiteral("#!/bin/sh\n# KorvaneCMD launch script\nset -e\n");
     text += shellCommand(tool, arguments) + QLatin1Char('\n');
@@ -221,43 +215,43 @@ QString LumoScript::shellScript(const QString &tool, const QStringList &argument
     return text;
 }
 
-bool LumoScript::isSegmentSelected(int segment) const
+bool LaunchScript::isFormatSelected(int type) const
 {
-    return segment >= 0 && segment < sctrlType.size() && sctrlType.at(segment);
+    return type >= 0 && type < m_selectedFormats.size() && m_selectedFormats.at(type);
 }
 
-void LumoScript::setSegmentSelected(int segment, bool selected)
+void LaunchScript::setFormatSelected(int type, bool selected)
 {
-    if (segment < 0 || segment >= sctrlType.size() || sctrlType.at(segment) == selected)
+    if (type < 0 || type >= m_selectedFormats.size() || m_selectedFormats.at(type) == selected)
         return;
-    sctrlType[segment] = selected;
-    emit segmentsChanged();
+    m_selectedFormats[type] = selected;
+    emit selectedFormatsChanged();
 }
 
-void LumoScript::setScript(const QString &text)
+void LaunchScript::setScript(const QString &text)
 {
-    teScript = text;
+    m_script = text;
 }
 
-void LumoScript::openScriptWindow()
+void LaunchScript::openWindow()
 {
     build(false);
     m_visible = true;
     emit windowShown();
 }
 
-void LumoScript::changeArgument()
+void LaunchScript::rebuild()
 {
     build(true);
 }
 
-void LumoScript::build(bool tell)
+void LaunchScript::build(bool tell)
 {
-    // Always AU, RTAS, MAS, VST, whatever order the segments were chosen in.
+    // Always AU, RTAS, MAS, VST, whatever order the formats were chosen in.
     QStringList arguments;
     bool deselected = false;
-    for (int type = 0; type < sctrlType.size(); ++type) {
-        if (!sctrlType.at(type))
+    for (int type = 0; type < m_selectedFormats.size(); ++type) {
+        if (!m_selectedFormats.at(type))
             continue;
         FormatManager *manager = m_managers.value(type);
         const QString set = manager ? manager->selectedSet() : QString();
@@ -273,18 +267,18 @@ void LumoScript::build(bool tell)
             alert.buttons = {korvane::tr("Ok")};
             m_services.ui().runAlert(alert);
         }
-        sctrlType[type] = false;
+        m_selectedFormats[type] = false;
         deselected = true;
     }
 
-    teScript = m_layout == Layout::AppleScript ? appleScript(toolPath(), arguments)
+    m_script = m_layout == Layout::AppleScript ? appleScript(toolPath(), arguments)
                                                : shellScript(toolPath(), arguments, m_hostCommand);
     if (deselected)
-        emit segmentsChanged();
+        emit selectedFormatsChanged();
     emit scriptChanged();
 }
 
-bool LumoScript::refuseBrokenHost()
+bool LaunchScript::refuseBrokenHost()
 {
     const QString problem = m_layout == Layout::Shell ? hostCommandProblem() : QString();
     if (problem.isEmpty())
@@ -298,7 +292,7 @@ bool LumoScript::refuseBrokenHost()
     return true;
 }
 
-void LumoScript::saveScript()
+void LaunchScript::saveScript()
 {
     if (refuseBrokenHost())
         return;
@@ -306,19 +300,16 @@ void LumoScript::saveScript()
     request.directory = m_services.locations().documentsFolder();
     request.fileName = m_layout == Layout::AppleScript ? QStringLiteral("untitled.applescript")
                                                        : QStringLiteral("untitled.sh");
-    const std::optional<QString> path = m_services.ui().runSavePanel(request);
-    if (path)
-        savePanelDidEnd(1, *path);
-    else
-        savePanelDidEnd(0, QString());
+    if (const std::optional<QString> path = m_services.ui().runSavePanel(request))
+        saveScript(*path);
 }
 
-void LumoScript::savePanelDidEnd(int returnCode, const QString &path)
+void LaunchScript::saveScript(const QString &path)
 {
-    if (returnCode != 1 || refuseBrokenHost())
+    if (refuseBrokenHost())
         return;
     // A failure is not reported; a half-written script is never left behind.
-    if (!m_services.files().writeFileAtomically(path, teScript.toUtf8()))
+    if (!m_services.files().writeFileAtomically(path, m_script.toUtf8()))
         return;
     if (m_layout == Layout::Shell) {
         const QFileDevice::Permissions readable = QFile::permissions(path);
