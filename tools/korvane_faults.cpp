@@ -11,7 +11,7 @@
 #include "platform/FormatTable.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
-#include "privileged/NullAuthorizationBackend.h"
+#include "privileged/AllowAllAuthorization.h"
 #include "shell/AppContext.h"
 #include "shell/AppController.h"
 
@@ -331,7 +331,7 @@ private:
     QMap<QString, QByteArray> m_hash;
     QMap<QString, Place> m_place;
     int m_resourceBytes = 0;
-    NullAuthorizationBackend m_authorization;
+    AllowAllAuthorization m_authorization;
     std::unique_ptr<AppContext> m_context;
 };
 

@@ -8,7 +8,7 @@
 #include "platform/Locations.h"
 #include "platform/ReadOnlyFileOperations.h"
 #include "platform/SystemLog.h"
-#include "privileged/NullAuthorizationBackend.h"
+#include "privileged/AllowAllAuthorization.h"
 #include "shell/AppContext.h"
 
 #include <QFile>
@@ -43,7 +43,7 @@ Roots rootsOf(const Options &options, Roots roots)
 CliSession::CliSession(const Options &options, const Roots &defaults, QTextStream &err)
     : m_err(err), m_verbose(options.verbose), m_roots(rootsOf(options, defaults)),
       m_ui(progressStream(err)), m_local(std::make_unique<LocalFileOperations>(m_roots)),
-      m_authorization(std::make_unique<NullAuthorizationBackend>()),
+      m_authorization(std::make_unique<AllowAllAuthorization>()),
       m_log(std::make_unique<SystemLogCapture>())
 {
     if (isReadOnly(options))

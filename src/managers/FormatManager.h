@@ -16,18 +16,18 @@
 namespace korvane {
 
 class AppServices;
+class Authorization;
 class Locations;
-class UserInterface;
-class BLAuthentication;
 class MissingItemsPrompt;
 class Preferences;
+class UserInterface;
 
 // The controllers a manager works with, made by AppContext.
 struct ManagerParts {
     AppServices &services; // registries, undo, log, file errors; roots, files, interface, formats
     Preferences &prefs;
     MissingItemsPrompt &missingItems;
-    BLAuthentication &authentication;
+    Authorization &authorization;
 };
 
 // One column of the table's sort order.

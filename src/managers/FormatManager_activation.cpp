@@ -11,7 +11,7 @@
 #include "platform/Locations.h"
 #include "platform/SystemLog.h"
 #include "platform/Texts.h"
-#include "privileged/BLAuthentication.h"
+#include "privileged/Authorization.h"
 #include "ui/UserInterface.h"
 
 #include <QDir>
@@ -178,7 +178,7 @@ QList<MoveOutcome> FormatManager::applyPending()
     if (!libraryLocked(lock, ui()))
         return {};
     // Nothing depends on the answer: the moves succeed or fail by the file system's own rights.
-    m_parts.authentication.requestActivationRight();
+    m_parts.authorization.requestActivationRight();
     ApplyRun run;
     const QList<PluginRecord> &records = m_list.records();
     run.installed.reserve(records.size());
@@ -427,7 +427,7 @@ MoveOutcome FormatManager::applyRecord(int recordIndex, ApplyRun &run)
             // reports the missing source instead.
         } else {
             if (!deletable)
-                m_parts.authentication.requestActivationRight();
+                m_parts.authorization.requestActivationRight();
             // Into the trash, never unlinked: the target may hold files the scan never showed,
             // such as a licence inside an older bundle. Should that fail, the target stays and
             // the move below fails.

@@ -1,8 +1,8 @@
 #include "privileged/AuthorizationBackend.h"
 
 #include "platform/ProcessList.h"
-#include "privileged/NullAuthorizationBackend.h"
-#include "privileged/PolkitBackend.h"
+#include "privileged/AllowAllAuthorization.h"
+#include "privileged/PolkitAuthorization.h"
 
 #include <memory>
 #include <unistd.h>
@@ -16,9 +16,9 @@ QByteArray AuthorizationBackend::processList(bool *ok)
 
 std::unique_ptr<AuthorizationBackend> AuthorizationBackend::createDefault()
 {
-    if (::geteuid() != 0 && PolkitBackend::available())
-        return std::make_unique<PolkitBackend>();
-    return std::make_unique<NullAuthorizationBackend>();
+    if (::geteuid() != 0 && PolkitAuthorization::available())
+        return std::make_unique<PolkitAuthorization>();
+    return std::make_unique<AllowAllAuthorization>();
 }
 
 } // namespace korvane

@@ -7,8 +7,8 @@
 #include "panels/Preferences.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/SharedInstances.h"
+#include "privileged/Authorization.h"
 #include "privileged/AuthorizationBackend.h"
-#include "privileged/BLAuthentication.h"
 #include "shell/AppController.h"
 #include "shell/LaunchScript.h"
 #include "ui/UserInterface.h"
@@ -22,18 +22,19 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
     if (!parts.ui)
         m_ownUi = std::make_unique<HeadlessUi>();
     if (!parts.authorization)
-        m_ownAuthorization = AuthorizationBackend::createDefault();
+        m_ownAuthorizationBackend = AuthorizationBackend::createDefault();
     m_files = parts.files ? parts.files : m_ownFiles.get();
     m_ui = parts.ui ? parts.ui : m_ownUi.get();
-    m_authorization = parts.authorization ? parts.authorization : m_ownAuthorization.get();
+    m_authorizationBackend =
+        parts.authorization ? parts.authorization : m_ownAuthorizationBackend.get();
 
     // Each controller is handed the ones made before it; none finds another by itself.
     const RunParts run{m_locations, *m_files, *m_ui, m_formats};
     m_main = std::make_unique<AppController>(run);
     m_pref = std::make_unique<Preferences>(*m_main); // runs seedDefaults
     m_missingItems = std::make_unique<MissingItemsPrompt>(*m_ui);
-    m_authentication = std::make_unique<BLAuthentication>(*m_authorization, *m_ui);
-    const ManagerParts managerParts{*m_main, *m_pref, *m_missingItems, *m_authentication};
+    m_authorization = std::make_unique<Authorization>(*m_authorizationBackend, *m_ui);
+    const ManagerParts managerParts{*m_main, *m_pref, *m_missingItems, *m_authorization};
     for (const Format &format : m_formats) {
         m_managers.push_back(std::make_unique<FormatManager>(format, managerParts));
         m_managerList << m_managers.back().get();
@@ -73,7 +74,7 @@ AppContext::~AppContext()
     m_managerList.clear();
     while (!m_managers.empty())
         m_managers.pop_back();
-    m_authentication.reset();
+    m_authorization.reset();
     m_missingItems.reset();
     m_pref.reset();
     m_main.reset();
@@ -91,12 +92,10 @@ void AppContext::install()
 {
     AppController::install(m_main.get());
     SharedInstance<Preferences>::install(m_pref.get());
-    SharedInstance<BLAuthentication>::install(m_authentication.get());
 }
 
 void AppContext::uninstall()
 {
-    SharedInstance<BLAuthentication>::uninstall(m_authentication.get());
     SharedInstance<Preferences>::uninstall(m_pref.get());
     SharedInstance<AppController>::uninstall(m_main.get());
     SharedInstance<AppServices>::uninstall(m_main.get());

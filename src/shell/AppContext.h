@@ -10,14 +10,14 @@
 
 namespace korvane {
 
+class AboutText;
 class AppController;
+class Authorization;
 class AuthorizationBackend;
-class BLAuthentication;
 class FileOperations;
 class FormatManager;
-class LaunchScript;
-class AboutText;
 class InfoPanelModel;
+class LaunchScript;
 class MissingItemsPrompt;
 class Preferences;
 class UserInterface;
@@ -56,7 +56,7 @@ public:
     FormatManager *manager(int type) const { return m_managerList.value(type); }
     InfoPanelModel *info() const { return m_info.get(); }
     MissingItemsPrompt *missingItems() const { return m_missingItems.get(); }
-    BLAuthentication *authentication() const { return m_authentication.get(); }
+    Authorization *authorization() const { return m_authorization.get(); }
     LaunchScript *script() const { return m_script.get(); }
     AboutText *about() const { return m_about.get(); }
 
@@ -68,15 +68,15 @@ private:
     FormatTable m_formats;
     std::unique_ptr<FileOperations> m_ownFiles;
     std::unique_ptr<UserInterface> m_ownUi;
-    std::unique_ptr<AuthorizationBackend> m_ownAuthorization;
+    std::unique_ptr<AuthorizationBackend> m_ownAuthorizationBackend;
     FileOperations *m_files;
     UserInterface *m_ui;
-    AuthorizationBackend *m_authorization;
+    AuthorizationBackend *m_authorizationBackend;
 
     std::unique_ptr<AppController> m_main;
     std::unique_ptr<Preferences> m_pref;
     std::unique_ptr<MissingItemsPrompt> m_missingItems;
-    std::unique_ptr<BLAuthentication> m_authentication;
+    std::unique_ptr<Authorization> m_authorization;
     std::vector<std::unique_ptr<FormatManager>> m_managers;
     QList<FormatManager *> m_managerList;
     std::unique_ptr<InfoPanelModel> m_info;

@@ -6,8 +6,8 @@
 #include "panels/MissingItemsPrompt.h"
 #include "panels/Preferences.h"
 #include "platform/Bundle.h"
-#include "privileged/BLAuthentication.h"
-#include "privileged/NullAuthorizationBackend.h"
+#include "privileged/AllowAllAuthorization.h"
+#include "privileged/Authorization.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 
@@ -24,17 +24,17 @@ struct ManagersOfOneRun {
     ManagersOfOneRun(const Locations &locations, FileOperations &files, UserInterface &ui)
         : services(RunParts{locations, files, ui, FormatTable::builtIn()}), pref(services),
           missingItems(ui),
-          authentication(allowAll, ui), parts{services, pref, missingItems, authentication},
+          authorization(allowAll, ui), parts{services, pref, missingItems, authorization},
           au(formats().at(TypeAU), parts), rtas(formats().at(TypeRTAS), parts),
           mas(formats().at(TypeMAS), parts), vst(formats().at(TypeVST), parts)
     {
     }
 
-    NullAuthorizationBackend allowAll;
+    AllowAllAuthorization allowAll;
     AppServices services;
     Preferences pref;
     MissingItemsPrompt missingItems;
-    BLAuthentication authentication;
+    Authorization authorization;
     ManagerParts parts;
     FormatManager au;
     FormatManager rtas;

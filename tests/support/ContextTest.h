@@ -1,6 +1,6 @@
 #pragma once
 
-#include "privileged/NullAuthorizationBackend.h"
+#include "privileged/AllowAllAuthorization.h"
 #include "shell/AppContext.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
@@ -31,7 +31,7 @@ protected:
     }
 
     ScriptedUi ui;
-    NullAuthorizationBackend allowAll;
+    AllowAllAuthorization allowAll;
     std::unique_ptr<AppContext> context;
 };
 

@@ -1,6 +1,5 @@
-#include "privileged/BLAuthentication.h"
+#include "privileged/Authorization.h"
 
-#include "platform/SharedInstances.h"
 #include "platform/SystemLog.h"
 #include "ui/UserInterface.h"
 
@@ -9,22 +8,17 @@
 
 namespace korvane {
 
-BLAuthentication::BLAuthentication(AuthorizationBackend &backend, UserInterface &ui)
+Authorization::Authorization(AuthorizationBackend &backend, UserInterface &ui)
     : m_backend(backend), m_ui(ui)
 {
 }
 
-BLAuthentication::~BLAuthentication()
+Authorization::~Authorization()
 {
     deauthenticate();
 }
 
-BLAuthentication *BLAuthentication::sharedInstance()
-{
-    return SharedInstance<BLAuthentication>::get();
-}
-
-std::optional<AuthorizationRights> BLAuthentication::rightsForCommands(const QStringList &commands)
+std::optional<AuthorizationRights> Authorization::rightsForCommands(const QStringList &commands)
 {
     AuthorizationRights rights;
     rights.count = quint32(commands.size());
@@ -40,7 +34,7 @@ std::optional<AuthorizationRights> BLAuthentication::rightsForCommands(const QSt
     return rights;
 }
 
-int BLAuthentication::copyRights(const QStringList &commands, quint32 flags)
+int Authorization::copyRights(const QStringList &commands, quint32 flags)
 {
     if (commands.isEmpty())
         return AuthorizationInvalidSet;
@@ -50,7 +44,7 @@ int BLAuthentication::copyRights(const QStringList &commands, quint32 flags)
     return m_backend.copyRights(m_authorizationRef, *rights, flags);
 }
 
-bool BLAuthentication::isAuthenticated(const QStringList &forCommands)
+bool Authorization::isAuthenticated(const QStringList &forCommands)
 {
     if (!m_authorizationRef)
         m_backend.create(&m_authorizationRef);
@@ -58,7 +52,7 @@ bool BLAuthentication::isAuthenticated(const QStringList &forCommands)
     return copyRights(forCommands, AuthorizationFlagExtendRights) == AuthorizationSuccess;
 }
 
-bool BLAuthentication::fetchPassword(const QStringList &forCommands)
+bool Authorization::fetchPassword(const QStringList &forCommands)
 {
     if (copyRights(forCommands, AuthorizationFlagInteractionAllowed | AuthorizationFlagExtendRights)
         != AuthorizationSuccess)
@@ -67,14 +61,14 @@ bool BLAuthentication::fetchPassword(const QStringList &forCommands)
     return true;
 }
 
-bool BLAuthentication::authenticate(const QStringList &forCommands)
+bool Authorization::authenticate(const QStringList &forCommands)
 {
     if (!isAuthenticated(forCommands))
         fetchPassword(forCommands);
     return isAuthenticated(forCommands);
 }
 
-void BLAuthentication::deauthenticate()
+void Authorization::deauthenticate()
 {
     if (!m_authorizationRef)
         return;
@@ -109,7 +103,7 @@ int leadingInteger(QStringView text, qsizetype *end)
 }
 } // namespace
 
-int BLAuthentication::pidFromProcessList(const QString &text, const QString &name)
+int Authorization::pidFromProcessList(const QString &text, const QString &name)
 {
     // An empty name is in every line; it names no process.
     if (name.isEmpty())
@@ -131,7 +125,7 @@ int BLAuthentication::pidFromProcessList(const QString &text, const QString &nam
     return 0;
 }
 
-int BLAuthentication::getPID(const QString &forProcess)
+int Authorization::pidOf(const QString &forProcess)
 {
     bool ok = false;
     const QByteArray output = m_backend.processList(&ok);
@@ -143,8 +137,8 @@ int BLAuthentication::getPID(const QString &forProcess)
     return pidFromProcessList(QString::fromLatin1(output), forProcess);
 }
 
-bool BLAuthentication::executeCommand(const QString &pathToCommand,
-                                      const std::optional<QStringList> &arguments)
+bool Authorization::executeAsRoot(const QString &pathToCommand,
+                                  const std::optional<QStringList> &arguments)
 {
     if (!authenticate({pathToCommand}))
         return false;
@@ -159,23 +153,23 @@ bool BLAuthentication::executeCommand(const QString &pathToCommand,
     return false;
 }
 
-bool BLAuthentication::killProcess(const QString &commandFromPS)
+bool Authorization::killProcess(const QString &commandFromPS)
 {
     // The right asked for is the process name's, not /bin/kill's; the kill below asks again.
     if (!isAuthenticated({commandFromPS}))
         authenticate({commandFromPS});
-    const QString pid = QString::number(getPID(commandFromPS));
+    const QString pid = QString::number(pidOf(commandFromPS));
     if (pid.toInt() < 1) {
         m_ui.beep();
         systemLog(QStringLiteral("Error killing process ") + pid
                   + QStringLiteral(", invalid PID."));
         return false;
     }
-    executeCommand(QStringLiteral("/bin/kill"), QStringList{pid});
+    executeAsRoot(QStringLiteral("/bin/kill"), QStringList{pid});
     return true;
 }
 
-bool BLAuthentication::requestActivationRight()
+bool Authorization::requestActivationRight()
 {
     AuthorizationBackend &backend = m_backend;
     AuthorizationRef ref = 0;

@@ -6,7 +6,7 @@ namespace korvane {
 
 // Where no authorization service is present, or the program already runs as root: every right
 // is granted, and a tool runs with the program's own rights.
-class NullAuthorizationBackend : public AuthorizationBackend {
+class AllowAllAuthorization : public AuthorizationBackend {
 public:
     int create(AuthorizationRef *ref) override;
     int copyRights(AuthorizationRef ref, const AuthorizationRights &rights, quint32 flags) override;

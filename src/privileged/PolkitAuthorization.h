@@ -11,7 +11,7 @@ namespace korvane {
 // tool as root. Each action asks the user at most once: the right to run a tool is asked for by
 // pkexec itself, the program's own rights by pkcheck. Rights obtained are remembered per
 // authorization until it is freed, since polkit itself may not keep them.
-class PolkitBackend : public AuthorizationBackend {
+class PolkitAuthorization : public AuthorizationBackend {
 public:
     // pkcheck and pkexec are both on the search path.
     static bool available();

@@ -14,11 +14,9 @@ class UserInterface;
 // Administrator rights for running tools: keeps one authorization, asks for a password when
 // needed, runs a tool as root, finds and kills processes by name. Signals when rights are gained
 // with interaction and when they are dropped.
-class BLAuthentication : public QObject {
+class Authorization : public QObject {
     Q_OBJECT
 public:
-    static constexpr const char *AuthenticatedNotification = "BLAuthenticatedNotification";
-    static constexpr const char *DeauthenticatedNotification = "BLDeauthenticatedNotification";
     static constexpr const char *AdminRight = "system.privilege.admin";
     static constexpr const char *ActivationRight = "com.velmora.korvane.activate";
     static constexpr int MaxRightsItems = 20;
@@ -26,18 +24,16 @@ public:
     // The value buffer of one rights item; a path must be shorter than this.
     static constexpr int MaxPathBytes = 128;
 
-    BLAuthentication(AuthorizationBackend &backend, UserInterface &ui);
-    ~BLAuthentication() override; // deauthenticates
-
-    static BLAuthentication *sharedInstance();
+    Authorization(AuthorizationBackend &backend, UserInterface &ui);
+    ~Authorization() override; // deauthenticates
 
     bool isAuthenticated(const QStringList &forCommands);
     bool fetchPassword(const QStringList &forCommands);
     bool authenticate(const QStringList &forCommands);
     void deauthenticate();
-    int getPID(const QString &forProcess);
+    int pidOf(const QString &forProcess);
     // nullopt and an empty list both start the tool without an argument vector.
-    bool executeCommand(const QString &pathToCommand, const std::optional<QStringList> &arguments);
+    bool executeAsRoot(const QString &pathToCommand, const std::optional<QStringList> &arguments);
     bool killProcess(const QString &commandFromPS);
 
     // Asks for the program's activation right before plug-ins are moved; nothing depends on the

@@ -1,6 +1,6 @@
-#include "privileged/BLAuthentication.h"
-#include "privileged/NullAuthorizationBackend.h"
-#include "privileged/PolkitBackend.h"
+#include "privileged/Authorization.h"
+#include "privileged/AllowAllAuthorization.h"
+#include "privileged/PolkitAuthorization.h"
 
 #include "platform/SystemLog.h"
 #include "support/ScriptedUi.h"
@@ -46,7 +46,7 @@ public:
 };
 
 // Records what polkit would be asked instead of asking; pkcheck answers checkAnswer.
-class RecordingPolkit : public PolkitBackend {
+class RecordingPolkit : public PolkitAuthorization {
 public:
     int checkAnswer = 2; // a password would be needed
     QList<QStringList> checks, execs;
@@ -60,20 +60,20 @@ protected:
 };
 
 // The backends are declared first so that they outlive the authentications using them.
-class BLAuthenticationTest : public TestRoots {
+class AuthorizationTest : public TestRoots {
 protected:
     FakeBackend backend;
     RecordingPolkit polkit;
     ScriptedUi ui;
     SystemLogCapture log;
-    BLAuthentication auth{backend, ui};
+    Authorization auth{backend, ui};
 };
 
-TEST_F(BLAuthenticationTest, RightsAreAskedForOnceNeverForNothingAndDroppedOnce)
+TEST_F(AuthorizationTest, RightsAreAskedForOnceNeverForNothingAndDroppedOnce)
 {
     int gained = 0, dropped = 0;
-    QObject::connect(&auth, &BLAuthentication::authenticated, [&] { ++gained; });
-    QObject::connect(&auth, &BLAuthentication::deauthenticated, [&] { ++dropped; });
+    QObject::connect(&auth, &Authorization::authenticated, [&] { ++gained; });
+    QObject::connect(&auth, &Authorization::deauthenticated, [&] { ++dropped; });
     auth.deauthenticate(); // nothing open yet
     EXPECT_TRUE(auth.authenticate({"/usr/bin/tool"}));
     EXPECT_TRUE(auth.authenticate({"/usr/bin/tool"})); // held now: two checks, no dialog
@@ -90,28 +90,28 @@ TEST_F(BLAuthenticationTest, RightsAreAskedForOnceNeverForNothingAndDroppedOnce)
     EXPECT_EQ(backend.frees, (QList<QPair<AuthorizationRef, quint32>>{{ref, 8}, {ref + 1, 0}}));
 }
 
-TEST_F(BLAuthenticationTest, RefusalRunsNothingALongPathIsRefusedAndArgumentsAreCapped)
+TEST_F(AuthorizationTest, RefusalRunsNothingALongPathIsRefusedAndArgumentsAreCapped)
 {
     backend.grantOnInteraction = false;
-    EXPECT_FALSE(auth.executeCommand("/usr/bin/tool", QStringList{"a"}));
+    EXPECT_FALSE(auth.executeAsRoot("/usr/bin/tool", QStringList{"a"}));
     EXPECT_TRUE(backend.runs.isEmpty());
     EXPECT_EQ(ui.beeps + log.lines().size(), 0);
 
     backend.held = true;
     backend.copies.clear();
     // A path too long for the rights' buffer is refused, never cut to name another tool.
-    EXPECT_TRUE(BLAuthentication::rightsForCommands({"/" + QString(126, 'a')}));
-    EXPECT_FALSE(auth.executeCommand("/" + QString(127, 'a'), std::nullopt));
+    EXPECT_TRUE(Authorization::rightsForCommands({"/" + QString(126, 'a')}));
+    EXPECT_FALSE(auth.executeAsRoot("/" + QString(127, 'a'), std::nullopt));
     EXPECT_TRUE(backend.copies.isEmpty());
     const QStringList many(25, "x");
     for (const std::optional<QStringList> &arguments :
          {std::optional(many), std::optional(QStringList()), std::optional<QStringList>()})
-        EXPECT_TRUE(auth.executeCommand("/usr/bin/tool", arguments));
+        EXPECT_TRUE(auth.executeAsRoot("/usr/bin/tool", arguments));
     EXPECT_EQ(backend.runs.value(0).second, QStringList(19, "x"));
     EXPECT_TRUE(!backend.runs.value(1).second && !backend.runs.value(2).second);
 }
 
-TEST_F(BLAuthenticationTest, AProcessIsTheFirstLineNamingItAndOnlyAFoundOneIsKilled)
+TEST_F(AuthorizationTest, AProcessIsTheFirstLineNamingItAndOnlyAFoundOneIsKilled)
 {
     const QByteArray list = "    1 /sbin/init\n  412 /Applications/Host.app/Contents/MacOS/Host\n"
                             "  977 grep Host\n  978 grep Lonely\n";
@@ -127,12 +127,12 @@ TEST_F(BLAuthenticationTest, AProcessIsTheFirstLineNamingItAndOnlyAFoundOneIsKil
     };
     for (const auto &[output, name, pid] : cases) {
         backend.psOutput = output;
-        EXPECT_EQ(auth.getPID(name), pid) << name.toStdString();
+        EXPECT_EQ(auth.pidOf(name), pid) << name.toStdString();
     }
     EXPECT_EQ(ui.beeps, 0);
 
     backend.pipeOpens = false;
-    EXPECT_EQ(auth.getPID("Host"), 0);
+    EXPECT_EQ(auth.pidOf("Host"), 0);
     EXPECT_EQ(ui.beeps, 1);
     EXPECT_EQ(log.lines(), QStringList{"Error opening pipe: Host"});
 
@@ -154,11 +154,11 @@ TEST_F(BLAuthenticationTest, AProcessIsTheFirstLineNamingItAndOnlyAFoundOneIsKil
                                                "Error killing process 0, invalid PID."}));
 }
 
-TEST_F(BLAuthenticationTest, PolkitAsksOncePerActionAndNeverForPlainChecks)
+TEST_F(AuthorizationTest, PolkitAsksOncePerActionAndNeverForPlainChecks)
 {
-    BLAuthentication auth(polkit, ui);
+    Authorization auth(polkit, ui);
     // Running a tool: pkexec asks, pkcheck only looks.
-    EXPECT_TRUE(auth.executeCommand("/usr/sbin/tool", QStringList{"-x"}));
+    EXPECT_TRUE(auth.executeAsRoot("/usr/sbin/tool", QStringList{"-x"}));
     for (const QStringList &check : polkit.checks)
         EXPECT_FALSE(check.contains("--allow-user-interaction"));
     EXPECT_EQ(polkit.execs, (QList<QStringList>{{"/usr/sbin/tool", "-x"}}));
@@ -171,23 +171,23 @@ TEST_F(BLAuthenticationTest, PolkitAsksOncePerActionAndNeverForPlainChecks)
     // Refused outright, nothing reaches pkexec; nor does a tool pkexec would take for an option.
     auth.deauthenticate();
     polkit.checkAnswer = 1;
-    EXPECT_FALSE(auth.executeCommand("/usr/sbin/tool", std::nullopt));
+    EXPECT_FALSE(auth.executeAsRoot("/usr/sbin/tool", std::nullopt));
     polkit.checkAnswer = 0;
-    EXPECT_FALSE(auth.executeCommand("--user", QStringList{"root"}));
+    EXPECT_FALSE(auth.executeAsRoot("--user", QStringList{"root"}));
     EXPECT_EQ(polkit.execs.size(), 1);
 
     // The shipped policy declares that right, with defaults polkit knows.
     const QString policy = readText(KORVANE_POLICY_FILE);
     EXPECT_EQ(policy.count("<action id="), 1);
-    EXPECT_TRUE(policy.contains(QString("id=\"%1\"").arg(BLAuthentication::ActivationRight)));
+    EXPECT_TRUE(policy.contains(QString("id=\"%1\"").arg(Authorization::ActivationRight)));
     EXPECT_EQ(policy.count("auth_admin_keep</allow_"), 3);
 }
 
 // A process whose own name imitates the line of PID 1 is still found, and killed, as itself.
-TEST_F(BLAuthenticationTest, ARealProcessIsFoundAndKilledAsItself)
+TEST_F(AuthorizationTest, ARealProcessIsFoundAndKilledAsItself)
 {
-    NullAuthorizationBackend allowAll;
-    BLAuthentication auth(allowAll, ui);
+    AllowAllAuthorization allowAll;
+    Authorization auth(allowAll, ui);
     const QString marker =
         QStringLiteral("korvane-host-%1").arg(QCoreApplication::applicationPid());
     const QString program = homePath("host\n    1 " + marker);
@@ -197,7 +197,7 @@ TEST_F(BLAuthenticationTest, ARealProcessIsFoundAndKilledAsItself)
     ASSERT_TRUE(child.waitForStarted());
     // Started may be told before the child's exec shows in /proc on a busy machine.
     int pid = 0;
-    for (int tries = 0; tries < 50 && (pid = auth.getPID(marker)) == 0; ++tries)
+    for (int tries = 0; tries < 50 && (pid = auth.pidOf(marker)) == 0; ++tries)
         QThread::msleep(100);
     ASSERT_EQ(pid, child.processId()); // guards the kill below
     EXPECT_TRUE(auth.killProcess(marker));

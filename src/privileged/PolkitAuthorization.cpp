@@ -1,4 +1,4 @@
-#include "privileged/PolkitBackend.h"
+#include "privileged/PolkitAuthorization.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -14,27 +14,27 @@ const QString kExecAction = QStringLiteral("org.freedesktop.policykit.exec");
 constexpr int kCheckTimeoutMs = 30000;
 } // namespace
 
-bool PolkitBackend::available()
+bool PolkitAuthorization::available()
 {
     return !QStandardPaths::findExecutable(kPkcheck).isEmpty()
            && !QStandardPaths::findExecutable(kPkexec).isEmpty();
 }
 
-QString PolkitBackend::actionFor(const QString &right)
+QString PolkitAuthorization::actionFor(const QString &right)
 {
     if (right == QLatin1String("system.privilege.admin"))
         return kExecAction;
     return right;
 }
 
-int PolkitBackend::create(AuthorizationRef *ref)
+int PolkitAuthorization::create(AuthorizationRef *ref)
 {
     *ref = ++m_lastRef;
     m_granted.insert(*ref, {});
     return AuthorizationSuccess;
 }
 
-int PolkitBackend::runCheck(const QStringList &arguments, int timeoutMs)
+int PolkitAuthorization::runCheck(const QStringList &arguments, int timeoutMs)
 {
     QProcess process;
     process.start(kPkcheck, arguments);
@@ -48,12 +48,12 @@ int PolkitBackend::runCheck(const QStringList &arguments, int timeoutMs)
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
 }
 
-bool PolkitBackend::startExec(const QStringList &arguments)
+bool PolkitAuthorization::startExec(const QStringList &arguments)
 {
     return QProcess::startDetached(kPkexec, arguments);
 }
 
-int PolkitBackend::check(const QString &action, bool allowInteraction)
+int PolkitAuthorization::check(const QString &action, bool allowInteraction)
 {
     QStringList arguments{QStringLiteral("--action-id"), action, QStringLiteral("--process"),
                           QString::number(QCoreApplication::applicationPid())};
@@ -73,8 +73,8 @@ int PolkitBackend::check(const QString &action, bool allowInteraction)
     }
 }
 
-int PolkitBackend::copyRights(AuthorizationRef ref, const AuthorizationRights &rights,
-                              quint32 flags)
+int PolkitAuthorization::copyRights(AuthorizationRef ref, const AuthorizationRights &rights,
+                                    quint32 flags)
 {
     auto granted = m_granted.find(ref);
     if (granted == m_granted.end())
@@ -107,14 +107,14 @@ int PolkitBackend::copyRights(AuthorizationRef ref, const AuthorizationRights &r
     return AuthorizationSuccess;
 }
 
-void PolkitBackend::free(AuthorizationRef ref, quint32)
+void PolkitAuthorization::free(AuthorizationRef ref, quint32)
 {
     // Destroying the rights and merely releasing end the same here: the remembered grants go.
     m_granted.remove(ref);
 }
 
-int PolkitBackend::executeWithPrivileges(AuthorizationRef ref, const QString &tool,
-                                         const std::optional<QStringList> &arguments)
+int PolkitAuthorization::executeWithPrivileges(AuthorizationRef ref, const QString &tool,
+                                               const std::optional<QStringList> &arguments)
 {
     if (!m_granted.contains(ref))
         return AuthorizationInvalidRef;
