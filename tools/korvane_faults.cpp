@@ -616,7 +616,7 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
     // The core writes every kind of data file once: content registry, groups, sets, preferences.
     FormatManager &au = library.au();
     au.rescan();
-    library.core().main()->saveContent({"Plug00000.component", "Library/Kept/Data"});
+    library.core().main()->storeContent({"Plug00000.component", "Library/Kept/Data"});
     library.core().main()->saveGroupRegistry();
     au.saveGroups();
     au.saveSetList();

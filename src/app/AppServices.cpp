@@ -80,12 +80,12 @@ AppServices::AppServices(const RunParts &parts) : m_parts(parts)
     m_undoTitle = korvane::tr("Undo");
     m_redoTitle = korvane::tr("Redo");
     loadGroups();
-    initContent();
+    loadContentRegistry();
 }
 
 AppServices::~AppServices()
 {
-    m_undoManager.removeAllActions();
+    m_undoStack.clear();
     SharedInstance<AppServices>::uninstall(this);
 }
 
@@ -116,41 +116,41 @@ void AppServices::setActiveType(int type)
 
 // --- Content registry ---------------------------------------------------------------------------
 
-void AppServices::initContent()
+void AppServices::loadContentRegistry()
 {
-    pContent.clear();
+    m_content.clear();
     m_contentLoaded = true;
     if (auto registry = readContentFile(userContentFile())) {
-        pContent = *registry;
+        m_content = *registry;
         return;
     }
     // The system-wide registry is only read here; the first save copies it to the user.
     if (auto registry = readContentFile(locations().expand(kSystemContentFile))) {
-        pContent = *registry;
+        m_content = *registry;
         return;
     }
     writeContentFile();
 }
 
-std::optional<QStringList> AppServices::getContentForKey(const QString &key)
+std::optional<QStringList> AppServices::contentFor(const QString &key)
 {
     if (!m_contentLoaded)
-        initContent();
-    for (const QStringList &entry : std::as_const(pContent)) {
+        loadContentRegistry();
+    for (const QStringList &entry : std::as_const(m_content)) {
         if (entry.first() == key)
             return entry;
     }
     return std::nullopt;
 }
 
-void AppServices::saveContent(const QStringList &entry)
+void AppServices::storeContent(const QStringList &entry)
 {
     if (entry.isEmpty())
         return; // nothing to file it under
     if (!m_contentLoaded)
-        initContent();
+        loadContentRegistry();
     bool replaced = false;
-    for (QStringList &existing : pContent) {
+    for (QStringList &existing : m_content) {
         if (existing.first() == entry.first()) {
             existing = entry;
             replaced = true;
@@ -158,7 +158,7 @@ void AppServices::saveContent(const QStringList &entry)
         }
     }
     if (!replaced)
-        pContent.append(entry);
+        m_content.append(entry);
 
     writeContentFile();
 }
@@ -166,8 +166,8 @@ void AppServices::saveContent(const QStringList &entry)
 void AppServices::writeContentFile()
 {
     QVariantList root;
-    root.reserve(pContent.size());
-    for (const QStringList &e : std::as_const(pContent))
+    root.reserve(m_content.size());
+    for (const QStringList &e : std::as_const(m_content))
         root.append(QVariant(toVariantList(e)));
     createSupportFolder();
     writeDataFile(userContentFile(), root, contentFileWhole);
@@ -179,18 +179,18 @@ bool AppServices::writeDataFile(const QString &path, const QVariant &root,
     QString report;
     const bool written = DataFile::writeXml(files(), path, root, readable, &report);
     if (!report.isEmpty())
-        addLogEntry(this, report);
+        appendLog(report);
     return written;
 }
 
-QStringList AppServices::removeContentPaths(int type, const QStringList &scanPaths)
+QStringList AppServices::withoutContentPaths(int type, const QStringList &scanPaths)
 {
     QStringList paths = scanPaths;
     const Format *format = formats().find(type);
     if (!format)
         return paths;
     if (!m_contentLoaded)
-        initContent();
+        loadContentRegistry();
 
     QString roots[LocationCount];
     for (int i = 0; i < LocationCount; ++i)
@@ -198,7 +198,7 @@ QStringList AppServices::removeContentPaths(int type, const QStringList &scanPat
     // Every companion is measured against the system-wide active root, whichever root it is under.
     const qsizetype cut = roots[0].size() + 1;
 
-    for (const QStringList &entry : std::as_const(pContent)) {
+    for (const QStringList &entry : std::as_const(m_content)) {
         for (qsizetype c = 1; c < entry.size(); ++c) {
             const QString &companion = entry.at(c);
             // A ".." step could point anywhere; such an entry hides nothing.
@@ -224,7 +224,7 @@ QStringList AppServices::removeContentPaths(int type, const QStringList &scanPat
     return paths;
 }
 
-QString AppServices::getFullPath(const QString &name, int type, int loc) const
+QString AppServices::fullPath(const QString &name, int type, int loc) const
 {
     // Expanding standardises the path, so a ".." in the name would lead out of the folder.
     const Format *format = formats().find(type);
@@ -233,13 +233,13 @@ QString AppServices::getFullPath(const QString &name, int type, int loc) const
     return locations().expand(format->folder(loc) + QLatin1Char('/') + name);
 }
 
-QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringList &scanPaths)
+QStringList AppServices::relevantPaths(int type, int loc, const QStringList &scanPaths)
 {
     QStringList result;
     // Listed paths hold no "." or ".." steps, so the folder is expanded once, not per path.
-    const QString folder = getFullPath(QString(), type, loc);
+    const QString folder = fullPath(QString(), type, loc);
     if (folder.isEmpty())
-        return removeContentPaths(type, scanPaths);
+        return withoutContentPaths(type, scanPaths);
     result.reserve(scanPaths.size());
     for (qsizetype i = 0; i < scanPaths.size();) {
         const QString &path = scanPaths.at(i);
@@ -253,7 +253,7 @@ QStringList AppServices::removeIrrelevantData(int type, int loc, const QStringLi
         while (i < scanPaths.size() && liesInside(scanPaths.at(i), path))
             ++i;
     }
-    return removeContentPaths(type, result);
+    return withoutContentPaths(type, result);
 }
 
 void AppServices::createSupportFolder()
@@ -302,10 +302,10 @@ void AppServices::loadGroups()
     // A file holding anything but strings reads as absent, like an unreadable one.
     const std::optional<QStringList> stored = PropertyList::readStringArray(groupsFile());
     if (!stored || stored->isEmpty()) {
-        pGroups = QStringList{QString()};
+        m_groups = QStringList{QString()};
     } else {
-        pGroups = *stored;
-        pGroups[0] = QString();
+        m_groups = *stored;
+        m_groups[0] = QString();
     }
     emit groupsChanged();
 }
@@ -313,59 +313,49 @@ void AppServices::loadGroups()
 void AppServices::saveGroupRegistry()
 {
     createSupportFolder();
-    writeDataFile(groupsFile(), toVariantList(pGroups), stringArrayFile);
+    writeDataFile(groupsFile(), toVariantList(m_groups), stringArrayFile);
 }
 
-QString AppServices::getGroupByIndex(int i) const
+QString AppServices::groupAt(int i) const
 {
-    return pGroups.value(qsizetype(i) + 1);
+    return m_groups.value(qsizetype(i) + 1);
 }
 
-void AppServices::setGroupByIndex(int i, const QString &name)
+void AppServices::setGroupAt(int i, const QString &name)
 {
     const qsizetype position = qsizetype(i) + 1;
     if (position < 0)
         return;
-    if (position < pGroups.size())
-        pGroups[position] = name;
+    if (position < m_groups.size())
+        m_groups[position] = name;
     else
-        pGroups.append(name);
+        m_groups.append(name);
     emit groupsChanged();
-    createGroupSubmenu();
+    updateGroupMenu();
 }
 
-void AppServices::addGroupEntry()
+void AppServices::addGroup()
 {
-    pGroups.append(korvane::tr("New Group"));
+    m_groups.append(korvane::tr("New Group"));
     emit groupsChanged();
-    createGroupSubmenu();
+    updateGroupMenu();
 }
 
-void AppServices::removeGroupEntry(int selectedRow)
+void AppServices::removeGroup(int selectedRow)
 {
     // Without a selection there is nothing to remove: taking out the empty entry would shift
     // every group and so every plug-in's group by one.
     const qsizetype position = qsizetype(selectedRow) + 1;
-    if (position < 1 || position >= pGroups.size())
+    if (position < 1 || position >= m_groups.size())
         return;
-    pGroups.removeAt(position);
+    m_groups.removeAt(position);
     emit groupsChanged();
-    createGroupSubmenu();
+    updateGroupMenu();
 }
 
-int AppServices::numberOfRowsInGroupTable() const
+int AppServices::groupCount() const
 {
-    return pGroups.isEmpty() ? 0 : int(pGroups.size() - 1);
-}
-
-QString AppServices::groupTableObjectValue(int row) const
-{
-    return getGroupByIndex(row);
-}
-
-void AppServices::groupTableSetObjectValue(const QString &value, int row)
-{
-    setGroupByIndex(row, value);
+    return m_groups.isEmpty() ? 0 : int(m_groups.size() - 1);
 }
 
 void AppServices::showGroups()
@@ -374,9 +364,9 @@ void AppServices::showGroups()
     emit groupEditorShown();
 }
 
-void AppServices::createGroupSubmenu()
+void AppServices::updateGroupMenu()
 {
-    pMenuItems = pGroups.mid(1);
+    m_groupMenuTitles = m_groups.mid(1);
     emit groupMenuChanged();
 }
 
@@ -396,7 +386,7 @@ void AppServices::hideLog()
     emit logVisibilityChanged(false);
 }
 
-void AppServices::addLogEntry(const void *, const QString &entry)
+void AppServices::appendLog(const QString &entry)
 {
     m_logText += entry;
     emit logChanged();
@@ -404,44 +394,45 @@ void AppServices::addLogEntry(const void *, const QString &entry)
 
 // --- Undo ---------------------------------------------------------------------------------------
 
-void AppServices::undoAction()
+void AppServices::undo()
 {
-    m_undoManager.undo();
-    setUndoTitle();
-    setRedoTitle();
+    m_undoStack.undo();
+    updateUndoTitle();
+    updateRedoTitle();
 }
 
-void AppServices::redoAction()
+void AppServices::redo()
 {
-    m_undoManager.redo();
-    setUndoTitle();
-    setRedoTitle();
+    m_undoStack.redo();
+    updateUndoTitle();
+    updateRedoTitle();
 }
 
-void AppServices::setUndoTitle()
+void AppServices::updateUndoTitle()
 {
-    m_undoTitle = m_undoManager.undoMenuItemTitle();
+    m_undoTitle = m_undoStack.undoText();
     emit undoTitlesChanged();
 }
 
-void AppServices::setRedoTitle()
+void AppServices::updateRedoTitle()
 {
-    m_redoTitle = m_undoManager.redoMenuItemTitle();
+    m_redoTitle = m_undoStack.redoText();
     emit undoTitlesChanged();
 }
 
 // --- File-operation errors ----------------------------------------------------------------------
 
-bool AppServices::fileManager(FileOperations *, const QVariantMap &errorInfo)
+FileErrorAnswer AppServices::askToProceedAfter(const FileError &error)
 {
-    const QByteArray reason = errorInfo.value(QStringLiteral("Error")).toString().toUtf8();
+    const QByteArray reason = error.reason.toUtf8();
     Alert alert;
     alert.title = QStringLiteral("Korvane");
-    alert.messageText = fillFormat(
-        korvane::tr("File operation error...\n error: %@\n with file: %@"),
-        {korvane::tr(reason.constData()), errorInfo.value(QStringLiteral("Path")).toString()});
+    alert.messageText =
+        fillFormat(korvane::tr("File operation error...\n error: %@\n with file: %@"),
+                   {korvane::tr(reason.constData()), error.path});
     alert.buttons = {korvane::tr("Proceed"), korvane::tr("Stop")};
-    return ui().runAlert(alert) == AlertDefault;
+    return ui().runAlert(alert) == AlertAnswer::Default ? FileErrorAnswer::Proceed
+                                                        : FileErrorAnswer::Stop;
 }
 
 } // namespace korvane

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/UndoManager.h"
+#include "app/UndoStack.h"
 
 #include <QObject>
 #include <QString>
@@ -13,8 +13,12 @@ namespace korvane {
 
 class FileOperations;
 class FormatTable;
+struct FileError;
 class Locations;
 class UserInterface;
+
+// What the person chose after a file operation failed.
+enum class FileErrorAnswer { Proceed, Stop };
 
 // What every controller of one run works with: where its paths lie, how it touches the disk,
 // whom it asks, and which formats it knows. AppContext makes them and outlives every user.
@@ -26,7 +30,7 @@ struct RunParts {
 };
 
 // The part of the application controller that every lower layer shares: the content registry, the
-// group registry and its submenu, the log text, the undo manager with its menu titles, and the
+// group registry and its submenu, the log text, the undo stack with its menu titles, and the
 // answer to a failed file operation. AppController (shell) derives from it and adds start-up, tabs
 // and routing; the layers below the shell are handed it as AppServices.
 class AppServices : public QObject {
@@ -45,17 +49,17 @@ public:
     const RunParts &parts() const { return m_parts; }
 
     // --- Content registry -------------------------------------------------------------------
-    void initContent();
-    std::optional<QStringList> getContentForKey(const QString &key);
-    void saveContent(const QStringList &entry);
-    QStringList removeContentPaths(int type, const QStringList &scanPaths);
-    QString getFullPath(const QString &name, int type, int loc) const; // empty: out of range
-    QStringList removeIrrelevantData(int type, int loc, const QStringList &scanPaths);
+    void loadContentRegistry();
+    std::optional<QStringList> contentFor(const QString &key);
+    void storeContent(const QStringList &entry);
+    QStringList withoutContentPaths(int type, const QStringList &scanPaths);
+    QString fullPath(const QString &name, int type, int loc) const; // empty: out of range
+    QStringList relevantPaths(int type, int loc, const QStringList &scanPaths);
     void createFolders(const QString &path);
     // "~/Library/Application Support/Korvane" and any of its missing parents, before a data file
     // is written into it.
     void createSupportFolder();
-    const QList<QStringList> &contentRegistry() const { return pContent; }
+    const QList<QStringList> &contentRegistry() const { return m_content; }
 
     // Writes one of the program's data files atomically; a file there that readable rejects is
     // first kept aside, and the log window says so. False when nothing was written.
@@ -65,41 +69,40 @@ public:
     // --- Group registry ---------------------------------------------------------------------
     void loadGroups();
     void saveGroupRegistry(); // the whole list to groups.plist, at quit
-    QStringList &getGroups() { return pGroups; }
-    QString getGroupByIndex(int i) const;
-    void setGroupByIndex(int i, const QString &name);
-    void addGroupEntry();
-    void removeGroupEntry(int selectedRow); // the editor table's selected row, -1 for none
-    // Group editor table.
-    int numberOfRowsInGroupTable() const;
-    QString groupTableObjectValue(int row) const;
-    void groupTableSetObjectValue(const QString &value, int row);
+    // "No group" first, then every group by name; a plug-in's group is a position in it.
+    QStringList &groups() { return m_groups; }
+    // The named groups, as the group editor lists them: the i-th from 0, "no group" aside.
+    int groupCount() const;
+    QString groupAt(int i) const;
+    void setGroupAt(int i, const QString &name);
+    void addGroup();
+    void removeGroup(int selectedRow); // the editor table's selected row, -1 for none
     void showGroups();
     bool isGroupEditorVisible() const { return m_groupEditorVisible; }
     // The group submenu, as the titles of the items added behind the fixed "none" item.
-    void createGroupSubmenu();
-    QStringList groupMenuTitles() const { return pMenuItems; }
+    void updateGroupMenu();
+    QStringList groupMenuTitles() const { return m_groupMenuTitles; }
 
     // --- Log window -------------------------------------------------------------------------
     void showLog();
     void hideLog(); // also what closing the window by its close box does
-    void addLogEntry(const void *sender, const QString &entry);
+    void appendLog(const QString &entry);
     QString logText() const { return m_logText; }
     bool isLogVisible() const { return m_logVisible; }
     bool isShowLogEnabled() const { return m_showLogEnabled; }
 
     // --- Undo -------------------------------------------------------------------------------
-    UndoManager *getUndoManager() { return &m_undoManager; }
-    void undoAction();
-    void redoAction();
-    void setUndoTitle();
-    void setRedoTitle();
+    UndoStack *undoStack() { return &m_undoStack; }
+    void undo();
+    void redo();
+    void updateUndoTitle();
+    void updateRedoTitle();
     QString undoTitle() const { return m_undoTitle; }
     QString redoTitle() const { return m_redoTitle; }
 
     // --- File-operation errors --------------------------------------------------------------
-    // errorInfo holds "Error" (the reason) and "Path"; YES exactly when "Proceed" was pressed.
-    bool fileManager(FileOperations *manager, const QVariantMap &errorInfo);
+    // Shows the failure and asks whether the rest of the work goes on ("Proceed or Stop?").
+    FileErrorAnswer askToProceedAfter(const FileError &error);
 
     // The format whose tab is in front (0 AU, 1 RTAS, 2 MAS, 3 VST, ...); the shell's tabs answer.
     virtual int activeType() const { return m_activeType; }
@@ -119,11 +122,11 @@ protected:
     QString groupsFile() const;
 
     RunParts m_parts;
-    QList<QStringList> pContent;
+    QList<QStringList> m_content;
     bool m_contentLoaded = false;
-    QStringList pGroups;
-    QStringList pMenuItems;
-    UndoManager m_undoManager;
+    QStringList m_groups;
+    QStringList m_groupMenuTitles;
+    UndoStack m_undoStack;
     QString m_undoTitle;
     QString m_redoTitle;
     QString m_logText;

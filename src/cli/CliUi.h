@@ -24,7 +24,7 @@ public:
     void clearLine() { progressEnd(); }
 
     bool isInteractive() const override { return false; }
-    int runAlert(const Alert &alert) override;
+    AlertAnswer runAlert(const Alert &alert) override;
     std::optional<QString> runSavePanel(const SavePanelRequest &) override { return std::nullopt; }
     std::optional<QString> runOpenPanel(const OpenPanelRequest &) override { return std::nullopt; }
     MissingItemsAnswer runMissingItems(const QString &) override

@@ -42,8 +42,8 @@ bool AudioUnitSolo::begin(const PluginPtr &item)
         auto lock = std::make_unique<LibraryLock>(
             files, LibraryLock::foldersOf(m_audioUnits.locations(), m_audioUnits.traits()));
         if (!lock->isLocked()) {
-            services.addLogEntry(this, korvane::tr("Plug-ins not moved") + QStringLiteral(": ")
-                                           + lock->failure() + QLatin1Char('\n'));
+            services.appendLog(korvane::tr("Plug-ins not moved") + QStringLiteral(": ")
+                               + lock->failure() + QLatin1Char('\n'));
             return false;
         }
         m_lock = std::move(lock);
@@ -63,11 +63,10 @@ bool AudioUnitSolo::begin(const PluginPtr &item)
         const ComponentDescription &description = component.description();
         if (description.componentManufacturer == kApple)
             continue;
-        services.addLogEntry(this, korvane::tr("----- Plug-In Info -----\n"));
-        services.addLogEntry(
-            this, korvane::tr("Type: %s\n")
-                      .replace(QLatin1String("%s"),
-                               ComponentRegistry::fourCharString(description.componentType)));
+        services.appendLog(korvane::tr("----- Plug-In Info -----\n"));
+        services.appendLog(korvane::tr("Type: %s\n")
+                               .replace(QLatin1String("%s"), ComponentRegistry::fourCharString(
+                                                                 description.componentType)));
     }
 
     if (copied)

@@ -147,8 +147,8 @@ public:
     static QString findGroup(const QVariantList &groups, const QString &name);
     void changeGroup(const PluginPtr &item, const QString &group);
     void setGroup(const QString &menuTitle);
-    int groupCount() const;
-    QString groupAt(int index) const;
+    int groupChoiceCount() const;
+    QString groupChoiceAt(int index) const;
 
     // --- Maintenance ---------------------------------------------------------------------------
     void requestInfo();

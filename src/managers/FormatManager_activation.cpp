@@ -94,7 +94,7 @@ void FormatManager::tell(const char *text, const QStringList &args)
     QString shown = filled(korvane::tr(text), args);
     if (!shown.endsWith(QLatin1Char('\n')))
         shown += QLatin1Char('\n');
-    services().addLogEntry(this, shown);
+    services().appendLog(shown);
 }
 
 CopyProgress FormatManager::copyProgressFor(const int &item, int count) const
@@ -220,8 +220,8 @@ QList<MoveOutcome> FormatManager::applyPending()
     }
     if (!left.isEmpty()) {
         systemLog(QStringLiteral("Stopped, not moved: %1").arg(left.join(QStringLiteral(", "))));
-        services().addLogEntry(
-            this, korvane::tr("Stopped, not moved: %1\n").arg(left.join(QStringLiteral(", "))));
+        services().appendLog(
+            korvane::tr("Stopped, not moved: %1\n").arg(left.join(QStringLiteral(", "))));
     }
     if (showProgress)
         ui().progressEnd();
@@ -261,8 +261,7 @@ MoveOutcome FormatManager::applyRecord(int recordIndex, ApplyRun &run)
     const QString fromFolder = m_list.records().at(recordIndex).folder();
     const QString toFolder = item->location();
     const auto reportFailure = [&](const FileError &error) {
-        if (!main->fileManager(&files, QVariantMap{{QStringLiteral("Error"), error.reason},
-                                                   {QStringLiteral("Path"), error.path}}))
+        if (main->askToProceedAfter(error) == FileErrorAnswer::Stop)
             run.stopped = true;
         outcome.error = error;
     };
@@ -405,8 +404,8 @@ MoveOutcome FormatManager::applyRecord(int recordIndex, ApplyRun &run)
         otherCopy = true;
     if (otherCopy) {
         systemLog(QStringLiteral("Target is an installed copy, both kept: %1").arg(outcome.to));
-        main->addLogEntry(this, korvane::tr("%1 stays in %2: another installed copy lies at %3\n")
-                                    .arg(outcome.name, fromFolder, outcome.to));
+        main->appendLog(korvane::tr("%1 stays in %2: another installed copy lies at %3\n")
+                            .arg(outcome.name, fromFolder, outcome.to));
         outcome.otherCopyAtTarget = true;
         reportFailure({outcome.to, QStringLiteral(QT_TRANSLATE_NOOP(
                                        "korvane", "Another installed copy of the plug-in lies "

@@ -48,7 +48,7 @@ void FormatManager::changeGroup(const PluginPtr &item, const QString &group)
 {
     if (!item)
         return;
-    UndoManager *undo = services().getUndoManager();
+    UndoStack *undo = services().undoStack();
 
     const QString previous = item->group();
     QPointer<FormatManager> self(this);
@@ -62,7 +62,7 @@ void FormatManager::changeGroup(const PluginPtr &item, const QString &group)
                                        {korvane::tr("setGroup"), item->group(), item->name()}));
     if (undo->isUndoing() || undo->isRedoing())
         announceChanged({item});
-    services().setUndoTitle();
+    services().updateUndoTitle();
     saveGroups();
 }
 
@@ -77,14 +77,14 @@ void FormatManager::setGroup(const QString &menuTitle)
     saveGroups();
 }
 
-int FormatManager::groupCount() const
+int FormatManager::groupChoiceCount() const
 {
-    return int(services().getGroups().size());
+    return int(services().groups().size());
 }
 
-QString FormatManager::groupAt(int index) const
+QString FormatManager::groupChoiceAt(int index) const
 {
-    return services().getGroups().value(index);
+    return services().groups().value(index);
 }
 
 } // namespace korvane

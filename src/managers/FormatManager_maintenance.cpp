@@ -52,9 +52,8 @@ void FormatManager::reportDuplicates()
 {
     AppServices *services = &this->services();
     services->showLog();
-    services->addLogEntry(
-        this, korvane::tr("----- %@ -----\n")
-                  .replace(QLatin1String("%@"), QDateTime::currentDateTime().toString()));
+    services->appendLog(korvane::tr("----- %@ -----\n")
+                            .replace(QLatin1String("%@"), QDateTime::currentDateTime().toString()));
 
     // The lines go to the log as one entry: the same text, and one append instead of one per
     // line keeps a long report linear however the log stores its text.
@@ -72,7 +71,7 @@ void FormatManager::reportDuplicates()
     for (const auto &[name, count] : names)
         report += line.arg(name, QString::number(count));
     if (!report.isEmpty())
-        services->addLogEntry(this, report);
+        services->appendLog(report);
 }
 
 QList<QPair<QString, int>> FormatManager::duplicateNames(const QList<PluginPtr> &items)

@@ -82,7 +82,7 @@ private:
 };
 
 // The recursive listing (parents before children, names sorted) without what lies inside file
-// packages. removeIrrelevantData drops those paths anyway, as it drops every following path that
+// packages. relevantPaths drops those paths anyway, as it drops every following path that
 // starts with a package's path; leaving them out spares reading every bundle's inner folders.
 void collectOutsidePackages(const FileOperations &files, const QString &folder,
                             const QString &relative, QStringList *result)
@@ -118,7 +118,7 @@ QStringList FormatManager::listFolder(int loc, const QString &folder) const
     // the disabled folder and must be found there to be enabled again.
     QStringList listing;
     collectOutsidePackages(files(), folder, QString(), &listing);
-    return services().removeIrrelevantData(m_traits.type, loc, listing);
+    return services().relevantPaths(m_traits.type, loc, listing);
 }
 
 bool FormatManager::settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
@@ -164,7 +164,7 @@ bool FormatManager::settleInterruptedMoves(const std::array<QString, LocationCou
     }
     for (const InterruptedMoves::Line &line : moves.settle()) {
         systemLog(line.in(false));
-        services().addLogEntry(this, line.in(true) + QLatin1Char('\n'));
+        services().appendLog(line.in(true) + QLatin1Char('\n'));
     }
     return true;
 }
@@ -172,9 +172,9 @@ bool FormatManager::settleInterruptedMoves(const std::array<QString, LocationCou
 void FormatManager::rescan()
 {
     AppServices &main = services();
-    main.getUndoManager()->removeAllActionsWithTarget(this);
-    main.setUndoTitle();
-    main.setRedoTitle();
+    main.undoStack()->removeActionsOf(this);
+    main.updateUndoTitle();
+    main.updateRedoTitle();
 
     // The selection outlives the rescan by name and place; the items themselves are made anew.
     QList<QPair<QString, QString>> selected;

@@ -242,15 +242,15 @@ void FormatManager::selectSet(int index)
         alert.buttons = {korvane::tr("try again"), korvane::tr("remove")};
         alert.informativeText =
             korvane::tr("The set \"%@\" not longer exist.").replace(QLatin1String("%@"), path);
-        const int answer = ui().runAlert(alert);
-        if (answer == AlertDefault && !ui().isInteractive()) {
+        const AlertAnswer answer = ui().runAlert(alert);
+        if (answer == AlertAnswer::Default && !ui().isInteractive()) {
             // Nobody is there to put the file back: asking again would never end. The entry
             // stays for a person to decide on later.
             selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
             m_setChanged = false;
             return;
         }
-        if (answer != AlertDefault) {
+        if (answer != AlertAnswer::Default) {
             m_setTitles.removeAll(path);
             emit setsChanged();
             selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
@@ -271,7 +271,7 @@ void FormatManager::offerToSaveSet()
     alert.messageText = korvane::tr("Save changes to Set");
     alert.buttons = {korvane::tr("Save"), korvane::tr("Discard")};
     alert.informativeText = korvane::tr("Save changes to actual Set?");
-    if (ui().runAlert(alert) == AlertDefault) {
+    if (ui().runAlert(alert) == AlertAnswer::Default) {
         saveSet();
     } else {
         selectSetIndex(0);

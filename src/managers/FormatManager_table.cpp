@@ -153,7 +153,7 @@ void FormatManager::changeItem(const PluginPtr &item, const QString &column, con
     if (!item)
         return;
     AppServices *services = &this->services();
-    UndoManager *undo = services->getUndoManager();
+    UndoStack *undo = services->undoStack();
 
     if (column == kGroup) {
         changeGroup(item, value.toString());
@@ -180,8 +180,8 @@ void FormatManager::changeItem(const PluginPtr &item, const QString &column, con
         undo->setActionName(m_traits.toggleActionName(item->name(), item->isActive(),
                                                       item->isGlobal(), globalFlag));
 
-    services->setUndoTitle();
-    services->setRedoTitle();
+    services->updateUndoTitle();
+    services->updateRedoTitle();
     item->updateLocation(m_traits.type);
     updateRecord(item);
     m_setChanged = m_selectedSetIndex > 0;
@@ -258,10 +258,10 @@ bool FormatManager::installDropped(const QStringList &paths)
     alert.buttons = {korvane::tr(m_traits.installFirstButton.toUtf8().constData()),
                      korvane::tr("All Files"), korvane::tr("Cancel")};
     alert.addedButtons = true;
-    const int answer = ui.runAlert(alert);
-    if (answer != AlertFirst && answer != AlertSecond)
+    const AlertAnswer answer = ui.runAlert(alert);
+    if (answer != AlertAnswer::First && answer != AlertAnswer::Second)
         return false;
-    const bool allFiles = answer == AlertSecond;
+    const bool allFiles = answer == AlertAnswer::Second;
 
     ui.progressBegin(korvane::tr(m_traits.installProgressTitle.toUtf8().constData()));
     ui.progressDetail(QString());
@@ -291,7 +291,7 @@ bool FormatManager::installDropped(const QStringList &paths)
     if (i < count) {
         const QString left = paths.mid(i).join(QStringLiteral(", "));
         systemLog(QStringLiteral("Stopped, not installed: %1").arg(left));
-        services().addLogEntry(this, korvane::tr("Stopped, not installed: %1\n").arg(left));
+        services().appendLog(korvane::tr("Stopped, not installed: %1\n").arg(left));
     }
     rescan();
     ui.progressEnd();

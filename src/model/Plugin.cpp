@@ -20,7 +20,7 @@ void Plugin::setName(const QString &name)
 
 void Plugin::setGroup(const QString &group)
 {
-    const qsizetype index = m_registry ? m_registry->getGroups().indexOf(group) : -1;
+    const qsizetype index = m_registry ? m_registry->groups().indexOf(group) : -1;
     // An unknown name is kept under the largest positive int, a position past every group.
     m_groupId = index < 0 ? INT_MAX : int(index);
 }
@@ -30,7 +30,7 @@ QString Plugin::group() const
     // Read through the list so a renamed group renames its members; a stale position is no group.
     if (!m_registry)
         return QString();
-    const QStringList &groups = m_registry->getGroups();
+    const QStringList &groups = m_registry->groups();
     if (m_groupId < 0 || m_groupId >= groups.size())
         return QString();
     return groups.at(m_groupId);
@@ -52,7 +52,7 @@ void Plugin::updateLocation(const std::array<QString, 4> &folders)
 void Plugin::loadContent()
 {
     const std::optional<QStringList> content =
-        m_registry ? m_registry->getContentForKey(m_name) : std::nullopt;
+        m_registry ? m_registry->contentFor(m_name) : std::nullopt;
     if (content && !content->isEmpty()) {
         m_hasContent = true;
         m_content = *content;
@@ -101,7 +101,7 @@ void Plugin::replaceContent(const QString &entry, int i)
 void Plugin::storeContent()
 {
     if (m_registry)
-        m_registry->saveContent(m_content);
+        m_registry->storeContent(m_content);
 }
 
 void Plugin::detectArchitecture(const QString &path)

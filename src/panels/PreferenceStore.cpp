@@ -81,7 +81,7 @@ bool PreferenceStore::keepIfDamaged()
     QString report;
     const bool kept = DataFile::keep(m_files, m_path, &report);
     if (m_log)
-        m_log->addLogEntry(this, report);
+        m_log->appendLog(report);
     if (!kept)
         m_keepFailed = m_identity;
     return kept;

@@ -53,7 +53,7 @@ FormatManager *AppController::managerOf(int type) const
 void AppController::prepareWindow()
 {
     initTabs();
-    createGroupSubmenu();
+    updateGroupMenu();
 }
 
 void AppController::start()
@@ -271,7 +271,7 @@ void AppController::moveSelectedToTrash()
     alert.informativeText = korvane::tr("Do you want to move the selected Plug-Ins to trash?");
     // The safe answer is the default one.
     alert.buttons = {korvane::tr("cancel"), korvane::tr("move to trash")};
-    if (ui().runAlert(alert) != AlertAlternate)
+    if (ui().runAlert(alert) != AlertAnswer::Alternate)
         return;
     if (FormatManager *manager = activeManager())
         manager->moveSelectedToTrash();

@@ -146,7 +146,7 @@ void UpdateCheck::report(const std::optional<QVariantMap> &list)
                              .replace(QLatin1String("%@"), shownVersion(listed.toString()));
     if (ask(korvane::tr("A New Version is Available"), text,
             {korvane::tr("OK"), korvane::tr("Cancel")})
-        == AlertDefault)
+        == AlertAnswer::Default)
         m_ui.openUrl(m_downloadUrl);
 }
 

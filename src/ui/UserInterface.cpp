@@ -2,9 +2,9 @@
 
 namespace korvane {
 
-int HeadlessUi::runAlert(const Alert &alert)
+AlertAnswer HeadlessUi::runAlert(const Alert &alert)
 {
-    return alert.addedButtons ? AlertFirst : AlertDefault;
+    return alert.addedButtons ? AlertAnswer::First : AlertAnswer::Default;
 }
 
 } // namespace korvane

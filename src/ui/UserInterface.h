@@ -7,8 +7,8 @@
 
 namespace korvane {
 
-// A modal alert. With addedButtons NO the first button is the default (answer 1) and the second
-// the alternate (answer 0); with addedButtons YES the buttons answer 1000, 1001, 1002 in order.
+// A modal alert. Without addedButtons the first button is the default and the second the
+// alternate; with addedButtons the buttons answer First, Second and Third in order.
 // Every text is plain text and every implementation shows it as such, never as rich text or
 // markup: messages carry file names, paths and text from the network.
 struct Alert {
@@ -21,13 +21,8 @@ struct Alert {
     Style style = Warning;
 };
 
-enum AlertAnswer {
-    AlertDefault = 1,
-    AlertAlternate = 0,
-    AlertFirst = 1000,
-    AlertSecond = 1001,
-    AlertThird = 1002
-};
+// The button pressed; None when the alert went without one.
+enum class AlertAnswer { None, Default, Alternate, First, Second, Third };
 
 // What the person decided about the plug-ins an opened set names that are not installed.
 enum class MissingItemsAnswer {
@@ -55,7 +50,7 @@ class UserInterface {
 public:
     virtual ~UserInterface() = default;
 
-    virtual int runAlert(const Alert &alert) = 0;
+    virtual AlertAnswer runAlert(const Alert &alert) = 0;
     virtual std::optional<QString> runSavePanel(const SavePanelRequest &request) = 0;
     virtual std::optional<QString> runOpenPanel(const OpenPanelRequest &request) = 0;
     virtual MissingItemsAnswer runMissingItems(const QString &list) = 0;
@@ -81,7 +76,7 @@ public:
 class HeadlessUi : public UserInterface {
 public:
     bool isInteractive() const override { return false; }
-    int runAlert(const Alert &alert) override;
+    AlertAnswer runAlert(const Alert &alert) override;
     std::optional<QString> runSavePanel(const SavePanelRequest &) override { return std::nullopt; }
     std::optional<QString> runOpenPanel(const OpenPanelRequest &) override { return std::nullopt; }
     MissingItemsAnswer runMissingItems(const QString &) override

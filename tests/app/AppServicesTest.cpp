@@ -42,9 +42,9 @@ TEST_F(AppServicesTest, SystemFileIsUsedAndCopiedToTheUserOnFirstSaveEvenWithout
               PropertyList::toXml(plist({{"A", "/x"}, {"B", "/y"}})));
     AppServices services(parts());
     EXPECT_FALSE(QFileInfo::exists(userFile()));
-    EXPECT_EQ(services.getContentForKey("B"), QStringList({"B", "/y"}));
+    EXPECT_EQ(services.contentFor("B"), QStringList({"B", "/y"}));
     QDir(homePath("Library")).removeRecursively();
-    services.saveContent({"C", "/z"});
+    services.storeContent({"C", "/z"});
     EXPECT_EQ(userEntries(), plist({{"A", "/x"}, {"B", "/y"}, {"C", "/z"}}));
     QFile::remove(rootPath(kSupport + "/content.plist"));
     QFile::remove(userFile());
@@ -60,8 +60,8 @@ TEST_F(AppServicesTest, DuplicatesAndMalformedEntries)
     writeText(userFile(), original);
     AppServices services(parts());
     EXPECT_EQ(services.contentRegistry(), QList<QStringList>({{"B"}, {"A", "/1"}, {"A", "/2"}}));
-    EXPECT_EQ(services.getContentForKey("A"), QStringList({"A", "/1"}));
-    services.saveContent({"A", "/3"});
+    EXPECT_EQ(services.contentFor("A"), QStringList({"A", "/1"}));
+    services.storeContent({"A", "/3"});
     EXPECT_EQ(userEntries(), plist({{"B"}, {"A", "/3"}, {"A", "/2"}}));
     // What was left out is not lost with the rewrite.
     const QStringList kept = keptFiles();
@@ -100,10 +100,10 @@ TEST_F(AppServicesTest, DamagedFileIsKeptUnderAFreeDatedNameOrNotReplaced)
     ImmutableGuard guard(homePath(kSupport));
     if (!guard.ok())
         GTEST_SKIP() << "chattr not supported here";
-    services.initContent();
-    services.saveContent({"A", "/a"}); // the change stays in memory
+    services.loadContentRegistry();
+    services.storeContent({"A", "/a"}); // the change stays in memory
     EXPECT_EQ(readText(userFile()), QString::fromUtf8(garbage));
-    EXPECT_EQ(services.getContentForKey("A"), QStringList({"A", "/a"}));
+    EXPECT_EQ(services.contentFor("A"), QStringList({"A", "/a"}));
     EXPECT_EQ(log.lines().mid(1), QStringList(2, "Could not read " + userFile()
                                                      + " nor move it aside; left it as it is"));
 }
@@ -114,31 +114,30 @@ TEST_F(AppServicesTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
     const QStringList scan{"Other", "Shared", "Shared/Lib", "Shared/Lib/x", "Shared/Lib2"};
     {
         AppServices services(parts());
-        services.saveContent({"X.component", components + "/Shared/Lib"});
+        services.storeContent({"X.component", components + "/Shared/Lib"});
         // Whole steps: "Shared/Lib2" is not inside "Shared/Lib".
-        EXPECT_EQ(services.removeContentPaths(0, scan),
+        EXPECT_EQ(services.withoutContentPaths(0, scan),
                   QStringList({"Other", "Shared", "Shared/Lib2"}));
-        EXPECT_EQ(services.removeContentPaths(7, scan), scan);
+        EXPECT_EQ(services.withoutContentPaths(7, scan), scan);
     }
     // A home longer than the system root, as on a real machine, so the cut lands mid-folder.
     QDir().mkpath(homePath("someone/Library/Application Support"));
     const Locations longer(Roots::at(root(), homePath("someone")));
     AppServices services(RunParts{longer, disk(), ui, FormatTable::builtIn()});
-    services.saveContent(
+    services.storeContent(
         {"X.component", longer.expand("~/Library/Audio/Plug-Ins/Components/Shared/Lib")});
-    services.saveContent({"Y.component", components, components + "/"}); // too short to cut
-    EXPECT_EQ(services.removeContentPaths(0, scan), scan);
+    services.storeContent({"Y.component", components, components + "/"}); // too short to cut
+    EXPECT_EQ(services.withoutContentPaths(0, scan), scan);
 }
 
 TEST_F(AppServicesTest, FullPathsAndCreatedFoldersStayInsideTheRoots)
 {
     AppServices services(parts());
-    EXPECT_EQ(services.getFullPath("Sub/X.vst", 3, 0),
+    EXPECT_EQ(services.fullPath("Sub/X.vst", 3, 0),
               rootPath("Library/Audio/Plug-Ins/VST/Sub/X.vst"));
     for (const char *name : {"../../../../../etc/passwd", "Sub/../../X.vst", "/etc/passwd", ".."})
-        EXPECT_TRUE(services.getFullPath(name, 3, 0).isEmpty()) << name;
-    EXPECT_TRUE(services.getFullPath("X", 4, 0).isEmpty()
-                && services.getFullPath("X", 0, -1).isEmpty());
+        EXPECT_TRUE(services.fullPath(name, 3, 0).isEmpty()) << name;
+    EXPECT_TRUE(services.fullPath("X", 4, 0).isEmpty() && services.fullPath("X", 0, -1).isEmpty());
 
     QDir().mkpath(rootPath("a"));
     services.createFolders(rootPath("a/../escape/b/file"));
@@ -158,13 +157,13 @@ TEST_F(AppServicesTest, GroupEditsRenumberAndAFailedSaveKeepsTheFile)
 {
     writeText(groupsFile(), PropertyList::toXml(QVariantList{"New Group", "G1", "G2"}));
     AppServices services(parts());
-    services.setGroupByIndex(2, "Synths"); // one past the last: appended
+    services.setGroupAt(2, "Synths"); // one past the last: appended
     int changes = 0;
     QObject::connect(&services, &AppServices::groupsChanged, [&] { ++changes; });
     for (int row : {-1, -7, 3}) // no selection, or none that exists: nothing shifts
-        services.removeGroupEntry(row);
+        services.removeGroup(row);
     EXPECT_EQ(changes, 0);
-    services.removeGroupEntry(0);
+    services.removeGroup(0);
     EXPECT_EQ(services.groupMenuTitles(), QStringList({"G2", "Synths"}));
     QDir(homePath("Library")).removeRecursively(); // the folders are made again
     services.saveGroupRegistry();
@@ -174,14 +173,14 @@ TEST_F(AppServicesTest, GroupEditsRenumberAndAFailedSaveKeepsTheFile)
     ImmutableGuard guard(groupsFile());
     if (!guard.ok())
         GTEST_SKIP() << "chattr not supported here";
-    services.addGroupEntry();
+    services.addGroup();
     services.saveGroupRegistry();
     EXPECT_EQ(PropertyList::readStringArray(groupsFile()), saved);
 }
 
 // A switch that records its own inverse on every change, as the managers' edits do.
 struct Switch {
-    UndoManager &undo;
+    UndoStack &undo;
     QString name;
     bool on = false;
     void toggle()
@@ -195,19 +194,19 @@ struct Switch {
 TEST_F(AppServicesTest, UndoRecordsTheRedoAndRedoTheUndo)
 {
     AppServices services(parts());
-    UndoManager &undo = *services.getUndoManager();
+    UndoStack &undo = *services.undoStack();
     auto titles = [&] { return QStringList{services.undoTitle(), services.redoTitle()}; };
-    services.undoAction(); // nothing to undo
+    services.undo(); // nothing to undo
     EXPECT_EQ(titles(), QStringList({"Undo", "Redo"}));
 
     Switch a{undo, "A"}, b{undo, "B"};
     a.toggle();
     b.toggle();
-    services.undoAction();
+    services.undo();
     EXPECT_FALSE(b.on);
     EXPECT_EQ(titles(), QStringList({"Undo A", "Redo B"}));
-    services.undoAction();
-    services.redoAction(); // what a redo records must not drop the other redo step
+    services.undo();
+    services.redo(); // what a redo records must not drop the other redo step
     EXPECT_TRUE(a.on);
     EXPECT_EQ(titles(), QStringList({"Undo A", "Redo B"}));
 
@@ -215,14 +214,14 @@ TEST_F(AppServicesTest, UndoRecordsTheRedoAndRedoTheUndo)
     EXPECT_FALSE(undo.canRedo());
     // An inverse that names nothing still leaves the redo named after the step it undid.
     undo.registerUndo(nullptr, [&undo] { undo.registerUndo(nullptr, [] {}); });
-    EXPECT_EQ(undo.undoMenuItemTitle(), "Undo");
+    EXPECT_EQ(undo.undoText(), "Undo");
     undo.setActionName("C");
     undo.undo();
-    EXPECT_EQ(undo.redoMenuItemTitle(), "Redo C");
+    EXPECT_EQ(undo.redoText(), "Redo C");
 
     a.toggle(); // removing a target drops its steps only
-    undo.removeAllActionsWithTarget(&a);
-    EXPECT_EQ(undo.undoMenuItemTitle(), "Undo B");
+    undo.removeActionsOf(&a);
+    EXPECT_EQ(undo.undoText(), "Undo B");
     undo.undo();
     EXPECT_FALSE(b.on || undo.canUndo());
 }

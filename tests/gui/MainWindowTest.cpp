@@ -64,7 +64,7 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
     // Delete asks first, then takes only the selected plug-in of the tab in front.
     window->tabs()->tabBar()->setCurrentIndex(0); // the person clicks AudioUnits
     au.selectRows({rowOf(au, "Alder Echo.component")});
-    ui.alertAnswers.enqueue(AlertAlternate); // "move to trash"
+    ui.alertAnswers.enqueue(AlertAnswer::Alternate); // "move to trash"
     window->action("miDelete")->trigger();
     EXPECT_EQ(ui.alertMessages(), QStringList({"Move to trash"}));
     EXPECT_FALSE(QFileInfo::exists(folder(TypeAU, LocSystemActive) + "/Alder Echo.component"));
@@ -109,7 +109,7 @@ TEST_F(MainWindowTest, ClosingTheWindowSavesGroupsAndTheFrontTabOnce)
 {
     std::unique_ptr<MainWindow> window = openLibrary();
     EXPECT_TRUE(context->manager(TypeVST)->hasScanned()); // started once the loop ran
-    context->main()->addGroupEntry();
+    context->main()->addGroup();
     QMenu *groups = window->findChild<QMenu *>("menuGroups");
     ASSERT_TRUE(groups);
     ASSERT_EQ(groups->actions().size(), 2); // "none" and the new one
@@ -160,7 +160,7 @@ TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
     ReadOnlyFileOperations readOnly(disk());
     FileError error;
     ASSERT_FALSE(readOnly.move(homePath("Echo.vst"), homePath("Echo2.vst"), &error));
-    context->main()->fileManager(&readOnly, {{"Error", error.reason}, {"Path", error.path}});
+    context->main()->askToProceedAfter(error);
 
     ASSERT_EQ(ui.alerts.size(), 3);
     EXPECT_EQ(ui.alerts[0].buttons, QStringList({"Abbrechen", "In den Papierkorb legen"}));

@@ -1,6 +1,6 @@
 #include "GuiFixture.h"
 
-#include "app/UndoManager.h"
+#include "app/UndoStack.h"
 #include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginItemDelegate.h"
 #include "gui/table/PluginTableModel.h"
@@ -45,7 +45,7 @@ protected:
         view.reset();
         GuiTest::TearDown();
     }
-    UndoManager &undo() { return *context->main()->getUndoManager(); }
+    UndoStack &undo() { return *context->main()->undoStack(); }
     PluginPtr item(const QString &name) const
     {
         return au->itemAt(rowOf(*au, name + ".component"));
@@ -139,9 +139,9 @@ TEST_F(PluginTableTest, SortingAndRescanningKeepTheSelectedPlugIns)
 
 TEST_F(PluginTableTest, TheFilterHidesRowsAndEditsReachTheShownPlugInAsOneUndoStep)
 {
-    context->main()->getGroups() << "Modulation";
+    context->main()->groups() << "Modulation";
     au->changeItem(item("Alder Chorus"), "AUGroup", "Modulation");
-    undo().removeAllActions();
+    undo().clear();
     const struct {
         const char *text;
         QStringList shown;
@@ -201,7 +201,7 @@ TEST_F(PluginTableTest, DragsOutFileUrlsAndInstallsOnlyDropsFromOutside)
     QDragEnterEvent enter(onRow, Qt::CopyAction, &files, Qt::LeftButton, {});
     QCoreApplication::sendEvent(view->viewport(), &enter);
     EXPECT_TRUE(enter.isAccepted());
-    ui.alertAnswers << AlertFirst; // "AudioUnits only"
+    ui.alertAnswers << AlertAnswer::First; // "AudioUnits only"
     QDropEvent drop(onRow, Qt::CopyAction, &files, Qt::LeftButton, {});
     QCoreApplication::sendEvent(view->viewport(), &drop);
     EXPECT_EQ(drop.dropAction(), Qt::CopyAction); // a move would delete the download

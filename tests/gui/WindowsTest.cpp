@@ -42,7 +42,7 @@ TEST_F(WindowsTest, GroupEditorEditsReachTheGroupsSubmenuAtOnce)
 
     table->clearSelection(); // nothing chosen: nothing goes, position 0 is no group
     click("pbGroupDel");
-    EXPECT_EQ(main->getGroups(), QStringList({"", "New Group", "Drums"}));
+    EXPECT_EQ(main->groups(), QStringList({"", "New Group", "Drums"}));
     table->selectRow(0);
     click("pbGroupDel");
     EXPECT_EQ(menu, QStringList({"Drums"}));
@@ -130,11 +130,11 @@ TEST_F(WindowsTest, TheLogWindowFollowsTheLogAndItsCloseBoxEnablesShowLogAgain)
 {
     makeContext();
     AppController *main = context->main();
-    main->addLogEntry(nullptr, "a\n");
+    main->appendLog("a\n");
     LogWindow window(*main);
     main->showLog();
     ASSERT_TRUE(window.isVisible());
-    main->addLogEntry(nullptr, "b\n");
+    main->appendLog("b\n");
     EXPECT_EQ(window.text()->toPlainText(), "a\nb\n");
     window.close(); // the close box
     EXPECT_TRUE(main->isMenuItemEnabled(AppController::MenuItem::ShowLog));

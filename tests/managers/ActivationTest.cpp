@@ -94,7 +94,7 @@ TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
             reported << QString("%1 %2%3").arg(o.name).arg(int(o.ok)).arg(int(o.stopped));
         return reported;
     };
-    ui.alertAnswers << AlertDefault << AlertAlternate; // Proceed, then Stop
+    ui.alertAnswers << AlertAnswer::Default << AlertAnswer::Alternate; // Proceed, then Stop
     EXPECT_EQ(apply(), QStringList({"A.component 00", "B.component 10", "C.component 10"}));
     EXPECT_EQ(files.moves, 3); // a full disk is not tried a second time
     for (const char *name : {"B.component", "C.component"})
@@ -221,7 +221,7 @@ TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)
     // Under the user's folder by its text, above every folder in fact.
     B::makeFile(home(), "victim.txt");
     const QString climbing = folder(TypeAU, 2) + "/../../../../victim.txt";
-    services().saveContent({"Foo.component", preset, outside, climbing});
+    services().storeContent({"Foo.component", preset, outside, climbing});
     au->rescan();
     mark(au, "Foo.component", false);
 
@@ -463,7 +463,7 @@ TEST_F(ActivationTest, NothingMovesThroughALinkOnTheWay)
     const QString link = folder(TypeAU, 0) + "/link-out";
     ASSERT_TRUE(QFile::link(outside.path(), link));
     const QString preset = B::makeFile(folder(TypeAU, 0) + "/Sub", "Foo.preset");
-    services().saveContent({"Foo.component", link + "/victim", preset});
+    services().storeContent({"Foo.component", link + "/victim", preset});
     SystemLogCapture capture;
     au->rescan();
     mark(au, "Foo.component", false);

@@ -86,7 +86,7 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
     EXPECT_TRUE(item(au, "B.component")->isActive());
     EXPECT_FALSE(au->isApplyEnabled());
 
-    ui.alertAnswers << 0; // Discard the change
+    ui.alertAnswers << AlertAnswer::Alternate; // Discard the change
     au->changeItem(item(au, "B.component"), "AUActive", false);
     au->apply();
     EXPECT_EQ(ui.alertMessages(), QStringList({"Save changes to Set"}));
@@ -101,7 +101,7 @@ TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemoved)
     EXPECT_EQ(loadSets("not a plist"), QStringList({"no set"}));
 
     loadSets(PropertyList::toXml(QVariantList{"no set", "/gone/x.aukorv"}));
-    ui.alertAnswers << 1 << 1 << 0;
+    ui.alertAnswers << AlertAnswer::Default << AlertAnswer::Default << AlertAnswer::Alternate;
     au->selectSet(1);
     ASSERT_EQ(ui.alerts.size(), 3);
     EXPECT_EQ(ui.alerts[2].buttons, QStringList({"try again", "remove"}));

@@ -9,7 +9,7 @@ namespace korvane {
 
 class TableTest : public FormatManagerFixture {
 protected:
-    UndoManager *undo = nullptr;
+    UndoStack *undo = nullptr;
     int resets = 0;         // whole-list rebuilds
     QList<int> changedRows; // the rows of the last announcement
 
@@ -20,7 +20,7 @@ protected:
         addAU(LocUserDisabled, "bar.component");
         addAU(LocUserActive, "Baz.component");
         au->rescan();
-        undo = services().getUndoManager();
+        undo = services().undoStack();
         QObject::connect(au, &FormatManager::itemsChanged,
                          [this](const QList<int> &rows) { changedRows = rows; });
         QObject::connect(au, &FormatManager::itemsReset, [this] { ++resets; });
@@ -64,7 +64,7 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
     QDir(user).removeRecursively();
     const QStringList paths{drops + "/New.component", drops + "/readme.txt"};
 
-    ui.alertAnswers << 1002; // Cancel
+    ui.alertAnswers << AlertAnswer::Third; // Cancel
     EXPECT_FALSE(au->installDropped(paths));
     EXPECT_TRUE(au->installDropped(paths)); // recognised only, into a user folder that was missing
     EXPECT_TRUE(exists(user + "/New.component/Contents/Info.plist"));
@@ -73,7 +73,7 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
 
     addAU(LocUserActive, "Baz.component");
     ui = {};
-    ui.alertAnswers << 1001; // All Files, then Cancel before the third
+    ui.alertAnswers << AlertAnswer::Second; // All Files, then Cancel before the third
     ui.cancelAt = 3;
     EXPECT_TRUE(au->installDropped(
         {drops + "/readme.txt", drops + "/Baz.component", drops + "/Last.component"}));
@@ -121,7 +121,7 @@ TEST_F(TableTest, DeleteTrashesTheSelectedRowsFromTheHighestDown)
 // commands switch the members of the selected row's group.
 TEST_F(TableTest, GroupsAreReadSavedUndoneAndSwitchedTogether)
 {
-    services().getGroups() = {"Synths", "Drums"};
+    services().groups() = {"Synths", "Drums"};
     const QString file = homePath("Library/Application Support/Korvane/augroups.plist");
     writeText(file, PropertyList::toXml(QVariantList{"Foo.component", "Synths", "bar.component",
                                                      "Synths", "Baz.component", "Drums",

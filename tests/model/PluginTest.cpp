@@ -42,7 +42,7 @@ TEST_F(PluginTest, ArchitectureComesFromTheExecutablesFirstBytes)
 
 TEST_F(PluginTest, GroupsAreReadThroughTheRegistryByPosition)
 {
-    services->getGroups() = QStringList{"", "G1", "G2", "G3"};
+    services->groups() = QStringList{"", "G1", "G2", "G3"};
     Plugin second(&*services), third(&*services), stranger(&*services);
     second.setGroup("G2");
     third.setGroup("G3");
@@ -50,16 +50,16 @@ TEST_F(PluginTest, GroupsAreReadThroughTheRegistryByPosition)
     EXPECT_EQ(stranger.groupId(), INT_MAX);
     EXPECT_EQ(stranger.group(), "");
 
-    services->setGroupByIndex(1, "Renamed");
+    services->setGroupAt(1, "Renamed");
     EXPECT_EQ(second.group(), "Renamed");
-    services->removeGroupEntry(0);
+    services->removeGroup(0);
     EXPECT_EQ(second.group(), "G3"); // members keep their position
     EXPECT_EQ(third.group(), "");    // past the end: no group
 }
 
 TEST_F(PluginTest, ArchiveHoldsNameLocationAndTwoFlags)
 {
-    services->saveContent({"Echo.vst", "/presets"});
+    services->storeContent({"Echo.vst", "/presets"});
     Plugin item;
     item.setLocation("/L");
     item.setGlobal(true);

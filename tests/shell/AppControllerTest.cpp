@@ -103,7 +103,7 @@ TEST_F(AppControllerTest, AFifthFormatIsOneRowOfTheTable)
 
     clap->setAllActive();
     clap->changeItem(clap->itemAt(1), "AUGlobal", true);
-    EXPECT_EQ(context->main()->getUndoManager()->undoActionName(), "Bolt.clap \"setGlobal\"");
+    EXPECT_EQ(context->main()->undoStack()->undoActionName(), "Bolt.clap \"setGlobal\"");
     for (const MoveOutcome &outcome : clap->applyPending())
         EXPECT_TRUE(outcome.ok) << outcome.error.reason.toStdString();
     EXPECT_TRUE(QFileInfo::exists(rootPath("Library/Audio/Plug-Ins/CLAP/Bolt.clap")));

@@ -98,7 +98,7 @@ TEST_F(UpdateCheckTest, ComparesTheListedVersionAsAnExactStringAndOnlyOKOpensThe
     // A long version is cut short; markup is text like any other.
     EXPECT_EQ(check(listing(QString(1000, '9'))),
               kNewVersion.arg(QString(64, '9') + QChar(0x2026)));
-    ui.alertAnswers << AlertAlternate;
+    ui.alertAnswers << AlertAnswer::Alternate;
     EXPECT_EQ(check(listing("<b>2.0</b>")), kNewVersion.arg("<b>2.0</b>"));
     // Every "new version" panel but the last was answered with OK; Cancel opens nothing.
     EXPECT_EQ(ui.openedUrls, QList<QUrl>(5, kDownload));

@@ -11,10 +11,10 @@
 namespace korvane {
 
 // Answers from queues and records everything asked of it, like a person at the screen.
-// An alert with no queued answer gets its default (1, or 1000 with added buttons).
+// An alert with no queued answer gets its default (Default, or First with added buttons).
 class ScriptedUi : public UserInterface {
 public:
-    QQueue<int> alertAnswers;
+    QQueue<AlertAnswer> alertAnswers;
     QQueue<std::optional<QString>> savePanelAnswers; // empty queue: cancel
     QQueue<std::optional<QString>> openPanelAnswers;
     QQueue<MissingItemsAnswer> missingItemsAnswers; // empty queue: Ignore
@@ -40,9 +40,10 @@ public:
         return messages;
     }
 
-    int runAlert(const Alert &alert) override
+    AlertAnswer runAlert(const Alert &alert) override
     {
-        return alerts << alert, next(alertAnswers, alert.addedButtons ? AlertFirst : AlertDefault);
+        return alerts << alert,
+               next(alertAnswers, alert.addedButtons ? AlertAnswer::First : AlertAnswer::Default);
     }
     std::optional<QString> runSavePanel(const SavePanelRequest &request) override
     {

@@ -23,7 +23,7 @@ public:
     // The window dialogs belong to; none: they stand alone.
     void setWindow(QWidget *window) { m_window = window; }
 
-    int runAlert(const Alert &alert) override;
+    AlertAnswer runAlert(const Alert &alert) override;
     std::optional<QString> runSavePanel(const SavePanelRequest &request) override;
     std::optional<QString> runOpenPanel(const OpenPanelRequest &request) override;
     MissingItemsAnswer runMissingItems(const QString &list) override;

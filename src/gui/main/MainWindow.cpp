@@ -164,10 +164,8 @@ void MainWindow::makeFileMenu()
 void MainWindow::makeEditMenu()
 {
     QMenu *menu = menuBar()->addMenu(korvane::tr("&Edit"));
-    addItem(menu, "miUndo", korvane::tr("Undo"), QKeySequence::Undo,
-            [this] { m_main.undoAction(); });
-    addItem(menu, "miRedo", korvane::tr("Redo"), QKeySequence::Redo,
-            [this] { m_main.redoAction(); });
+    addItem(menu, "miUndo", korvane::tr("Undo"), QKeySequence::Undo, [this] { m_main.undo(); });
+    addItem(menu, "miRedo", korvane::tr("Redo"), QKeySequence::Redo, [this] { m_main.redo(); });
     menu->addSeparator();
     addItem(menu, "miDelete", korvane::tr("Delete..."), QKeySequence::Delete,
             [this] { m_main.moveSelectedToTrash(); });

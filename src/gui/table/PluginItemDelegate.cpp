@@ -22,9 +22,9 @@ QWidget *PluginItemDelegate::createEditor(QWidget *parent, const QStyleOptionVie
         return nullptr;
     auto *combo = new QComboBox(parent);
     combo->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
-    const int count = m_manager.groupCount();
+    const int count = m_manager.groupChoiceCount();
     for (int i = 0; i < count; ++i)
-        combo->addItem(m_manager.groupAt(i));
+        combo->addItem(m_manager.groupChoiceAt(i));
     // A pick is the edit; waiting for the focus to leave would lose it when the tab changes.
     connect(combo, &QComboBox::activated, this, [this, combo] {
         auto *self = const_cast<PluginItemDelegate *>(this);

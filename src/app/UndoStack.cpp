@@ -1,12 +1,12 @@
-#include "app/UndoManager.h"
+#include "app/UndoStack.h"
 
 #include "platform/Texts.h"
 
 namespace korvane {
 
-UndoManager::UndoManager(QObject *parent) : QObject(parent) {}
+UndoStack::UndoStack(QObject *parent) : QObject(parent) {}
 
-void UndoManager::registerUndo(const void *target, std::function<void()> inverse)
+void UndoStack::registerUndo(const void *target, std::function<void()> inverse)
 {
     if (m_recording) {
         // An undo records the redo and a redo the undo, into the one step opened for it.
@@ -18,7 +18,7 @@ void UndoManager::registerUndo(const void *target, std::function<void()> inverse
     emit changed();
 }
 
-void UndoManager::setActionName(const QString &name)
+void UndoStack::setActionName(const QString &name)
 {
     if (m_recording)
         m_recordingStep.name = name;
@@ -29,31 +29,31 @@ void UndoManager::setActionName(const QString &name)
     emit changed();
 }
 
-bool UndoManager::canUndo() const
+bool UndoStack::canUndo() const
 {
     return !m_undo.isEmpty();
 }
 
-bool UndoManager::canRedo() const
+bool UndoStack::canRedo() const
 {
     return !m_redo.isEmpty();
 }
 
-void UndoManager::undo()
+void UndoStack::undo()
 {
     if (m_recording || m_undo.isEmpty())
         return;
     runStep(m_undo, m_redo, true);
 }
 
-void UndoManager::redo()
+void UndoStack::redo()
 {
     if (m_recording || m_redo.isEmpty())
         return;
     runStep(m_redo, m_undo, false);
 }
 
-void UndoManager::runStep(QList<Step> &from, QList<Step> &to, bool undoing)
+void UndoStack::runStep(QList<Step> &from, QList<Step> &to, bool undoing)
 {
     const Step step = from.takeLast();
     // The inverse carries the name of the step it reverses unless the actions rename it.
@@ -74,29 +74,29 @@ void UndoManager::runStep(QList<Step> &from, QList<Step> &to, bool undoing)
     emit changed();
 }
 
-QString UndoManager::undoActionName() const
+QString UndoStack::undoActionName() const
 {
     return m_undo.isEmpty() ? QString() : m_undo.last().name;
 }
 
-QString UndoManager::redoActionName() const
+QString UndoStack::redoActionName() const
 {
     return m_redo.isEmpty() ? QString() : m_redo.last().name;
 }
 
-QString UndoManager::undoMenuItemTitle() const
+QString UndoStack::undoText() const
 {
     const QString name = undoActionName();
     return name.isEmpty() ? korvane::tr("Undo") : korvane::tr("Undo") + QLatin1Char(' ') + name;
 }
 
-QString UndoManager::redoMenuItemTitle() const
+QString UndoStack::redoText() const
 {
     const QString name = redoActionName();
     return name.isEmpty() ? korvane::tr("Redo") : korvane::tr("Redo") + QLatin1Char(' ') + name;
 }
 
-void UndoManager::removeAllActions()
+void UndoStack::clear()
 {
     m_undo.clear();
     m_redo.clear();
@@ -104,7 +104,7 @@ void UndoManager::removeAllActions()
     emit changed();
 }
 
-void UndoManager::removeAllActionsWithTarget(const void *target)
+void UndoStack::removeActionsOf(const void *target)
 {
     auto strip = [target](QList<Step> &stack) {
         for (qsizetype i = stack.size() - 1; i >= 0; --i) {

@@ -7,14 +7,14 @@
 
 namespace korvane {
 
-// The application's one undo manager. Every registration made outside undo and redo is one
+// The program's one undo history. Every registration made outside undo and redo is one
 // undoable step; what an undo registers becomes the redo, and what a redo registers the undo.
-class UndoManager : public QObject {
+class UndoStack : public QObject {
     Q_OBJECT
 public:
-    explicit UndoManager(QObject *parent = nullptr);
+    explicit UndoStack(QObject *parent = nullptr);
 
-    // Records the inverse of a change; target identifies who made it (removeAllActionsWithTarget).
+    // Records the inverse of a change; target identifies who made it (removeActionsOf).
     void registerUndo(const void *target, std::function<void()> inverse);
     // Names the step on top of the stack being recorded into.
     void setActionName(const QString &name);
@@ -29,11 +29,11 @@ public:
     QString undoActionName() const;
     QString redoActionName() const;
     // "Undo X" / "Redo X", or the bare word when the step has no name (or there is none).
-    QString undoMenuItemTitle() const;
-    QString redoMenuItemTitle() const;
+    QString undoText() const;
+    QString redoText() const;
 
-    void removeAllActions();
-    void removeAllActionsWithTarget(const void *target);
+    void clear();
+    void removeActionsOf(const void *target);
 
 signals:
     void changed();
