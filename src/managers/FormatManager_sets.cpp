@@ -34,8 +34,7 @@ void FormatManager::loadSetList()
     if (!stored) {
         titles << kNoSet;
     } else {
-        // Titles identify entries, so a repeated one keeps only its last place, as a pop-up
-        // button does when an item of the same title is added again.
+        // Titles identify entries, so a repeated one keeps only its last place.
         for (const QString &title : *stored) {
             titles.removeAll(title);
             titles << title;

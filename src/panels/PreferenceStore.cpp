@@ -10,7 +10,7 @@ namespace korvane {
 
 namespace {
 // A text stored for a flag: after white space and an optional sign, "Y", "y", "T", "t" or a digit
-// other than zero (leading zeros skipped) reads as on, as the first versions wrote and read it.
+// other than zero (leading zeros skipped) reads as on.
 bool stringBool(const QString &text)
 {
     int i = 0;

@@ -59,7 +59,7 @@ QCheckBox *PreferencesWindow::makeBox(const Format &format, const char *name, co
                                       bool PreferencesPage::*control)
 {
     auto *box = new QCheckBox(text);
-    // The outlet names of the preferences: cbAUOn, cbVSTType ...
+    // Tests find the check boxes by name: cbAUOn, cbVSTType ...
     box->setObjectName(QStringLiteral("cb") + format.prefix + QLatin1String(name));
     box->setAccessibleName(text);
     const int type = format.type;
