@@ -99,7 +99,7 @@ bool CliSession::lockLibrary(QString *failure)
     // Every format's folders: the run may touch any of them.
     if (!m_lock)
         m_lock = std::make_unique<LibraryLock>(
-            files(), LibraryLock::foldersOf(Locations(m_roots), FormatTable::builtIn()));
+            files(), Locations(m_roots).pluginFolders(FormatTable::builtIn()));
     if (!m_lock->isLocked() && failure)
         *failure = m_lock->failure();
     return m_lock->isLocked();

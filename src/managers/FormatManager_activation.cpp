@@ -164,7 +164,7 @@ struct FormatManager::ApplyRun {
 
 void FormatManager::apply()
 {
-    const LibraryLock lock(files(), LibraryLock::foldersOf(locations(), m_traits));
+    const LibraryLock lock(files(), locations().pluginFolders(m_traits));
     if (!libraryLocked(lock, ui()))
         return;
     offerToSaveSet();
@@ -174,7 +174,7 @@ void FormatManager::apply()
 
 QList<MoveOutcome> FormatManager::applyPending()
 {
-    const LibraryLock lock(files(), LibraryLock::foldersOf(locations(), m_traits));
+    const LibraryLock lock(files(), locations().pluginFolders(m_traits));
     if (!libraryLocked(lock, ui()))
         return {};
     // Nothing depends on the answer: the moves succeed or fail by the file system's own rights.

@@ -157,7 +157,7 @@ bool FormatManager::settleInterruptedMoves(const std::array<QString, LocationCou
         return false;
     // A move under way in another program looks just like one cut short: only a scan that has
     // the library to itself touches them. Within this program nothing moves during a scan.
-    const LibraryLock lock(files(), LibraryLock::foldersOf(locations(), m_traits), 0);
+    const LibraryLock lock(files(), locations().pluginFolders(m_traits), 0);
     if (!lock.isLocked()) {
         systemLog(QStringLiteral("Leftovers of moves left alone: %1").arg(lock.failure()));
         return false;

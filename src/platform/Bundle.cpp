@@ -230,6 +230,12 @@ bool writeSidecar(const QString &path, quint32 code)
     return file.isOpen() && file.write(0, bytes);
 }
 
+// The Info.plist of the bundle a scan looked at last.
+struct InfoMemo : ScanCache::Memo {
+    QString bundlePath;
+    std::optional<PropertyList::Dictionary> info;
+};
+
 // Contents/Info.plist parsed. Recognition and the architecture test both ask about it, so a scan
 // parses it once.
 std::optional<PropertyList::Dictionary> parsedInfo(const QString &bundlePath)
@@ -237,14 +243,18 @@ std::optional<PropertyList::Dictionary> parsedInfo(const QString &bundlePath)
     if (!Bundle::canOpen(bundlePath))
         return std::nullopt;
     ScanCache *cache = ScanCache::current();
-    if (cache) {
-        if (const auto *known = cache->infoDictionary(bundlePath))
-            return *known;
-    }
+    // Only this reader sets the memo.
+    if (const auto *known = cache ? static_cast<const InfoMemo *>(cache->memo()) : nullptr;
+        known && !known->bundlePath.isNull() && known->bundlePath == bundlePath)
+        return known->info;
     std::optional<PropertyList::Dictionary> info =
         PropertyList::readParsedDictionary(infoPlistPath(bundlePath));
-    if (cache)
-        cache->setInfoDictionary(bundlePath, info);
+    if (cache) {
+        auto memo = std::make_unique<InfoMemo>();
+        memo->bundlePath = bundlePath;
+        memo->info = info;
+        cache->setMemo(std::move(memo));
+    }
     return info;
 }
 

@@ -1,6 +1,6 @@
 #include "platform/InterruptedMoves.h"
 
-#include "platform/ProcessList.h"
+#include "platform/StagingFolders.h"
 #include "platform/Texts.h"
 
 #include <QDir>
@@ -15,35 +15,6 @@ namespace {
 
 const QString kPartialSuffix = QStringLiteral(".korvane-partial");
 const QString kRemovingSuffix = QStringLiteral(".korvane-removing");
-const QString kStagingPrefix = QStringLiteral(".korvane-");
-const QString kPartialKind = QStringLiteral(".partial");
-const QString kRemovingKind = QStringLiteral(".removing");
-
-struct Process {
-    qint64 pid = 0;
-    quint64 start = 0; // 0: /proc cannot tell
-};
-
-const Process &self()
-{
-    static const Process process{::getpid(), processStartTime(::getpid()).value_or(0)};
-    return process;
-}
-
-QString stagingName(const QString &kind, int n)
-{
-    QString name = kStagingPrefix + QString::number(self().pid) + QLatin1Char('-')
-                   + QString::number(self().start);
-    if (n > 1)
-        name += QLatin1Char('-') + QString::number(n);
-    return name + kind;
-}
-
-bool isNumber(QStringView text)
-{
-    return !text.isEmpty()
-           && std::all_of(text.begin(), text.end(), [](QChar c) { return c.isDigit(); });
-}
 
 QString folderOf(const QString &path)
 {
@@ -75,52 +46,9 @@ QString beside(const QString &path, const QString &suffix)
 
 } // namespace
 
-QString InterruptedMoves::partialFolderName()
-{
-    return stagingName(kPartialKind, 1);
-}
-
-QString InterruptedMoves::removingFolderName(int n)
-{
-    return stagingName(kRemovingKind, n);
-}
-
 QString InterruptedMoves::partialPath(const QString &target)
 {
     return beside(target, kPartialSuffix);
-}
-
-std::optional<InterruptedMoves::Staging> InterruptedMoves::parseStaging(const QString &name)
-{
-    if (!name.startsWith(kStagingPrefix))
-        return std::nullopt;
-    const bool removing = name.endsWith(kRemovingKind);
-    if (!removing && !name.endsWith(kPartialKind))
-        return std::nullopt;
-    const QStringView middle = QStringView(name).mid(
-        kStagingPrefix.size(),
-        name.size() - kStagingPrefix.size() - (removing ? kRemovingKind : kPartialKind).size());
-    const QList<QStringView> parts = middle.split(QLatin1Char('-'));
-    if (parts.size() < 2 || parts.size() > 3 || !std::all_of(parts.begin(), parts.end(), isNumber))
-        return std::nullopt;
-    bool ok = false;
-    const qint64 pid = parts.at(0).toLongLong(&ok);
-    bool startOk = false;
-    const quint64 start = parts.at(1).toULongLong(&startOk);
-    if (!ok || !startOk || pid <= 0)
-        return std::nullopt;
-    return Staging{pid, start, removing};
-}
-
-bool InterruptedMoves::isBusy(const Staging &staging)
-{
-    if (staging.pid == self().pid && staging.start == self().start)
-        return false;
-    // Without /proc nobody can tell whether the process is gone: its work stays untouched.
-    if (self().start == 0)
-        return true;
-    const std::optional<quint64> start = processStartTime(staging.pid);
-    return start && *start == staging.start;
 }
 
 std::optional<InterruptedMoves::Leftover> InterruptedMoves::parse(const QString &name)
@@ -155,7 +83,7 @@ bool InterruptedMoves::isLeftoverName(const QString &path)
     if (path.size() <= slash + 1 || path.at(slash + 1) != QLatin1Char('.'))
         return false;
     const QString name = path.mid(slash + 1);
-    return parse(name).has_value() || parseStaging(name).has_value();
+    return parse(name).has_value() || StagingFolders::parse(name).has_value();
 }
 
 QString InterruptedMoves::sidecarOwner(const QString &path)
@@ -176,9 +104,10 @@ void InterruptedMoves::add(int folder, const QString &relative)
 {
     if (folder < 0 || folder >= m_folders.size())
         return;
-    if (const std::optional<Staging> staging = parseStaging(nameOf(relative))) {
+    if (const std::optional<StagingFolders::Owner> staging =
+            StagingFolders::parse(nameOf(relative))) {
         const QString path = join(m_folders.at(folder), relative);
-        if (isBusy(*staging)) {
+        if (StagingFolders::isBusy(*staging)) {
             m_busy << path;
             return;
         }

@@ -26,10 +26,6 @@ namespace korvane {
 // hidden and is reported.
 class InterruptedMoves {
 public:
-    // This process's staging folders beside items: the copies under way, and the old copies on
-    // their way out (a fresh one for n > 1, where an older one still holds an item of the name).
-    static QString partialFolderName();
-    static QString removingFolderName(int n = 1);
     // The older hidden name beside path of a copy under way.
     static QString partialPath(const QString &target);
 
@@ -39,16 +35,6 @@ public:
     };
     // The item an entry name belongs to when it is an older leftover.
     static std::optional<Leftover> parse(const QString &name);
-    struct Staging {
-        qint64 pid = 0;
-        quint64 start = 0;
-        bool removing = false;
-    };
-    // Who made a staging folder of this name, and which kind it is.
-    static std::optional<Staging> parseStaging(const QString &name);
-    // Whether the process that made a staging folder still runs; this process's own staging
-    // folders count as left over, as nothing of it moves while it settles.
-    static bool isBusy(const Staging &staging);
     // Whether the last component of a path is a leftover or a staging folder; never a plug-in,
     // and never looked into as a folder of plug-ins.
     static bool isLeftoverName(const QString &path);

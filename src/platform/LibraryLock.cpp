@@ -1,8 +1,6 @@
 #include "platform/LibraryLock.h"
 
 #include "platform/FileOperations.h"
-#include "platform/FormatTable.h"
-#include "platform/Locations.h"
 #include "platform/PathBytes.h"
 #include "platform/ProcessList.h"
 
@@ -298,27 +296,6 @@ void LibraryLock::release()
         holds().erase(held);
     }
     m_keys.clear();
-}
-
-QStringList LibraryLock::foldersOf(const Locations &locations, const Format &format)
-{
-    QStringList folders;
-    for (int loc = 0; loc < LocationCount; ++loc) {
-        folders << locations.folderPath(format, loc);
-        if (!format.contentRoots[size_t(loc)].isEmpty())
-            folders << locations.expand(format.contentRoots[size_t(loc)]);
-    }
-    folders.removeDuplicates();
-    return folders;
-}
-
-QStringList LibraryLock::foldersOf(const Locations &locations, const FormatTable &formats)
-{
-    QStringList folders;
-    for (const Format &format : formats)
-        folders << foldersOf(locations, format);
-    folders.removeDuplicates();
-    return folders;
 }
 
 QString LibraryLock::lockedFolder(const QString &pluginFolder)

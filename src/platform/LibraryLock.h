@@ -9,9 +9,6 @@
 namespace korvane {
 
 class FileOperations;
-class FormatTable;
-class Locations;
-struct Format;
 
 // Held while plug-ins move: two programs moving the same plug-ins at once can leave one in
 // neither folder. The lock belongs to the folders that change, not to a person, so movers of
@@ -39,10 +36,6 @@ public:
     // When not locked: why, in one sentence without a final full stop.
     QString failure() const { return m_failure; }
 
-    // The folders one format's moves may change: its four and its content roots.
-    static QStringList foldersOf(const Locations &locations, const Format &format);
-    // Those of every format, for a run that may touch any of them.
-    static QStringList foldersOf(const Locations &locations, const FormatTable &formats);
     // The folder locked for a plug-in folder: its parent, or the nearest ancestor that exists.
     static QString lockedFolder(const QString &pluginFolder);
     // KORVANE_LOCK_WAIT_MS when it holds a number of milliseconds, else ten seconds.

@@ -1,9 +1,9 @@
 #include "platform/LocalFileOperations.h"
 
-#include "platform/InterruptedMoves.h"
 #include "platform/PathBytes.h"
 #include "platform/PlatformFiles.h"
 #include "platform/ScanCache.h"
+#include "platform/StagingFolders.h"
 #include "platform/SystemLog.h"
 
 #include <QDateTime>
@@ -640,7 +640,7 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
     // where it is; the item keeps its name there, so any name that fits a folder fits. A copy of
     // the name already there is this process's own, left by a clean-up that failed: never the
     // only copy of anything, as its source was still whole when it was left.
-    const QString partialFolder = childOf(parentOf(to), InterruptedMoves::partialFolderName());
+    const QString partialFolder = childOf(parentOf(to), StagingFolders::partialName());
     const QString partial = childOf(partialFolder, nameOf(to));
     if (!makeStagingFolder(partialFolder, to, error))
         return false;
@@ -674,7 +674,7 @@ bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QStri
     // hidden copy of the name is left for that judgement too, and this one takes a fresh folder.
     QString removingFolder, removing;
     for (int n = 1; n < 100; ++n) {
-        removingFolder = childOf(parentOf(from), InterruptedMoves::removingFolderName(n));
+        removingFolder = childOf(parentOf(from), StagingFolders::removingName(n));
         removing = childOf(removingFolder, nameOf(from));
         if (!lstatPath(removing, &info))
             break;

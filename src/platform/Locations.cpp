@@ -1,5 +1,7 @@
 #include "platform/Locations.h"
 
+#include "platform/FormatTable.h"
+
 #include <QDir>
 
 namespace korvane {
@@ -46,6 +48,27 @@ QString Locations::userPreferencesFile()
 QString Locations::machinePreferencesFile()
 {
     return QStringLiteral("/Library/Preferences/com.velmora.Korvane.plist");
+}
+
+QStringList Locations::pluginFolders(const Format &format) const
+{
+    QStringList folders;
+    for (int loc = 0; loc < LocationCount; ++loc) {
+        folders << folderPath(format, loc);
+        if (!format.contentRoots[size_t(loc)].isEmpty())
+            folders << expand(format.contentRoots[size_t(loc)]);
+    }
+    folders.removeDuplicates();
+    return folders;
+}
+
+QStringList Locations::pluginFolders(const FormatTable &formats) const
+{
+    QStringList folders;
+    for (const Format &format : formats)
+        folders << pluginFolders(format);
+    folders.removeDuplicates();
+    return folders;
 }
 
 } // namespace korvane

@@ -21,6 +21,11 @@ public:
     QString folderPath(const Format &format, int loc) const { return expand(format.folder(loc)); }
     // All four, by location code.
     std::array<QString, LocationCount> folderPaths(const Format &format) const;
+    // The folders one format's moves may change, as a lock takes them: its four and its content
+    // roots.
+    QStringList pluginFolders(const Format &format) const;
+    // Those of every format, for a run that may touch any of them.
+    QStringList pluginFolders(const FormatTable &formats) const;
 
     QString supportFolderPath() const { return expand(supportFolder()); }
     QString dataFilePath(const QString &fileName) const { return expand(dataFile(fileName)); }

@@ -84,17 +84,4 @@ void ScanCache::rememberListed(const QString &path, Kind kind)
     s_current->m_lastPath = QString();
 }
 
-const std::optional<PropertyList::Dictionary> *
-ScanCache::infoDictionary(const QString &bundlePath) const
-{
-    return !m_infoPath.isNull() && m_infoPath == bundlePath ? &m_info : nullptr;
-}
-
-void ScanCache::setInfoDictionary(const QString &bundlePath,
-                                  const std::optional<PropertyList::Dictionary> &info)
-{
-    m_infoPath = bundlePath;
-    m_info = info;
-}
-
 } // namespace korvane

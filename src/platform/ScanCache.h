@@ -1,10 +1,8 @@
 #pragma once
 
-#include "platform/PropertyList.h"
-
 #include <QHash>
 #include <QString>
-#include <optional>
+#include <memory>
 
 namespace korvane {
 
@@ -31,11 +29,14 @@ public:
     // above needs the disk for it.
     static void rememberListed(const QString &path, Kind kind);
 
-    // The parsed Contents/Info.plist of the bundle looked at last, when it is this one. One is
-    // enough: recognition and the architecture test ask about an entry one after the other.
-    const std::optional<PropertyList::Dictionary> *infoDictionary(const QString &bundlePath) const;
-    void setInfoDictionary(const QString &bundlePath,
-                           const std::optional<PropertyList::Dictionary> &info);
+    // What a reader learnt of the entry looked at last (the bundle reader: its parsed
+    // Info.plist). One is enough: recognition and the architecture test ask about an entry one
+    // after the other. The cache keeps it without knowing what it is.
+    struct Memo {
+        virtual ~Memo() = default;
+    };
+    Memo *memo() const { return m_memo.get(); }
+    void setMemo(std::unique_ptr<Memo> memo) { m_memo = std::move(memo); }
 
 private:
     ScanCache *m_previous;
@@ -43,8 +44,7 @@ private:
     QHash<QString, quint8> m_kinds;
     QString m_lastPath; // the last path answered from m_kinds, and its kind
     Kind m_lastKind = Missing;
-    QString m_infoPath;
-    std::optional<PropertyList::Dictionary> m_info;
+    std::unique_ptr<Memo> m_memo;
 };
 
 } // namespace korvane

@@ -1,6 +1,6 @@
 #include "platform/Bundle.h"
-#include "platform/InterruptedMoves.h"
 #include "platform/LocalFileOperations.h"
+#include "platform/StagingFolders.h"
 #include "platform/SystemLog.h"
 #include "support/TestRoots.h"
 
@@ -69,7 +69,7 @@ struct InjectedOperations : LocalFileOperations {
 
     bool remove(const QString &path, FileError *error = nullptr) override
     {
-        if (!stuckLeftover || !path.contains(InterruptedMoves::removingFolderName() + "/"))
+        if (!stuckLeftover || !path.contains(StagingFolders::removingName() + "/"))
             return LocalFileOperations::remove(path, error);
         if (error)
             *error = FileError{path, QStringLiteral("Device or resource busy")};
@@ -348,7 +348,7 @@ TEST_F(CrossDeviceMoveTest, ItemsArriveWholeAndSayHowFarTheyHaveCome)
     FileError error;
     ASSERT_TRUE(files.move(source, target + "/Echo.vst", &error)) << qPrintable(error.reason);
     EXPECT_EQ(snapshot(target + "/Echo.vst"), before);
-    const QString hidden = InterruptedMoves::removingFolderName();
+    const QString hidden = StagingFolders::removingName();
     EXPECT_EQ(entries(tmpfs.path("VST")), QStringList{hidden});
     EXPECT_EQ(entries(tmpfs.path("VST/" + hidden)), QStringList{"Echo.vst"});
     ASSERT_EQ(log.lines().size(), 1);

@@ -49,12 +49,13 @@ protected:
 TEST_F(LibraryLockTest, TheFolderHoldingEachPlugInFolderIsLockedOrItsNearestExistingAncestor)
 {
     const Format &au = FormatTable::builtIn().at(TypeAU);
-    const QStringList folders = LibraryLock::foldersOf(locations(), au);
+    const QStringList folders = locations().pluginFolders(au);
     EXPECT_EQ(folders, QStringList({plugIns + "/Components", plugIns + "/Components (Disabled)",
                                     homePath("Library/Audio/Plug-Ins/Components"),
                                     homePath("Library/Audio/Plug-Ins/Components (Disabled)")}));
     // The RTAS user-disabled content lies outside the Digidesign folder and is locked too.
-    EXPECT_TRUE(LibraryLock::foldersOf(locations(), FormatTable::builtIn())
+    EXPECT_TRUE(locations()
+                    .pluginFolders(FormatTable::builtIn())
                     .contains(homePath("Library/Application Support/Plug-Ins (Disabled)")));
     EXPECT_EQ(LibraryLock::lockedFolder(plugIns + "/Components (Disabled)"), plugIns);
     EXPECT_EQ(LibraryLock::lockedFolder(homePath("Library/Audio/Plug-Ins/VST")), home());

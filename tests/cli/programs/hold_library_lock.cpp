@@ -17,9 +17,7 @@ int main(int argc, char *argv[])
     const korvane::Roots roots = korvane::Roots::fromEnvironment();
     korvane::LocalFileOperations files(roots);
     const korvane::LibraryLock lock(
-        files,
-        korvane::LibraryLock::foldersOf(korvane::Locations(roots), korvane::FormatTable::builtIn()),
-        0);
+        files, korvane::Locations(roots).pluginFolders(korvane::FormatTable::builtIn()), 0);
     if (!lock.isLocked()) {
         std::fprintf(stderr, "%s\n", qPrintable(lock.failure()));
         return 1;
