@@ -1,7 +1,7 @@
 #include "managers/SetDocument.h"
 
 #include "platform/FileOperations.h"
-#include "platform/TypedStream.h"
+#include "platform/SetArchive.h"
 
 #include <QFile>
 
@@ -24,14 +24,13 @@ constexpr qint64 kMaxDocumentSize = 64 * 1024 * 1024;
 // nullopt: not a set document. An empty list: a document of no items.
 std::optional<QList<PluginPtr>> decodeItems(const QByteArray &bytes, AppServices *registry)
 {
-    const std::optional<ArchivedObjectPtr> root = TypedStreamReader::read(bytes);
-    if (!root || !*root || !(*root)->isArray())
+    const std::optional<QList<QList<ArchivedObjectPtr>>> archived = SetArchive::decode(bytes);
+    if (!archived)
         return std::nullopt;
     QList<PluginPtr> items;
-    for (const ArchivedObjectPtr &element : (*root)->elements) {
-        if (!element || element->className != QLatin1String("AUItem"))
-            return std::nullopt;
-        PluginPtr item = Plugin::decode(element->elements, registry);
+    items.reserve(archived->size());
+    for (const QList<ArchivedObjectPtr> &objects : *archived) {
+        PluginPtr item = Plugin::decode(objects, registry);
         if (!item)
             return std::nullopt;
         items.append(item);
@@ -108,23 +107,13 @@ std::optional<QByteArray> readOnce(const QString &path, QString *problem)
 
 QByteArray SetDocument::encode(const QList<PluginPtr> &items)
 {
-    // The two flag strings are archived once each and referenced after that: the layout that
-    // existing set documents have, byte for byte.
-    const ArchivedObjectPtr yes = TypedStreamWriter::makeString(QStringLiteral("YES"));
-    const ArchivedObjectPtr no = TypedStreamWriter::makeString(QStringLiteral("NO"));
-    QList<ArchivedObjectPtr> elements;
-    elements.reserve(items.size());
+    QList<QStringList> coded;
+    coded.reserve(items.size());
     for (const PluginPtr &item : items) {
-        if (!item)
-            continue;
-        const QStringList coded = item->encode();
-        elements.append(TypedStreamWriter::makeObject(
-            QStringLiteral("AUItem"), {TypedStreamWriter::makeString(coded.value(0)),
-                                       TypedStreamWriter::makeString(coded.value(1)),
-                                       coded.value(2) == QLatin1String("YES") ? yes : no,
-                                       coded.value(3) == QLatin1String("YES") ? yes : no}));
+        if (item)
+            coded.append(item->encode());
     }
-    return TypedStreamWriter::write(TypedStreamWriter::makeArray(elements));
+    return SetArchive::encode(coded);
 }
 
 QList<PluginPtr> SetDocument::decode(const QByteArray &bytes, AppServices *registry)

@@ -13,8 +13,9 @@ namespace korvane {
 class AppServices;
 class FileOperations;
 
-// A set document: the archive of a manager's whole item list, each item as its four objects.
-// Decoded items get the registry given (their content and groups), or none for display only.
+// A set document on disk: a manager's whole item list, each plug-in as its four strings in the
+// archive SetArchive reads and writes. Decoded plug-ins get the registry given (their content and
+// groups), or none for display only.
 class SetDocument {
 public:
     static QByteArray encode(const QList<PluginPtr> &items);
