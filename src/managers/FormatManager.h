@@ -2,6 +2,7 @@
 
 #include "managers/FormatTraits.h"
 #include "managers/PluginList.h"
+#include "model/FormatSettings.h"
 #include "platform/FileOperations.h"
 
 #include <QList>
@@ -19,13 +20,12 @@ class AppServices;
 class Authorization;
 class Locations;
 class MissingItemsPrompt;
-class Preferences;
 class UserInterface;
 
 // The controllers a manager works with, made by AppContext.
 struct ManagerParts {
     AppServices &services; // registries, undo, log, file errors; roots, files, interface, formats
-    Preferences &prefs;
+    const FormatSettings &settings; // the preferences
     MissingItemsPrompt &missingItems;
     Authorization &authorization;
 };

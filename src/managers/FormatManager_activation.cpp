@@ -5,7 +5,6 @@
 
 #include "app/AppServices.h"
 #include "app/PathChecks.h"
-#include "panels/Preferences.h"
 #include "platform/FormatTable.h"
 #include "platform/LibraryLock.h"
 #include "platform/Locations.h"
@@ -455,7 +454,7 @@ MoveOutcome FormatManager::applyRecord(int recordIndex, ApplyRun &run)
 void FormatManager::moveContent(const PluginPtr &item)
 {
     if (!item->hasContent() || item->contentCount() <= 0
-        || !m_parts.prefs.movesContent(m_traits.type))
+        || !m_parts.settings.movesContent(m_traits.type))
         return;
 
     const std::array<QString, LocationCount> folders = locations().folderPaths(m_traits);

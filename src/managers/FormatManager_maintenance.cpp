@@ -3,7 +3,6 @@
 #include "managers/FormatManager.h"
 
 #include "app/AppServices.h"
-#include "panels/Preferences.h"
 #include "platform/FileOperations.h"
 #include "platform/Texts.h"
 #include "ui/UserInterface.h"
@@ -37,7 +36,7 @@ void FormatManager::requestInfo()
 {
     const PluginPtr selected = itemAt(selectedRow());
     // Without a selection the panel only learns whether to show content.
-    emit infoRequested(selected, m_parts.prefs.showsContent(m_traits.type));
+    emit infoRequested(selected, m_parts.settings.showsContent(m_traits.type));
     if (!selected)
         showOkAlert(ui(), trText(m_traits.infoMessage), trText(m_traits.infoText));
 }

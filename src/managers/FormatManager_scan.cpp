@@ -3,7 +3,6 @@
 #include "managers/FormatManager.h"
 
 #include "app/AppServices.h"
-#include "panels/Preferences.h"
 #include "platform/Bundle.h"
 #include "platform/FormatTable.h"
 #include "platform/InterruptedMoves.h"
@@ -112,7 +111,7 @@ void createIfMissing(FileOperations &files, const QString &path)
 
 QStringList FormatManager::listFolder(int loc, const QString &folder) const
 {
-    if (!m_parts.prefs.scansSubfolders(m_traits.type))
+    if (!m_parts.settings.scansSubfolders(m_traits.type))
         return files().directoryContents(folder);
     // All four folders recurse: a plug-in disabled from a subfolder lands in the same subfolder of
     // the disabled folder and must be found there to be enabled again.

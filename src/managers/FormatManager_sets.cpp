@@ -6,7 +6,6 @@
 #include "app/PathChecks.h"
 #include "managers/SetDocument.h"
 #include "panels/MissingItemsPrompt.h"
-#include "panels/Preferences.h"
 #include "platform/FileOperations.h"
 #include "platform/Locations.h"
 #include "platform/PropertyList.h"
@@ -217,7 +216,7 @@ void FormatManager::loadSet(const QString &path)
             selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
     }
 
-    if (m_parts.prefs.appliesSetAfterLoading(m_traits.type))
+    if (m_parts.settings.appliesSetAfterLoading(m_traits.type))
         apply();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/FormatSettings.h"
 #include "panels/PreferenceStore.h"
 
 #include <QList>
@@ -33,7 +34,7 @@ struct PreferencesForm {
 };
 
 // The preferences: the store, first-launch seeding, the typed queries, and the window's form.
-class Preferences : public QObject {
+class Preferences : public QObject, public FormatSettings {
     Q_OBJECT
 public:
     explicit Preferences(AppServices &services); // runs seedDefaults
@@ -53,11 +54,11 @@ public:
 
     std::optional<QString> defaultSet(int type) const; // nullopt for others
     void setDefaultSet(int type, const QString &set);
-    bool appliesSetAfterLoading(int type) const;
+    bool appliesSetAfterLoading(int type) const override;
     bool isFormatOn(int type) const;
-    bool showsContent(int type) const;
-    bool movesContent(int type) const;
-    bool scansSubfolders(int type) const;
+    bool showsContent(int type) const override;
+    bool movesContent(int type) const override;
+    bool scansSubfolders(int type) const override;
     int defaultType() const;
     void setDefaultType(int type);
     int selectedTab() const { return form.selectedTab; }
