@@ -6,7 +6,6 @@
 
 #include "PluginLibraryBuilder.h"
 #include "managers/FormatManager.h"
-#include "platform/Bundle.h"
 #include "platform/Locations.h"
 #include "shell/AppContext.h"
 #include "ui/UserInterface.h"

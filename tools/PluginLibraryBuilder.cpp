@@ -1,6 +1,6 @@
 #include "PluginLibraryBuilder.h"
 
-#include "platform/Bundle.h"
+#include "platform/FinderInfo.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/PropertyList.h"
 

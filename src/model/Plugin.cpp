@@ -4,6 +4,7 @@
 #include "platform/Bundle.h"
 #include "platform/FormatTable.h"
 #include "platform/Locations.h"
+#include "platform/MachOHeader.h"
 #include "platform/TypedStream.h"
 
 #include <QStringBuilder>

@@ -1,4 +1,5 @@
 #include "platform/FormatTable.h"
+#include "platform/FinderInfo.h"
 
 #include "platform/Bundle.h"
 #include "platform/InterruptedMoves.h"

@@ -1,5 +1,6 @@
 #include "FormatManagerFixture.h"
 
+#include "platform/FinderInfo.h"
 #include "platform/LibraryLock.h"
 #include "platform/ProcessList.h"
 #include "platform/PropertyList.h"

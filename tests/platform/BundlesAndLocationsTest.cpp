@@ -1,5 +1,6 @@
 #include "platform/Bundle.h"
 #include "platform/Locations.h"
+#include "platform/MachOHeader.h"
 #include "platform/ScanCache.h"
 #include "support/TestRoots.h"
 

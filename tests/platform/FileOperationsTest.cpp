@@ -1,4 +1,4 @@
-#include "platform/Bundle.h"
+#include "platform/FinderInfo.h"
 #include "platform/LocalFileOperations.h"
 #include "platform/StagingFolders.h"
 #include "platform/SystemLog.h"

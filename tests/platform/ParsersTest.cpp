@@ -1,4 +1,4 @@
-#include "platform/Bundle.h"
+#include "platform/FinderInfo.h"
 #include "platform/PropertyList.h"
 #include "platform/TypedStream.h"
 #include "support/TestRoots.h"

@@ -1,6 +1,8 @@
 #include "platform/PathBytes.h"
 #include "platform/Bundle.h"
+#include "platform/FinderInfo.h"
 #include "platform/LocalFileOperations.h"
+#include "platform/MachOHeader.h"
 #include "support/TestRoots.h"
 
 #include "PluginLibraryBuilder.h"
