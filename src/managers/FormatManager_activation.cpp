@@ -5,7 +5,7 @@
 
 #include "app/AppServices.h"
 #include "app/PathChecks.h"
-#include "platform/FormatTable.h"
+#include "platform/Format.h"
 #include "platform/LibraryLock.h"
 #include "platform/Locations.h"
 #include "platform/SystemLog.h"

@@ -4,7 +4,7 @@
 
 #include "app/AppServices.h"
 #include "platform/Bundle.h"
-#include "platform/FormatTable.h"
+#include "platform/Format.h"
 #include "platform/InterruptedMoves.h"
 #include "platform/LibraryLock.h"
 #include "platform/Locations.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/FormatTable.h"
+#include "platform/Format.h"
 
 #include <QString>
 

@@ -1,11 +1,13 @@
 #pragma once
 
-#include "platform/FormatTable.h"
+#include "platform/Format.h"
 #include "platform/Roots.h"
 
 #include <QString>
 
 namespace korvane {
+
+class FormatTable;
 
 // Resolves the paths the program writes with "/Library" and "~" against one run's roots.
 class Locations {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppServices.h"
+#include "platform/FormatTable.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 

@@ -6,6 +6,7 @@
 #include "panels/MissingItemsPrompt.h"
 #include "panels/Preferences.h"
 #include "platform/Bundle.h"
+#include "platform/FormatTable.h"
 #include "platform/MachOHeader.h"
 #include "privileged/AllowAllAuthorization.h"
 #include "privileged/Authorization.h"

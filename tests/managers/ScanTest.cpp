@@ -1,6 +1,7 @@
 #include "FormatManagerFixture.h"
 
 #include "managers/FormatTraits.h"
+#include "platform/Recognition.h"
 
 namespace korvane {
 

@@ -1,4 +1,5 @@
 #include "platform/Bundle.h"
+#include "platform/FormatTable.h"
 #include "platform/Locations.h"
 #include "platform/MachOHeader.h"
 #include "platform/ScanCache.h"

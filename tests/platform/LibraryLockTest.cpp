@@ -1,4 +1,5 @@
 #include "platform/LibraryLock.h"
+#include "platform/FormatTable.h"
 #include "platform/LocalFileOperations.h"
 #include "support/TestRoots.h"
 
