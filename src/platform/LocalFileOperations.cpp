@@ -1,205 +1,35 @@
 #include "platform/LocalFileOperations.h"
 
+#include "platform/HomeTrash.h"
 #include "platform/PathBytes.h"
 #include "platform/PlatformFiles.h"
+#include "platform/PosixFiles.h"
 #include "platform/ScanCache.h"
-#include "platform/StagingFolders.h"
 #include "platform/SystemLog.h"
 
-#include <QDateTime>
-#include <QDir>
 #include <QSaveFile>
-#include <QStringBuilder>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <cstring>
 #include <vector>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace korvane {
 
-namespace {
-
+using namespace posix;
 using PlatformFiles::isLocked;
 using PlatformFiles::renameNoReplace;
-using PlatformFiles::syncFileSystem;
-using PlatformFiles::syncFolder;
+
+namespace {
 
 QByteArray encoded(const QString &path)
 {
     return pathBytes(path);
-}
-
-QString reasonFor(int errorNumber)
-{
-    return QString::fromLocal8Bit(std::strerror(errorNumber));
-}
-
-bool fail(FileError *error, const QString &path, int errorNumber)
-{
-    if (error)
-        *error = FileError{path, reasonFor(errorNumber), errorNumber};
-    return false;
-}
-
-bool lstatPath(const QString &path, struct stat *info)
-{
-    return !path.isEmpty() && ::lstat(encoded(path).constData(), info) == 0;
-}
-
-bool statPath(const QString &path, struct stat *info)
-{
-    return !path.isEmpty() && ::stat(encoded(path).constData(), info) == 0;
-}
-
-// Most paths here are a folder and a name joined, clean already; cleaning them again cost more
-// than the rename they were for.
-bool isClean(QStringView path)
-{
-    const qsizetype n = path.size();
-    if (n == 0 || path[0] == u'.' || path[n - 1] == u'/')
-        return path == u"/";
-    const char16_t *c = path.utf16();
-    for (qsizetype i = 0; i + 1 < n; ++i) {
-        if (c[i] != u'/')
-            continue;
-        // "//", "/." and "/.." as whole components are what cleaning would change.
-        if (c[i + 1] == u'/')
-            return false;
-        if (c[i + 1] == u'.') {
-            const qsizetype dots = i + 2 < n && c[i + 2] == u'.' ? 2 : 1;
-            if (i + 1 + dots == n || c[i + 1 + dots] == u'/')
-                return false;
-        }
-    }
-    return true;
-}
-
-QString cleaned(const QString &path)
-{
-    return isClean(path) ? path : QDir::cleanPath(path);
-}
-
-QString parentOf(const QString &path)
-{
-    const QString clean = cleaned(path);
-    const qsizetype slash = clean.lastIndexOf(QLatin1Char('/'));
-    if (slash < 0)
-        return QStringLiteral(".");
-    return slash == 0 ? QStringLiteral("/") : clean.left(slash);
-}
-
-QString nameOf(const QString &path)
-{
-    const QString clean = cleaned(path);
-    return clean.mid(clean.lastIndexOf(QLatin1Char('/')) + 1);
-}
-
-QString childOf(const QString &folder, const QString &name)
-{
-    if (folder.endsWith(QLatin1Char('/')))
-        return folder + name;
-    return folder % QLatin1Char('/') % name;
-}
-
-// The AppleDouble sidecar that carries an item's Finder information on foreign file systems: its
-// name, and its path.
-QString sidecarName(const QString &path)
-{
-    return QStringLiteral("._") + nameOf(path);
-}
-
-QString sidecarOf(const QString &path)
-{
-    return childOf(parentOf(path), sidecarName(path));
-}
-
-bool hasSidecar(const QString &path)
-{
-    struct stat info;
-    return lstatPath(sidecarOf(path), &info) && !S_ISDIR(info.st_mode);
-}
-
-void reportSidecar(const QString &path, const QString &ownerTarget, const FileError &failure)
-{
-    systemLog(QStringLiteral("Sidecar %1 did not follow to %2 and stays: %3")
-                  .arg(sidecarOf(path), ownerTarget, failure.reason));
-}
-
-bool isInside(const QString &path, const QString &folder)
-{
-    const QString cleanFolder = QDir::cleanPath(folder);
-    return QDir::cleanPath(path).startsWith(
-        cleanFolder == QLatin1String("/") ? cleanFolder : cleanFolder + QLatin1Char('/'));
-}
-
-bool parentAllowsChanges(const QString &path)
-{
-    const QString parent = parentOf(path);
-    return ::access(encoded(parent).constData(), W_OK | X_OK) == 0 && !isLocked(parent);
-}
-
-// The kind a listing gives an entry that is no link; Missing where it does not say.
-ScanCache::Kind listedKind(unsigned char type)
-{
-    switch (type) {
-    case DT_DIR:
-        return ScanCache::Folder;
-    case DT_REG:
-        return ScanCache::File;
-    case DT_FIFO:
-    case DT_CHR:
-    case DT_BLK:
-    case DT_SOCK:
-        return ScanCache::Other;
-    default: // a link, or a file system that does not tell
-        return ScanCache::Missing;
-    }
-}
-
-// With a scan under way, each entry's kind is handed to its cache on the way.
-QStringList listNames(const QString &path, bool rememberKinds = false)
-{
-    QStringList names;
-    if (path.isEmpty())
-        return names;
-    DIR *dir = ::opendir(encoded(path).constData());
-    if (!dir)
-        return names;
-    while (const dirent *entry = ::readdir(dir)) {
-        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
-            continue;
-        names.append(pathFromBytes(entry->d_name));
-        if (!rememberKinds)
-            continue;
-        if (const ScanCache::Kind kind = listedKind(entry->d_type); kind != ScanCache::Missing)
-            ScanCache::rememberListed(childOf(path, names.constLast()), kind);
-    }
-    ::closedir(dir);
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-// Only the AppleDouble names, picked from the raw bytes: a batch lists big plug-in folders in
-// which such names are rare, and decoding every other name cost as much as the moves.
-QSet<QString> sidecarNamesIn(const QString &folder)
-{
-    QSet<QString> names;
-    DIR *dir = ::opendir(encoded(folder).constData());
-    if (!dir)
-        return names;
-    while (const dirent *entry = ::readdir(dir))
-        if (entry->d_name[0] == '.' && entry->d_name[1] == '_')
-            names.insert(pathFromBytes(entry->d_name));
-    ::closedir(dir);
-    return names;
 }
 
 void collectSubpaths(const FileOperations &operations, const QString &root, const QString &relative,
@@ -214,161 +44,6 @@ void collectSubpaths(const FileOperations &operations, const QString &root, cons
         if (lstatPath(childOf(root, entry), &info) && S_ISDIR(info.st_mode))
             collectSubpaths(operations, root, entry, result);
     }
-}
-
-bool removeTree(const QString &path, FileError *error = nullptr)
-{
-    struct stat info;
-    if (!lstatPath(path, &info))
-        return fail(error, path, errno);
-    if (S_ISDIR(info.st_mode)) {
-        const QStringList names = listNames(path);
-        for (const QString &name : names) {
-            if (!removeTree(childOf(path, name), error))
-                return false;
-        }
-        if (::rmdir(encoded(path).constData()) != 0)
-            return fail(error, path, errno);
-        return true;
-    }
-    if (::unlink(encoded(path).constData()) != 0)
-        return fail(error, path, errno);
-    return true;
-}
-
-// The bytes of the plain files in a tree; links count as nothing.
-qint64 treeBytes(const QString &path)
-{
-    struct stat info;
-    if (!lstatPath(path, &info))
-        return 0;
-    if (S_ISREG(info.st_mode))
-        return qint64(info.st_size);
-    if (!S_ISDIR(info.st_mode))
-        return 0;
-    qint64 total = 0;
-    for (const QString &name : listNames(path))
-        total += treeBytes(childOf(path, name));
-    return total;
-}
-
-bool checkRemovableTree(const QString &path, FileError *error)
-{
-    struct stat info;
-    if (!lstatPath(path, &info))
-        return fail(error, path, errno);
-    if (isLocked(path))
-        return fail(error, path, EPERM);
-    if (!S_ISDIR(info.st_mode))
-        return true;
-    if (::access(encoded(path).constData(), R_OK | W_OK | X_OK) != 0)
-        return fail(error, path, errno);
-    const QStringList names = listNames(path);
-    for (const QString &name : names) {
-        if (!checkRemovableTree(childOf(path, name), error))
-            return false;
-    }
-    return true;
-}
-
-// Whether the whole of path could be removed, found out before anything is.
-bool checkRemovable(const QString &path, FileError *error)
-{
-    if (!parentAllowsChanges(path))
-        return fail(error, parentOf(path), isLocked(parentOf(path)) ? EPERM : EACCES);
-    return checkRemovableTree(path, error);
-}
-
-bool failWith(FileError *error, const QString &path, const QString &reason, int code = 0)
-{
-    if (error)
-        *error = FileError{path, reason, code};
-    return false;
-}
-
-// path and its missing parents, each created 0700 as the freedesktop base-directory rules ask.
-bool makeTrashFolders(const QString &path, FileError *error)
-{
-    struct stat info;
-    if (statPath(path, &info)) {
-        if (S_ISDIR(info.st_mode))
-            return true;
-        return failWith(error, path,
-                        QStringLiteral("Cannot create the trash folder: ") + reasonFor(ENOTDIR));
-    }
-    if (!makeTrashFolders(parentOf(path), error))
-        return false;
-    if (::mkdir(encoded(path).constData(), 0700) != 0 && errno != EEXIST)
-        return failWith(error, path,
-                        QStringLiteral("Cannot create the trash folder: ") + reasonFor(errno));
-    return true;
-}
-
-struct HomeTrash {
-    QString files;
-    QString info;
-};
-
-// The freedesktop home trash of the run's roots, made when missing. There is no other place to
-// put an item: without a home folder, no trash.
-bool openHomeTrash(const Roots &roots, HomeTrash *trash, FileError *error)
-{
-    const QString home = roots.home;
-    struct stat info;
-    if (!QDir::isAbsolutePath(home) || !statPath(home, &info) || !S_ISDIR(info.st_mode))
-        return failWith(error, home,
-                        QStringLiteral(QT_TRANSLATE_NOOP(
-                            "korvane", "There is no trash: the home folder does not exist")));
-    const QString top = QDir::cleanPath(roots.trashFolder());
-    trash->files = childOf(top, QStringLiteral("files"));
-    trash->info = childOf(top, QStringLiteral("info"));
-    return makeTrashFolders(trash->files, error) && makeTrashFolders(trash->info, error);
-}
-
-const QString kTrashInfoSuffix = QStringLiteral(".trashinfo");
-constexpr int kTrashNameAttempts = 1000;
-
-// NAME, NAME.2, NAME.3, ..., shortened where NAME.trashinfo would not fit a file name.
-QString trashName(const QString &name, int attempt)
-{
-    const QString number = attempt == 1 ? QString() : QLatin1Char('.') + QString::number(attempt);
-    QString base = name;
-    while (base.size() > 1 && encoded(base + number + kTrashInfoSuffix).size() > NAME_MAX) {
-        // A pair goes whole; an escaped byte is a low surrogate on its own.
-        const qsizetype last = base.size() - 1;
-        base.chop(base.at(last).isLowSurrogate() && base.at(last - 1).isHighSurrogate() ? 2 : 1);
-    }
-    return base + number;
-}
-
-// Created exclusively, so it also reserves NAME in the trash; errno, or 0 when written.
-int writeTrashInfo(const QString &infoPath, const QString &original)
-{
-    const QByteArray text =
-        "[Trash Info]\nPath=" + encoded(original).toPercentEncoding("/") + "\nDeletionDate="
-        + QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd'T'HH:mm:ss")).toLatin1()
-        + '\n';
-    const QByteArray file = encoded(infoPath);
-    const int fd =
-        ::open(file.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-    if (fd < 0)
-        return errno;
-    int failure = 0;
-    for (qsizetype written = 0; written < text.size();) {
-        const ssize_t put = ::write(fd, text.constData() + written, size_t(text.size() - written));
-        if (put < 0 && errno == EINTR)
-            continue;
-        if (put < 0) {
-            failure = errno;
-            break;
-        }
-        written += put;
-    }
-    if (::close(fd) != 0 && !failure)
-        failure = errno;
-    if (failure)
-        ::unlink(file.constData());
-    return failure;
 }
 
 // Where a symbolic link points; empty when it cannot be read.
@@ -413,7 +88,10 @@ bool sameBytes(const QString &a, const QString &b)
 
 } // namespace
 
-LocalFileOperations::LocalFileOperations(Roots roots) : m_roots(std::move(roots)) {}
+LocalFileOperations::LocalFileOperations(Roots roots)
+    : m_roots(std::move(roots)), m_crossDevice(*this)
+{
+}
 
 QStringList LocalFileOperations::directoryContents(const QString &path) const
 {
@@ -504,68 +182,25 @@ int LocalFileOperations::lockFolder(int folder)
     return PlatformFiles::lockExclusive(folder);
 }
 
-// A source that exists, a target that does not, and not a folder into itself: what move and copy
-// both need before they touch anything. A target that is the source itself (a " (Disabled)"
-// folder that is a link to or a bind mount of the active one) is said as such: taken for a
-// target in the way, it would go to the trash, and with it the only copy.
-static bool canPlace(const QString &from, const QString &to, struct stat *info, FileError *error)
-{
-    if (!lstatPath(from, info))
-        return fail(error, from, errno);
-    struct stat existing;
-    if (lstatPath(to, &existing)) {
-        if (existing.st_dev == info->st_dev && existing.st_ino == info->st_ino)
-            return failWith(error, to,
-                            QStringLiteral(QT_TRANSLATE_NOOP(
-                                "korvane", "The source and the target are the same item")),
-                            EINVAL);
-        return fail(error, to, EEXIST);
-    }
-    if (S_ISDIR(info->st_mode) && isInside(to, from))
-        return fail(error, to, EINVAL);
-    return true;
-}
-
-bool LocalFileOperations::sidecarBeside(const QString &path)
-{
-    if (!m_sidecars)
-        return hasSidecar(path);
-    const QString folder = parentOf(path);
-    auto listed = m_sidecars->find(folder);
-    if (listed == m_sidecars->end())
-        listed = m_sidecars->insert(folder, sidecarNamesIn(folder));
-    return !listed->isEmpty() && listed->contains(sidecarName(path)) && hasSidecar(path);
-}
-
-void LocalFileOperations::noteSidecar(const QString &from, const QString &to, bool moved)
-{
-    if (!m_sidecars)
-        return;
-    if (const auto source = m_sidecars->find(parentOf(from)); moved && source != m_sidecars->end())
-        source->remove(sidecarName(from));
-    if (const auto target = m_sidecars->find(parentOf(to)); target != m_sidecars->end())
-        target->insert(sidecarName(to));
-}
-
 bool LocalFileOperations::move(const QString &from, const QString &to, FileError *error)
 {
     // An item whose sidecar cannot follow may not be recognised where it lands, and a stale
     // sidecar there would speak for it: nothing moves while one lies at the target.
-    const bool sidecar = sidecarBeside(from);
+    const bool sidecar = m_sidecars.beside(from);
     struct stat info;
-    if (sidecar && lstatPath(sidecarOf(to), &info)) {
+    if (sidecar && lstatPath(Sidecars::pathOf(to), &info)) {
         // The item's own target speaks first: the source itself, or an item in the way.
         if (lstatPath(to, &info) && !canPlace(from, to, &info, error))
             return false;
-        return fail(error, sidecarOf(to), EEXIST);
+        return fail(error, Sidecars::pathOf(to), EEXIST);
     }
     if (!relocate(from, to, error))
         return false;
     if (!sidecar)
         return true;
     FileError failure;
-    if (relocate(sidecarOf(from), sidecarOf(to), &failure)) {
-        noteSidecar(from, to, true);
+    if (relocate(Sidecars::pathOf(from), Sidecars::pathOf(to), &failure)) {
+        m_sidecars.followed(from, to, true);
         return true;
     }
     // The item goes back to its sidecar where a rename can take it; across file systems it
@@ -575,7 +210,7 @@ bool LocalFileOperations::move(const QString &from, const QString &to, FileError
             *error = failure;
         return false;
     }
-    reportSidecar(from, to, failure);
+    Sidecars::reportStays(from, to, failure);
     return true;
 }
 
@@ -590,142 +225,35 @@ bool LocalFileOperations::relocate(const QString &from, const QString &to, FileE
     if (!canPlace(from, to, &info, error))
         return false;
     if (result == EXDEV)
-        return moveAcrossFileSystems(from, to, error);
+        return m_crossDevice.run(from, to, error);
     // The kernel does not say which side refused; the source's folder is the usual suspect.
     const bool sourceSide =
         result != ENOENT && result != ENOTDIR && result != EEXIST && !parentAllowsChanges(from);
     return fail(error, sourceSide ? from : to, result);
 }
 
-bool LocalFileOperations::makeStagingFolder(const QString &folder, const QString &item,
-                                            FileError *error)
+void LocalFileOperations::beginBatch()
 {
-    if (m_batchStaging.contains(folder))
-        return true;
-    if (::mkdir(encoded(folder).constData(), 0777) != 0) {
-        const int failure = errno;
-        struct stat info;
-        // Hidden as the folder is, its failure is told as the item's own.
-        if (failure != EEXIST || !lstatPath(folder, &info) || !S_ISDIR(info.st_mode))
-            return fail(error, item, failure == EEXIST ? ENOTDIR : failure);
-    }
-    if (m_sidecars)
-        m_batchStaging.insert(folder);
-    return true;
-}
-
-void LocalFileOperations::removeIfEmpty(const QString &folder)
-{
-    // A batch keeps its staging folders until it ends: making and removing one per item cost
-    // about as much as a small plug-in's copy.
-    if (!m_batchStaging.contains(folder))
-        ::rmdir(encoded(folder).constData());
+    m_sidecars.beginBatch();
+    m_crossDevice.beginBatch();
 }
 
 void LocalFileOperations::endBatch()
 {
-    m_sidecars.reset();
-    for (const QString &folder : std::as_const(m_batchStaging))
-        ::rmdir(encoded(folder).constData());
-    m_batchStaging.clear();
-}
-
-bool LocalFileOperations::moveAcrossFileSystems(const QString &from, const QString &to,
-                                                FileError *error)
-{
-    // A source that could not be removed afterwards is not worth copying.
-    if (!checkRemovable(from, error))
-        return false;
-    // Copied into this process's staging folder beside the target while the source stays whole
-    // where it is; the item keeps its name there, so any name that fits a folder fits. A copy of
-    // the name already there is this process's own, left by a clean-up that failed: never the
-    // only copy of anything, as its source was still whole when it was left.
-    const QString partialFolder = childOf(parentOf(to), StagingFolders::partialName());
-    const QString partial = childOf(partialFolder, nameOf(to));
-    if (!makeStagingFolder(partialFolder, to, error))
-        return false;
-    const auto dropPartial = [&] {
-        removeTree(partial);
-        removeIfEmpty(partialFolder);
-    };
-    struct stat info;
-    if (lstatPath(partial, &info) && !removeTree(partial, error)) {
-        removeIfEmpty(partialFolder);
-        return false;
-    }
-    beginCopy(from);
-    if (!copyTree(from, partial, error)) {
-        dropPartial();
-        return false;
-    }
-    // The copy must be on the disk before the source goes out of sight.
-    if (const int result = syncFileSystem(partialFolder); result != 0) {
-        dropPartial();
-        return fail(error, to, result);
-    }
-    // Time has passed: every part of the source must still be removable, or nothing happens.
-    if (!checkRemovable(from, error)) {
-        dropPartial();
-        return false;
-    }
-
-    // The source is hidden first and the copy takes the name second, so no moment shows the
-    // item twice; a run cut short between the two leaves a pair a later scan puts right. An older
-    // hidden copy of the name is left for that judgement too, and this one takes a fresh folder.
-    QString removingFolder, removing;
-    for (int n = 1; n < 100; ++n) {
-        removingFolder = childOf(parentOf(from), StagingFolders::removingName(n));
-        removing = childOf(removingFolder, nameOf(from));
-        if (!lstatPath(removing, &info))
-            break;
-    }
-    if (!makeStagingFolder(removingFolder, from, error)) {
-        dropPartial();
-        return false;
-    }
-    if (const int result = renameNoReplace(from, removing); result != 0) {
-        dropPartial();
-        removeIfEmpty(removingFolder);
-        return fail(error, from, result);
-    }
-    if (const int result = renameNoReplace(partial, to); result != 0) {
-        if (const int back = renameNoReplace(removing, from); back != 0) {
-            systemLog(QStringLiteral("Could not put %1 back from %2 after a failed move: %3")
-                          .arg(from, removing, reasonFor(back)));
-            return fail(error, removing, result);
-        }
-        dropPartial();
-        removeIfEmpty(removingFolder);
-        return fail(error, to, result);
-    }
-    removeIfEmpty(partialFolder);
-    // The item is whole at the target: the move has happened, whatever becomes of the hidden
-    // remains of the old copy. They go only once the new name is on the disk.
-    if (const int result = syncFolder(parentOf(to)); result != 0) {
-        systemLog(QStringLiteral("Moved %1 to %2, but kept the hidden old copy %3: %4")
-                      .arg(from, to, removing, reasonFor(result)));
-        return true;
-    }
-    FileError leftover;
-    if (remove(removing, &leftover))
-        removeIfEmpty(removingFolder);
-    else
-        systemLog(
-            QStringLiteral("Moved %1 to %2, but the hidden leftover %3 could not be removed: %4")
-                .arg(from, to, leftover.path, leftover.reason));
-    return true;
+    m_sidecars.endBatch();
+    m_crossDevice.endBatch();
 }
 
 bool LocalFileOperations::copy(const QString &from, const QString &to, FileError *error)
 {
     if (!duplicate(from, to, error))
         return false;
-    if (sidecarBeside(from)) {
+    if (m_sidecars.beside(from)) {
         FileError failure;
-        if (duplicate(sidecarOf(from), sidecarOf(to), &failure))
-            noteSidecar(from, to, false);
+        if (duplicate(Sidecars::pathOf(from), Sidecars::pathOf(to), &failure))
+            m_sidecars.followed(from, to, false);
         else
-            reportSidecar(from, to, failure);
+            Sidecars::reportStays(from, to, failure);
     }
     return true;
 }
@@ -879,8 +407,8 @@ bool LocalFileOperations::remove(const QString &path, FileError *error)
     // can go.
     if (!checkRemovable(path, error) || !removeTree(path, error))
         return false;
-    if (hasSidecar(path)) {
-        const QString sidecar = sidecarOf(path);
+    if (Sidecars::exists(path)) {
+        const QString sidecar = Sidecars::pathOf(path);
         FileError failure;
         if (!checkRemovable(sidecar, &failure) || !removeTree(sidecar, &failure))
             systemLog(
@@ -898,10 +426,10 @@ bool LocalFileOperations::moveToTrash(const QString &path, FileError *error, QSt
     if (!trashItem(path, nameOf(path), error, &target))
         return false;
     // Named after the item's name in the trash, so the pair stays recognisable there.
-    if (hasSidecar(path)) {
+    if (Sidecars::exists(path)) {
         FileError failure;
-        if (!trashItem(sidecarOf(path), sidecarName(target), &failure, nullptr))
-            reportSidecar(path, target, failure);
+        if (!trashItem(Sidecars::pathOf(path), Sidecars::nameOf(target), &failure, nullptr))
+            Sidecars::reportStays(path, target, failure);
     }
     if (trashedTo)
         *trashedTo = target;
@@ -913,38 +441,14 @@ bool LocalFileOperations::trashItem(const QString &path, const QString &preferre
 {
     if (preferredName.isEmpty())
         return fail(error, path, EINVAL);
-    HomeTrash trash;
-    if (!openHomeTrash(m_roots, &trash, error))
-        return false;
-    const QString original = QDir::cleanPath(QDir::current().absoluteFilePath(path));
-    for (int attempt = 1; attempt <= kTrashNameAttempts; ++attempt) {
-        const QString name = trashName(preferredName, attempt);
-        const QString info = childOf(trash.info, name + kTrashInfoSuffix);
-        const QString target = childOf(trash.files, name);
-        const int written = writeTrashInfo(info, original);
-        if (written == EEXIST)
-            continue;
-        if (written != 0)
-            return failWith(error, info,
-                            QStringLiteral("Cannot record the item in the trash: ")
-                                + reasonFor(written));
-        struct stat existing;
-        if (lstatPath(target, &existing)) { // an entry without its record; not ours to replace
-            ::unlink(encoded(info).constData());
-            continue;
-        }
-        // A record without its item would promise what is not in the trash.
-        if (!relocate(path, target, error)) {
-            ::unlink(encoded(info).constData());
-            return false;
-        }
-        if (trashedTo)
-            *trashedTo = target;
-        return true;
-    }
-    return failWith(error, path,
-                    QStringLiteral(QT_TRANSLATE_NOOP(
-                        "korvane", "The trash holds too many items of this name")));
+    const std::optional<HomeTrash> trash = HomeTrash::open(m_roots, error);
+    return trash
+           && trash->put(
+               path, preferredName,
+               [this](const QString &from, const QString &to, FileError *failure) {
+                   return relocate(from, to, failure);
+               },
+               error, trashedTo);
 }
 
 bool LocalFileOperations::writeFileAtomically(const QString &path, const QByteArray &bytes,

@@ -1,20 +1,23 @@
 #pragma once
 
+#include "platform/CrossDeviceMove.h"
 #include "platform/FileOperations.h"
 #include "platform/Roots.h"
-
-#include <QHash>
-#include <QSet>
-#include <optional>
+#include "platform/Sidecars.h"
 
 namespace korvane {
 
-// The file operations on the local disk. Moves never leave an item in neither place; the calls
-// that differ between operating systems live in PlatformFiles.
+// The file operations on the local disk. Moves never leave an item in neither place: a rename
+// where it can, a CrossDeviceMove where it cannot; a sidecar follows its item (Sidecars); the
+// trash is the home trash (HomeTrash). The calls that differ between operating systems live in
+// PlatformFiles, the ones all share in PosixFiles.
 class LocalFileOperations : public FileOperations {
 public:
     // The trash is the roots' freedesktop home trash; default roots have none.
     explicit LocalFileOperations(Roots roots = {});
+    // The cross-device move works on this very object.
+    LocalFileOperations(const LocalFileOperations &) = delete;
+    LocalFileOperations &operator=(const LocalFileOperations &) = delete;
 
     QStringList directoryContents(const QString &path) const override;
     QStringList subpaths(const QString &path) const override;
@@ -35,7 +38,7 @@ public:
     bool writeFileAtomically(const QString &path, const QByteArray &bytes,
                              FileError *error = nullptr) override;
     void setCopyProgress(CopyProgress progress) override { m_copyProgress = std::move(progress); }
-    void beginBatch() override { m_sidecars.emplace(); }
+    void beginBatch() override;
     void endBatch() override;
 
 protected:
@@ -45,19 +48,12 @@ protected:
     void noteCopied(qint64 bytes);
 
 private:
+    friend class CrossDeviceMove; // copies with copyTree, counting with beginCopy
+
     bool copyTree(const QString &from, const QString &to, FileError *error);
     // move and copy without the sidecar.
     bool relocate(const QString &from, const QString &to, FileError *error);
     bool duplicate(const QString &from, const QString &to, FileError *error);
-    // Whether path has a sidecar; in a batch from the folder's listing, confirmed when it says so.
-    bool sidecarBeside(const QString &path);
-    // Keeps a batch's listings true after a sidecar followed its item from one folder to another.
-    void noteSidecar(const QString &from, const QString &to, bool moved);
-    bool moveAcrossFileSystems(const QString &from, const QString &to, FileError *error);
-    // A hidden folder of a move across file systems, made when missing; failures name item.
-    bool makeStagingFolder(const QString &folder, const QString &item, FileError *error);
-    // Removes a staging folder with nothing left in it, or, in a batch, when the batch ends.
-    void removeIfEmpty(const QString &folder);
     // One item into the trash's files folder, under preferredName when it is free.
     bool trashItem(const QString &path, const QString &preferredName, FileError *error,
                    QString *trashedTo);
@@ -66,10 +62,8 @@ private:
     void beginCopy(const QString &from);
 
     Roots m_roots;
-    // During a batch: per folder listed, the names of the sidecars in it.
-    std::optional<QHash<QString, QSet<QString>>> m_sidecars;
-    // During a batch: the staging folders it made or found.
-    QSet<QString> m_batchStaging;
+    Sidecars m_sidecars;
+    CrossDeviceMove m_crossDevice;
     CopyProgress m_copyProgress;
     qint64 m_copied = 0;
     qint64 m_copyTotal = 0;
