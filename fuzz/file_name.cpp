@@ -4,9 +4,9 @@
 
 #include "FuzzCheck.h"
 
+#include "os/PathBytes.h"
+#include "os/StagingFolders.h"
 #include "platform/InterruptedMoves.h"
-#include "platform/PathBytes.h"
-#include "platform/StagingFolders.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,7 +3,7 @@
 
 #include "FuzzCheck.h"
 
-#include "platform/MachOHeader.h"
+#include "codec/MachOHeader.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -4,8 +4,8 @@
 
 #include "FuzzCheck.h"
 
+#include "codec/TypedStream.h"
 #include "managers/SetDocument.h"
-#include "platform/TypedStream.h"
 
 #include <QStringDecoder>
 

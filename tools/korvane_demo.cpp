@@ -4,12 +4,12 @@
 
 #include "PluginLibraryBuilder.h"
 
+#include "codec/PropertyList.h"
 #include "managers/SetDocument.h"
 #include "model/Plugin.h"
+#include "os/LocalFileOperations.h"
 #include "panels/Preferences.h"
-#include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
-#include "platform/PropertyList.h"
 #include "shell/AppContext.h"
 
 #include <QCoreApplication>

@@ -8,10 +8,10 @@
 
 #include "PluginLibraryBuilder.h"
 #include "managers/FormatManager.h"
+#include "os/AllowAllAuthorization.h"
+#include "os/LocalFileOperations.h"
 #include "platform/FormatTable.h"
-#include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
-#include "privileged/AllowAllAuthorization.h"
 #include "shell/AppContext.h"
 #include "shell/AppController.h"
 

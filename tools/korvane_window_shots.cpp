@@ -2,6 +2,7 @@
 // demo library in DIR (made by korvane_demo) and saves a picture of it as OUT/<window>.png. Meant
 // for Qt's offscreen platform; tools/screenshots.sh runs it.
 
+#include "codec/PropertyList.h"
 #include "gui/main/MainWindow.h"
 #include "gui/windows/AboutPanel.h"
 #include "gui/windows/GroupEditorWindow.h"
@@ -10,11 +11,10 @@
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
 #include "managers/FormatManager.h"
+#include "os/LocalFileOperations.h"
 #include "panels/AboutText.h"
 #include "panels/Preferences.h"
-#include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
-#include "platform/PropertyList.h"
 #include "shell/AppContext.h"
 #include "shell/AppController.h"
 #include "shell/LaunchScript.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/FileOperations.h"
+#include "os/FileOperations.h"
 
 #include <QString>
 #include <QStringView>

@@ -2,7 +2,7 @@
 
 #include "cli/Options.h"
 #include "managers/FormatManager.h"
-#include "platform/Roots.h"
+#include "os/Roots.h"
 
 #include <QList>
 

@@ -2,13 +2,13 @@
 
 #include "cli/Options.h"
 #include "cli/ShownText.h"
+#include "os/AllowAllAuthorization.h"
+#include "os/LibraryLock.h"
+#include "os/LocalFileOperations.h"
+#include "os/ReadOnlyFileOperations.h"
+#include "os/SystemLog.h"
 #include "platform/FormatTable.h"
-#include "platform/LibraryLock.h"
-#include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
-#include "platform/ReadOnlyFileOperations.h"
-#include "platform/SystemLog.h"
-#include "privileged/AllowAllAuthorization.h"
 #include "shell/AppContext.h"
 
 #include <QFile>

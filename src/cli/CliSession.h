@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/CliUi.h"
-#include "platform/Roots.h"
+#include "os/Roots.h"
 
 #include <QString>
 #include <memory>

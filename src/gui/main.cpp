@@ -4,7 +4,7 @@
 #include "gui/Translations.h"
 #include "gui/dialogs/QtUi.h"
 #include "gui/main/MainWindow.h"
-#include "platform/Roots.h"
+#include "os/Roots.h"
 #include "shell/AppContext.h"
 
 #include <QApplication>

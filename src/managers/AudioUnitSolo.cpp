@@ -2,8 +2,8 @@
 
 #include "app/AppServices.h"
 #include "managers/FormatManager.h"
-#include "platform/FileOperations.h"
-#include "platform/LibraryLock.h"
+#include "os/FileOperations.h"
+#include "os/LibraryLock.h"
 #include "platform/Locations.h"
 #include "platform/Texts.h"
 

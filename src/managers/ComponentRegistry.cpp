@@ -1,7 +1,7 @@
 #include "managers/ComponentRegistry.h"
 
-#include "platform/Bundle.h"
-#include "platform/FileOperations.h"
+#include "codec/Bundle.h"
+#include "os/FileOperations.h"
 
 #include <QStringList>
 #include <QVariant>

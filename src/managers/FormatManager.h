@@ -3,7 +3,7 @@
 #include "managers/FormatTraits.h"
 #include "managers/PluginList.h"
 #include "model/FormatSettings.h"
-#include "platform/FileOperations.h"
+#include "os/FileOperations.h"
 
 #include <QList>
 #include <QObject>

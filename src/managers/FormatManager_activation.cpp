@@ -5,10 +5,10 @@
 
 #include "app/AppServices.h"
 #include "app/PathChecks.h"
+#include "os/LibraryLock.h"
+#include "os/SystemLog.h"
 #include "platform/Format.h"
-#include "platform/LibraryLock.h"
 #include "platform/Locations.h"
-#include "platform/SystemLog.h"
 #include "platform/Texts.h"
 #include "privileged/Authorization.h"
 #include "ui/UserInterface.h"

@@ -3,8 +3,8 @@
 #include "managers/FormatManager.h"
 
 #include "app/AppServices.h"
+#include "codec/PropertyList.h"
 #include "platform/Locations.h"
-#include "platform/PropertyList.h"
 #include "platform/Texts.h"
 
 #include <QPointer>

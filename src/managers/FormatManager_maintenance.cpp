@@ -3,7 +3,7 @@
 #include "managers/FormatManager.h"
 
 #include "app/AppServices.h"
-#include "platform/FileOperations.h"
+#include "os/FileOperations.h"
 #include "platform/Texts.h"
 #include "ui/UserInterface.h"
 

@@ -4,11 +4,11 @@
 
 #include "app/AppServices.h"
 #include "app/PathChecks.h"
+#include "codec/PropertyList.h"
 #include "managers/SetDocument.h"
+#include "os/FileOperations.h"
 #include "panels/MissingItemsPrompt.h"
-#include "platform/FileOperations.h"
 #include "platform/Locations.h"
-#include "platform/PropertyList.h"
 #include "platform/Texts.h"
 #include "ui/UserInterface.h"
 

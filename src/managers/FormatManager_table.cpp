@@ -3,9 +3,9 @@
 #include "managers/FormatManager.h"
 
 #include "app/AppServices.h"
-#include "platform/FileOperations.h"
+#include "os/FileOperations.h"
+#include "os/SystemLog.h"
 #include "platform/Locations.h"
-#include "platform/SystemLog.h"
 #include "platform/Texts.h"
 #include "ui/UserInterface.h"
 

@@ -1,7 +1,7 @@
 #include "managers/SetDocument.h"
 
-#include "platform/FileOperations.h"
-#include "platform/SetArchive.h"
+#include "codec/SetArchive.h"
+#include "os/FileOperations.h"
 
 #include <QFile>
 

@@ -1,11 +1,11 @@
 #include "model/Plugin.h"
 
 #include "app/AppServices.h"
-#include "platform/Bundle.h"
+#include "codec/Bundle.h"
+#include "codec/MachOHeader.h"
+#include "codec/TypedStream.h"
 #include "platform/FormatTable.h"
 #include "platform/Locations.h"
-#include "platform/MachOHeader.h"
-#include "platform/TypedStream.h"
 
 #include <QStringBuilder>
 

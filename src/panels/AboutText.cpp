@@ -1,6 +1,6 @@
 #include "panels/AboutText.h"
 
-#include "panels/RtfText.h"
+#include "codec/RtfText.h"
 
 #include <QCoreApplication>
 #include <QFile>

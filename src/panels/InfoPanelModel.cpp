@@ -1,8 +1,8 @@
 #include "panels/InfoPanelModel.h"
 
 #include "app/AppServices.h"
+#include "codec/Bundle.h"
 #include "panels/Preferences.h"
-#include "platform/Bundle.h"
 #include "platform/Locations.h"
 #include "ui/UserInterface.h"
 

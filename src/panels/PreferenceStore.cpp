@@ -1,8 +1,8 @@
 #include "panels/PreferenceStore.h"
 
 #include "app/AppServices.h"
-#include "platform/FileOperations.h"
-#include "platform/PropertyList.h"
+#include "codec/PropertyList.h"
+#include "os/FileOperations.h"
 
 #include <QFileInfo>
 

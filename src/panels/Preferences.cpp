@@ -1,10 +1,10 @@
 #include "panels/Preferences.h"
 
 #include "app/AppServices.h"
-#include "platform/FileOperations.h"
+#include "codec/PropertyList.h"
+#include "os/FileOperations.h"
 #include "platform/FormatTable.h"
 #include "platform/Locations.h"
-#include "platform/PropertyList.h"
 #include "ui/UserInterface.h"
 
 #include <QFileInfo>

@@ -1,9 +1,9 @@
 #include "platform/DataFile.h"
 
-#include "platform/FileOperations.h"
-#include "platform/PathBytes.h"
-#include "platform/PropertyList.h"
-#include "platform/SystemLog.h"
+#include "codec/PropertyList.h"
+#include "os/FileOperations.h"
+#include "os/PathBytes.h"
+#include "os/SystemLog.h"
 #include "platform/Texts.h"
 
 #include <QDateTime>

@@ -1,6 +1,6 @@
 #include "platform/InterruptedMoves.h"
 
-#include "platform/StagingFolders.h"
+#include "os/StagingFolders.h"
 #include "platform/Texts.h"
 
 #include <QDir>

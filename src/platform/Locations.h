@@ -1,7 +1,7 @@
 #pragma once
 
+#include "os/Roots.h"
 #include "platform/Format.h"
-#include "platform/Roots.h"
 
 #include <QString>
 

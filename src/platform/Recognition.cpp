@@ -1,9 +1,9 @@
 #include "platform/Recognition.h"
 
-#include "platform/Bundle.h"
-#include "platform/FinderInfo.h"
+#include "codec/Bundle.h"
+#include "codec/FinderInfo.h"
+#include "os/ScanCache.h"
 #include "platform/InterruptedMoves.h"
-#include "platform/ScanCache.h"
 
 #include <QVariant>
 

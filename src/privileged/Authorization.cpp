@@ -1,6 +1,6 @@
 #include "privileged/Authorization.h"
 
-#include "platform/SystemLog.h"
+#include "os/SystemLog.h"
 #include "ui/UserInterface.h"
 
 #include <QFile>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "privileged/AuthorizationBackend.h"
+#include "os/AuthorizationBackend.h"
 
 #include <QObject>
 #include <QString>

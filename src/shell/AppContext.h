@@ -1,8 +1,8 @@
 #pragma once
 
+#include "os/Roots.h"
 #include "platform/FormatTable.h"
 #include "platform/Locations.h"
-#include "platform/Roots.h"
 
 #include <QList>
 #include <memory>

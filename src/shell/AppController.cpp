@@ -1,8 +1,8 @@
 #include "shell/AppController.h"
 
 #include "managers/FormatManager.h"
+#include "os/FileOperations.h"
 #include "panels/Preferences.h"
-#include "platform/FileOperations.h"
 #include "platform/FormatTable.h"
 #include "platform/Locations.h"
 #include "platform/SharedInstances.h"

@@ -2,7 +2,7 @@
 
 #include "app/AppServices.h"
 #include "managers/FormatManager.h"
-#include "platform/FileOperations.h"
+#include "os/FileOperations.h"
 #include "platform/FormatTable.h"
 #include "platform/Locations.h"
 #include "platform/Texts.h"

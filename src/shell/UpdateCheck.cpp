@@ -1,6 +1,6 @@
 #include "shell/UpdateCheck.h"
 
-#include "platform/PropertyList.h"
+#include "codec/PropertyList.h"
 #include "platform/Texts.h"
 #include "ui/UserInterface.h"
 

@@ -1,8 +1,8 @@
 #include "app/AppServices.h"
 
 #include "ServicesFixture.h"
-#include "platform/PropertyList.h"
-#include "platform/SystemLog.h"
+#include "codec/PropertyList.h"
+#include "os/SystemLog.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -4,7 +4,7 @@
 #include "cli/Options.h"
 #include "managers/FormatManager.h"
 #include "managers/SetDocument.h"
-#include "platform/LibraryLock.h"
+#include "os/LibraryLock.h"
 #include "shell/AppContext.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"

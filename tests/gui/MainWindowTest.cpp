@@ -1,12 +1,12 @@
 #include "GuiFixture.h"
 
+#include "codec/PropertyList.h"
 #include "gui/Translations.h"
 #include "gui/main/FormatTab.h"
 #include "gui/main/MainWindow.h"
 #include "gui/table/PluginTableModel.h"
 #include "gui/windows/PreferencesWindow.h"
-#include "platform/PropertyList.h"
-#include "platform/ReadOnlyFileOperations.h"
+#include "os/ReadOnlyFileOperations.h"
 
 #include <QAction>
 #include <QApplication>

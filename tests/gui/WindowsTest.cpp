@@ -2,13 +2,13 @@
 
 #include "GuiFixture.h"
 
+#include "codec/PropertyList.h"
 #include "gui/windows/GroupEditorWindow.h"
 #include "gui/windows/InfoPanel.h"
 #include "gui/windows/LaunchScriptPanel.h"
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
 #include "panels/InfoPanelModel.h"
-#include "platform/PropertyList.h"
 #include "shell/LaunchScript.h"
 
 #include <QCheckBox>

@@ -1,11 +1,11 @@
 #include "FormatManagerFixture.h"
 
-#include "platform/FinderInfo.h"
-#include "platform/LibraryLock.h"
-#include "platform/ProcessList.h"
-#include "platform/PropertyList.h"
-#include "platform/ReadOnlyFileOperations.h"
-#include "platform/SystemLog.h"
+#include "codec/FinderInfo.h"
+#include "codec/PropertyList.h"
+#include "os/LibraryLock.h"
+#include "os/ProcessList.h"
+#include "os/ReadOnlyFileOperations.h"
+#include "os/SystemLog.h"
 
 #include <QDataStream>
 #include <QProcess>

@@ -1,8 +1,8 @@
 #include "FormatManagerFixture.h"
 
+#include "codec/PropertyList.h"
+#include "codec/TypedStream.h"
 #include "managers/SetDocument.h"
-#include "platform/PropertyList.h"
-#include "platform/TypedStream.h"
 
 namespace korvane {
 

@@ -1,7 +1,7 @@
 #include "FormatManagerFixture.h"
 
+#include "codec/PropertyList.h"
 #include "managers/AudioUnitSolo.h"
-#include "platform/PropertyList.h"
 
 #include <QLocale>
 

@@ -1,8 +1,8 @@
 #include "model/Plugin.h"
 
 #include "app/ServicesFixture.h"
-#include "platform/PropertyList.h"
-#include "platform/TypedStream.h"
+#include "codec/PropertyList.h"
+#include "codec/TypedStream.h"
 
 #include <PluginLibraryBuilder.h>
 #include <climits>

@@ -2,8 +2,8 @@
 #include "panels/InfoPanelModel.h"
 
 #include "app/ServicesFixture.h"
-#include "platform/PropertyList.h"
-#include "platform/SystemLog.h"
+#include "codec/PropertyList.h"
+#include "os/SystemLog.h"
 
 #include <QDir>
 #include <fcntl.h>

@@ -1,8 +1,8 @@
 #include "privileged/Authorization.h"
-#include "privileged/AllowAllAuthorization.h"
-#include "privileged/PolkitAuthorization.h"
+#include "os/AllowAllAuthorization.h"
+#include "os/PolkitAuthorization.h"
 
-#include "platform/SystemLog.h"
+#include "os/SystemLog.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 

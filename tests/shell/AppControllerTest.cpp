@@ -1,11 +1,11 @@
 #include "ShellFixture.h"
 
 #include "PluginLibraryBuilder.h"
+#include "codec/PropertyList.h"
 #include "managers/FormatManager.h"
+#include "os/SystemLog.h"
 #include "panels/Preferences.h"
-#include "platform/PropertyList.h"
 #include "platform/SharedInstances.h"
-#include "platform/SystemLog.h"
 #include "shell/AppController.h"
 
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "ShellFixture.h"
 
-#include "platform/PropertyList.h"
+#include "codec/PropertyList.h"
 #include "shell/UpdateCheck.h"
 
 #include <QElapsedTimer>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "privileged/AllowAllAuthorization.h"
+#include "os/AllowAllAuthorization.h"
 #include "shell/AppContext.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"

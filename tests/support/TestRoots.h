@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/LocalFileOperations.h"
+#include "os/LocalFileOperations.h"
 #include "platform/Locations.h"
 
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #include "gui/table/PluginTableModel.h"
 
 #include "managers/FormatManager.h"
-#include "platform/PathBytes.h"
+#include "os/PathBytes.h"
 #include "platform/Texts.h"
 
 #include <QMimeData>

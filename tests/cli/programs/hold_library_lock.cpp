@@ -1,9 +1,9 @@
 // Holds the lock of every format's plug-in folders under $KORVANE_ROOT and $HOME until it is
 // killed: the other program of the command-line tests' lock cases.
 
+#include "os/LibraryLock.h"
+#include "os/LocalFileOperations.h"
 #include "platform/FormatTable.h"
-#include "platform/LibraryLock.h"
-#include "platform/LocalFileOperations.h"
 #include "platform/Locations.h"
 
 #include <QCoreApplication>
