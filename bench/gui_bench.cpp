@@ -2,10 +2,10 @@
 // re-sorting, filtering per keystroke, and how many rows a scrolled paint draws.
 
 #include "PluginLibraryBuilder.h"
+#include "core/Locations.h"
 #include "gui/table/PluginTableModel.h"
 #include "gui/table/PluginTableView.h"
 #include "managers/FormatManager.h"
-#include "platform/Locations.h"
 #include "shell/AppContext.h"
 
 #include <QApplication>

@@ -5,10 +5,10 @@
 // line per figure.
 
 #include "PluginLibraryBuilder.h"
+#include "core/Locations.h"
+#include "core/UserInterface.h"
 #include "managers/FormatManager.h"
-#include "platform/Locations.h"
 #include "shell/AppContext.h"
-#include "ui/UserInterface.h"
 
 #include <QCoreApplication>
 #ifdef KORVANE_BENCH_GUI

@@ -4,9 +4,9 @@
 
 #include "FuzzCheck.h"
 
+#include "core/InterruptedMoves.h"
 #include "os/PathBytes.h"
 #include "os/StagingFolders.h"
-#include "platform/InterruptedMoves.h"
 
 #include <cstddef>
 #include <cstdint>

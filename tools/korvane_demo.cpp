@@ -5,11 +5,11 @@
 #include "PluginLibraryBuilder.h"
 
 #include "codec/PropertyList.h"
+#include "core/Locations.h"
+#include "core/Plugin.h"
 #include "managers/SetDocument.h"
-#include "model/Plugin.h"
 #include "os/LocalFileOperations.h"
 #include "panels/Preferences.h"
-#include "platform/Locations.h"
 #include "shell/AppContext.h"
 
 #include <QCoreApplication>

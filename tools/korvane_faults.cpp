@@ -7,11 +7,11 @@
 // lost or damaged, 77 when no second file system can be mounted here.
 
 #include "PluginLibraryBuilder.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
 #include "managers/FormatManager.h"
 #include "os/AllowAllAuthorization.h"
 #include "os/LocalFileOperations.h"
-#include "platform/FormatTable.h"
-#include "platform/Locations.h"
 #include "shell/AppContext.h"
 #include "shell/AppController.h"
 

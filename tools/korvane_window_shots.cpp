@@ -3,6 +3,7 @@
 // for Qt's offscreen platform; tools/screenshots.sh runs it.
 
 #include "codec/PropertyList.h"
+#include "core/Locations.h"
 #include "gui/main/MainWindow.h"
 #include "gui/windows/AboutPanel.h"
 #include "gui/windows/GroupEditorWindow.h"
@@ -14,7 +15,6 @@
 #include "os/LocalFileOperations.h"
 #include "panels/AboutText.h"
 #include "panels/Preferences.h"
-#include "platform/Locations.h"
 #include "shell/AppContext.h"
 #include "shell/AppController.h"
 #include "shell/LaunchScript.h"

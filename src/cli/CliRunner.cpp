@@ -3,8 +3,8 @@
 #include "cli/CliSession.h"
 #include "cli/ShownText.h"
 #include "cli/TextTable.h"
+#include "core/Locations.h"
 #include "managers/SetDocument.h"
-#include "platform/Locations.h"
 #include "shell/AppContext.h"
 
 #include <QDir>

@@ -2,13 +2,13 @@
 
 #include "cli/Options.h"
 #include "cli/ShownText.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
 #include "os/AllowAllAuthorization.h"
 #include "os/LibraryLock.h"
 #include "os/LocalFileOperations.h"
 #include "os/ReadOnlyFileOperations.h"
 #include "os/SystemLog.h"
-#include "platform/FormatTable.h"
-#include "platform/Locations.h"
 #include "shell/AppContext.h"
 
 #include <QFile>

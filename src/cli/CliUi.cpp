@@ -1,6 +1,6 @@
 #include "cli/CliUi.h"
 
-#include "platform/Texts.h"
+#include "core/Texts.h"
 
 #include <QTextStream>
 

@@ -1,11 +1,11 @@
 #include "managers/AudioUnitSolo.h"
 
-#include "app/AppServices.h"
+#include "core/AppServices.h"
+#include "core/Locations.h"
+#include "core/Texts.h"
 #include "managers/FormatManager.h"
 #include "os/FileOperations.h"
 #include "os/LibraryLock.h"
-#include "platform/Locations.h"
-#include "platform/Texts.h"
 
 namespace korvane {
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "core/Plugin.h"
 #include "managers/AudioUnitComponent.h"
-#include "model/Plugin.h"
 
 #include <QList>
 #include <memory>

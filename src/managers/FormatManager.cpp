@@ -1,7 +1,7 @@
 #include "managers/FormatManager.h"
 
-#include "app/AppServices.h"
-#include "platform/Locations.h"
+#include "core/AppServices.h"
+#include "core/Locations.h"
 
 #include <algorithm>
 

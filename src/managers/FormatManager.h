@@ -1,8 +1,8 @@
 #pragma once
 
+#include "core/FormatSettings.h"
+#include "core/PluginList.h"
 #include "managers/FormatTraits.h"
-#include "managers/PluginList.h"
-#include "model/FormatSettings.h"
 #include "os/FileOperations.h"
 
 #include <QList>

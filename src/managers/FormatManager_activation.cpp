@@ -3,15 +3,15 @@
 
 #include "managers/FormatManager.h"
 
-#include "app/AppServices.h"
-#include "app/PathChecks.h"
+#include "core/AppServices.h"
+#include "core/Format.h"
+#include "core/Locations.h"
+#include "core/PathChecks.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
 #include "os/LibraryLock.h"
 #include "os/SystemLog.h"
-#include "platform/Format.h"
-#include "platform/Locations.h"
-#include "platform/Texts.h"
 #include "privileged/Authorization.h"
-#include "ui/UserInterface.h"
 
 #include <QDir>
 #include <QHash>

@@ -2,10 +2,10 @@
 // and the combo box that offers the global group names.
 #include "managers/FormatManager.h"
 
-#include "app/AppServices.h"
 #include "codec/PropertyList.h"
-#include "platform/Locations.h"
-#include "platform/Texts.h"
+#include "core/AppServices.h"
+#include "core/Locations.h"
+#include "core/Texts.h"
 
 #include <QPointer>
 

@@ -2,10 +2,10 @@
 // trash, and the architecture column and switches.
 #include "managers/FormatManager.h"
 
-#include "app/AppServices.h"
+#include "core/AppServices.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
 #include "os/FileOperations.h"
-#include "platform/Texts.h"
-#include "ui/UserInterface.h"
 
 #include <QDateTime>
 #include <QHash>

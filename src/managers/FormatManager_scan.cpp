@@ -2,17 +2,17 @@
 
 #include "managers/FormatManager.h"
 
-#include "app/AppServices.h"
 #include "codec/Bundle.h"
 #include "codec/PropertyList.h"
+#include "core/AppServices.h"
+#include "core/Format.h"
+#include "core/InterruptedMoves.h"
+#include "core/Locations.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
 #include "os/LibraryLock.h"
 #include "os/ScanCache.h"
 #include "os/SystemLog.h"
-#include "platform/Format.h"
-#include "platform/InterruptedMoves.h"
-#include "platform/Locations.h"
-#include "platform/Texts.h"
-#include "ui/UserInterface.h"
 
 #include <QHash>
 #include <QSet>

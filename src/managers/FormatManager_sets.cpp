@@ -2,15 +2,15 @@
 // into the current item list.
 #include "managers/FormatManager.h"
 
-#include "app/AppServices.h"
-#include "app/PathChecks.h"
 #include "codec/PropertyList.h"
+#include "core/AppServices.h"
+#include "core/Locations.h"
+#include "core/PathChecks.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
 #include "managers/SetDocument.h"
 #include "os/FileOperations.h"
 #include "panels/MissingItemsPrompt.h"
-#include "platform/Locations.h"
-#include "platform/Texts.h"
-#include "ui/UserInterface.h"
 
 #include <QHash>
 #include <algorithm>

@@ -2,12 +2,12 @@
 // dropped files.
 #include "managers/FormatManager.h"
 
-#include "app/AppServices.h"
+#include "core/AppServices.h"
+#include "core/Locations.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
 #include "os/FileOperations.h"
 #include "os/SystemLog.h"
-#include "platform/Locations.h"
-#include "platform/Texts.h"
-#include "ui/UserInterface.h"
 
 #include <QPointer>
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "managers/FormatTraits.h"
 
-#include "platform/Texts.h"
+#include "core/Texts.h"
 
 namespace korvane {
 

@@ -1,10 +1,10 @@
 #include "panels/InfoPanelModel.h"
 
-#include "app/AppServices.h"
 #include "codec/Bundle.h"
+#include "core/AppServices.h"
+#include "core/Locations.h"
+#include "core/UserInterface.h"
 #include "panels/Preferences.h"
-#include "platform/Locations.h"
-#include "ui/UserInterface.h"
 
 namespace korvane {
 

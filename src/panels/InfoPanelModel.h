@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/Plugin.h"
+#include "core/Plugin.h"
 
 #include <QObject>
 #include <QString>

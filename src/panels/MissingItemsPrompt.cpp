@@ -1,6 +1,6 @@
 #include "panels/MissingItemsPrompt.h"
 
-#include "ui/UserInterface.h"
+#include "core/UserInterface.h"
 
 namespace korvane {
 

@@ -1,7 +1,7 @@
 #include "panels/PreferenceStore.h"
 
-#include "app/AppServices.h"
 #include "codec/PropertyList.h"
+#include "core/AppServices.h"
 #include "os/FileOperations.h"
 
 #include <QFileInfo>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/DataFile.h"
+#include "core/DataFile.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,11 +1,11 @@
 #include "panels/Preferences.h"
 
-#include "app/AppServices.h"
 #include "codec/PropertyList.h"
+#include "core/AppServices.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
+#include "core/UserInterface.h"
 #include "os/FileOperations.h"
-#include "platform/FormatTable.h"
-#include "platform/Locations.h"
-#include "ui/UserInterface.h"
 
 #include <QFileInfo>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/FormatSettings.h"
+#include "core/FormatSettings.h"
 #include "panels/PreferenceStore.h"
 
 #include <QList>

@@ -1,7 +1,7 @@
 #include "privileged/Authorization.h"
 
+#include "core/UserInterface.h"
 #include "os/SystemLog.h"
-#include "ui/UserInterface.h"
 
 #include <QFile>
 #include <climits>

@@ -1,5 +1,7 @@
 #include "shell/AppContext.h"
 
+#include "core/SharedInstances.h"
+#include "core/UserInterface.h"
 #include "managers/FormatManager.h"
 #include "os/AuthorizationBackend.h"
 #include "os/LocalFileOperations.h"
@@ -7,11 +9,9 @@
 #include "panels/InfoPanelModel.h"
 #include "panels/MissingItemsPrompt.h"
 #include "panels/Preferences.h"
-#include "platform/SharedInstances.h"
 #include "privileged/Authorization.h"
 #include "shell/AppController.h"
 #include "shell/LaunchScript.h"
-#include "ui/UserInterface.h"
 
 namespace korvane {
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "core/FormatTable.h"
+#include "core/Locations.h"
 #include "os/Roots.h"
-#include "platform/FormatTable.h"
-#include "platform/Locations.h"
 
 #include <QList>
 #include <memory>

@@ -1,13 +1,13 @@
 #include "shell/AppController.h"
 
+#include "core/FormatTable.h"
+#include "core/Locations.h"
+#include "core/SharedInstances.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
 #include "managers/FormatManager.h"
 #include "os/FileOperations.h"
 #include "panels/Preferences.h"
-#include "platform/FormatTable.h"
-#include "platform/Locations.h"
-#include "platform/SharedInstances.h"
-#include "platform/Texts.h"
-#include "ui/UserInterface.h"
 
 namespace korvane {
 

@@ -1,12 +1,12 @@
 #include "shell/LaunchScript.h"
 
-#include "app/AppServices.h"
+#include "core/AppServices.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
 #include "managers/FormatManager.h"
 #include "os/FileOperations.h"
-#include "platform/FormatTable.h"
-#include "platform/Locations.h"
-#include "platform/Texts.h"
-#include "ui/UserInterface.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,8 +1,8 @@
 #include "shell/UpdateCheck.h"
 
 #include "codec/PropertyList.h"
-#include "platform/Texts.h"
-#include "ui/UserInterface.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>

@@ -1,6 +1,6 @@
 #include "GuiFixture.h"
 
-#include "app/UndoStack.h"
+#include "core/UndoStack.h"
 #include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginItemDelegate.h"
 #include "gui/table/PluginTableModel.h"

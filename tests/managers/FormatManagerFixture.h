@@ -1,14 +1,14 @@
 #pragma once
 
 #include "PluginLibraryBuilder.h"
-#include "app/AppServices.h"
 #include "codec/Bundle.h"
 #include "codec/MachOHeader.h"
+#include "core/AppServices.h"
+#include "core/FormatTable.h"
 #include "managers/FormatManager.h"
 #include "os/AllowAllAuthorization.h"
 #include "panels/MissingItemsPrompt.h"
 #include "panels/Preferences.h"
-#include "platform/FormatTable.h"
 #include "privileged/Authorization.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"

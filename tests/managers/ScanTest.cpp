@@ -1,7 +1,7 @@
 #include "FormatManagerFixture.h"
 
+#include "core/Recognition.h"
 #include "managers/FormatTraits.h"
-#include "platform/Recognition.h"
 
 namespace korvane {
 

@@ -1,6 +1,6 @@
 #include "os/LibraryLock.h"
+#include "core/FormatTable.h"
 #include "os/LocalFileOperations.h"
-#include "platform/FormatTable.h"
 #include "support/TestRoots.h"
 
 #include <QDir>

@@ -1,9 +1,9 @@
 #include "panels/Preferences.h"
 #include "panels/InfoPanelModel.h"
 
-#include "app/ServicesFixture.h"
 #include "codec/PropertyList.h"
 #include "os/SystemLog.h"
+#include "support/ServicesFixture.h"
 
 #include <QDir>
 #include <fcntl.h>

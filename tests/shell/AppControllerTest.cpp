@@ -2,10 +2,10 @@
 
 #include "PluginLibraryBuilder.h"
 #include "codec/PropertyList.h"
+#include "core/SharedInstances.h"
 #include "managers/FormatManager.h"
 #include "os/SystemLog.h"
 #include "panels/Preferences.h"
-#include "platform/SharedInstances.h"
 #include "shell/AppController.h"
 
 #include <QDir>

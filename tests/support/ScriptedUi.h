@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/UserInterface.h"
+#include "core/UserInterface.h"
 
 #include <QList>
 #include <QQueue>

@@ -1,7 +1,7 @@
 #include "support/TestRoots.h"
 
 #include "codec/PropertyList.h"
-#include "platform/FormatTable.h"
+#include "core/FormatTable.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "core/Locations.h"
 #include "os/LocalFileOperations.h"
-#include "platform/Locations.h"
 
 #include <QFileInfo>
 #include <QProcess>

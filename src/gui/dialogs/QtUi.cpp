@@ -1,8 +1,8 @@
 #include "gui/dialogs/QtUi.h"
 
+#include "core/Texts.h"
 #include "gui/dialogs/MissingItemsDialog.h"
 #include "gui/dialogs/ProgressDialog.h"
-#include "platform/Texts.h"
 
 #include <QApplication>
 #include <QDesktopServices>

@@ -1,8 +1,8 @@
 #include "gui/main/FormatTab.h"
 
+#include "core/Texts.h"
 #include "gui/table/PluginTableView.h"
 #include "managers/FormatManager.h"
-#include "platform/Texts.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>

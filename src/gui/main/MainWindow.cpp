@@ -1,5 +1,7 @@
 #include "gui/main/MainWindow.h"
 
+#include "core/Texts.h"
+#include "core/UserInterface.h"
 #include "gui/main/FormatTab.h"
 #include "gui/windows/AboutPanel.h"
 #include "gui/windows/GroupEditorWindow.h"
@@ -11,11 +13,9 @@
 #include "managers/AudioUnitSolo.h"
 #include "managers/FormatManager.h"
 #include "panels/AboutText.h"
-#include "platform/Texts.h"
 #include "shell/AppContext.h"
 #include "shell/AppController.h"
 #include "shell/LaunchScript.h"
-#include "ui/UserInterface.h"
 
 #include <QCloseEvent>
 #include <QMenuBar>

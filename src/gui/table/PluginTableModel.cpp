@@ -1,8 +1,8 @@
 #include "gui/table/PluginTableModel.h"
 
+#include "core/Texts.h"
 #include "managers/FormatManager.h"
 #include "os/PathBytes.h"
-#include "platform/Texts.h"
 
 #include <QMimeData>
 #include <QSet>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "managers/PluginList.h"
+#include "core/PluginList.h"
 
 #include <QAbstractTableModel>
 #include <QList>

@@ -1,7 +1,7 @@
 #include "gui/windows/AboutPanel.h"
 
+#include "core/Texts.h"
 #include "panels/AboutText.h"
-#include "platform/Texts.h"
 
 #include <QTextBrowser>
 #include <QVBoxLayout>

@@ -1,7 +1,7 @@
 #include "gui/windows/GroupEditorWindow.h"
 
-#include "app/AppServices.h"
-#include "platform/Texts.h"
+#include "core/AppServices.h"
+#include "core/Texts.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>

@@ -1,7 +1,7 @@
 #include "gui/windows/InfoPanel.h"
 
+#include "core/Texts.h"
 #include "panels/InfoPanelModel.h"
-#include "platform/Texts.h"
 
 #include <QCloseEvent>
 #include <QFormLayout>

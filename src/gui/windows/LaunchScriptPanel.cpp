@@ -1,7 +1,7 @@
 #include "gui/windows/LaunchScriptPanel.h"
 
-#include "platform/FormatTable.h"
-#include "platform/Texts.h"
+#include "core/FormatTable.h"
+#include "core/Texts.h"
 #include "shell/LaunchScript.h"
 
 #include <QFontDatabase>

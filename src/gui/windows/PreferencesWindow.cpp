@@ -1,8 +1,8 @@
 #include "gui/windows/PreferencesWindow.h"
 
+#include "core/FormatTable.h"
+#include "core/Texts.h"
 #include "panels/Preferences.h"
-#include "platform/FormatTable.h"
-#include "platform/Texts.h"
 #include "shell/AppController.h"
 
 #include <QCheckBox>

@@ -1,10 +1,10 @@
 // Holds the lock of every format's plug-in folders under $KORVANE_ROOT and $HOME until it is
 // killed: the other program of the command-line tests' lock cases.
 
+#include "core/FormatTable.h"
+#include "core/Locations.h"
 #include "os/LibraryLock.h"
 #include "os/LocalFileOperations.h"
-#include "platform/FormatTable.h"
-#include "platform/Locations.h"
 
 #include <QCoreApplication>
 

@@ -1,4 +1,4 @@
-#include "platform/SharedInstances.h"
+#include "core/SharedInstances.h"
 
 #include <QtGlobal>
 

@@ -1,11 +1,11 @@
-#include "model/Plugin.h"
+#include "core/Plugin.h"
 
-#include "app/AppServices.h"
 #include "codec/Bundle.h"
 #include "codec/MachOHeader.h"
 #include "codec/TypedStream.h"
-#include "platform/FormatTable.h"
-#include "platform/Locations.h"
+#include "core/AppServices.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
 
 #include <QStringBuilder>
 

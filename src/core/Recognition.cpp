@@ -1,9 +1,9 @@
-#include "platform/Recognition.h"
+#include "core/Recognition.h"
 
 #include "codec/Bundle.h"
 #include "codec/FinderInfo.h"
+#include "core/InterruptedMoves.h"
 #include "os/ScanCache.h"
-#include "platform/InterruptedMoves.h"
 
 #include <QVariant>
 

@@ -1,6 +1,6 @@
 // The rows of the built-in formats. A change to one of them rebuilds this file alone.
-#include "platform/FormatTable.h"
-#include "platform/Recognition.h"
+#include "core/FormatTable.h"
+#include "core/Recognition.h"
 
 #include <QCoreApplication>
 

@@ -1,4 +1,4 @@
-#include "app/PathChecks.h"
+#include "core/PathChecks.h"
 
 #include <QStringList>
 #include <cerrno>

@@ -1,4 +1,4 @@
-#include "model/PluginRecord.h"
+#include "core/PluginRecord.h"
 
 namespace korvane {
 

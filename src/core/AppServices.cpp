@@ -1,15 +1,15 @@
-#include "app/AppServices.h"
+#include "core/AppServices.h"
 
-#include "app/PathChecks.h"
 #include "codec/Bundle.h"
 #include "codec/PropertyList.h"
+#include "core/DataFile.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
+#include "core/PathChecks.h"
+#include "core/SharedInstances.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
 #include "os/FileOperations.h"
-#include "platform/DataFile.h"
-#include "platform/FormatTable.h"
-#include "platform/Locations.h"
-#include "platform/SharedInstances.h"
-#include "platform/Texts.h"
-#include "ui/UserInterface.h"
 
 #include <QCoreApplication>
 #include <QStringBuilder>

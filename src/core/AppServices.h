@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/UndoStack.h"
+#include "core/UndoStack.h"
 
 #include <QObject>
 #include <QString>

@@ -1,6 +1,6 @@
-#include "platform/Locations.h"
+#include "core/Locations.h"
 
-#include "platform/FormatTable.h"
+#include "core/FormatTable.h"
 #include "support/TestRoots.h"
 
 namespace korvane {

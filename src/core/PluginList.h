@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/Plugin.h"
-#include "model/PluginRecord.h"
+#include "core/Plugin.h"
+#include "core/PluginRecord.h"
 
 #include <QHash>
 #include <QList>

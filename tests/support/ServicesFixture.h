@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/AppServices.h"
-#include "platform/FormatTable.h"
+#include "core/AppServices.h"
+#include "core/FormatTable.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 

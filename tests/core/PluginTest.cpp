@@ -1,8 +1,8 @@
-#include "model/Plugin.h"
+#include "core/Plugin.h"
 
-#include "app/ServicesFixture.h"
 #include "codec/PropertyList.h"
 #include "codec/TypedStream.h"
+#include "support/ServicesFixture.h"
 
 #include <PluginLibraryBuilder.h>
 #include <climits>

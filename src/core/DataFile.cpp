@@ -1,10 +1,10 @@
-#include "platform/DataFile.h"
+#include "core/DataFile.h"
 
 #include "codec/PropertyList.h"
+#include "core/Texts.h"
 #include "os/FileOperations.h"
 #include "os/PathBytes.h"
 #include "os/SystemLog.h"
-#include "platform/Texts.h"
 
 #include <QDateTime>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "platform/Format.h"
+#include "core/Format.h"
 
 namespace korvane {
 

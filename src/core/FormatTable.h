@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Format.h"
+#include "core/Format.h"
 
 #include <QList>
 #include <QString>

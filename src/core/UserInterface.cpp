@@ -1,4 +1,4 @@
-#include "ui/UserInterface.h"
+#include "core/UserInterface.h"
 
 namespace korvane {
 

@@ -1,4 +1,4 @@
-#include "managers/PluginList.h"
+#include "core/PluginList.h"
 
 #include <QStringBuilder>
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "core/Format.h"
 #include "os/Roots.h"
-#include "platform/Format.h"
 
 #include <QString>
 

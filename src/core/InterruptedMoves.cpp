@@ -1,7 +1,7 @@
-#include "platform/InterruptedMoves.h"
+#include "core/InterruptedMoves.h"
 
+#include "core/Texts.h"
 #include "os/StagingFolders.h"
-#include "platform/Texts.h"
 
 #include <QDir>
 

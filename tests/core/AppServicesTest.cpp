@@ -1,8 +1,8 @@
-#include "app/AppServices.h"
+#include "core/AppServices.h"
 
-#include "ServicesFixture.h"
 #include "codec/PropertyList.h"
 #include "os/SystemLog.h"
+#include "support/ServicesFixture.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "platform/FormatTable.h"
+#include "core/FormatTable.h"
 
 namespace korvane {
 

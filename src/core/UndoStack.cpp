@@ -1,6 +1,6 @@
-#include "app/UndoStack.h"
+#include "core/UndoStack.h"
 
-#include "platform/Texts.h"
+#include "core/Texts.h"
 
 namespace korvane {
 
