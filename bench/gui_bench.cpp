@@ -2,11 +2,11 @@
 // re-sorting, filtering per keystroke, and how many rows a scrolled paint draws.
 
 #include "PluginLibraryBuilder.h"
+#include "app/AppContext.h"
 #include "core/Locations.h"
 #include "gui/table/PluginTableModel.h"
 #include "gui/table/PluginTableView.h"
-#include "managers/FormatManager.h"
-#include "shell/AppContext.h"
+#include "library/FormatManager.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

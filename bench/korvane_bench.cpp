@@ -5,10 +5,10 @@
 // line per figure.
 
 #include "PluginLibraryBuilder.h"
+#include "app/AppContext.h"
 #include "core/Locations.h"
 #include "core/UserInterface.h"
-#include "managers/FormatManager.h"
-#include "shell/AppContext.h"
+#include "library/FormatManager.h"
 
 #include <QCoreApplication>
 #ifdef KORVANE_BENCH_GUI

@@ -5,7 +5,7 @@
 #include "FuzzCheck.h"
 
 #include "codec/TypedStream.h"
-#include "managers/SetDocument.h"
+#include "library/SetDocument.h"
 
 #include <QStringDecoder>
 

@@ -4,13 +4,13 @@
 
 #include "PluginLibraryBuilder.h"
 
+#include "app/AppContext.h"
+#include "app/Preferences.h"
 #include "codec/PropertyList.h"
 #include "core/Locations.h"
 #include "core/Plugin.h"
-#include "managers/SetDocument.h"
+#include "library/SetDocument.h"
 #include "os/LocalFileOperations.h"
-#include "panels/Preferences.h"
-#include "shell/AppContext.h"
 
 #include <QCoreApplication>
 #include <QDir>

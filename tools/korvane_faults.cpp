@@ -7,13 +7,13 @@
 // lost or damaged, 77 when no second file system can be mounted here.
 
 #include "PluginLibraryBuilder.h"
+#include "app/AppContext.h"
+#include "app/AppController.h"
 #include "core/FormatTable.h"
 #include "core/Locations.h"
-#include "managers/FormatManager.h"
+#include "library/FormatManager.h"
 #include "os/AllowAllAuthorization.h"
 #include "os/LocalFileOperations.h"
-#include "shell/AppContext.h"
-#include "shell/AppController.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>

@@ -2,6 +2,11 @@
 // demo library in DIR (made by korvane_demo) and saves a picture of it as OUT/<window>.png. Meant
 // for Qt's offscreen platform; tools/screenshots.sh runs it.
 
+#include "app/AboutText.h"
+#include "app/AppContext.h"
+#include "app/AppController.h"
+#include "app/LaunchScript.h"
+#include "app/Preferences.h"
 #include "codec/PropertyList.h"
 #include "core/Locations.h"
 #include "gui/main/MainWindow.h"
@@ -11,13 +16,8 @@
 #include "gui/windows/LaunchScriptPanel.h"
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
-#include "managers/FormatManager.h"
+#include "library/FormatManager.h"
 #include "os/LocalFileOperations.h"
-#include "panels/AboutText.h"
-#include "panels/Preferences.h"
-#include "shell/AppContext.h"
-#include "shell/AppController.h"
-#include "shell/LaunchScript.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,11 +1,11 @@
 #include "cli/CliRunner.h"
 
+#include "app/AppContext.h"
 #include "cli/CliSession.h"
 #include "cli/ShownText.h"
 #include "cli/TextTable.h"
 #include "core/Locations.h"
-#include "managers/SetDocument.h"
-#include "shell/AppContext.h"
+#include "library/SetDocument.h"
 
 #include <QDir>
 #include <QFileInfo>

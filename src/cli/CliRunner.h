@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/Options.h"
-#include "managers/FormatManager.h"
+#include "library/FormatManager.h"
 #include "os/Roots.h"
 
 #include <QList>

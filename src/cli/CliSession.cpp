@@ -1,5 +1,6 @@
 #include "cli/CliSession.h"
 
+#include "app/AppContext.h"
 #include "cli/Options.h"
 #include "cli/ShownText.h"
 #include "core/FormatTable.h"
@@ -9,7 +10,6 @@
 #include "os/LocalFileOperations.h"
 #include "os/ReadOnlyFileOperations.h"
 #include "os/SystemLog.h"
-#include "shell/AppContext.h"
 
 #include <QFile>
 #include <QFileInfo>

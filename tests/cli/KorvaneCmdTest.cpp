@@ -1,11 +1,11 @@
 // Runs the built KorvaneCMD against temporary roots and looks at what it printed and moved.
 
 #include "PluginLibraryBuilder.h"
+#include "app/AppContext.h"
 #include "cli/Options.h"
-#include "managers/FormatManager.h"
-#include "managers/SetDocument.h"
+#include "library/FormatManager.h"
+#include "library/SetDocument.h"
 #include "os/LibraryLock.h"
-#include "shell/AppContext.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "PluginLibraryBuilder.h"
-#include "managers/FormatManager.h"
-#include "shell/AppController.h"
+#include "app/AppController.h"
+#include "library/FormatManager.h"
 #include "support/ContextTest.h"
 
 namespace korvane {

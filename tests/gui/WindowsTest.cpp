@@ -2,14 +2,14 @@
 
 #include "GuiFixture.h"
 
+#include "app/InfoPanelModel.h"
+#include "app/LaunchScript.h"
 #include "codec/PropertyList.h"
 #include "gui/windows/GroupEditorWindow.h"
 #include "gui/windows/InfoPanel.h"
 #include "gui/windows/LaunchScriptPanel.h"
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
-#include "panels/InfoPanelModel.h"
-#include "shell/LaunchScript.h"
 
 #include <QCheckBox>
 #include <QLabel>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "app/AppContext.h"
 #include "os/AllowAllAuthorization.h"
-#include "shell/AppContext.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 

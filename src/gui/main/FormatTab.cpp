@@ -2,7 +2,7 @@
 
 #include "core/Texts.h"
 #include "gui/table/PluginTableView.h"
-#include "managers/FormatManager.h"
+#include "library/FormatManager.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>

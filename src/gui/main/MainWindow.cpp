@@ -1,5 +1,9 @@
 #include "gui/main/MainWindow.h"
 
+#include "app/AboutText.h"
+#include "app/AppContext.h"
+#include "app/AppController.h"
+#include "app/LaunchScript.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "gui/main/FormatTab.h"
@@ -10,12 +14,8 @@
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
 #include "gui/windows/UpdateCheckCommand.h"
-#include "managers/AudioUnitSolo.h"
-#include "managers/FormatManager.h"
-#include "panels/AboutText.h"
-#include "shell/AppContext.h"
-#include "shell/AppController.h"
-#include "shell/LaunchScript.h"
+#include "library/AudioUnitSolo.h"
+#include "library/FormatManager.h"
 
 #include <QCloseEvent>
 #include <QMenuBar>

@@ -1,7 +1,7 @@
 #include "gui/table/PluginFilterProxy.h"
 
 #include "gui/table/PluginTableModel.h"
-#include "managers/FormatManager.h"
+#include "library/FormatManager.h"
 
 namespace korvane {
 

@@ -1,6 +1,6 @@
 #include "gui/table/PluginItemDelegate.h"
 
-#include "managers/FormatManager.h"
+#include "library/FormatManager.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>

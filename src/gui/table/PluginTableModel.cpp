@@ -1,7 +1,7 @@
 #include "gui/table/PluginTableModel.h"
 
 #include "core/Texts.h"
-#include "managers/FormatManager.h"
+#include "library/FormatManager.h"
 #include "os/PathBytes.h"
 
 #include <QMimeData>

@@ -1,12 +1,12 @@
 #include "gui/table/PluginTableView.h"
 
+#include "app/Preferences.h"
 #include "core/SharedInstances.h"
 #include "core/Texts.h"
 #include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginItemDelegate.h"
 #include "gui/table/PluginTableModel.h"
-#include "managers/FormatManager.h"
-#include "panels/Preferences.h"
+#include "library/FormatManager.h"
 
 #include <QDrag>
 #include <QDragEnterEvent>

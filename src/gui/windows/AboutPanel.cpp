@@ -1,7 +1,7 @@
 #include "gui/windows/AboutPanel.h"
 
+#include "app/AboutText.h"
 #include "core/Texts.h"
-#include "panels/AboutText.h"
 
 #include <QTextBrowser>
 #include <QVBoxLayout>

@@ -1,7 +1,7 @@
 #include "gui/windows/InfoPanel.h"
 
+#include "app/InfoPanelModel.h"
 #include "core/Texts.h"
-#include "panels/InfoPanelModel.h"
 
 #include <QCloseEvent>
 #include <QFormLayout>

@@ -1,8 +1,8 @@
 #include "gui/windows/LaunchScriptPanel.h"
 
+#include "app/LaunchScript.h"
 #include "core/FormatTable.h"
 #include "core/Texts.h"
-#include "shell/LaunchScript.h"
 
 #include <QFontDatabase>
 #include <QHBoxLayout>

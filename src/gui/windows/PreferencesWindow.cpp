@@ -1,9 +1,9 @@
 #include "gui/windows/PreferencesWindow.h"
 
+#include "app/AppController.h"
+#include "app/Preferences.h"
 #include "core/FormatTable.h"
 #include "core/Texts.h"
-#include "panels/Preferences.h"
-#include "shell/AppController.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>

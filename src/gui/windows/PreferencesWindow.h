@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panels/Preferences.h"
+#include "app/Preferences.h"
 
 #include <QList>
 #include <QWidget>

@@ -1,7 +1,7 @@
 // Decodes a set document and returns from main without taking anything down by hand: leaving
 // must not depend on the order statics go in.
 
-#include "managers/SetDocument.h"
+#include "library/SetDocument.h"
 
 int main()
 {
