@@ -28,7 +28,7 @@ public:
     ~AppController() override;
 
     static AppController *instance(); // the installed controller
-    // Installs into both slots, so instance() here and below the shell answer the same object.
+    // Installs into both slots, so instance() here and in the layers below answer the same object.
     static void install(AppController *main);
 
     // The preferences and one manager per format, by type index, once AppContext has made them;

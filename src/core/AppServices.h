@@ -31,8 +31,8 @@ struct RunParts {
 
 // The part of the application controller that every lower layer shares: the content registry, the
 // group registry and its submenu, the log text, the undo stack with its menu titles, and the
-// answer to a failed file operation. AppController (shell) derives from it and adds start-up, tabs
-// and routing; the layers below the shell are handed it as AppServices.
+// answer to a failed file operation. AppController (app/) derives from it and adds start-up, tabs
+// and routing; the layers below the application are handed it as AppServices.
 class AppServices : public QObject {
     Q_OBJECT
 public:
@@ -104,7 +104,8 @@ public:
     // Shows the failure and asks whether the rest of the work goes on ("Proceed or Stop?").
     FileErrorAnswer askToProceedAfter(const FileError &error);
 
-    // The format whose tab is in front (0 AU, 1 RTAS, 2 MAS, 3 VST, ...); the shell's tabs answer.
+    // The format whose tab is in front (0 AU, 1 RTAS, 2 MAS, 3 VST, ...); the controller's tabs
+    // answer.
     virtual int activeType() const { return m_activeType; }
     virtual void setActiveType(int type);
 

@@ -6,7 +6,7 @@
 namespace korvane {
 
 // A file name is the bytes the file system holds, whatever their encoding. Every path the
-// platform layer hands to or takes from the system passes through these two, so that a name that
+// program hands to or takes from the system passes through these two, so that a name that
 // is not valid UTF-8 is listed, moved and saved by its own bytes and never meets a different
 // name that decodes alike. Valid UTF-8 becomes its characters; each byte of an invalid sequence
 // becomes the lone low surrogate U+DC80..U+DCFF of the same low eight bits ("surrogateescape"),

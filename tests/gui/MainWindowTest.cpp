@@ -153,7 +153,7 @@ TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
     makeContext();
     context->prepareWindow();
 
-    // One alert from each layer that shows one: the shell, a manager (its texts come from the
+    // One alert from each layer that shows one: the controller, a manager (its texts come from the
     // format table) and the file-error alert, whose reason comes from the file operations.
     context->main()->moveSelectedToTrash();
     context->manager(TypeAU)->requestInfo();

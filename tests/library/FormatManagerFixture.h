@@ -21,7 +21,8 @@ namespace korvane {
 
 using B = PluginLibraryBuilder;
 
-// The controllers the managers work with, made as the program makes them (without the shell).
+// The controllers the managers work with, made as the program makes them (without the
+// application controller).
 struct ManagersOfOneRun {
     ManagersOfOneRun(const Locations &locations, FileOperations &files, UserInterface &ui)
         : services(RunParts{locations, files, ui, FormatTable::builtIn()}), pref(services),
