@@ -28,19 +28,14 @@ QStringList resourceCandidates()
 
 void AboutText::open()
 {
-    m_text.clear();
     m_html.clear();
     for (const QString &candidate : resourceCandidates()) {
         QFile file(candidate);
         if (file.open(QIODevice::ReadOnly)) {
-            const QByteArray rtf = file.read(RtfText::maxInputSize);
-            // RTF is seven-bit text; bytes above that are read as the Latin code page it names.
-            m_text = QString::fromLatin1(rtf);
-            m_html = RtfText::toHtml(rtf);
+            m_html = RtfText::toHtml(file.read(RtfText::maxInputSize));
             break;
         }
     }
-    m_visible = true;
 }
 
 } // namespace korvane

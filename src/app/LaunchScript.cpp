@@ -236,7 +236,6 @@ void LaunchScript::setScript(const QString &text)
 void LaunchScript::openWindow()
 {
     build(false);
-    m_visible = true;
     emit windowShown();
 }
 

@@ -36,7 +36,6 @@ public:
     void setFormatSelected(int type, bool selected); // state only, as a click leaves it
     QString script() const { return m_script; }
     void setScript(const QString &text); // the user edited the text view
-    bool isWindowVisible() const { return m_visible; }
 
     Layout layout() const { return m_layout; }
     void setLayout(Layout layout) { m_layout = layout; }
@@ -78,7 +77,6 @@ private:
     QList<FormatManager *> m_managers;
     QList<bool> m_selectedFormats; // by type index
     QString m_script;
-    bool m_visible = false;
     Layout m_layout = platformLayout();
     QString m_toolPath;
     QString m_hostCommand;

@@ -29,7 +29,6 @@ public:
 
     QUrl versionListUrl() const { return m_versionListUrl; }
     QUrl downloadUrl() const { return m_downloadUrl; }
-    QString installedVersion() const { return m_installedVersion; }
     int timeoutMs() const { return m_timeoutMs; }
     void setVersionListUrl(const QUrl &url) { m_versionListUrl = url; }
     void setDownloadUrl(const QUrl &url) { m_downloadUrl = url; }

@@ -360,7 +360,6 @@ int AppServices::groupCount() const
 
 void AppServices::showGroups()
 {
-    m_groupEditorVisible = true;
     emit groupEditorShown();
 }
 

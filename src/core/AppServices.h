@@ -78,7 +78,6 @@ public:
     void addGroup();
     void removeGroup(int selectedRow); // the editor table's selected row, -1 for none
     void showGroups();
-    bool isGroupEditorVisible() const { return m_groupEditorVisible; }
     // The group submenu, as the titles of the items added behind the fixed "none" item.
     void updateGroupMenu();
     QStringList groupMenuTitles() const { return m_groupMenuTitles; }
@@ -133,7 +132,6 @@ protected:
     QString m_logText;
     bool m_logVisible = false;
     bool m_showLogEnabled = true;
-    bool m_groupEditorVisible = false;
     int m_activeType = 0;
 };
 
