@@ -1,5 +1,7 @@
 #include "cli/Options.h"
 
+#include <QRegularExpression>
+
 #include <utility>
 
 namespace korvane {
@@ -126,7 +128,13 @@ private:
                 inlineValue = arg.section(QLatin1Char('='), 1);
             }
             if (!takesValue(m_formats, name)) {
-                fail(QStringLiteral("unknown option \"%1\"").arg(arg));
+                // "-wav" is most likely a set of a format that does not exist.
+                static const QRegularExpression word(QStringLiteral("^-[A-Za-z0-9]+$"));
+                fail(word.match(arg).hasMatch()
+                         ? QStringLiteral(
+                               "unknown option \"%1\": no format is named \"%2\" (use %3)")
+                               .arg(arg, arg.mid(1), formatNames())
+                         : QStringLiteral("unknown option \"%1\"").arg(arg));
                 return;
             }
             const std::optional<QString> value = inlineValue ? inlineValue : nextValue();
@@ -245,8 +253,8 @@ private:
             fail(QStringLiteral("%1 needs the command apply").arg(m_listGiven));
         if (command == Options::ApplyList) {
             if (m_options.on.isEmpty() && m_options.off.isEmpty() && m_options.onFile.isEmpty()
-                && m_options.offFile.isEmpty())
-                fail(QStringLiteral("apply needs --on, --off, --on-file or --off-file"));
+                && m_options.offFile.isEmpty() && !m_options.only)
+                fail(QStringLiteral("apply needs --on, --off, --on-file, --off-file or --only"));
             for (const QString &name : std::as_const(m_options.on))
                 if (m_options.off.contains(name))
                     fail(QStringLiteral("\"%1\" is named both --on and --off").arg(name));

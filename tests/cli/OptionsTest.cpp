@@ -88,7 +88,8 @@ TEST(ParseCommandLineTest, WrongCommandLinesAreErrorsNamingTheCulprit)
         {"-AU a --only", "--only"},                  {"apply --format au --on", "--on"},
         {"apply --format au --on Foo --off Foo", "\"Foo\""},
         {"apply --format au --on-file a --on-file b", "twice"},
-        {"apply --format au --on Foo stray", "stray"}};
+        {"apply --format au --on Foo stray", "stray"},
+        {"-wav s", "no format is named \"wav\" (use au, rtas, mas or vst)"}};
     // clang-format on
     for (const auto &[line, culprit] : cases) {
         const ParsedCommandLine result = parse(line);
