@@ -186,6 +186,20 @@ const QString kOnePlace =
     QStringLiteral("The source and the target are one and the same; nothing was moved");
 const QString kOtherCopy =
     QStringLiteral("Another installed copy of the plug-in lies there; both copies are kept");
+const QString kUnwritable =
+    QStringLiteral("The folder cannot be changed (no write access, locked or read-only)");
+
+// The folder a move would have to change and cannot: the source's, or the target's (its nearest
+// existing ancestor while it is still to be made); empty when both can be changed.
+QString unwritableFolder(const FileOperations &files, const QString &from, const QString &to)
+{
+    if (!files.isWritable(folderOf(from)))
+        return folderOf(from);
+    QString target = folderOf(to);
+    while (!target.isEmpty() && !files.exists(target))
+        target = folderOf(target);
+    return target.isEmpty() || files.isWritable(target) ? QString() : target;
+}
 
 struct Foreseen {
     MoveOutcome move;
@@ -237,6 +251,7 @@ QList<Foreseen> foreseeMoves(const FileOperations &files, const TypeManager &man
         const std::optional<FileIdentity> here = files.identity(move.from, false);
         const std::optional<FileIdentity> there = files.identity(move.to, false);
         const bool scannedThere = installed.contains(move.to);
+        const QString unwritable = here ? unwritableFolder(files, move.from, move.to) : QString();
         if (sourceFolder && targetFolder && sourceFolder->isSameItem(*targetFolder)) {
             fail(folderOf(move.to), kOnePlace);
         } else if (!here) {
@@ -245,9 +260,13 @@ QList<Foreseen> foreseeMoves(const FileOperations &files, const TypeManager &man
             fail(move.to, kOnePlace);
         } else if (scannedThere && files.holdsAllOf(move.to, move.from)
                    && files.holdsAllOf(move.from, move.to)) {
-            next.warning = QStringLiteral("%1 is already at %2; the identical copy from %3 would "
-                                          "go to the trash")
-                               .arg(move.name, move.to, move.from);
+            // The trash takes it out of its folder.
+            if (!files.isWritable(folderOf(move.from)))
+                fail(folderOf(move.from), kUnwritable);
+            else
+                next.warning = QStringLiteral("%1 is already at %2; the identical copy from %3 "
+                                              "would go to the trash")
+                                   .arg(move.name, move.to, move.from);
         } else if (scannedThere
                    || (there && there->isFolder
                        && std::any_of(installed.cbegin(), installed.cend(),
@@ -258,6 +277,8 @@ QList<Foreseen> foreseeMoves(const FileOperations &files, const TypeManager &man
                        && manager.recognise(
                            manager.traits().recognitionTakesFullPath ? move.to : move.name))) {
             fail(move.to, kOtherCopy, MoveReport::Refused);
+        } else if (!unwritable.isEmpty()) {
+            fail(unwritable, kUnwritable);
         } else if (there) {
             next.warning =
                 QStringLiteral("%1 is in the way and would go to the trash").arg(move.to);

@@ -320,7 +320,7 @@ TEST_F(KorvaneCmdTest, ReportsAndRefusalsChangeNothingOnDisk)
 }
 
 // A move into a folder that refuses it is not made: the tool names the paths, goes on with the
-// others and exits 1.
+// others and exits 1. A check foresees it.
 TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAFailedOneLosesNothing)
 {
     const QString set = writeSet("moves.aukorv", {{"Alpha.component", false, false},
@@ -330,6 +330,15 @@ TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAFailedOneLosesNothing)
     ImmutableGuard guard(au(LocSystemDisabled));
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i is not supported here";
+    // A check sees the folder refuse: the same lines and the same exit as the run.
+    const ToolRun check = tool({"--check", "-AU", set});
+    EXPECT_EQ(check.exitCode, 1);
+    EXPECT_EQ(check.out,
+              "disabled and moved to user Alpha.component\nmoved to system Delta.component\n");
+    EXPECT_TRUE(check.err.startsWith("error: could not disable \"Beta.component\": \""
+                                     + au(LocSystemActive, "Beta.component"))
+                && check.err.contains("cannot be changed"))
+        << check.err.toStdString();
     const ToolRun run = tool({"-AU", set});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.out,
