@@ -16,6 +16,7 @@ packages=(cmake g++ make pkg-config qt6-base-dev libplist-dev libgtest-dev libgm
   x42-plugins lsp-plugins-lv2 swh-plugins swh-lv2      # real Linux plug-ins the tests copy
   dssi-example-plugins dpf-plugins-vst dpf-plugins-lv2 dpf-plugins-ladspa
   ansible-core                                         # the Ansible collection and its tests
+  pycodestyle yamllint                                 # the collection's pep8 and yamllint, offline
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -1,6 +1,7 @@
 """Runs the Ansible collection's tests as one CTest test: the modules' unit tests (in the
-collection, importable uninstalled from integrations/ansible) and then the playbooks against
-localhost (test_playbooks.py beside this file). Exits non-zero when any test fails."""
+collection, importable uninstalled from integrations/ansible), the checks of its code and
+documentation (test_sanity.py) and the playbooks against localhost (test_playbooks.py). Exits
+non-zero when any test fails."""
 
 import os
 import sys
@@ -25,11 +26,12 @@ def main():
             if name.startswith('test_') and name.endswith('.py'):
                 sys.path.insert(0, folder)
                 suite.addTests(loader.loadTestsFromName(name[:-3]))
+    suite.addTests(loader.loadTestsFromName('test_sanity'))
     suite.addTests(loader.loadTestsFromName('test_playbooks'))
     result = unittest.TextTestRunner(verbosity=2).run(suite)
     failed = len(result.failures) + len(result.errors)
-    print('%d passed, %d failed, %d skipped' % (result.testsRun - failed - len(result.skipped),
-                                                 failed, len(result.skipped)))
+    passed = result.testsRun - failed - len(result.skipped)
+    print('%d passed, %d failed, %d skipped' % (passed, failed, len(result.skipped)))
     sys.exit(0 if result.wasSuccessful() else 1)
 
 
