@@ -757,5 +757,47 @@ TEST_F(KorvaneCmdTest, ApplyTakesPlainListsOfNamesAndRefusesWhatItCannotMatch)
     EXPECT_EQ(snapshot(), before);
 }
 
+// The install check of the README, for Munki's installcheck_script and the like: KorvaneCMD's
+// check piped into exactly the documented line, which exits 0 (install: make it so) while a move
+// is pending or anything went wrong, and 1 once the machine is as wanted.
+TEST_F(KorvaneCmdTest, TheDocumentedInstallCheckAsksForAnInstallUntilTheLibraryIsAsWanted)
+{
+    const QString line = "import json, sys; r = json.loads(sys.stdin.read() or \"{}\"); "
+                         "sys.exit(1 if r.get(\"changed\") is False and not r.get(\"errors\") "
+                         "else 0)";
+    QFile readme(KORVANE_TEST_DATA "/../../README.md");
+    ASSERT_TRUE(readme.open(QIODevice::ReadOnly));
+    const QString documented = QString::fromUtf8(readme.readAll());
+    ASSERT_TRUE(documented.contains("KorvaneCMD --check --json apply --format au --on-file "
+                                    "/Library/Korvane/room-a.txt --only | python3 -c '"
+                                    + line + "'"));
+
+    const QString list = homePath("Documents/room-a.txt");
+    writeText(list, "Alpha\nGamma\n");
+    // The roots come from the environment, as the documented line gives none.
+    const auto installCheck = [&](const QStringList &arguments) {
+        QProcess check, reader;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("KORVANE_ROOT", root());
+        environment.insert("HOME", home());
+        environment.remove("XDG_DATA_HOME");
+        check.setProcessEnvironment(environment);
+        check.setStandardOutputProcess(&reader);
+        check.start(KORVANE_CMD, arguments);
+        reader.start("python3", {"-c", line});
+        EXPECT_TRUE(check.waitForStarted() && reader.waitForStarted());
+        finish(check);
+        return finish(reader).exitCode;
+    };
+    const QStringList wanted{"--check", "--json",    "apply", "--format",
+                             "au",      "--on-file", list,    "--only"};
+    EXPECT_EQ(installCheck(wanted), 0);
+    ASSERT_EQ(tool({"apply", "--format", "au", "--on-file", list, "--only"}).exitCode, 0);
+    EXPECT_EQ(installCheck(wanted), 1);
+    writeText(list, "Alpha\nNope\n"); // fails, and the install that follows says why
+    EXPECT_EQ(installCheck(wanted), 0);
+    EXPECT_EQ(installCheck(wanted + QStringList{"--bogus"}), 0); // no JSON at all
+}
+
 } // namespace
 } // namespace korvane
