@@ -211,8 +211,10 @@ struct Foreseen {
 // The moves an apply of the pending changes would make, in its order, with what the scan and a
 // look at each target tell of their outcome: a target that is another installed copy refuses the
 // move, an identical copy there or a stranger's file goes to the trash, a folder that is the
-// source's own fails it. Only what the file system says on the move itself (a full disk, a folder
-// that refuses) is not foreseen.
+// source's own or cannot be written (access(2) sees an immutable folder and a read-only file
+// system, for root too) fails it. Only what a move alone finds out (a full disk, a stale sidecar
+// in the way) is not foreseen. The apply's rules are kept here rather than the apply run on
+// pretended file operations, whose pretended success is the one answer a check must not give.
 QList<Foreseen> foreseeMoves(const FileOperations &files, const TypeManager &manager)
 {
     const PluginList &list = manager.plugins();
@@ -586,7 +588,9 @@ bool CliRunner::lockLibrary(CliSession &session, const Options &options, MoveRep
         report.warning(QStringLiteral("KorvaneCMD: checked without the lock: ") + failure);
         return true;
     }
-    report.error(QStringLiteral("KorvaneCMD: nothing moved: ") + failure);
+    report.error((options.check ? QStringLiteral("KorvaneCMD: nothing checked: ")
+                                : QStringLiteral("KorvaneCMD: nothing moved: "))
+                 + failure);
     return false;
 }
 

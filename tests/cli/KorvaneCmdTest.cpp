@@ -380,6 +380,11 @@ TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeath
     EXPECT_EQ(stopped.out, "");
     EXPECT_TRUE(stopped.err.contains(named)) << stopped.err.toStdString();
     EXPECT_EQ(tool({"list"}).exitCode, 0); // reporting needs no lock
+    // A check would answer for a library in the middle of changing: it waits and fails alike.
+    const ToolRun check = tool(disable + QStringList{"--check"});
+    EXPECT_EQ(check.exitCode, 1);
+    EXPECT_TRUE(check.err.contains("nothing checked: ") && check.err.contains(named))
+        << check.err.toStdString();
     {
         // The window's apply, too, tells who holds the lock and moves nothing.
         ScriptedUi ui;
