@@ -12,6 +12,7 @@ import os
 import shutil
 import subprocess
 import sys
+import tarfile
 import tempfile
 import unittest
 
@@ -66,6 +67,16 @@ class SanityTest(unittest.TestCase):
             self.assertEqual(run.stderr, '')
             for part in ('OPTIONS', 'ATTRIBUTES', 'EXAMPLES', 'RETURN VALUES'):
                 self.assertIn(part, run.stdout)
+
+    def test_ansible_galaxy_builds_the_collection_with_both_modules(self):
+        self.run_tool(['ansible-galaxy', 'collection', 'build', '--output-path', self.dir],
+                      cwd=COLLECTION)
+        package = os.path.join(self.dir, 'korvane-plugins-1.0.0.tar.gz')
+        with tarfile.open(package) as archive:
+            names = archive.getnames()
+        for module in ('korvane_set', 'korvane_facts'):
+            self.assertIn('plugins/modules/%s.py' % module, names)
+        self.assertIn('plugins/module_utils/korvane.py', names)
 
     def test_pep8_and_yamllint_as_ansible_test_runs_them(self):
         ignored = ansible_test_settings(os.path.join('pep8', 'current-ignore.txt'))
