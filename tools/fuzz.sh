@@ -7,7 +7,7 @@
 #   tools/fuzz.sh [--runs N] [SECONDS] [TARGET...]
 #
 # --runs N stops a harness after N executions even when time is left. TARGET names harnesses
-# (set_document, plist, macho, finder_info, file_name, version_list, command_line, rtf, json5,
+# (set_document, plist, macho, finder_info, file_name, version_list, command_line, name_list, rtf, json5,
 # elf_header, lv2_bundle, package_list, probe_report); default: all.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -19,7 +19,7 @@ if [ "${1:-}" = "--runs" ]; then
 fi
 seconds=${1:-10}
 [ $# -gt 0 ] && shift
-all=(set_document plist macho finder_info file_name version_list command_line rtf json5
+all=(set_document plist macho finder_info file_name version_list command_line name_list rtf json5
      elf_header lv2_bundle package_list probe_report)
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=("${all[@]}")
