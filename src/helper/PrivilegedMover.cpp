@@ -1,6 +1,7 @@
 #include "helper/PrivilegedMover.h"
 
 #include "platform/LibraryLock.h"
+#include "platform/Texts.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -20,11 +21,6 @@ constexpr int kPkexecFailed = 127;
 // pkexec's and the helper's messages for a person: a few lines at most.
 constexpr qsizetype kMaxErrorBytes = 16 * 1024;
 constexpr qsizetype kMaxShownChars = 500;
-
-QString translate(const char *text)
-{
-    return QCoreApplication::translate("korvane", text);
-}
 
 // Outside text as one plain line of reasonable length.
 QString shown(const QByteArray &bytes)
@@ -212,37 +208,37 @@ QString PrivilegedMover::describe(const Outcome &outcome)
     case State::Done:
         return {};
     case State::Failed:
-        return translate("%1 of %2 plug-ins in the system folders could not be moved.")
+        return korvane::tr("%1 of %2 plug-ins in the system folders could not be moved.")
             .arg(failed)
             .arg(outcome.results.size());
     case State::Cancelled:
-        return translate("Administrator rights are needed to change plug-ins in the system "
-                         "folders. They were not given; nothing was moved.");
+        return korvane::tr("Administrator rights are needed to change plug-ins in the system "
+                           "folders. They were not given; nothing was moved.");
     case State::NoAgent:
-        return translate("Administrator rights are needed to change plug-ins in the system "
-                         "folders, but nobody could be asked for them: %1")
+        return korvane::tr("Administrator rights are needed to change plug-ins in the system "
+                           "folders, but nobody could be asked for them: %1")
             .arg(outcome.detail);
     case State::NoPolkit:
-        return translate("Administrator rights are needed to change plug-ins in the system "
-                         "folders, and this system cannot ask for them: pkexec (polkit) is not "
-                         "installed.");
+        return korvane::tr("Administrator rights are needed to change plug-ins in the system "
+                           "folders, and this system cannot ask for them: pkexec (polkit) is not "
+                           "installed.");
     case State::NoHelper:
-        return translate("Administrator rights are needed to change plug-ins in the system "
-                         "folders, but Korvane's helper program is missing: %1")
+        return korvane::tr("Administrator rights are needed to change plug-ins in the system "
+                           "folders, but Korvane's helper program is missing: %1")
             .arg(outcome.path);
     case State::Refused:
-        return translate("Korvane's helper refused to move plug-ins in the system folders, and "
-                         "nothing was moved: %1")
+        return korvane::tr("Korvane's helper refused to move plug-ins in the system folders, and "
+                           "nothing was moved: %1")
             .arg(outcome.path.isEmpty() ? outcome.detail
                                         : outcome.path + QStringLiteral(": ") + outcome.detail);
     case State::LockBusy:
         return outcome.holder.isEmpty()
-                   ? translate("The plug-in library could not be locked: %1.").arg(outcome.detail)
-                   : translate("%1 is moving plug-ins. Try again when it has finished.")
+                   ? korvane::tr("The plug-in library could not be locked: %1.").arg(outcome.detail)
+                   : korvane::tr("%1 is moving plug-ins. Try again when it has finished.")
                          .arg(outcome.holder);
     case State::Broken:
-        return translate("Korvane's helper gave no answer that could be read: %1. Rescan to see "
-                         "where the plug-ins are.")
+        return korvane::tr("Korvane's helper gave no answer that could be read: %1. Rescan to see "
+                           "where the plug-ins are.")
             .arg(outcome.detail);
     }
     return {};
