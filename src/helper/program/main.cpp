@@ -16,6 +16,7 @@
 #include <QStringList>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 
 #include <sys/stat.h>
@@ -64,6 +65,9 @@ int main(int argc, char *argv[])
     using namespace korvane;
     // Folders made for a target are root's and readable by all, whatever mask pkexec passed on.
     ::umask(022);
+    // A program that went away while its moves were made does not stop them halfway through the
+    // list: each move is whole or not made, and the next scan shows where everything is.
+    std::signal(SIGPIPE, SIG_IGN);
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
         arguments << pathFromBytes(argv[i]);
