@@ -1,6 +1,7 @@
 #include "HelperFixture.h"
 
 #include "platform/LibraryLock.h"
+#include "platform/PathBytes.h"
 
 #include <QThread>
 
@@ -34,7 +35,8 @@ struct Tmpfs {
 };
 
 // Switching off and on inside the system folders: a missing " (Disabled)" folder and subfolders
-// are made as root's own, readable by all; a plug-in that is a link moves as the link.
+// are made as root's own, readable by all; a plug-in that is a link moves as the link, and one
+// whose name is no UTF-8 by its own bytes.
 TEST_F(HelperProgramTest, MovesInsideTheSystemFoldersMakingTheTargetFolders)
 {
     makeBundle(vst("Echo.vst"));
@@ -44,27 +46,42 @@ TEST_F(HelperProgramTest, MovesInsideTheSystemFoldersMakingTheTargetFolders)
     QTemporaryDir elsewhere;
     makeBundle(elsewhere.path() + "/Real.vst");
     ASSERT_TRUE(QFile::link(elsewhere.path() + "/Real.vst", vst("Alias.vst")));
+    const QByteArray oddName = "Bad\xff\xfe.vst";
+    const QString odd = pathFromBytes(oddName);
+    // Qt cannot remove a name it cannot decode: the temporary root would stay behind.
+    const auto forget = [](const QString *path) { ::unlink(pathBytes(*path).constData()); };
+    const QString oddMoved = vstOff(odd), oddLeft = vst(odd);
+    const std::unique_ptr<const QString, decltype(forget)> cleanMoved(&oddMoved, forget);
+    const std::unique_ptr<const QString, decltype(forget)> cleanLeft(&oddLeft, forget);
+    writeText(vst("Bad.vst"), "odd");
+    ASSERT_EQ(
+        ::rename(QFile::encodeName(vst("Bad.vst")).constData(), pathBytes(vst(odd)).constData()),
+        0);
 
     const QList<Move> moves{{vst("Echo.vst"), vstOff("Echo.vst")},
                             {vst("Vendor/Deep.vst"), vstOff("Vendor/Deep.vst")},
                             {auOff("Tape.component"), au("Tape.component")},
-                            {vst("Alias.vst"), vstOff("Alias.vst")}};
+                            {vst("Alias.vst"), vstOff("Alias.vst")},
+                            {vst(odd), vstOff(odd)}};
     const Run run = runHelper(moves);
 
     EXPECT_EQ(run.exit, helper::ExitAllMoved);
-    ASSERT_EQ(run.lines.size(), 5);
-    for (int i = 0; i < 4; ++i) {
+    ASSERT_EQ(run.lines.size(), 6);
+    for (int i = 0; i < 5; ++i) {
         const helper::MoveResult result = run.line(i).result.value_or(helper::MoveResult{});
         EXPECT_EQ(result.move, moves.at(i));
         EXPECT_TRUE(result.ok) << qPrintable(result.error);
     }
     EXPECT_EQ(run.ending().kind, Ending::Done);
-    EXPECT_EQ(run.ending().moved, 4);
+    EXPECT_EQ(run.ending().moved, 5);
     EXPECT_TRUE(isWholeBundle(vstOff("Echo.vst")) && !isThere(vst("Echo.vst")));
     EXPECT_TRUE(isWholeBundle(vstOff("Vendor/Deep.vst")) && !isThere(vst("Vendor/Deep.vst")));
     EXPECT_TRUE(isWholeBundle(au("Tape.component")));
     EXPECT_TRUE(QFileInfo(vstOff("Alias.vst")).isSymLink());
     EXPECT_TRUE(isWholeBundle(elsewhere.path() + "/Real.vst"));
+    struct stat moved;
+    EXPECT_EQ(::lstat(pathBytes(vstOff(odd)).constData(), &moved), 0);
+    EXPECT_EQ(moved.st_size, 3);
     for (const QString &made : {folder(TypeVST, LocSystemDisabled), vstOff("Vendor")}) {
         struct stat info;
         ASSERT_EQ(::lstat(QFile::encodeName(made).constData(), &info), 0);
