@@ -264,11 +264,14 @@ std::optional<Refusal> SystemFolders::check(const QList<Move> &moves) const
                 return refused;
         const Place from = *placeOf(move.from);
         const Place to = *placeOf(move.to);
+        // Switching on or off and nothing else: the same place in the format's other folder.
         if (from.type != to.type)
             return Refusal{move.to, QStringLiteral("the target lies in another format's folders "
                                                    "than its source")};
-        if (move.from == move.to)
-            return Refusal{move.to, QStringLiteral("the target is the source itself")};
+        if (from.folder == to.folder
+            || move.from.mid(from.folder.size()) != move.to.mid(to.folder.size()))
+            return Refusal{move.to, QStringLiteral("the target is not the source's place in the "
+                                                   "format's other system folder")};
         for (const auto &[path, place] : {std::pair{move.from, from}, std::pair{move.to, to}})
             if (std::optional<Refusal> refused = checkSide(path, place))
                 return refused;

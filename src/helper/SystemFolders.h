@@ -33,8 +33,9 @@ struct Refusal {
     QString reason;
 };
 
-// What root may be asked to move: plug-ins inside one format's system folders (active or
-// " (Disabled)") under the given roots, and nothing else. The roots come from the person who
+// What root may be asked to move: a plug-in (or a companion) inside one format's system folder
+// under the given roots to the same place in the format's other system folder (active or
+// " (Disabled)"), and nothing else. The roots come from the person who
 // asks, so every folder the helper passes through or writes in must be one that only root can
 // change: otherwise whoever could change it could swap a step for a link between the look and the
 // move and send root anywhere.
