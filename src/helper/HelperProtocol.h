@@ -21,7 +21,7 @@ enum Exit {
     ExitLockNotTaken = 3, // another mover held the folders; nothing was touched
 };
 
-// Switching off 10,000 plug-ins asks about 3 MiB; anything much larger is no apply of ours.
+// Switching off 10,000 plug-ins asks about 1.5 MiB; anything much larger is no apply of ours.
 constexpr qsizetype MaxRequestBytes = 16 * 1024 * 1024;
 constexpr qsizetype MaxMoves = 100000;
 // Linux's PATH_MAX, counted in the bytes the system is handed.

@@ -243,8 +243,14 @@ std::optional<Refusal> SystemFolders::check(const QList<Move> &moves) const
     QHash<QString, std::optional<FileError>> folderChecks;
     const auto checkSide = [&](const QString &path, const Place &place) -> std::optional<Refusal> {
         auto known = folderChecks.constFind(place.folder);
-        if (known == folderChecks.cend())
+        if (known == folderChecks.cend()) {
+            struct stat info;
+            const bool exists = lstatPath(place.folder, &info);
             known = folderChecks.insert(place.folder, checkFormatFolder(place.folder));
+            // A folder judged by its parent is judged again once it is made.
+            if (exists && !*known)
+                m_trusted.insert(place.folder);
+        }
         if (const std::optional<FileError> &refused = *known)
             return Refusal{refused->path, refused->reason};
         QString at = place.folder;
@@ -330,8 +336,11 @@ std::optional<FileError> SystemFolders::prepare(FileOperations &files, const Mov
     };
     if (std::optional<FileError> error = makeFolder(to->folder))
         return error;
-    if (std::optional<FileError> refused = checkFormatFolder(to->folder))
-        return refused;
+    if (!m_trusted.contains(to->folder)) {
+        if (std::optional<FileError> refused = checkFormatFolder(to->folder))
+            return refused;
+        m_trusted.insert(to->folder);
+    }
     at = to->folder;
     for (const QString &step : stepsBelow(to->folder, move.to)) {
         at += kSlash + step;

@@ -5,6 +5,7 @@
 #include "platform/Roots.h"
 
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <optional>
@@ -70,6 +71,8 @@ private:
     OwnedPrefixes m_owned;
     // Per format: its system active and disabled folder, expanded.
     QList<std::pair<int, QString>> m_folders;
+    // The format folders found to exist and be root's alone.
+    mutable QSet<QString> m_trusted;
 };
 
 } // namespace helper
