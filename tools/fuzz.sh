@@ -7,8 +7,8 @@
 #   tools/fuzz.sh [--runs N] [SECONDS] [TARGET...]
 #
 # --runs N stops a harness after N executions even when time is left. TARGET names harnesses
-# (set_document, plist, macho, finder_info, file_name, version_list, command_line, rtf, json5,
-# elf_header, lv2_bundle, package_list, probe_report); default: all.
+# (set_document, plist, macho, finder_info, file_name, version_list, command_line, name_list, rtf, json5,
+# elf_header, lv2_bundle, package_list, probe_report, helper_request, helper_answer); default: all.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -19,8 +19,8 @@ if [ "${1:-}" = "--runs" ]; then
 fi
 seconds=${1:-10}
 [ $# -gt 0 ] && shift
-all=(set_document plist macho finder_info file_name version_list command_line rtf json5
-     elf_header lv2_bundle package_list probe_report)
+all=(set_document plist macho finder_info file_name version_list command_line name_list rtf json5
+     elf_header lv2_bundle package_list probe_report helper_request helper_answer)
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=("${all[@]}")
 

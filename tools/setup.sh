@@ -14,7 +14,10 @@ packages=(cmake g++ make pkg-config qt6-base-dev libplist-dev libgtest-dev libgm
   ladspa-sdk dssi-dev                                  # ladspa.h and dssi.h for the probe; listplugins
   lilv-utils                                           # lv2ls, against which the LV2 reader is checked
   x42-plugins lsp-plugins-lv2 swh-plugins swh-lv2      # real Linux plug-ins the tests copy
-  dssi-example-plugins dpf-plugins-vst dpf-plugins-lv2 dpf-plugins-ladspa)
+  dssi-example-plugins dpf-plugins-vst dpf-plugins-lv2 dpf-plugins-ladspa
+  ansible-core                                         # the Ansible collection and its tests
+  pycodestyle yamllint                                 # the collection's pep8 and yamllint, offline
+)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

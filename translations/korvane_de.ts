@@ -967,5 +967,33 @@
         <source>The source and the target are the same item</source>
         <translation>Quelle und Ziel sind dasselbe Objekt</translation>
     </message>
+    <message>
+        <source>%1 of %2 plug-ins in the system folders could not be moved.</source>
+        <translation>%1 von %2 Plug-Ins in den Systemordnern konnten nicht verschoben werden.</translation>
+    </message>
+    <message>
+        <source>Administrator rights are needed to change plug-ins in the system folders. They were not given; nothing was moved.</source>
+        <translation>Um Plug-Ins in den Systemordnern zu ändern, sind Administratorrechte nötig. Sie wurden nicht erteilt; nichts wurde verschoben.</translation>
+    </message>
+    <message>
+        <source>Administrator rights are needed to change plug-ins in the system folders, but nobody could be asked for them: %1</source>
+        <translation>Um Plug-Ins in den Systemordnern zu ändern, sind Administratorrechte nötig, aber niemand konnte danach gefragt werden: %1</translation>
+    </message>
+    <message>
+        <source>Administrator rights are needed to change plug-ins in the system folders, and this system cannot ask for them: pkexec (polkit) is not installed.</source>
+        <translation>Um Plug-Ins in den Systemordnern zu ändern, sind Administratorrechte nötig, und dieses System kann nicht danach fragen: pkexec (polkit) ist nicht installiert.</translation>
+    </message>
+    <message>
+        <source>Administrator rights are needed to change plug-ins in the system folders, but Korvane&apos;s helper program is missing: %1</source>
+        <translation>Um Plug-Ins in den Systemordnern zu ändern, sind Administratorrechte nötig, aber das Hilfsprogramm von Korvane fehlt: %1</translation>
+    </message>
+    <message>
+        <source>Korvane&apos;s helper refused to move plug-ins in the system folders, and nothing was moved: %1</source>
+        <translation>Das Hilfsprogramm von Korvane hat es abgelehnt, Plug-Ins in den Systemordnern zu verschieben; nichts wurde verschoben: %1</translation>
+    </message>
+    <message>
+        <source>Korvane&apos;s helper gave no answer that could be read: %1. Rescan to see where the plug-ins are.</source>
+        <translation>Das Hilfsprogramm von Korvane gab keine lesbare Antwort: %1. Lesen Sie neu ein („Neu einlesen“), um zu sehen, wo die Plug-Ins liegen.</translation>
+    </message>
 </context>
 </TS>

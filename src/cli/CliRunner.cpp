@@ -2,6 +2,8 @@
 
 #include "app/AppContext.h"
 #include "cli/CliSession.h"
+#include "cli/MoveReport.h"
+#include "cli/NameList.h"
 #include "cli/ShownText.h"
 #include "cli/TextTable.h"
 #include "core/Locations.h"
@@ -11,9 +13,14 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSet>
 #include <QTextStream>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <map>
+#include <tuple>
 
 namespace korvane {
 
@@ -123,6 +130,179 @@ std::pair<QString, QString> moveWords(const std::array<QString, LocationCount> &
     return {done.join(QStringLiteral(" and ")), wanted.join(QStringLiteral(" and "))};
 }
 
+using ActiveStates = QHash<const Plugin *, bool>;
+
+// Each plug-in's state as scanned, before anything is marked.
+ActiveStates activeStates(const FormatManager &manager)
+{
+    ActiveStates states;
+    for (const PluginPtr &item : manager.items())
+        states.insert(item.get(), item->isActive());
+    return states;
+}
+
+// The names of the plug-ins that are on, by each one's state in states, else its own.
+QStringList activeNames(const FormatManager &manager, const ActiveStates &states = {})
+{
+    QStringList names;
+    for (const PluginPtr &item : manager.items())
+        if (states.value(item.get(), item->isActive()))
+            names << item->name();
+    return names;
+}
+
+// The plug-ins a name given on the command line stands for: every copy of an exact name; only
+// where no plug-in has that name, those of that stem.
+QList<PluginPtr> pluginsNamed(const FormatManager &manager, const QString &name)
+{
+    QList<PluginPtr> named;
+    for (const PluginPtr &item : manager.items())
+        if (item->name() == name)
+            named << item;
+    if (named.isEmpty())
+        for (const PluginPtr &item : manager.items())
+            if (stemNamesItem(name, *item))
+                named << item;
+    return named;
+}
+
+// Marks a plug-in to be switched, as a click in its row would.
+void mark(FormatManager &manager, const PluginPtr &item, bool on)
+{
+    if (item->isActive() == on)
+        return;
+    item->setActive(on);
+    item->updateLocation(manager.type());
+    manager.updateRecord(item);
+}
+
+QString folderOf(const QString &path)
+{
+    return path.left(path.lastIndexOf(QLatin1Char('/')));
+}
+
+// The apply's own reasons, in its words, for the moves a check can tell will fail.
+const QString kOnePlace =
+    QStringLiteral("The source and the target are one and the same; nothing was moved");
+const QString kOtherCopy =
+    QStringLiteral("Another installed copy of the plug-in lies there; both copies are kept");
+const QString kUnwritable =
+    QStringLiteral("The folder cannot be changed (no write access, locked or read-only)");
+
+// The folder a move would have to change and cannot: the source's, or the target's (its nearest
+// existing ancestor while it is still to be made); empty when both can be changed.
+QString unwritableFolder(const FileOperations &files, const QString &from, const QString &to)
+{
+    if (!files.isWritable(folderOf(from)))
+        return folderOf(from);
+    QString target = folderOf(to);
+    while (!target.isEmpty() && !files.exists(target))
+        target = folderOf(target);
+    return target.isEmpty() || files.isWritable(target) ? QString() : target;
+}
+
+struct Foreseen {
+    MoveOutcome move;
+    MoveReport::Outcome outcome = MoveReport::Would;
+    const Plugin *item = nullptr;
+    QString warning; // what the move would put in the trash
+};
+
+// The moves an apply of the pending changes would make, in its order, with what the scan and a
+// look at each target tell of their outcome: a target that is another installed copy refuses the
+// move, an identical copy there or a stranger's file goes to the trash, a folder that is the
+// source's own or cannot be written (access(2) sees an immutable folder and a read-only file
+// system, for root too) fails it. Only what a move alone finds out (a full disk, a stale sidecar
+// in the way) is not foreseen. The apply's rules are kept here rather than the apply run on
+// pretended file operations, whose pretended success is the one answer a check must not give.
+QList<Foreseen> foreseeMoves(const FileOperations &files, const FormatManager &manager)
+{
+    const PluginList &list = manager.plugins();
+    QSet<QString> installed;
+    for (const PluginRecord &record : list.records())
+        installed.insert(record.folder() + QLatin1Char('/') + record.name());
+
+    QList<Foreseen> foreseen;
+    for (const PluginRecord &record : list.records()) {
+        if (record.isProcessed())
+            continue;
+        Foreseen next;
+        MoveOutcome &move = next.move;
+        move.name = record.name();
+        move.from = record.folder() + QLatin1Char('/') + move.name;
+        move.ok = false;
+        move.enabled = false;
+        const int index = list.findRow(move.name, record.id());
+        if (index < 0) {
+            next.outcome = MoveReport::Failed;
+            move.error = {move.from, QStringLiteral("No plug-in matches the pending change")};
+            foreseen << next;
+            continue;
+        }
+        next.item = list.at(index).get();
+        move.to = next.item->location() + QLatin1Char('/') + move.name;
+        move.enabled = next.item->isActive();
+        const auto fail = [&](const QString &at, const QString &reason,
+                              MoveReport::Outcome outcome = MoveReport::Failed) {
+            next.outcome = outcome;
+            move.error = {at, reason};
+        };
+
+        const std::optional<FileIdentity> sourceFolder = files.identity(folderOf(move.from), true);
+        const std::optional<FileIdentity> targetFolder = files.identity(folderOf(move.to), true);
+        const std::optional<FileIdentity> here = files.identity(move.from, false);
+        const std::optional<FileIdentity> there = files.identity(move.to, false);
+        const bool scannedThere = installed.contains(move.to);
+        const QString unwritable = here ? unwritableFolder(files, move.from, move.to) : QString();
+        if (sourceFolder && targetFolder && sourceFolder->isSameItem(*targetFolder)) {
+            fail(folderOf(move.to), kOnePlace);
+        } else if (!here) {
+            fail(move.from, QString::fromLocal8Bit(std::strerror(ENOENT)));
+        } else if (there && here->isSameItem(*there)) {
+            fail(move.to, kOnePlace);
+        } else if (scannedThere && files.holdsAllOf(move.to, move.from)
+                   && files.holdsAllOf(move.from, move.to)) {
+            // The trash takes it out of its folder.
+            if (!files.isWritable(folderOf(move.from)))
+                fail(folderOf(move.from), kUnwritable);
+            else
+                next.warning = QStringLiteral("%1 is already at %2; the identical copy from %3 "
+                                              "would go to the trash")
+                                   .arg(move.name, move.to, move.from);
+        } else if (scannedThere
+                   || (there && there->isFolder
+                       && std::any_of(installed.cbegin(), installed.cend(),
+                                      [&](const QString &path) {
+                                          return path.startsWith(move.to + QLatin1Char('/'));
+                                      }))
+                   || (there
+                       && manager.recognise(
+                           manager.traits().recognitionTakesFullPath ? move.to : move.name))) {
+            fail(move.to, kOtherCopy, MoveReport::Refused);
+        } else if (!unwritable.isEmpty()) {
+            fail(unwritable, kUnwritable);
+        } else if (there) {
+            next.warning =
+                QStringLiteral("%1 is in the way and would go to the trash").arg(move.to);
+        }
+        if (next.outcome == MoveReport::Would) {
+            installed.remove(move.from);
+            installed.insert(move.to);
+        }
+        foreseen << next;
+    }
+    return foreseen;
+}
+
+MoveReport::Outcome outcomeOf(const MoveOutcome &move)
+{
+    if (move.ok)
+        return MoveReport::Done;
+    if (move.stopped)
+        return MoveReport::Stopped;
+    return move.otherCopyAtTarget ? MoveReport::Refused : MoveReport::Failed;
+}
+
 } // namespace
 
 CliRunner::CliRunner(const Roots &defaults, QTextStream &out, QTextStream &err)
@@ -157,6 +337,8 @@ int CliRunner::run(const Options &options)
     switch (options.command) {
     case Options::Apply:
         return applySets(session, options);
+    case Options::ApplyList:
+        return applyList(session, options);
     case Options::List:
         return list(session, options);
     case Options::Enable:
@@ -176,6 +358,7 @@ int CliRunner::run(const Options &options)
 
 int CliRunner::applySets(CliSession &session, const Options &options)
 {
+    MoveReport report(options.json, options.check, m_out, m_err);
     // Each document is read once, before anything is locked or changed: a pipe gives its bytes
     // only once, and a bad document must stop the run while nothing has happened yet.
     const FormatTable &table = FormatTable::builtIn();
@@ -190,28 +373,102 @@ int CliRunner::applySets(CliSession &session, const Options &options)
             continue;
         QString problem;
         std::optional<QList<PluginPtr>> items = SetDocument::load(paths[format.type], &problem);
-        if (!items)
-            return usageError(
-                QStringLiteral("%1 set \"%2\": %3").arg(format.prefix, given, problem));
+        if (!items) {
+            report.error(QStringLiteral("KorvaneCMD: %1 set \"%2\": %3")
+                             .arg(format.prefix, shownLine(given), problem));
+            return report.finish(ExitUsage, session.notices());
+        }
         documents[paths[format.type]] = *items;
     }
 
-    if (!lockLibrary(session))
-        return ExitMoveFailed;
+    if (!lockLibrary(session, options, report))
+        return report.finish(ExitMoveFailed, session.notices());
     AppContext &context = session.controllers();
-    int status = ExitDone;
     for (const Format &format : table) {
         if (paths.at(format.type).isEmpty())
             continue;
         FormatManager *manager = context.manager(format.type);
         manager->rescan();
+        const ActiveStates before = activeStates(*manager);
         for (const QString &name : manager->mergeItems(documents.at(paths.at(format.type))))
-            m_err << QStringLiteral("warning: %1 set \"%2\": no installed plug-in \"%3\"\n")
-                         .arg(format.prefix, options.sets.value(format.type), shownLine(name));
-        m_err.flush();
-        status = qMax(status, report(context, format.type, manager->applyPending()));
+            report.warning(QStringLiteral("warning: %1 set \"%2\": no installed plug-in \"%3\"")
+                               .arg(format.prefix, shownLine(options.sets.value(format.type)),
+                                    shownLine(name)));
+        applyPending(session, options, *manager, before, report);
     }
-    return status;
+    return report.finish(ExitDone, session.notices());
+}
+
+int CliRunner::applyList(CliSession &session, const Options &options)
+{
+    MoveReport report(options.json, options.check, m_out, m_err);
+    // The files are read before the lock, as set documents are: bad input stops the run first.
+    QStringList on = options.on, off = options.off;
+    for (const auto &[option, file, names] :
+         {std::tuple(QStringLiteral("--on-file"), options.onFile, &on),
+          std::tuple(QStringLiteral("--off-file"), options.offFile, &off)}) {
+        if (file.isEmpty())
+            continue;
+        QString problem;
+        const std::optional<QStringList> read = readNameList(session.resolvePath(file), &problem);
+        if (!read) {
+            report.error(
+                QStringLiteral("KorvaneCMD: %1 \"%2\": %3").arg(option, shownLine(file), problem));
+            return report.finish(ExitUsage, session.notices());
+        }
+        *names += *read;
+    }
+    for (const QString &name : std::as_const(on)) {
+        if (off.contains(name)) {
+            report.error(
+                QStringLiteral("KorvaneCMD: \"%1\" is named both on and off").arg(shownLine(name)));
+            return report.finish(ExitUsage, session.notices());
+        }
+    }
+
+    if (!lockLibrary(session, options, report))
+        return report.finish(ExitMoveFailed, session.notices());
+    FormatManager &manager = *session.controllers().manager(options.format);
+    manager.rescan();
+    const ActiveStates before = activeStates(manager);
+    const QString format = manager.traits().prefix;
+
+    // Every name is looked up before anything is marked: a name the library lacks moves nothing.
+    QSet<const Plugin *> wantedOn, wantedOff;
+    QStringList unknown;
+    for (const auto &[names, wanted] : {std::pair(&on, &wantedOn), std::pair(&off, &wantedOff)}) {
+        for (const QString &name : std::as_const(*names)) {
+            const QList<PluginPtr> named = pluginsNamed(manager, name);
+            if (named.isEmpty() && !unknown.contains(name))
+                unknown << name;
+            for (const PluginPtr &item : named)
+                wanted->insert(item.get());
+        }
+    }
+    if (!unknown.isEmpty()) {
+        for (const QString &name : std::as_const(unknown))
+            report.error(QStringLiteral("KorvaneCMD: no %1 plug-in named \"%2\"")
+                             .arg(format, shownLine(name)));
+        report.error(QStringLiteral("KorvaneCMD: nothing changed"));
+        return report.finish(ExitMoveFailed, session.notices());
+    }
+    // "Foo" on and "Foo.component" off: the same plug-in asked both ways.
+    for (const PluginPtr &item : manager.items()) {
+        if (wantedOn.contains(item.get()) && wantedOff.contains(item.get())) {
+            report.error(QStringLiteral("KorvaneCMD: %1 plug-in \"%2\" is named both on and off")
+                             .arg(format, shownLine(item->name())));
+            return report.finish(ExitUsage, session.notices());
+        }
+    }
+
+    for (const PluginPtr &item : manager.items()) {
+        if (wantedOn.contains(item.get()))
+            mark(manager, item, true);
+        else if (wantedOff.contains(item.get()) || options.only)
+            mark(manager, item, false);
+    }
+    applyPending(session, options, manager, before, report);
+    return report.finish(ExitDone, session.notices());
 }
 
 int CliRunner::list(CliSession &session, const Options &options)
@@ -239,46 +496,34 @@ int CliRunner::list(CliSession &session, const Options &options)
 
 int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
 {
-    if (!lockLibrary(session))
-        return ExitMoveFailed;
-    AppContext &context = session.controllers();
-    FormatManager *manager = context.manager(options.format);
-    manager->rescan();
+    MoveReport report(options.json, options.check, m_out, m_err);
+    if (!lockLibrary(session, options, report))
+        return report.finish(ExitMoveFailed, session.notices());
+    FormatManager &manager = *session.controllers().manager(options.format);
+    manager.rescan();
+    const ActiveStates before = activeStates(manager);
 
     // Every name is checked before anything moves: a typo must not leave half a change behind.
     QList<PluginPtr> targets;
     QStringList unknown;
-    // Every copy of an exact name; only where no plug-in has that name, those of that stem.
     for (const QString &name : options.names) {
-        QList<PluginPtr> named;
-        for (const PluginPtr &item : manager->items())
-            if (item->name() == name)
-                named << item;
-        if (named.isEmpty())
-            for (const PluginPtr &item : manager->items())
-                if (stemNamesItem(name, *item))
-                    named << item;
+        const QList<PluginPtr> named = pluginsNamed(manager, name);
         if (named.isEmpty())
             unknown << name;
         targets << named;
     }
     if (!unknown.isEmpty()) {
         for (const QString &name : std::as_const(unknown))
-            m_err << QStringLiteral("KorvaneCMD: no %1 plug-in named \"%2\"\n")
-                         .arg(manager->traits().prefix, name);
-        m_err << "KorvaneCMD: nothing changed\n";
-        m_err.flush();
-        return ExitUsage;
+            report.error(QStringLiteral("KorvaneCMD: no %1 plug-in named \"%2\"")
+                             .arg(manager.traits().prefix, shownLine(name)));
+        report.error(QStringLiteral("KorvaneCMD: nothing changed"));
+        return report.finish(ExitUsage, session.notices());
     }
 
-    for (const PluginPtr &item : std::as_const(targets)) {
-        if (item->isActive() == on)
-            continue;
-        item->setActive(on);
-        item->updateLocation(options.format);
-        manager->updateRecord(item);
-    }
-    return report(context, options.format, manager->applyPending());
+    for (const PluginPtr &item : std::as_const(targets))
+        mark(manager, item, on);
+    applyPending(session, options, manager, before, report);
+    return report.finish(ExitDone, session.notices());
 }
 
 int CliRunner::duplicates(CliSession &session, const Options &options)
@@ -330,13 +575,21 @@ int CliRunner::showSet(CliSession &session, const Options &options)
     return ExitDone;
 }
 
-bool CliRunner::lockLibrary(CliSession &session)
+bool CliRunner::lockLibrary(CliSession &session, const Options &options, MoveReport &report)
 {
     QString failure;
-    if (session.lockLibrary(&failure))
+    bool held = false;
+    if (session.lockLibrary(&failure, &held))
         return true;
-    m_err << "KorvaneCMD: nothing moved: " << failure << '\n';
-    m_err.flush();
+    // Another mover at work would make the check's answer stale at once; a file system that
+    // keeps no locks leaves a check, which moves nothing, as good as without.
+    if (options.check && !held) {
+        report.warning(QStringLiteral("KorvaneCMD: checked without the lock: ") + failure);
+        return true;
+    }
+    report.error((options.check ? QStringLiteral("KorvaneCMD: nothing checked: ")
+                                : QStringLiteral("KorvaneCMD: nothing moved: "))
+                 + failure);
     return false;
 }
 
@@ -347,31 +600,42 @@ int CliRunner::usageError(const QString &message)
     return ExitUsage;
 }
 
-int CliRunner::report(const AppContext &context, int type, const QList<MoveOutcome> &outcomes)
+void CliRunner::applyPending(CliSession &session, const Options &options, FormatManager &manager,
+                             const ActiveStates &before, MoveReport &report)
 {
+    const AppContext &context = session.controllers();
     const std::array<QString, LocationCount> folders =
-        context.locations().folderPaths(context.formats().at(type));
-    int status = ExitDone;
-    for (const MoveOutcome &outcome : outcomes) {
+        context.locations().folderPaths(context.formats().at(manager.type()));
+    const QString format = manager.traits().prefix;
+    report.setBefore(format, activeNames(manager, before));
+    const auto add = [&](const MoveOutcome &outcome, MoveReport::Outcome kind) {
         const auto [done, wanted] =
             moveWords(folders, outcome.from, outcome.to, outcome.name, outcome.enabled);
-        if (outcome.ok) {
-            m_out << done << ' ' << shownLine(outcome.name) << '\n';
-            continue;
-        }
-        status = ExitMoveFailed;
-        QString line = QStringLiteral("error: could not %1 \"%2\": \"%3\" -> \"%4\": %5")
-                           .arg(wanted, shownLine(outcome.name), shownLine(outcome.from),
-                                shownLine(outcome.to), outcome.error.reason);
-        // The failing path is usually one of the two; name it when it is something else.
+        MoveReport::Move move{format, outcome.name, outcome.from,         outcome.to, done,
+                              wanted, kind,         outcome.error.reason, QString()};
+        // The failing path is usually one of the two; it is named when it is something else.
         const QString &at = outcome.error.path;
         if (!at.isEmpty() && at != outcome.from && at != outcome.to)
-            line += QStringLiteral(" (at \"%1\")").arg(shownLine(at));
-        m_err << line << '\n';
+            move.at = at;
+        report.add(move);
+    };
+
+    if (!options.check) {
+        for (const MoveOutcome &outcome : manager.applyPending())
+            add(outcome, outcomeOf(outcome));
+        report.setAfter(format, activeNames(manager)); // as the apply's own rescan found them
+        return;
     }
-    m_out.flush();
-    m_err.flush();
-    return status;
+    // As the marks stand, except where the move would not be made.
+    ActiveStates after = before;
+    for (const Foreseen &foreseen : foreseeMoves(session.files(), manager)) {
+        if (!foreseen.warning.isEmpty())
+            report.warning(QStringLiteral("KorvaneCMD: ") + shownLine(foreseen.warning));
+        add(foreseen.move, foreseen.outcome);
+        if (foreseen.item && foreseen.outcome == MoveReport::Would)
+            after[foreseen.item] = foreseen.item->isActive();
+    }
+    report.setAfter(format, activeNames(manager, after));
 }
 
 QList<FormatManager *> CliRunner::scanned(CliSession &session, const Options &options)

@@ -94,7 +94,7 @@ AppContext &CliSession::controllers()
     return *m_context;
 }
 
-bool CliSession::lockLibrary(QString *failure)
+bool CliSession::lockLibrary(QString *failure, bool *heldByAnother)
 {
     // Every format's folders: the run may touch any of them.
     if (!m_lock)
@@ -102,13 +102,20 @@ bool CliSession::lockLibrary(QString *failure)
             files(), Locations(m_roots).pluginFolders(FormatTable::builtIn()));
     if (!m_lock->isLocked() && failure)
         *failure = m_lock->failure();
+    if (heldByAnother)
+        *heldByAnother = !m_lock->isLocked() && !m_lock->holder().isEmpty();
     return m_lock->isLocked();
 }
 
 bool CliSession::isReadOnly(const Options &options)
 {
-    return options.command == Options::List || options.command == Options::Duplicates
-           || options.command == Options::ShowSet;
+    return options.check || options.command == Options::List
+           || options.command == Options::Duplicates || options.command == Options::ShowSet;
+}
+
+QStringList CliSession::notices() const
+{
+    return m_log->notices();
 }
 
 QString CliSession::resolvePath(const QString &path) const

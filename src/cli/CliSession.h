@@ -22,8 +22,8 @@ struct Options;
 // Everything one run of the tool sets up and takes down again: the roots (the program's defaults
 // with --root and --home over them), the prompt-free interface, no authorization prompt, and the
 // diagnostics kept for --verbose. The controllers are made only when asked for, so that input can
-// be checked before anything is written. A command that only reports runs on read-only file
-// operations from the start: it changes nothing on disk.
+// be checked before anything is written. A command that only reports, and a mover with --check,
+// runs on read-only file operations from the start: it changes nothing on disk.
 class CliSession {
 public:
     CliSession(const Options &options, const Roots &defaults, QTextStream &err);
@@ -36,14 +36,17 @@ public:
     AppContext &controllers();
 
     // Locks the folders of every format's plug-ins for the rest of the run; false with the reason
-    // when another program holds them past the wait, or they cannot be locked.
-    bool lockLibrary(QString *failure);
+    // when another program holds them past the wait (heldByAnother), or they cannot be locked.
+    bool lockLibrary(QString *failure, bool *heldByAnother = nullptr);
 
     const Roots &roots() const { return m_roots; }
     FileOperations &files() const;
 
-    // Commands that only look: list, duplicates, show-set.
+    // Commands that only look: list, duplicates, show-set, and every mover with --check.
     static bool isReadOnly(const Options &options);
+
+    // What the run said that a person must know (the trash, a damaged file kept aside), in order.
+    QStringList notices() const;
 
     // "~" and relative paths as the shell would have resolved them, with this run's home.
     QString resolvePath(const QString &path) const;

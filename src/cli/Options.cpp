@@ -1,5 +1,7 @@
 #include "cli/Options.h"
 
+#include <QRegularExpression>
+
 #include <utility>
 
 namespace korvane {
@@ -17,7 +19,12 @@ constexpr CommandWord kCommands[] = {
     {"list", Options::List},        {"enable", Options::Enable},
     {"disable", Options::Disable},  {"duplicates", Options::Duplicates},
     {"save-set", Options::SaveSet}, {"show-set", Options::ShowSet},
+    {"apply", Options::ApplyList},
 };
+
+// The options of the plain-list apply: each names plug-ins or a file of names.
+const QStringList kListOptions{QStringLiteral("--on"), QStringLiteral("--off"),
+                               QStringLiteral("--on-file"), QStringLiteral("--off-file")};
 
 std::optional<Options::Command> commandFromWord(const QString &word)
 {
@@ -46,16 +53,17 @@ std::optional<int> setOptionType(const FormatTable &formats, const QString &arg)
 bool takesValue(const FormatTable &formats, const QString &name)
 {
     return name == QLatin1String("--root") || name == QLatin1String("--home")
-           || name == QLatin1String("--format") || setOptionType(formats, name).has_value();
+           || name == QLatin1String("--format") || kListOptions.contains(name)
+           || setOptionType(formats, name).has_value();
 }
 
 bool isKnownOption(const FormatTable &formats, const QString &arg)
 {
     const QString name = arg.section(QLatin1Char('='), 0, 0);
-    static const QStringList flags{QStringLiteral("--json"), QStringLiteral("--verbose"),
-                                   QStringLiteral("-v"),     QStringLiteral("--help"),
-                                   QStringLiteral("-h"),     QStringLiteral("--version"),
-                                   QStringLiteral("--")};
+    static const QStringList flags{
+        QStringLiteral("--json"),  QStringLiteral("--verbose"), QStringLiteral("-v"),
+        QStringLiteral("--help"),  QStringLiteral("-h"),        QStringLiteral("--version"),
+        QStringLiteral("--check"), QStringLiteral("--only"),    QStringLiteral("--")};
     return flags.contains(arg) || takesValue(formats, name);
 }
 
@@ -107,6 +115,11 @@ private:
             m_jsonGiven = true;
         } else if (arg == QLatin1String("--verbose") || arg == QLatin1String("-v")) {
             m_options.verbose = true;
+        } else if (arg == QLatin1String("--check")) {
+            m_options.check = true;
+        } else if (arg == QLatin1String("--only")) {
+            m_options.only = true;
+            m_listGiven = QStringLiteral("--only");
         } else {
             QString name = arg;
             std::optional<QString> inlineValue;
@@ -115,7 +128,13 @@ private:
                 inlineValue = arg.section(QLatin1Char('='), 1);
             }
             if (!takesValue(m_formats, name)) {
-                fail(QStringLiteral("unknown option \"%1\"").arg(arg));
+                // "-wav" is most likely a set of a format that does not exist.
+                static const QRegularExpression word(QStringLiteral("^-[A-Za-z0-9]+$"));
+                fail(word.match(arg).hasMatch()
+                         ? QStringLiteral(
+                               "unknown option \"%1\": no format is named \"%2\" (use %3)")
+                               .arg(arg, arg.mid(1), formatNames())
+                         : QStringLiteral("unknown option \"%1\"").arg(arg));
                 return;
             }
             const std::optional<QString> value = inlineValue ? inlineValue : nextValue();
@@ -142,6 +161,10 @@ private:
             return QStringLiteral("a format (%1)").arg(formatNames());
         if (setOptionType(m_formats, name))
             return QStringLiteral("a set document");
+        if (name == QLatin1String("--on") || name == QLatin1String("--off"))
+            return QStringLiteral("the name of a plug-in");
+        if (name.endsWith(QLatin1String("-file")))
+            return QStringLiteral("a file of names");
         return QStringLiteral("a folder");
     }
 
@@ -164,6 +187,15 @@ private:
                 fail(QStringLiteral("option --format given twice"));
             else
                 m_options.format = *type;
+        } else if (kListOptions.contains(name)) {
+            if (m_listGiven.isEmpty())
+                m_listGiven = name;
+            if (name == QLatin1String("--on"))
+                m_options.on << value;
+            else if (name == QLatin1String("--off"))
+                m_options.off << value;
+            else
+                once(name == QLatin1String("--on-file") ? m_options.onFile : m_options.offFile);
         } else if (const std::optional<int> type = setOptionType(m_formats, name)) {
             // Only as long as the last format given: equal options compare equal.
             if (m_options.sets.size() <= *type)
@@ -203,9 +235,8 @@ private:
 
         const bool formatAllowed = command != Options::Apply && command != Options::ShowSet;
         const bool formatRequired = command == Options::Enable || command == Options::Disable
-                                    || command == Options::SaveSet;
-        const bool jsonAllowed = command == Options::List || command == Options::Duplicates
-                                 || command == Options::ShowSet;
+                                    || command == Options::SaveSet || command == Options::ApplyList;
+        const bool jsonAllowed = command != Options::SaveSet;
 
         if (command == Options::Apply && !anySet)
             fail(QStringLiteral("nothing to do: give a set (%1) or a command").arg(setFlags()));
@@ -215,8 +246,19 @@ private:
         if (formatRequired && m_options.format < 0)
             fail(QStringLiteral("%1 needs --format").arg(word));
         if (m_jsonGiven && !jsonAllowed)
-            fail(command == Options::Apply ? QStringLiteral("--json needs a command")
-                                           : QStringLiteral("%1 takes no --json").arg(word));
+            fail(QStringLiteral("%1 takes no --json").arg(word));
+        if (m_options.check && !movesPlugIns(command))
+            fail(QStringLiteral("%1 takes no --check: it moves nothing").arg(word));
+        if (!m_listGiven.isEmpty() && command != Options::ApplyList)
+            fail(QStringLiteral("%1 needs the command apply").arg(m_listGiven));
+        if (command == Options::ApplyList) {
+            if (m_options.on.isEmpty() && m_options.off.isEmpty() && m_options.onFile.isEmpty()
+                && m_options.offFile.isEmpty() && !m_options.only)
+                fail(QStringLiteral("apply needs --on, --off, --on-file, --off-file or --only"));
+            for (const QString &name : std::as_const(m_options.on))
+                if (m_options.off.contains(name))
+                    fail(QStringLiteral("\"%1\" is named both --on and --off").arg(name));
+        }
 
         switch (command) {
         case Options::Enable:
@@ -267,11 +309,18 @@ private:
     bool m_commandGiven = false;
     bool m_endOfOptions = false;
     bool m_jsonGiven = false;
+    QString m_listGiven; // the first of --on, --off, --on-file, --off-file, --only
     bool m_help = false;
     bool m_version = false;
 };
 
 } // namespace
+
+bool movesPlugIns(Options::Command command)
+{
+    return command == Options::Apply || command == Options::ApplyList || command == Options::Enable
+           || command == Options::Disable;
+}
 
 ParsedCommandLine parseCommandLine(const QStringList &arguments, const FormatTable &formats)
 {
@@ -293,6 +342,10 @@ QStringList toCommandLine(const Options &options, const FormatTable &formats)
         args << QStringLiteral("--home=") + options.home;
     if (options.verbose)
         args << QStringLiteral("--verbose");
+    if (options.json)
+        args << QStringLiteral("--json");
+    if (options.check)
+        args << QStringLiteral("--check");
     for (const Format &format : formats)
         if (!options.sets.value(format.type).isEmpty())
             args << format.commandLineFlag() << options.sets.value(format.type);
@@ -302,8 +355,17 @@ QStringList toCommandLine(const Options &options, const FormatTable &formats)
     args << commandWord(options.command);
     if (options.format >= 0)
         args << QStringLiteral("--format") << formats.at(options.format).commandLineName();
-    if (options.json)
-        args << QStringLiteral("--json");
+    // Inline as well: a plug-in may be named "-VST" or "--json".
+    for (const QString &name : options.on)
+        args << QStringLiteral("--on=") + name;
+    for (const QString &name : options.off)
+        args << QStringLiteral("--off=") + name;
+    if (!options.onFile.isEmpty())
+        args << QStringLiteral("--on-file=") + options.onFile;
+    if (!options.offFile.isEmpty())
+        args << QStringLiteral("--off-file=") + options.offFile;
+    if (options.only)
+        args << QStringLiteral("--only");
     QStringList positional = options.names;
     if (!options.file.isEmpty())
         positional << options.file;
@@ -324,7 +386,11 @@ QString versionText()
 QString helpText()
 {
     return QStringLiteral(
-        "Usage: KorvaneCMD [--root DIR] [--home DIR] [-AU SET] [-RTAS SET] [-MAS SET] [-VST SET]\n"
+        "Usage: KorvaneCMD [--root DIR] [--home DIR] [--check] [--json]\n"
+        "                  [-AU SET] [-RTAS SET] [-MAS SET] [-VST SET]\n"
+        "       KorvaneCMD [--root DIR] [--home DIR] apply --format F [--on NAME]... [--off "
+        "NAME]...\n"
+        "                  [--on-file FILE] [--off-file FILE] [--only] [--check] [--json]\n"
         "       KorvaneCMD [--root DIR] [--home DIR] COMMAND [--format F] [--json] [ARGUMENT...]\n"
         "\n"
         "Switches audio plug-ins on and off the way Korvane does: a plug-in is off while it lies "
@@ -348,6 +414,18 @@ QString helpText()
         "  where it is, as an error. Whatever a move puts in the trash (a file in the way, a copy\n"
         "  identical to the one already there) is said on standard error.\n"
         "\n"
+        "Applying a list of names:\n"
+        "  apply --format F    switch the format's plug-ins named with these and apply, as a set\n"
+        "  --on NAME           switch NAME on; may be given again\n"
+        "  --off NAME          switch NAME off; may be given again\n"
+        "  --on-file FILE      switch on each name in FILE\n"
+        "  --off-file FILE     switch off each name in FILE\n"
+        "  --only              switch off every plug-in of the format not named on\n"
+        "  NAME as enable and disable take it. FILE holds one name a line; blank lines, lines\n"
+        "  starting with \"#\" and spaces around a name are ignored; it must be a plain file of\n"
+        "  at most 1 MiB. A name that matches no plug-in is an error (exit 1), a name both on and\n"
+        "  off a wrong command line (exit 2); either way nothing moves.\n"
+        "\n"
         "Commands:\n"
         "  list [--format F] [--json]    every plug-in, all formats unless --format: format, "
         "on/off,\n"
@@ -366,7 +444,17 @@ QString helpText()
         "\n"
         "Options (before or after the command):\n"
         "  --format F      au, rtas, mas or vst, in any case\n"
-        "  --json          a JSON array instead of text columns\n"
+        "  --check         with a set, apply, enable or disable: scan, merge and report every "
+        "move\n"
+        "                  that would be made, as a real run reports it, and move nothing; exit 3\n"
+        "                  when a move is pending, 0 when the plug-ins are already as asked\n"
+        "  --json          list, duplicates, show-set: a JSON array instead of text columns. A "
+        "set,\n"
+        "                  apply, enable, disable: one JSON object (changed, check, moves, "
+        "warnings,\n"
+        "                  errors, before, after) instead of the lines; errors go to standard "
+        "error\n"
+        "                  as well\n"
         "  --root DIR      the system root, the folder holding Library (default: $KORVANE_ROOT, or "
         "/)\n"
         "  --home DIR      the home folder (default: $HOME); either must be a folder\n"
@@ -378,10 +466,28 @@ QString helpText()
         "Only one program moves plug-ins at a time: apply, enable and disable wait for another\n"
         "that is moving them (Korvane or KorvaneCMD), up to $KORVANE_LOCK_WAIT_MS milliseconds\n"
         "(default 10000). list, duplicates and show-set change nothing on disk and never wait.\n"
+        "With --check nothing on disk changes either; the wait is only for the scan.\n"
         "\n"
-        "Exit status: 0 done; 1 a plug-in could not be moved, a file not written, or another\n"
-        "program kept the plug-ins locked (each on standard error with path and reason); 2 a\n"
-        "wrong command line or an unreadable set document, with nothing changed.\n"
+        "Exit status: 0 done; 1 a plug-in could not be moved, a file not written, a name matched\n"
+        "no plug-in, or another program kept the plug-ins locked (each on standard error with "
+        "path\n"
+        "and reason); 2 a wrong command line or an unreadable set document or list, with nothing\n"
+        "changed. With --check: 3 when at least one move would be made, 0 when none would, 1 when\n"
+        "a move would fail. Only --check ever exits 3, so scripts written for the statuses above\n"
+        "keep working.\n"
+        "\n"
+        "The JSON of a move: \"changed\" is true when plug-ins moved (with --check: would move);\n"
+        "\"moves\" holds each move with \"name\", \"format\", \"from\", \"to\", \"action\" "
+        "(\"enable\",\n"
+        "\"disable\", \"move to system\", \"move to user\", or two joined by \" and \"), "
+        "\"outcome\"\n"
+        "(\"done\", \"would\", \"failed\", \"refused\": another installed copy lies at the "
+        "target,\n"
+        "\"stopped\") and \"error\" where there is one; \"warnings\" and \"errors\" hold the lines "
+        "said on\n"
+        "standard error; \"before\" and \"after\" name the plug-ins that are on, per format, "
+        "before\n"
+        "and after the run (with --check: after it, were it made).\n"
         "\n"
         "Examples:\n"
         "  KorvaneCMD -AU ~/Documents/Live.aukorv -VST ~/Documents/Live.vstkorv\n"
@@ -389,7 +495,8 @@ QString helpText()
         "  KorvaneCMD duplicates --json\n"
         "  KorvaneCMD disable --format vst \"Iris Pad.vst\"\n"
         "  KorvaneCMD --root /tmp/demo/root --home /tmp/demo/home save-set --format au "
-        "Live.aukorv\n");
+        "Live.aukorv\n"
+        "  KorvaneCMD apply --format au --on-file room-a.txt --only --check --json\n");
 }
 
 } // namespace korvane

@@ -11,7 +11,19 @@ namespace korvane {
 
 // What KorvaneCMD was asked to do: the command line as data, parsed before anything is touched.
 struct Options {
-    enum Command { Apply, List, Enable, Disable, Duplicates, SaveSet, ShowSet, Help, Version };
+    // Apply: the set documents given with -AU, -VST, ...; ApplyList: "apply", a set as names.
+    enum Command {
+        Apply,
+        List,
+        Enable,
+        Disable,
+        Duplicates,
+        SaveSet,
+        ShowSet,
+        ApplyList,
+        Help,
+        Version
+    };
 
     Command command = Apply;
     QString root{};        // --root; empty: KORVANE_ROOT as it stands
@@ -22,9 +34,19 @@ struct Options {
     bool verbose = false;
     QStringList names{}; // enable, disable
     QString file{};      // save-set, show-set
+    bool check = false;  // --check: the movers report what they would move, and move nothing
+    QStringList on{};    // apply: --on, in the order given
+    QStringList off{};   // apply: --off
+    QString onFile{};    // apply: --on-file, names one a line
+    QString offFile{};   // apply: --off-file
+    bool only = false;   // apply: every plug-in of the format not named on goes off
 
     bool operator==(const Options &) const = default;
 };
+
+// Whether the command moves plug-ins (a set, apply, enable, disable): the commands that lock the
+// library and take --check.
+bool movesPlugIns(Options::Command command);
 
 struct ParsedCommandLine {
     std::optional<Options> options; // empty when the command line is wrong

@@ -320,7 +320,7 @@ TEST_F(KorvaneCmdTest, ReportsAndRefusalsChangeNothingOnDisk)
 }
 
 // A move into a folder that refuses it is not made: the tool names the paths, goes on with the
-// others and exits 1.
+// others and exits 1. A check foresees it.
 TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAFailedOneLosesNothing)
 {
     const QString set = writeSet("moves.aukorv", {{"Alpha.component", false, false},
@@ -330,6 +330,15 @@ TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAFailedOneLosesNothing)
     ImmutableGuard guard(au(LocSystemDisabled));
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i is not supported here";
+    // A check sees the folder refuse: the same lines and the same exit as the run.
+    const ToolRun check = tool({"--check", "-AU", set});
+    EXPECT_EQ(check.exitCode, 1);
+    EXPECT_EQ(check.out,
+              "disabled and moved to user Alpha.component\nmoved to system Delta.component\n");
+    EXPECT_TRUE(check.err.startsWith("error: could not disable \"Beta.component\": \""
+                                     + au(LocSystemActive, "Beta.component"))
+                && check.err.contains("cannot be changed"))
+        << check.err.toStdString();
     const ToolRun run = tool({"-AU", set});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.out,
@@ -371,6 +380,11 @@ TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeath
     EXPECT_EQ(stopped.out, "");
     EXPECT_TRUE(stopped.err.contains(named)) << stopped.err.toStdString();
     EXPECT_EQ(tool({"list"}).exitCode, 0); // reporting needs no lock
+    // A check would answer for a library in the middle of changing: it waits and fails alike.
+    const ToolRun check = tool(disable + QStringList{"--check"});
+    EXPECT_EQ(check.exitCode, 1);
+    EXPECT_TRUE(check.err.contains("nothing checked: ") && check.err.contains(named))
+        << check.err.toStdString();
     {
         // The window's apply, too, tells who holds the lock and moves nothing.
         ScriptedUi ui;
@@ -572,6 +586,222 @@ TEST_F(KorvaneCmdTest, NamesAreShownOneALineAndAnExactNameWins)
     EXPECT_TRUE(isWholeBundle(vst + "/Echo.vst.vst"));
     EXPECT_EQ(tool({"enable", "--format", "vst", "Echo"}).out, "enabled Echo.vst\n");
     EXPECT_EQ(tool({"disable", "--format", "vst", "Echo.vst.vst"}).out, "disabled Echo.vst.vst\n");
+}
+
+// A mover's JSON object; a failure to parse fails the test.
+QJsonObject jsonOf(const ToolRun &run)
+{
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(run.out.toUtf8(), &error);
+    EXPECT_TRUE(document.isObject()) << error.errorString().toStdString() << run.out.toStdString();
+    return document.object();
+}
+
+// Each move as name, action, from and to, and its outcome apart.
+std::pair<QStringList, QStringList> movesOf(const QJsonObject &report)
+{
+    QStringList moves, outcomes;
+    for (const QJsonValue &move : report["moves"].toArray()) {
+        moves << QStringList{move["name"].toString(), move["action"].toString(),
+                             move["from"].toString(), move["to"].toString()}
+                     .join('|');
+        outcomes << move["outcome"].toString();
+    }
+    return {moves, outcomes};
+}
+
+// A check scans, merges and says what a real run says, to the line and the JSON move, and leaves
+// the tree as it was, to the file times: exit 3 while a move is pending, 0 once none is.
+TEST_F(KorvaneCmdTest, ACheckReportsWhatARealRunWouldDoAndChangesNothing)
+{
+    const QString set = writeSet();
+    const std::string untouched = snapshot();
+    const ToolRun check = tool({"--check", "-AU", set});
+    EXPECT_EQ(check.exitCode, 3) << check.err.toStdString();
+    EXPECT_EQ(check.out, "disabled Beta.component\nenabled Gamma.component\n");
+    EXPECT_TRUE(check.err.contains("no installed plug-in \"Missing.component\"")
+                && check.err.endsWith("KorvaneCMD: nothing moved (--check)\n"))
+        << check.err.toStdString();
+    const QJsonObject foreseen = jsonOf(tool({"-AU", set, "--json", "--check"}));
+    const ToolRun disable = tool({"disable", "--format", "au", "--check", "Alpha", "Delta"});
+    EXPECT_EQ(disable.exitCode, 3);
+    EXPECT_EQ(disable.out, "disabled Alpha.component\ndisabled Delta.component\n");
+    EXPECT_EQ(tool({"enable", "--format", "au", "--check", "Alpha"}).exitCode, 0); // on already
+    EXPECT_EQ(snapshot(), untouched);
+
+    const ToolRun real = tool({"--json", "-AU", set});
+    EXPECT_EQ(real.exitCode, 0) << real.err.toStdString();
+    const QJsonObject done = jsonOf(real);
+    EXPECT_EQ(foreseen["check"], true);
+    EXPECT_EQ(done["check"], false);
+    EXPECT_EQ(foreseen["changed"], true);
+    EXPECT_EQ(done["changed"], true);
+    const auto [wouldMove, would] = movesOf(foreseen);
+    const auto [didMove, did] = movesOf(done);
+    EXPECT_EQ(wouldMove, didMove);
+    EXPECT_EQ(wouldMove,
+              QStringList({"Beta.component|disable|" + au(LocSystemActive, "Beta.component") + '|'
+                               + au(LocSystemDisabled, "Beta.component"),
+                           "Gamma.component|enable|" + au(LocUserDisabled, "Gamma.component") + '|'
+                               + au(LocUserActive, "Gamma.component")}));
+    EXPECT_EQ(would, QStringList({"would", "would"}));
+    EXPECT_EQ(did, QStringList({"done", "done"}));
+    EXPECT_EQ(foreseen["before"], done["before"]);
+    EXPECT_EQ(foreseen["after"], done["after"]);
+    EXPECT_EQ(done["after"].toObject()["AU"].toArray(),
+              QJsonArray({"Alpha.component", "Delta.component", "Gamma.component"}));
+    EXPECT_EQ(done["warnings"].toArray().size(), 1);
+    EXPECT_TRUE(isWholeBundle(au(LocSystemDisabled, "Beta.component")));
+
+    // As wanted now: nothing pending, nothing changed.
+    const std::string applied = snapshot(false);
+    const ToolRun settled = tool({"--check", "-AU", set});
+    EXPECT_EQ(settled.exitCode, 0);
+    EXPECT_EQ(settled.out, "");
+    const ToolRun again = tool({"-AU", set, "--json"});
+    EXPECT_EQ(again.exitCode, 0);
+    EXPECT_EQ(jsonOf(again)["changed"], false);
+    EXPECT_TRUE(jsonOf(again)["moves"].toArray().isEmpty());
+    EXPECT_EQ(snapshot(false), applied);
+}
+
+// What only a look at the target tells: another installed copy there refuses the move (exit 1
+// for the check as for the run), an identical copy or a stranger's file would go to the trash.
+// The check foresees each, and the real run then does as foreseen.
+TEST_F(KorvaneCmdTest, ACheckForeseesRefusedMovesAndWhatWouldGoToTheTrash)
+{
+    Builder::makeAudioUnit(au(LocSystemDisabled), "Beta.component", MachO::ppc()); // differs
+    ASSERT_TRUE(disk().copy(au(LocSystemActive, "Alpha.component"),
+                            au(LocSystemDisabled, "Alpha.component")));
+    Builder::makeVST(folder(TypeVST, LocSystemActive), "Echo.vst", MachO::ppc());
+    Builder::makeFile(folder(TypeVST, LocSystemDisabled), "Echo.vst", {}, "notes");
+    const std::string before = snapshot();
+
+    const QStringList au{"disable", "--format", "au", "Alpha", "Beta", "--json"};
+    const ToolRun check = tool(au + QStringList{"--check"});
+    EXPECT_EQ(check.exitCode, 1);
+    EXPECT_TRUE(check.err.contains("error: could not disable \"Beta.component\"")
+                && check.err.contains("both copies are kept"))
+        << check.err.toStdString();
+    const QJsonObject foreseen = jsonOf(check);
+    const ToolRun echoCheck = tool({"disable", "--format", "vst", "Echo", "--check", "--json"});
+    EXPECT_EQ(echoCheck.exitCode, 3);
+    EXPECT_EQ(jsonOf(echoCheck)["warnings"].toArray(),
+              QJsonArray{"KorvaneCMD: " + folder(TypeVST, LocSystemDisabled)
+                         + "/Echo.vst is in the way and would go to the trash"});
+    EXPECT_EQ(snapshot(), before);
+
+    const ToolRun real = tool(au);
+    EXPECT_EQ(real.exitCode, 1);
+    const QJsonObject done = jsonOf(real);
+    EXPECT_EQ(movesOf(foreseen).first, movesOf(done).first);
+    EXPECT_EQ(movesOf(foreseen).second, QStringList({"would", "refused"}));
+    EXPECT_EQ(movesOf(done).second, QStringList({"done", "refused"}));
+    EXPECT_EQ(done["moves"].toArray()[1].toObject()["error"],
+              foreseen["moves"].toArray()[1].toObject()["error"]);
+    EXPECT_TRUE(foreseen["warnings"].toArray().first().toString().endsWith(
+        "the identical copy from " + this->au(LocSystemActive, "Alpha.component")
+        + " would go to the trash"));
+    EXPECT_TRUE(done["warnings"].toArray().first().toString().contains("is now in the trash"));
+    EXPECT_EQ(foreseen["after"], done["after"]);
+    EXPECT_EQ(done["errors"].toArray().size(), 1);
+    EXPECT_TRUE(isWholeBundle(this->au(LocSystemActive, "Beta.component")));
+    EXPECT_TRUE(isWholeBundle(this->au(LocSystemDisabled, "Beta.component")));
+}
+
+// A set as plain names: a file with comments, blank lines, spaces and CRLF endings, names with
+// or without their extension, --only for the rest; then every way of asking wrongly, each
+// moving nothing.
+TEST_F(KorvaneCmdTest, ApplyTakesPlainListsOfNamesAndRefusesWhatItCannotMatch)
+{
+    const QString on = homePath("Documents/room-a.txt");
+    writeText(on, "# Room A, autumn\n\n  Alpha  \r\nGamma.component\r\n\t# Beta stays off\n");
+    const QStringList apply{"apply", "--format", "au", "--on-file", on, "--only"};
+    const ToolRun run = tool(apply);
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+    EXPECT_EQ(run.out,
+              "disabled Beta.component\ndisabled Delta.component\nenabled Gamma.component\n");
+    EXPECT_EQ(tool(apply + QStringList{"--check"}).exitCode, 0);
+    EXPECT_EQ(jsonOf(tool(apply + QStringList{"--json"}))["changed"], false);
+    const ToolRun mixed = tool({"apply", "--format", "au", "--on", "Delta", "--off-file", on});
+    EXPECT_EQ(mixed.out, "disabled Alpha.component\ndisabled Gamma.component\n"
+                         "enabled Delta.component\n");
+
+    QTemporaryDir elsewhere;
+    QFile huge(elsewhere.filePath("huge.txt"));
+    ASSERT_TRUE(huge.open(QIODevice::WriteOnly) && huge.resize(2 << 20));
+    huge.close();
+    const QString fifo = homePath("Documents/nobody.txt");
+    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    const QString more = homePath("Documents/more.txt");
+    writeText(more, "Beta\nDelta\n");
+    const std::string before = snapshot();
+    const std::pair<QStringList, const char *> wrong[] = {
+        {{"--on", "Beta", "--off-file", more}, "\"Beta\" is named both on and off"},
+        {{"--on", "Alpha", "--off", "Alpha.component"}, "\"Alpha.component\" is named both"},
+        {{"--on-file", homePath("Documents/none.txt")}, "none.txt"},
+        {{"--on-file", homePath("Documents")}, "folder"},
+        {{"--on-file", fifo}, "not a regular file"},
+        {{"--off-file", huge.fileName()}, "larger than"}};
+    for (const auto &[arguments, said] : wrong) {
+        const ToolRun refused = tool(QStringList{"apply", "--format", "au"} + arguments);
+        EXPECT_EQ(refused.exitCode, 2) << arguments.join(' ').toStdString();
+        EXPECT_TRUE(refused.err.contains(said)) << refused.err.toStdString();
+    }
+    // A name the library lacks is no wrong command line but a failure: exit 1, named, in the
+    // JSON's errors too, and nothing moves even with --check.
+    const ToolRun unknown =
+        tool({"apply", "--format", "au", "--off", "Beta", "--on", "Nope", "--json", "--check"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_EQ(
+        jsonOf(unknown)["errors"].toArray(),
+        QJsonArray({"KorvaneCMD: no AU plug-in named \"Nope\"", "KorvaneCMD: nothing changed"}));
+    EXPECT_EQ(unknown.err,
+              "KorvaneCMD: no AU plug-in named \"Nope\"\nKorvaneCMD: nothing changed\n");
+    EXPECT_EQ(tool({"apply", "--format", "au", "--on", "Nope"}).exitCode, 1);
+    EXPECT_EQ(snapshot(), before);
+}
+
+// The install check of the README, for Munki's installcheck_script and the like: KorvaneCMD's
+// check piped into exactly the documented line, which exits 0 (install: make it so) while a move
+// is pending or anything went wrong, and 1 once the machine is as wanted.
+TEST_F(KorvaneCmdTest, TheDocumentedInstallCheckAsksForAnInstallUntilTheLibraryIsAsWanted)
+{
+    const QString line = "import json, sys; r = json.loads(sys.stdin.read() or \"{}\"); "
+                         "sys.exit(1 if r.get(\"changed\") is False and not r.get(\"errors\") "
+                         "else 0)";
+    QFile readme(KORVANE_TEST_DATA "/../../README.md");
+    ASSERT_TRUE(readme.open(QIODevice::ReadOnly));
+    const QString documented = QString::fromUtf8(readme.readAll());
+    ASSERT_TRUE(documented.contains("KorvaneCMD --check --json apply --format au --on-file "
+                                    "/Library/Korvane/room-a.txt --only | python3 -c '"
+                                    + line + "'"));
+
+    const QString list = homePath("Documents/room-a.txt");
+    writeText(list, "Alpha\nGamma\n");
+    // The roots come from the environment, as the documented line gives none.
+    const auto installCheck = [&](const QStringList &arguments) {
+        QProcess check, reader;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("KORVANE_ROOT", root());
+        environment.insert("HOME", home());
+        environment.remove("XDG_DATA_HOME");
+        check.setProcessEnvironment(environment);
+        check.setStandardOutputProcess(&reader);
+        check.start(KORVANE_CMD, arguments);
+        reader.start("python3", {"-c", line});
+        EXPECT_TRUE(check.waitForStarted() && reader.waitForStarted());
+        finish(check);
+        return finish(reader).exitCode;
+    };
+    const QStringList wanted{"--check", "--json",    "apply", "--format",
+                             "au",      "--on-file", list,    "--only"};
+    EXPECT_EQ(installCheck(wanted), 0);
+    ASSERT_EQ(tool({"apply", "--format", "au", "--on-file", list, "--only"}).exitCode, 0);
+    EXPECT_EQ(installCheck(wanted), 1);
+    writeText(list, "Alpha\nNope\n"); // fails, and the install that follows says why
+    EXPECT_EQ(installCheck(wanted), 0);
+    EXPECT_EQ(installCheck(wanted + QStringList{"--bogus"}), 0); // no JSON at all
 }
 
 } // namespace

@@ -37,6 +37,18 @@ TEST(ParseCommandLineTest, EveryCommandParsesAndToCommandLineParsesBack)
          {.command = O::SaveSet, .format = TypeRTAS, .file = "out.rtaskorv"}},
         {"show-set in.aukorv --json --verbose",
          {.command = O::ShowSet, .json = true, .verbose = true, .file = "in.aukorv"}},
+        // Every mover takes --check and --json; a name like an option is given inline.
+        {"--check -AU s --json", {.sets = {"s"}, .json = true, .check = true}},
+        {"disable --check --format vst Foo",
+         {.command = O::Disable, .format = TypeVST, .names = {"Foo"}, .check = true}},
+        {"apply --format au --on Foo --on=-Odd --off=a=b --on-file on.txt --off-file=off --only",
+         {.command = O::ApplyList,
+          .format = TypeAU,
+          .on = {"Foo", "-Odd"},
+          .off = {"a=b"},
+          .onFile = "on.txt",
+          .offFile = "off",
+          .only = true}},
         // Global options stand before or after the command.
         {"--root /r --home /h list --format au", listAu},
         {"list --format au --root /r --home=/h", listAu},
@@ -70,7 +82,14 @@ TEST(ParseCommandLineTest, WrongCommandLinesAreErrorsNamingTheCulprit)
         {"list --format au --format vst", "twice"},  {"-AU a -au b", "twice"},
         {"list extra", "extra"},                     {"show-set a b", "\"b\""},
         {"list -AU a", "-AU"},                       {"show-set f --format au", "--format"},
-        {"-AU a --json", "--json"},                  {"-AU a stray", "stray"}};
+        {"save-set --format au f --json", "--json"}, {"-AU a stray", "stray"},
+        {"list --check", "--check"},                 {"apply --format au", "apply needs"},
+        {"apply --on Foo", "--format"},              {"list --on Foo", "--on"},
+        {"-AU a --only", "--only"},                  {"apply --format au --on", "--on"},
+        {"apply --format au --on Foo --off Foo", "\"Foo\""},
+        {"apply --format au --on-file a --on-file b", "twice"},
+        {"apply --format au --on Foo stray", "stray"},
+        {"-wav s", "no format is named \"wav\" (use au, rtas, mas or vst)"}};
     // clang-format on
     for (const auto &[line, culprit] : cases) {
         const ParsedCommandLine result = parse(line);
