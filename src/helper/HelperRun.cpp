@@ -1,7 +1,7 @@
 #include "helper/HelperRun.h"
 
-#include "os/FileOperations.h"
 #include "core/FormatTable.h"
+#include "os/FileOperations.h"
 #include "os/LibraryLock.h"
 
 #include <QDir>

@@ -1,8 +1,8 @@
 #include "helper/SystemFolders.h"
 
 #include "core/FormatTable.h"
-#include "os/LibraryLock.h"
 #include "core/Locations.h"
+#include "os/LibraryLock.h"
 #include "os/PathBytes.h"
 
 #include <QSet>

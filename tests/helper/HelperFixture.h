@@ -1,7 +1,7 @@
 #pragma once
 
-#include "helper/HelperProtocol.h"
 #include "core/FormatTable.h"
+#include "helper/HelperProtocol.h"
 #include "support/TestRoots.h"
 
 #include <QDir>
