@@ -2,11 +2,11 @@
 // re-sorting, filtering per keystroke, and how many rows a scrolled paint draws.
 
 #include "PluginLibraryBuilder.h"
+#include "app/AppContext.h"
+#include "core/Locations.h"
 #include "gui/table/PluginTableModel.h"
 #include "gui/table/PluginTableView.h"
-#include "managers/TypeManager.h"
-#include "platform/Locations.h"
-#include "shell/AppContext.h"
+#include "library/FormatManager.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -72,18 +72,18 @@ void measureGui(int n, QTextStream &out)
 
     AppContext::Parts parts;
     parts.roots = roots;
-    parts.awakeFromNib = false;
+    parts.prepareWindow = false;
     AppContext context(std::move(parts));
-    TypeManager *au = context.manager(TypeAU);
-    au->setPlattformVisible(true);
+    FormatManager *au = context.manager(TypeAU);
+    au->showArchitectureColumn(true);
 
     // The scan alone, then the scan of a table on screen: the difference is the table's part.
-    au->reloadData();
+    au->rescan();
     double scan = 1e300;
     for (int r = 0; r < 3; ++r) {
         QElapsedTimer timer;
         timer.start();
-        au->reloadData();
+        au->rescan();
         scan = std::min(scan, elapsedMs(timer));
     }
 
@@ -108,7 +108,7 @@ void measureGui(int n, QTextStream &out)
     for (int r = 0; r < 3; ++r) {
         QElapsedTimer timer;
         timer.start();
-        au->reloadData();
+        au->rescan();
         settleAndPaint(*view);
         scanShown = std::min(scanShown, elapsedMs(timer));
     }
@@ -181,7 +181,7 @@ void measureGui(int n, QTextStream &out)
     const int bottom = view->rowAt(view->viewport()->height() - 1);
     const int visible = (bottom < 0 ? view->model()->rowCount() - 1 : bottom) - top + 1;
 
-    out << "gui_items: " << au->numberOfRowsInTableView() << "\n";
+    out << "gui_items: " << au->rowCount() << "\n";
     out << "gui_show_tab_ms: " << ms(show) << "\n";
     out << "gui_scan_ms: " << ms(scan) << "\n";
     out << "gui_scan_with_table_shown_ms: " << ms(scanShown) << "\n";

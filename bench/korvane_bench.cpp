@@ -5,14 +5,10 @@
 // line per figure.
 
 #include "PluginLibraryBuilder.h"
-#include "managers/MyAdminObj.h"
-#include "managers/MyMASObj.h"
-#include "managers/MyRTASObj.h"
-#include "managers/MyVSTObj.h"
-#include "platform/Bundle.h"
-#include "platform/Locations.h"
-#include "shell/AppContext.h"
-#include "ui/UserInterface.h"
+#include "app/AppContext.h"
+#include "core/Locations.h"
+#include "core/UserInterface.h"
+#include "library/FormatManager.h"
 
 #include <QCoreApplication>
 #ifdef KORVANE_BENCH_GUI
@@ -191,44 +187,44 @@ void measure(int n, QTextStream &out)
     AppContext::Parts parts;
     parts.roots = roots;
     parts.ui = &ui;
-    parts.awakeFromNib = false;
+    parts.prepareWindow = false;
     AppContext context(std::move(parts));
-    const QList<TypeManager *> managers = context.managers();
+    const QList<FormatManager *> managers = context.managers();
 
     // Warm the caches for both sides first, so neither pays for the first read from disk.
     baselineScan(locations);
-    for (TypeManager *manager : managers)
-        manager->reloadData();
+    for (FormatManager *manager : managers)
+        manager->rescan();
 
     const int runs = n >= 10000 ? 3 : 5;
     const double baseline = bestOf(runs, [&] { baselineScan(locations); });
     ui.calls = 0;
     const double scan = bestOf(runs, [&] {
-        for (TypeManager *manager : managers)
-            manager->reloadData();
+        for (FormatManager *manager : managers)
+            manager->rescan();
     });
 
     long items = 0;
-    for (TypeManager *manager : managers)
-        items += manager->numberOfRowsInTableView();
+    for (FormatManager *manager : managers)
+        items += manager->rowCount();
 
     // A set of every Audio Unit with every state flipped, opened into the scanned list.
-    TypeManager *au = context.manager(TypeAU);
-    for (const AUItemPtr &item : au->items())
-        item->setAUActive(!item->getAUActive());
+    FormatManager *au = context.manager(TypeAU);
+    for (const PluginPtr &item : au->items())
+        item->setActive(!item->isActive());
     const QString setPath = home.path() + "/bench.aukorv";
-    au->archivePlugins(setPath);
-    au->reloadData();
+    au->writeSet(setPath);
+    au->rescan();
     // These two are compared across the sizes, so both sizes take the best of the same number of
     // runs: more tries at the small size alone would lower its minimum and inflate the ratio.
     const int sizeRuns = 5;
     const double openSet = bestOf(sizeRuns, [&] { au->mergeSet(setPath); });
 
     // Every name twice: the system and the user folder hold the same plug-ins.
-    QList<AUItemPtr> doubled = au->items();
-    for (const AUItemPtr &item : au->items())
-        doubled << std::make_shared<AUItem>(*item);
-    const double duplicates = bestOf(sizeRuns, [&] { TypeManager::duplicateNames(doubled); });
+    QList<PluginPtr> doubled = au->items();
+    for (const PluginPtr &item : au->items())
+        doubled << std::make_shared<Plugin>(*item);
+    const double duplicates = bestOf(sizeRuns, [&] { FormatManager::duplicateNames(doubled); });
 
     out << "items_" << n << ": " << items << "\n";
     out << "baseline_ms_" << n << ": " << QString::number(baseline, 'f', 1) << "\n";
@@ -254,17 +250,17 @@ void buildAudioUnits(const QString &folder, int n)
 
 // Applying every Audio Unit pending: the moves timed up to the rescan the apply ends with, the
 // rescan apart. Returns the moves' milliseconds.
-double timedApply(TypeManager *au, bool active, double *rescanMs)
+double timedApply(FormatManager *au, bool active, double *rescanMs)
 {
     active ? au->setAllActive() : au->setAllInactive();
     QElapsedTimer timer;
     qint64 movedNs = -1;
-    const auto connection = QObject::connect(au, &TypeManager::itemsAboutToBeReset, [&] {
+    const auto connection = QObject::connect(au, &FormatManager::itemsAboutToBeReset, [&] {
         if (movedNs < 0)
             movedNs = timer.nsecsElapsed();
     });
     timer.start();
-    au->applyAllPending();
+    au->applyPending();
     const qint64 totalNs = timer.nsecsElapsed();
     QObject::disconnect(connection);
     *rescanMs = double(totalNs - movedNs) / 1e6;
@@ -318,17 +314,17 @@ void measureApply(QTextStream &out)
 
     AppContext::Parts parts;
     parts.roots = roots;
-    parts.awakeFromNib = false;
+    parts.prepareWindow = false;
     AppContext context(std::move(parts));
-    TypeManager *au = context.manager(TypeAU);
-    au->reloadData();
+    FormatManager *au = context.manager(TypeAU);
+    au->rescan();
 
     // Best of nine: a round is some 50 ms, and one write-back of the disk can double a figure.
     double best = 1e300, baseline = 1e300, rescan = 1e300;
     for (int r = 0; r < 9; ++r) {
         baseline = std::min(baseline, timedRenames(on, off));
         timedRenames(off, on);
-        au->reloadData();
+        au->rescan();
         double rescanMs = 0;
         best = std::min(best, timedApply(au, false, &rescanMs));
         rescan = std::min(rescan, rescanMs);
@@ -360,7 +356,7 @@ void measureApply(QTextStream &out)
     run(QStringLiteral("cp"), {QStringLiteral("-a"), on, copy});
     const double cpToTmpfs = timer.nsecsElapsed() / 1e6;
     QDir(copy).removeRecursively();
-    au->reloadData();
+    au->rescan();
     double rescanMs = 0;
     const double toTmpfs = timedApply(au, false, &rescanMs);
     const QString back = root.path() + QStringLiteral("/cp-a");

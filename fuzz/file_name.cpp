@@ -4,8 +4,9 @@
 
 #include "FuzzCheck.h"
 
-#include "platform/InterruptedMoves.h"
-#include "platform/PathBytes.h"
+#include "core/InterruptedMoves.h"
+#include "os/PathBytes.h"
+#include "os/StagingFolders.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -25,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         else
             FUZZ_CHECK(!c.isLowSurrogate());
     }
-    if (const auto staging = InterruptedMoves::parseStaging(name)) {
+    if (const auto staging = StagingFolders::parse(name)) {
         FUZZ_CHECK(staging->pid > 0 && name.startsWith(QLatin1String(".korvane-")));
         FUZZ_CHECK(InterruptedMoves::isLeftoverName(QStringLiteral("folder/") + name));
     }

@@ -3,7 +3,7 @@
 
 #include "FuzzCheck.h"
 
-#include "platform/Bundle.h"
+#include "codec/FinderInfo.h"
 
 #include <cstddef>
 #include <cstdint>

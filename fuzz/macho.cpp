@@ -3,7 +3,7 @@
 
 #include "FuzzCheck.h"
 
-#include "platform/Bundle.h"
+#include "codec/MachOHeader.h"
 
 #include <cstddef>
 #include <cstdint>

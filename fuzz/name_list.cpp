@@ -4,7 +4,7 @@
 #include "FuzzCheck.h"
 
 #include "cli/NameList.h"
-#include "platform/PathBytes.h"
+#include "os/PathBytes.h"
 
 #include <cstddef>
 #include <cstdint>

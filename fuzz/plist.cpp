@@ -3,7 +3,7 @@
 
 #include "FuzzCheck.h"
 
-#include "platform/PropertyList.h"
+#include "codec/PropertyList.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,7 +3,7 @@
 
 #include "FuzzCheck.h"
 
-#include "panels/RtfText.h"
+#include "codec/RtfText.h"
 
 #include <QList>
 #include <QRegularExpression>

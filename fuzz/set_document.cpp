@@ -4,8 +4,8 @@
 
 #include "FuzzCheck.h"
 
-#include "managers/SetDocument.h"
-#include "platform/TypedStream.h"
+#include "codec/TypedStream.h"
+#include "library/SetDocument.h"
 
 #include <QStringDecoder>
 
@@ -21,23 +21,23 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     // Whatever a plug-in's file is called survives a save: here the input, as text, is the name.
     QStringDecoder toText(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless
                                                     | QStringDecoder::Flag::ConvertInitialBom);
-    auto named = std::make_shared<korvane::AUItem>();
-    named->setAUName(toText.decode(bytes));
-    const QList<korvane::AUItemPtr> saved =
+    auto named = std::make_shared<korvane::Plugin>();
+    named->setName(toText.decode(bytes));
+    const QList<korvane::PluginPtr> saved =
         korvane::SetDocument::decode(korvane::SetDocument::encode({named}));
-    FUZZ_CHECK(saved.size() == 1 && saved[0]->getAUName() == named->getAUName());
+    FUZZ_CHECK(saved.size() == 1 && saved[0]->name() == named->name());
 
-    const QList<korvane::AUItemPtr> items = korvane::SetDocument::decode(bytes);
+    const QList<korvane::PluginPtr> items = korvane::SetDocument::decode(bytes);
     if (items.isEmpty())
         return 0;
-    const QList<korvane::AUItemPtr> again =
+    const QList<korvane::PluginPtr> again =
         korvane::SetDocument::decode(korvane::SetDocument::encode(items));
     FUZZ_CHECK(again.size() == items.size());
     for (qsizetype i = 0; i < items.size(); ++i) {
-        FUZZ_CHECK(again[i]->getAUName() == items[i]->getAUName());
-        FUZZ_CHECK(again[i]->getAULocation() == items[i]->getAULocation());
-        FUZZ_CHECK(again[i]->getAUGlobal() == items[i]->getAUGlobal());
-        FUZZ_CHECK(again[i]->getAUActive() == items[i]->getAUActive());
+        FUZZ_CHECK(again[i]->name() == items[i]->name());
+        FUZZ_CHECK(again[i]->location() == items[i]->location());
+        FUZZ_CHECK(again[i]->isGlobal() == items[i]->isGlobal());
+        FUZZ_CHECK(again[i]->isActive() == items[i]->isActive());
     }
     return 0;
 }

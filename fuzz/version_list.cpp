@@ -3,7 +3,7 @@
 
 #include "FuzzCheck.h"
 
-#include "shell/UpdateCheck.h"
+#include "app/UpdateCheck.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "PluginLibraryBuilder.h"
 
-#include "platform/Bundle.h"
-#include "platform/LocalFileOperations.h"
-#include "platform/PropertyList.h"
+#include "codec/FinderInfo.h"
+#include "codec/PropertyList.h"
+#include "os/LocalFileOperations.h"
 
 #include <QDir>
 #include <QFile>

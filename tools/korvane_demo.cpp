@@ -4,13 +4,13 @@
 
 #include "PluginLibraryBuilder.h"
 
-#include "managers/SetDocument.h"
-#include "model/AUItem.h"
-#include "panels/MyPrefObj.h"
-#include "platform/LocalFileOperations.h"
-#include "platform/Locations.h"
-#include "platform/PropertyList.h"
-#include "shell/AppContext.h"
+#include "app/AppContext.h"
+#include "app/Preferences.h"
+#include "codec/PropertyList.h"
+#include "core/Locations.h"
+#include "core/Plugin.h"
+#include "library/SetDocument.h"
+#include "os/LocalFileOperations.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -143,13 +143,13 @@ void makeGroups()
 // matches plug-ins by name), a few in another state than on disk, and one that is not installed.
 bool writeLiveSet(const QString &path)
 {
-    QList<AUItemPtr> items;
+    QList<PluginPtr> items;
     auto add = [&](const QString &name, int loc, bool active) {
-        auto item = std::make_shared<AUItem>();
-        item->setAUName(name);
-        item->setAUGlobal(isSystemLocation(loc));
-        item->setAUActive(active);
-        item->checkObject(g_locations->folderPaths(FormatTable::builtIn().at(TypeAU)));
+        auto item = std::make_shared<Plugin>();
+        item->setName(name);
+        item->setGlobal(isSystemLocation(loc));
+        item->setActive(active);
+        item->updateLocation(g_locations->folderPaths(FormatTable::builtIn().at(TypeAU)));
         items << item;
     };
     QStringList seen;
@@ -210,9 +210,9 @@ int main(int argc, char *argv[])
         // The preferences as a first start seeds them; presets of Ember EQ follow it.
         AppContext::Parts parts;
         parts.roots = roots;
-        parts.awakeFromNib = false;
+        parts.prepareWindow = false;
         AppContext context(std::move(parts));
-        context.pref()->defaults()->setObject(QStringLiteral("AUMoveContent"), true);
+        context.pref()->store()->setValue(QStringLiteral("AUMoveContent"), true);
     }
     const QString set = home + QStringLiteral("/Documents/Live.aukorv");
     const bool written = writeLiveSet(set);

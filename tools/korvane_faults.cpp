@@ -7,13 +7,13 @@
 // lost or damaged, 77 when no second file system can be mounted here.
 
 #include "PluginLibraryBuilder.h"
-#include "managers/TypeManager.h"
-#include "platform/FormatTable.h"
-#include "platform/LocalFileOperations.h"
-#include "platform/Locations.h"
-#include "privileged/NullAuthorizationBackend.h"
-#include "shell/AppContext.h"
-#include "shell/MyMainObj.h"
+#include "app/AppContext.h"
+#include "app/AppController.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
+#include "library/FormatManager.h"
+#include "os/AllowAllAuthorization.h"
+#include "os/LocalFileOperations.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -183,24 +183,24 @@ public:
             AppContext::Parts parts;
             parts.roots = Roots::at(m_root, m_home);
             parts.authorization = &m_authorization;
-            parts.awakeFromNib = false;
+            parts.prepareWindow = false;
             m_context = std::make_unique<AppContext>(std::move(parts));
         }
         return *m_context;
     }
-    TypeManager &au() { return *core().manager(TypeAU); }
+    FormatManager &au() { return *core().manager(TypeAU); }
 
     // A set that asks for each plug-in in the place given, written where the tool can read it.
     QString writeSet(const QMap<QString, Place> &wanted, const QString &name)
     {
-        TypeManager &manager = au();
-        manager.reloadData();
-        for (const AUItemPtr &item : manager.items())
-            item->setAUActive(wanted.value(item->getAUName(), On) == On);
+        FormatManager &manager = au();
+        manager.rescan();
+        for (const PluginPtr &item : manager.items())
+            item->setActive(wanted.value(item->name(), On) == On);
         const QString path = m_workspace.path() + "/" + name + ".aukorv";
         QFile::remove(path);
-        manager.archivePlugins(path);
-        manager.reloadData();
+        manager.writeSet(path);
+        manager.rescan();
         return path;
     }
 
@@ -331,7 +331,7 @@ private:
     QMap<QString, QByteArray> m_hash;
     QMap<QString, Place> m_place;
     int m_resourceBytes = 0;
-    NullAuthorizationBackend m_authorization;
+    AllowAllAuthorization m_authorization;
     std::unique_ptr<AppContext> m_context;
 };
 
@@ -526,10 +526,10 @@ Totals overlapRounds(Library &library, const Settings &settings, QRandomGenerato
             QThread::msleep(random.bounded(20));
         }
         if (window) {
-            TypeManager &au = library.au();
-            au.reloadData();
+            FormatManager &au = library.au();
+            au.rescan();
             au.mergeSet(paths.last());
-            au.applyAllPending();
+            au.applyPending();
         }
         for (auto &tool : tools) {
             tool->waitForFinished(-1);
@@ -614,12 +614,12 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
 {
     Totals totals;
     // The core writes every kind of data file once: content registry, groups, sets, preferences.
-    TypeManager &au = library.au();
-    au.reloadData();
-    library.core().main()->saveContent({"Plug00000.component", "Library/Kept/Data"});
+    FormatManager &au = library.au();
+    au.rescan();
+    library.core().main()->storeContent({"Plug00000.component", "Library/Kept/Data"});
     library.core().main()->saveGroupRegistry();
     au.saveGroups();
-    au.saveSets();
+    au.saveSetList();
     const Locations locations(Roots::at(library.root(), library.home()));
     QStringList files;
     for (const QString &name : entriesOf(locations.supportFolderPath()))

@@ -2,6 +2,13 @@
 // demo library in DIR (made by korvane_demo) and saves a picture of it as OUT/<window>.png. Meant
 // for Qt's offscreen platform; tools/screenshots.sh runs it.
 
+#include "app/AboutText.h"
+#include "app/AppContext.h"
+#include "app/AppController.h"
+#include "app/LaunchScript.h"
+#include "app/Preferences.h"
+#include "codec/PropertyList.h"
+#include "core/Locations.h"
 #include "gui/main/MainWindow.h"
 #include "gui/windows/AboutPanel.h"
 #include "gui/windows/GroupEditorWindow.h"
@@ -9,15 +16,8 @@
 #include "gui/windows/LaunchScriptPanel.h"
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
-#include "managers/TypeManager.h"
-#include "panels/MyAboutObj.h"
-#include "panels/MyPrefObj.h"
-#include "platform/LocalFileOperations.h"
-#include "platform/Locations.h"
-#include "platform/PropertyList.h"
-#include "shell/AppContext.h"
-#include "shell/LumoScript.h"
-#include "shell/MyMainObj.h"
+#include "library/FormatManager.h"
+#include "os/LocalFileOperations.h"
 
 #include <QApplication>
 #include <QDir>
@@ -36,10 +36,10 @@ bool save(QWidget &window, const QString &path)
     return window.grab().save(path);
 }
 
-int rowOf(const TypeManager &manager, const QString &name)
+int rowOf(const FormatManager &manager, const QString &name)
 {
-    for (int row = 0; row < manager.numberOfRowsInTableView(); ++row)
-        if (manager.itemAt(row)->getAUName() == name)
+    for (int row = 0; row < manager.rowCount(); ++row)
+        if (manager.itemAt(row)->name() == name)
             return row;
     return -1;
 }
@@ -78,12 +78,12 @@ int main(int argc, char *argv[])
     AppContext::Parts parts;
     parts.roots = roots;
     AppContext context(std::move(parts));
-    MyMainObj &main = *context.main();
-    main.applicationDidFinishLaunching();
-    TypeManager &au = *context.manager(TypeAU);
-    TypeManager &vst = *context.manager(TypeVST);
-    au.archivePlugins(live);
-    vst.archivePlugins(studio);
+    AppController &main = *context.main();
+    main.start();
+    FormatManager &au = *context.manager(TypeAU);
+    FormatManager &vst = *context.manager(TypeVST);
+    au.writeSet(live);
+    vst.writeSet(studio);
     au.selectSet(1);
     vst.selectSet(1);
 
@@ -112,15 +112,15 @@ int main(int argc, char *argv[])
     }
     {
         LogWindow window(main);
-        au.checkForDuplicates();
-        vst.checkForDuplicates();
+        au.reportDuplicates();
+        vst.reportDuplicates();
         ok &= save(window, out + QStringLiteral("/log.png"));
     }
     {
-        context.pref()->defaults()->setObject(QStringLiteral("AUShowContent"), true);
+        context.pref()->store()->setValue(QStringLiteral("AUShowContent"), true);
         InfoPanel panel(*context.info());
         au.selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
-        au.getInfo();
+        au.requestInfo();
         ok &= save(panel, out + QStringLiteral("/info.png"));
     }
     {
@@ -129,12 +129,12 @@ int main(int argc, char *argv[])
         ok &= save(panel, out + QStringLiteral("/about.png"));
     }
     {
-        LumoScript &script = *context.script();
-        script.setLayout(LumoScript::Layout::Shell);
+        LaunchScript &script = *context.script();
+        script.setLayout(LaunchScript::Layout::Shell);
         script.setToolPath(QStringLiteral("/usr/bin/KorvaneCMD"));
         LaunchScriptPanel panel(script, context.formats());
-        script.setSegmentSelected(TypeAU, true);
-        script.setSegmentSelected(TypeVST, true);
+        script.setFormatSelected(TypeAU, true);
+        script.setFormatSelected(TypeVST, true);
         script.setHostCommand(QStringLiteral("ardour8 \"Live Session\""));
         panel.hostCommand()->setText(script.hostCommand());
         panel.openScriptWindow();

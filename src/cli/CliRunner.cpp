@@ -1,13 +1,13 @@
 #include "cli/CliRunner.h"
 
+#include "app/AppContext.h"
 #include "cli/CliSession.h"
 #include "cli/MoveReport.h"
 #include "cli/NameList.h"
 #include "cli/ShownText.h"
 #include "cli/TextTable.h"
-#include "managers/SetDocument.h"
-#include "platform/Locations.h"
-#include "shell/AppContext.h"
+#include "core/Locations.h"
+#include "library/SetDocument.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -74,16 +74,16 @@ QString scope(bool global)
     return global ? QStringLiteral("system") : QStringLiteral("user");
 }
 
-QString fullPath(const AUItem &item)
+QString fullPath(const Plugin &item)
 {
-    return item.getAULocation() + QLatin1Char('/') + item.getAUName();
+    return item.location() + QLatin1Char('/') + item.name();
 }
 
 // "Foo" names Foo.component by its stem, a folder part staying ("Sub/Foo"); a name given with
 // the extension names only itself, so "Echo.vst" never switches Echo.vst.vst.
-bool stemNamesItem(const QString &name, const AUItem &item)
+bool stemNamesItem(const QString &name, const Plugin &item)
 {
-    const QString itemName = item.getAUName();
+    const QString itemName = item.name();
     const qsizetype dot = itemName.lastIndexOf(QLatin1Char('.'));
     if (dot <= itemName.lastIndexOf(QLatin1Char('/')) + 1)
         return false;
@@ -130,50 +130,50 @@ std::pair<QString, QString> moveWords(const std::array<QString, LocationCount> &
     return {done.join(QStringLiteral(" and ")), wanted.join(QStringLiteral(" and "))};
 }
 
-using ActiveStates = QHash<const AUItem *, bool>;
+using ActiveStates = QHash<const Plugin *, bool>;
 
 // Each plug-in's state as scanned, before anything is marked.
-ActiveStates activeStates(const TypeManager &manager)
+ActiveStates activeStates(const FormatManager &manager)
 {
     ActiveStates states;
-    for (const AUItemPtr &item : manager.items())
-        states.insert(item.get(), item->getAUActive());
+    for (const PluginPtr &item : manager.items())
+        states.insert(item.get(), item->isActive());
     return states;
 }
 
 // The names of the plug-ins that are on, by each one's state in states, else its own.
-QStringList activeNames(const TypeManager &manager, const ActiveStates &states = {})
+QStringList activeNames(const FormatManager &manager, const ActiveStates &states = {})
 {
     QStringList names;
-    for (const AUItemPtr &item : manager.items())
-        if (states.value(item.get(), item->getAUActive()))
-            names << item->getAUName();
+    for (const PluginPtr &item : manager.items())
+        if (states.value(item.get(), item->isActive()))
+            names << item->name();
     return names;
 }
 
 // The plug-ins a name given on the command line stands for: every copy of an exact name; only
 // where no plug-in has that name, those of that stem.
-QList<AUItemPtr> pluginsNamed(const TypeManager &manager, const QString &name)
+QList<PluginPtr> pluginsNamed(const FormatManager &manager, const QString &name)
 {
-    QList<AUItemPtr> named;
-    for (const AUItemPtr &item : manager.items())
-        if (item->getAUName() == name)
+    QList<PluginPtr> named;
+    for (const PluginPtr &item : manager.items())
+        if (item->name() == name)
             named << item;
     if (named.isEmpty())
-        for (const AUItemPtr &item : manager.items())
+        for (const PluginPtr &item : manager.items())
             if (stemNamesItem(name, *item))
                 named << item;
     return named;
 }
 
 // Marks a plug-in to be switched, as a click in its row would.
-void mark(TypeManager &manager, const AUItemPtr &item, bool on)
+void mark(FormatManager &manager, const PluginPtr &item, bool on)
 {
-    if (item->getAUActive() == on)
+    if (item->isActive() == on)
         return;
-    item->setAUActive(on);
-    item->checkObject(manager.typeIndex());
-    manager.checkLogForUpdate(item);
+    item->setActive(on);
+    item->updateLocation(manager.type());
+    manager.updateRecord(item);
 }
 
 QString folderOf(const QString &path)
@@ -204,7 +204,7 @@ QString unwritableFolder(const FileOperations &files, const QString &from, const
 struct Foreseen {
     MoveOutcome move;
     MoveReport::Outcome outcome = MoveReport::Would;
-    const AUItem *item = nullptr;
+    const Plugin *item = nullptr;
     QString warning; // what the move would put in the trash
 };
 
@@ -215,24 +215,24 @@ struct Foreseen {
 // system, for root too) fails it. Only what a move alone finds out (a full disk, a stale sidecar
 // in the way) is not foreseen. The apply's rules are kept here rather than the apply run on
 // pretended file operations, whose pretended success is the one answer a check must not give.
-QList<Foreseen> foreseeMoves(const FileOperations &files, const TypeManager &manager)
+QList<Foreseen> foreseeMoves(const FileOperations &files, const FormatManager &manager)
 {
     const PluginList &list = manager.plugins();
     QSet<QString> installed;
-    for (const AULog &record : list.records())
-        installed.insert(record.getLogPath() + QLatin1Char('/') + record.getLogName());
+    for (const PluginRecord &record : list.records())
+        installed.insert(record.folder() + QLatin1Char('/') + record.name());
 
     QList<Foreseen> foreseen;
-    for (const AULog &record : list.records()) {
-        if (record.isLogProcessed())
+    for (const PluginRecord &record : list.records()) {
+        if (record.isProcessed())
             continue;
         Foreseen next;
         MoveOutcome &move = next.move;
-        move.name = record.getLogName();
-        move.from = record.getLogPath() + QLatin1Char('/') + move.name;
+        move.name = record.name();
+        move.from = record.folder() + QLatin1Char('/') + move.name;
         move.ok = false;
         move.enabled = false;
-        const int index = list.findItemIndex(move.name, record.getLogID());
+        const int index = list.findRow(move.name, record.id());
         if (index < 0) {
             next.outcome = MoveReport::Failed;
             move.error = {move.from, QStringLiteral("No plug-in matches the pending change")};
@@ -240,8 +240,8 @@ QList<Foreseen> foreseeMoves(const FileOperations &files, const TypeManager &man
             continue;
         }
         next.item = list.at(index).get();
-        move.to = next.item->getAULocation() + QLatin1Char('/') + move.name;
-        move.enabled = next.item->getAUActive();
+        move.to = next.item->location() + QLatin1Char('/') + move.name;
+        move.enabled = next.item->isActive();
         const auto fail = [&](const QString &at, const QString &reason,
                               MoveReport::Outcome outcome = MoveReport::Failed) {
             next.outcome = outcome;
@@ -362,7 +362,7 @@ int CliRunner::applySets(CliSession &session, const Options &options)
     // Each document is read once, before anything is locked or changed: a pipe gives its bytes
     // only once, and a bad document must stop the run while nothing has happened yet.
     const FormatTable &table = FormatTable::builtIn();
-    std::map<QString, QList<AUItemPtr>> documents;
+    std::map<QString, QList<PluginPtr>> documents;
     QList<QString> paths(table.count());
     for (const Format &format : table) {
         const QString given = options.sets.value(format.type);
@@ -372,7 +372,7 @@ int CliRunner::applySets(CliSession &session, const Options &options)
         if (documents.count(paths[format.type]))
             continue;
         QString problem;
-        std::optional<QList<AUItemPtr>> items = SetDocument::load(paths[format.type], &problem);
+        std::optional<QList<PluginPtr>> items = SetDocument::load(paths[format.type], &problem);
         if (!items) {
             report.error(QStringLiteral("KorvaneCMD: %1 set \"%2\": %3")
                              .arg(format.prefix, shownLine(given), problem));
@@ -387,8 +387,8 @@ int CliRunner::applySets(CliSession &session, const Options &options)
     for (const Format &format : table) {
         if (paths.at(format.type).isEmpty())
             continue;
-        TypeManager *manager = context.manager(format.type);
-        manager->reloadData();
+        FormatManager *manager = context.manager(format.type);
+        manager->rescan();
         const ActiveStates before = activeStates(*manager);
         for (const QString &name : manager->mergeItems(documents.at(paths.at(format.type))))
             report.warning(QStringLiteral("warning: %1 set \"%2\": no installed plug-in \"%3\"")
@@ -428,20 +428,20 @@ int CliRunner::applyList(CliSession &session, const Options &options)
 
     if (!lockLibrary(session, options, report))
         return report.finish(ExitMoveFailed, session.notices());
-    TypeManager &manager = *session.controllers().manager(options.format);
-    manager.reloadData();
+    FormatManager &manager = *session.controllers().manager(options.format);
+    manager.rescan();
     const ActiveStates before = activeStates(manager);
     const QString format = manager.traits().prefix;
 
     // Every name is looked up before anything is marked: a name the library lacks moves nothing.
-    QSet<const AUItem *> wantedOn, wantedOff;
+    QSet<const Plugin *> wantedOn, wantedOff;
     QStringList unknown;
     for (const auto &[names, wanted] : {std::pair(&on, &wantedOn), std::pair(&off, &wantedOff)}) {
         for (const QString &name : std::as_const(*names)) {
-            const QList<AUItemPtr> named = pluginsNamed(manager, name);
+            const QList<PluginPtr> named = pluginsNamed(manager, name);
             if (named.isEmpty() && !unknown.contains(name))
                 unknown << name;
-            for (const AUItemPtr &item : named)
+            for (const PluginPtr &item : named)
                 wanted->insert(item.get());
         }
     }
@@ -453,15 +453,15 @@ int CliRunner::applyList(CliSession &session, const Options &options)
         return report.finish(ExitMoveFailed, session.notices());
     }
     // "Foo" on and "Foo.component" off: the same plug-in asked both ways.
-    for (const AUItemPtr &item : manager.items()) {
+    for (const PluginPtr &item : manager.items()) {
         if (wantedOn.contains(item.get()) && wantedOff.contains(item.get())) {
             report.error(QStringLiteral("KorvaneCMD: %1 plug-in \"%2\" is named both on and off")
-                             .arg(format, shownLine(item->getAUName())));
+                             .arg(format, shownLine(item->name())));
             return report.finish(ExitUsage, session.notices());
         }
     }
 
-    for (const AUItemPtr &item : manager.items()) {
+    for (const PluginPtr &item : manager.items()) {
         if (wantedOn.contains(item.get()))
             mark(manager, item, true);
         else if (wantedOff.contains(item.get()) || options.only)
@@ -474,21 +474,20 @@ int CliRunner::applyList(CliSession &session, const Options &options)
 int CliRunner::list(CliSession &session, const Options &options)
 {
     Listing listing(options.json, m_out);
-    for (TypeManager *manager : scanned(session, options)) {
+    for (FormatManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
-        for (const AUItemPtr &item : manager->items()) {
-            const QString group = item->getAUGroup();
-            listing.add(
-                QJsonObject{{QStringLiteral("format"), format},
-                            {QStringLiteral("name"), displayName(item->getAUName())},
-                            {QStringLiteral("location"), displayName(item->getAULocation())},
-                            {QStringLiteral("global"), item->getAUGlobal()},
-                            {QStringLiteral("active"), item->getAUActive()},
-                            {QStringLiteral("group"), displayName(group)},
-                            {QStringLiteral("architecture"), item->getPlattformIdent()}},
-                {format, onOff(item->getAUActive()), scope(item->getAUGlobal()),
-                 group.isEmpty() ? QStringLiteral("-") : group, item->getPlattformIdent(),
-                 fullPath(*item)});
+        for (const PluginPtr &item : manager->items()) {
+            const QString group = item->group();
+            listing.add(QJsonObject{{QStringLiteral("format"), format},
+                                    {QStringLiteral("name"), displayName(item->name())},
+                                    {QStringLiteral("location"), displayName(item->location())},
+                                    {QStringLiteral("global"), item->isGlobal()},
+                                    {QStringLiteral("active"), item->isActive()},
+                                    {QStringLiteral("group"), displayName(group)},
+                                    {QStringLiteral("architecture"), item->architectureName()}},
+                        {format, onOff(item->isActive()), scope(item->isGlobal()),
+                         group.isEmpty() ? QStringLiteral("-") : group, item->architectureName(),
+                         fullPath(*item)});
         }
     }
     listing.print();
@@ -500,15 +499,15 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
     MoveReport report(options.json, options.check, m_out, m_err);
     if (!lockLibrary(session, options, report))
         return report.finish(ExitMoveFailed, session.notices());
-    TypeManager &manager = *session.controllers().manager(options.format);
-    manager.reloadData();
+    FormatManager &manager = *session.controllers().manager(options.format);
+    manager.rescan();
     const ActiveStates before = activeStates(manager);
 
     // Every name is checked before anything moves: a typo must not leave half a change behind.
-    QList<AUItemPtr> targets;
+    QList<PluginPtr> targets;
     QStringList unknown;
     for (const QString &name : options.names) {
-        const QList<AUItemPtr> named = pluginsNamed(manager, name);
+        const QList<PluginPtr> named = pluginsNamed(manager, name);
         if (named.isEmpty())
             unknown << name;
         targets << named;
@@ -521,7 +520,7 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
         return report.finish(ExitUsage, session.notices());
     }
 
-    for (const AUItemPtr &item : std::as_const(targets))
+    for (const PluginPtr &item : std::as_const(targets))
         mark(manager, item, on);
     applyPending(session, options, manager, before, report);
     return report.finish(ExitDone, session.notices());
@@ -530,9 +529,9 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
 int CliRunner::duplicates(CliSession &session, const Options &options)
 {
     Listing listing(options.json, m_out);
-    for (TypeManager *manager : scanned(session, options)) {
+    for (FormatManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
-        for (const auto &[name, count] : TypeManager::duplicateNames(manager->items()))
+        for (const auto &[name, count] : FormatManager::duplicateNames(manager->items()))
             listing.add(QJsonObject{{QStringLiteral("format"), format},
                                     {QStringLiteral("name"), displayName(name)},
                                     {QStringLiteral("count"), count}},
@@ -545,8 +544,8 @@ int CliRunner::duplicates(CliSession &session, const Options &options)
 int CliRunner::saveSet(CliSession &session, const Options &options)
 {
     AppContext &context = session.controllers();
-    TypeManager *manager = context.manager(options.format);
-    manager->reloadData();
+    FormatManager *manager = context.manager(options.format);
+    manager->rescan();
     const QString path = session.resolvePath(options.file);
     if (!SetDocument::write(session.files(), path, manager->items())) {
         m_err << QStringLiteral("KorvaneCMD: could not write \"%1\"\n").arg(path);
@@ -560,18 +559,18 @@ int CliRunner::showSet(CliSession &session, const Options &options)
 {
     QString problem;
     // Decoded without controllers: showing a document must not touch the user's data.
-    const std::optional<QList<AUItemPtr>> items =
+    const std::optional<QList<PluginPtr>> items =
         SetDocument::load(session.resolvePath(options.file), &problem);
     if (!items)
         return usageError(QStringLiteral("\"%1\": %2").arg(options.file, problem));
 
     Listing listing(options.json, m_out);
-    for (const AUItemPtr &item : *items)
-        listing.add(QJsonObject{{QStringLiteral("name"), displayName(item->getAUName())},
-                                {QStringLiteral("location"), displayName(item->getAULocation())},
-                                {QStringLiteral("global"), item->getAUGlobal()},
-                                {QStringLiteral("active"), item->getAUActive()}},
-                    {onOff(item->getAUActive()), scope(item->getAUGlobal()), fullPath(*item)});
+    for (const PluginPtr &item : *items)
+        listing.add(QJsonObject{{QStringLiteral("name"), displayName(item->name())},
+                                {QStringLiteral("location"), displayName(item->location())},
+                                {QStringLiteral("global"), item->isGlobal()},
+                                {QStringLiteral("active"), item->isActive()}},
+                    {onOff(item->isActive()), scope(item->isGlobal()), fullPath(*item)});
     listing.print();
     return ExitDone;
 }
@@ -601,12 +600,12 @@ int CliRunner::usageError(const QString &message)
     return ExitUsage;
 }
 
-void CliRunner::applyPending(CliSession &session, const Options &options, TypeManager &manager,
+void CliRunner::applyPending(CliSession &session, const Options &options, FormatManager &manager,
                              const ActiveStates &before, MoveReport &report)
 {
     const AppContext &context = session.controllers();
     const std::array<QString, LocationCount> folders =
-        context.locations().folderPaths(context.formats().at(manager.typeIndex()));
+        context.locations().folderPaths(context.formats().at(manager.type()));
     const QString format = manager.traits().prefix;
     report.setBefore(format, activeNames(manager, before));
     const auto add = [&](const MoveOutcome &outcome, MoveReport::Outcome kind) {
@@ -622,7 +621,7 @@ void CliRunner::applyPending(CliSession &session, const Options &options, TypeMa
     };
 
     if (!options.check) {
-        for (const MoveOutcome &outcome : manager.applyAllPending())
+        for (const MoveOutcome &outcome : manager.applyPending())
             add(outcome, outcomeOf(outcome));
         report.setAfter(format, activeNames(manager)); // as the apply's own rescan found them
         return;
@@ -634,17 +633,17 @@ void CliRunner::applyPending(CliSession &session, const Options &options, TypeMa
             report.warning(QStringLiteral("KorvaneCMD: ") + shownLine(foreseen.warning));
         add(foreseen.move, foreseen.outcome);
         if (foreseen.item && foreseen.outcome == MoveReport::Would)
-            after[foreseen.item] = foreseen.item->getAUActive();
+            after[foreseen.item] = foreseen.item->isActive();
     }
     report.setAfter(format, activeNames(manager, after));
 }
 
-QList<TypeManager *> CliRunner::scanned(CliSession &session, const Options &options)
+QList<FormatManager *> CliRunner::scanned(CliSession &session, const Options &options)
 {
-    QList<TypeManager *> managers;
+    QList<FormatManager *> managers;
     for (int type : formats(options)) {
         managers << session.controllers().manager(type);
-        managers.constLast()->reloadData();
+        managers.constLast()->rescan();
     }
     return managers;
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "cli/Options.h"
-#include "managers/TypeManager.h"
-#include "platform/Roots.h"
+#include "library/FormatManager.h"
+#include "os/Roots.h"
 
 #include <QHash>
 #include <QList>
@@ -39,11 +39,11 @@ private:
     int usageError(const QString &message);
     // Applies the manager's pending changes, or with --check foresees them, into the report;
     // before: each plug-in's state as scanned, ahead of the changes.
-    static void applyPending(CliSession &session, const Options &options, TypeManager &manager,
-                             const QHash<const AUItem *, bool> &before, MoveReport &report);
+    static void applyPending(CliSession &session, const Options &options, FormatManager &manager,
+                             const QHash<const Plugin *, bool> &before, MoveReport &report);
     static QList<int> formats(const Options &options); // --format, or all four in order
     // The managers of those formats, each freshly scanned.
-    static QList<TypeManager *> scanned(CliSession &session, const Options &options);
+    static QList<FormatManager *> scanned(CliSession &session, const Options &options);
 
     Roots m_defaults;
     QTextStream &m_out;

@@ -1,15 +1,15 @@
 #include "cli/CliSession.h"
 
+#include "app/AppContext.h"
 #include "cli/Options.h"
 #include "cli/ShownText.h"
-#include "platform/FormatTable.h"
-#include "platform/LibraryLock.h"
-#include "platform/LocalFileOperations.h"
-#include "platform/Locations.h"
-#include "platform/ReadOnlyFileOperations.h"
-#include "platform/SystemLog.h"
-#include "privileged/NullAuthorizationBackend.h"
-#include "shell/AppContext.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
+#include "os/AllowAllAuthorization.h"
+#include "os/LibraryLock.h"
+#include "os/LocalFileOperations.h"
+#include "os/ReadOnlyFileOperations.h"
+#include "os/SystemLog.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -43,7 +43,7 @@ Roots rootsOf(const Options &options, Roots roots)
 CliSession::CliSession(const Options &options, const Roots &defaults, QTextStream &err)
     : m_err(err), m_verbose(options.verbose), m_roots(rootsOf(options, defaults)),
       m_ui(progressStream(err)), m_local(std::make_unique<LocalFileOperations>(m_roots)),
-      m_authorization(std::make_unique<NullAuthorizationBackend>()),
+      m_authorization(std::make_unique<AllowAllAuthorization>()),
       m_log(std::make_unique<SystemLogCapture>())
 {
     if (isReadOnly(options))
@@ -88,7 +88,7 @@ AppContext &CliSession::controllers()
         parts.ui = &m_ui;
         // Nothing depends on the activation right, and a prompt would hang a launch script.
         parts.authorization = m_authorization.get();
-        parts.awakeFromNib = false;
+        parts.prepareWindow = false;
         m_context = std::make_unique<AppContext>(std::move(parts));
     }
     return *m_context;
@@ -99,7 +99,7 @@ bool CliSession::lockLibrary(QString *failure, bool *heldByAnother)
     // Every format's folders: the run may touch any of them.
     if (!m_lock)
         m_lock = std::make_unique<LibraryLock>(
-            files(), LibraryLock::foldersOf(Locations(m_roots), FormatTable::builtIn()));
+            files(), Locations(m_roots).pluginFolders(FormatTable::builtIn()));
     if (!m_lock->isLocked() && failure)
         *failure = m_lock->failure();
     if (heldByAnother)

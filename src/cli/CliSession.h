@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/CliUi.h"
-#include "platform/Roots.h"
+#include "os/Roots.h"
 
 #include <QString>
 #include <memory>
@@ -14,7 +14,7 @@ class AppContext;
 class FileOperations;
 class LibraryLock;
 class LocalFileOperations;
-class NullAuthorizationBackend;
+class AllowAllAuthorization;
 class ReadOnlyFileOperations;
 class SystemLogCapture;
 struct Options;
@@ -58,7 +58,7 @@ private:
     CliUi m_ui;
     std::unique_ptr<LocalFileOperations> m_local;
     std::unique_ptr<ReadOnlyFileOperations> m_readOnly;
-    std::unique_ptr<NullAuthorizationBackend> m_authorization;
+    std::unique_ptr<AllowAllAuthorization> m_authorization;
     std::unique_ptr<SystemLogCapture> m_log;
     std::unique_ptr<LibraryLock> m_lock;
     std::unique_ptr<AppContext> m_context;

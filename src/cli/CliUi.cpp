@@ -1,6 +1,6 @@
 #include "cli/CliUi.h"
 
-#include "platform/Texts.h"
+#include "core/Texts.h"
 
 #include <QTextStream>
 
@@ -16,17 +16,12 @@ const QString kClearLine = QStringLiteral("\r\x1b[K");
 
 CliUi::CliUi(QTextStream *progress) : m_progress(progress) {}
 
-int CliUi::runAlert(const Alert &alert)
+AlertAnswer CliUi::runAlert(const Alert &alert)
 {
     // Every alert takes its default button. After a failed move that is Proceed: each move is
     // whole or not made at all, so the rest of the set is applied and the failure reported.
-    const int answer = alert.addedButtons ? AlertFirst : AlertDefault;
-
-    QString button;
-    if (alert.addedButtons)
-        button = alert.buttons.value(answer - AlertFirst);
-    else
-        button = alert.buttons.value(answer == AlertDefault ? 0 : 1);
+    const AlertAnswer answer = alert.addedButtons ? AlertAnswer::First : AlertAnswer::Default;
+    const QString button = alert.buttons.value(0); // the first button, either way
     QString text = alert.messageText;
     if (!alert.informativeText.isEmpty())
         text += QStringLiteral(": ") + alert.informativeText;

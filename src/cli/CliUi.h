@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/UserInterface.h"
+#include "core/UserInterface.h"
 
 #include <QElapsedTimer>
 #include <QStringList>
@@ -24,10 +24,13 @@ public:
     void clearLine() { progressEnd(); }
 
     bool isInteractive() const override { return false; }
-    int runAlert(const Alert &alert) override;
+    AlertAnswer runAlert(const Alert &alert) override;
     std::optional<QString> runSavePanel(const SavePanelRequest &) override { return std::nullopt; }
     std::optional<QString> runOpenPanel(const OpenPanelRequest &) override { return std::nullopt; }
-    int runMissingItems(const QString &) override { return 1; }
+    MissingItemsAnswer runMissingItems(const QString &) override
+    {
+        return MissingItemsAnswer::Ignore;
+    }
     void progressBegin(const QString &title) override;
     void progressText(const QString &upper) override;
     void progressDetail(const QString &) override {}

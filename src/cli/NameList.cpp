@@ -1,7 +1,7 @@
 #include "cli/NameList.h"
 
 #include "codec/FileBytes.h"
-#include "platform/PathBytes.h"
+#include "os/PathBytes.h"
 
 namespace korvane {
 

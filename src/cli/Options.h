@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/FormatTable.h"
+#include "core/FormatTable.h"
 
 #include <QString>
 #include <QStringList>

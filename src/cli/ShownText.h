@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/PathBytes.h"
+#include "os/PathBytes.h"
 
 #include <QString>
 

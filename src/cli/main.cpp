@@ -1,7 +1,7 @@
 #include "cli/CliRunner.h"
 #include "cli/Options.h"
-#include "platform/PathBytes.h"
-#include "platform/Roots.h"
+#include "os/PathBytes.h"
+#include "os/Roots.h"
 
 #include <QCoreApplication>
 #include <QTextStream>

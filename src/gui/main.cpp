@@ -1,11 +1,11 @@
 // korvane: the desktop program. Reads its roots once, builds the controllers around the window's
 // dialogs, and runs the controller's start and shut-down around the event loop.
 
+#include "app/AppContext.h"
 #include "gui/Translations.h"
 #include "gui/dialogs/QtUi.h"
 #include "gui/main/MainWindow.h"
-#include "platform/Roots.h"
-#include "shell/AppContext.h"
+#include "os/Roots.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

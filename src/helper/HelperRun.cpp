@@ -1,8 +1,8 @@
 #include "helper/HelperRun.h"
 
-#include "platform/FileOperations.h"
-#include "platform/FormatTable.h"
-#include "platform/LibraryLock.h"
+#include "core/FormatTable.h"
+#include "os/FileOperations.h"
+#include "os/LibraryLock.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "helper/SystemFolders.h"
-#include "platform/Roots.h"
+#include "os/Roots.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,7 +1,7 @@
 #include "helper/PrivilegedMover.h"
 
-#include "platform/LibraryLock.h"
-#include "platform/Texts.h"
+#include "core/Texts.h"
+#include "os/LibraryLock.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "helper/HelperProtocol.h"
-#include "platform/Roots.h"
+#include "os/Roots.h"
 
 #include <QList>
 #include <QString>

@@ -1,9 +1,9 @@
 #include "helper/SystemFolders.h"
 
-#include "platform/FormatTable.h"
-#include "platform/LibraryLock.h"
-#include "platform/Locations.h"
-#include "platform/PathBytes.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
+#include "os/LibraryLock.h"
+#include "os/PathBytes.h"
 
 #include <QSet>
 

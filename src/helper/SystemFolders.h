@@ -1,8 +1,8 @@
 #pragma once
 
 #include "helper/HelperProtocol.h"
-#include "platform/FileOperations.h"
-#include "platform/Roots.h"
+#include "os/FileOperations.h"
+#include "os/Roots.h"
 
 #include <QList>
 #include <QSet>

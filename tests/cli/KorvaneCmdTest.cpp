@@ -1,11 +1,11 @@
 // Runs the built KorvaneCMD against temporary roots and looks at what it printed and moved.
 
 #include "PluginLibraryBuilder.h"
+#include "app/AppContext.h"
 #include "cli/Options.h"
-#include "managers/MyAdminObj.h"
-#include "managers/SetDocument.h"
-#include "platform/LibraryLock.h"
-#include "shell/AppContext.h"
+#include "library/FormatManager.h"
+#include "library/SetDocument.h"
+#include "os/LibraryLock.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 
@@ -180,13 +180,13 @@ protected:
                                                     {"Missing.component", false, true},
                                                     {"Delta.component", false, true}})
     {
-        QList<AUItemPtr> items;
+        QList<PluginPtr> items;
         for (const auto &[name, global, active] : entries) {
-            items << std::make_shared<AUItem>();
-            items.last()->setAUName(name);
-            items.last()->setAUGlobal(global);
-            items.last()->setAUActive(active);
-            items.last()->checkObject(TypeAU);
+            items << std::make_shared<Plugin>();
+            items.last()->setName(name);
+            items.last()->setGlobal(global);
+            items.last()->setActive(active);
+            items.last()->updateLocation(TypeAU);
         }
         const QString path = homePath("Documents/" + fileName);
         EXPECT_TRUE(SetDocument::write(disk(), path, items));
@@ -388,10 +388,10 @@ TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeath
     {
         // The window's apply, too, tells who holds the lock and moves nothing.
         ScriptedUi ui;
-        AppContext context({.roots = roots(), .ui = &ui, .awakeFromNib = false});
-        context.au()->reloadData();
-        context.au()->setAllInactive();
-        context.au()->activate();
+        AppContext context({.roots = roots(), .ui = &ui, .prepareWindow = false});
+        context.manager(TypeAU)->rescan();
+        context.manager(TypeAU)->setAllInactive();
+        context.manager(TypeAU)->apply();
         ASSERT_EQ(ui.alerts.size(), 1);
         EXPECT_TRUE(ui.alerts[0].informativeText.contains(named))
             << ui.alerts[0].informativeText.toStdString();

@@ -111,8 +111,8 @@ TEST(CliUiTest, AlertsTakeTheirDefaultAndProgressNeedsNoTerminal)
     error.buttons = {"Go", "Stop"};
     added.buttons = {"Cancel", "Stop", "Go"};
     added.addedButtons = true;
-    EXPECT_EQ(ui.runAlert(error), AlertDefault);
-    EXPECT_EQ(ui.runAlert(added), AlertFirst);
+    EXPECT_EQ(ui.runAlert(error), AlertAnswer::Default);
+    EXPECT_EQ(ui.runAlert(added), AlertAnswer::First);
     EXPECT_EQ(ui.answeredAlerts(), QStringList({"File operation error... -> Go", " -> Cancel"}));
     ui.progressBegin("scan AudioUnits:");
     ui.progressValue(1, 25);

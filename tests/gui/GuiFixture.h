@@ -1,8 +1,8 @@
 #pragma once
 
 #include "PluginLibraryBuilder.h"
-#include "managers/TypeManager.h"
-#include "shell/MyMainObj.h"
+#include "app/AppController.h"
+#include "library/FormatManager.h"
 #include "support/ContextTest.h"
 
 namespace korvane {
@@ -11,10 +11,10 @@ namespace korvane {
 class GuiTest : public ContextTest {
 protected:
     // A plug-in's row in its manager's list, whatever the order.
-    static int rowOf(const TypeManager &manager, const QString &name)
+    static int rowOf(const FormatManager &manager, const QString &name)
     {
-        for (int row = 0; row < manager.numberOfRowsInTableView(); ++row)
-            if (manager.itemAt(row)->getAUName() == name)
+        for (int row = 0; row < manager.rowCount(); ++row)
+            if (manager.itemAt(row)->name() == name)
                 return row;
         return -1;
     }

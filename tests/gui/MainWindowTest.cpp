@@ -1,12 +1,12 @@
 #include "GuiFixture.h"
 
+#include "codec/PropertyList.h"
 #include "gui/Translations.h"
 #include "gui/main/FormatTab.h"
 #include "gui/main/MainWindow.h"
 #include "gui/table/PluginTableModel.h"
 #include "gui/windows/PreferencesWindow.h"
-#include "platform/PropertyList.h"
-#include "platform/ReadOnlyFileOperations.h"
+#include "os/ReadOnlyFileOperations.h"
 
 #include <QAction>
 #include <QApplication>
@@ -35,7 +35,7 @@ protected:
         }
         makeContext();
         context->pref()->setDefaultType(TypeVST);
-        context->awakeFromNib();
+        context->prepareWindow();
         auto window = std::make_unique<MainWindow>(*context);
         window->show();
         window->startWhenRunning();
@@ -47,7 +47,7 @@ protected:
 TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
 {
     std::unique_ptr<MainWindow> window = openLibrary();
-    TypeManager &au = *context->manager(TypeAU);
+    FormatManager &au = *context->manager(TypeAU);
     EXPECT_EQ(window->tabs()->currentIndex(), 3);
     window->action("miAllOff")->trigger();
     EXPECT_TRUE(window->page(TypeVST)->applyButton()->isEnabled());
@@ -64,7 +64,7 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
     // Delete asks first, then takes only the selected plug-in of the tab in front.
     window->tabs()->tabBar()->setCurrentIndex(0); // the person clicks AudioUnits
     au.selectRows({rowOf(au, "Alder Echo.component")});
-    ui.alertAnswers.enqueue(AlertAlternate); // "move to trash"
+    ui.alertAnswers.enqueue(AlertAnswer::Alternate); // "move to trash"
     window->action("miDelete")->trigger();
     EXPECT_EQ(ui.alertMessages(), QStringList({"Move to trash"}));
     EXPECT_FALSE(QFileInfo::exists(folder(TypeAU, LocSystemActive) + "/Alder Echo.component"));
@@ -74,11 +74,11 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
     EXPECT_TRUE(window->page(TypeAU)->applyButton()->isEnabled());
     EXPECT_TRUE(window->action("miSpecialEnv")->isEnabled());
     // The undo item names the last edit and undoes it in the core.
-    const bool global = au.itemAt(0)->getAUGlobal();
-    au.changeObject(au.itemAt(0), "AUGlobal", !global);
+    const bool global = au.itemAt(0)->isGlobal();
+    au.changeItem(au.itemAt(0), "AUGlobal", !global);
     EXPECT_EQ(window->action("miUndo")->text(), context->main()->undoTitle());
     window->action("miUndo")->trigger();
-    EXPECT_EQ(au.itemAt(0)->getAUGlobal(), global);
+    EXPECT_EQ(au.itemAt(0)->isGlobal(), global);
 }
 
 TEST_F(MainWindowTest, ThePreferencesOnBoxTakesTheTabOutAndPutsTheSamePageBack)
@@ -109,7 +109,7 @@ TEST_F(MainWindowTest, ClosingTheWindowSavesGroupsAndTheFrontTabOnce)
 {
     std::unique_ptr<MainWindow> window = openLibrary();
     EXPECT_TRUE(context->manager(TypeVST)->hasScanned()); // started once the loop ran
-    context->main()->addGroupEntry();
+    context->main()->addGroup();
     QMenu *groups = window->findChild<QMenu *>("menuGroups");
     ASSERT_TRUE(groups);
     ASSERT_EQ(groups->actions().size(), 2); // "none" and the new one
@@ -119,7 +119,7 @@ TEST_F(MainWindowTest, ClosingTheWindowSavesGroupsAndTheFrontTabOnce)
     window->close();
     EXPECT_EQ(PropertyList::read(locations().dataFilePath("groups.plist")),
               QVariant(QVariantList{QString(), QStringLiteral("New Group")}));
-    EXPECT_EQ(context->pref()->getDefaultType(), TypeMAS);
+    EXPECT_EQ(context->pref()->defaultType(), TypeMAS);
 
     // The program's own end after the close writes nothing more.
     QFile::remove(locations().dataFilePath("groups.plist"));
@@ -151,16 +151,16 @@ protected:
 TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
 {
     makeContext();
-    context->awakeFromNib();
+    context->prepareWindow();
 
-    // One alert from each layer that shows one: the shell, a manager (its texts come from the
+    // One alert from each layer that shows one: the controller, a manager (its texts come from the
     // format table) and the file-error alert, whose reason comes from the file operations.
-    context->main()->deleteItem();
-    context->manager(TypeAU)->getInfo();
+    context->main()->moveSelectedToTrash();
+    context->manager(TypeAU)->requestInfo();
     ReadOnlyFileOperations readOnly(disk());
     FileError error;
     ASSERT_FALSE(readOnly.move(homePath("Echo.vst"), homePath("Echo2.vst"), &error));
-    context->main()->fileManager(&readOnly, {{"Error", error.reason}, {"Path", error.path}});
+    context->main()->askToProceedAfter(error);
 
     ASSERT_EQ(ui.alerts.size(), 3);
     EXPECT_EQ(ui.alerts[0].buttons, QStringList({"Abbrechen", "In den Papierkorb legen"}));
@@ -172,7 +172,7 @@ TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
 
     // The scan's progress panel, the table's titles (looked up by a key the table computes), the
     // main window's menus and Qt's own texts.
-    context->manager(TypeVST)->reloadData();
+    context->manager(TypeVST)->rescan();
     EXPECT_EQ(ui.progressTitles.value(ui.progressTitles.size() - 1), "VST-Plug-Ins durchsuchen:");
     EXPECT_EQ(PluginTableModel::title("AUActive"), "Aktiv");
     MainWindow window(*context);

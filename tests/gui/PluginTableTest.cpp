@@ -1,6 +1,6 @@
 #include "GuiFixture.h"
 
-#include "app/UndoManager.h"
+#include "core/UndoStack.h"
 #include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginItemDelegate.h"
 #include "gui/table/PluginTableModel.h"
@@ -20,7 +20,7 @@ namespace {
 // Three Audio Units by made-up vendors, the table of their manager shown as a person sees it.
 class PluginTableTest : public GuiTest {
 protected:
-    TypeManager *au = nullptr;
+    FormatManager *au = nullptr;
     std::unique_ptr<PluginTableView> view;
 
     void SetUp() override
@@ -34,7 +34,7 @@ protected:
                                             MachO::intel());
         makeContext();
         au = context->manager(TypeAU);
-        au->reloadData();
+        au->rescan();
         view = std::make_unique<PluginTableView>(*au);
         view->resize(900, 300);
         view->show();
@@ -45,8 +45,8 @@ protected:
         view.reset();
         GuiTest::TearDown();
     }
-    UndoManager &undo() { return *context->main()->getUndoManager(); }
-    AUItemPtr item(const QString &name) const
+    UndoStack &undo() { return *context->main()->undoStack(); }
+    PluginPtr item(const QString &name) const
     {
         return au->itemAt(rowOf(*au, name + ".component"));
     }
@@ -67,8 +67,8 @@ protected:
     QStringList selectedNames() const
     {
         QStringList names, shown;
-        for (const AUItemPtr &selected : au->selectedItems())
-            names << selected->getAUName();
+        for (const PluginPtr &selected : au->selectedItems())
+            names << selected->name();
         for (const QModelIndex &index : view->selectionModel()->selectedRows(1))
             shown << index.data().toString();
         names.sort();
@@ -96,7 +96,7 @@ TEST_F(PluginTableTest, CellsComeFromTheManagerAndAChangeRepaintsOnlyItsRow)
 
     QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
     QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
-    au->changeObject(item("Birch Delay"), "AUActive", true);
+    au->changeItem(item("Birch Delay"), "AUActive", true);
     ASSERT_EQ(changed.size(), 1);
     EXPECT_EQ(changed.at(0).at(0).value<QModelIndex>().row(), birchRow);
     EXPECT_EQ(changed.at(0).at(1).value<QModelIndex>().row(), birchRow);
@@ -106,7 +106,7 @@ TEST_F(PluginTableTest, CellsComeFromTheManagerAndAChangeRepaintsOnlyItsRow)
               folder(TypeAU, LocUserDisabled) + "/Birch Delay.component");
 
     // The architecture column follows the manager, and the rows stay where they were.
-    au->setPlattformVisible(true);
+    au->showArchitectureColumn(true);
     EXPECT_EQ(model.index(birchRow, model.columnOf("AUType")).data(), "PPC");
     EXPECT_EQ(reset.size(), 0);
 }
@@ -127,21 +127,21 @@ TEST_F(PluginTableTest, SortingAndRescanningKeepTheSelectedPlugIns)
     const int name = view->tableModel().columnOf("AUName");
     QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
                       {header->sectionViewportPosition(name) + 20, header->height() / 2});
-    EXPECT_EQ(au->sortDescriptors().value(0).key, "AUName");
-    EXPECT_FALSE(au->sortDescriptors().value(0).ascending);
+    EXPECT_EQ(au->sortKeys().value(0).column, "AUName");
+    EXPECT_FALSE(au->sortKeys().value(0).ascending);
     EXPECT_EQ(shownNames(), reversed);
     EXPECT_EQ(selectedNames(), selected);
 
-    au->reloadData();
+    au->rescan();
     EXPECT_EQ(selectedNames(), selected);
     EXPECT_EQ(shownNames(), reversed);
 }
 
 TEST_F(PluginTableTest, TheFilterHidesRowsAndEditsReachTheShownPlugInAsOneUndoStep)
 {
-    context->main()->getGroups() << "Modulation";
-    au->changeObject(item("Alder Chorus"), "AUGroup", "Modulation");
-    undo().removeAllActions();
+    context->main()->groups() << "Modulation";
+    au->changeItem(item("Alder Chorus"), "AUGroup", "Modulation");
+    undo().clear();
     const struct {
         const char *text;
         QStringList shown;
@@ -161,8 +161,8 @@ TEST_F(PluginTableTest, TheFilterHidesRowsAndEditsReachTheShownPlugInAsOneUndoSt
     EXPECT_EQ(selectedNames(), QStringList{"Birch Delay.component"});
     view->setCurrentIndex(view->model()->index(0, view->tableModel().columnOf("AUActive")));
     QTest::keyClick(view.get(), Qt::Key_Space); // the check box, from the keyboard
-    EXPECT_TRUE(item("Birch Delay")->getAUActive());
-    EXPECT_TRUE(item("Alder Chorus")->getAUActive());
+    EXPECT_TRUE(item("Birch Delay")->isActive());
+    EXPECT_TRUE(item("Alder Chorus")->isActive());
     EXPECT_EQ(undo().undoActionName(), "enable \"Birch Delay.component\"");
 
     const QModelIndex group = view->model()->index(0, view->tableModel().columnOf("AUGroup"));
@@ -172,11 +172,11 @@ TEST_F(PluginTableTest, TheFilterHidesRowsAndEditsReachTheShownPlugInAsOneUndoSt
     const int modulation = combo->findText("Modulation");
     combo->setCurrentIndex(modulation);
     emit combo->activated(modulation); // the pick, as the list reports it
-    EXPECT_EQ(item("Birch Delay")->getAUGroup(), "Modulation");
+    EXPECT_EQ(item("Birch Delay")->group(), "Modulation");
     EXPECT_EQ(group.data(), "Modulation");
 
     undo().undo();
-    EXPECT_EQ(item("Birch Delay")->getAUGroup(), "");
+    EXPECT_EQ(item("Birch Delay")->group(), "");
     undo().undo();
     EXPECT_EQ(cell("Birch Delay", "AUActive").data(Qt::CheckStateRole), Qt::Unchecked);
     EXPECT_FALSE(undo().canUndo());
@@ -201,7 +201,7 @@ TEST_F(PluginTableTest, DragsOutFileUrlsAndInstallsOnlyDropsFromOutside)
     QDragEnterEvent enter(onRow, Qt::CopyAction, &files, Qt::LeftButton, {});
     QCoreApplication::sendEvent(view->viewport(), &enter);
     EXPECT_TRUE(enter.isAccepted());
-    ui.alertAnswers << AlertFirst; // "AudioUnits only"
+    ui.alertAnswers << AlertAnswer::First; // "AudioUnits only"
     QDropEvent drop(onRow, Qt::CopyAction, &files, Qt::LeftButton, {});
     QCoreApplication::sendEvent(view->viewport(), &drop);
     EXPECT_EQ(drop.dropAction(), Qt::CopyAction); // a move would delete the download
@@ -232,7 +232,7 @@ TEST_F(PluginTableTest, NameBytesThatAreNoTextShowAsReplacementCharacters)
     const QModelIndex index = cell("Alder Chorus", "AUName");
     const QString pair = QString(QChar(0xD800)) + QChar(0xDC80); // U+10080
     const QString kept = "Alder" + QString(QChar(0xDC80)) + pair + ".component";
-    item("Alder Chorus")->setAUName(kept);
+    item("Alder Chorus")->setName(kept);
     EXPECT_EQ(index.data().toString(), "Alder" + QString(QChar(0xFFFD)) + pair + ".component");
     EXPECT_EQ(index.data(Qt::EditRole).toString(), kept);
 }

@@ -69,17 +69,17 @@ TEST_F(QtUiTest, AlertButtonsStandInOrderAnswerTheirCodesAndTextsStayPlain)
         bool added;
         QString clicked; // empty: the key below
         Qt::Key key;
-        int answer;
+        AlertAnswer answer;
     } cases[] = {
-        {two, false, {}, Qt::Key_Return, AlertDefault},
-        {two, false, {}, Qt::Key_Escape, AlertAlternate},
-        {three, true, "All Files", {}, AlertSecond},
-        {three, true, {}, Qt::Key_Return, AlertFirst},
-        {three, true, {}, Qt::Key_Escape, AlertThird},
+        {two, false, {}, Qt::Key_Return, AlertAnswer::Default},
+        {two, false, {}, Qt::Key_Escape, AlertAnswer::Alternate},
+        {three, true, "All Files", {}, AlertAnswer::Second},
+        {three, true, {}, Qt::Key_Return, AlertAnswer::First},
+        {three, true, {}, Qt::Key_Escape, AlertAnswer::Third},
         // Escape never picks the destructive answer, even when it is not the default.
-        {{"cancel", "move to trash"}, false, {}, Qt::Key_Escape, AlertDefault},
-        {{"Ok"}, false, {}, Qt::Key_Escape, AlertDefault},
-        {{"Proceed & go"}, false, "Proceed & go", {}, AlertDefault},
+        {{"cancel", "move to trash"}, false, {}, Qt::Key_Escape, AlertAnswer::Default},
+        {{"Ok"}, false, {}, Qt::Key_Escape, AlertAnswer::Default},
+        {{"Proceed & go"}, false, "Proceed & go", {}, AlertAnswer::Default},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE((c.buttons.join('/') + " " + c.clicked).toStdString());
@@ -157,7 +157,8 @@ TEST_F(QtUiTest, MissingItemsListsNamesAsTheyAreAndEscapeIgnoresThem)
         press(dialog, Qt::Key_Escape);
     });
     QtUi ui;
-    EXPECT_EQ(ui.runMissingItems(list), 1); // ignore: nothing is taken out of the set
+    EXPECT_EQ(ui.runMissingItems(list),
+              MissingItemsAnswer::Ignore); // nothing is taken out of the set
     EXPECT_EQ(shown, list);
 }
 

@@ -2,14 +2,14 @@
 
 #include "GuiFixture.h"
 
+#include "app/InfoPanelModel.h"
+#include "app/LaunchScript.h"
+#include "codec/PropertyList.h"
 #include "gui/windows/GroupEditorWindow.h"
 #include "gui/windows/InfoPanel.h"
 #include "gui/windows/LaunchScriptPanel.h"
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
-#include "panels/MyInfoObj.h"
-#include "platform/PropertyList.h"
-#include "shell/LumoScript.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -28,7 +28,7 @@ using WindowsTest = GuiTest;
 TEST_F(WindowsTest, GroupEditorEditsReachTheGroupsSubmenuAtOnce)
 {
     makeContext();
-    MyMainObj *main = context->main();
+    AppController *main = context->main();
     GroupEditorWindow window(*main);
     main->showGroups();
     QTableWidget *table = window.table();
@@ -42,7 +42,7 @@ TEST_F(WindowsTest, GroupEditorEditsReachTheGroupsSubmenuAtOnce)
 
     table->clearSelection(); // nothing chosen: nothing goes, position 0 is no group
     click("pbGroupDel");
-    EXPECT_EQ(main->getGroups(), QStringList({"", "New Group", "Drums"}));
+    EXPECT_EQ(main->groups(), QStringList({"", "New Group", "Drums"}));
     table->selectRow(0);
     click("pbGroupDel");
     EXPECT_EQ(menu, QStringList({"Drums"}));
@@ -57,27 +57,27 @@ TEST_F(WindowsTest, InfoPanelFollowsTheTableWhileOpenAndEditsContentWhereAllowed
     PluginLibraryBuilder::makeBundle(folder, "Birch Delay.component", MachO::intel());
     const QString presets = PluginLibraryBuilder::makeFolder(homePath("Cedar Presets"));
     makeContext();
-    context->awakeFromNib();
-    TypeManager *au = context->manager(TypeAU);
-    au->reloadData();
+    context->prepareWindow();
+    FormatManager *au = context->manager(TypeAU);
+    au->rescan();
     const int alder = rowOf(*au, "Alder Chorus.component");
     const int birch = rowOf(*au, "Birch Delay.component");
     InfoPanel panel(*context->info());
     QListWidget *list = panel.contentList();
 
     au->selectRows({alder});
-    au->getInfo(); // the info command
+    au->requestInfo(); // the info command
     ASSERT_TRUE(panel.isVisible());
     EXPECT_EQ(panel.infoField()->text(), "Alder <b>Chorus</b> 2.1");
     EXPECT_EQ(panel.infoField()->textFormat(), Qt::PlainText);
     EXPECT_FALSE(list->isVisible());
-    au->shouldSelectRow(birch);
+    au->setCurrentRow(birch);
     EXPECT_EQ(panel.nameField()->text(), "Birch Delay");
     EXPECT_EQ(panel.infoField()->text(), "");
 
-    context->pref()->defaults()->setObject("AUShowContent", true);
+    context->pref()->store()->setValue("AUShowContent", true);
     au->selectRows({birch});
-    au->getInfo();
+    au->requestInfo();
     ASSERT_TRUE(list->isVisible());
     ui.openPanelAnswers.enqueue(presets);
     panel.findChild<QPushButton *>("pbAdd")->click();
@@ -85,13 +85,13 @@ TEST_F(WindowsTest, InfoPanelFollowsTheTableWhileOpenAndEditsContentWhereAllowed
     EXPECT_EQ(list->item(0)->text(), presets);
     list->setCurrentRow(-1);
     panel.findChild<QPushButton *>("pbRemove")->click(); // nothing chosen: nothing goes
-    EXPECT_EQ(au->itemAt(birch)->getContentMaxIndex(), 1);
+    EXPECT_EQ(au->itemAt(birch)->contentCount(), 1);
     list->setCurrentRow(0);
     panel.findChild<QPushButton *>("pbRemove")->click();
-    EXPECT_EQ(au->itemAt(birch)->getContentMaxIndex(), 0);
+    EXPECT_EQ(au->itemAt(birch)->contentCount(), 0);
 
     panel.close(); // a closed panel follows no more
-    au->shouldSelectRow(alder);
+    au->setCurrentRow(alder);
     EXPECT_EQ(panel.nameField()->text(), "Birch Delay");
 }
 
@@ -101,10 +101,10 @@ TEST_F(WindowsTest, LaunchScriptFollowsTheChosenFormatsAndIsSavedAsShown)
         PluginLibraryBuilder::makeFolder(homePath("Library/Application Support/Korvane"));
     ASSERT_TRUE(writePlist(support + "/vstsets.plist", QVariantList{"no set", "Live"}));
     makeContext();
-    context->awakeFromNib();
+    context->prepareWindow();
     context->manager(TypeVST)->selectSetIndex(1);
-    LumoScript *script = context->script();
-    script->setLayout(LumoScript::Layout::Shell);
+    LaunchScript *script = context->script();
+    script->setLayout(LaunchScript::Layout::Shell);
     script->setToolPath("/opt/korvane/KorvaneCMD");
     LaunchScriptPanel panel(*script, context->formats());
     panel.openScriptWindow();
@@ -129,15 +129,15 @@ TEST_F(WindowsTest, LaunchScriptFollowsTheChosenFormatsAndIsSavedAsShown)
 TEST_F(WindowsTest, TheLogWindowFollowsTheLogAndItsCloseBoxEnablesShowLogAgain)
 {
     makeContext();
-    MyMainObj *main = context->main();
-    main->addLogEntry(nullptr, "a\n");
+    AppController *main = context->main();
+    main->appendLog("a\n");
     LogWindow window(*main);
     main->showLog();
     ASSERT_TRUE(window.isVisible());
-    main->addLogEntry(nullptr, "b\n");
+    main->appendLog("b\n");
     EXPECT_EQ(window.text()->toPlainText(), "a\nb\n");
     window.close(); // the close box
-    EXPECT_TRUE(main->validateMenuItem(MyMainObj::MenuItem::ShowLog));
+    EXPECT_TRUE(main->isMenuItemEnabled(AppController::MenuItem::ShowLog));
 }
 
 TEST_F(WindowsTest, PreferencesOpenWritingNothingAndAnEditWritesOnlyItselfAndActsAtOnce)
@@ -145,7 +145,7 @@ TEST_F(WindowsTest, PreferencesOpenWritingNothingAndAnEditWritesOnlyItselfAndAct
     // Switched off in the file; the controllers are made afresh, with no window loaded.
     makeContext();
     for (const auto &[key, on] : {std::pair{"AUOn", false}, {"RTASOn", true}, {"MASOn", false}})
-        context->pref()->defaults()->setObject(key, on);
+        context->pref()->store()->setValue(key, on);
     makeContext();
     const QString file = homePath("Library/Preferences/com.velmora.Korvane.plist");
     const auto stored = [&] { return PropertyList::readDictionary(file).value_or(QVariantMap()); };

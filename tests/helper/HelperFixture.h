@@ -1,7 +1,7 @@
 #pragma once
 
+#include "core/FormatTable.h"
 #include "helper/HelperProtocol.h"
-#include "platform/FormatTable.h"
 #include "support/TestRoots.h"
 
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "HelperFixture.h"
 
-#include "platform/LibraryLock.h"
-#include "platform/PathBytes.h"
+#include "os/LibraryLock.h"
+#include "os/PathBytes.h"
 
 #include <cerrno>
 #include <sys/stat.h>

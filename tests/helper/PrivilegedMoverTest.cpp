@@ -1,7 +1,7 @@
 #include "HelperFixture.h"
 
 #include "helper/PrivilegedMover.h"
-#include "platform/LibraryLock.h"
+#include "os/LibraryLock.h"
 
 #include <QRegularExpression>
 

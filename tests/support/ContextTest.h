@@ -1,7 +1,7 @@
 #pragma once
 
-#include "privileged/NullAuthorizationBackend.h"
-#include "shell/AppContext.h"
+#include "app/AppContext.h"
+#include "os/AllowAllAuthorization.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 
@@ -26,12 +26,12 @@ protected:
                                                                  .formats = formats,
                                                                  .ui = &ui,
                                                                  .authorization = &allowAll,
-                                                                 .awakeFromNib = false});
+                                                                 .prepareWindow = false});
         return *context;
     }
 
     ScriptedUi ui;
-    NullAuthorizationBackend allowAll;
+    AllowAllAuthorization allowAll;
     std::unique_ptr<AppContext> context;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/UserInterface.h"
+#include "core/UserInterface.h"
 
 #include <QList>
 #include <QQueue>
@@ -11,13 +11,13 @@
 namespace korvane {
 
 // Answers from queues and records everything asked of it, like a person at the screen.
-// An alert with no queued answer gets its default (1, or 1000 with added buttons).
+// An alert with no queued answer gets its default (Default, or First with added buttons).
 class ScriptedUi : public UserInterface {
 public:
-    QQueue<int> alertAnswers;
+    QQueue<AlertAnswer> alertAnswers;
     QQueue<std::optional<QString>> savePanelAnswers; // empty queue: cancel
     QQueue<std::optional<QString>> openPanelAnswers;
-    QQueue<int> missingItemsAnswers; // empty queue: 1
+    QQueue<MissingItemsAnswer> missingItemsAnswers; // empty queue: Ignore
 
     QList<Alert> alerts;
     QList<SavePanelRequest> savePanels;
@@ -40,9 +40,10 @@ public:
         return messages;
     }
 
-    int runAlert(const Alert &alert) override
+    AlertAnswer runAlert(const Alert &alert) override
     {
-        return alerts << alert, next(alertAnswers, alert.addedButtons ? AlertFirst : AlertDefault);
+        return alerts << alert,
+               next(alertAnswers, alert.addedButtons ? AlertAnswer::First : AlertAnswer::Default);
     }
     std::optional<QString> runSavePanel(const SavePanelRequest &request) override
     {
@@ -52,9 +53,9 @@ public:
     {
         return openPanels << request, next(openPanelAnswers, {});
     }
-    int runMissingItems(const QString &list) override
+    MissingItemsAnswer runMissingItems(const QString &list) override
     {
-        return missingItemsLists << list, next(missingItemsAnswers, 1);
+        return missingItemsLists << list, next(missingItemsAnswers, MissingItemsAnswer::Ignore);
     }
     void progressBegin(const QString &title) override { progressTitles << title; }
     void progressText(const QString &upper) override { progressTexts << upper; }

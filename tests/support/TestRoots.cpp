@@ -1,6 +1,7 @@
 #include "support/TestRoots.h"
 
-#include "platform/PropertyList.h"
+#include "codec/PropertyList.h"
+#include "core/FormatTable.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,6 +15,11 @@ void TestRoots::SetUp()
     QDir().mkpath(homePath(".local/share"));
     m_locations.emplace(roots());
     m_disk.emplace(roots());
+}
+
+QString TestRoots::folder(int type, int loc) const
+{
+    return m_locations->folderPath(FormatTable::builtIn().at(type), loc);
 }
 
 bool TestRoots::writePlist(const QString &path, const QVariant &root)

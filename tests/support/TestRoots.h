@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/LocalFileOperations.h"
-#include "platform/Locations.h"
+#include "core/Locations.h"
+#include "os/LocalFileOperations.h"
 
 #include <QFileInfo>
 #include <QProcess>
@@ -33,10 +33,7 @@ protected:
     const Locations &locations() const { return *m_locations; }
     LocalFileOperations &disk() { return *m_disk; }
     // A built-in format's folder under these roots.
-    QString folder(int type, int loc) const
-    {
-        return m_locations->folderPath(FormatTable::builtIn().at(type), loc);
-    }
+    QString folder(int type, int loc) const;
     // An XML property list written straight to the disk.
     static bool writePlist(const QString &path, const QVariant &root);
     // Paths under the roots: rootPath("Library/Audio") and homePath("Library/Audio").

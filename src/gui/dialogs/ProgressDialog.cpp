@@ -1,6 +1,6 @@
 #include "gui/dialogs/ProgressDialog.h"
 
-#include "platform/Texts.h"
+#include "core/Texts.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>

@@ -1,8 +1,8 @@
 #include "gui/dialogs/QtUi.h"
 
+#include "core/Texts.h"
 #include "gui/dialogs/MissingItemsDialog.h"
 #include "gui/dialogs/ProgressDialog.h"
-#include "platform/Texts.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -53,17 +53,14 @@ bool leavesThingsAlone(const QString &title)
     return false;
 }
 
-int answerFor(const Alert &alert, qsizetype index)
+AlertAnswer answerFor(const Alert &alert, qsizetype index)
 {
-    if (index < 0)
-        return -1;
+    static constexpr AlertAnswer added[] = {AlertAnswer::First, AlertAnswer::Second,
+                                            AlertAnswer::Third};
+    static constexpr AlertAnswer plain[] = {AlertAnswer::Default, AlertAnswer::Alternate};
     if (alert.addedButtons)
-        return AlertFirst + int(index);
-    if (index == 0)
-        return AlertDefault;
-    if (index == 1)
-        return AlertAlternate;
-    return -1;
+        return index >= 0 && index < 3 ? added[index] : AlertAnswer::None;
+    return index >= 0 && index < 2 ? plain[index] : AlertAnswer::None;
 }
 
 QStringList cleanTypes(const QStringList &types)
@@ -106,7 +103,7 @@ QWidget *QtUi::dialogParent() const
     return m_window;
 }
 
-int QtUi::runAlert(const Alert &alert)
+AlertAnswer QtUi::runAlert(const Alert &alert)
 {
     QMessageBox box(dialogParent());
     box.setWindowTitle(alert.title.isEmpty() ? QApplication::applicationDisplayName()
@@ -168,7 +165,7 @@ std::optional<QString> QtUi::runSavePanel(const SavePanelRequest &request)
         replace.messageText = korvane::tr("\"%1\" already exists. Do you want to replace it?")
                                   .arg(QFileInfo(path).fileName());
         replace.buttons = {korvane::tr("Cancel"), korvane::tr("Replace")};
-        if (runAlert(replace) == AlertAlternate)
+        if (runAlert(replace) == AlertAnswer::Alternate)
             return path;
         dialog.selectFile(QFileInfo(path).fileName());
     }
@@ -192,11 +189,11 @@ std::optional<QString> QtUi::runOpenPanel(const OpenPanelRequest &request)
     return dialog.selectedFiles().first();
 }
 
-int QtUi::runMissingItems(const QString &list)
+MissingItemsAnswer QtUi::runMissingItems(const QString &list)
 {
     MissingItemsDialog dialog(list, dialogParent());
-    return dialog.exec() == MissingItemsDialog::Remove ? MissingItemsDialog::Remove
-                                                       : MissingItemsDialog::Ignore;
+    return dialog.exec() == MissingItemsDialog::Remove ? MissingItemsAnswer::Remove
+                                                       : MissingItemsAnswer::Ignore;
 }
 
 void QtUi::progressBegin(const QString &title)

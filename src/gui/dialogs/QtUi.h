@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/UserInterface.h"
+#include "core/UserInterface.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -23,10 +23,10 @@ public:
     // The window dialogs belong to; none: they stand alone.
     void setWindow(QWidget *window) { m_window = window; }
 
-    int runAlert(const Alert &alert) override;
+    AlertAnswer runAlert(const Alert &alert) override;
     std::optional<QString> runSavePanel(const SavePanelRequest &request) override;
     std::optional<QString> runOpenPanel(const OpenPanelRequest &request) override;
-    int runMissingItems(const QString &list) override;
+    MissingItemsAnswer runMissingItems(const QString &list) override;
     void progressBegin(const QString &title) override;
     void progressText(const QString &upper) override;
     void progressDetail(const QString &lower) override;

@@ -1,8 +1,8 @@
 #include "gui/main/FormatTab.h"
 
+#include "core/Texts.h"
 #include "gui/table/PluginTableView.h"
-#include "managers/TypeManager.h"
-#include "platform/Texts.h"
+#include "library/FormatManager.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -14,7 +14,7 @@
 
 namespace korvane {
 
-FormatTab::FormatTab(TypeManager &manager, QWidget *parent) : QWidget(parent), m_manager(manager)
+FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent), m_manager(manager)
 {
     const QString prefix = manager.traits().prefix;
     setObjectName(manager.traits().tabIdentifier());
@@ -70,19 +70,19 @@ FormatTab::FormatTab(TypeManager &manager, QWidget *parent) : QWidget(parent), m
     layout->addLayout(search);
     layout->addWidget(m_table, 1);
 
-    connect(newButton, &QPushButton::clicked, this, [this] { m_manager.newButtonPressed(); });
-    connect(open, &QPushButton::clicked, this, [this] { m_manager.open(); });
-    connect(save, &QPushButton::clicked, this, [this] { m_manager.save(); });
-    connect(saveAs, &QPushButton::clicked, this, [this] { m_manager.saveAs(); });
-    connect(m_apply, &QPushButton::clicked, this, [this] { m_manager.activate(); });
+    connect(newButton, &QPushButton::clicked, this, [this] { m_manager.newSet(); });
+    connect(open, &QPushButton::clicked, this, [this] { m_manager.openSet(); });
+    connect(save, &QPushButton::clicked, this, [this] { m_manager.saveSet(); });
+    connect(saveAs, &QPushButton::clicked, this, [this] { m_manager.saveSetAs(); });
+    connect(m_apply, &QPushButton::clicked, this, [this] { m_manager.apply(); });
     connect(m_sets, &QComboBox::activated, this, [this](int index) { m_manager.selectSet(index); });
     connect(m_search, &QLineEdit::textChanged, m_table, &PluginTableView::setFilterText);
 
-    connect(&manager, &TypeManager::applyEnabledChanged, m_apply, &QPushButton::setEnabled);
-    connect(&manager, &TypeManager::setNameChanged, m_name, &QLineEdit::setText);
-    connect(&manager, &TypeManager::setsChanged, this, &FormatTab::showSets);
+    connect(&manager, &FormatManager::applyEnabledChanged, m_apply, &QPushButton::setEnabled);
+    connect(&manager, &FormatManager::currentSetNameChanged, m_name, &QLineEdit::setText);
+    connect(&manager, &FormatManager::setsChanged, this, &FormatTab::showSets);
     m_apply->setEnabled(manager.isApplyEnabled());
-    m_name->setText(manager.setName());
+    m_name->setText(manager.currentSetName());
     showSets();
 }
 

@@ -9,7 +9,7 @@ class QPushButton;
 namespace korvane {
 
 class PluginTableView;
-class TypeManager;
+class FormatManager;
 
 // The page of one format in the main window: the set bar (the saved sets, the current set's name,
 // New, Open, Save, Save As and Apply), a search field and the plug-in table. Every control only
@@ -17,9 +17,9 @@ class TypeManager;
 class FormatTab : public QWidget {
     Q_OBJECT
 public:
-    explicit FormatTab(TypeManager &manager, QWidget *parent = nullptr);
+    explicit FormatTab(FormatManager &manager, QWidget *parent = nullptr);
 
-    TypeManager &manager() const { return m_manager; }
+    FormatManager &manager() const { return m_manager; }
     PluginTableView *table() const { return m_table; }
     QLineEdit *searchField() const { return m_search; }
     QComboBox *setList() const { return m_sets; }
@@ -31,7 +31,7 @@ private:
     QPushButton *makeButton(const QString &name, const QString &text);
     void showSets();
 
-    TypeManager &m_manager;
+    FormatManager &m_manager;
     QComboBox *m_sets = nullptr;
     QLineEdit *m_name = nullptr;
     QPushButton *m_apply = nullptr;

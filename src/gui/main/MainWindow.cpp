@@ -1,5 +1,11 @@
 #include "gui/main/MainWindow.h"
 
+#include "app/AboutText.h"
+#include "app/AppContext.h"
+#include "app/AppController.h"
+#include "app/LaunchScript.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
 #include "gui/main/FormatTab.h"
 #include "gui/windows/AboutPanel.h"
 #include "gui/windows/GroupEditorWindow.h"
@@ -8,13 +14,8 @@
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
 #include "gui/windows/UpdateCheckCommand.h"
-#include "managers/MyAdminObj.h"
-#include "panels/MyAboutObj.h"
-#include "platform/Texts.h"
-#include "shell/AppContext.h"
-#include "shell/LumoScript.h"
-#include "shell/MyMainObj.h"
-#include "ui/UserInterface.h"
+#include "library/AudioUnitSolo.h"
+#include "library/FormatManager.h"
 
 #include <QCloseEvent>
 #include <QMenuBar>
@@ -49,7 +50,7 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     setCentralWidget(m_tabs);
     menuBar()->setAccessibleName(korvane::tr("Menu bar"));
     // Every format gets its page once; a format switched off keeps it for when it comes back.
-    for (TypeManager *manager : context.managers()) {
+    for (FormatManager *manager : context.managers()) {
         auto *page = new FormatTab(*manager, this);
         page->hide();
         m_pages << page;
@@ -69,8 +70,8 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     makeWindowMenu();
     makeHelpMenu();
 
-    connect(&m_main, &MyMainObj::tabsChanged, this, &MainWindow::showTabs);
-    connect(&m_main, &MyMainObj::selectedTabChanged, this, [this](int index) {
+    connect(&m_main, &AppController::tabsChanged, this, &MainWindow::showTabs);
+    connect(&m_main, &AppController::selectedTabChanged, this, [this](int index) {
         const QSignalBlocker blocker(m_tabs);
         m_tabs->setCurrentIndex(index);
         updateMenus();
@@ -105,12 +106,12 @@ QAction *MainWindow::action(const char *name) const
 
 void MainWindow::startWhenRunning()
 {
-    QTimer::singleShot(0, this, [this] { m_main.applicationDidFinishLaunching(); });
+    QTimer::singleShot(0, this, [this] { m_main.start(); });
 }
 
 void MainWindow::saveState()
 {
-    m_main.applicationWillTerminate();
+    m_main.saveState();
 }
 
 void MainWindow::shutDown()
@@ -147,14 +148,15 @@ QAction *MainWindow::addItem(QMenu *menu, const char *name, const QString &text,
 void MainWindow::makeFileMenu()
 {
     QMenu *menu = menuBar()->addMenu(korvane::tr("&File"));
-    addItem(menu, "miNew", korvane::tr("New"), QKeySequence::New, [this] { m_main.newButton(); });
-    addItem(menu, "miOpen", korvane::tr("Open..."), QKeySequence::Open, [this] { m_main.open(); });
-    addItem(menu, "miSave", korvane::tr("Save"), QKeySequence::Save, [this] { m_main.save(); });
+    addItem(menu, "miNew", korvane::tr("New"), QKeySequence::New, [this] { m_main.newSet(); });
+    addItem(menu, "miOpen", korvane::tr("Open..."), QKeySequence::Open,
+            [this] { m_main.openSet(); });
+    addItem(menu, "miSave", korvane::tr("Save"), QKeySequence::Save, [this] { m_main.saveSet(); });
     addItem(menu, "miSaveAs", korvane::tr("Save As..."), QKeySequence::SaveAs,
-            [this] { m_main.saveAs(); });
+            [this] { m_main.saveSetAs(); });
     menu->addSeparator();
     addItem(menu, "miLaunchScript", korvane::tr("Launch Script..."),
-            [this] { m_context.script()->openScriptWindow(); });
+            [this] { m_context.script()->openWindow(); });
     menu->addSeparator();
     addItem(menu, "miQuit", korvane::tr("&Quit"), QKeySequence::Quit, [this] { close(); });
 }
@@ -162,13 +164,11 @@ void MainWindow::makeFileMenu()
 void MainWindow::makeEditMenu()
 {
     QMenu *menu = menuBar()->addMenu(korvane::tr("&Edit"));
-    addItem(menu, "miUndo", korvane::tr("Undo"), QKeySequence::Undo,
-            [this] { m_main.undoAction(); });
-    addItem(menu, "miRedo", korvane::tr("Redo"), QKeySequence::Redo,
-            [this] { m_main.redoAction(); });
+    addItem(menu, "miUndo", korvane::tr("Undo"), QKeySequence::Undo, [this] { m_main.undo(); });
+    addItem(menu, "miRedo", korvane::tr("Redo"), QKeySequence::Redo, [this] { m_main.redo(); });
     menu->addSeparator();
     addItem(menu, "miDelete", korvane::tr("Delete..."), QKeySequence::Delete,
-            [this] { m_main.deleteItem(); });
+            [this] { m_main.moveSelectedToTrash(); });
     menu->addSeparator();
     addItem(menu, "miFind", korvane::tr("Find"), QKeySequence::Find, [this] {
         if (FormatTab *page = frontPage())
@@ -179,7 +179,7 @@ void MainWindow::makeEditMenu()
 void MainWindow::makePlugInsMenu()
 {
     QMenu *menu = menuBar()->addMenu(korvane::tr("&Plug-Ins"));
-    MyMainObj &main = m_main;
+    AppController &main = m_main;
     addItem(menu, "miAllOn", korvane::tr("All On"), [&main] { main.setAllActive(); });
     addItem(menu, "miAllOff", korvane::tr("All Off"), [&main] { main.setAllInactive(); });
     addItem(menu, "miGroupOn", korvane::tr("Group On"), [&main] { main.setGroupActive(); });
@@ -201,20 +201,20 @@ void MainWindow::makePlugInsMenu()
     addItem(menu, "miUBOff", korvane::tr("Universal Off"), [&main] { main.setUBInactive(); });
     menu->addSeparator();
     // These have no routing of their own in the controller: they go where its active type says.
-    auto front = [this](void (TypeManager::*command)()) {
+    auto front = [this](void (FormatManager::*command)()) {
         return [this, command] {
-            if (TypeManager *manager = frontManager())
+            if (FormatManager *manager = frontManager())
                 (manager->*command)();
         };
     };
     addItem(menu, "miRescan", korvane::tr("Rescan"), QKeySequence::Refresh,
-            front(&TypeManager::rescan));
-    addItem(menu, "miInfo", korvane::tr("Info"), front(&TypeManager::getInfo));
+            front(&FormatManager::rescan));
+    addItem(menu, "miInfo", korvane::tr("Info"), front(&FormatManager::requestInfo));
     addItem(menu, "miDuplicates", korvane::tr("Duplicates"),
-            front(&TypeManager::checkForDuplicates));
-    addItem(menu, "miBackup", korvane::tr("Backup"), front(&TypeManager::backup));
+            front(&FormatManager::reportDuplicates));
+    addItem(menu, "miBackup", korvane::tr("Backup"), front(&FormatManager::backup));
     addItem(menu, "miBackupRestore", korvane::tr("Restore Backup"),
-            front(&TypeManager::backupRestore));
+            front(&FormatManager::restoreBackup));
     menu->addSeparator();
     addItem(menu, "miSpecialEnv", korvane::tr("Examine Audio Unit Alone"),
             [this] { examineAudioUnitAlone(); });
@@ -260,7 +260,7 @@ void MainWindow::showGroupMenu()
 {
     qDeleteAll(m_groupItems);
     m_groupItems.clear();
-    MyMainObj &main = m_main;
+    AppController &main = m_main;
     for (const QString &title : m_main.groupMenuTitles()) {
         QAction *item = m_groupMenu->addAction(menuText(title));
         connect(item, &QAction::triggered, this, [&main, title] { main.setGroup(title); });
@@ -279,24 +279,24 @@ void MainWindow::showUndoTitles()
 
 void MainWindow::updateMenus()
 {
-    action("miShowLog")->setEnabled(m_main.validateMenuItem(MyMainObj::MenuItem::ShowLog));
-    // Only the Audio Units manager can build the environment.
+    action("miShowLog")->setEnabled(m_main.isMenuItemEnabled(AppController::MenuItem::ShowLog));
+    // Only an Audio Unit can be examined alone.
     action("miSpecialEnv")
-        ->setEnabled(m_main.tabCount() > 0 && m_main.getActiveType() == TypeAU
-                     && m_context.au() != nullptr);
+        ->setEnabled(m_main.tabCount() > 0 && m_main.activeType() == TypeAU
+                     && m_context.manager(TypeAU) != nullptr);
 }
 
-TypeManager *MainWindow::frontManager() const
+FormatManager *MainWindow::frontManager() const
 {
-    return m_main.managerOf(m_main.getActiveType());
+    return m_main.managerOf(m_main.activeType());
 }
 
 void MainWindow::examineAudioUnitAlone()
 {
-    MyAdminObj *au = m_context.au();
-    if (!au || m_main.getActiveType() != TypeAU)
+    FormatManager *au = m_context.manager(TypeAU);
+    if (!au || m_main.activeType() != TypeAU)
         return;
-    const AUItemPtr item = au->itemAt(au->selectedRow());
+    const PluginPtr item = au->itemAt(au->selectedRow());
     if (!item) {
         Alert alert;
         alert.messageText = korvane::tr("Examine Audio Unit Alone");
@@ -308,8 +308,9 @@ void MainWindow::examineAudioUnitAlone()
     // The folders are put back at once: no plug-in stays moved while the window goes on, where a
     // rescan or an apply would take the emptied folders for the truth.
     m_main.showLog();
-    au->createSpecialEnv(item);
-    au->destroySpecialEnv();
+    AudioUnitSolo solo(*au);
+    solo.begin(item);
+    solo.end();
 }
 
 } // namespace korvane

@@ -14,9 +14,9 @@ namespace korvane {
 class AboutPanel;
 class AppContext;
 class FormatTab;
-class MyMainObj;
+class AppController;
 class PreferencesWindow;
-class TypeManager;
+class FormatManager;
 
 // The main window: one tab per format the controller shows, in its order, and the menus. Every
 // plug-in command goes to the manager of the tab in front, as the controller routes it; the
@@ -60,11 +60,11 @@ private:
     void showGroupMenu();
     void showUndoTitles();
     void updateMenus();
-    TypeManager *frontManager() const; // by the controller's active type
+    FormatManager *frontManager() const; // by the controller's active type
     void examineAudioUnitAlone();
 
     AppContext &m_context;
-    MyMainObj &m_main;
+    AppController &m_main;
     QTabWidget *m_tabs = nullptr;
     QList<FormatTab *> m_pages; // by type index
     QMenu *m_groupMenu = nullptr;

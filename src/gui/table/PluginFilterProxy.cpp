@@ -1,7 +1,7 @@
 #include "gui/table/PluginFilterProxy.h"
 
 #include "gui/table/PluginTableModel.h"
-#include "managers/TypeManager.h"
+#include "library/FormatManager.h"
 
 namespace korvane {
 
@@ -33,12 +33,12 @@ bool PluginFilterProxy::filterAcceptsRow(int sourceRow, const QModelIndex &) con
 {
     if (m_text.isEmpty())
         return true;
-    const AUItemPtr item = m_source.manager().itemAt(sourceRow);
+    const PluginPtr item = m_source.manager().itemAt(sourceRow);
     if (!item)
         return false;
     // The item's own values rather than the cells: a hidden column still filters.
     for (const QString &value :
-         {item->getAUName(), item->getAUGroup(), item->getAULocation(), item->getPlattformIdent()})
+         {item->name(), item->group(), item->location(), item->architectureName()})
         if (value.contains(m_text, Qt::CaseInsensitive))
             return true;
     return false;

@@ -1,6 +1,6 @@
 #include "gui/table/PluginItemDelegate.h"
 
-#include "managers/TypeManager.h"
+#include "library/FormatManager.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -10,7 +10,7 @@
 
 namespace korvane {
 
-PluginItemDelegate::PluginItemDelegate(TypeManager &manager, QObject *parent)
+PluginItemDelegate::PluginItemDelegate(FormatManager &manager, QObject *parent)
     : QStyledItemDelegate(parent), m_manager(manager)
 {
 }
@@ -22,9 +22,9 @@ QWidget *PluginItemDelegate::createEditor(QWidget *parent, const QStyleOptionVie
         return nullptr;
     auto *combo = new QComboBox(parent);
     combo->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
-    const int count = m_manager.numberOfItemsInComboBoxCell();
+    const int count = m_manager.groupChoiceCount();
     for (int i = 0; i < count; ++i)
-        combo->addItem(m_manager.comboBoxCellObjectValue(i));
+        combo->addItem(m_manager.groupChoiceAt(i));
     // A pick is the edit; waiting for the focus to leave would lose it when the tab changes.
     connect(combo, &QComboBox::activated, this, [this, combo] {
         auto *self = const_cast<PluginItemDelegate *>(this);

@@ -4,14 +4,14 @@
 
 namespace korvane {
 
-class TypeManager;
+class FormatManager;
 
 // Draws the plug-in cells, edits the group column with a list of the group registry that commits
 // as soon as a group is picked, and shows tool tips as the plain text they are.
 class PluginItemDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:
-    PluginItemDelegate(TypeManager &manager, QObject *parent = nullptr);
+    PluginItemDelegate(FormatManager &manager, QObject *parent = nullptr);
 
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option,
                           const QModelIndex &index) const override;
@@ -25,7 +25,7 @@ public:
     static QString plainToolTip(const QString &text);
 
 private:
-    TypeManager &m_manager;
+    FormatManager &m_manager;
 };
 
 } // namespace korvane

@@ -1,8 +1,8 @@
 #include "gui/table/PluginTableModel.h"
 
-#include "managers/TypeManager.h"
-#include "platform/PathBytes.h"
-#include "platform/Texts.h"
+#include "core/Texts.h"
+#include "library/FormatManager.h"
+#include "os/PathBytes.h"
 
 #include <QMimeData>
 #include <QSet>
@@ -18,19 +18,20 @@ const QString kGroup = QStringLiteral("AUGroup");
 
 } // namespace
 
-PluginTableModel::PluginTableModel(TypeManager &manager, QObject *parent)
+PluginTableModel::PluginTableModel(FormatManager &manager, QObject *parent)
     : QAbstractTableModel(parent), m_manager(manager), m_columns(manager.columns())
 {
-    connect(&manager, &TypeManager::itemsAboutToBeReset, this, &PluginTableModel::beginResetModel);
-    connect(&manager, &TypeManager::itemsReset, this, &PluginTableModel::endResetModel);
-    connect(&manager, &TypeManager::itemsChanged, this, &PluginTableModel::rowsChanged);
-    connect(&manager, &TypeManager::itemsAboutToBeReordered, this,
+    connect(&manager, &FormatManager::itemsAboutToBeReset, this,
+            &PluginTableModel::beginResetModel);
+    connect(&manager, &FormatManager::itemsReset, this, &PluginTableModel::endResetModel);
+    connect(&manager, &FormatManager::itemsChanged, this, &PluginTableModel::rowsChanged);
+    connect(&manager, &FormatManager::itemsAboutToBeReordered, this,
             &PluginTableModel::aboutToReorder);
-    connect(&manager, &TypeManager::itemsReordered, this, &PluginTableModel::reordered);
-    connect(&manager, &TypeManager::itemAboutToBeRemoved, this,
+    connect(&manager, &FormatManager::itemsReordered, this, &PluginTableModel::reordered);
+    connect(&manager, &FormatManager::itemAboutToBeRemoved, this,
             [this](int row) { beginRemoveRows(QModelIndex(), row, row); });
-    connect(&manager, &TypeManager::itemRemoved, this, &PluginTableModel::endRemoveRows);
-    connect(&manager, &TypeManager::columnsChanged, this, &PluginTableModel::followColumns);
+    connect(&manager, &FormatManager::itemRemoved, this, &PluginTableModel::endRemoveRows);
+    connect(&manager, &FormatManager::columnsChanged, this, &PluginTableModel::followColumns);
 }
 
 bool PluginTableModel::isCheckColumn(const QString &identifier)
@@ -55,7 +56,7 @@ QString PluginTableModel::title(const QString &identifier)
 
 int PluginTableModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : m_manager.numberOfRowsInTableView();
+    return parent.isValid() ? 0 : m_manager.rowCount();
 }
 
 int PluginTableModel::columnCount(const QModelIndex &parent) const
@@ -65,7 +66,7 @@ int PluginTableModel::columnCount(const QModelIndex &parent) const
 
 QVariant PluginTableModel::data(const QModelIndex &index, int role) const
 {
-    const AUItemPtr item = m_manager.itemAt(index.row());
+    const PluginPtr item = m_manager.itemAt(index.row());
     if (!item || !index.isValid())
         return QVariant();
     const QString &id = m_columns.at(index.column());
@@ -73,23 +74,23 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
         if (isCheckColumn(id))
             return QVariant();
-        return displayName(TypeManager::itemValue(*item, id).toString());
+        return displayName(FormatManager::valueOf(*item, id).toString());
     case Qt::EditRole:
         if (isCheckColumn(id))
             return QVariant();
-        return TypeManager::itemValue(*item, id).toString();
+        return FormatManager::valueOf(*item, id).toString();
     case Qt::CheckStateRole:
         if (!isCheckColumn(id))
             return QVariant();
-        return TypeManager::itemValue(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
+        return FormatManager::valueOf(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
     case Qt::ToolTipRole:
         // Where the plug-in lies now, also for a row marked but not applied yet.
         return displayName(m_manager.plugins().pathOnDisk(*item));
     case Qt::AccessibleTextRole:
         if (isCheckColumn(id))
-            return TypeManager::itemValue(*item, id).toBool() ? korvane::tr("on")
+            return FormatManager::valueOf(*item, id).toBool() ? korvane::tr("on")
                                                               : korvane::tr("off");
-        return displayName(TypeManager::itemValue(*item, id).toString());
+        return displayName(FormatManager::valueOf(*item, id).toString());
     default:
         return QVariant();
     }
@@ -103,16 +104,16 @@ bool PluginTableModel::setData(const QModelIndex &index, const QVariant &value, 
     // The manager toggles on every call, so a call is made only when the value really differs.
     if (role == Qt::CheckStateRole && isCheckColumn(id)) {
         const bool on = value.toInt() == Qt::Checked;
-        if (m_manager.objectValue(index.row(), id).toBool() == on)
+        if (m_manager.data(index.row(), id).toBool() == on)
             return false;
-        m_manager.setObjectValue(on, id, index.row());
+        m_manager.setData(index.row(), id, on);
         return true;
     }
     if (role == Qt::EditRole && id == kGroup) {
         const QString group = value.toString();
-        if (m_manager.objectValue(index.row(), id).toString() == group)
+        if (m_manager.data(index.row(), id).toString() == group)
             return false;
-        m_manager.setObjectValue(group, id, index.row());
+        m_manager.setData(index.row(), id, group);
         return true;
     }
     return false;
@@ -155,7 +156,7 @@ QMimeData *PluginTableModel::mimeData(const QModelIndexList &indexes) const
             rows << index.row();
         }
     QList<QUrl> urls;
-    for (const QString &path : m_manager.writeRows(rows))
+    for (const QString &path : m_manager.pathsOfRows(rows))
         urls << QUrl::fromLocalFile(path);
     if (urls.isEmpty())
         return nullptr;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "managers/PluginList.h"
+#include "core/PluginList.h"
 
 #include <QAbstractTableModel>
 #include <QList>
@@ -8,7 +8,7 @@
 
 namespace korvane {
 
-class TypeManager;
+class FormatManager;
 
 // One manager's item store as a table: a row per item in the manager's order, a column per
 // identifier the manager shows. It holds no copy of the items; every change is the manager's and
@@ -16,9 +16,9 @@ class TypeManager;
 class PluginTableModel : public QAbstractTableModel {
     Q_OBJECT
 public:
-    explicit PluginTableModel(TypeManager &manager, QObject *parent = nullptr);
+    explicit PluginTableModel(FormatManager &manager, QObject *parent = nullptr);
 
-    TypeManager &manager() const { return m_manager; }
+    FormatManager &manager() const { return m_manager; }
     QString identifier(int column) const { return m_columns.value(column); }
     int columnOf(const QString &identifier) const { return int(m_columns.indexOf(identifier)); }
     static bool isCheckColumn(const QString &identifier);
@@ -44,11 +44,11 @@ private:
     void rowsChanged(const QList<int> &rows);
     void followColumns();
 
-    TypeManager &m_manager;
+    FormatManager &m_manager;
     QStringList m_columns;
     // The items under the persistent indexes while the manager reorders its list.
     QModelIndexList m_movingIndexes;
-    QList<AUItemPtr> m_movingItems;
+    QList<PluginPtr> m_movingItems;
 };
 
 } // namespace korvane

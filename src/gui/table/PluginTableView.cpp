@@ -1,12 +1,12 @@
 #include "gui/table/PluginTableView.h"
 
+#include "app/Preferences.h"
+#include "core/SharedInstances.h"
+#include "core/Texts.h"
 #include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginItemDelegate.h"
 #include "gui/table/PluginTableModel.h"
-#include "managers/TypeManager.h"
-#include "panels/MyPrefObj.h"
-#include "platform/SharedInstances.h"
-#include "platform/Texts.h"
+#include "library/FormatManager.h"
 
 #include <QDrag>
 #include <QDragEnterEvent>
@@ -55,31 +55,31 @@ QStringList localPaths(const QMimeData *data)
 
 } // namespace
 
-PluginTableView::PluginTableView(TypeManager &manager, QWidget *parent)
-    : QTableView(parent), m_manager(manager), m_prefs(SharedInstance<MyPrefObj>::peek())
+PluginTableView::PluginTableView(FormatManager &manager, QWidget *parent)
+    : QTableView(parent), m_manager(manager), m_prefs(SharedInstance<Preferences>::peek())
 {
     // The view stops listening before the model hears of a change, so that what the selection
     // model does on the way never reaches the manager; afterwards the manager's selection is
     // shown again.
     const auto hold = [this] { m_managerChanging = true; };
-    connect(&manager, &TypeManager::itemsAboutToBeReset, this, hold);
-    connect(&manager, &TypeManager::itemsAboutToBeReordered, this, hold);
-    connect(&manager, &TypeManager::itemAboutToBeRemoved, this, hold);
+    connect(&manager, &FormatManager::itemsAboutToBeReset, this, hold);
+    connect(&manager, &FormatManager::itemsAboutToBeReordered, this, hold);
+    connect(&manager, &FormatManager::itemAboutToBeRemoved, this, hold);
     m_model = new PluginTableModel(manager, this);
     m_proxy = new PluginFilterProxy(*m_model, this);
     const auto release = [this] {
         m_managerChanging = false;
         selectFromManager();
     };
-    connect(&manager, &TypeManager::itemsReset, this, release);
-    connect(&manager, &TypeManager::itemRemoved, this, release);
-    connect(&manager, &TypeManager::itemsReordered, this, [this, release] {
+    connect(&manager, &FormatManager::itemsReset, this, release);
+    connect(&manager, &FormatManager::itemRemoved, this, release);
+    connect(&manager, &FormatManager::itemsReordered, this, [this, release] {
         release();
         showSortIndicator();
         if (currentIndex().isValid())
             scrollTo(currentIndex());
     });
-    connect(&manager, &TypeManager::selectionChanged, this, &PluginTableView::selectFromManager);
+    connect(&manager, &FormatManager::selectionChanged, this, &PluginTableView::selectFromManager);
 
     const QString label = manager.traits().tabLabel;
     setObjectName(QStringLiteral("tf") + manager.traits().prefix);
@@ -188,7 +188,7 @@ void PluginTableView::currentChanged(const QModelIndex &current, const QModelInd
     if (m_syncing || m_managerChanging || !current.isValid())
         return;
     if (current.row() != previous.row())
-        m_manager.shouldSelectRow(m_proxy->mapToSource(current).row());
+        m_manager.setCurrentRow(m_proxy->mapToSource(current).row());
 }
 
 void PluginTableView::selectFromManager()
@@ -233,25 +233,24 @@ void PluginTableView::sortByHeader(int section, Qt::SortOrder order)
 {
     if (m_syncing)
         return;
-    const QString key = m_model->identifier(section);
-    if (key.isEmpty())
+    const QString column = m_model->identifier(section);
+    if (column.isEmpty())
         return;
-    const bool text = !PluginTableModel::isCheckColumn(key);
+    const bool text = !PluginTableModel::isCheckColumn(column);
     // The clicked column leads; the earlier order still breaks its ties.
-    QList<SortDescriptor> descriptors{{key, order == Qt::AscendingOrder, text}};
-    for (const SortDescriptor &descriptor : m_manager.sortDescriptors())
-        if (descriptor.key != key)
-            descriptors << descriptor;
-    m_manager.sortDescriptorsDidChange(descriptors);
+    QList<SortKey> keys{{column, order == Qt::AscendingOrder, text}};
+    for (const SortKey &sortKey : m_manager.sortKeys())
+        if (sortKey.column != column)
+            keys << sortKey;
+    m_manager.sortBy(keys);
 }
 
 void PluginTableView::showSortIndicator()
 {
-    const QList<SortDescriptor> descriptors = m_manager.sortDescriptors();
-    const int section = descriptors.isEmpty() ? -1 : m_model->columnOf(descriptors.first().key);
-    const Qt::SortOrder order = descriptors.isEmpty() || descriptors.first().ascending
-                                    ? Qt::AscendingOrder
-                                    : Qt::DescendingOrder;
+    const QList<SortKey> keys = m_manager.sortKeys();
+    const int section = keys.isEmpty() ? -1 : m_model->columnOf(keys.first().column);
+    const Qt::SortOrder order =
+        keys.isEmpty() || keys.first().ascending ? Qt::AscendingOrder : Qt::DescendingOrder;
     m_syncing = true;
     horizontalHeader()->setSortIndicator(section, order);
     m_syncing = false;
@@ -270,9 +269,9 @@ void PluginTableView::restoreColumns()
         const int fits = header->fontMetrics().horizontalAdvance(title) + 28;
         header->resizeSection(logical, std::max(defaultWidth(m_model->identifier(logical)), fits));
     }
-    if (m_prefs && m_prefs->defaults()) {
+    if (m_prefs && m_prefs->store()) {
         int visual = 0;
-        const QVariantList stored = m_prefs->defaults()->object(columnsKey()).toList();
+        const QVariantList stored = m_prefs->store()->value(columnsKey()).toList();
         for (const QVariant &entry : stored) {
             const QVariantMap column = entry.toMap();
             const int logical = m_model->columnOf(column.value(kIdentifier).toString());
@@ -296,9 +295,9 @@ void PluginTableView::scheduleColumnsSave()
 void PluginTableView::saveColumns()
 {
     m_saveColumns.stop();
-    if (!m_prefs || !m_prefs->defaults())
+    if (!m_prefs || !m_prefs->store())
         return;
-    UserDefaults &defaults = *m_prefs->defaults();
+    PreferenceStore &store = *m_prefs->store();
     const QHeaderView *header = horizontalHeader();
     QVariantList columns;
     QStringList present;
@@ -311,7 +310,7 @@ void PluginTableView::saveColumns()
         columns << QVariantMap{{kIdentifier, id}, {kWidth, header->sectionSize(logical)}};
     }
     // A column hidden now keeps its width for when it is shown again.
-    const QVariantList stored = defaults.object(columnsKey()).toList();
+    const QVariantList stored = store.value(columnsKey()).toList();
     for (const QVariant &entry : stored) {
         const QString id = entry.toMap().value(kIdentifier).toString();
         if (!id.isEmpty() && !present.contains(id)) {
@@ -320,7 +319,7 @@ void PluginTableView::saveColumns()
         }
     }
     if (columns != stored)
-        defaults.setObject(columnsKey(), columns);
+        store.setValue(columnsKey(), columns);
 }
 
 void PluginTableView::hideEvent(QHideEvent *event)
@@ -354,8 +353,7 @@ Qt::DropAction PluginTableView::dropActionFor(const QMimeData *data, const QPoin
     if (localPaths(data).isEmpty())
         return Qt::IgnoreAction;
     const QModelIndex index = indexAt(pos);
-    const int row =
-        index.isValid() ? m_proxy->mapToSource(index).row() : m_manager.numberOfRowsInTableView();
+    const int row = index.isValid() ? m_proxy->mapToSource(index).row() : m_manager.rowCount();
     const DropValidation validation =
         m_manager.validateDrop(row, index.isValid(), fromInsideApplication);
     return validation.operation == 0 ? Qt::IgnoreAction : Qt::CopyAction;
@@ -402,12 +400,12 @@ void PluginTableView::dropEvent(QDropEvent *event)
     event->setDropAction(Qt::CopyAction);
     event->accept();
     // The install asks and shows progress; the file manager is not kept waiting for that.
-    QPointer<TypeManager> manager(&m_manager);
+    QPointer<FormatManager> manager(&m_manager);
     QMetaObject::invokeMethod(
         this,
         [manager, paths] {
             if (manager)
-                manager->acceptDrop(paths);
+                manager->installDropped(paths);
         },
         Qt::QueuedConnection);
 }
@@ -415,7 +413,7 @@ void PluginTableView::dropEvent(QDropEvent *event)
 void PluginTableView::setDropHighlighted(bool on)
 {
     // Only the Audio Units table shows that a drag is over it.
-    if (m_manager.typeIndex() != 0 || m_dropHighlighted == on)
+    if (m_manager.type() != 0 || m_dropHighlighted == on)
         return;
     m_dropHighlighted = on;
     setStyleSheet(gridSheet(on));

@@ -8,10 +8,10 @@ class QDragMoveEvent;
 
 namespace korvane {
 
-class MyPrefObj;
+class Preferences;
 class PluginFilterProxy;
 class PluginTableModel;
-class TypeManager;
+class FormatManager;
 
 // The plug-in table of one format, bound to its manager: the manager's items are the rows, its
 // change signals repaint only the rows they name, its sort and selection are the table's. Keeps
@@ -19,10 +19,10 @@ class TypeManager;
 class PluginTableView : public QTableView {
     Q_OBJECT
 public:
-    explicit PluginTableView(TypeManager &manager, QWidget *parent = nullptr);
+    explicit PluginTableView(FormatManager &manager, QWidget *parent = nullptr);
     ~PluginTableView() override;
 
-    TypeManager &manager() const { return m_manager; }
+    FormatManager &manager() const { return m_manager; }
     // Shows only the rows whose name, group, location or architecture contain text.
     void setFilterText(const QString &text);
 
@@ -57,10 +57,10 @@ private:
     void saveColumns();
     void setDropHighlighted(bool on);
 
-    TypeManager &m_manager;
+    FormatManager &m_manager;
     PluginTableModel *m_model = nullptr;
     PluginFilterProxy *m_proxy = nullptr;
-    QPointer<MyPrefObj> m_prefs;
+    QPointer<Preferences> m_prefs;
     QTimer m_saveColumns;
     bool m_syncing = false;         // the selection or sort indicator is being set from the manager
     bool m_restoring = false;       // the header is being laid out from the preferences

@@ -1,14 +1,14 @@
 #include "gui/windows/AboutPanel.h"
 
-#include "panels/MyAboutObj.h"
-#include "platform/Texts.h"
+#include "app/AboutText.h"
+#include "core/Texts.h"
 
 #include <QTextBrowser>
 #include <QVBoxLayout>
 
 namespace korvane {
 
-AboutPanel::AboutPanel(MyAboutObj &about, QWidget *parent)
+AboutPanel::AboutPanel(AboutText &about, QWidget *parent)
     : QWidget(parent, Qt::Window), m_about(about)
 {
     setWindowTitle(korvane::tr("About Korvane"));
@@ -27,7 +27,7 @@ AboutPanel::AboutPanel(MyAboutObj &about, QWidget *parent)
 
 void AboutPanel::openAbout()
 {
-    m_about.openAbout();
+    m_about.open();
     // The resource's own RTF, converted with every character of its text escaped.
     m_text->setHtml(m_about.html());
     show();

@@ -6,19 +6,19 @@ class QTextBrowser;
 
 namespace korvane {
 
-class MyAboutObj;
+class AboutText;
 
 // The about panel: the program's own "info" text, as rich text.
 class AboutPanel : public QWidget {
     Q_OBJECT
 public:
-    explicit AboutPanel(MyAboutObj &about, QWidget *parent = nullptr);
+    explicit AboutPanel(AboutText &about, QWidget *parent = nullptr);
 
     void openAbout(); // reads the text afresh and brings the panel to the front
     QTextBrowser *text() const { return m_text; }
 
 private:
-    MyAboutObj &m_about;
+    AboutText &m_about;
     QTextBrowser *m_text = nullptr;
 };
 

@@ -1,7 +1,7 @@
 #include "gui/windows/GroupEditorWindow.h"
 
-#include "app/AppServices.h"
-#include "platform/Texts.h"
+#include "core/AppServices.h"
+#include "core/Texts.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -68,7 +68,7 @@ void GroupEditorWindow::reload()
 {
     m_reloading = true;
     const int current = m_table->currentRow();
-    const int rows = m_services.numberOfRowsInGroupTable();
+    const int rows = m_services.groupCount();
     m_table->setRowCount(rows);
     for (int row = 0; row < rows; ++row) {
         QTableWidgetItem *item = m_table->item(row, 0);
@@ -76,7 +76,7 @@ void GroupEditorWindow::reload()
             item = new QTableWidgetItem;
             m_table->setItem(row, 0, item);
         }
-        item->setText(m_services.groupTableObjectValue(row));
+        item->setText(m_services.groupAt(row));
     }
     if (current >= rows)
         m_table->clearSelection();
@@ -88,13 +88,13 @@ void GroupEditorWindow::rename(QTableWidgetItem *item)
     if (m_reloading)
         return;
     m_renaming = true;
-    m_services.groupTableSetObjectValue(item->text(), item->row());
+    m_services.setGroupAt(item->row(), item->text());
     m_renaming = false;
 }
 
 void GroupEditorWindow::add()
 {
-    m_services.addGroupEntry();
+    m_services.addGroup();
     // The new group is named at once.
     const int row = m_table->rowCount() - 1;
     if (row < 0)
@@ -109,7 +109,7 @@ void GroupEditorWindow::remove()
     // Without a selection nothing goes: the registry's position 0 is no group, not a row.
     if (selected.isEmpty())
         return;
-    m_services.removeGroupEntry(selected.first().row());
+    m_services.removeGroup(selected.first().row());
 }
 
 } // namespace korvane

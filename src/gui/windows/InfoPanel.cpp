@@ -1,7 +1,7 @@
 #include "gui/windows/InfoPanel.h"
 
-#include "panels/MyInfoObj.h"
-#include "platform/Texts.h"
+#include "app/InfoPanelModel.h"
+#include "core/Texts.h"
 
 #include <QCloseEvent>
 #include <QFormLayout>
@@ -27,7 +27,8 @@ QLabel *makeField(const QString &objectName, const QString &accessibleName, QWid
 }
 } // namespace
 
-InfoPanel::InfoPanel(MyInfoObj &info, QWidget *parent) : QWidget(parent, Qt::Tool), m_infoObj(info)
+InfoPanel::InfoPanel(InfoPanelModel &info, QWidget *parent)
+    : QWidget(parent, Qt::Tool), m_model(info)
 {
     setWindowTitle(korvane::tr("Plug-In Info"));
     setAccessibleName(korvane::tr("Plug-In Info"));
@@ -67,43 +68,43 @@ InfoPanel::InfoPanel(MyInfoObj &info, QWidget *parent) : QWidget(parent, Qt::Too
     layout->addWidget(m_contentBox, 1);
     resize(420, 320);
 
-    connect(m_add, &QPushButton::clicked, this, [this] { m_infoObj.addContent(); });
+    connect(m_add, &QPushButton::clicked, this, [this] { m_model.addContent(); });
     connect(m_remove, &QPushButton::clicked, this,
-            [this] { m_infoObj.deleteContent(m_content->currentRow()); });
-    connect(&info, &MyInfoObj::changed, this, &InfoPanel::refresh);
+            [this] { m_model.removeContentAt(m_content->currentRow()); });
+    connect(&info, &InfoPanelModel::changed, this, &InfoPanel::refresh);
     refresh();
 }
 
 void InfoPanel::refresh()
 {
-    m_name->setText(m_infoObj.name());
-    m_version->setText(m_infoObj.version());
-    m_info->setText(m_infoObj.info());
+    m_name->setText(m_model.name());
+    m_version->setText(m_model.version());
+    m_info->setText(m_model.info());
 
     // The row in hand stays chosen while the same plug-in is shown, never across plug-ins.
-    const AUItemPtr shown = m_infoObj.item();
+    const PluginPtr shown = m_model.item();
     const int current = shown && shown == m_shown.lock() ? m_content->currentRow() : -1;
     m_shown = shown;
     m_content->clear();
-    for (int row = 0; row < m_infoObj.numberOfRowsInTableView(); ++row)
-        m_content->addItem(m_infoObj.objectValue(row));
+    for (int row = 0; row < m_model.rowCount(); ++row)
+        m_content->addItem(m_model.data(row));
     if (current >= 0 && current < m_content->count())
         m_content->setCurrentRow(current);
-    m_contentBox->setVisible(m_infoObj.shouldDisplayContent());
+    m_contentBox->setVisible(m_model.showsContent());
 
-    if (m_infoObj.isVisible() && !isVisible()) {
+    if (m_model.isVisible() && !isVisible()) {
         show();
         raise();
         activateWindow();
-    } else if (!m_infoObj.isVisible() && isVisible()) {
+    } else if (!m_model.isVisible() && isVisible()) {
         hide();
     }
 }
 
 void InfoPanel::closeEvent(QCloseEvent *event)
 {
-    if (m_infoObj.isVisible())
-        m_infoObj.windowShouldClose();
+    if (m_model.isVisible())
+        m_model.closeWindow();
     QWidget::closeEvent(event);
 }
 

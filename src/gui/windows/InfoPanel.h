@@ -9,16 +9,16 @@ class QPushButton;
 
 namespace korvane {
 
-class AUItem;
-class MyInfoObj;
+class Plugin;
+class InfoPanelModel;
 
 // The info panel: name, version and info string of one plug-in, and, where the preferences allow
-// it, its companion folders with Add and Remove. It shows whatever MyInfoObj holds; while it is
-// open MyInfoObj follows the table selection, so the panel does too.
+// it, its companion folders with Add and Remove. It shows whatever InfoPanelModel holds; while it
+// is open InfoPanelModel follows the table selection, so the panel does too.
 class InfoPanel : public QWidget {
     Q_OBJECT
 public:
-    explicit InfoPanel(MyInfoObj &info, QWidget *parent = nullptr);
+    explicit InfoPanel(InfoPanelModel &info, QWidget *parent = nullptr);
 
     QLabel *nameField() const { return m_name; }
     QLabel *versionField() const { return m_version; }
@@ -31,7 +31,7 @@ protected:
 private:
     void refresh();
 
-    MyInfoObj &m_infoObj;
+    InfoPanelModel &m_model;
     QLabel *m_name = nullptr;
     QLabel *m_version = nullptr;
     QLabel *m_info = nullptr;
@@ -39,7 +39,7 @@ private:
     QListWidget *m_content = nullptr;
     QPushButton *m_add = nullptr;
     QPushButton *m_remove = nullptr;
-    std::weak_ptr<AUItem> m_shown;
+    std::weak_ptr<Plugin> m_shown;
 };
 
 } // namespace korvane

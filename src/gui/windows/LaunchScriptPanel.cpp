@@ -1,8 +1,8 @@
 #include "gui/windows/LaunchScriptPanel.h"
 
-#include "platform/FormatTable.h"
-#include "platform/Texts.h"
-#include "shell/LumoScript.h"
+#include "app/LaunchScript.h"
+#include "core/FormatTable.h"
+#include "core/Texts.h"
 
 #include <QFontDatabase>
 #include <QHBoxLayout>
@@ -14,7 +14,7 @@
 
 namespace korvane {
 
-LaunchScriptPanel::LaunchScriptPanel(LumoScript &script, const FormatTable &formats,
+LaunchScriptPanel::LaunchScriptPanel(LaunchScript &script, const FormatTable &formats,
                                      QWidget *parent)
     : QWidget(parent, Qt::Window), m_script(script)
 {
@@ -35,8 +35,8 @@ LaunchScriptPanel::LaunchScriptPanel(LumoScript &script, const FormatTable &form
         button->setCheckable(true);
         const int type = format.type;
         connect(button, &QPushButton::clicked, this, [this, type](bool checked) {
-            m_script.setSegmentSelected(type, checked);
-            m_script.changeArgument();
+            m_script.setFormatSelected(type, checked);
+            m_script.rebuild();
         });
         segments->addWidget(button);
         m_segments << button;
@@ -66,7 +66,7 @@ LaunchScriptPanel::LaunchScriptPanel(LumoScript &script, const FormatTable &form
             [this](const QString &text) { m_script.setHostCommand(text); });
     hostRow->addWidget(hostLabel);
     hostRow->addWidget(m_host, 1);
-    const bool shell = script.layout() == LumoScript::Layout::Shell;
+    const bool shell = script.layout() == LaunchScript::Layout::Shell;
     hostLabel->setVisible(shell);
     m_host->setVisible(shell);
 
@@ -85,9 +85,9 @@ LaunchScriptPanel::LaunchScriptPanel(LumoScript &script, const FormatTable &form
     layout->addLayout(saveRow);
     resize(620, 340);
 
-    connect(&script, &LumoScript::segmentsChanged, this, &LaunchScriptPanel::showSegments);
-    connect(&script, &LumoScript::scriptChanged, this, &LaunchScriptPanel::showScript);
-    connect(&script, &LumoScript::windowShown, this, [this] {
+    connect(&script, &LaunchScript::selectedFormatsChanged, this, &LaunchScriptPanel::showSegments);
+    connect(&script, &LaunchScript::scriptChanged, this, &LaunchScriptPanel::showScript);
+    connect(&script, &LaunchScript::windowShown, this, [this] {
         show();
         raise();
         activateWindow();
@@ -98,13 +98,13 @@ LaunchScriptPanel::LaunchScriptPanel(LumoScript &script, const FormatTable &form
 
 void LaunchScriptPanel::openScriptWindow()
 {
-    m_script.openScriptWindow(); // windowShown brings the panel up
+    m_script.openWindow(); // windowShown brings the panel up
 }
 
 void LaunchScriptPanel::showSegments()
 {
     for (int type = 0; type < m_segments.size(); ++type)
-        m_segments.at(type)->setChecked(m_script.isSegmentSelected(type));
+        m_segments.at(type)->setChecked(m_script.isFormatSelected(type));
 }
 
 void LaunchScriptPanel::showScript()

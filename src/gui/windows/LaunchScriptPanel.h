@@ -10,7 +10,7 @@ class QPushButton;
 namespace korvane {
 
 class FormatTable;
-class LumoScript;
+class LaunchScript;
 
 // The launch-script panel: one independent button per format choosing whose selected set the
 // script applies, the script itself (rebuilt at every change, editable before saving), the host
@@ -18,7 +18,7 @@ class LumoScript;
 class LaunchScriptPanel : public QWidget {
     Q_OBJECT
 public:
-    LaunchScriptPanel(LumoScript &script, const FormatTable &formats, QWidget *parent = nullptr);
+    LaunchScriptPanel(LaunchScript &script, const FormatTable &formats, QWidget *parent = nullptr);
 
     void openScriptWindow(); // builds the script and brings the panel to the front
     QPushButton *segment(int type) const { return m_segments.value(type); }
@@ -30,7 +30,7 @@ private:
     void showSegments();
     void showScript();
 
-    LumoScript &m_script;
+    LaunchScript &m_script;
     QList<QPushButton *> m_segments; // by type index
     QPlainTextEdit *m_text = nullptr;
     QLineEdit *m_host = nullptr;

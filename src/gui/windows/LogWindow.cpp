@@ -1,7 +1,7 @@
 #include "gui/windows/LogWindow.h"
 
-#include "app/AppServices.h"
-#include "platform/Texts.h"
+#include "core/AppServices.h"
+#include "core/Texts.h"
 
 #include <QCloseEvent>
 #include <QFontDatabase>

@@ -1,9 +1,9 @@
 #include "gui/windows/PreferencesWindow.h"
 
-#include "panels/MyPrefObj.h"
-#include "platform/FormatTable.h"
-#include "platform/Texts.h"
-#include "shell/MyMainObj.h"
+#include "app/AppController.h"
+#include "app/Preferences.h"
+#include "core/FormatTable.h"
+#include "core/Texts.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -16,7 +16,7 @@
 
 namespace korvane {
 
-PreferencesWindow::PreferencesWindow(MyPrefObj &prefs, MyMainObj &main, QWidget *parent)
+PreferencesWindow::PreferencesWindow(Preferences &prefs, AppController &main, QWidget *parent)
     : QWidget(parent, Qt::Window), m_prefs(prefs), m_main(main)
 {
     setWindowTitle(korvane::tr("Preferences"));
@@ -31,7 +31,7 @@ PreferencesWindow::PreferencesWindow(MyPrefObj &prefs, MyMainObj &main, QWidget 
     for (const Format &format : formats)
         m_tabs->insertTab(format.type + 1, makeFormatPage(format), format.tabLabel);
     connect(m_tabs, &QTabWidget::currentChanged, this,
-            [this](int index) { m_prefs.controls.selectedTab = index; });
+            [this](int index) { m_prefs.form.selectedTab = index; });
 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_tabs);
@@ -47,7 +47,7 @@ QWidget *PreferencesWindow::makeGeneralPage()
     m_checkForUpdates->setObjectName(QStringLiteral("cbCheckForUpdates"));
     m_checkForUpdates->setAccessibleName(m_checkForUpdates->text());
     connect(m_checkForUpdates, &QCheckBox::clicked, this, [this](bool checked) {
-        m_prefs.controls.checkForUpdates = checked;
+        m_prefs.form.checkForUpdates = checked;
         store();
     });
     layout->addWidget(m_checkForUpdates);
@@ -56,18 +56,18 @@ QWidget *PreferencesWindow::makeGeneralPage()
 }
 
 QCheckBox *PreferencesWindow::makeBox(const Format &format, const char *name, const QString &text,
-                                      bool PrefTypeControls::*control)
+                                      bool PreferencesPage::*control)
 {
     auto *box = new QCheckBox(text);
-    // The outlet names of the preferences: cbAUOn, cbVSTType ...
+    // Tests find the check boxes by name: cbAUOn, cbVSTType ...
     box->setObjectName(QStringLiteral("cb") + format.prefix + QLatin1String(name));
     box->setAccessibleName(text);
     const int type = format.type;
     connect(box, &QCheckBox::clicked, this, [this, type, control](bool checked) {
-        m_prefs.controls.types[type].*control = checked;
-        if (control == &PrefTypeControls::on)
+        m_prefs.form.pages[type].*control = checked;
+        if (control == &PreferencesPage::on)
             switchFormat(type);
-        else if (control == &PrefTypeControls::type)
+        else if (control == &PreferencesPage::typeColumn)
             showTypeColumn(type);
         else
             store();
@@ -105,23 +105,23 @@ QWidget *PreferencesWindow::makeFormatPage(const Format &format)
 
     controls.activateAfterLoading =
         makeBox(format, "ActivateAfterLoading", korvane::tr("Apply a set as soon as it is opened"),
-                &PrefTypeControls::activateAfterLoading);
+                &PreferencesPage::activateAfterLoading);
     controls.showMessage =
-        makeBox(format, "ShowMessage", korvane::tr("Show message"), &PrefTypeControls::showMessage);
+        makeBox(format, "ShowMessage", korvane::tr("Show message"), &PreferencesPage::showMessage);
     controls.on =
         makeBox(format, "On", korvane::tr("Use these plug-ins (a tab in the main window)"),
-                &PrefTypeControls::on);
+                &PreferencesPage::on);
     controls.showContent =
         makeBox(format, "ShowContent", korvane::tr("Show the companion folders in the info panel"),
-                &PrefTypeControls::showContent);
+                &PreferencesPage::showContent);
     controls.moveContent = makeBox(format, "MoveContent",
                                    korvane::tr("Move the companion folders with their plug-ins"),
-                                   &PrefTypeControls::moveContent);
+                                   &PreferencesPage::moveContent);
     if (format.scansSubfolders)
         controls.scanSubfolders = makeBox(format, "ScanSubfolders", korvane::tr("Scan subfolders"),
-                                          &PrefTypeControls::scanSubfolders);
+                                          &PreferencesPage::scanSubfolders);
     controls.type =
-        makeBox(format, "Type", korvane::tr("Show the Type column"), &PrefTypeControls::type);
+        makeBox(format, "Type", korvane::tr("Show the Type column"), &PreferencesPage::typeColumn);
 
     for (QCheckBox *box :
          {controls.on, controls.activateAfterLoading, controls.showMessage, controls.showContent,
@@ -151,18 +151,18 @@ void PreferencesWindow::showEvent(QShowEvent *event)
 
 void PreferencesWindow::loadControls()
 {
-    m_prefs.loadControls();
-    m_prefs.controls.selectedTab = m_tabs->currentIndex();
+    m_prefs.loadForm();
+    m_prefs.form.selectedTab = m_tabs->currentIndex();
     showControls();
 }
 
 void PreferencesWindow::showControls()
 {
-    const PrefControls &controls = m_prefs.controls;
+    const PreferencesForm &controls = m_prefs.form;
     m_checkForUpdates->setChecked(controls.checkForUpdates);
     for (int type = 0; type < m_pages.size(); ++type) {
         const FormatPage &page = m_pages.at(type);
-        const PrefTypeControls &c = controls.types.at(type);
+        const PreferencesPage &c = controls.pages.at(type);
         page.defaultSet->setText(c.defaultSet);
         page.showMessage->setChecked(c.showMessage);
         page.activateAfterLoading->setChecked(c.activateAfterLoading);
@@ -171,44 +171,44 @@ void PreferencesWindow::showControls()
         page.moveContent->setChecked(c.moveContent);
         if (page.scanSubfolders)
             page.scanSubfolders->setChecked(c.scanSubfolders);
-        page.type->setChecked(c.type);
+        page.type->setChecked(c.typeColumn);
     }
 }
 
 void PreferencesWindow::store()
 {
-    m_prefs.updatePrefs();
+    m_prefs.storeForm();
 }
 
 void PreferencesWindow::switchFormat(int type)
 {
     // The controller takes the format from the page in front; a click may come from elsewhere.
-    m_prefs.controls.selectedTab = type + 1;
-    m_main.setTabView(m_prefs.controls.types.at(type).on ? 1 : 0); // stores the controls too
-    m_prefs.controls.selectedTab = m_tabs->currentIndex();
+    m_prefs.form.selectedTab = type + 1;
+    m_main.showSelectedFormatTab(m_prefs.form.pages.at(type).on); // stores the controls too
+    m_prefs.form.selectedTab = m_tabs->currentIndex();
 }
 
 void PreferencesWindow::showTypeColumn(int type)
 {
-    const bool show = m_prefs.controls.types.at(type).type;
+    const bool show = m_prefs.form.pages.at(type).typeColumn;
     store();
-    m_main.showPlattform(type, show);
+    m_main.showArchitectureColumn(type, show);
 }
 
 void PreferencesWindow::chooseDefaultSet(int type)
 {
-    m_prefs.controls.selectedTab = type + 1;
-    m_prefs.setDefault(); // stores every control, chosen or cancelled
-    m_prefs.controls.selectedTab = m_tabs->currentIndex();
-    m_pages.at(type).defaultSet->setText(m_prefs.controls.types.at(type).defaultSet);
+    m_prefs.form.selectedTab = type + 1;
+    m_prefs.chooseDefaultSet(); // stores every control, chosen or cancelled
+    m_prefs.form.selectedTab = m_tabs->currentIndex();
+    m_pages.at(type).defaultSet->setText(m_prefs.form.pages.at(type).defaultSet);
 }
 
 void PreferencesWindow::editDefaultSet(int type)
 {
     const QString text = m_pages.at(type).defaultSet->text();
-    if (text == m_prefs.controls.types.value(type).defaultSet)
+    if (text == m_prefs.form.pages.value(type).defaultSet)
         return;
-    m_prefs.controls.types[type].defaultSet = text;
+    m_prefs.form.pages[type].defaultSet = text;
     store();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panels/MyPrefObj.h"
+#include "app/Preferences.h"
 
 #include <QList>
 #include <QWidget>
@@ -12,16 +12,16 @@ class QTabWidget;
 namespace korvane {
 
 struct Format;
-class MyMainObj;
+class AppController;
 
 // The preferences window: a first page with the update check box, then one page per format at
-// position type index + 1. Each control stands for one of MyPrefObj's controls and is stored the
+// position type index + 1. Each control stands for one of Preferences's controls and is stored the
 // moment it changes; a format's On box also puts its tab into the main window or takes it out.
 // Closing stores nothing more: it could only put back what another writer changed meanwhile.
 class PreferencesWindow : public QWidget {
     Q_OBJECT
 public:
-    PreferencesWindow(MyPrefObj &prefs, MyMainObj &main, QWidget *parent = nullptr);
+    PreferencesWindow(Preferences &prefs, AppController &main, QWidget *parent = nullptr);
 
     // Brings the window to the front with its controls read from the file afresh.
     void showPreferences();
@@ -46,8 +46,8 @@ private:
     QWidget *makeFormatPage(const Format &format);
     // A check box standing for one control of the format; a click sets the control and stores it.
     QCheckBox *makeBox(const Format &format, const char *name, const QString &text,
-                       bool PrefTypeControls::*control);
-    void loadControls(); // the file into MyPrefObj's controls, then into the widgets
+                       bool PreferencesPage::*control);
+    void loadControls(); // the file into Preferences's controls, then into the widgets
     void showControls();
     void store();
     void switchFormat(int type);
@@ -55,8 +55,8 @@ private:
     void chooseDefaultSet(int type);
     void editDefaultSet(int type);
 
-    MyPrefObj &m_prefs;
-    MyMainObj &m_main;
+    Preferences &m_prefs;
+    AppController &m_main;
     QTabWidget *m_tabs = nullptr;
     QCheckBox *m_checkForUpdates = nullptr;
     QList<FormatPage> m_pages; // by type index

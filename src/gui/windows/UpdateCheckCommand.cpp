@@ -1,6 +1,6 @@
 #include "gui/windows/UpdateCheckCommand.h"
 
-#include "shell/UpdateCheck.h"
+#include "app/UpdateCheck.h"
 
 #include <QApplication>
 #include <QCursor>

@@ -9,8 +9,8 @@
 // Nothing is taken from the environment, no shell is started, and no link on the way is followed.
 
 #include "helper/HelperRun.h"
-#include "platform/LocalFileOperations.h"
-#include "platform/PathBytes.h"
+#include "os/LocalFileOperations.h"
+#include "os/PathBytes.h"
 
 #include <QByteArray>
 #include <QStringList>

@@ -1,15 +1,15 @@
 // Decodes a set document and returns from main without taking anything down by hand: leaving
 // must not depend on the order statics go in.
 
-#include "managers/SetDocument.h"
+#include "library/SetDocument.h"
 
 int main()
 {
-    auto item = std::make_shared<korvane::AUItem>();
-    item->setAUName(QStringLiteral("Echo.component"));
-    item->setAUGlobal(true);
-    item->setAUActive(true);
-    const QList<korvane::AUItemPtr> items =
+    auto item = std::make_shared<korvane::Plugin>();
+    item->setName(QStringLiteral("Echo.component"));
+    item->setGlobal(true);
+    item->setActive(true);
+    const QList<korvane::PluginPtr> items =
         korvane::SetDocument::decode(korvane::SetDocument::encode({item}));
-    return items.size() == 1 && items.first()->getAUName() == item->getAUName() ? 0 : 1;
+    return items.size() == 1 && items.first()->name() == item->name() ? 0 : 1;
 }

@@ -1,10 +1,10 @@
 // Holds the lock of every format's plug-in folders under $KORVANE_ROOT and $HOME until it is
 // killed: the other program of the command-line tests' lock cases.
 
-#include "platform/FormatTable.h"
-#include "platform/LibraryLock.h"
-#include "platform/LocalFileOperations.h"
-#include "platform/Locations.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
+#include "os/LibraryLock.h"
+#include "os/LocalFileOperations.h"
 
 #include <QCoreApplication>
 
@@ -17,9 +17,7 @@ int main(int argc, char *argv[])
     const korvane::Roots roots = korvane::Roots::fromEnvironment();
     korvane::LocalFileOperations files(roots);
     const korvane::LibraryLock lock(
-        files,
-        korvane::LibraryLock::foldersOf(korvane::Locations(roots), korvane::FormatTable::builtIn()),
-        0);
+        files, korvane::Locations(roots).pluginFolders(korvane::FormatTable::builtIn()), 0);
     if (!lock.isLocked()) {
         std::fprintf(stderr, "%s\n", qPrintable(lock.failure()));
         return 1;

@@ -1,0 +1,41 @@
+#include "app/AboutText.h"
+
+#include "codec/RtfText.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QStringList>
+
+namespace korvane {
+
+namespace {
+// Where the "info" resource may lie, most specific first; there is no application bundle.
+QStringList resourceCandidates()
+{
+    const QString fileName = QStringLiteral("info.rtf");
+    QStringList candidates;
+    const QString resources = qEnvironmentVariable("KORVANE_RESOURCES");
+    if (!resources.isEmpty())
+        candidates << resources + QLatin1Char('/') + fileName;
+    if (QCoreApplication::instance()) {
+        const QString dir = QCoreApplication::applicationDirPath();
+        candidates << dir + QStringLiteral("/../share/korvane/") + fileName;
+        candidates << dir + QLatin1Char('/') + fileName;
+    }
+    return candidates;
+}
+} // namespace
+
+void AboutText::open()
+{
+    m_html.clear();
+    for (const QString &candidate : resourceCandidates()) {
+        QFile file(candidate);
+        if (file.open(QIODevice::ReadOnly)) {
+            m_html = RtfText::toHtml(file.read(RtfText::maxInputSize));
+            break;
+        }
+    }
+}
+
+} // namespace korvane

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+
+namespace korvane {
+
+// The about panel's text: the "info" rich-text resource as HTML, empty when missing.
+class AboutText {
+public:
+    void open(); // reads the text afresh
+    QString html() const { return m_html; }
+
+private:
+    QString m_html;
+};
+
+} // namespace korvane

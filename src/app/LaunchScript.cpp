@@ -1,0 +1,326 @@
+#include "app/LaunchScript.h"
+
+#include "core/AppServices.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
+#include "library/FormatManager.h"
+#include "os/FileOperations.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <utility>
+
+namespace korvane {
+
+namespace {
+
+// The tool and its arguments as one sh command line. Options are our own words and stay bare;
+// set names are quoted.
+QString shellCommand(const QString &tool, const QStringList &arguments)
+{
+    QString command = LaunchScript::shellQuote(tool);
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        command += QLatin1Char(' ');
+        command += i % 2 == 0 ? arguments.at(i) : LaunchScript::shellQuote(arguments.at(i));
+    }
+    return command;
+}
+
+// The inside of an AppleScript string literal.
+QString appleScriptString(const QString &text)
+{
+    QString escaped;
+    escaped.reserve(text.size());
+    for (const QChar c : text) {
+        if (c == u'\\' || c == u'"')
+            escaped += QLatin1Char('\\');
+        if (c == u'\n')
+            escaped += QLatin1String("\\n");
+        else if (c == u'\r')
+            escaped += QLatin1String("\\r");
+        else
+            escaped += c;
+    }
+    return escaped;
+}
+
+} // namespace
+
+LaunchScript::LaunchScript(AppServices &services, const QList<FormatManager *> &managers)
+    : m_services(services), m_managers(managers),
+      m_selectedFormats(QList<bool>(services.formats().count(), false))
+{
+}
+
+QString LaunchScript::bundlePath()
+{
+    const QString bundle = qEnvironmentVariable("KORVANE_BUNDLE");
+    if (!bundle.isEmpty())
+        return bundle;
+    if (QCoreApplication::instance())
+        return QCoreApplication::applicationDirPath();
+    return QDir::currentPath();
+}
+
+LaunchScript::Layout LaunchScript::platformLayout()
+{
+#ifdef Q_OS_MACOS
+    return Layout::AppleScript;
+#else
+    return Layout::Shell;
+#endif
+}
+
+QString LaunchScript::toolPath() const
+{
+    QString tool = m_toolPath;
+    if (tool.isEmpty() && m_layout == Layout::AppleScript)
+        tool = bundlePath() + QStringLiteral("/Contents/MacOS/KorvaneCMD/KorvaneCMD");
+    else if (tool.isEmpty() && QCoreApplication::instance())
+        tool = QCoreApplication::applicationDirPath() + QStringLiteral("/KorvaneCMD");
+    else if (tool.isEmpty())
+        tool = QStringLiteral("KorvaneCMD");
+    // The script may run from any folder.
+    return QFileInfo(tool).absoluteFilePath();
+}
+
+void LaunchScript::setHostCommand(const QString &commandLine)
+{
+    m_hostCommand = commandLine;
+    build(false);
+}
+
+QString LaunchScript::shellQuote(const QString &word)
+{
+    QString quoted = word;
+    quoted.replace(QLatin1Char('\''), QLatin1String("'\\''"));
+    return QLatin1Char('\'') + quoted + QLatin1Char('\'');
+}
+
+std::optional<QStringList> LaunchScript::splitCommandLine(const QString &commandLine,
+                                                          QString *problem)
+{
+    // Qt's splitCommand knows no backslash escapes and no single quotes; a line written for sh
+    // would reach the host in other words than its author meant.
+    const auto refuse = [problem](const char *why) -> std::optional<QStringList> {
+        if (problem)
+            *problem = QString::fromUtf8(why);
+        return std::nullopt;
+    };
+    enum { Blank, Bare, Single, Double } state = Blank;
+    QStringList words;
+    QString word;
+    for (qsizetype i = 0; i < commandLine.size(); ++i) {
+        const QChar c = commandLine.at(i);
+        const bool last = i + 1 == commandLine.size();
+        switch (state) {
+        case Blank:
+        case Bare:
+            if (c == u' ' || c == u'\t' || c == u'\n') {
+                if (state == Bare)
+                    words << std::exchange(word, QString());
+                state = Blank;
+                continue;
+            }
+            state = Bare;
+            if (c == u'\'') {
+                state = Single;
+            } else if (c == u'"') {
+                state = Double;
+            } else if (c == u'\\') {
+                if (last)
+                    return refuse(
+                        QT_TRANSLATE_NOOP("korvane", "The host command line ends in a backslash"));
+                const QChar next = commandLine.at(++i);
+                if (next != u'\n')
+                    word += next;
+                else if (word.isEmpty())
+                    state = Blank; // a joined line, nothing of a word yet
+            } else {
+                word += c;
+            }
+            break;
+        case Single:
+            if (c == u'\'')
+                state = Bare;
+            else
+                word += c;
+            break;
+        case Double:
+            if (c == u'"') {
+                state = Bare;
+            } else if (c == u'\\' && !last
+                       && QStringView(u"\"\\$`\n").contains(commandLine.at(i + 1))) {
+                const QChar next = commandLine.at(++i);
+                if (next != u'\n')
+                    word += next;
+            } else {
+                word += c;
+            }
+            break;
+        }
+    }
+    if (state == Single)
+        return refuse(
+            QT_TRANSLATE_NOOP("korvane", "The host command line has an unclosed single quote (')"));
+    if (state == Double)
+        return refuse(QT_TRANSLATE_NOOP("korvane",
+                                        "The host command line has an unclosed double quote (\")"));
+    if (state == Bare)
+        words << word;
+    return words;
+}
+
+QString LaunchScript::hostCommandProblem() const
+{
+    QString problem;
+    splitCommandLine(m_hostCommand, &problem);
+    return problem;
+}
+
+QString LaunchScript::appleScript(const QString &tool, const QStringList &arguments)
+{
+    QString text = QStringLiteral("-- KorvaneCMD launch script\n");
+    text += QStringLiteral("\ntell application \"Finder\"\n");
+    text += QStringLiteral(" do shell script \"");
+    text += appleScriptString(shellCommand(tool, arguments));
+    text += QStringLiteral("\"\n  tell application \"Logic Pro\"\n");
+    text += QStringLiteral("    activate\n");
+    text += QStringLiteral("  end tell\n");
+    text += QStringLiteral("end tell\n");
+    return text;
+}
+
+QString LaunchScript::shellScript(const QString &tool, const QStringList &arguments,
+                                  const QString &hostCommand)
+{
+    QString text = QStringLiteral("#!/bin/sh\n# KorvaneCMD launch script\nset -e\n");
+    text += shellCommand(tool, arguments) + QLatin1Char('\n');
+    QString problem;
+    const std::optional<QStringList> host = splitCommandLine(hostCommand, &problem);
+    if (!host) {
+        // Shown in the panel; such a script is not saved.
+        text += QStringLiteral("# The host is not started: ") + problem + QLatin1Char('\n');
+    } else if (!host->isEmpty()) {
+        QStringList words;
+        for (const QString &word : *host)
+            words << shellQuote(word);
+        text += QStringLiteral("exec ") + words.join(QLatin1Char(' ')) + QLatin1Char('\n');
+    }
+    return text;
+}
+
+bool LaunchScript::isFormatSelected(int type) const
+{
+    return type >= 0 && type < m_selectedFormats.size() && m_selectedFormats.at(type);
+}
+
+void LaunchScript::setFormatSelected(int type, bool selected)
+{
+    if (type < 0 || type >= m_selectedFormats.size() || m_selectedFormats.at(type) == selected)
+        return;
+    m_selectedFormats[type] = selected;
+    emit selectedFormatsChanged();
+}
+
+void LaunchScript::setScript(const QString &text)
+{
+    m_script = text;
+}
+
+void LaunchScript::openWindow()
+{
+    build(false);
+    emit windowShown();
+}
+
+void LaunchScript::rebuild()
+{
+    build(true);
+}
+
+void LaunchScript::build(bool tell)
+{
+    // Always AU, RTAS, MAS, VST, whatever order the formats were chosen in.
+    QStringList arguments;
+    bool deselected = false;
+    for (int type = 0; type < m_selectedFormats.size(); ++type) {
+        if (!m_selectedFormats.at(type))
+            continue;
+        FormatManager *manager = m_managers.value(type);
+        const QString set = manager ? manager->selectedSet() : QString();
+        if (!set.isNull()) {
+            arguments << m_services.formats().at(type).commandLineFlag() << set;
+            continue;
+        }
+        if (tell) {
+            Alert alert;
+            alert.title = korvane::tr("Scrip Generation");
+            alert.messageText =
+                korvane::tr(m_services.formats().at(type).noSetMessage.toUtf8().constData());
+            alert.buttons = {korvane::tr("Ok")};
+            m_services.ui().runAlert(alert);
+        }
+        m_selectedFormats[type] = false;
+        deselected = true;
+    }
+
+    m_script = m_layout == Layout::AppleScript ? appleScript(toolPath(), arguments)
+                                               : shellScript(toolPath(), arguments, m_hostCommand);
+    if (deselected)
+        emit selectedFormatsChanged();
+    emit scriptChanged();
+}
+
+bool LaunchScript::refuseBrokenHost()
+{
+    const QString problem = m_layout == Layout::Shell ? hostCommandProblem() : QString();
+    if (problem.isEmpty())
+        return false;
+    Alert alert;
+    alert.title = korvane::tr("Scrip Generation");
+    alert.messageText = korvane::tr("Script not saved");
+    alert.informativeText = korvane::tr(problem.toUtf8().constData());
+    alert.buttons = {korvane::tr("Ok")};
+    m_services.ui().runAlert(alert);
+    return true;
+}
+
+void LaunchScript::saveScript()
+{
+    if (refuseBrokenHost())
+        return;
+    SavePanelRequest request;
+    request.directory = m_services.locations().documentsFolder();
+    request.fileName = m_layout == Layout::AppleScript ? QStringLiteral("untitled.applescript")
+                                                       : QStringLiteral("untitled.sh");
+    if (const std::optional<QString> path = m_services.ui().runSavePanel(request))
+        saveScript(*path);
+}
+
+void LaunchScript::saveScript(const QString &path)
+{
+    if (refuseBrokenHost())
+        return;
+    // A failure is not reported; a half-written script is never left behind.
+    if (!m_services.files().writeFileAtomically(path, m_script.toUtf8()))
+        return;
+    if (m_layout == Layout::Shell) {
+        const QFileDevice::Permissions readable = QFile::permissions(path);
+        QFileDevice::Permissions permissions = readable;
+        if (readable & QFileDevice::ReadOwner)
+            permissions |= QFileDevice::ExeOwner | QFileDevice::ExeUser;
+        if (readable & QFileDevice::ReadGroup)
+            permissions |= QFileDevice::ExeGroup;
+        if (readable & QFileDevice::ReadOther)
+            permissions |= QFileDevice::ExeOther;
+        QFile::setPermissions(path, permissions);
+    }
+}
+
+} // namespace korvane

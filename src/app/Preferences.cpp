@@ -1,0 +1,198 @@
+#include "app/Preferences.h"
+
+#include "codec/PropertyList.h"
+#include "core/AppServices.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
+#include "core/UserInterface.h"
+#include "os/FileOperations.h"
+
+#include <QFileInfo>
+
+namespace korvane {
+
+namespace {
+const QString kCheckAtStartup = QStringLiteral("SUCheckAtStartup");
+const QString kActiveTabView = QStringLiteral("ActiveTabView");
+
+} // namespace
+
+Preferences::Preferences(AppServices &services)
+    : m_services(services), m_formats(services.formats()),
+      m_store(std::make_unique<PreferenceStore>(services.locations().userPreferencesPath(),
+                                                services.files(), &services))
+{
+    form.pages.resize(m_formats.count());
+    seedDefaults();
+}
+
+std::optional<QString> Preferences::key(int type, const char *name) const
+{
+    const Format *format = m_formats.find(type);
+    if (!format)
+        return std::nullopt;
+    return format->preferenceKey(name);
+}
+
+bool Preferences::boolForType(int type, const char *name) const
+{
+    const std::optional<QString> k = key(type, name);
+    return k && m_store->boolValue(*k);
+}
+
+void Preferences::seedDefaults()
+{
+    FileOperations &files = m_services.files();
+    const QString userFile = m_services.locations().userPreferencesPath();
+    // An unreadable file counts as absent; it is kept aside before anything takes its place.
+    if (files.exists(userFile) && !m_store->isDamaged())
+        return;
+
+    // An administrator's machine-wide file is the template for every new user.
+    const QString machineFile = m_services.locations().machinePreferencesPath();
+    if (PropertyList::readDictionary(machineFile) && m_store->keepIfDamaged()) {
+        m_store->createFolders(QFileInfo(userFile).absolutePath());
+        files.copy(machineFile, userFile);
+        return;
+    }
+
+    QList<QPair<QString, QVariant>> seed;
+    for (const Format &f : m_formats) {
+        seed.append({f.preferenceKey("ShowMessage"), false});
+        seed.append({f.preferenceKey("ActivateAfterLoading"), false});
+        seed.append({f.preferenceKey("DefaultSet"), QString(QLatin1String(""))});
+        seed.append({f.preferenceKey("On"), true});
+        seed.append({f.preferenceKey("MoveContent"), false});
+        seed.append({f.preferenceKey("ShowContent"), false});
+        if (f.scansSubfolders)
+            seed.append({f.preferenceKey("ScanSubfolders"), true});
+        seed.append({f.preferenceKey("Type"), false});
+    }
+    m_store->setValues(seed);
+}
+
+void Preferences::prepareWindow()
+{
+    loadForm();
+    // Each load asks once: the controller adds a column every time it is told to show one.
+    for (const Format &f : m_formats)
+        emit architectureColumnRequested(f.type, form.pages[f.type].typeColumn);
+}
+
+void Preferences::loadForm()
+{
+    form.pages.resize(m_formats.count());
+    form.checkForUpdates = m_store->boolValue(kCheckAtStartup);
+    for (const Format &f : m_formats) {
+        PreferencesPage &c = form.pages[f.type];
+        c.showMessage = m_store->boolValue(f.preferenceKey("ShowMessage"));
+        c.activateAfterLoading = m_store->boolValue(f.preferenceKey("ActivateAfterLoading"));
+        c.on = m_store->boolValue(f.preferenceKey("On"));
+        c.showContent = m_store->boolValue(f.preferenceKey("ShowContent"));
+        c.moveContent = m_store->boolValue(f.preferenceKey("MoveContent"));
+        if (f.scansSubfolders)
+            c.scanSubfolders = m_store->boolValue(f.preferenceKey("ScanSubfolders"));
+        c.typeColumn = m_store->boolValue(f.preferenceKey("Type"));
+        const QString set = m_store->stringValue(f.preferenceKey("DefaultSet"));
+        c.defaultSet = set.isNull() ? QString(QLatin1String("")) : set;
+    }
+}
+
+bool Preferences::closeWindow()
+{
+    storeForm();
+    return true;
+}
+
+void Preferences::storeForm()
+{
+    form.pages.resize(m_formats.count());
+    QList<QPair<QString, QVariant>> values{{kCheckAtStartup, form.checkForUpdates}};
+    for (const Format &f : m_formats) {
+        const PreferencesPage &c = form.pages[f.type];
+        values.append({f.preferenceKey("ShowMessage"), c.showMessage});
+        values.append({f.preferenceKey("ActivateAfterLoading"), c.activateAfterLoading});
+        values.append({f.preferenceKey("DefaultSet"),
+                       c.defaultSet.isNull() ? QString(QLatin1String("")) : c.defaultSet});
+        values.append({f.preferenceKey("On"), c.on});
+        values.append({f.preferenceKey("MoveContent"), c.moveContent});
+        values.append({f.preferenceKey("ShowContent"), c.showContent});
+        if (f.scansSubfolders)
+            values.append({f.preferenceKey("ScanSubfolders"), c.scanSubfolders});
+        values.append({f.preferenceKey("Type"), c.typeColumn});
+    }
+    m_store->setValues(values);
+}
+
+void Preferences::chooseDefaultSet()
+{
+    OpenPanelRequest request;
+    request.directory = m_services.locations().documentsFolder();
+    // A tab's position is its format's type index plus one; another tab has no type to ask for.
+    if (const Format *format = m_formats.find(form.selectedTab - 1))
+        request.allowedTypes = format->defaultSetExtension.split(QLatin1Char(' '));
+    if (const std::optional<QString> path = m_services.ui().runOpenPanel(request))
+        chooseDefaultSet(*path);
+    else
+        storeForm(); // cancelled, the window's state is stored all the same
+}
+
+void Preferences::chooseDefaultSet(const QString &path)
+{
+    if (m_formats.isValid(form.selectedTab - 1))
+        form.pages[form.selectedTab - 1].defaultSet = path;
+    storeForm();
+}
+
+std::optional<QString> Preferences::defaultSet(int type) const
+{
+    const std::optional<QString> k = key(type, "DefaultSet");
+    if (!k)
+        return std::nullopt;
+    return m_store->stringValue(*k);
+}
+
+void Preferences::setDefaultSet(int type, const QString &set)
+{
+    if (const std::optional<QString> k = key(type, "DefaultSet"))
+        m_store->setValue(*k, set);
+}
+
+bool Preferences::appliesSetAfterLoading(int type) const
+{
+    return boolForType(type, "ActivateAfterLoading");
+}
+
+bool Preferences::isFormatOn(int type) const
+{
+    return boolForType(type, "On");
+}
+
+bool Preferences::showsContent(int type) const
+{
+    return boolForType(type, "ShowContent");
+}
+
+bool Preferences::movesContent(int type) const
+{
+    return boolForType(type, "MoveContent");
+}
+
+bool Preferences::scansSubfolders(int type) const
+{
+    // Audio Units are never scanned below the top level of their folders.
+    const Format *format = m_formats.find(type);
+    return format && format->scansSubfolders && boolForType(type, "ScanSubfolders");
+}
+
+int Preferences::defaultType() const
+{
+    return int(m_store->intValue(kActiveTabView));
+}
+
+void Preferences::setDefaultType(int type)
+{
+    m_store->setValue(kActiveTabView, qint64(type));
+}
+
+} // namespace korvane

@@ -1,0 +1,65 @@
+#include "core/Format.h"
+
+namespace korvane {
+
+namespace {
+
+// The four folders of a system-wide active folder, as the content roots are usually written.
+std::array<QString, LocationCount> foldersOf(const Format &format)
+{
+    std::array<QString, LocationCount> folders;
+    for (int loc = 0; loc < LocationCount; ++loc)
+        folders[size_t(loc)] = format.folder(loc);
+    return folders;
+}
+
+} // namespace
+
+QString Format::folder(int loc) const
+{
+    if (!isValidLocation(loc))
+        return {};
+    QString path = activeFolder;
+    if (!isSystemLocation(loc))
+        path.prepend(QLatin1Char('~'));
+    if (!isActiveLocation(loc))
+        path += QStringLiteral(" (Disabled)");
+    return path;
+}
+
+Format Format::derived(const QString &prefix, const QString &label, const QString &activeFolder,
+                       bool (*recognise)(const QString &path))
+{
+    Format f;
+    f.prefix = prefix;
+    f.tabLabel = label;
+    f.activeFolder = activeFolder;
+    f.recognise = recognise;
+    f.contentRoots = foldersOf(f);
+    const QString lower = prefix.toLower();
+    f.groupsFile = lower + QStringLiteral("groups.plist");
+    f.setsFile = lower + QStringLiteral("sets.plist");
+    f.documentExtension = f.defaultSetExtension = lower + QStringLiteral("korv");
+    f.windowLoadName = f.untitledName = QStringLiteral("Untitled.") + f.documentExtension;
+    f.savePanelName = QStringLiteral("untitled.") + f.documentExtension;
+    f.activeOnWord = QStringLiteral("setActive");
+    f.activeOffWord = QStringLiteral("setInactive");
+    f.setScanAndInstallTexts(label, label);
+    f.installTarget = QLatin1Char('~') + activeFolder + QStringLiteral("/%@");
+    f.infoText = QStringLiteral("Please select a %1 Plug-In").arg(label);
+    f.backupRestoreMessage = label + QStringLiteral(" Plug-Ins Backup Restore");
+    f.infoMessage = label + QStringLiteral(" Plug-Ins Info");
+    f.noSetMessage = QStringLiteral("There is no set selected for ") + label;
+    return f;
+}
+
+void Format::setScanAndInstallTexts(const QString &scanned, const QString &installed)
+{
+    panelTitle = QStringLiteral("scan %1:").arg(scanned);
+    folderTextPrefix = QStringLiteral("scan for %1:").arg(scanned);
+    installFirstButton = QStringLiteral("%1 only").arg(installed);
+    installInformative = QStringLiteral("Install %1 only?").arg(installed);
+    installProgressTitle = QStringLiteral("install %1:").arg(installed);
+}
+
+} // namespace korvane

@@ -1,0 +1,165 @@
+#include "core/Plugin.h"
+
+#include "codec/Bundle.h"
+#include "codec/MachOHeader.h"
+#include "codec/TypedStream.h"
+#include "core/AppServices.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
+
+#include <QStringBuilder>
+
+#include <climits>
+
+namespace korvane {
+
+void Plugin::setName(const QString &name)
+{
+    m_name = name;
+    loadContent();
+}
+
+void Plugin::setGroup(const QString &group)
+{
+    const qsizetype index = m_registry ? m_registry->groups().indexOf(group) : -1;
+    // An unknown name is kept under the largest positive int, a position past every group.
+    m_groupId = index < 0 ? INT_MAX : int(index);
+}
+
+QString Plugin::group() const
+{
+    // Read through the list so a renamed group renames its members; a stale position is no group.
+    if (!m_registry)
+        return QString();
+    const QStringList &groups = m_registry->groups();
+    if (m_groupId < 0 || m_groupId >= groups.size())
+        return QString();
+    return groups.at(m_groupId);
+}
+
+void Plugin::updateLocation(int type)
+{
+    const Format *format = m_registry ? m_registry->formats().find(type) : nullptr;
+    if (!format)
+        return;
+    setLocation(m_registry->locations().folderPath(*format, locationCode(m_global, m_active)));
+}
+
+void Plugin::updateLocation(const std::array<QString, 4> &folders)
+{
+    setLocation(folders[size_t(locationCode(m_global, m_active))]);
+}
+
+void Plugin::loadContent()
+{
+    const std::optional<QStringList> content =
+        m_registry ? m_registry->contentFor(m_name) : std::nullopt;
+    if (content && !content->isEmpty()) {
+        m_hasContent = true;
+        m_content = *content;
+    } else {
+        m_hasContent = false;
+        m_content.clear();
+    }
+}
+
+int Plugin::contentCount() const
+{
+    return m_content.isEmpty() ? 0 : int(m_content.size() - 1);
+}
+
+QString Plugin::contentAt(int i) const
+{
+    return m_content.value(qsizetype(i) + 1);
+}
+
+void Plugin::addContent(const QString &entry)
+{
+    if (m_content.isEmpty())
+        m_content.append(m_name);
+    m_content.append(entry);
+    storeContent();
+}
+
+void Plugin::removeContent(int i)
+{
+    const qsizetype position = qsizetype(i) + 1;
+    if (position < 1 || position >= m_content.size())
+        return;
+    m_content.removeAt(position);
+    storeContent();
+}
+
+void Plugin::replaceContent(const QString &entry, int i)
+{
+    const qsizetype position = qsizetype(i) + 1;
+    if (position < 1 || position >= m_content.size())
+        return;
+    m_content[position] = entry;
+    storeContent();
+}
+
+void Plugin::storeContent()
+{
+    if (m_registry)
+        m_registry->storeContent(m_content);
+}
+
+void Plugin::detectArchitecture(const QString &path)
+{
+    // Whatever does not open as a bundle is taken for PowerPC.
+    if (!Bundle::canOpen(path)) {
+        m_architecture = MachOHeader::PPC;
+        return;
+    }
+    const QString executable = Bundle::executableName(path);
+    if (executable.isEmpty()) {
+        m_architecture = MachOHeader::Unknown;
+        return;
+    }
+    // A missing executable, or one that is no plain file, gives no bytes and so Unknown.
+    m_architecture = MachOHeader::classify(
+        MachOHeader::firstBytes(path % QLatin1String("/Contents/MacOS/") % executable, 8));
+}
+
+QString Plugin::architectureName(int code)
+{
+    switch (code) {
+    case MachOHeader::PPC:
+        return QStringLiteral("PPC");
+    case MachOHeader::Intel:
+        return QStringLiteral("Intel");
+    case MachOHeader::Universal:
+        return QStringLiteral("Universal Binary");
+    default:
+        return QStringLiteral("Unknown");
+    }
+}
+
+QStringList Plugin::encode() const
+{
+    return {m_name, m_location, m_global ? QStringLiteral("YES") : QStringLiteral("NO"),
+            m_active ? QStringLiteral("YES") : QStringLiteral("NO")};
+}
+
+std::shared_ptr<Plugin> Plugin::decode(const QList<std::shared_ptr<ArchivedObject>> &objects,
+                                       AppServices *registry)
+{
+    auto isString = [&objects](qsizetype i) {
+        return i < objects.size() && objects.at(i) && objects.at(i)->isString();
+    };
+    if (!isString(0) || !isString(1))
+        return nullptr;
+    auto flag = [&](qsizetype i) {
+        return isString(i) && objects.at(i)->string == QLatin1String("YES");
+    };
+
+    auto item = std::make_shared<Plugin>(registry);
+    item->setName(objects.at(0)->string);
+    item->setLocation(objects.at(1)->string);
+    item->setGlobal(flag(2));
+    item->setActive(flag(3));
+    return item;
+}
+
+} // namespace korvane

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+#include <array>
+#include <memory>
+
+namespace korvane {
+
+class AppServices;
+struct ArchivedObject;
+
+// One installed plug-in of any format: where it lies, whether it is on, its group, its companion
+// content and the architecture of its executable.
+class Plugin {
+public:
+    // The registry gives a plug-in its group names, its content list and its folders; one without
+    // (decoded for display only) has no group, no content and keeps its location.
+    explicit Plugin(AppServices *registry = nullptr) : m_registry(registry) {}
+    AppServices *registry() const { return m_registry; }
+
+    QString name() const { return m_name; }
+    void setName(const QString &name); // also looks its content up (loadContent)
+    QString location() const { return m_location; }
+    void setLocation(const QString &location) { m_location = location; }
+    bool isGlobal() const { return m_global; }
+    void setGlobal(bool global) { m_global = global; }
+    bool isActive() const { return m_active; }
+    void setActive(bool active) { m_active = active; }
+    int id() const { return m_id; }
+    void setId(int id) { m_id = id; }
+    int groupId() const { return m_groupId; }
+    bool hasContent() const { return m_hasContent; }
+    int architecture() const { return m_architecture; }
+
+    // Group by name into the global list; group() reads the list at the stored position, so a
+    // renamed group renames every member. A position past the end reads as no group.
+    void setGroup(const QString &group);
+    QString group() const;
+
+    // Recomputes the location from the format's folders and the two flags.
+    void updateLocation(int type);
+    // The same from the format's four folders by location code, expanded once by a caller that
+    // places many plug-ins.
+    void updateLocation(const std::array<QString, 4> &folders);
+
+    void loadContent();
+    int contentCount() const;
+    QString contentAt(int i) const;
+    void addContent(const QString &entry);
+    void removeContent(int i);
+    void replaceContent(const QString &entry, int i);
+
+    // Architecture of the executable of the bundle at path (see MachOHeader); a path that is not a
+    // bundle reads as PPC.
+    void detectArchitecture(const QString &path);
+    QString architectureName() const { return architectureName(m_architecture); }
+    static QString architectureName(int code);
+
+    // The archive form: name, location, then "YES"/"NO" for global and active.
+    QStringList encode() const;
+    // Rebuilds a plug-in from the four decoded objects; a flag is YES only for the string "YES",
+    // a missing or non-string object counts as NO. Null when name or location is not a string.
+    static std::shared_ptr<Plugin> decode(const QList<std::shared_ptr<ArchivedObject>> &objects,
+                                          AppServices *registry = nullptr);
+
+private:
+    void storeContent();
+
+    AppServices *m_registry = nullptr;
+    QString m_name;
+    QString m_location;
+    int m_groupId = 0;
+    bool m_global = false;
+    bool m_active = false;
+    bool m_hasContent = false;
+    QStringList m_content; // empty: no list
+    int m_id = 0;
+    int m_architecture = 0;
+};
+
+using PluginPtr = std::shared_ptr<Plugin>;
+
+} // namespace korvane

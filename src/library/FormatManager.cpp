@@ -1,0 +1,134 @@
+#include "library/FormatManager.h"
+
+#include "core/AppServices.h"
+#include "core/Locations.h"
+
+#include <algorithm>
+
+namespace korvane {
+
+FormatManager::FormatManager(const Format &format, const ManagerParts &parts)
+    : m_traits(format),
+      m_parts(parts), m_columns{QStringLiteral("AUActive"), QStringLiteral("AUName"),
+                                QStringLiteral("AUGlobal"), QStringLiteral("AUGroup")},
+      m_sortKeys{{QStringLiteral("AUName"), true, true}}
+{
+}
+
+FormatManager::~FormatManager() = default;
+
+UserInterface &FormatManager::ui() const
+{
+    return services().ui();
+}
+
+FileOperations &FormatManager::files() const
+{
+    return services().files();
+}
+
+const Locations &FormatManager::locations() const
+{
+    return services().locations();
+}
+
+void FormatManager::setApplyEnabled(bool enabled)
+{
+    if (m_applyEnabled == enabled)
+        return;
+    m_applyEnabled = enabled;
+    emit applyEnabledChanged(enabled);
+}
+
+void FormatManager::setCurrentSetName(const QString &name)
+{
+    m_setName = name;
+    emit currentSetNameChanged(name);
+}
+
+void FormatManager::announceChanged(const QList<PluginPtr> &items)
+{
+    QList<int> rows;
+    rows.reserve(items.size());
+    for (const PluginPtr &item : items)
+        if (const int row = rowOf(item); row >= 0)
+            rows << row;
+    if (rows.isEmpty())
+        return;
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    emit itemsChanged(rows);
+}
+
+void FormatManager::selectSetIndex(int index)
+{
+    m_selectedSetIndex = index;
+    emit setsChanged();
+}
+
+void FormatManager::selectItems(const QList<PluginPtr> &items, const PluginPtr &lastSelected)
+{
+    m_selection.clear();
+    for (const PluginPtr &item : items)
+        if (item && !m_selection.contains(item))
+            m_selection << item;
+    if (lastSelected && !m_selection.contains(lastSelected))
+        m_selection << lastSelected;
+    // Without a word on which came last, the last one given stands for it.
+    m_lastSelected =
+        lastSelected ? lastSelected : (m_selection.isEmpty() ? PluginPtr() : m_selection.last());
+    emit selectionChanged();
+}
+
+QList<PluginPtr> FormatManager::selectedItems() const
+{
+    QList<PluginPtr> items;
+    for (int row : selectedRows())
+        items << m_list.at(row);
+    return items;
+}
+
+QList<int> FormatManager::selectedRows() const
+{
+    QList<int> rows;
+    for (const PluginPtr &item : m_selection)
+        if (const int row = rowOf(item); row >= 0)
+            rows << row;
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+int FormatManager::selectedRow() const
+{
+    return rowOf(m_lastSelected);
+}
+
+void FormatManager::selectRows(const QList<int> &rows, int lastSelected)
+{
+    QList<PluginPtr> items;
+    for (int row : rows)
+        if (m_list.isValidRow(row))
+            items << m_list.at(row);
+    selectItems(items, itemAt(lastSelected));
+}
+
+void FormatManager::markActive(const PluginPtr &item, bool active)
+{
+    item->setActive(active);
+    item->updateLocation(m_traits.type);
+    updateRecord(item);
+}
+
+void FormatManager::markAll(const std::function<bool(const Plugin &)> &which, bool active)
+{
+    QList<PluginPtr> changed;
+    for (const PluginPtr &item : m_list.items()) {
+        if (!which(*item))
+            continue;
+        markActive(item, active);
+        changed << item;
+    }
+    announceChanged(changed);
+}
+
+} // namespace korvane

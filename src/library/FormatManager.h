@@ -1,0 +1,247 @@
+#pragma once
+
+#include "core/PluginList.h"
+#include "library/FormatSettings.h"
+#include "library/FormatTraits.h"
+#include "os/FileOperations.h"
+
+#include <QList>
+#include <QObject>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+#include <array>
+#include <functional>
+
+namespace korvane {
+
+class AppServices;
+class Authorization;
+class Locations;
+class MissingItemsPrompt;
+class UserInterface;
+
+// The controllers a manager works with, made by AppContext.
+struct ManagerParts {
+    AppServices &services; // registries, undo, log, file errors; roots, files, interface, formats
+    const FormatSettings &settings; // the preferences
+    MissingItemsPrompt &missingItems;
+    Authorization &authorization;
+};
+
+// One column of the table's sort order.
+struct SortKey {
+    QString column; // a column identifier: "AUName", "AULocation", "AUActive", "AUGlobal",
+                    // "AUGroup", "AUType"
+    bool ascending = true;
+    bool caseInsensitive = false;
+};
+
+// What happened to one pending plug-in when it was applied.
+struct MoveOutcome {
+    QString name;
+    QString from; // full source path
+    QString to;   // full target path
+    bool enabled; // moved into an active folder
+    bool ok;
+    FileError error;
+    // Not moved because another installed copy of the plug-in lies at the target; both stay.
+    bool otherCopyAtTarget = false;
+    // Not tried: the user chose Stop at an earlier failure of the same apply.
+    bool stopped = false;
+};
+
+// How a drop onto the table is to be treated.
+struct DropValidation {
+    int operation; // 0 none, 4 generic
+    int row;       // retargeted row
+    bool onRow;    // drop on a row (false: above)
+};
+
+// The manager of one format row: scanning, activation, sets, table, groups and maintenance. Every
+// format has one alike; what differs between formats is in the row.
+//
+// The manager keeps the list's order: sets, groups and deletion work in list order. It announces
+// every change: itemsChanged for the rows whose values changed, a reorder after a sort, a removal
+// per deleted row, and a reset only when a rescan rebuilt the list. The selection and the sort
+// order are the view's: it hands them over as they change, and the selection is kept by identity,
+// so no row number goes stale.
+class FormatManager : public QObject {
+    Q_OBJECT
+public:
+    FormatManager(const Format &format, const ManagerParts &parts);
+    ~FormatManager() override;
+
+    const FormatTraits &traits() const { return m_traits; }
+    int type() const { return m_traits.type; }
+
+    // --- The list ------------------------------------------------------------------------------
+    const PluginList &plugins() const { return m_list; }
+    const QList<PluginPtr> &items() const { return m_list.items(); }
+    PluginPtr itemAt(int row) const
+    {
+        return m_list.isValidRow(row) ? m_list.at(row) : PluginPtr();
+    }
+    int rowOf(const PluginPtr &item) const { return item ? m_list.rowOf(item.get()) : -1; }
+
+    // --- Scanning --------------------------------------------------------------------------
+    void rescan();
+    bool recognise(const QString &nameOrPath) const { return m_traits.recognise(nameOrPath); }
+    // Whether this manager has scanned its folders since it was made.
+    bool hasScanned() const { return m_scanned; }
+
+    // --- Records and activation ----------------------------------------------------------------
+    int pendingCount() const { return m_list.pendingCount(); }
+    void updateRecord(const PluginPtr &item);
+    int findRow(const QString &name, int itemID) const;
+    void apply();                      // offers to save the set, then applyPending
+    QList<MoveOutcome> applyPending(); // every pending record, then one rescan
+    void moveContent(const PluginPtr &item);
+    void setAllActive();
+    void setAllInactive();
+    void setGroupActive();
+    void setGroupInactive();
+    void setSelectedActive();
+    void setSelectedInactive();
+
+    // --- Sets ----------------------------------------------------------------------------------
+    void loadSetList(); // the set pop-up from the sets file, apply off, window-load name
+    void newSet();
+    void saveSet();   // to the current name; an untitled set asks for one (saveSetAs)
+    void saveSetAs(); // asks for a name, then saveSetAs(path)
+    void saveSetAs(const QString &path);
+    void openSet(); // asks for a document, then openSet(path)
+    void openSet(const QString &path);
+    void openDefaultSet(const QString &path);
+    // Merges the document into the list, asks about what it names that is missing, and applies
+    // when the preferences say so.
+    void loadSet(const QString &path);
+    // The merge of loadSet alone: no dialog, no apply; the names of saved items that match none.
+    QStringList mergeSet(const QString &path);
+    QStringList mergeItems(const QList<PluginPtr> &saved);
+    void selectSet(int index); // the pop-up's action with its new selection
+    void offerToSaveSet();
+    void saveSetList();
+    QString selectedSet() const; // null for "no set"
+    bool writeSet(const QString &path) const;
+
+    // --- Table ---------------------------------------------------------------------------------
+    int rowCount() const { return m_list.count(); }
+    QVariant data(int row, const QString &column) const;
+    static QVariant valueOf(const Plugin &item, const QString &column);
+    void setData(int row, const QString &column, const QVariant &value);
+    // A flag column toggles whatever value it is given (undoably); the group column sets it.
+    void changeItem(const PluginPtr &item, const QString &column, const QVariant &value);
+    // The view's current row changed: the info panel follows it.
+    void setCurrentRow(int row);
+    void sortBy(const QList<SortKey> &keys);
+    QStringList pathsOfRows(const QList<int> &rows) const;
+    DropValidation validateDrop(int proposedRow, bool proposedOnRow,
+                                bool fromInsideApplication) const;
+    bool installDropped(const QStringList &paths);
+
+    // --- Groups --------------------------------------------------------------------------------
+    QString groupsFilePath() const;
+    void saveGroups();
+    static QString findGroup(const QVariantList &groups, const QString &name);
+    void changeGroup(const PluginPtr &item, const QString &group);
+    void setGroup(const QString &menuTitle);
+    int groupChoiceCount() const;
+    QString groupChoiceAt(int index) const;
+
+    // --- Maintenance ---------------------------------------------------------------------------
+    void requestInfo();
+    void backup() {}
+    void restoreBackup();
+    void reportDuplicates();
+    // Each name held by more than one item, once, at its first position, with its total count.
+    static QList<QPair<QString, int>> duplicateNames(const QList<PluginPtr> &items);
+    void moveSelectedToTrash();
+    void showArchitectureColumn(bool visible);
+    void setArchitectureActive(int architecture, bool active);
+
+    // --- State the window shows ----------------------------------------------------------------
+    bool isApplyEnabled() const { return m_applyEnabled; }
+    QString currentSetName() const { return m_setName; }
+    QStringList setTitles() const { return m_setTitles; }
+    int selectedSetIndex() const { return m_selectedSetIndex; }
+    void selectSetIndex(int index); // selection only, no action
+    bool isSetChanged() const { return m_setChanged; }
+    QStringList columns() const { return m_columns; }
+    QList<SortKey> sortKeys() const { return m_sortKeys; }
+
+    // The view's selection, by identity; rows are where those items stand now, ascending, and the
+    // row selected last (-1 for none).
+    void selectItems(const QList<PluginPtr> &items, const PluginPtr &lastSelected = {});
+    QList<PluginPtr> selectedItems() const;
+    QList<int> selectedRows() const;
+    int selectedRow() const;
+    void selectRows(const QList<int> &rows, int lastSelected = -1);
+
+    // What the manager works with, for the parts that work on its plug-ins beside it.
+    AppServices &services() const { return m_parts.services; }
+    UserInterface &ui() const;
+    FileOperations &files() const;
+    const Locations &locations() const;
+
+signals:
+    void itemsAboutToBeReset();
+    void itemsReset();
+    void itemsChanged(const QList<int> &rows);
+    void itemsAboutToBeReordered();
+    void itemsReordered();
+    void itemAboutToBeRemoved(int row);
+    void itemRemoved(int row);
+    void applyEnabledChanged(bool enabled);
+    void currentSetNameChanged(const QString &name);
+    void setsChanged();
+    void columnsChanged();
+    void selectionChanged();
+    // For the info panel: a row was selected in the table, or the info command was given.
+    void rowSelected(const PluginPtr &item);
+    void infoRequested(const PluginPtr &item, bool showContent);
+
+private:
+    struct ApplyRun;
+    void setApplyEnabled(bool enabled);
+    void setCurrentSetName(const QString &name);
+    void announceChanged(const QList<PluginPtr> &items);
+    void sortPlugins();
+    // One folder's entries as the scan considers them: direct, or below it with subfolders on.
+    QStringList listFolder(int loc, const QString &folder) const;
+    // Finishes or undoes the moves cut short among the four folders; true when the folders are to
+    // be listed again.
+    bool settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
+                                const std::array<QStringList, LocationCount> &listings);
+    MoveOutcome applyRecord(int recordIndex, ApplyRun &run);
+    MoveOutcome pendingOutcome(int recordIndex, PluginPtr *item = nullptr) const;
+    // Says text with its arguments filled in where a person will see it: the log window in the
+    // user's language, the system log and KorvaneCMD's standard error in English.
+    void tell(const char *text, const QStringList &args);
+    // Sets an item's active flag, its place and its record; true when it is now pending.
+    void markActive(const PluginPtr &item, bool active);
+    void markAll(const std::function<bool(const Plugin &)> &which, bool active);
+    // Copies of at least this many bytes show their progress.
+    static constexpr qint64 LongCopyBytes = 4 * 1024 * 1024;
+    // Copy progress of the item-th (from 0, as it counts on) of count items, for the panel.
+    CopyProgress copyProgressFor(const int &item, int count) const;
+
+    FormatTraits m_traits;
+    ManagerParts m_parts;
+    PluginList m_list;
+    bool m_setChanged = false;
+    bool m_scanned = false;
+    bool m_applyEnabled = false;
+    QString m_setName;
+    QStringList m_setTitles{QStringLiteral("no set")};
+    int m_selectedSetIndex = 0;
+    QStringList m_columns;
+    QList<SortKey> m_sortKeys;
+    // Pairs of the format's folders found to be one folder, each said once per run.
+    QSet<QString> m_saidOneFolder;
+    QList<PluginPtr> m_selection; // in the order the view gave them
+    PluginPtr m_lastSelected;
+};
+
+} // namespace korvane

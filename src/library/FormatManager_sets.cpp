@@ -1,0 +1,306 @@
+// Sets: the pop-up of known set documents, saving and opening them, and merging an opened set
+// into the current item list.
+#include "library/FormatManager.h"
+
+#include "codec/PropertyList.h"
+#include "core/AppServices.h"
+#include "core/Locations.h"
+#include "core/PathChecks.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
+#include "library/MissingItemsPrompt.h"
+#include "library/SetDocument.h"
+#include "os/FileOperations.h"
+
+#include <QHash>
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace korvane {
+
+namespace {
+
+const QString kNoSet = QStringLiteral("no set");
+
+} // namespace
+
+void FormatManager::loadSetList()
+{
+    const std::optional<QStringList> stored =
+        PropertyList::readStringArray(locations().dataFilePath(m_traits.setsFile));
+    QStringList titles;
+    if (!stored) {
+        titles << kNoSet;
+    } else {
+        // Titles identify entries, so a repeated one keeps only its last place.
+        for (const QString &title : *stored) {
+            titles.removeAll(title);
+            titles << title;
+        }
+        if (!titles.contains(kNoSet))
+            titles.prepend(kNoSet);
+    }
+    m_setTitles = titles;
+    emit setsChanged();
+    selectSetIndex(0);
+    setApplyEnabled(false);
+    setCurrentSetName(m_traits.windowLoadName);
+}
+
+void FormatManager::newSet()
+{
+    rescan();
+    setCurrentSetName(m_traits.untitledName);
+}
+
+void FormatManager::saveSet()
+{
+    if (m_setName == m_traits.untitledName)
+        saveSetAs();
+    else
+        writeSet(m_setName); // a relative name lands in the current folder, failures unreported
+    m_setChanged = false;
+}
+
+void FormatManager::saveSetAs()
+{
+    SavePanelRequest request;
+    request.directory = locations().documentsFolder();
+    request.fileName = m_traits.savePanelName;
+    const std::optional<QString> path = ui().runSavePanel(request);
+    if (path)
+        saveSetAs(*path);
+}
+
+void FormatManager::saveSetAs(const QString &path)
+{
+    writeSet(path);
+    setCurrentSetName(path);
+    if (!m_setTitles.contains(path)) {
+        m_setTitles << path;
+        emit setsChanged();
+    }
+    selectSetIndex(m_setTitles.indexOf(path));
+    m_setChanged = false;
+}
+
+void FormatManager::openSet()
+{
+    OpenPanelRequest request;
+    request.directory = locations().documentsFolder();
+    request.allowedTypes = m_traits.documentExtension.split(QLatin1Char(' '));
+    const std::optional<QString> path = ui().runOpenPanel(request);
+    if (path)
+        openSet(*path);
+}
+
+void FormatManager::openSet(const QString &path)
+{
+    // Loaded first and selected afterwards: a "no set" chosen by loadSet is overridden.
+    loadSet(path);
+    if (!m_setTitles.contains(path)) {
+        m_setTitles << path;
+        emit setsChanged();
+    }
+    selectSetIndex(m_setTitles.indexOf(path));
+}
+
+void FormatManager::openDefaultSet(const QString &path)
+{
+    if (!m_setTitles.contains(path)) {
+        m_setTitles << path;
+        emit setsChanged();
+    }
+    selectSetIndex(m_setTitles.indexOf(path));
+    loadSet(path);
+}
+
+QStringList FormatManager::mergeSet(const QString &path)
+{
+    return mergeItems(SetDocument::read(path)); // only names, places and flags are taken
+}
+
+QStringList FormatManager::mergeItems(const QList<PluginPtr> &saved)
+{
+    // A document saved while a plug-in was installed twice (system and user folder) names it
+    // twice. Each saved entry goes to the copy that lies where the entry says, then to a copy in
+    // the same scope (system or user), then to any copy still without an entry, in list order;
+    // matching by name and position alone would follow the table's sort order and send one copy
+    // onto the other's place. An entry left without a copy is missing like an unknown name.
+    const std::array<QString, LocationCount> folders = locations().folderPaths(m_traits);
+    const QList<PluginPtr> &plugins = m_list.items();
+
+    // The installed copies of each name in list order, where each lies on disk (the folder its
+    // record was scanned in) and whether that is a system-wide folder.
+    QHash<QString, QList<qsizetype>> copies;
+    copies.reserve(plugins.size());
+    std::vector<QString> where(size_t(plugins.size()));
+    std::vector<bool> global(size_t(plugins.size()));
+    for (qsizetype i = 0; i < plugins.size(); ++i) {
+        const Plugin &item = *plugins.at(i);
+        copies[item.name()].append(i);
+        const QString folder = m_list.folderOnDisk(item);
+        where[size_t(i)] = folder;
+        const bool system =
+            folder == folders[LocSystemActive] || folder == folders[LocSystemDisabled];
+        const bool user = folder == folders[LocUserActive] || folder == folders[LocUserDisabled];
+        global[size_t(i)] = system || (!user && item.isGlobal());
+    }
+
+    std::vector<qsizetype> match(size_t(saved.size()), -1);
+    std::vector<bool> taken(size_t(plugins.size()), false);
+    const auto pass = [&](const auto &fits) {
+        for (qsizetype s = 0; s < saved.size(); ++s) {
+            if (match[size_t(s)] >= 0)
+                continue;
+            const Plugin &entry = *saved.at(s);
+            // A name that leaves its folder never names an installed plug-in.
+            if (!isContainedName(entry.name()))
+                continue;
+            const auto candidates = copies.constFind(entry.name());
+            if (candidates == copies.cend())
+                continue;
+            for (const qsizetype index : *candidates) {
+                if (!taken[size_t(index)] && fits(entry, index)) {
+                    match[size_t(s)] = index;
+                    taken[size_t(index)] = true;
+                    break;
+                }
+            }
+        }
+    };
+    pass([&](const Plugin &entry, qsizetype index) {
+        return where[size_t(index)] == entry.location();
+    });
+    pass([&](const Plugin &entry, qsizetype index) {
+        return global[size_t(index)] == entry.isGlobal();
+    });
+    pass([](const Plugin &, qsizetype) { return true; });
+
+    QStringList missing;
+    QList<PluginPtr> changed;
+    for (qsizetype s = 0; s < saved.size(); ++s) {
+        const Plugin &entry = *saved.at(s);
+        if (match[size_t(s)] < 0) {
+            missing << entry.name();
+            continue;
+        }
+        const PluginPtr item = plugins.at(match[size_t(s)]);
+        item->setName(entry.name());
+        item->setLocation(entry.location());
+        item->setGlobal(entry.isGlobal());
+        item->setActive(entry.isActive());
+        item->updateLocation(folders);
+        updateRecord(item);
+        changed << item;
+    }
+    announceChanged(changed);
+    return missing;
+}
+
+void FormatManager::loadSet(const QString &path)
+{
+    MissingItemsPrompt &missingItems = m_parts.missingItems;
+    missingItems.clear();
+    const QStringList missing = mergeSet(path);
+    for (const QString &name : missing)
+        missingItems.add(name);
+
+    setCurrentSetName(path);
+
+    if (!missing.isEmpty()) {
+        if (missingItems.ask() == MissingItemsAnswer::Remove)
+            saveSet(); // rewrites the document from the current list, without the missing entries
+        else
+            selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
+    }
+
+    if (m_parts.settings.appliesSetAfterLoading(m_traits.type))
+        apply();
+}
+
+void FormatManager::selectSet(int index)
+{
+    selectSetIndex(index);
+    for (;;) {
+        if (m_selectedSetIndex < 1) {
+            m_setChanged = false;
+            return;
+        }
+        const QString path = m_setTitles.value(m_selectedSetIndex);
+        if (files().exists(path)) {
+            loadSet(path);
+            return;
+        }
+
+        Alert alert;
+        alert.style = Alert::Informational;
+        alert.messageText = korvane::tr("Selected Set not found");
+        alert.buttons = {korvane::tr("try again"), korvane::tr("remove")};
+        alert.informativeText =
+            korvane::tr("The set \"%@\" not longer exist.").replace(QLatin1String("%@"), path);
+        const AlertAnswer answer = ui().runAlert(alert);
+        if (answer == AlertAnswer::Default && !ui().isInteractive()) {
+            // Nobody is there to put the file back: asking again would never end. The entry
+            // stays for a person to decide on later.
+            selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
+            m_setChanged = false;
+            return;
+        }
+        if (answer != AlertAnswer::Default) {
+            m_setTitles.removeAll(path);
+            emit setsChanged();
+            selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
+            return;
+        }
+    }
+}
+
+void FormatManager::offerToSaveSet()
+{
+    if (!m_setChanged)
+        return;
+    // Compared with a capital S, so the pop-up's "no set" never matches.
+    if (m_setTitles.value(m_selectedSetIndex) == QLatin1String("no Set"))
+        return;
+
+    Alert alert;
+    alert.messageText = korvane::tr("Save changes to Set");
+    alert.buttons = {korvane::tr("Save"), korvane::tr("Discard")};
+    alert.informativeText = korvane::tr("Save changes to actual Set?");
+    if (ui().runAlert(alert) == AlertAnswer::Default) {
+        saveSet();
+    } else {
+        selectSetIndex(0);
+        m_setChanged = false;
+    }
+}
+
+void FormatManager::saveSetList()
+{
+    const QString path = locations().dataFilePath(m_traits.setsFile);
+    services().createSupportFolder(); // a fresh home has none yet
+    QVariantList titles;
+    for (const QString &title : std::as_const(m_setTitles))
+        titles << title;
+    // The list is read as names only; a file holding anything else is kept, not replaced.
+    services().writeDataFile(path, titles, [](const QString &file) {
+        return PropertyList::readStringArray(file).has_value();
+    });
+}
+
+QString FormatManager::selectedSet() const
+{
+    const QString title = m_setTitles.value(m_selectedSetIndex);
+    if (m_selectedSetIndex < 0 || m_selectedSetIndex >= m_setTitles.size() || title == kNoSet)
+        return QString();
+    return title;
+}
+
+bool FormatManager::writeSet(const QString &path) const
+{
+    return SetDocument::write(files(), path, m_list.items());
+}
+
+} // namespace korvane

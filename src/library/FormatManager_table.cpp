@@ -1,0 +1,301 @@
+// The plug-in table: cell values, undoable flag toggles, sorting, dragging out and installing
+// dropped files.
+#include "library/FormatManager.h"
+
+#include "core/AppServices.h"
+#include "core/Locations.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
+#include "os/FileOperations.h"
+#include "os/SystemLog.h"
+
+#include <QPointer>
+#include <algorithm>
+#include <numeric>
+#include <string>
+#include <vector>
+
+namespace korvane {
+
+namespace {
+
+const QString kActive = QStringLiteral("AUActive");
+const QString kGlobal = QStringLiteral("AUGlobal");
+const QString kGroup = QStringLiteral("AUGroup");
+
+// One sort key with every item's key taken out once, so the comparisons of a sort compare
+// plain numbers and strings. The kinds follow the table's values: flags and numbers compare as
+// numbers, the rest as text; a column the items do not have leaves the order to the next one.
+class SortColumn {
+public:
+    SortColumn(const SortKey &sortKey, const QList<PluginPtr> &items)
+        : m_ascending(sortKey.ascending),
+          m_case(sortKey.caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive)
+    {
+        const QString &key = sortKey.column;
+        const auto numbers = [&](auto value) {
+            m_kind = Number;
+            m_numbers.reserve(items.size());
+            for (const PluginPtr &item : items)
+                m_numbers.push_back(int(value(*item)));
+        };
+        const auto texts = [&](auto value) {
+            m_kind = Text;
+            m_texts.reserve(items.size());
+            for (const PluginPtr &item : items)
+                m_texts.push_back(value(*item));
+            if (m_case == Qt::CaseInsensitive)
+                foldAscii();
+        };
+        if (key == kActive)
+            numbers([](const Plugin &i) { return i.isActive(); });
+        else if (key == kGlobal)
+            numbers([](const Plugin &i) { return i.isGlobal(); });
+        else if (key == kGroup)
+            texts([](const Plugin &i) { return i.group(); });
+        else if (key == QLatin1String("AUType"))
+            texts([](const Plugin &i) { return i.architectureName(); });
+        else if (key == QLatin1String("AUName"))
+            texts([](const Plugin &i) { return i.name(); });
+        else if (key == QLatin1String("AULocation"))
+            texts([](const Plugin &i) { return i.location(); });
+    }
+
+    // Negative, zero or positive as item a sorts before, with or after item b.
+    int compare(qsizetype a, qsizetype b) const
+    {
+        int order = 0;
+        if (m_kind == Number) {
+            const int x = m_numbers[size_t(a)], y = m_numbers[size_t(b)];
+            order = x < y ? -1 : (x > y ? 1 : 0);
+        } else if (m_kind == Text) {
+            if (!m_folded.empty() && !m_folded[size_t(a)].empty() && !m_folded[size_t(b)].empty())
+                order = m_folded[size_t(a)].compare(m_folded[size_t(b)]);
+            else
+                order = QString::compare(m_texts[size_t(a)], m_texts[size_t(b)], m_case);
+        }
+        return m_ascending ? order : -order;
+    }
+
+private:
+    // Plain ASCII texts folded to lower case once: comparing those bytes orders them exactly as
+    // the case-insensitive comparison does, without folding every character of every comparison.
+    // Empty for texts that are empty or hold anything else; those keep the full comparison.
+    void foldAscii()
+    {
+        m_folded.resize(m_texts.size());
+        for (size_t i = 0; i < m_texts.size(); ++i) {
+            const QString &text = m_texts[i];
+            std::string folded(size_t(text.size()), '\0');
+            bool ascii = true;
+            for (qsizetype c = 0; c < text.size() && ascii; ++c) {
+                const char16_t unit = text.at(c).unicode();
+                ascii = unit < 0x80;
+                folded[size_t(c)] = char(unit >= 'A' && unit <= 'Z' ? unit + ('a' - 'A') : unit);
+            }
+            if (ascii)
+                m_folded[i] = std::move(folded);
+        }
+    }
+
+    enum Kind { None, Number, Text };
+    Kind m_kind = None;
+    bool m_ascending;
+    Qt::CaseSensitivity m_case;
+    std::vector<int> m_numbers;
+    std::vector<QString> m_texts;
+    std::vector<std::string> m_folded; // empty unless the comparison ignores case
+};
+
+// The last component of a dropped path; a folder may arrive with a trailing separator.
+QString lastPathComponent(QString path)
+{
+    while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
+        path.chop(1);
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+} // namespace
+
+QVariant FormatManager::data(int row, const QString &column) const
+{
+    if (!m_list.isValidRow(row))
+        return QVariant();
+    return valueOf(*m_list.at(row), column);
+}
+
+QVariant FormatManager::valueOf(const Plugin &item, const QString &column)
+{
+    if (column == kActive)
+        return item.isActive();
+    if (column == kGlobal)
+        return item.isGlobal();
+    if (column == kGroup)
+        return item.group();
+    if (column == QLatin1String("AUType"))
+        return item.architectureName();
+    if (column == QLatin1String("AUName"))
+        return item.name();
+    if (column == QLatin1String("AULocation"))
+        return item.location();
+    return QVariant();
+}
+
+void FormatManager::setData(int row, const QString &column, const QVariant &value)
+{
+    if (!m_list.isValidRow(row))
+        return;
+    changeItem(m_list.at(row), column, value);
+}
+
+void FormatManager::changeItem(const PluginPtr &item, const QString &column, const QVariant &value)
+{
+    if (!item)
+        return;
+    AppServices *services = &this->services();
+    UndoStack *undo = services->undoStack();
+
+    if (column == kGroup) {
+        changeGroup(item, value.toString());
+        item->updateLocation(m_traits.type);
+        updateRecord(item);
+        announceChanged({item});
+        return;
+    }
+    if (column != kActive && column != kGlobal)
+        return;
+
+    // Every call toggles whatever value it is given, so the same call is its own inverse.
+    QPointer<FormatManager> self(this);
+    undo->registerUndo(this, [self, item, column, value] {
+        if (self)
+            self->changeItem(item, column, value);
+    });
+    const bool globalFlag = column == kGlobal;
+    if (globalFlag)
+        item->setGlobal(!item->isGlobal());
+    else
+        item->setActive(!item->isActive());
+    if (!undo->isUndoing())
+        undo->setActionName(m_traits.toggleActionName(item->name(), item->isActive(),
+                                                      item->isGlobal(), globalFlag));
+
+    services->updateUndoTitle();
+    services->updateRedoTitle();
+    item->updateLocation(m_traits.type);
+    updateRecord(item);
+    m_setChanged = m_selectedSetIndex > 0;
+    announceChanged({item});
+}
+
+void FormatManager::setCurrentRow(int row)
+{
+    emit rowSelected(itemAt(row));
+}
+
+void FormatManager::sortBy(const QList<SortKey> &keys)
+{
+    m_sortKeys = keys;
+    emit itemsAboutToBeReordered();
+    sortPlugins();
+    emit itemsReordered();
+}
+
+void FormatManager::sortPlugins()
+{
+    if (m_sortKeys.isEmpty())
+        return;
+    // Stable, and item IDs stay as the scan gave them: activation finds items by ID.
+    std::vector<SortColumn> columns;
+    columns.reserve(size_t(m_sortKeys.size()));
+    const QList<PluginPtr> &plugins = m_list.items();
+    for (const SortKey &sortKey : std::as_const(m_sortKeys))
+        columns.emplace_back(sortKey, plugins);
+    std::vector<qsizetype> order(size_t(plugins.size()));
+    std::iota(order.begin(), order.end(), qsizetype(0));
+    std::stable_sort(order.begin(), order.end(), [&columns](qsizetype a, qsizetype b) {
+        for (const SortColumn &column : columns) {
+            if (const int result = column.compare(a, b); result != 0)
+                return result < 0;
+        }
+        return false;
+    });
+    QList<PluginPtr> sorted;
+    sorted.reserve(plugins.size());
+    for (qsizetype index : order)
+        sorted.append(plugins.at(index));
+    m_list.reorder(std::move(sorted));
+}
+
+QStringList FormatManager::pathsOfRows(const QList<int> &rows) const
+{
+    QStringList paths;
+    for (int row : rows) {
+        if (const PluginPtr item = itemAt(row))
+            paths << m_list.pathOnDisk(*item);
+    }
+    return paths;
+}
+
+DropValidation FormatManager::validateDrop(int proposedRow, bool proposedOnRow,
+                                           bool fromInsideApplication) const
+{
+    DropValidation validation{fromInsideApplication ? 0 : 4, proposedRow, proposedOnRow};
+    if (proposedOnRow) {
+        validation.row = proposedRow + 1;
+        validation.onRow = false;
+    }
+    return validation;
+}
+
+bool FormatManager::installDropped(const QStringList &paths)
+{
+    UserInterface &ui = this->ui();
+    Alert alert;
+    alert.style = Alert::Informational;
+    alert.messageText = korvane::tr("Install Files");
+    alert.informativeText = korvane::tr(m_traits.installInformative.toUtf8().constData());
+    alert.buttons = {korvane::tr(m_traits.installFirstButton.toUtf8().constData()),
+                     korvane::tr("All Files"), korvane::tr("Cancel")};
+    alert.addedButtons = true;
+    const AlertAnswer answer = ui.runAlert(alert);
+    if (answer != AlertAnswer::First && answer != AlertAnswer::Second)
+        return false;
+    const bool allFiles = answer == AlertAnswer::Second;
+
+    ui.progressBegin(korvane::tr(m_traits.installProgressTitle.toUtf8().constData()));
+    ui.progressDetail(QString());
+    FileOperations &files = this->files();
+    const int count = paths.size();
+    int i = 0;
+    {
+        const CopyProgressScope bytes(files, copyProgressFor(i, count));
+        for (; i < count; ++i) {
+            // A person may stop a long install between files; what was copied stays.
+            if (ui.progressCancelled())
+                break;
+            const QString &path = paths.at(i);
+            const QString name = lastPathComponent(path);
+            ui.progressText(path);
+            ui.progressDetail(QString());
+            ui.progressValue(i + 1, count);
+            const bool recognised = recognise(m_traits.recognitionTakesFullPath ? path : name);
+            if (!recognised && !allFiles)
+                continue;
+            const QString target = locations().expand(m_traits.installPath(name));
+            // A fresh account may have no plug-in folder yet; a drop should still install.
+            services().createFolders(target);
+            files.copy(path, target); // never overwrites; failures show in the rescan
+        }
+    }
+    if (i < count) {
+        const QString left = paths.mid(i).join(QStringLiteral(", "));
+        systemLog(QStringLiteral("Stopped, not installed: %1").arg(left));
+        services().appendLog(korvane::tr("Stopped, not installed: %1\n").arg(left));
+    }
+    rescan();
+    ui.progressEnd();
+    return true;
+}
+
+} // namespace korvane

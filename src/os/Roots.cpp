@@ -1,0 +1,69 @@
+#include "os/Roots.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <pwd.h>
+#include <unistd.h>
+
+namespace korvane {
+
+namespace {
+
+QString clean(const QString &path)
+{
+    return path.isEmpty() ? path : QDir::cleanPath(path);
+}
+
+QString absolute(const QString &path)
+{
+    return path.isEmpty() ? path : QFileInfo(path).absoluteFilePath();
+}
+
+QString userDatabaseHome()
+{
+    // Without HOME (a stripped environment under a privileged helper) ask the user database.
+    if (const passwd *entry = getpwuid(getuid()); entry && entry->pw_dir)
+        return QFile::decodeName(entry->pw_dir);
+    return QStringLiteral("/");
+}
+
+} // namespace
+
+Roots Roots::fromEnvironment()
+{
+    const QString root = qEnvironmentVariable("KORVANE_ROOT");
+    QString home = qEnvironmentVariable("HOME");
+    if (home.isEmpty())
+        home = userDatabaseHome();
+    Roots roots = at(root.isEmpty() ? QStringLiteral("/") : absolute(root), absolute(home));
+    // A relative data home is to be ignored, as the freedesktop rules say.
+    const QString dataHome = qEnvironmentVariable("XDG_DATA_HOME");
+    if (dataHome.startsWith(QLatin1Char('/')))
+        roots.dataHome = clean(dataHome);
+    return roots;
+}
+
+QString Roots::missingFolder(bool checkRoot, bool checkHome) const
+{
+    const auto missing = [](const char *name, const QString &path) {
+        return QStringLiteral("%1: no folder \"%2\"").arg(QLatin1String(name), path);
+    };
+    if (checkRoot && !QFileInfo(systemRoot).isDir())
+        return missing("KORVANE_ROOT", systemRoot);
+    if (checkHome && (home.isEmpty() || !QFileInfo(home).isDir()))
+        return missing("HOME", home);
+    return {};
+}
+
+Roots Roots::at(const QString &systemRoot, const QString &home)
+{
+    Roots roots;
+    roots.systemRoot = clean(systemRoot.isEmpty() ? QStringLiteral("/") : systemRoot);
+    roots.home = clean(home);
+    roots.dataHome = roots.home + QStringLiteral("/.local/share");
+    return roots;
+}
+
+} // namespace korvane

@@ -1,0 +1,50 @@
+#include "core/Locations.h"
+
+#include "core/FormatTable.h"
+#include "support/TestRoots.h"
+
+namespace korvane {
+namespace {
+
+class LocationsTest : public TestRoots {};
+
+TEST_F(LocationsTest, OnlyALeadingLibraryOrTildeFollowsTheRootsAndTheEnvironmentGivesThem)
+{
+    const QList<std::pair<QString, QString>> cases = {
+        {"/Library/Audio/", root() + "/Library/Audio"},
+        {"~/Library//Audio/./Plug-Ins/x/../VST/", home() + "/Library/Audio/Plug-Ins/VST"},
+        {"~", home()},
+        {"/Library", root() + "/Library"},
+        {root() + "/Library", root() + "/Library"}, // expanding twice changes nothing
+        {"/Libraryx/a", "/Libraryx/a"},
+        {"/usr/Library/a", "/usr/Library/a"},
+        {"~other/a", "~other/a"},
+        {"a/~/b", "a/~/b"},
+    };
+    for (const auto &[path, expected] : cases)
+        EXPECT_EQ(locations().expand(path), expected) << path.toStdString();
+    EXPECT_EQ(Locations(Roots::at("/", home())).machinePreferencesPath(),
+              "/Library/Preferences/com.velmora.Korvane.plist");
+
+    // Out of range is nothing, not a neighbour's folder or format.
+    for (int loc : {-1, 4})
+        EXPECT_TRUE(FormatTable::builtIn().at(TypeVST).folder(loc).isEmpty()) << loc;
+    EXPECT_EQ(FormatTable::builtIn().find(4), nullptr);
+
+    // Only the programs' entry points read the environment. A relative XDG_DATA_HOME is ignored:
+    // the trash would be wherever the program was started.
+    const QByteArray savedHome = qgetenv("HOME"), savedData = qgetenv("XDG_DATA_HOME");
+    qputenv("KORVANE_ROOT", root().toUtf8() + "/");
+    qputenv("HOME", home().toUtf8());
+    qputenv("XDG_DATA_HOME", "relative/share");
+    EXPECT_EQ(Roots::fromEnvironment(), Roots::at(root(), home()));
+    qunsetenv("KORVANE_ROOT");
+    qputenv("XDG_DATA_HOME", "/srv/data");
+    EXPECT_EQ(Roots::fromEnvironment().systemRoot, "/");
+    EXPECT_EQ(Roots::fromEnvironment().trashFolder(), "/srv/data/Trash");
+    qputenv("HOME", savedHome);
+    savedData.isNull() ? qunsetenv("XDG_DATA_HOME") : qputenv("XDG_DATA_HOME", savedData);
+}
+
+} // namespace
+} // namespace korvane

@@ -1,0 +1,240 @@
+#include "FormatManagerFixture.h"
+
+#include "codec/PropertyList.h"
+#include "codec/TypedStream.h"
+#include "library/SetDocument.h"
+
+namespace korvane {
+
+// One line per item: what a set document keeps of it.
+static QStringList summary(const QList<PluginPtr> &items)
+{
+    QStringList lines;
+    for (const PluginPtr &item : items)
+        lines << item->name() + "|" + item->location() + "|" + (item->isGlobal() ? "1" : "0")
+                     + (item->isActive() ? "1" : "0");
+    return lines;
+}
+
+class SetsTest : public FormatManagerFixture {
+protected:
+    QString documents;
+
+    void SetUp() override
+    {
+        FormatManagerFixture::SetUp();
+        for (const char *name : {"A.component", "B.component", "C.component"})
+            addAU(LocSystemActive, name);
+        documents = homePath("Documents");
+        QDir().mkpath(documents);
+        au->rescan();
+        au->loadSetList();
+    }
+    QString saveAs(const QString &name)
+    {
+        const QString path = documents + "/" + name;
+        ui.savePanelAnswers << path;
+        au->saveSet();
+        return path;
+    }
+    // Four items: every pair of flags, names and places beyond ASCII and of great length.
+    QList<PluginPtr> sample() const
+    {
+        const QStringList items{"Über Delay.component|/Library/Audio/Plug-Ins/Components|11",
+                                "日本語 Reverb.vst|"
+                                    + homePath("Library/Audio/Plug-Ins/VST (Disabled)") + "|00",
+                                QString(230, 'n') + ".component|/" + QString(250, 'p') + "|10",
+                                "Sub/Folder Plug.dpm|/Library/Audio/Plug-Ins/MAS|01"};
+        QList<PluginPtr> result;
+        for (const QString &line : items) {
+            result << std::make_shared<Plugin>();
+            result.last()->setName(line.section('|', 0, 0));
+            result.last()->setLocation(line.section('|', 1, 1));
+            result.last()->setGlobal(line.section('|', 2).startsWith('1'));
+            result.last()->setActive(line.section('|', 2).endsWith('1'));
+        }
+        return result;
+    }
+    // Writes a document and tells whether it is readable and what it reads as.
+    QStringList reread(const QByteArray &bytes, bool readable = false) const
+    {
+        const QString path = homePath("doc.aukorv");
+        writeText(path, bytes);
+        EXPECT_EQ(SetDocument::load(path).has_value(), readable);
+        return summary(SetDocument::read(path));
+    }
+    // The pop-up's titles after loading a sets file holding that.
+    QStringList loadSets(const QByteArray &contents)
+    {
+        writeText(homePath("Library/Application Support/Korvane/ausets.plist"), contents);
+        au->loadSetList();
+        return au->setTitles();
+    }
+};
+
+TEST_F(SetsTest, SavedSetReopensWithItsFlags)
+{
+    const QString path = saveAs("one.aukorv");
+    EXPECT_EQ(ui.savePanels[0].directory, documents);
+    au->saveSetAs(path); // a path is listed once
+    EXPECT_EQ(au->setTitles(), QStringList({"no set", path}));
+    EXPECT_EQ(au->selectedSetIndex(), 1);
+
+    au->changeItem(item(au, "B.component"), "AUActive", false);
+    EXPECT_TRUE(au->isSetChanged());
+    au->openSet(path);
+    EXPECT_TRUE(item(au, "B.component")->isActive());
+    EXPECT_FALSE(au->isApplyEnabled());
+
+    ui.alertAnswers << AlertAnswer::Alternate; // Discard the change
+    au->changeItem(item(au, "B.component"), "AUActive", false);
+    au->apply();
+    EXPECT_EQ(ui.alertMessages(), QStringList({"Save changes to Set"}));
+    EXPECT_FALSE(au->isSetChanged());
+    EXPECT_EQ(au->selectedSetIndex(), 0);
+}
+
+TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemoved)
+{
+    EXPECT_EQ(loadSets(PropertyList::toXml(QVariantList{"/a.aukorv", "/b.aukorv"})),
+              QStringList({"no set", "/a.aukorv", "/b.aukorv"}));
+    EXPECT_EQ(loadSets("not a plist"), QStringList({"no set"}));
+
+    loadSets(PropertyList::toXml(QVariantList{"no set", "/gone/x.aukorv"}));
+    ui.alertAnswers << AlertAnswer::Default << AlertAnswer::Default << AlertAnswer::Alternate;
+    au->selectSet(1);
+    ASSERT_EQ(ui.alerts.size(), 3);
+    EXPECT_EQ(ui.alerts[2].buttons, QStringList({"try again", "remove"}));
+    EXPECT_EQ(au->setTitles(), QStringList({"no set"}));
+
+    // With nobody there to answer, "try again" would never end: it is asked once, and the entry
+    // stays for a person to decide on.
+    HeadlessUi nobody;
+    ManagersOfOneRun unattended(locations(), disk(), nobody);
+    unattended.au.loadSetList();
+    unattended.au.openDefaultSet("/gone/y.aukorv");
+    const QStringList titles = unattended.au.setTitles();
+    unattended.au.selectSet(int(titles.indexOf("/gone/y.aukorv")));
+    EXPECT_EQ(unattended.au.setTitles(), titles);
+    EXPECT_EQ(unattended.au.selectedSetIndex(), 0);
+}
+
+// Each entry goes to the copy the set names, whatever the table's order; with one copy gone, the
+// set's entry for it is missing, not handed to the survivor.
+TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
+{
+    const QString system = B::makeAudioUnit(folder(TypeAU, 0), "Foo.component", MachO::ppc());
+    const QString user = addAU(LocUserActive, "Foo.component");
+    au->rescan();
+    au->sortBy({{"AULocation", true}});
+    for (const PluginPtr &it : au->items()) {
+        if ((it->name() == "Foo.component" && it->isGlobal()) || it->name() == "A.component") {
+            it->setActive(false);
+            it->updateLocation(TypeAU);
+        }
+    }
+    const QString path = documents + "/copies.aukorv";
+    au->writeSet(path);
+
+    au->rescan();
+    au->sortBy({{"AULocation", false}});
+    setPref("AUActivateAfterLoading", true);
+    au->openDefaultSet(path);
+    EXPECT_TRUE(ui.missingItemsLists.isEmpty());
+    EXPECT_TRUE(ui.alerts.isEmpty());
+    EXPECT_FALSE(exists(system) || exists(auPath(0, "A.component")));
+    EXPECT_TRUE(exists(auPath(1, "A.component")) && exists(auPath(0, "B.component")));
+    EXPECT_TRUE(whole(auPath(1, "Foo.component"), MachO::ppc()));
+    EXPECT_TRUE(whole(user, MachO::intel()));
+
+    // Missing entries are listed; ignored, the document stays and no set is selected; removed,
+    // the document loses them.
+    QDir(auPath(1, "Foo.component")).removeRecursively();
+    au->rescan();
+    au->openDefaultSet(path);
+    EXPECT_EQ(ui.missingItemsLists, QStringList({"Foo.component"}));
+    EXPECT_EQ(au->selectedSetIndex(), 0);
+    EXPECT_EQ(SetDocument::read(path).size(), 5);
+    ui.missingItemsAnswers << MissingItemsAnswer::Remove;
+    au->openDefaultSet(path);
+    EXPECT_EQ(SetDocument::read(path).size(), 4);
+    EXPECT_EQ(au->selectedSetIndex(), 1);
+    EXPECT_TRUE(whole(user, MachO::intel()));
+}
+
+// The worked example reads and is written byte for byte; a saved document opens with every item; a
+// failed write keeps the old document.
+TEST_F(SetsTest, DocumentsAreWrittenIdenticallyAndFailedWritesKeepTheOld)
+{
+    QFile file(KORVANE_TEST_DATA "/typedstream/AUItemExample");
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray example = file.readAll();
+    const QList<PluginPtr> items = SetDocument::decode(example);
+    EXPECT_EQ(summary(items), QStringList{"Foo.component|/Library/Audio/Plug-Ins/Components|11"});
+    EXPECT_EQ(SetDocument::encode(items), example);
+
+    const QString nowhere = homePath("missing/folder/set.aukorv");
+    EXPECT_FALSE(SetDocument::write(disk(), nowhere, sample()) || QFile::exists(nowhere));
+
+    const QString path = homePath("locked/set.aukorv");
+    QDir().mkpath(homePath("locked"));
+    ASSERT_TRUE(SetDocument::write(disk(), path, {}));
+    ASSERT_TRUE(SetDocument::write(disk(), path, sample())); // replaces the document whole
+    EXPECT_TRUE(SetDocument::load(path).has_value());
+    EXPECT_EQ(summary(SetDocument::read(path)), summary(sample()));
+    ImmutableGuard guard(homePath("locked"));
+    if (!guard.ok())
+        GTEST_SKIP() << "no immutable attribute on this file system";
+    EXPECT_FALSE(SetDocument::write(disk(), path, {}));
+    EXPECT_EQ(summary(SetDocument::read(path)), summary(sample()));
+}
+
+TEST_F(SetsTest, OnlyArraysOfItemsAreReadableAndDamageNeverCrashes)
+{
+    EXPECT_FALSE(SetDocument::load(homePath("nothing.aukorv")).has_value());
+    EXPECT_TRUE(reread("not an archive at all").isEmpty());
+
+    using W = TypedStreamWriter;
+    const auto name = W::makeString("A.component"), where = W::makeString("/Library");
+    const auto yes = W::makeString("YES");
+    const auto item = [&](const char *className, QList<ArchivedObjectPtr> objects) {
+        return W::makeArray({W::makeObject(className, std::move(objects))});
+    };
+    const struct {
+        const char *what;
+        ArchivedObjectPtr root;
+    } cases[] = {
+        {"root is a string", name},
+        {"root is nil", nullptr},
+        {"element is a string",
+         W::makeArray({W::makeObject("AUItem", {name, where, yes, yes}), name})},
+        {"element is nil", W::makeArray({nullptr})},
+        {"wrong class name", item("AUltem", {name, where, yes, yes})},
+        {"three objects", item("AUItem", {name, where, yes})},
+        {"name not a string", item("AUItem", {W::makeArray({}), where, yes, yes})},
+    };
+    for (const auto &c : cases)
+        EXPECT_TRUE(reread(W::write(c.root)).isEmpty()) << c.what;
+
+    // Either array class, nil or non-"YES" flags as NO, an empty array as an empty set.
+    const auto lower = W::makeObject("AUItem", {name, where, nullptr, W::makeString("yes")});
+    EXPECT_EQ(reread(W::write(W::makeArray({lower}, false)), true),
+              QStringList{"A.component|/Library|00"});
+    EXPECT_TRUE(reread(W::write(W::makeArray({})), true).isEmpty());
+
+    const QByteArray valid = SetDocument::encode(sample());
+    // Cut short, a document reads as nothing; a changed byte may leave it readable (a letter of a
+    // name), never with a different count.
+    for (qsizetype at = 0; at < valid.size(); ++at) {
+        EXPECT_TRUE(SetDocument::decode(valid.left(at)).isEmpty()) << at;
+        for (const char value :
+             {'\x00', '\x01', '\x7f', '\x80', '\x81', '\x84', '\x85', '\x86', '\x92', '\xff'}) {
+            QByteArray damaged = valid;
+            damaged[at] = value;
+            const qsizetype count = SetDocument::decode(damaged).size();
+            EXPECT_TRUE(count == 0 || count == 4) << at << " " << int(value);
+        }
+    }
+}
+
+} // namespace korvane
