@@ -25,6 +25,7 @@ dir="$(demo_library "$demo" e2e)"
 xvfb=""
 app=""
 cleanup() {
+  chattr -i "${H:-/nonexistent}/Library/Preferences" 2>/dev/null || true
   [ -n "$app" ] && kill "$app" 2>/dev/null || true
   [ -n "$xvfb" ] && kill "$xvfb" 2>/dev/null || true
   rm -rf "$dir"
@@ -118,6 +119,50 @@ fi
 focus "$main"
 keys ctrl+f ctrl+a BackSpace
 
+# All Off with a search active switches off only the rows shown; the status line says what Apply
+# will do before anyone presses it.
+keys ctrl+f
+xdotool type --delay 60 "Cinder"
+sleep 0.5
+keys alt+p Down Return
+sleep 0.5
+shot filtered-all-off "$main"
+keys alt+a
+sleep 1.5
+if [ -e "$components (Disabled)/Cinder Reverb.component" ] \
+  && [ -e "$components/Aurora Synth.component" ] && [ -e "$components/Basalt Compressor.component" ]; then
+  pass "All Off with a search switched off only the row shown"
+else
+  fail "All Off with a search reached rows the search hid"
+fi
+focus "$main"
+keys ctrl+f ctrl+a BackSpace
+
+# Quit with a mark not applied asks first; Escape (Cancel) keeps the program and the mark.
+keys ctrl+f
+xdotool type --delay 60 "Basalt"
+sleep 0.5
+keys Tab Home space
+keys ctrl+q
+sleep 1
+question=$(xdotool search --onlyvisible --name '^Korvane$' 2>/dev/null | grep -v "^$main\$" | head -n 1 || true)
+if [ -n "$question" ]; then
+  pass "Quit with a mark not applied asked first"
+  shot quit-with-marks "$question"
+  focus "$question"
+  keys Escape
+else
+  fail "Quit with a mark not applied did not ask"
+fi
+if kill -0 "$app" 2>/dev/null && [ -e "$components/Basalt Compressor.component" ]; then
+  pass "Cancel kept the program running and Basalt where it was"
+else
+  fail "Cancel did not keep the program and the mark"
+fi
+focus "$main"
+keys ctrl+z # the mark taken back: nothing left to ask about at the end
+keys ctrl+f ctrl+a BackSpace
+
 # Preferences: the VST page's On box takes the VST tab out, and a second click brings it back.
 keys alt+w p
 if prefwin=$(wait_for_window Preferences); then
@@ -151,6 +196,40 @@ if prefwin=$(wait_for_window Preferences); then
   xdotool key --window "$prefwin" Escape 2>/dev/null || true
 else
   fail "no Preferences window"
+fi
+
+# A preferences folder that cannot be written (as after one "sudo korvane"): the change is said
+# at once, with Try Again, Save Elsewhere... and Cancel.
+if chattr +i "$H/Library/Preferences" 2>/dev/null; then
+  focus "$main"
+  keys alt+w p
+  if prefwin=$(wait_for_window Preferences); then
+    focus "$prefwin"
+    shot preferences-again "$prefwin"
+    # The window opens again on the VST page: a click on its On box changes a preference.
+    xdotool mousemove --window "$prefwin" 30 83 click 1
+    sleep 1
+    alert=$(xdotool search --onlyvisible --name '^Korvane$' 2>/dev/null | grep -v "^$main\$" | head -n 1 || true)
+    if [ -n "$alert" ]; then
+      pass "an unwritable preferences folder was said at once"
+      shot unwritable-settings "$alert"
+      focus "$alert"
+      keys Escape
+    else
+      fail "a preference change into an unwritable folder said nothing"
+    fi
+    chattr -i "$H/Library/Preferences"
+    focus "$prefwin"
+    xdotool mousemove --window "$prefwin" 30 83 click 1 # VST back on, now stored
+    sleep 0.5
+    if [ "$(plist_value VSTOn)" = true ]; then pass "VSTOn stored once the folder was writable"; else fail "VSTOn not stored after the folder came back"; fi
+    xdotool key --window "$prefwin" Escape 2>/dev/null || true
+  else
+    fail "no Preferences window for the unwritable-settings case"
+  fi
+  chattr -i "$H/Library/Preferences" 2>/dev/null || true
+else
+  echo "skip - chattr +i not supported where the demo lives"
 fi
 
 # Quit through the File menu; the program writes groups and sets on its way out.

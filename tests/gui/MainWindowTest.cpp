@@ -5,6 +5,7 @@
 #include "gui/main/FormatTab.h"
 #include "gui/main/MainWindow.h"
 #include "gui/table/PluginTableModel.h"
+#include "gui/table/PluginTableView.h"
 #include "gui/windows/PreferencesWindow.h"
 #include "os/ReadOnlyFileOperations.h"
 
@@ -12,6 +13,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDialogButtonBox>
+#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
@@ -79,6 +81,74 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
     EXPECT_EQ(window->action("miUndo")->text(), context->main()->undoTitle());
     window->action("miUndo")->trigger();
     EXPECT_EQ(au.itemAt(0)->isGlobal(), global);
+}
+
+// A search hides rows; All Off once switched off the hidden ones too. Bulk marks act on what is
+// shown, ask past a screenful with the count, and each is one named undo step.
+TEST_F(MainWindowTest, BulkCommandsActOnTheShownRowsAskPastAScreenfulAndUndoAsOneStep)
+{
+    std::unique_ptr<MainWindow> window = openLibrary();
+    FormatManager &vst = *context->manager(TypeVST);
+    FormatTab *page = window->page(TypeVST);
+    page->table()->setFilterText("Alder");
+    window->action("miAllOff")->trigger();
+    EXPECT_FALSE(vst.itemAt(rowOf(vst, "Alder Echo.vst"))->isActive());
+    EXPECT_TRUE(vst.itemAt(rowOf(vst, "Birch Verb.vst"))->isActive()); // hidden: untouched
+    EXPECT_TRUE(ui.alerts.isEmpty());                                  // one row fits
+    EXPECT_EQ(page->changesLine()->text(), "1 change: 1 off, 0 on");
+    EXPECT_EQ(window->action("miUndo")->text(), "Undo Switch Off 1 Plug-In");
+    window->action("miUndo")->trigger();
+    EXPECT_TRUE(vst.itemAt(rowOf(vst, "Alder Echo.vst"))->isActive());
+    EXPECT_EQ(page->changesLine()->text(), "");
+
+    // A group named in the submenu reaches its hidden members, and the question says so.
+    context->main()->addGroup();
+    vst.changeGroup(vst.itemAt(rowOf(vst, "Alder Echo.vst")), "New Group");
+    vst.changeGroup(vst.itemAt(rowOf(vst, "Birch Verb.vst")), "New Group");
+    auto *groupOff = window->findChild<QMenu *>("menuGroupOff");
+    ASSERT_TRUE(groupOff);
+    emit groupOff->aboutToShow();
+    ASSERT_EQ(groupOff->actions().size(), 1);
+    EXPECT_EQ(groupOff->actions().first()->text(), "New Group");
+    ui.alertAnswers.enqueue(AlertAnswer::Alternate); // Cancel
+    groupOff->actions().first()->trigger();
+    EXPECT_EQ(ui.alertMessages().value(0), "Switch off 2 plug-ins, 1 of them not shown?");
+    EXPECT_EQ(vst.pendingCount(), 0);
+    groupOff->actions().first()->trigger(); // Switch Off
+    EXPECT_EQ(vst.pendingCount(), 2);
+    EXPECT_EQ(page->changesLine()->text(), "2 changes: 2 off, 0 on");
+    EXPECT_EQ(window->action("miUndo")->text(), "Undo Switch Off 2 Plug-Ins");
+
+    // Marked rows carry their mark in the table before Apply.
+    const PluginTableModel &model = page->table()->tableModel();
+    const int alder = rowOf(vst, "Alder Echo.vst");
+    const int name = int(vst.columns().indexOf("AUName"));
+    EXPECT_FALSE(model.data(model.index(alder, name), Qt::DecorationRole).isNull());
+    EXPECT_TRUE(model.data(model.index(alder, name), Qt::ToolTipRole)
+                    .toString()
+                    .endsWith("Switched off at the next Apply"));
+}
+
+// Quit with marks not applied asks Apply / Discard / Cancel; Cancel keeps the window and the marks.
+TEST_F(MainWindowTest, ClosingWithMarksAsksAndCancelKeepsTheWindowAndTheMarks)
+{
+    std::unique_ptr<MainWindow> window = openLibrary();
+    FormatManager &vst = *context->manager(TypeVST);
+    window->action("miAllOff")->trigger();
+    ui.alertAnswers.enqueue(AlertAnswer::Third); // Cancel
+    window->close();
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(ui.alertMessages(), QStringList{"2 changes not applied"});
+    EXPECT_EQ(ui.alerts.last().buttons, QStringList({"Apply", "Discard", "Cancel"}));
+    EXPECT_EQ(vst.pendingCount(), 2);
+    // Rescan asks too; Apply moves them first.
+    ui.alertAnswers.enqueue(AlertAnswer::First);
+    window->action("miRescan")->trigger();
+    EXPECT_TRUE(QFileInfo::exists(folder(TypeVST, LocUserDisabled) + "/Birch Verb.vst"));
+    EXPECT_EQ(vst.pendingCount(), 0);
+    window->close(); // nothing left to ask about
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(ui.alerts.size(), 2);
 }
 
 TEST_F(MainWindowTest, ThePreferencesOnBoxTakesTheTabOutAndPutsTheSamePageBack)
