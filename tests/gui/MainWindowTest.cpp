@@ -13,12 +13,15 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDialogButtonBox>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTranslator>
 
 namespace korvane {
@@ -149,6 +152,46 @@ TEST_F(MainWindowTest, ClosingWithMarksAsksAndCancelKeepsTheWindowAndTheMarks)
     window->close(); // nothing left to ask about
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(ui.alerts.size(), 2);
+}
+
+// "Check for updates at start-up" was stored and read by nothing. Now the window asks the
+// server (here one on the loopback the test starts) once it is up, and speaks of a newer version.
+TEST_F(MainWindowTest, CheckForUpdatesAtStartUpAsksTheServerOnceTheWindowIsUp)
+{
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost, 0));
+    int requests = 0;
+    QObject::connect(&server, &QTcpServer::newConnection, [&] {
+        QTcpSocket *socket = server.nextPendingConnection();
+        ++requests;
+        QObject::connect(socket, &QTcpSocket::readyRead, [socket] {
+            if (!socket->peek(4096).contains("\r\n\r\n"))
+                return;
+            socket->readAll();
+            const QByteArray body = PropertyList::toXml(QVariantMap{{"KorvaneOSX", "99.0"}});
+            socket->write("HTTP/1.0 200 OK\r\nContent-Length: " + QByteArray::number(body.size())
+                          + "\r\n\r\n" + body);
+            socket->disconnectFromHost();
+        });
+    });
+    const QByteArray url =
+        "http://127.0.0.1:" + QByteArray::number(server.serverPort()) + "/versions.plist";
+    qputenv("KORVANE_UPDATE_URL", url);
+    makeContext();
+    context->pref()->store()->setValue("SUCheckAtStartup", true);
+    context->prepareWindow();
+    auto window = std::make_unique<MainWindow>(*context);
+    qunsetenv("KORVANE_UPDATE_URL");
+    window->show();
+    window->startWhenRunning();
+    QElapsedTimer clock;
+    clock.start();
+    while (ui.alerts.isEmpty() && clock.elapsed() < 10000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+    EXPECT_EQ(requests, 1);
+    ASSERT_EQ(ui.alerts.size(), 1);
+    EXPECT_TRUE(ui.alerts.first().messageText.startsWith(
+        "A new version of \"Korvane\" is available (version 99.0)."));
 }
 
 TEST_F(MainWindowTest, ThePreferencesOnBoxTakesTheTabOutAndPutsTheSamePageBack)
