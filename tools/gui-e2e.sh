@@ -24,7 +24,9 @@ shots="$(cd "$shots" && pwd)"
 dir="$(demo_library "$demo" e2e)"
 xvfb=""
 app=""
+silent=""
 cleanup() {
+  [ -n "$silent" ] && kill "$silent" 2>/dev/null || true
   chattr -i "${H:-/nonexistent}/Library/Preferences" 2>/dev/null || true
   [ -n "$app" ] && kill "$app" 2>/dev/null || true
   [ -n "$xvfb" ] && kill "$xvfb" 2>/dev/null || true
@@ -84,9 +86,29 @@ keys() {
   sleep 0.5
 }
 
+# An update server on the loopback that takes the request and never answers.
+python3 - "$dir/update-port" <<'EOF' &
+import os, socket, sys
+server = socket.socket()
+server.bind(("127.0.0.1", 0))
+server.listen(8)
+with open(sys.argv[1] + ".new", "w") as out:
+    out.write(str(server.getsockname()[1]))
+os.rename(sys.argv[1] + ".new", sys.argv[1])
+held = []
+while True:
+    held.append(server.accept()[0])
+EOF
+silent=$!
+for _ in $(seq 50); do
+  [ -s "$dir/update-port" ] && break
+  sleep 0.1
+done
+
 # Everything the program writes stays in the demo's folders.
 HOME="$H" XDG_CONFIG_HOME="$dir/config" XDG_CACHE_HOME="$dir/cache" \
   XDG_RUNTIME_DIR="$dir/runtime" QT_QPA_PLATFORM=xcb \
+  KORVANE_UPDATE_URL="http://127.0.0.1:$(cat "$dir/update-port")/versions.plist" \
   "$korvane" --root "$R" --home "$H" >"$dir/korvane.log" 2>&1 &
 app=$!
 mkdir -p "$dir/runtime" && chmod 700 "$dir/runtime"
@@ -115,6 +137,30 @@ if [ -e "$components (Disabled)/Delta Delay.component" ] && [ ! -e "$components/
   pass "Delta Delay was moved into \"Components (Disabled)\""
 else
   fail "Delta Delay is not in \"Components (Disabled)\""
+fi
+focus "$main"
+keys ctrl+f ctrl+a BackSpace
+
+# Check for Update against a server that never answers: a panel with Cancel, and the window
+# goes on working meanwhile (it used to freeze for the whole time-out).
+keys alt+h Return
+if panel=$(wait_for_window "Update check"); then
+  pass "Check for Update shows a panel while it waits"
+  focus "$main"
+  keys ctrl+f
+  xdotool type --delay 60 "Ember"
+  sleep 0.5
+  shot update-check-waiting root
+  focus "$panel"
+  keys Escape
+  sleep 0.5
+  if xdotool search --onlyvisible --name '^Update check$' >/dev/null 2>&1; then
+    fail "Cancel did not close the update panel"
+  else
+    pass "Cancel ended the update check"
+  fi
+else
+  fail "Check for Update showed no panel"
 fi
 focus "$main"
 keys ctrl+f ctrl+a BackSpace
