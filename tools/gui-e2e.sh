@@ -26,6 +26,7 @@ xvfb=""
 app=""
 silent=""
 cleanup() {
+  chattr -i "${H:-/nonexistent}/Documents" 2>/dev/null || true
   [ -n "$silent" ] && kill "$silent" 2>/dev/null || true
   chattr -i "${H:-/nonexistent}/Library/Preferences" 2>/dev/null || true
   [ -n "$app" ] && kill "$app" 2>/dev/null || true
@@ -209,6 +210,44 @@ focus "$main"
 keys ctrl+z # the mark taken back: nothing left to ask about at the end
 keys ctrl+f ctrl+a BackSpace
 
+# Save As into a folder that refuses the file: the error is said, the panel comes back, and no
+# set without a file joins the pop-up (it once looked saved).
+mkdir -p "$H/Documents"
+if chattr +i "$H/Documents" 2>/dev/null; then
+  focus "$main"
+  keys alt+f Down Down Down Return # File > Save As...
+  if savepanel=$(wait_for_window Save); then
+    focus "$savepanel"
+    keys Return
+    sleep 1
+    notsaved=$(xdotool search --onlyvisible --name '^Korvane$' 2>/dev/null | grep -v "^$main\$" | head -n 1 || true)
+    if [ -n "$notsaved" ]; then
+      pass "Save As into an unwritable folder said the set was not saved"
+      shot save-as-refused "$notsaved"
+      focus "$notsaved"
+      keys Return
+    else
+      fail "Save As into an unwritable folder said nothing"
+    fi
+    if again=$(wait_for_window Save); then
+      pass "the save panel came back after the failure"
+      focus "$again"
+      keys Escape
+      sleep 0.5
+      shot after-save-panel root
+    else
+      fail "the save panel did not come back"
+    fi
+  else
+    fail "Save As showed no panel"
+  fi
+  chattr -i "$H/Documents"
+  [ -e "$H/Documents/untitled.aukorv" ] && fail "a set file appeared in the refusing folder"
+else
+  echo "skip - chattr +i not supported where the demo lives"
+fi
+focus "$main"
+
 # Preferences: the VST page's On box takes the VST tab out, and a second click brings it back.
 keys alt+w p
 if prefwin=$(wait_for_window Preferences); then
@@ -298,6 +337,11 @@ fi
 for file in groups.plist ausets.plist rtassets.plist massets.plist vstsets.plist; do
   if [ -s "$support/$file" ]; then pass "$file written at quit"; else fail "$file not written at quit"; fi
 done
+if grep -q "untitled.aukorv" "$support/ausets.plist" 2>/dev/null; then
+  fail "the set that was never written is in the set list"
+else
+  pass "the set that was never written is not in the set list"
+fi
 
 # A German-speaking user: the menus and the windows they open speak German.
 HOME="$H" XDG_CONFIG_HOME="$dir/config" XDG_CACHE_HOME="$dir/cache" \
