@@ -4,6 +4,7 @@
 #include "gui/Translations.h"
 #include "gui/main/FormatTab.h"
 #include "gui/main/MainWindow.h"
+#include "gui/main/StatusLine.h"
 #include "gui/table/PluginTableModel.h"
 #include "gui/table/PluginTableView.h"
 #include "gui/windows/PreferencesWindow.h"
@@ -46,6 +47,11 @@ protected:
         window->startWhenRunning();
         QCoreApplication::processEvents();
         return window;
+    }
+    static QString statusOf(FormatTab &page)
+    {
+        page.statusLine()->refresh();
+        return page.statusLine()->text();
     }
 };
 
@@ -98,11 +104,11 @@ TEST_F(MainWindowTest, BulkCommandsActOnTheShownRowsAskPastAScreenfulAndUndoAsOn
     EXPECT_FALSE(vst.itemAt(rowOf(vst, "Alder Echo.vst"))->isActive());
     EXPECT_TRUE(vst.itemAt(rowOf(vst, "Birch Verb.vst"))->isActive()); // hidden: untouched
     EXPECT_TRUE(ui.alerts.isEmpty());                                  // one row fits
-    EXPECT_EQ(page->changesLine()->text(), "1 change: 1 off, 0 on");
+    EXPECT_EQ(statusOf(*page), "2 plug-ins · 1 on · 1 change pending: 1 off, 0 on · 1 shown");
     EXPECT_EQ(window->action("miUndo")->text(), "Undo Switch Off 1 Plug-In");
     window->action("miUndo")->trigger();
     EXPECT_TRUE(vst.itemAt(rowOf(vst, "Alder Echo.vst"))->isActive());
-    EXPECT_EQ(page->changesLine()->text(), "");
+    EXPECT_EQ(statusOf(*page), "2 plug-ins · 2 on · 1 shown");
 
     // A group named in the submenu reaches its hidden members, and the question says so.
     context->main()->addGroup();
@@ -119,7 +125,7 @@ TEST_F(MainWindowTest, BulkCommandsActOnTheShownRowsAskPastAScreenfulAndUndoAsOn
     EXPECT_EQ(vst.pendingCount(), 0);
     groupOff->actions().first()->trigger(); // Switch Off
     EXPECT_EQ(vst.pendingCount(), 2);
-    EXPECT_EQ(page->changesLine()->text(), "2 changes: 2 off, 0 on");
+    EXPECT_EQ(statusOf(*page), "2 plug-ins · 0 on · 2 changes pending: 2 off, 0 on · 1 shown");
     EXPECT_EQ(window->action("miUndo")->text(), "Undo Switch Off 2 Plug-Ins");
 
     // Marked rows carry their mark in the table before Apply.
