@@ -62,7 +62,7 @@ shot() { # name [window]
 }
 # Pixels that differ between two pictures of the main window's menu and tab bar.
 tabbar_diff() {
-  compare -metric AE -crop 1280x60+0+0 "$shots/$1.png" "$shots/$2.png" null: 2>&1 || true
+  compare -metric AE -crop 1090x60+0+0 "$shots/$1.png" "$shots/$2.png" null: 2>&1 || true
 }
 plist_value() { # key: the value element after it in the preferences file
   tr -d '\n\t ' <"$prefs" | sed -n "s|.*<key>$1</key><\([a-z]*\)/>.*|\1|p"
@@ -322,7 +322,7 @@ keys alt+w p
 if prefwin=$(wait_for_window Preferences); then
   pass "Preferences opened from the Window menu"
   # Beside the main window, so that neither hides the other in the pictures.
-  xdotool windowmove "$prefwin" 980 0
+  xdotool windowmove "$prefwin" 1110 0
   focus "$prefwin"
   # The page bar has the focus: four pages right is VST; after the default set's field and its
   # Choose button, the On box is the third stop.
@@ -367,8 +367,12 @@ if chattr +i "$H/Library/Preferences" 2>/dev/null; then
     if [ -n "$alert" ]; then
       pass "an unwritable preferences folder was said at once"
       shot unwritable-settings "$alert"
-      focus "$alert"
-      keys Escape
+      # Every write that fails before the first answer asks too: each is left with Escape.
+      while [ -n "$alert" ]; do
+        focus "$alert"
+        keys Escape
+        alert=$(xdotool search --onlyvisible --name '^Korvane$' 2>/dev/null | grep -v "^$main\$" | head -n 1 || true)
+      done
     else
       fail "a preference change into an unwritable folder said nothing"
     fi

@@ -66,6 +66,14 @@ TEST_F(KeyboardTest, TabLeavesTheTableInOneStepAndSpaceAndEnterActOnTheSelection
     EXPECT_FALSE(page->table()->isAncestorOf(QApplication::focusWidget()));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
     EXPECT_EQ(QApplication::focusWidget(), page->table());
+    // Tabbed into, the current row takes Space even before anything is selected.
+    au->selectRows({});
+    page->table()->setCurrentIndex(page->table()->model()->index(1, 0));
+    page->table()->selectionModel()->clearSelection();
+    QTest::keyClick(page->table(), Qt::Key_Space);
+    EXPECT_FALSE(active("Birch"));
+    window->action("miUndo")->trigger();
+    EXPECT_TRUE(active("Birch"));
 
     // Space flips the selected rows as one step, whichever column is current.
     au->selectRows({rowOf(*au, "Alder.component"), rowOf(*au, "Cedar.component")},

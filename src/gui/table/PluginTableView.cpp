@@ -217,7 +217,10 @@ void PluginTableView::keyPressEvent(QKeyEvent *event)
 
 void PluginTableView::toggleSelected()
 {
-    const QList<int> rows = m_manager.selectedRows();
+    QList<int> rows = m_manager.selectedRows();
+    // Tabbed into, the table may have a current row and no selection: Space acts on that row.
+    if (rows.isEmpty() && currentIndex().isValid())
+        rows << m_proxy->mapToSource(currentIndex()).row();
     if (rows.isEmpty())
         return;
     if (rows.size() == 1) {
