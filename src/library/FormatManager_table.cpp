@@ -11,10 +11,12 @@
 #include "os/SystemLog.h"
 
 #include <QCollator>
+#include <QHash>
 #include <QLocale>
 #include <QPointer>
 #include <algorithm>
 #include <numeric>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -94,12 +96,25 @@ private:
         QLocale locale;
         if (locale.language() == QLocale::C)
             locale = QLocale(QLocale::English, QLocale::UnitedStates);
-        QCollator collator(locale);
-        collator.setNumericMode(true);
-        collator.setCaseSensitivity(Qt::CaseInsensitive);
+        // Keys are kept between sorts (a header click sorts the same names again), for one
+        // locale and up to a bound.
+        static QLocale cachedFor;
+        static QHash<QString, QCollatorSortKey> cache;
+        static std::optional<QCollator> collator;
+        if (!collator || cachedFor != locale || cache.size() > 200000) {
+            cache.clear();
+            cachedFor = locale;
+            collator.emplace(locale);
+            collator->setNumericMode(true);
+            collator->setCaseSensitivity(Qt::CaseInsensitive);
+        }
         m_keys.reserve(size_t(items.size()));
-        for (const PluginPtr &item : items)
-            m_keys.push_back(collator.sortKey(item->name()));
+        for (const PluginPtr &item : items) {
+            auto found = cache.constFind(item->name());
+            if (found == cache.cend())
+                found = cache.insert(item->name(), collator->sortKey(item->name()));
+            m_keys.push_back(*found);
+        }
     }
 
     // Plain ASCII texts folded to lower case once: comparing those bytes orders them exactly as
