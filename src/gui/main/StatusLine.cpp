@@ -19,11 +19,16 @@ StatusLine::StatusLine(FormatManager &manager, PluginFilterProxy &shown, QWidget
     m_later.setInterval(0);
     connect(&m_later, &QTimer::timeout, this, &StatusLine::refresh);
     const auto later = [this] { m_later.start(); };
-    connect(&manager, &FormatManager::itemsReset, this, later);
-    connect(&manager, &FormatManager::itemsReordered, this, later);
-    connect(&manager, &FormatManager::itemsChanged, this, later);
-    connect(&manager, &FormatManager::itemRemoved, this, later);
-    connect(&manager, &FormatManager::applyEnabledChanged, this, later);
+    // The library's counts go over every plug-in; a keystroke in the search changes only the
+    // rows shown.
+    const auto counts = [this] {
+        m_countsStale = true;
+        m_later.start();
+    };
+    connect(&manager, &FormatManager::itemsReset, this, counts);
+    connect(&manager, &FormatManager::itemsChanged, this, counts);
+    connect(&manager, &FormatManager::itemRemoved, this, counts);
+    connect(&manager, &FormatManager::applyEnabledChanged, this, counts);
     connect(&shown, &QAbstractItemModel::rowsInserted, this, later);
     connect(&shown, &QAbstractItemModel::rowsRemoved, this, later);
     connect(&shown, &QAbstractItemModel::modelReset, this, later);
@@ -56,11 +61,14 @@ QString StatusLine::compose(int total, int on, int off, int offOn, int needRight
 void StatusLine::refresh()
 {
     m_later.stop();
-    int on = 0;
-    for (const PluginPtr &item : m_manager.items())
-        on += item->isActive() ? 1 : 0;
-    const ChangeSummary changes = ChangeSummary::of(m_manager);
-    setText(compose(m_manager.rowCount(), on, changes.off, changes.on, changes.needRights,
+    if (m_countsStale) {
+        m_countsStale = false;
+        m_on = 0;
+        for (const PluginPtr &item : m_manager.items())
+            m_on += item->isActive() ? 1 : 0;
+        m_changes = ChangeSummary::of(m_manager);
+    }
+    setText(compose(m_manager.rowCount(), m_on, m_changes.off, m_changes.on, m_changes.needRights,
                     m_shown.rowCount()));
 }
 

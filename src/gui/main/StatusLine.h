@@ -1,5 +1,7 @@
 #pragma once
 
+#include "library/ChangeSummary.h"
+
 #include <QLabel>
 #include <QTimer>
 
@@ -27,6 +29,9 @@ private:
     FormatManager &m_manager;
     PluginFilterProxy &m_shown;
     QTimer m_later;
+    bool m_countsStale = true; // the library changed since the counts were taken
+    int m_on = 0;
+    ChangeSummary m_changes;
 };
 
 } // namespace korvane
