@@ -19,6 +19,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTcpServer>
@@ -244,6 +245,29 @@ TEST_F(MainWindowTest, ClosingTheWindowSavesGroupsAndTheFrontTabOnce)
     QFile::remove(locations().dataFilePath("groups.plist"));
     window->shutDown();
     EXPECT_FALSE(QFileInfo::exists(locations().dataFilePath("groups.plist")));
+}
+
+// The window comes back at the size it was closed at, never larger than this run's screen and
+// never smaller than its minimum.
+TEST_F(MainWindowTest, TheWindowsSizeComesBackWithinTheScreen)
+{
+    std::unique_ptr<MainWindow> window = openLibrary();
+    const QRect screen = window->screen()->availableGeometry();
+    EXPECT_LE(window->minimumWidth(), screen.width());
+    window->resize(window->minimumWidth() + 10, window->minimumHeight() + 20);
+    const QSize closedAt = window->size();
+    window->close();
+    window = std::make_unique<MainWindow>(*context);
+    EXPECT_EQ(window->size(), closedAt);
+
+    QWidget huge;
+    huge.resize(screen.width() * 3, screen.height() * 3);
+    context->pref()->store()->setValue("WindowGeometry", huge.saveGeometry());
+    window = std::make_unique<MainWindow>(*context);
+    EXPECT_LE(window->width(), screen.width());
+    EXPECT_LE(window->height(), screen.height());
+    window->resize(10, 10);
+    EXPECT_GE(window->width(), window->minimumWidth());
 }
 
 // A German-speaking user's start-up: the translations are loaded as the program loads them,
