@@ -342,20 +342,12 @@
         <translation>Das Set „%@“ existiert nicht mehr.</translation>
     </message>
     <message>
-        <source>Save changes to Set</source>
-        <translation>Änderungen am Set speichern</translation>
-    </message>
-    <message>
         <source>Save</source>
         <translation>Speichern</translation>
     </message>
     <message>
         <source>Discard</source>
         <translation>Verwerfen</translation>
-    </message>
-    <message>
-        <source>Save changes to actual Set?</source>
-        <translation>Änderungen am aktuellen Set speichern?</translation>
     </message>
     <message>
         <source>Install Files</source>
@@ -994,6 +986,262 @@
     <message>
         <source>Korvane&apos;s helper gave no answer that could be read: %1. Rescan to see where the plug-ins are.</source>
         <translation>Das Hilfsprogramm von Korvane gab keine lesbare Antwort: %1. Lesen Sie neu ein („Neu einlesen“), um zu sehen, wo die Plug-Ins liegen.</translation>
+    </message>
+    <message>
+        <source>KorvaneCMD was not found (looked at %1)</source>
+        <translation>KorvaneCMD wurde nicht gefunden (gesucht in %1)</translation>
+    </message>
+    <message>
+        <source>Could not save %1: %2</source>
+        <translation>%1 konnte nicht gespeichert werden: %2</translation>
+    </message>
+    <message>
+        <source>Updates of Korvane come from your distribution or vendor</source>
+        <translation>Updates von Korvane kommen von Ihrer Distribution oder Ihrem Anbieter</translation>
+    </message>
+    <message>
+        <source>This copy checks no web site for new versions. Your system&apos;s package manager, or whoever supplied Korvane, brings its updates.</source>
+        <translation>Diese Kopie fragt keine Website nach neuen Versionen. Die Paketverwaltung Ihres Systems oder wer Ihnen Korvane geliefert hat, bringt die Updates.</translation>
+    </message>
+    <message>
+        <source>Delete the group “%1”?</source>
+        <translation>Die Gruppe „%1“ löschen?</translation>
+    </message>
+    <message>
+        <source>1 plug-in is in it and will have no group.</source>
+        <translation>1 Plug-In gehört zu ihr und hat danach keine Gruppe.</translation>
+    </message>
+    <message>
+        <source>%1 plug-ins are in it and will have no group.</source>
+        <translation>%1 Plug-Ins gehören zu ihr und haben danach keine Gruppe.</translation>
+    </message>
+    <message>
+        <source>The folder %1 could not be made: %2</source>
+        <translation>Der Ordner %1 konnte nicht angelegt werden: %2</translation>
+    </message>
+    <message>
+        <source>unknown error</source>
+        <translation>unbekannter Fehler</translation>
+    </message>
+    <message>
+        <source>Saved a copy of %1 as %2; the program still reads %1, which was not changed</source>
+        <translation>Eine Kopie von %1 wurde als %2 gespeichert; das Programm liest weiterhin %1, das unverändert blieb</translation>
+    </message>
+    <message>
+        <source>“%1” could not be saved.</source>
+        <translation>„%1“ konnte nicht gespeichert werden.</translation>
+    </message>
+    <message>
+        <source>Try Again</source>
+        <translation>Erneut versuchen</translation>
+    </message>
+    <message>
+        <source>Save Elsewhere...</source>
+        <translation>Anderswo speichern …</translation>
+    </message>
+    <message>
+        <source>No plug-in is in a group</source>
+        <translation>Kein Plug-In gehört zu einer Gruppe</translation>
+    </message>
+    <message>
+        <source>Switched on at the next Apply</source>
+        <translation>Wird beim nächsten Anwenden eingeschaltet</translation>
+    </message>
+    <message>
+        <source>Switched off at the next Apply</source>
+        <translation>Wird beim nächsten Anwenden ausgeschaltet</translation>
+    </message>
+    <message>
+        <source>Changes only with administrator rights: you cannot write in its system folder</source>
+        <translation>Nur mit Administratorrechten änderbar: Sie können in seinen Systemordner nicht schreiben</translation>
+    </message>
+    <message>
+        <source>Checking for updates...</source>
+        <translation>Suche nach Updates …</translation>
+    </message>
+    <message>
+        <source>Switch On 1 Plug-In</source>
+        <translation>1 Plug-In einschalten</translation>
+    </message>
+    <message>
+        <source>Switch Off 1 Plug-In</source>
+        <translation>1 Plug-In ausschalten</translation>
+    </message>
+    <message>
+        <source>Switch On %1 Plug-Ins</source>
+        <translation>%1 Plug-Ins einschalten</translation>
+    </message>
+    <message>
+        <source>Switch Off %1 Plug-Ins</source>
+        <translation>%1 Plug-Ins ausschalten</translation>
+    </message>
+    <message>
+        <source>Switch on %1 plug-ins?</source>
+        <translation>%1 Plug-Ins einschalten?</translation>
+    </message>
+    <message>
+        <source>Switch off %1 plug-ins?</source>
+        <translation>%1 Plug-Ins ausschalten?</translation>
+    </message>
+    <message>
+        <source>Switch on %1 plug-ins, %2 of them not shown?</source>
+        <translation>%1 Plug-Ins einschalten, davon %2 nicht angezeigt?</translation>
+    </message>
+    <message>
+        <source>Switch off %1 plug-ins, %2 of them not shown?</source>
+        <translation>%1 Plug-Ins ausschalten, davon %2 nicht angezeigt?</translation>
+    </message>
+    <message>
+        <source>They move at the next Apply; Undo takes the marks back.</source>
+        <translation>Sie werden beim nächsten Anwenden verschoben; „Widerrufen“ nimmt die Markierungen zurück.</translation>
+    </message>
+    <message>
+        <source>Switch On</source>
+        <translation>Einschalten</translation>
+    </message>
+    <message>
+        <source>Switch Off</source>
+        <translation>Ausschalten</translation>
+    </message>
+    <message>
+        <source>1 change: %1 off, %2 on</source>
+        <translation>1 Änderung: %1 aus, %2 ein</translation>
+    </message>
+    <message>
+        <source>%1 changes: %2 off, %3 on</source>
+        <translation>%1 Änderungen: %2 aus, %3 ein</translation>
+    </message>
+    <message>
+        <source>%1 system plug-ins change only with administrator rights</source>
+        <translation>%1 System-Plug-Ins sind nur mit Administratorrechten änderbar</translation>
+    </message>
+    <message>
+        <source>version %1</source>
+        <translation>Version %1</translation>
+    </message>
+    <message>
+        <source>version %1 (%2)</source>
+        <translation>Version %1 (%2)</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <translation>%1 (%2)</translation>
+    </message>
+    <message>
+        <source>“%1” is already installed</source>
+        <translation>„%1“ ist bereits installiert</translation>
+    </message>
+    <message>
+        <source>Installed: %1
+Dropped: %2
+
+Replace puts the installed copies in the trash; Keep Both installs the dropped one switched off.</source>
+        <translation>Installiert: %1
+Abgelegt: %2
+
+„Ersetzen“ legt die installierten Kopien in den Papierkorb; „Beide behalten“ installiert die abgelegte ausgeschaltet.</translation>
+    </message>
+    <message>
+        <source>Keep Both</source>
+        <translation>Beide behalten</translation>
+    </message>
+    <message>
+        <source>%1 not installed: %2 could not go to the trash: %3
+</source>
+        <translation>%1 nicht installiert: %2 konnte nicht in den Papierkorb: %3
+</translation>
+    </message>
+    <message>
+        <source>%1 was replaced and is now in the trash: %2
+</source>
+        <translation>%1 wurde ersetzt und liegt jetzt im Papierkorb: %2
+</translation>
+    </message>
+    <message>
+        <source>%1 not installed: %2
+</source>
+        <translation>%1 nicht installiert: %2
+</translation>
+    </message>
+    <message>
+        <source>and %1 more</source>
+        <translation>und %1 weitere</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>%1 stays in %2: %3
+</source>
+        <translation>%1 bleibt in %2: %3
+</translation>
+    </message>
+    <message>
+        <source>%1 of %2 system plug-ins could not be moved</source>
+        <translation>%1 von %2 System-Plug-Ins konnten nicht verschoben werden</translation>
+    </message>
+    <message>
+        <source>System plug-ins not moved: %1
+</source>
+        <translation>System-Plug-Ins nicht verschoben: %1
+</translation>
+    </message>
+    <message>
+        <source>Administrator rights are needed to switch %1 system plug-ins</source>
+        <translation>Um %1 System-Plug-Ins umzuschalten, sind Administratorrechte nötig</translation>
+    </message>
+    <message>
+        <source>Korvane can copy the %1 to be switched on into your own plug-in folder instead, where they are on for you alone. The system folders stay as they are.</source>
+        <translation>Korvane kann stattdessen die %1 einzuschaltenden in Ihren eigenen Plug-In-Ordner kopieren, wo sie nur für Sie eingeschaltet sind. Die Systemordner bleiben, wie sie sind.</translation>
+    </message>
+    <message>
+        <source>Leave Them</source>
+        <translation>So lassen</translation>
+    </message>
+    <message>
+        <source>Copy to My Folder</source>
+        <translation>In meinen Ordner kopieren</translation>
+    </message>
+    <message>
+        <source>System plug-ins not switched: %1
+</source>
+        <translation>System-Plug-Ins nicht umgeschaltet: %1
+</translation>
+    </message>
+    <message>
+        <source>Copied %1 to %2
+</source>
+        <translation>%1 nach %2 kopiert
+</translation>
+    </message>
+    <message>
+        <source>1 change not applied</source>
+        <translation>1 Änderung nicht angewendet</translation>
+    </message>
+    <message>
+        <source>%1 changes not applied</source>
+        <translation>%1 Änderungen nicht angewendet</translation>
+    </message>
+    <message>
+        <source>Apply moves the marked %1 plug-ins now; Discard forgets the marks.</source>
+        <translation>„Anwenden“ verschiebt die markierten %1-Plug-Ins jetzt; „Verwerfen“ vergisst die Markierungen.</translation>
+    </message>
+    <message>
+        <source>Apply</source>
+        <translation>Anwenden</translation>
+    </message>
+    <message>
+        <source>Save changes to the set “%1”?</source>
+        <translation>Änderungen am Set „%1“ speichern?</translation>
+    </message>
+    <message>
+        <source>Don&apos;t Save</source>
+        <translation>Nicht speichern</translation>
+    </message>
+    <message>
+        <source>The set “%1” was not saved</source>
+        <translation>Das Set „%1“ wurde nicht gespeichert</translation>
     </message>
 </context>
 </TS>

@@ -185,6 +185,11 @@ bool Preferences::scansSubfolders(int type) const
     return format && format->scansSubfolders && boolForType(type, "ScanSubfolders");
 }
 
+bool Preferences::checksForUpdatesAtStartup() const
+{
+    return m_store->boolValue(kCheckAtStartup);
+}
+
 int Preferences::defaultType() const
 {
     return int(m_store->intValue(kActiveTabView));

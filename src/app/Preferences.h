@@ -62,6 +62,7 @@ public:
     int defaultType() const;
     void setDefaultType(int type);
     int selectedTab() const { return form.selectedTab; }
+    bool checksForUpdatesAtStartup() const;
 
     PreferenceStore *store() { return m_store.get(); }
     PreferencesForm form;

@@ -2,6 +2,7 @@
 // dialogs, and runs the controller's start and shut-down around the event loop.
 
 #include "app/AppContext.h"
+#include "app/HelperRights.h"
 #include "gui/Translations.h"
 #include "gui/dialogs/QtUi.h"
 #include "gui/main/MainWindow.h"
@@ -102,6 +103,9 @@ int main(int argc, char *argv[])
     korvane::AppContext::Parts parts;
     parts.roots = *commandLine.roots;
     parts.ui = &ui;
+    // System plug-ins the person may not move alone go through korvane-helper, polkit asked once.
+    korvane::HelperRights rights(*commandLine.roots);
+    parts.rights = &rights;
     korvane::AppContext context(std::move(parts));
 
     korvane::MainWindow window(context);
