@@ -44,7 +44,14 @@ QString shown(const QByteArray &name)
 QString archiveError(archive *a)
 {
     const char *text = archive_error_string(a);
-    return text ? QString::fromLocal8Bit(text) : QStringLiteral("unknown error");
+    QString error = text ? QString::fromLocal8Bit(text) : QStringLiteral("unknown error");
+    // "Write failed" alone would not tell a full disk from a read-only one.
+    if (const int code = archive_errno(a); code > 0) {
+        const QString reason = QString::fromLocal8Bit(std::strerror(code));
+        if (!error.contains(reason))
+            error += QStringLiteral(": ") + reason;
+    }
+    return error;
 }
 
 QString systemError(int code)
