@@ -379,7 +379,7 @@ void PluginBackup::backupWithDialogs()
     if (!result.ok) {
         showAlert(ui, korvane::tr("The backup could not be written"),
                   result.error + QLatin1Char('\n')
-                      + korvane::tr("Nothing was left at \"%1\".").arg(displayName(*path)),
+                      + korvane::tr("Nothing was written to \"%1\".").arg(displayName(*path)),
                   Alert::Critical);
         return;
     }
