@@ -383,6 +383,8 @@ void PluginBackup::backupWithDialogs()
                   Alert::Critical);
         return;
     }
+    // Said where the person looks: the log comes forward, as it does for the duplicate report.
+    m_manager.services().showLog();
     m_manager.services().appendLog(korvane::tr("%1 plug-ins backed up to %2\n")
                                        .arg(QString::number(result.count), displayName(*path)));
 }
@@ -417,6 +419,8 @@ void PluginBackup::restoreWithDialogs()
     });
     if (result.cancelled && result.restored.isEmpty())
         return;
+    if (!result.restored.isEmpty() || !result.kept.isEmpty())
+        m_manager.services().showLog();
     for (const QString &path : result.restored)
         m_manager.services().appendLog(korvane::tr("Restored %1\n").arg(displayName(path)));
     for (const QString &path : result.kept)
