@@ -186,6 +186,28 @@ TEST_F(PluginBackupTest, ADamagedOrForeignArchiveChangesNothing)
     EXPECT_EQ(library(), empty);
 }
 
+// Cancel at any point of a restore, while the archive is checked or while it is unpacked, leaves
+// the library as it was and no staged copy behind.
+TEST_F(PluginBackupTest, CancelAnywhereInARestoreChangesNothing)
+{
+    ASSERT_TRUE(backUp());
+    removeAll();
+    au->rescan();
+    const QMap<QString, QByteArray> empty = library();
+    ui.cancelAt = 1000000;
+    restore();
+    const int looks = ui.looks;
+    ASSERT_GT(looks, 10);
+    for (int at = 1; at < looks; at += 5) {
+        removeAll();
+        au->rescan();
+        ui.looks = 0;
+        ui.cancelAt = at;
+        restore();
+        EXPECT_EQ(library(), empty) << "cancelled at look " << at;
+    }
+}
+
 // A full disk while the archive is written, and a Cancel midway, leave no archive; a full disk
 // while plug-ins are unpacked leaves the library as it was and no staged copy behind.
 TEST_F(PluginBackupTest, AFullDiskOrCancelLeavesNothingHalfDone)
