@@ -5,10 +5,10 @@
 
 #include "codec/PluginArchive.h"
 
+#include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <cstddef>
 #include <cstdint>
@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const korvane::ArchiveResult verified = PluginArchive::verify(file, limits);
     FUZZ_CHECK(verified.ok != !verified.error.isEmpty() || verified.cancelled);
 
-    QProcess::execute("rm", {"-rf", "--", out});
+    QDir(out).removeRecursively();
     QDir().mkpath(out);
     const korvane::ArchiveResult extracted = PluginArchive::extract(file, out, limits);
     if (!verified.ok)
