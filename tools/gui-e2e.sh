@@ -167,7 +167,7 @@ if savewin=$(wait_for_window Save); then
   xdotool type --delay 20 "$backup"
   keys Return
   sleep 2
-  shot backup-written "$main"
+  shot backup-written # the log window comes forward over the main window
   # GNU tar reads it, remarking on the pax keyword that keeps names as bytes.
   if [ -s "$backup" ] && tar -tJf "$backup" 2>/dev/null | grep -c '^korvane-backup/manifest.json$' >/dev/null; then
     pass "Backup wrote an archive with its manifest"
@@ -198,7 +198,7 @@ if openwin=$(wait_for_window Open); then
   keys Return # the default answer: keep the installed copy
   sleep 2
   focus "$main"
-  shot restored "$main"
+  shot restored
   if [ "$(au_listing)" = "$before_restore" ]; then
     pass "Restore Backup put every Audio Unit back where it was"
   else
