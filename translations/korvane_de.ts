@@ -1073,5 +1073,9 @@
         <source>Not everything could be restored</source>
         <translation>Nicht alles konnte wiederhergestellt werden</translation>
     </message>
+    <message>
+        <source>Left out of the backup (neither a file, a folder nor a link inside its plug-in): %1</source>
+        <translation>Nicht in der Sicherung (weder Datei noch Ordner noch ein Link innerhalb seines Plug-Ins): %1</translation>
+    </message>
 </context>
 </TS>

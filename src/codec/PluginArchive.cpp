@@ -98,7 +98,7 @@ public:
             if (!addDocument(document))
                 return finish();
         for (const ArchiveTree &tree : trees)
-            if (!add(pathBytes(tree.sourcePath), pathBytes(tree.archiveName), true))
+            if (!add(pathBytes(tree.sourcePath), pathBytes(tree.archiveName), {}))
                 return finish();
         if (archive_write_close(a) != ARCHIVE_OK) {
             fail(archiveError(a));
@@ -170,8 +170,10 @@ private:
         return true;
     }
 
-    bool add(const QByteArray &source, const QByteArray &name, bool top = false)
+    // below: the path below the tree's top, empty for the top itself.
+    bool add(const QByteArray &source, const QByteArray &name, const QByteArray &below)
     {
+        const bool top = below.isEmpty();
         struct stat st {};
         if ((top ? ::stat(source.constData(), &st) : ::lstat(source.constData(), &st)) != 0)
             return fail(shown(source) + QStringLiteral(": ") + systemError(errno));
@@ -193,6 +195,12 @@ private:
             if (length < 0)
                 return fail(shown(source) + QStringLiteral(": ") + systemError(errno));
             target.truncate(length);
+            // A reader refuses a link that leaves its tree; written, it would make the whole
+            // archive unreadable.
+            if (!PluginArchive::refusal(below, target).isEmpty()) {
+                m_skipped << pathFromBytes(source);
+                return true;
+            }
             archive_entry_set_symlink(entry.get(), target.constData());
         }
         int fd = -1;
@@ -214,7 +222,8 @@ private:
         }
         if (S_ISDIR(st.st_mode))
             for (const QByteArray &child : children(source))
-                if (!add(source + '/' + child, name + '/' + child))
+                if (!add(source + '/' + child, name + '/' + child,
+                         top ? child : below + '/' + child))
                     return false;
         return true;
     }

@@ -47,7 +47,8 @@ struct ArchiveResult {
     bool ok = false;
     bool cancelled = false;
     QString error; // why it failed, naming the file or the entry
-    // Items below the trees that are neither file, folder nor link (a socket, a FIFO): left out.
+    // Items below the trees left out: neither file, folder nor link (a socket, a FIFO), or a link
+    // that leaves its tree (a reader would refuse it, and with it the archive).
     QStringList skipped;
 };
 

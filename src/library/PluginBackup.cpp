@@ -139,6 +139,20 @@ bool makeFolders(FileOperations &files, const QString &path, FileError *error)
     return files.createDirectory(path, error);
 }
 
+// Said where a person will see it: the log window in their language, the system log and
+// KorvaneCMD's standard error in English.
+void tell(FormatManager &manager, const char *text, const QStringList &args)
+{
+    // One pass fills every place, so a "%2" in a file name stays as it is.
+    auto fill = [&args](const QString &format) {
+        return args.size() == 1 ? format.arg(args.at(0)) : format.arg(args.at(0), args.at(1));
+    };
+    const QString english = fill(QString::fromUtf8(text));
+    const QString shown = fill(korvane::tr(text));
+    systemNotice(english);
+    manager.services().appendLog(shown + QLatin1Char('\n'));
+}
+
 void showAlert(UserInterface &ui, const QString &message, const QString &informative,
                Alert::Style style = Alert::Warning)
 {
@@ -193,9 +207,12 @@ PluginBackup::Result PluginBackup::backup(const QString &archivePath)
     result.error = written.error;
     result.skipped = written.skipped;
     result.count = int(saved.size());
-    for (const QString &skipped : std::as_const(result.skipped))
-        systemNotice(QStringLiteral("Left out of the backup (neither file, folder nor link): %1")
-                         .arg(displayName(skipped)));
+    if (result.ok)
+        for (const QString &skipped : std::as_const(result.skipped))
+            tell(m_manager,
+                 QT_TRANSLATE_NOOP("korvane", "Left out of the backup (neither a file, a folder "
+                                              "nor a link inside its plug-in): %1"),
+                 {displayName(skipped)});
     return result;
 }
 
@@ -343,8 +360,8 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
                 result.failed << placement.installed + QStringLiteral(": ") + failure.reason;
                 continue;
             }
-            systemNotice(
-                QStringLiteral("%1 is now in the trash: %2").arg(placement.installed, trashedTo));
+            tell(m_manager, QT_TRANSLATE_NOOP("korvane", "%1 is now in the trash: %2"),
+                 {placement.installed, trashedTo});
             result.replaced << placement.installed;
         }
         if (!makeFolders(files, QFileInfo(placement.target).path(), &failure)

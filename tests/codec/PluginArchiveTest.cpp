@@ -165,11 +165,20 @@ TEST_F(PluginArchiveTest, TreesComeBackAsTheyWent)
     EXPECT_TRUE(entries.contains("plugins/1/" + oddName + "/data"));
 
     const QString out = B::makeFolder(path("out"));
-    const ArchiveResult extracted = PluginArchive::extract(file, out);
+    ArchiveLimits scoped;
+    scoped.linkScopeDepth = 3;
+    const ArchiveResult extracted = PluginArchive::extract(file, out, scoped);
     ASSERT_TRUE(extracted.ok) << qPrintable(extracted.error);
     EXPECT_EQ(snapshot(out + "/plugins/0/Echo Verb.vst"), snapshot(bundle));
     EXPECT_EQ(snapshot(out + "/plugins/1/" + oddName), snapshot(source + "/" + oddName));
     EXPECT_EQ(PluginArchive::readDocument(file, "manifest.json"), QByteArray("{\"a\":1}"));
+
+    // A link out of its bundle would make the archive unreadable: it is left out, and said.
+    ASSERT_EQ(::symlink("../../Elsewhere", QFile::encodeName(bundle + "/Contents/Out")), 0);
+    const ArchiveResult leaving = PluginArchive::write(path("leaving.tar.xz"), {}, trees());
+    ASSERT_TRUE(leaving.ok);
+    EXPECT_EQ(leaving.skipped, QStringList{bundle + "/Contents/Out"});
+    EXPECT_TRUE(PluginArchive::verify(path("leaving.tar.xz"), scoped).ok);
     EXPECT_FALSE(PluginArchive::readDocument(file, "missing.json"));
 }
 
