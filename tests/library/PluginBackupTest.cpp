@@ -1,10 +1,14 @@
 #include "library/PluginBackup.h"
 
 #include "FormatManagerFixture.h"
+#include "codec/PluginArchive.h"
+#include "os/PathBytes.h"
 
 #include <QCryptographicHash>
 #include <QDirIterator>
 #include <QProcess>
+#include <archive.h>
+#include <archive_entry.h>
 
 namespace korvane {
 
@@ -175,13 +179,54 @@ TEST_F(PluginBackupTest, ADamagedOrForeignArchiveChangesNothing)
     EXPECT_EQ(ui.alertMessages(), QStringList{"The backup was not restored"});
     EXPECT_EQ(library(), empty);
 
+    // A backup's own manifest beside an entry that climbs out, or a link out of its plug-in.
+    ASSERT_TRUE(backUp());
+    const std::optional<QByteArray> manifest =
+        PluginArchive::readDocument(archive, PluginBackup::manifestName());
+    ASSERT_TRUE(manifest);
+    removeAll();
+    au->rescan();
+    for (const auto &[name, link] : {std::pair<QByteArray, QByteArray>{"../x", {}},
+                                     {"plugins/0/Unit 0.component/l", "../../../../x"}}) {
+        struct archive *hostile = archive_write_new();
+        archive_write_add_filter_xz(hostile);
+        archive_write_set_format_pax_restricted(hostile);
+        archive_write_open_filename(hostile, QFile::encodeName(archive).constData());
+        for (const auto &[entryName, bytes] :
+             {std::pair<QByteArray, QByteArray>{pathBytes(PluginBackup::manifestName()), *manifest},
+              {name, "x"}}) {
+            archive_entry *entry = archive_entry_new();
+            archive_entry_set_pathname(entry, entryName.constData());
+            archive_entry_set_filetype(entry,
+                                       link.isEmpty() || entryName != name ? AE_IFREG : AE_IFLNK);
+            archive_entry_set_perm(entry, 0644);
+            if (archive_entry_filetype(entry) == AE_IFLNK)
+                archive_entry_set_symlink(entry, link.constData());
+            else
+                archive_entry_set_size(entry, bytes.size());
+            archive_write_header(hostile, entry);
+            archive_write_data(hostile, bytes.constData(), size_t(bytes.size()));
+            archive_entry_free(entry);
+        }
+        archive_write_close(hostile);
+        archive_write_free(hostile);
+        ui.alerts.clear();
+        restore();
+        EXPECT_EQ(ui.alertMessages(), QStringList{"The backup was not restored"}) << name.data();
+        EXPECT_TRUE(ui.alerts.value(0).informativeText.contains(QString::fromUtf8(name)))
+            << qPrintable(ui.alerts.value(0).informativeText);
+        EXPECT_EQ(library(), empty);
+    }
+    EXPECT_FALSE(exists(folder(TypeAU, 0) + "/../x"));
+    ui.alerts.clear();
+
     // A VST backup is no AU backup.
     ui.savePanelAnswers.enqueue(homePath("Documents/VST.tar.xz"));
     vst->rescan();
     vst->backup();
     ui.openPanelAnswers.enqueue(homePath("Documents/VST.tar.xz"));
     au->restoreBackup();
-    ASSERT_EQ(ui.alerts.size(), 2);
+    ASSERT_EQ(ui.alerts.size(), 1);
     EXPECT_TRUE(ui.alerts.last().informativeText.contains("another format (vst)"));
     EXPECT_EQ(library(), empty);
 }
