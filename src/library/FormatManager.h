@@ -166,7 +166,8 @@ public:
 
     // --- Maintenance ---------------------------------------------------------------------------
     void requestInfo();
-    void backup() {}
+    // A backup of the format's plug-ins, and putting one back (PluginBackup, with its dialogs).
+    void backup();
     void restoreBackup();
     void reportDuplicates();
     // Each name held by more than one item, once, at its first position, with its total count.
