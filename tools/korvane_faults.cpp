@@ -463,7 +463,7 @@ Totals injectedRounds(Library &library, const Settings &settings, QRandomGenerat
             library.resize(library.usedKb() + 1024);
         }
         auto process = library.start(settings.cmd, set);
-        QThread::msleep(random.bounded(30));
+        QThread::msleep(random.bounded(30U));
         if (kind == "immutable") {
             locked = random.bounded(2) ? library.folder(Library::On) : library.folder(Library::Off);
             run("chattr", {"+i", locked});
@@ -523,7 +523,7 @@ Totals overlapRounds(Library &library, const Settings &settings, QRandomGenerato
         const int toolCount = window ? appliers - 1 : appliers;
         for (int k = 0; k < toolCount; ++k) {
             tools.push_back(library.start(settings.cmd, paths[k]));
-            QThread::msleep(random.bounded(20));
+            QThread::msleep(random.bounded(20U));
         }
         if (window) {
             FormatManager &au = library.au();
@@ -569,7 +569,7 @@ Totals homesRounds(Library &library, const Settings &settings, QRandomGenerator 
         std::vector<std::unique_ptr<QProcess>> tools;
         for (int k = 0; k < 2; ++k) {
             tools.push_back(library.start(settings.cmd, sets[(k + round) % 2], homes[k]));
-            QThread::msleep(random.bounded(5));
+            QThread::msleep(random.bounded(5U));
         }
         for (auto &tool : tools) {
             tool->waitForFinished(-1);

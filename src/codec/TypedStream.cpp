@@ -102,7 +102,7 @@ private:
         if (remaining() < qsizetype(sizeof(T)))
             fail();
         T value = qFromLittleEndian<T>(m_data + m_pos);
-        m_pos += sizeof(T);
+        m_pos += qsizetype(sizeof(T));
         return value;
     }
 

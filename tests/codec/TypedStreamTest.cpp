@@ -28,8 +28,8 @@ QByteArray archive(const QByteArray &body)
 {
     QByteArray out = kHeader + QByteArray::fromHex("840140");
     for (const QByteArray &part : body.split('<')) {
-        const int close = part.indexOf('>'); // -1 when the part holds no text
-        out += part.left(qMax(close, 0)) + QByteArray::fromHex(part.mid(close + 1));
+        const qsizetype close = part.indexOf('>'); // -1 when the part holds no text
+        out += part.left(qMax<qsizetype>(close, 0)) + QByteArray::fromHex(part.mid(close + 1));
     }
     return out;
 }
