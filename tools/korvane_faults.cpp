@@ -197,7 +197,7 @@ public:
         manager.rescan();
         for (const PluginPtr &item : manager.items())
             item->setActive(wanted.value(item->name(), On) == On);
-        const QString path = m_workspace.path() + "/" + name + ".aukorv";
+        QString path = m_workspace.path() + "/" + name + ".aukorv";
         QFile::remove(path);
         manager.writeSet(path);
         manager.rescan();
@@ -277,7 +277,7 @@ public:
     // Another person's home beside the library's own, made when missing.
     QString otherHome(const QString &name) const
     {
-        const QString home = m_workspace.path() + "/" + name;
+        QString home = m_workspace.path() + "/" + name;
         QDir().mkpath(home);
         return home;
     }
@@ -629,7 +629,7 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
     const QByteArray written = writtenData();
     int survived = 0, finished = 0, killed = 0, temporaries = 0;
     for (int round = 0; round < settings.dataRounds; ++round) {
-        const QString path = files.at(round % files.size());
+        const QString &path = files.at(round % files.size());
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly)) {
             totals.notes << "no data file at " + path;

@@ -66,7 +66,7 @@ TEST_F(PropertyListTest, EveryReaderGivesTheSameValues)
         {"Nested", QVariantMap{{"Depth", qint64(2)}, {"Empty", QVariantMap()}}},
         {"Tags", QVariantList{"aumu", "Acme", QVariantList()}},
     };
-    const QString bom(QChar(QChar::ByteOrderMark));
+    const QString bom{QChar(QChar::ByteOrderMark)};
     // {A: "first", B: "b", A: "second"}; 0x5n starts an n-character string ("Q" is 0x51).
     const QByteArray repeated =
         binaryPlist({QByteArray::fromHex("d3010201030405"), "QA", "QB", "Ufirst", "Qb", "Vsecond"});
