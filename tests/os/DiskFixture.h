@@ -46,7 +46,7 @@ inline QMap<QString, QByteArray> snapshot(const QString &path)
 // A plug-in bundle with some depth: executable, resources, a symbolic link and a read-only file.
 inline QString makeRichBundle(const QString &folder, const QString &name)
 {
-    const QString bundle = B::makeVST(folder, name, MachO::universal2());
+    QString bundle = B::makeVST(folder, name, MachO::universal2());
     B::makeFile(bundle + "/Contents/Resources", "en.lproj/Strings", {}, "strings");
     B::makeFile(bundle + "/Contents/Resources", "Presets", {}, QByteArray(200000, 'p'));
     QFile::setPermissions(bundle + "/Contents/Resources/Presets", QFile::ReadOwner);
