@@ -1234,6 +1234,8 @@ Abgelegt: %2
     <message>
         <source>The set “%1” was not saved</source>
         <translation>Das Set „%1“ wurde nicht gespeichert</translation>
+    </message>
+    <message>
         <source>Korvane %1</source>
         <translation>Korvane %1</translation>
     </message>
