@@ -68,7 +68,7 @@ void AppController::start()
         if (!set.isEmpty() && files().exists(set))
             manager->openDefaultSet(set);
         else
-            pref->setDefaultSet(type, QStringLiteral("no set"));
+            pref->setDefaultSet(type, FormatManager::noSetTitle());
     }
 }
 

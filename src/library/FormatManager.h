@@ -124,6 +124,9 @@ public:
     void offerToSaveSet();
     void saveSetList();
     QString selectedSet() const; // null for "no set"
+    // The set pop-up's first title, for no set at all; also what the preferences keep as the
+    // default set when none is chosen.
+    static QString noSetTitle() { return QStringLiteral("no set"); }
     bool writeSet(const QString &path) const;
 
     // --- Table ---------------------------------------------------------------------------------
@@ -203,7 +206,6 @@ signals:
     void infoRequested(const PluginPtr &item, bool showContent);
 
 private:
-    struct ApplyRun;
     void setApplyEnabled(bool enabled);
     void setCurrentSetName(const QString &name);
     void announceChanged(const QList<PluginPtr> &items);
@@ -214,18 +216,9 @@ private:
     // be listed again.
     bool settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
                                 const std::array<QStringList, LocationCount> &listings);
-    MoveOutcome applyRecord(int recordIndex, ApplyRun &run);
-    MoveOutcome pendingOutcome(int recordIndex, PluginPtr *item = nullptr) const;
-    // Says text with its arguments filled in where a person will see it: the log window in the
-    // user's language, the system log and KorvaneCMD's standard error in English.
-    void tell(const char *text, const QStringList &args);
     // Sets an item's active flag, its place and its record; true when it is now pending.
     void markActive(const PluginPtr &item, bool active);
     void markAll(const std::function<bool(const Plugin &)> &which, bool active);
-    // Copies of at least this many bytes show their progress.
-    static constexpr qint64 LongCopyBytes = 4 * 1024 * 1024;
-    // Copy progress of the item-th (from 0, as it counts on) of count items, for the panel.
-    CopyProgress copyProgressFor(const int &item, int count) const;
 
     FormatTraits m_traits;
     ManagerParts m_parts;
@@ -234,7 +227,7 @@ private:
     bool m_scanned = false;
     bool m_applyEnabled = false;
     QString m_setName;
-    QStringList m_setTitles{QStringLiteral("no set")};
+    QStringList m_setTitles{noSetTitle()};
     int m_selectedSetIndex = 0;
     QStringList m_columns;
     QList<SortKey> m_sortKeys;

@@ -1,6 +1,7 @@
 // Maintenance commands: info on the selected plug-in, the duplicate report, moving plug-ins to the
 // trash, and the architecture column and switches.
 #include "library/FormatManager.h"
+#include "library/Reporting.h"
 
 #include "core/AppServices.h"
 #include "core/Texts.h"
@@ -113,9 +114,10 @@ void FormatManager::moveSelectedToTrash()
         FileError error;
         // The item leaves the list either way; the next rescan shows one whose trash failed.
         if (files.moveToTrash(path, &error, &trashedTo))
-            tell(QT_TRANSLATE_NOOP("korvane", "%1 is now in the trash: %2"), {path, trashedTo});
+            tell(services(), QT_TRANSLATE_NOOP("korvane", "%1 is now in the trash: %2"),
+                 {path, trashedTo});
         else
-            tell(QT_TRANSLATE_NOOP("korvane", "%1 could not go to the trash: %2"),
+            tell(services(), QT_TRANSLATE_NOOP("korvane", "%1 could not go to the trash: %2"),
                  {path, error.reason});
         emit itemAboutToBeRemoved(row);
         m_list.removeAt(row);

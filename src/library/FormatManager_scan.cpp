@@ -1,6 +1,7 @@
 // Scanning: rebuilding a format's item list and log from its four folders.
 
 #include "library/FormatManager.h"
+#include "library/Reporting.h"
 
 #include "codec/Bundle.h"
 #include "codec/PropertyList.h"
@@ -223,7 +224,8 @@ void FormatManager::rescan()
                 folders[size_t(earlier)] % QLatin1Char('\n') % folders[size_t(loc)];
             if (!m_saidOneFolder.contains(pair)) {
                 m_saidOneFolder.insert(pair);
-                tell(QT_TRANSLATE_NOOP("korvane",
+                tell(services(),
+                     QT_TRANSLATE_NOOP("korvane",
                                        "%1 and %2 are one folder: its plug-ins are listed once, in "
                                        "%1, and none can move from one to the other"),
                      {folders[size_t(earlier)], folders[size_t(loc)]});

@@ -21,7 +21,7 @@ namespace korvane {
 
 namespace {
 
-const QString kNoSet = QStringLiteral("no set");
+const QString kNoSet = FormatManager::noSetTitle();
 
 } // namespace
 

@@ -1,6 +1,7 @@
 // The plug-in table: cell values, undoable flag toggles, sorting, dragging out and installing
 // dropped files.
 #include "library/FormatManager.h"
+#include "library/Reporting.h"
 
 #include "core/AppServices.h"
 #include "core/Locations.h"
@@ -269,7 +270,7 @@ bool FormatManager::installDropped(const QStringList &paths)
     const int count = paths.size();
     int i = 0;
     {
-        const CopyProgressScope bytes(files, copyProgressFor(i, count));
+        const CopyProgressScope bytes(files, copyProgressFor(ui, i, count));
         for (; i < count; ++i) {
             // A person may stop a long install between files; what was copied stays.
             if (ui.progressCancelled())
