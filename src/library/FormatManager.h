@@ -52,13 +52,6 @@ struct MoveOutcome {
     bool stopped = false;
 };
 
-// How a drop onto the table is to be treated.
-struct DropValidation {
-    int operation; // 0 none, 4 generic
-    int row;       // retargeted row
-    bool onRow;    // drop on a row (false: above)
-};
-
 // The manager of one format row: scanning, activation, sets, table, groups and maintenance. Every
 // format has one alike; what differs between formats is in the row.
 //
@@ -131,17 +124,11 @@ public:
 
     // --- Table ---------------------------------------------------------------------------------
     int rowCount() const { return m_list.count(); }
-    QVariant data(int row, const QString &column) const;
-    static QVariant valueOf(const Plugin &item, const QString &column);
-    void setData(int row, const QString &column, const QVariant &value);
     // A flag column toggles whatever value it is given (undoably); the group column sets it.
     void changeItem(const PluginPtr &item, const QString &column, const QVariant &value);
     // The view's current row changed: the info panel follows it.
     void setCurrentRow(int row);
     void sortBy(const QList<SortKey> &keys);
-    QStringList pathsOfRows(const QList<int> &rows) const;
-    DropValidation validateDrop(int proposedRow, bool proposedOnRow,
-                                bool fromInsideApplication) const;
     bool installDropped(const QStringList &paths);
 
     // --- Groups --------------------------------------------------------------------------------

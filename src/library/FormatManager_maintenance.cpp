@@ -1,11 +1,11 @@
 // Maintenance commands: info on the selected plug-in, the duplicate report, moving plug-ins to the
 // trash, and the architecture column and switches.
 #include "library/FormatManager.h"
-#include "library/Reporting.h"
 
 #include "core/AppServices.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "library/Reporting.h"
 #include "os/FileOperations.h"
 
 #include <QDateTime>

@@ -1,7 +1,6 @@
 // Scanning: rebuilding a format's item list and log from its four folders.
 
 #include "library/FormatManager.h"
-#include "library/Reporting.h"
 
 #include "codec/Bundle.h"
 #include "codec/PropertyList.h"
@@ -11,6 +10,7 @@
 #include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "library/Reporting.h"
 #include "os/LibraryLock.h"
 #include "os/ScanCache.h"
 #include "os/SystemLog.h"

@@ -1,12 +1,12 @@
 // The plug-in table: cell values, undoable flag toggles, sorting, dragging out and installing
 // dropped files.
 #include "library/FormatManager.h"
-#include "library/Reporting.h"
 
 #include "core/AppServices.h"
 #include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "library/Reporting.h"
 #include "os/FileOperations.h"
 #include "os/SystemLog.h"
 
@@ -118,37 +118,6 @@ QString lastPathComponent(QString path)
 
 } // namespace
 
-QVariant FormatManager::data(int row, const QString &column) const
-{
-    if (!m_list.isValidRow(row))
-        return QVariant();
-    return valueOf(*m_list.at(row), column);
-}
-
-QVariant FormatManager::valueOf(const Plugin &item, const QString &column)
-{
-    if (column == kActive)
-        return item.isActive();
-    if (column == kGlobal)
-        return item.isGlobal();
-    if (column == kGroup)
-        return item.group();
-    if (column == QLatin1String("AUType"))
-        return item.architectureName();
-    if (column == QLatin1String("AUName"))
-        return item.name();
-    if (column == QLatin1String("AULocation"))
-        return item.location();
-    return QVariant();
-}
-
-void FormatManager::setData(int row, const QString &column, const QVariant &value)
-{
-    if (!m_list.isValidRow(row))
-        return;
-    changeItem(m_list.at(row), column, value);
-}
-
 void FormatManager::changeItem(const PluginPtr &item, const QString &column, const QVariant &value)
 {
     if (!item)
@@ -226,27 +195,6 @@ void FormatManager::sortPlugins()
     for (qsizetype index : order)
         sorted.append(plugins.at(index));
     m_list.reorder(std::move(sorted));
-}
-
-QStringList FormatManager::pathsOfRows(const QList<int> &rows) const
-{
-    QStringList paths;
-    for (int row : rows) {
-        if (const PluginPtr item = itemAt(row))
-            paths << m_list.pathOnDisk(*item);
-    }
-    return paths;
-}
-
-DropValidation FormatManager::validateDrop(int proposedRow, bool proposedOnRow,
-                                           bool fromInsideApplication) const
-{
-    DropValidation validation{fromInsideApplication ? 0 : 4, proposedRow, proposedOnRow};
-    if (proposedOnRow) {
-        validation.row = proposedRow + 1;
-        validation.onRow = false;
-    }
-    return validation;
 }
 
 bool FormatManager::installDropped(const QStringList &paths)

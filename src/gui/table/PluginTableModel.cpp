@@ -1,6 +1,7 @@
 #include "gui/table/PluginTableModel.h"
 
 #include "core/Texts.h"
+#include "gui/table/PluginTableSource.h"
 #include "library/FormatManager.h"
 #include "os/PathBytes.h"
 
@@ -74,23 +75,23 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
         if (isCheckColumn(id))
             return QVariant();
-        return displayName(FormatManager::valueOf(*item, id).toString());
+        return displayName(PluginTableSource::valueOf(*item, id).toString());
     case Qt::EditRole:
         if (isCheckColumn(id))
             return QVariant();
-        return FormatManager::valueOf(*item, id).toString();
+        return PluginTableSource::valueOf(*item, id).toString();
     case Qt::CheckStateRole:
         if (!isCheckColumn(id))
             return QVariant();
-        return FormatManager::valueOf(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
+        return PluginTableSource::valueOf(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
     case Qt::ToolTipRole:
         // Where the plug-in lies now, also for a row marked but not applied yet.
         return displayName(m_manager.plugins().pathOnDisk(*item));
     case Qt::AccessibleTextRole:
         if (isCheckColumn(id))
-            return FormatManager::valueOf(*item, id).toBool() ? korvane::tr("on")
-                                                              : korvane::tr("off");
-        return displayName(FormatManager::valueOf(*item, id).toString());
+            return PluginTableSource::valueOf(*item, id).toBool() ? korvane::tr("on")
+                                                                  : korvane::tr("off");
+        return displayName(PluginTableSource::valueOf(*item, id).toString());
     default:
         return QVariant();
     }
@@ -98,22 +99,23 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
 
 bool PluginTableModel::setData(const QModelIndex &index, const QVariant &value, int role)
 {
-    if (!index.isValid() || !m_manager.itemAt(index.row()))
+    const PluginPtr item = index.isValid() ? m_manager.itemAt(index.row()) : PluginPtr();
+    if (!item)
         return false;
     const QString &id = m_columns.at(index.column());
     // The manager toggles on every call, so a call is made only when the value really differs.
     if (role == Qt::CheckStateRole && isCheckColumn(id)) {
         const bool on = value.toInt() == Qt::Checked;
-        if (m_manager.data(index.row(), id).toBool() == on)
+        if (PluginTableSource::valueOf(*item, id).toBool() == on)
             return false;
-        m_manager.setData(index.row(), id, on);
+        m_manager.changeItem(item, id, on);
         return true;
     }
     if (role == Qt::EditRole && id == kGroup) {
         const QString group = value.toString();
-        if (m_manager.data(index.row(), id).toString() == group)
+        if (PluginTableSource::valueOf(*item, id).toString() == group)
             return false;
-        m_manager.setData(index.row(), id, group);
+        m_manager.changeItem(item, id, group);
         return true;
     }
     return false;
@@ -156,7 +158,7 @@ QMimeData *PluginTableModel::mimeData(const QModelIndexList &indexes) const
             rows << index.row();
         }
     QList<QUrl> urls;
-    for (const QString &path : m_manager.pathsOfRows(rows))
+    for (const QString &path : PluginTableSource::pathsOfRows(m_manager, rows))
         urls << QUrl::fromLocalFile(path);
     if (urls.isEmpty())
         return nullptr;

@@ -6,6 +6,7 @@
 #include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginItemDelegate.h"
 #include "gui/table/PluginTableModel.h"
+#include "gui/table/PluginTableSource.h"
 #include "library/FormatManager.h"
 
 #include <QDrag>
@@ -354,8 +355,8 @@ Qt::DropAction PluginTableView::dropActionFor(const QMimeData *data, const QPoin
         return Qt::IgnoreAction;
     const QModelIndex index = indexAt(pos);
     const int row = index.isValid() ? m_proxy->mapToSource(index).row() : m_manager.rowCount();
-    const DropValidation validation =
-        m_manager.validateDrop(row, index.isValid(), fromInsideApplication);
+    const PluginTableSource::DropValidation validation =
+        PluginTableSource::validateDrop(row, index.isValid(), fromInsideApplication);
     return validation.operation == 0 ? Qt::IgnoreAction : Qt::CopyAction;
 }
 
