@@ -66,9 +66,9 @@ void AppController::start()
         manager->rescan();
         const QString set = pref->defaultSet(type).value_or(QString());
         if (!set.isEmpty() && files().exists(set))
-            manager->openDefaultSet(set);
+            manager->sets().openDefaultSet(set);
         else
-            pref->setDefaultSet(type, FormatManager::noSetTitle());
+            pref->setDefaultSet(type, SetController::noSetTitle());
     }
 }
 
@@ -79,7 +79,7 @@ void AppController::saveState()
     for (FormatManager *manager : std::as_const(m_managers))
         manager->saveGroups();
     for (FormatManager *manager : std::as_const(m_managers))
-        manager->saveSetList();
+        manager->sets().saveSetList();
     m_pref->setDefaultType(activeType());
 }
 
@@ -242,25 +242,25 @@ FormatManager *AppController::activeManager() const
 void AppController::newSet()
 {
     if (FormatManager *manager = managerByIdentifier())
-        manager->newSet();
+        manager->sets().newSet();
 }
 
 void AppController::openSet()
 {
     if (FormatManager *manager = managerByIdentifier())
-        manager->openSet();
+        manager->sets().openSet();
 }
 
 void AppController::saveSet()
 {
     if (FormatManager *manager = managerByIdentifier())
-        manager->saveSet();
+        manager->sets().saveSet();
 }
 
 void AppController::saveSetAs()
 {
     if (FormatManager *manager = managerByIdentifier())
-        manager->saveSetAs();
+        manager->sets().saveSetAs();
 }
 
 void AppController::moveSelectedToTrash()

@@ -8,9 +8,11 @@
 namespace korvane {
 
 FormatManager::FormatManager(const Format &format, const ManagerParts &parts)
-    : m_traits(format),
-      m_parts(parts), m_columns{QStringLiteral("AUActive"), QStringLiteral("AUName"),
-                                QStringLiteral("AUGlobal"), QStringLiteral("AUGroup")},
+    : m_traits(format), m_parts(parts),
+      m_sets(*this, m_traits, m_parts), m_columns{QStringLiteral("AUActive"),
+                                                  QStringLiteral("AUName"),
+                                                  QStringLiteral("AUGlobal"),
+                                                  QStringLiteral("AUGroup")},
       m_sortKeys{{QStringLiteral("AUName"), true, true}}
 {
 }
@@ -40,12 +42,6 @@ void FormatManager::setApplyEnabled(bool enabled)
     emit applyEnabledChanged(enabled);
 }
 
-void FormatManager::setCurrentSetName(const QString &name)
-{
-    m_setName = name;
-    emit currentSetNameChanged(name);
-}
-
 void FormatManager::announceChanged(const QList<PluginPtr> &items)
 {
     QList<int> rows;
@@ -60,10 +56,10 @@ void FormatManager::announceChanged(const QList<PluginPtr> &items)
     emit itemsChanged(rows);
 }
 
-void FormatManager::selectSetIndex(int index)
+void FormatManager::loadSetList()
 {
-    m_selectedSetIndex = index;
-    emit setsChanged();
+    m_sets.loadSetList();
+    setApplyEnabled(false);
 }
 
 void FormatManager::selectItems(const QList<PluginPtr> &items, const PluginPtr &lastSelected)

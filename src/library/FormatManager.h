@@ -3,6 +3,7 @@
 #include "core/PluginList.h"
 #include "library/FormatSettings.h"
 #include "library/FormatTraits.h"
+#include "library/SetController.h"
 #include "os/FileOperations.h"
 
 #include <QList>
@@ -99,28 +100,11 @@ public:
     void setSelectedInactive();
 
     // --- Sets ----------------------------------------------------------------------------------
-    void loadSetList(); // the set pop-up from the sets file, apply off, window-load name
-    void newSet();
-    void saveSet();   // to the current name; an untitled set asks for one (saveSetAs)
-    void saveSetAs(); // asks for a name, then saveSetAs(path)
-    void saveSetAs(const QString &path);
-    void openSet(); // asks for a document, then openSet(path)
-    void openSet(const QString &path);
-    void openDefaultSet(const QString &path);
-    // Merges the document into the list, asks about what it names that is missing, and applies
-    // when the preferences say so.
-    void loadSet(const QString &path);
-    // The merge of loadSet alone: no dialog, no apply; the names of saved items that match none.
-    QStringList mergeSet(const QString &path);
+    SetController &sets() { return m_sets; }
+    const SetController &sets() const { return m_sets; }
+    void loadSetList(); // the set pop-up from the sets file, apply off
+    // Merges saved entries into the list; the names of saved items that match none.
     QStringList mergeItems(const QList<PluginPtr> &saved);
-    void selectSet(int index); // the pop-up's action with its new selection
-    void offerToSaveSet();
-    void saveSetList();
-    QString selectedSet() const; // null for "no set"
-    // The set pop-up's first title, for no set at all; also what the preferences keep as the
-    // default set when none is chosen.
-    static QString noSetTitle() { return QStringLiteral("no set"); }
-    bool writeSet(const QString &path) const;
 
     // --- Table ---------------------------------------------------------------------------------
     int rowCount() const { return m_list.count(); }
@@ -153,11 +137,6 @@ public:
 
     // --- State the window shows ----------------------------------------------------------------
     bool isApplyEnabled() const { return m_applyEnabled; }
-    QString currentSetName() const { return m_setName; }
-    QStringList setTitles() const { return m_setTitles; }
-    int selectedSetIndex() const { return m_selectedSetIndex; }
-    void selectSetIndex(int index); // selection only, no action
-    bool isSetChanged() const { return m_setChanged; }
     QStringList columns() const { return m_columns; }
     QList<SortKey> sortKeys() const { return m_sortKeys; }
 
@@ -184,8 +163,6 @@ signals:
     void itemAboutToBeRemoved(int row);
     void itemRemoved(int row);
     void applyEnabledChanged(bool enabled);
-    void currentSetNameChanged(const QString &name);
-    void setsChanged();
     void columnsChanged();
     void selectionChanged();
     // For the info panel: a row was selected in the table, or the info command was given.
@@ -194,7 +171,6 @@ signals:
 
 private:
     void setApplyEnabled(bool enabled);
-    void setCurrentSetName(const QString &name);
     void announceChanged(const QList<PluginPtr> &items);
     void sortPlugins();
     // One folder's entries as the scan considers them: direct, or below it with subfolders on.
@@ -210,12 +186,9 @@ private:
     FormatTraits m_traits;
     ManagerParts m_parts;
     PluginList m_list;
-    bool m_setChanged = false;
+    SetController m_sets;
     bool m_scanned = false;
     bool m_applyEnabled = false;
-    QString m_setName;
-    QStringList m_setTitles{noSetTitle()};
-    int m_selectedSetIndex = 0;
     QStringList m_columns;
     QList<SortKey> m_sortKeys;
     // Pairs of the format's folders found to be one folder, each said once per run.

@@ -58,7 +58,7 @@ void FormatManager::apply()
     const LibraryLock lock(files(), locations().pluginFolders(m_traits));
     if (!libraryLocked(lock, ui()))
         return;
-    offerToSaveSet();
+    m_sets.offerToSaveSet();
     // Every marked plug-in moves: applying one per press left the rest to be marked again.
     applyPending();
 }

@@ -154,7 +154,7 @@ void FormatManager::changeItem(const PluginPtr &item, const QString &column, con
     services->updateRedoTitle();
     item->updateLocation(m_traits.type);
     updateRecord(item);
-    m_setChanged = m_selectedSetIndex > 0;
+    m_sets.noteItemChanged();
     announceChanged({item});
 }
 

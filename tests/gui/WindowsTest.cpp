@@ -102,7 +102,7 @@ TEST_F(WindowsTest, LaunchScriptFollowsTheChosenFormatsAndIsSavedAsShown)
     ASSERT_TRUE(writePlist(support + "/vstsets.plist", QVariantList{"no set", "Live"}));
     makeContext();
     context->prepareWindow();
-    context->manager(TypeVST)->selectSetIndex(1);
+    context->manager(TypeVST)->sets().selectSetIndex(1);
     LaunchScript *script = context->script();
     script->setLayout(LaunchScript::Layout::Shell);
     script->setToolPath("/opt/korvane/KorvaneCMD");

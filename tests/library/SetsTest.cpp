@@ -34,7 +34,7 @@ protected:
     {
         const QString path = documents + "/" + name;
         ui.savePanelAnswers << path;
-        au->saveSet();
+        au->sets().saveSet();
         return path;
     }
     // Four items: every pair of flags, names and places beyond ASCII and of great length.
@@ -68,7 +68,7 @@ protected:
     {
         writeText(homePath("Library/Application Support/Korvane/ausets.plist"), contents);
         au->loadSetList();
-        return au->setTitles();
+        return au->sets().setTitles();
     }
 };
 
@@ -76,13 +76,13 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
 {
     const QString path = saveAs("one.aukorv");
     EXPECT_EQ(ui.savePanels[0].directory, documents);
-    au->saveSetAs(path); // a path is listed once
-    EXPECT_EQ(au->setTitles(), QStringList({"no set", path}));
-    EXPECT_EQ(au->selectedSetIndex(), 1);
+    au->sets().saveSetAs(path); // a path is listed once
+    EXPECT_EQ(au->sets().setTitles(), QStringList({"no set", path}));
+    EXPECT_EQ(au->sets().selectedSetIndex(), 1);
 
     au->changeItem(item(au, "B.component"), "AUActive", false);
-    EXPECT_TRUE(au->isSetChanged());
-    au->openSet(path);
+    EXPECT_TRUE(au->sets().isSetChanged());
+    au->sets().openSet(path);
     EXPECT_TRUE(item(au, "B.component")->isActive());
     EXPECT_FALSE(au->isApplyEnabled());
 
@@ -90,8 +90,8 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
     au->changeItem(item(au, "B.component"), "AUActive", false);
     au->apply();
     EXPECT_EQ(ui.alertMessages(), QStringList({"Save changes to Set"}));
-    EXPECT_FALSE(au->isSetChanged());
-    EXPECT_EQ(au->selectedSetIndex(), 0);
+    EXPECT_FALSE(au->sets().isSetChanged());
+    EXPECT_EQ(au->sets().selectedSetIndex(), 0);
 }
 
 TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemoved)
@@ -102,21 +102,21 @@ TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemoved)
 
     loadSets(PropertyList::toXml(QVariantList{"no set", "/gone/x.aukorv"}));
     ui.alertAnswers << AlertAnswer::Default << AlertAnswer::Default << AlertAnswer::Alternate;
-    au->selectSet(1);
+    au->sets().selectSet(1);
     ASSERT_EQ(ui.alerts.size(), 3);
     EXPECT_EQ(ui.alerts[2].buttons, QStringList({"try again", "remove"}));
-    EXPECT_EQ(au->setTitles(), QStringList({"no set"}));
+    EXPECT_EQ(au->sets().setTitles(), QStringList({"no set"}));
 
     // With nobody there to answer, "try again" would never end: it is asked once, and the entry
     // stays for a person to decide on.
     HeadlessUi nobody;
     ManagersOfOneRun unattended(locations(), disk(), nobody);
     unattended.au.loadSetList();
-    unattended.au.openDefaultSet("/gone/y.aukorv");
-    const QStringList titles = unattended.au.setTitles();
-    unattended.au.selectSet(int(titles.indexOf("/gone/y.aukorv")));
-    EXPECT_EQ(unattended.au.setTitles(), titles);
-    EXPECT_EQ(unattended.au.selectedSetIndex(), 0);
+    unattended.au.sets().openDefaultSet("/gone/y.aukorv");
+    const QStringList titles = unattended.au.sets().setTitles();
+    unattended.au.sets().selectSet(int(titles.indexOf("/gone/y.aukorv")));
+    EXPECT_EQ(unattended.au.sets().setTitles(), titles);
+    EXPECT_EQ(unattended.au.sets().selectedSetIndex(), 0);
 }
 
 // Each entry goes to the copy the set names, whatever the table's order; with one copy gone, the
@@ -134,12 +134,12 @@ TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
         }
     }
     const QString path = documents + "/copies.aukorv";
-    au->writeSet(path);
+    au->sets().writeSet(path);
 
     au->rescan();
     au->sortBy({{"AULocation", false}});
     setPref("AUActivateAfterLoading", true);
-    au->openDefaultSet(path);
+    au->sets().openDefaultSet(path);
     EXPECT_TRUE(ui.missingItemsLists.isEmpty());
     EXPECT_TRUE(ui.alerts.isEmpty());
     EXPECT_FALSE(exists(system) || exists(auPath(0, "A.component")));
@@ -151,14 +151,14 @@ TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
     // the document loses them.
     QDir(auPath(1, "Foo.component")).removeRecursively();
     au->rescan();
-    au->openDefaultSet(path);
+    au->sets().openDefaultSet(path);
     EXPECT_EQ(ui.missingItemsLists, QStringList({"Foo.component"}));
-    EXPECT_EQ(au->selectedSetIndex(), 0);
+    EXPECT_EQ(au->sets().selectedSetIndex(), 0);
     EXPECT_EQ(SetDocument::read(path).size(), 5);
     ui.missingItemsAnswers << MissingItemsAnswer::Remove;
-    au->openDefaultSet(path);
+    au->sets().openDefaultSet(path);
     EXPECT_EQ(SetDocument::read(path).size(), 4);
-    EXPECT_EQ(au->selectedSetIndex(), 1);
+    EXPECT_EQ(au->sets().selectedSetIndex(), 1);
     EXPECT_TRUE(whole(user, MachO::intel()));
 }
 

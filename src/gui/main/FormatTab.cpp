@@ -70,19 +70,20 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
     layout->addLayout(search);
     layout->addWidget(m_table, 1);
 
-    connect(newButton, &QPushButton::clicked, this, [this] { m_manager.newSet(); });
-    connect(open, &QPushButton::clicked, this, [this] { m_manager.openSet(); });
-    connect(save, &QPushButton::clicked, this, [this] { m_manager.saveSet(); });
-    connect(saveAs, &QPushButton::clicked, this, [this] { m_manager.saveSetAs(); });
+    connect(newButton, &QPushButton::clicked, this, [this] { m_manager.sets().newSet(); });
+    connect(open, &QPushButton::clicked, this, [this] { m_manager.sets().openSet(); });
+    connect(save, &QPushButton::clicked, this, [this] { m_manager.sets().saveSet(); });
+    connect(saveAs, &QPushButton::clicked, this, [this] { m_manager.sets().saveSetAs(); });
     connect(m_apply, &QPushButton::clicked, this, [this] { m_manager.apply(); });
-    connect(m_sets, &QComboBox::activated, this, [this](int index) { m_manager.selectSet(index); });
+    connect(m_sets, &QComboBox::activated, this,
+            [this](int index) { m_manager.sets().selectSet(index); });
     connect(m_search, &QLineEdit::textChanged, m_table, &PluginTableView::setFilterText);
 
     connect(&manager, &FormatManager::applyEnabledChanged, m_apply, &QPushButton::setEnabled);
-    connect(&manager, &FormatManager::currentSetNameChanged, m_name, &QLineEdit::setText);
-    connect(&manager, &FormatManager::setsChanged, this, &FormatTab::showSets);
+    connect(&manager.sets(), &SetController::currentSetNameChanged, m_name, &QLineEdit::setText);
+    connect(&manager.sets(), &SetController::setsChanged, this, &FormatTab::showSets);
     m_apply->setEnabled(manager.isApplyEnabled());
-    m_name->setText(manager.currentSetName());
+    m_name->setText(manager.sets().currentSetName());
     showSets();
 }
 
@@ -104,7 +105,7 @@ QPushButton *FormatTab::makeButton(const QString &name, const QString &text)
 void FormatTab::showSets()
 {
     const QSignalBlocker blocker(m_sets);
-    const QStringList titles = m_manager.setTitles();
+    const QStringList titles = m_manager.sets().setTitles();
     QStringList shown;
     for (int i = 0; i < m_sets->count(); ++i)
         shown << m_sets->itemText(i);
@@ -112,7 +113,7 @@ void FormatTab::showSets()
         m_sets->clear();
         m_sets->addItems(titles);
     }
-    m_sets->setCurrentIndex(m_manager.selectedSetIndex());
+    m_sets->setCurrentIndex(m_manager.sets().selectedSetIndex());
 }
 
 } // namespace korvane
