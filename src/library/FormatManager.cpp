@@ -8,11 +8,10 @@
 namespace korvane {
 
 FormatManager::FormatManager(const Format &format, const ManagerParts &parts)
-    : m_traits(format), m_parts(parts),
-      m_sets(*this, m_traits, m_parts), m_columns{QStringLiteral("AUActive"),
-                                                  QStringLiteral("AUName"),
-                                                  QStringLiteral("AUGlobal"),
-                                                  QStringLiteral("AUGroup")},
+    : m_traits(format), m_parts(parts), m_sets(*this, m_traits, m_parts),
+      m_scanner(m_traits, m_parts), m_columns{QStringLiteral("AUActive"), QStringLiteral("AUName"),
+                                              QStringLiteral("AUGlobal"),
+                                              QStringLiteral("AUGroup")},
       m_sortKeys{{QStringLiteral("AUName"), true, true}}
 {
 }

@@ -3,6 +3,7 @@
 #include "core/PluginList.h"
 #include "library/FormatSettings.h"
 #include "library/FormatTraits.h"
+#include "library/Scanner.h"
 #include "library/SetController.h"
 #include "os/FileOperations.h"
 
@@ -173,12 +174,6 @@ private:
     void setApplyEnabled(bool enabled);
     void announceChanged(const QList<PluginPtr> &items);
     void sortPlugins();
-    // One folder's entries as the scan considers them: direct, or below it with subfolders on.
-    QStringList listFolder(int loc, const QString &folder) const;
-    // Finishes or undoes the moves cut short among the four folders; true when the folders are to
-    // be listed again.
-    bool settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
-                                const std::array<QStringList, LocationCount> &listings);
     // Sets an item's active flag, its place and its record; true when it is now pending.
     void markActive(const PluginPtr &item, bool active);
     void markAll(const std::function<bool(const Plugin &)> &which, bool active);
@@ -187,12 +182,11 @@ private:
     ManagerParts m_parts;
     PluginList m_list;
     SetController m_sets;
+    Scanner m_scanner;
     bool m_scanned = false;
     bool m_applyEnabled = false;
     QStringList m_columns;
     QList<SortKey> m_sortKeys;
-    // Pairs of the format's folders found to be one folder, each said once per run.
-    QSet<QString> m_saidOneFolder;
     QList<PluginPtr> m_selection; // in the order the view gave them
     PluginPtr m_lastSelected;
 };
