@@ -2,6 +2,7 @@
 
 #include "core/AppServices.h"
 #include "core/Locations.h"
+#include "library/TableColumns.h"
 
 #include <algorithm>
 
@@ -9,10 +10,9 @@ namespace korvane {
 
 FormatManager::FormatManager(const Format &format, const ManagerParts &parts)
     : m_traits(format), m_parts(parts), m_sets(*this, m_traits, m_parts),
-      m_scanner(m_traits, m_parts), m_columns{QStringLiteral("AUActive"), QStringLiteral("AUName"),
-                                              QStringLiteral("AUGlobal"),
-                                              QStringLiteral("AUGroup")},
-      m_sortKeys{{QStringLiteral("AUName"), true, true}}
+      m_scanner(m_traits, m_parts), m_columns{TableColumn::Active, TableColumn::Name,
+                                              TableColumn::Global, TableColumn::Group},
+      m_sortKeys{{TableColumn::Name, true, true}}
 {
 }
 

@@ -6,6 +6,7 @@
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/Reporting.h"
+#include "library/TableColumns.h"
 #include "os/FileOperations.h"
 
 #include <QDateTime>
@@ -135,9 +136,9 @@ void FormatManager::showArchitectureColumn(bool visible)
 {
     // Showing twice adds a second column and hiding removes one; callers ask once per load.
     if (visible)
-        m_columns << QStringLiteral("AUType");
+        m_columns << TableColumn::Architecture;
     else
-        m_columns.removeOne(QStringLiteral("AUType"));
+        m_columns.removeOne(TableColumn::Architecture);
     emit columnsChanged();
 }
 

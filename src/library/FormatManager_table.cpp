@@ -7,6 +7,7 @@
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/Reporting.h"
+#include "library/TableColumns.h"
 #include "os/FileOperations.h"
 #include "os/SystemLog.h"
 
@@ -19,10 +20,6 @@
 namespace korvane {
 
 namespace {
-
-const QString kActive = QStringLiteral("AUActive");
-const QString kGlobal = QStringLiteral("AUGlobal");
-const QString kGroup = QStringLiteral("AUGroup");
 
 // One sort key with every item's key taken out once, so the comparisons of a sort compare
 // plain numbers and strings. The kinds follow the table's values: flags and numbers compare as
@@ -48,17 +45,17 @@ public:
             if (m_case == Qt::CaseInsensitive)
                 foldAscii();
         };
-        if (key == kActive)
+        if (key == TableColumn::Active)
             numbers([](const Plugin &i) { return i.isActive(); });
-        else if (key == kGlobal)
+        else if (key == TableColumn::Global)
             numbers([](const Plugin &i) { return i.isGlobal(); });
-        else if (key == kGroup)
+        else if (key == TableColumn::Group)
             texts([](const Plugin &i) { return i.group(); });
-        else if (key == QLatin1String("AUType"))
+        else if (key == TableColumn::Architecture)
             texts([](const Plugin &i) { return i.architectureName(); });
-        else if (key == QLatin1String("AUName"))
+        else if (key == TableColumn::Name)
             texts([](const Plugin &i) { return i.name(); });
-        else if (key == QLatin1String("AULocation"))
+        else if (key == TableColumn::Location)
             texts([](const Plugin &i) { return i.location(); });
     }
 
@@ -125,14 +122,14 @@ void FormatManager::changeItem(const PluginPtr &item, const QString &column, con
     AppServices *services = &this->services();
     UndoStack *undo = services->undoStack();
 
-    if (column == kGroup) {
+    if (column == TableColumn::Group) {
         changeGroup(item, value.toString());
         item->updateLocation(m_traits.type);
         updateRecord(item);
         announceChanged({item});
         return;
     }
-    if (column != kActive && column != kGlobal)
+    if (column != TableColumn::Active && column != TableColumn::Global)
         return;
 
     // Every call toggles whatever value it is given, so the same call is its own inverse.
@@ -141,7 +138,7 @@ void FormatManager::changeItem(const PluginPtr &item, const QString &column, con
         if (self)
             self->changeItem(item, column, value);
     });
-    const bool globalFlag = column == kGlobal;
+    const bool globalFlag = column == TableColumn::Global;
     if (globalFlag)
         item->setGlobal(!item->isGlobal());
     else

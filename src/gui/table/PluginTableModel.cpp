@@ -3,6 +3,7 @@
 #include "core/Texts.h"
 #include "gui/table/PluginTableSource.h"
 #include "library/FormatManager.h"
+#include "library/TableColumns.h"
 #include "os/PathBytes.h"
 
 #include <QMimeData>
@@ -10,14 +11,6 @@
 #include <QUrl>
 
 namespace korvane {
-
-namespace {
-
-const QString kActive = QStringLiteral("AUActive");
-const QString kGlobal = QStringLiteral("AUGlobal");
-const QString kGroup = QStringLiteral("AUGroup");
-
-} // namespace
 
 PluginTableModel::PluginTableModel(FormatManager &manager, QObject *parent)
     : QAbstractTableModel(parent), m_manager(manager), m_columns(manager.columns())
@@ -37,18 +30,15 @@ PluginTableModel::PluginTableModel(FormatManager &manager, QObject *parent)
 
 bool PluginTableModel::isCheckColumn(const QString &identifier)
 {
-    return identifier == kActive || identifier == kGlobal;
+    return identifier == TableColumn::Active || identifier == TableColumn::Global;
 }
 
 QString PluginTableModel::title(const QString &identifier)
 {
     static const QList<QPair<QString, const char *>> titles{
-        {kActive, "Active"},
-        {QStringLiteral("AUName"), "Name"},
-        {kGlobal, "Global"},
-        {kGroup, "Group"},
-        {QStringLiteral("AUType"), "Type"},
-        {QStringLiteral("AULocation"), "Location"}};
+        {TableColumn::Active, "Active"},     {TableColumn::Name, "Name"},
+        {TableColumn::Global, "Global"},     {TableColumn::Group, "Group"},
+        {TableColumn::Architecture, "Type"}, {TableColumn::Location, "Location"}};
     for (const auto &[id, english] : titles)
         if (id == identifier)
             return korvane::tr(english);
@@ -111,7 +101,7 @@ bool PluginTableModel::setData(const QModelIndex &index, const QVariant &value, 
         m_manager.changeItem(item, id, on);
         return true;
     }
-    if (role == Qt::EditRole && id == kGroup) {
+    if (role == Qt::EditRole && id == TableColumn::Group) {
         const QString group = value.toString();
         if (PluginTableSource::valueOf(*item, id).toString() == group)
             return false;
@@ -129,7 +119,7 @@ Qt::ItemFlags PluginTableModel::flags(const QModelIndex &index) const
     const QString &id = m_columns.at(index.column());
     if (isCheckColumn(id))
         flags |= Qt::ItemIsUserCheckable;
-    else if (id == kGroup)
+    else if (id == TableColumn::Group)
         flags |= Qt::ItemIsEditable;
     return flags;
 }

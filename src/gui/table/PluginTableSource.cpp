@@ -1,22 +1,23 @@
 #include "gui/table/PluginTableSource.h"
 
 #include "library/FormatManager.h"
+#include "library/TableColumns.h"
 
 namespace korvane::PluginTableSource {
 
 QVariant valueOf(const Plugin &item, const QString &column)
 {
-    if (column == QLatin1String("AUActive"))
+    if (column == TableColumn::Active)
         return item.isActive();
-    if (column == QLatin1String("AUGlobal"))
+    if (column == TableColumn::Global)
         return item.isGlobal();
-    if (column == QLatin1String("AUGroup"))
+    if (column == TableColumn::Group)
         return item.group();
-    if (column == QLatin1String("AUType"))
+    if (column == TableColumn::Architecture)
         return item.architectureName();
-    if (column == QLatin1String("AUName"))
+    if (column == TableColumn::Name)
         return item.name();
-    if (column == QLatin1String("AULocation"))
+    if (column == TableColumn::Location)
         return item.location();
     return QVariant();
 }

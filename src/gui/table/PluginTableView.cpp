@@ -8,6 +8,7 @@
 #include "gui/table/PluginTableModel.h"
 #include "gui/table/PluginTableSource.h"
 #include "library/FormatManager.h"
+#include "library/TableColumns.h"
 
 #include <QDrag>
 #include <QDragEnterEvent>
@@ -30,9 +31,9 @@ int defaultWidth(const QString &identifier)
 {
     if (PluginTableModel::isCheckColumn(identifier))
         return 64;
-    if (identifier == QLatin1String("AUName"))
+    if (identifier == TableColumn::Name)
         return 280;
-    if (identifier == QLatin1String("AULocation"))
+    if (identifier == TableColumn::Location)
         return 320;
     return 140;
 }
