@@ -17,7 +17,6 @@ class FormatTable;
 // One format's page of the preferences window, as the store holds it once storeForm ran.
 struct PreferencesPage {
     QString defaultSet;
-    bool showMessage = false;
     bool activateAfterLoading = false;
     bool on = false;
     bool showContent = false;
@@ -62,6 +61,7 @@ public:
     int defaultType() const;
     void setDefaultType(int type);
     int selectedTab() const { return form.selectedTab; }
+    bool checksForUpdatesAtStartup() const;
 
     PreferenceStore *store() { return m_store.get(); }
     PreferencesForm form;

@@ -1,6 +1,7 @@
 #include "cli/CliRunner.h"
 
 #include "app/AppContext.h"
+#include "cli/BackupCommands.h"
 #include "cli/CliSession.h"
 #include "cli/MoveReport.h"
 #include "cli/NameList.h"
@@ -268,6 +269,10 @@ int CliRunner::run(const Options &options)
         return saveSet(session, options);
     case Options::ShowSet:
         return showSet(session, options);
+    case Options::Backup:
+        return backupCommand(session, options, m_out, m_err);
+    case Options::Restore:
+        return restoreCommand(session, options, m_out, m_err);
     default:
         return ExitUsage;
     }

@@ -86,7 +86,7 @@ AppContext &CliSession::controllers()
         parts.roots = m_roots;
         parts.files = &files();
         parts.ui = &m_ui;
-        // Nothing depends on the activation right, and a prompt would hang a launch script.
+        // A polkit prompt would hang a launch script: the tool asks for no rights.
         parts.authorization = m_authorization.get();
         parts.prepareWindow = false;
         m_context = std::make_unique<AppContext>(std::move(parts));
@@ -110,7 +110,8 @@ bool CliSession::lockLibrary(QString *failure, bool *heldByAnother)
 bool CliSession::isReadOnly(const Options &options)
 {
     return options.check || options.command == Options::List
-           || options.command == Options::Duplicates || options.command == Options::ShowSet;
+           || options.command == Options::Duplicates || options.command == Options::ShowSet
+           || options.command == Options::Backup;
 }
 
 QStringList CliSession::notices() const

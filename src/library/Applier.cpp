@@ -65,8 +65,6 @@ QList<MoveOutcome> Applier::applyPending()
 {
     UserInterface &ui = m_parts.services.ui();
     FileOperations &files = m_parts.services.files();
-    // Nothing depends on the answer: the moves succeed or fail by the file system's own rights.
-    m_parts.authorization.requestActivationRight();
     Run run{MovePlanner(files, m_traits, m_list), {}, false};
     const QList<PluginRecord> &records = m_list.records();
 
@@ -265,8 +263,6 @@ MoveOutcome Applier::applyRecord(int recordIndex, Run &run)
         // Without a source, whatever lies at the target may be the only copy left; the move
         // below fails and reports the missing source instead.
         if (move.verdict != MoveVerdict::SourceGone) {
-            if (!deletable)
-                m_parts.authorization.requestActivationRight();
             // Into the trash, never unlinked: the target may hold files the scan never showed,
             // such as a licence inside an older bundle. Should that fail, the target stays and
             // the move below fails.

@@ -22,6 +22,7 @@ class AppServices;
 class Authorization;
 class Locations;
 class MissingItemsPrompt;
+class RightsMover;
 class UserInterface;
 
 // The controllers a manager works with, made by AppContext.
@@ -30,6 +31,9 @@ struct ManagerParts {
     const FormatSettings &settings; // the preferences
     MissingItemsPrompt &missingItems;
     Authorization &authorization;
+    // The window's: system moves the person may not make alone go through it. None: they are
+    // tried with the person's own rights.
+    RightsMover *rights = nullptr;
 };
 
 // One column of the table's sort order.
@@ -90,8 +94,12 @@ public:
     int pendingCount() const { return m_list.pendingCount(); }
     void updateRecord(const PluginPtr &item);
     int findRow(const QString &name, int itemID) const;
-    void apply();                      // offers to save the set, then applyPending
+    // Offers to save the set, makes the moves that need rights (RightsApply), then applyPending.
+    void apply();
     QList<MoveOutcome> applyPending(); // every pending record, then one rescan
+    // A pending record dealt with outside the apply (by the rights mover, or left by the person):
+    // the apply passes it by, and its rescan shows where the plug-in is.
+    void settleRecord(int recordIndex);
     void moveContent(const PluginPtr &item);
     void setAllActive();
     void setAllInactive();
@@ -99,6 +107,10 @@ public:
     void setGroupInactive();
     void setSelectedActive();
     void setSelectedInactive();
+    // Marks those of items not yet in the state as one undoable step with that name; the items
+    // marked. The window's bulk commands (BulkMarks) come through here.
+    QList<PluginPtr> markItems(const QList<PluginPtr> &items, bool active,
+                               const QString &actionName);
 
     // --- Sets ----------------------------------------------------------------------------------
     SetController &sets() { return m_sets; }
@@ -127,7 +139,8 @@ public:
 
     // --- Maintenance ---------------------------------------------------------------------------
     void requestInfo();
-    void backup() {}
+    // A backup of the format's plug-ins, and putting one back (PluginBackup, with its dialogs).
+    void backup();
     void restoreBackup();
     void reportDuplicates();
     // Each name held by more than one item, once, at its first position, with its total count.

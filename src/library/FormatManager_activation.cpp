@@ -7,6 +7,7 @@
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/Applier.h"
+#include "library/RightsApply.h"
 #include "os/LibraryLock.h"
 
 namespace korvane {
@@ -55,12 +56,22 @@ int FormatManager::findRow(const QString &name, int itemID) const
 
 void FormatManager::apply()
 {
-    const LibraryLock lock(files(), locations().pluginFolders(m_traits));
-    if (!libraryLocked(lock, ui()))
+    if (!m_sets.offerToSaveSet())
         return;
-    m_sets.offerToSaveSet();
+    // Before the lock is taken: the helper takes the system folders' lock itself.
+    if (m_parts.rights)
+        RightsApply::run(*this, *m_parts.rights);
     // Every marked plug-in moves: applying one per press left the rest to be marked again.
     applyPending();
+}
+
+void FormatManager::settleRecord(int recordIndex)
+{
+    PluginRecord &record = m_list.record(recordIndex);
+    m_list.noteRecordState(record.isProcessed(), true);
+    record.setProcessed(true);
+    if (m_list.pendingCount() == 0)
+        setApplyEnabled(false);
 }
 
 QList<MoveOutcome> FormatManager::applyPending()

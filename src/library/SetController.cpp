@@ -10,8 +10,10 @@
 #include "library/FormatManager.h"
 #include "library/MissingItemsPrompt.h"
 #include "library/SetDocument.h"
+#include "library/UnsavedWork.h"
 #include "os/FileOperations.h"
 
+#include <QFileInfo>
 #include <algorithm>
 
 namespace korvane {
@@ -73,28 +75,46 @@ void SetController::newSet()
     setCurrentSetName(m_traits.untitledName);
 }
 
-void SetController::saveSet()
+bool SetController::saveSet()
 {
     if (m_setName == m_traits.untitledName)
-        saveSetAs();
-    else
-        writeSet(m_setName); // a relative name lands in the current folder, failures unreported
+        return saveSetAs();
+    // A relative name lands in the current folder.
+    FileError error;
+    if (!writeSet(m_setName, &error)) {
+        UnsavedWork::reportSetNotSaved(m_manager, error); // the edits stay unsaved
+        return false;
+    }
     m_setChanged = false;
+    return true;
 }
 
-void SetController::saveSetAs()
+bool SetController::saveSetAs()
 {
     SavePanelRequest request;
     request.directory = m_parts.services.locations().documentsFolder();
     request.fileName = m_traits.savePanelName;
-    const std::optional<QString> path = m_parts.services.ui().runSavePanel(request);
-    if (path)
-        saveSetAs(*path);
+    UserInterface &ui = m_parts.services.ui();
+    // After a failure the panel comes back: the set is saved somewhere or consciously not.
+    while (const std::optional<QString> path = ui.runSavePanel(request)) {
+        if (saveSetAs(*path))
+            return true;
+        if (!ui.isInteractive())
+            break;
+        request.directory = QFileInfo(*path).absolutePath();
+        request.fileName = QFileInfo(*path).fileName();
+    }
+    return false;
 }
 
-void SetController::saveSetAs(const QString &path)
+bool SetController::saveSetAs(const QString &path)
 {
-    writeSet(path);
+    FileError error;
+    if (!writeSet(path, &error)) {
+        // Neither the pop-up nor the name field takes a set that is not on disk.
+        UnsavedWork::reportSetNotSaved(m_manager, error);
+        return false;
+    }
     setCurrentSetName(path);
     if (!m_setTitles.contains(path)) {
         m_setTitles << path;
@@ -102,6 +122,7 @@ void SetController::saveSetAs(const QString &path)
     }
     selectSetIndex(m_setTitles.indexOf(path));
     m_setChanged = false;
+    return true;
 }
 
 void SetController::openSet()
@@ -199,24 +220,16 @@ void SetController::selectSet(int index)
     }
 }
 
-void SetController::offerToSaveSet()
+bool SetController::offerToSaveSet()
 {
-    if (!m_setChanged)
-        return;
-    // Compared with a capital S, so the pop-up's "no set" never matches.
-    if (m_setTitles.value(m_selectedSetIndex) == QLatin1String("no Set"))
-        return;
+    return UnsavedWork::settleSetEdits(m_manager);
+}
 
-    Alert alert;
-    alert.messageText = korvane::tr("Save changes to Set");
-    alert.buttons = {korvane::tr("Save"), korvane::tr("Discard")};
-    alert.informativeText = korvane::tr("Save changes to actual Set?");
-    if (m_parts.services.ui().runAlert(alert) == AlertAnswer::Default) {
-        saveSet();
-    } else {
-        selectSetIndex(0);
-        m_setChanged = false;
-    }
+void SetController::forgetSetEdits()
+{
+    // The marks no longer match the set: it is no longer the one shown.
+    selectSetIndex(0);
+    m_setChanged = false;
 }
 
 void SetController::saveSetList()
@@ -240,9 +253,9 @@ QString SetController::selectedSet() const
     return title;
 }
 
-bool SetController::writeSet(const QString &path) const
+bool SetController::writeSet(const QString &path, FileError *error) const
 {
-    return SetDocument::write(m_parts.services.files(), path, m_manager.items());
+    return SetDocument::write(m_parts.services.files(), path, m_manager.items(), error);
 }
 
 } // namespace korvane

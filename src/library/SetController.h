@@ -11,6 +11,7 @@
 namespace korvane {
 
 class FormatManager;
+struct FileError;
 struct ManagerParts;
 
 // The set pop-up of one format manager: the known set documents, the one selected, the name in
@@ -29,9 +30,10 @@ public:
     void loadSetList(); // the set pop-up from the sets file, the window-load name
     void saveSetList();
     void newSet();
-    void saveSet();   // to the current name; an untitled set asks for one (saveSetAs)
-    void saveSetAs(); // asks for a name, then saveSetAs(path)
-    void saveSetAs(const QString &path);
+    // Each true when the set is on disk; a failure is said and changes nothing else.
+    bool saveSet();   // to the current name; an untitled set asks for one (saveSetAs)
+    bool saveSetAs(); // asks for a name, then saveSetAs(path), asking again after a failure
+    bool saveSetAs(const QString &path);
     void openSet(); // asks for a document, then openSet(path)
     void openSet(const QString &path);
     void openDefaultSet(const QString &path);
@@ -41,8 +43,9 @@ public:
     // The merge of loadSet alone: no dialog, no apply; the names of saved items that match none.
     QStringList mergeSet(const QString &path);
     void selectSet(int index); // the pop-up's action with its new selection
-    void offerToSaveSet();
-    bool writeSet(const QString &path) const;
+    bool offerToSaveSet();     // Save / Don't Save / Cancel; false: Cancel
+    void forgetSetEdits();     // Don't Save: the set is no longer the one shown
+    bool writeSet(const QString &path, FileError *error = nullptr) const;
 
     QString selectedSet() const; // null for "no set"
     QString currentSetName() const { return m_setName; }
