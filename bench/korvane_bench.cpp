@@ -213,12 +213,12 @@ void measure(int n, QTextStream &out)
     for (const PluginPtr &item : au->items())
         item->setActive(!item->isActive());
     const QString setPath = home.path() + "/bench.aukorv";
-    au->writeSet(setPath);
+    au->sets().writeSet(setPath);
     au->rescan();
     // These two are compared across the sizes, so both sizes take the best of the same number of
     // runs: more tries at the small size alone would lower its minimum and inflate the ratio.
     const int sizeRuns = 5;
-    const double openSet = bestOf(sizeRuns, [&] { au->mergeSet(setPath); });
+    const double openSet = bestOf(sizeRuns, [&] { au->sets().mergeSet(setPath); });
 
     // Every name twice: the system and the user folder hold the same plug-ins.
     QList<PluginPtr> doubled = au->items();

@@ -199,7 +199,7 @@ public:
             item->setActive(wanted.value(item->name(), On) == On);
         QString path = m_workspace.path() + "/" + name + ".aukorv";
         QFile::remove(path);
-        manager.writeSet(path);
+        manager.sets().writeSet(path);
         manager.rescan();
         return path;
     }
@@ -528,7 +528,7 @@ Totals overlapRounds(Library &library, const Settings &settings, QRandomGenerato
         if (window) {
             FormatManager &au = library.au();
             au.rescan();
-            au.mergeSet(paths.last());
+            au.sets().mergeSet(paths.last());
             au.applyPending();
         }
         for (auto &tool : tools) {
@@ -619,7 +619,7 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
     library.core().main()->storeContent({"Plug00000.component", "Library/Kept/Data"});
     library.core().main()->saveGroupRegistry();
     au.saveGroups();
-    au.saveSetList();
+    au.sets().saveSetList();
     const Locations locations(Roots::at(library.root(), library.home()));
     QStringList files;
     for (const QString &name : entriesOf(locations.supportFolderPath()))

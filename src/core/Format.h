@@ -59,6 +59,11 @@ struct Format {
 
     // A folder of the format as written, by location code ("~/Library/... (Disabled)").
     QString folder(int loc) const;
+    // Where a plug-in switched off in an active folder goes: the sibling folder of that name.
+    static QString disabledFolderOf(const QString &activeFolder)
+    {
+        return activeFolder + QStringLiteral(" (Disabled)");
+    }
     QString tabIdentifier() const { return QStringLiteral("tab") + prefix; }
     QString preferencesTabIdentifier() const { return QStringLiteral("Pref") + prefix; }
     QString preferenceKey(const char *name) const { return prefix + QLatin1String(name); }
