@@ -192,10 +192,6 @@
         <translation>Ein Set gleich beim Öffnen anwenden</translation>
     </message>
     <message>
-        <source>Show message</source>
-        <translation>Meldung anzeigen</translation>
-    </message>
-    <message>
         <source>Use these plug-ins (a tab in the main window)</source>
         <translation>Diese Plug-Ins verwenden (ein Tab im Hauptfenster)</translation>
     </message>
@@ -308,10 +304,6 @@
     <message>
         <source>Ok</source>
         <translation>OK</translation>
-    </message>
-    <message>
-        <source>This function will be implemented in a future version</source>
-        <translation>Diese Funktion wird in einer künftigen Version verfügbar sein</translation>
     </message>
     <message>
         <source>----- %@ -----
@@ -1368,6 +1360,96 @@ Abgelegt: %2
     <message>
         <source>Move to Trash...</source>
         <translation>In den Papierkorb legen …</translation>
+    </message>
+    <message>
+        <source>Korvane %1</source>
+        <translation>Korvane %1</translation>
+    </message>
+    <message>
+        <source>It is not a Korvane backup.</source>
+        <translation>Es ist keine Sicherung von Korvane.</translation>
+    </message>
+    <message>
+        <source>Its list of plug-ins is damaged.</source>
+        <translation>Ihre Liste der Plug-Ins ist beschädigt.</translation>
+    </message>
+    <message>
+        <source>Backing up %1</source>
+        <translation>%1 wird gesichert</translation>
+    </message>
+    <message>
+        <source>Restoring %1</source>
+        <translation>%1 wird wiederhergestellt</translation>
+    </message>
+    <message>
+        <source>Checking the backup</source>
+        <translation>Die Sicherung wird geprüft</translation>
+    </message>
+    <message>
+        <source>It is a backup of another format (%1).</source>
+        <translation>Es ist eine Sicherung eines anderen Formats (%1).</translation>
+    </message>
+    <message>
+        <source>Unpacking the plug-ins</source>
+        <translation>Die Plug-Ins werden entpackt</translation>
+    </message>
+    <message>
+        <source>Putting the plug-ins back</source>
+        <translation>Die Plug-Ins werden zurückgelegt</translation>
+    </message>
+    <message>
+        <source>%1 Backup %2.tar.xz</source>
+        <translation>%1 Sicherung %2.tar.xz</translation>
+    </message>
+    <message>
+        <source>The backup could not be written</source>
+        <translation>Die Sicherung konnte nicht geschrieben werden</translation>
+    </message>
+    <message>
+        <source>Nothing was written to &quot;%1&quot;.</source>
+        <translation>Unter „%1“ wurde nichts geschrieben.</translation>
+    </message>
+    <message>
+        <source>%1 plug-ins backed up to %2
+</source>
+        <translation>%1 Plug-Ins gesichert in %2
+</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is installed already</source>
+        <translation>„%1“ ist bereits installiert</translation>
+    </message>
+    <message>
+        <source>Replace puts the installed copy at &quot;%1&quot; in the trash and the saved one in its place.</source>
+        <translation>„Ersetzen“ legt die installierte Kopie unter „%1“ in den Papierkorb und die gesicherte an ihre Stelle.</translation>
+    </message>
+    <message>
+        <source>Keep Installed</source>
+        <translation>Installierte behalten</translation>
+    </message>
+    <message>
+        <source>Restored %1
+</source>
+        <translation>%1 wiederhergestellt
+</translation>
+    </message>
+    <message>
+        <source>Kept the installed %1
+</source>
+        <translation>Installiertes %1 behalten
+</translation>
+    </message>
+    <message>
+        <source>The backup was not restored</source>
+        <translation>Die Sicherung wurde nicht wiederhergestellt</translation>
+    </message>
+    <message>
+        <source>Not everything could be restored</source>
+        <translation>Nicht alles konnte wiederhergestellt werden</translation>
+    </message>
+    <message>
+        <source>Left out of the backup (neither a file, a folder nor a link inside its plug-in): %1</source>
+        <translation>Nicht in der Sicherung (weder Datei noch Ordner noch ein Link innerhalb seines Plug-Ins): %1</translation>
     </message>
 </context>
 </TS>

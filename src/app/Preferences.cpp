@@ -58,7 +58,6 @@ void Preferences::seedDefaults()
 
     QList<QPair<QString, QVariant>> seed;
     for (const Format &f : m_formats) {
-        seed.append({f.preferenceKey("ShowMessage"), false});
         seed.append({f.preferenceKey("ActivateAfterLoading"), false});
         seed.append({f.preferenceKey("DefaultSet"), QString(QLatin1String(""))});
         seed.append({f.preferenceKey("On"), true});
@@ -85,7 +84,6 @@ void Preferences::loadForm()
     form.checkForUpdates = m_store->boolValue(kCheckAtStartup);
     for (const Format &f : m_formats) {
         PreferencesPage &c = form.pages[f.type];
-        c.showMessage = m_store->boolValue(f.preferenceKey("ShowMessage"));
         c.activateAfterLoading = m_store->boolValue(f.preferenceKey("ActivateAfterLoading"));
         c.on = m_store->boolValue(f.preferenceKey("On"));
         c.showContent = m_store->boolValue(f.preferenceKey("ShowContent"));
@@ -110,7 +108,6 @@ void Preferences::storeForm()
     QList<QPair<QString, QVariant>> values{{kCheckAtStartup, form.checkForUpdates}};
     for (const Format &f : m_formats) {
         const PreferencesPage &c = form.pages[f.type];
-        values.append({f.preferenceKey("ShowMessage"), c.showMessage});
         values.append({f.preferenceKey("ActivateAfterLoading"), c.activateAfterLoading});
         values.append({f.preferenceKey("DefaultSet"),
                        c.defaultSet.isNull() ? QString(QLatin1String("")) : c.defaultSet});

@@ -17,7 +17,6 @@ class FormatTable;
 // One format's page of the preferences window, as the store holds it once storeForm ran.
 struct PreferencesPage {
     QString defaultSet;
-    bool showMessage = false;
     bool activateAfterLoading = false;
     bool on = false;
     bool showContent = false;

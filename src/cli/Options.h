@@ -21,6 +21,8 @@ struct Options {
         SaveSet,
         ShowSet,
         ApplyList,
+        Backup,
+        Restore,
         Help,
         Version
     };
@@ -40,6 +42,9 @@ struct Options {
     QString onFile{};    // apply: --on-file, names one a line
     QString offFile{};   // apply: --off-file
     bool only = false;   // apply: every plug-in of the format not named on goes off
+
+    QString to{};         // backup: --to, the archive to write (restore reads file)
+    bool replace = false; // restore: an installed copy goes to the trash for the saved one
 
     bool operator==(const Options &) const = default;
 };

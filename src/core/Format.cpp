@@ -22,9 +22,7 @@ QString Format::folder(int loc) const
     QString path = activeFolder;
     if (!isSystemLocation(loc))
         path.prepend(QLatin1Char('~'));
-    if (!isActiveLocation(loc))
-        path += QStringLiteral(" (Disabled)");
-    return path;
+    return isActiveLocation(loc) ? path : disabledFolderOf(path);
 }
 
 Format Format::derived(const QString &prefix, const QString &label, const QString &activeFolder,

@@ -1,38 +1,11 @@
 #pragma once
 
+#include "core/LocationCode.h"
+
 #include <QString>
 #include <array>
 
 namespace korvane {
-
-// The built-in plug-in formats, in the order start-up and quit visit them. A table may hold more.
-enum TypeIndex { TypeAU = 0, TypeRTAS = 1, TypeMAS = 2, TypeVST = 3 };
-
-// The four folders of a format.
-enum LocationCode {
-    LocSystemActive = 0,
-    LocSystemDisabled = 1,
-    LocUserActive = 2,
-    LocUserDisabled = 3
-};
-constexpr int LocationCount = 4;
-inline bool isValidLocation(int loc)
-{
-    return loc >= 0 && loc < LocationCount;
-}
-inline bool isSystemLocation(int loc)
-{
-    return loc == LocSystemActive || loc == LocSystemDisabled;
-}
-inline bool isActiveLocation(int loc)
-{
-    return loc == LocSystemActive || loc == LocUserActive;
-}
-inline int locationCode(bool global, bool active)
-{
-    return global ? (active ? LocSystemActive : LocSystemDisabled)
-                  : (active ? LocUserActive : LocUserDisabled);
-}
 
 // Everything in which one plug-in format differs from another: one row of the format table.
 // Adding a format is adding a row (Format::derived fills in the texts) with its recognition rule.
@@ -86,6 +59,11 @@ struct Format {
 
     // A folder of the format as written, by location code ("~/Library/... (Disabled)").
     QString folder(int loc) const;
+    // Where a plug-in switched off in an active folder goes: the sibling folder of that name.
+    static QString disabledFolderOf(const QString &activeFolder)
+    {
+        return activeFolder + QStringLiteral(" (Disabled)");
+    }
     QString tabIdentifier() const { return QStringLiteral("tab") + prefix; }
     QString preferencesTabIdentifier() const { return QStringLiteral("Pref") + prefix; }
     QString preferenceKey(const char *name) const { return prefix + QLatin1String(name); }

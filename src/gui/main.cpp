@@ -1,6 +1,7 @@
 // korvane: the desktop program. Reads its roots once, builds the controllers around the window's
 // dialogs, and runs the controller's start and shut-down around the event loop.
 
+#include "app/AboutText.h"
 #include "app/AppContext.h"
 #include "app/HelperRights.h"
 #include "gui/Translations.h"
@@ -35,9 +36,11 @@ CommandLine parse(const QStringList &arguments)
     const QCommandLineOption root(QStringLiteral("root"), QString(), QStringLiteral("DIR"));
     const QCommandLineOption home(QStringLiteral("home"), QString(), QStringLiteral("DIR"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
+    const QCommandLineOption version(QStringLiteral("version"));
     parser.addOption(root);
     parser.addOption(home);
     parser.addOption(help);
+    parser.addOption(version);
 
     CommandLine result;
     auto usage = [&](const QString &error) {
@@ -53,7 +56,12 @@ CommandLine parse(const QStringList &arguments)
                "  --root DIR  the system root, the folder holding Library (default: "
                "$KORVANE_ROOT, or /)\n"
                "  --home DIR  the home folder (default: $HOME)\n"
-               "  -h, --help  show this help and exit\n";
+               "  -h, --help  show this help and exit\n"
+               "  --version   show the version and exit\n";
+        return result;
+    }
+    if (parser.isSet(version)) {
+        out << "korvane " << korvane::AboutText::version() << '\n';
         return result;
     }
     if (!parser.positionalArguments().isEmpty())
@@ -96,6 +104,7 @@ int main(int argc, char *argv[])
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Korvane"));
+    QApplication::setApplicationVersion(korvane::AboutText::version());
     QApplication::setDesktopFileName(QStringLiteral("com.velmora.Korvane"));
     korvane::installTranslations(app);
 

@@ -5,6 +5,9 @@
 #include "core/AppServices.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "library/PluginBackup.h"
+#include "library/Reporting.h"
+#include "library/TableColumns.h"
 #include "os/FileOperations.h"
 
 #include <QDateTime>
@@ -42,10 +45,14 @@ void FormatManager::requestInfo()
         showOkAlert(ui(), trText(m_traits.infoMessage), trText(m_traits.infoText));
 }
 
+void FormatManager::backup()
+{
+    PluginBackup(*this).backupWithDialogs();
+}
+
 void FormatManager::restoreBackup()
 {
-    showOkAlert(ui(), trText(m_traits.backupRestoreMessage),
-                korvane::tr("This function will be implemented in a future version"));
+    PluginBackup(*this).restoreWithDialogs();
 }
 
 void FormatManager::reportDuplicates()
@@ -116,9 +123,10 @@ void FormatManager::moveSelectedToTrash()
         FileError error;
         // The item leaves the list either way; the next rescan shows one whose trash failed.
         if (files.moveToTrash(path, &error, &trashedTo))
-            tell(QT_TRANSLATE_NOOP("korvane", "%1 is now in the trash: %2"), {path, trashedTo});
+            tell(services(), QT_TRANSLATE_NOOP("korvane", "%1 is now in the trash: %2"),
+                 {path, trashedTo});
         else
-            tell(QT_TRANSLATE_NOOP("korvane", "%1 could not go to the trash: %2"),
+            tell(services(), QT_TRANSLATE_NOOP("korvane", "%1 could not go to the trash: %2"),
                  {path, error.reason});
         emit itemAboutToBeRemoved(row);
         m_list.removeAt(row);
@@ -136,9 +144,9 @@ void FormatManager::showArchitectureColumn(bool visible)
 {
     // Showing twice adds a second column and hiding removes one; callers ask once per load.
     if (visible)
-        m_columns << QStringLiteral("AUType");
+        m_columns << TableColumn::Architecture;
     else
-        m_columns.removeOne(QStringLiteral("AUType"));
+        m_columns.removeOne(TableColumn::Architecture);
     emit columnsChanged();
 }
 

@@ -5,6 +5,7 @@
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/FormatManager.h"
+#include "library/MovePlan.h"
 #include "library/RightsMover.h"
 #include "os/FileOperations.h"
 #include "os/SystemLog.h"
@@ -73,21 +74,22 @@ void RightsApply::run(FormatManager &manager, RightsMover &mover)
         manager.locations().folderPaths(manager.traits());
     QList<Pending> pending;
     const QList<PluginRecord> &records = manager.plugins().records();
+    // Where each change goes is the planner's, as for the applier and the check.
+    const MovePlanner planner(files, manager.traits(), manager.plugins());
     for (qsizetype i = 0; i < records.size(); ++i) {
         const PluginRecord &record = records.at(i);
         if (record.isProcessed())
             continue;
-        const PluginPtr item = manager.itemAt(manager.findRow(record.name(), record.id()));
+        const PlannedMove move = planner.pending(int(i));
+        const PluginPtr &item = move.item;
         if (!item || !item->isGlobal())
             continue;
-        const QString from = record.folder() + QLatin1Char('/') + record.name();
-        const QString to = item->location() + QLatin1Char('/') + item->name();
         if (writable(files, record.folder()) && writable(files, item->location()))
             continue;
         const QString base =
             item->isActive() ? folders[LocSystemDisabled] : folders[LocSystemActive];
-        pending << Pending{int(i), record.name(),    from,
-                           to,     item->isActive(), QDir(base).relativeFilePath(from)};
+        pending << Pending{int(i),  move.name,        move.from,
+                           move.to, item->isActive(), QDir(base).relativeFilePath(move.from)};
     }
     if (pending.isEmpty())
         return;

@@ -5,6 +5,7 @@
 #include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginTableView.h"
 #include "library/FormatManager.h"
+#include "library/SetController.h"
 #include "library/UnsavedWork.h"
 #include "os/PathBytes.h"
 
@@ -99,18 +100,18 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
     layout->addWidget(m_table, 1);
     layout->addWidget(m_status);
 
-    connect(newButton, &QPushButton::clicked, this, [this] { m_manager.newSet(); });
-    connect(open, &QPushButton::clicked, this, [this] { m_manager.openSet(); });
-    connect(save, &QPushButton::clicked, this, [this] { m_manager.saveSet(); });
-    connect(saveAs, &QPushButton::clicked, this, [this] { m_manager.saveSetAs(); });
+    connect(newButton, &QPushButton::clicked, this, [this] { m_manager.sets().newSet(); });
+    connect(open, &QPushButton::clicked, this, [this] { m_manager.sets().openSet(); });
+    connect(save, &QPushButton::clicked, this, [this] { m_manager.sets().saveSet(); });
+    connect(saveAs, &QPushButton::clicked, this, [this] { m_manager.sets().saveSetAs(); });
     connect(m_apply, &QPushButton::clicked, this, [this] { m_manager.apply(); });
     connect(m_sets, &QComboBox::activated, this, [this](int index) {
         // Another set replaces the marks and the open set's edits: asked first.
-        if (index != m_manager.selectedSetIndex() && !UnsavedWork::settle(m_manager)) {
+        if (index != m_manager.sets().selectedSetIndex() && !UnsavedWork::settle(m_manager)) {
             showSets(); // the pop-up goes back to the set still open
             return;
         }
-        m_manager.selectSet(index);
+        m_manager.sets().selectSet(index);
     });
     connect(m_search, &QLineEdit::textChanged, m_table, &PluginTableView::setFilterText);
     connect(m_state, &QComboBox::currentIndexChanged, this, [this] {
@@ -126,11 +127,11 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
         setTabOrder(order[i - 1], order[i]);
 
     connect(&manager, &FormatManager::applyEnabledChanged, m_apply, &QPushButton::setEnabled);
-    connect(&manager, &FormatManager::currentSetNameChanged, this,
+    connect(&manager.sets(), &SetController::currentSetNameChanged, this,
             [this](const QString &name) { m_name->setText(shownSetName(name)); });
-    connect(&manager, &FormatManager::setsChanged, this, &FormatTab::showSets);
+    connect(&manager.sets(), &SetController::setsChanged, this, &FormatTab::showSets);
     m_apply->setEnabled(manager.isApplyEnabled());
-    m_name->setText(shownSetName(manager.currentSetName()));
+    m_name->setText(shownSetName(manager.sets().currentSetName()));
     showSets();
 }
 
@@ -172,7 +173,7 @@ QString FormatTab::shownSetName(const QString &name) const
 void FormatTab::showSets()
 {
     const QSignalBlocker blocker(m_sets);
-    const QStringList titles = m_manager.setTitles();
+    const QStringList titles = m_manager.sets().setTitles();
     QStringList shown;
     for (int i = 0; i < m_sets->count(); ++i)
         shown << m_sets->itemData(i).toString();
@@ -184,7 +185,7 @@ void FormatTab::showSets()
                 m_sets->setItemData(m_sets->count() - 1, displayName(title), Qt::ToolTipRole);
         }
     }
-    m_sets->setCurrentIndex(m_manager.selectedSetIndex());
+    m_sets->setCurrentIndex(m_manager.sets().selectedSetIndex());
 }
 
 } // namespace korvane

@@ -3,6 +3,7 @@
 #include "core/Texts.h"
 #include "gui/table/PluginTableModel.h"
 #include "gui/table/PluginTableView.h"
+#include "library/TableColumns.h"
 
 #include <QHeaderView>
 #include <QMenu>
@@ -26,7 +27,7 @@ void ColumnMenu::attach(PluginTableView &table)
                 item->setCheckable(true);
                 item->setChecked(!header->isSectionHidden(logical));
                 // Without the name no row could be told from another.
-                item->setEnabled(model.identifier(logical) != QLatin1String("AUName"));
+                item->setEnabled(model.identifier(logical) != TableColumn::Name);
                 QObject::connect(item, &QAction::toggled, header, [header, logical](bool on) {
                     header->setSectionHidden(logical, !on);
                 });

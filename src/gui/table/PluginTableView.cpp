@@ -8,8 +8,10 @@
 #include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginItemDelegate.h"
 #include "gui/table/PluginTableModel.h"
+#include "gui/table/PluginTableSource.h"
 #include "gui/table/RowMenu.h"
 #include "library/FormatManager.h"
+#include "library/TableColumns.h"
 
 #include <QDrag>
 #include <QDragEnterEvent>
@@ -36,9 +38,9 @@ int defaultWidth(const QString &identifier)
 {
     if (PluginTableModel::isCheckColumn(identifier))
         return 64;
-    if (identifier == QLatin1String("AUName"))
+    if (identifier == TableColumn::Name)
         return 280;
-    if (identifier == QLatin1String("AULocation"))
+    if (identifier == TableColumn::Location)
         return 320;
     return 140;
 }
@@ -227,7 +229,7 @@ void PluginTableView::toggleSelected()
         // One row is the same undo step a click on its box makes.
         const PluginPtr item = m_manager.itemAt(rows.first());
         if (item)
-            m_manager.changeItem(item, QStringLiteral("AUActive"), !item->isActive());
+            m_manager.changeItem(item, TableColumn::Active, !item->isActive());
         return;
     }
     const PluginPtr current = m_manager.itemAt(m_manager.selectedRow());
@@ -355,7 +357,7 @@ void PluginTableView::restoreSort()
         const QVariantMap key = entry.toMap();
         const QString column = key.value(kIdentifier).toString();
         // Only the columns this table knows; a file from elsewhere sorts nothing strange.
-        if (m_model->columnOf(column) < 0 && column != QLatin1String("AUType"))
+        if (m_model->columnOf(column) < 0 && column != TableColumn::Architecture)
             continue;
         keys << SortKey{column, key.value(kAscending, true).toBool(),
                         !PluginTableModel::isCheckColumn(column)};
@@ -486,8 +488,8 @@ Qt::DropAction PluginTableView::dropActionFor(const QMimeData *data, const QPoin
         return Qt::IgnoreAction;
     const QModelIndex index = indexAt(pos);
     const int row = index.isValid() ? m_proxy->mapToSource(index).row() : m_manager.rowCount();
-    const DropValidation validation =
-        m_manager.validateDrop(row, index.isValid(), fromInsideApplication);
+    const PluginTableSource::DropValidation validation =
+        PluginTableSource::validateDrop(row, index.isValid(), fromInsideApplication);
     return validation.operation == 0 ? Qt::IgnoreAction : Qt::CopyAction;
 }
 
