@@ -4,13 +4,17 @@
 #include "PluginLibraryBuilder.h"
 #include "app/AppContext.h"
 #include "core/Locations.h"
+#include "gui/main/FormatTab.h"
 #include "gui/table/PluginTableModel.h"
 #include "gui/table/PluginTableView.h"
 #include "library/FormatManager.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QScrollBar>
 #include <QSet>
 #include <QStyledItemDelegate>
@@ -54,6 +58,18 @@ void settleAndPaint(PluginTableView &view)
 {
     QCoreApplication::processEvents();
     view.viewport()->repaint();
+}
+
+// The resident memory of this process, from /proc.
+double residentMb()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray &line : status.readAll().split('\n'))
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
+    return -1;
 }
 
 } // namespace
@@ -181,7 +197,61 @@ void measureGui(int n, QTextStream &out)
     const int bottom = view->rowAt(view->viewport()->height() - 1);
     const int visible = (bottom < 0 ? view->model()->rowCount() - 1 : bottom) - top + 1;
 
+    // The whole page of a format as the window shows it: the set bar, the status line, the quick
+    // filters and the table; then a keystroke in its search field with the status line counted
+    // again, and a quick filter switched.
+    view.reset();
+    double showPage = 1e300;
+    for (int r = 0; r < 3; ++r) {
+        QElapsedTimer timer;
+        timer.start();
+        FormatTab page(*au);
+        page.resize(1100, 700);
+        page.show();
+        QCoreApplication::processEvents();
+        page.table()->viewport()->repaint();
+        showPage = std::min(showPage, elapsedMs(timer));
+    }
+    FormatTab page(*au);
+    page.resize(1100, 700);
+    page.show();
+    QCoreApplication::processEvents();
+    double pageFilterWorst = 0;
+    for (const QString &text : std::as_const(steps)) {
+        QElapsedTimer timer;
+        timer.start();
+        page.searchField()->setText(text);
+        QCoreApplication::processEvents(); // the status line's count
+        page.table()->viewport()->repaint();
+        pageFilterWorst = std::max(pageFilterWorst, elapsedMs(timer));
+    }
+    double quickFilterWorst = 0;
+    for (int index : {2, 1, 0}) {
+        QElapsedTimer timer;
+        timer.start();
+        page.stateFilter()->setCurrentIndex(index);
+        QCoreApplication::processEvents();
+        page.table()->viewport()->repaint();
+        quickFilterWorst = std::max(quickFilterWorst, elapsedMs(timer));
+    }
+    double sortNameWorst = 0;
+    QHeaderView *pageHeader = page.table()->horizontalHeader();
+    for (const Qt::SortOrder order : {Qt::DescendingOrder, Qt::AscendingOrder}) {
+        QElapsedTimer timer;
+        timer.start();
+        pageHeader->setSortIndicator(page.table()->tableModel().columnOf(QStringLiteral("AUName")),
+                                     order);
+        QCoreApplication::processEvents();
+        page.table()->viewport()->repaint();
+        sortNameWorst = std::max(sortNameWorst, elapsedMs(timer));
+    }
+
     out << "gui_items: " << au->rowCount() << "\n";
+    out << "gui_show_format_page_ms: " << ms(showPage) << "\n";
+    out << "gui_page_filter_keystroke_worst_ms: " << ms(pageFilterWorst) << "\n";
+    out << "gui_quick_filter_worst_ms: " << ms(quickFilterWorst) << "\n";
+    out << "gui_sort_by_name_natural_worst_ms: " << ms(sortNameWorst) << "\n";
+    out << "gui_rss_mb_" << n << ": " << ms(residentMb()) << "\n";
     out << "gui_show_tab_ms: " << ms(show) << "\n";
     out << "gui_scan_ms: " << ms(scan) << "\n";
     out << "gui_scan_with_table_shown_ms: " << ms(scanShown) << "\n";

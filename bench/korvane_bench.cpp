@@ -443,6 +443,13 @@ int main(int argc, char **argv)
         measureList(app.arguments().mid(2), out);
         return 0;
     }
+#ifdef KORVANE_BENCH_GUI
+    // "gui" alone measures the window's figures only.
+    if (app.arguments().value(1) == QLatin1String("gui")) {
+        measureGui(10000, out);
+        return 0;
+    }
+#endif
     // "apply" alone times the apply figures only.
     if (app.arguments().value(1) != QLatin1String("apply")) {
         measure(1000, out);

@@ -62,7 +62,7 @@ shot() { # name [window]
 }
 # Pixels that differ between two pictures of the main window's menu and tab bar.
 tabbar_diff() {
-  compare -metric AE -crop 1280x60+0+0 "$shots/$1.png" "$shots/$2.png" null: 2>&1 || true
+  compare -metric AE -crop 1090x60+0+0 "$shots/$1.png" "$shots/$2.png" null: 2>&1 || true
 }
 plist_value() { # key: the value element after it in the preferences file
   tr -d '\n\t ' <"$prefs" | sed -n "s|.*<key>$1</key><\([a-z]*\)/>.*|\1|p"
@@ -185,6 +185,75 @@ fi
 focus "$main"
 keys ctrl+f ctrl+a BackSpace
 
+# The keyboard path: the search, Tab into the table (one stop), Space on the selected row,
+# Shift+Tab straight back out to the search, and again; Apply moves both (one is the user's).
+keys ctrl+f
+xdotool type --delay 60 "Ember"
+sleep 0.5
+keys Tab Home space shift+Tab ctrl+a
+xdotool type --delay 60 "Granite"
+sleep 0.5
+keys Tab Home space
+shot keyboard-marked "$main"
+keys alt+a
+sleep 1.5
+userComponents="$H/Library/Audio/Plug-Ins/Components"
+if [ -e "$components (Disabled)/Ember EQ.component" ] && [ -e "$userComponents (Disabled)/Granite Pad.component" ]; then
+  pass "Tab, Space and Shift+Tab switched off Ember and Granite from the keyboard"
+else
+  fail "the keyboard path did not switch off Ember and Granite"
+fi
+focus "$main"
+keys ctrl+f ctrl+a BackSpace
+
+# A quick filter plus a bulk command: "User only", then All Off, switches off the user's
+# plug-ins and leaves the system's alone (the system's Aurora Synth too, a namesake).
+keys ctrl+f shift+Tab Down # from the search back to the place filter: "System only"
+keys Down                  # "User only"
+sleep 0.5
+keys alt+p Down Return     # Plug-Ins > All Off
+sleep 0.5
+shot user-only-all-off "$main"
+keys alt+a
+sleep 1.5
+if [ -e "$userComponents (Disabled)/Aurora Synth.component" ] \
+  && [ -e "$components/Aurora Synth.component" ] && [ -e "$components/Basalt Compressor.component" ]; then
+  pass "\"User only\" and All Off switched off only the user's plug-ins"
+else
+  fail "\"User only\" and All Off reached the system's plug-ins or missed the user's"
+fi
+focus "$main"
+keys ctrl+f shift+Tab Up Up # the place filter back to "System and user"
+keys ctrl+f ctrl+a BackSpace
+
+# Escape and Ctrl+W close the secondary windows.
+keys alt+w Return # Window > Show Log
+if logwin=$(wait_for_window Log); then
+  focus "$logwin"
+  keys Escape
+  if xdotool search --onlyvisible --name '^Log$' >/dev/null 2>&1; then
+    fail "Escape did not close the log window"
+  else
+    pass "Escape closed the log window"
+  fi
+else
+  fail "Window > Show Log showed no window titled Log"
+fi
+focus "$main"
+keys alt+w p
+if prefwin=$(wait_for_window Preferences); then
+  focus "$prefwin"
+  keys ctrl+w
+  if xdotool search --onlyvisible --name '^Preferences$' >/dev/null 2>&1; then
+    fail "Ctrl+W did not close Preferences"
+  else
+    pass "Ctrl+W closed Preferences"
+  fi
+else
+  fail "no Preferences window for Ctrl+W"
+fi
+focus "$main"
+
 # Quit with a mark not applied asks first; Escape (Cancel) keeps the program and the mark.
 keys ctrl+f
 xdotool type --delay 60 "Basalt"
@@ -253,7 +322,7 @@ keys alt+w p
 if prefwin=$(wait_for_window Preferences); then
   pass "Preferences opened from the Window menu"
   # Beside the main window, so that neither hides the other in the pictures.
-  xdotool windowmove "$prefwin" 980 0
+  xdotool windowmove "$prefwin" 1110 0
   focus "$prefwin"
   # The page bar has the focus: four pages right is VST; after the default set's field and its
   # Choose button, the On box is the third stop.
@@ -298,8 +367,12 @@ if chattr +i "$H/Library/Preferences" 2>/dev/null; then
     if [ -n "$alert" ]; then
       pass "an unwritable preferences folder was said at once"
       shot unwritable-settings "$alert"
-      focus "$alert"
-      keys Escape
+      # Every write that fails before the first answer asks too: each is left with Escape.
+      while [ -n "$alert" ]; do
+        focus "$alert"
+        keys Escape
+        alert=$(xdotool search --onlyvisible --name '^Korvane$' 2>/dev/null | grep -v "^$main\$" | head -n 1 || true)
+      done
     else
       fail "a preference change into an unwritable folder said nothing"
     fi

@@ -1,5 +1,8 @@
-// korvane_window_shots DIR OUT: opens the main window and each secondary window of Korvane on the
-// demo library in DIR (made by korvane_demo) and saves a picture of it as OUT/<window>.png. Meant
+// korvane_window_shots DIR OUT [VARIANT]: opens the main window and each secondary window of
+// Korvane on the demo library in DIR (made by korvane_demo) and saves a picture of it as
+// OUT/<window>.png. With a VARIANT (dark, scale2, german) only the main window, as
+// OUT/main-window-VARIANT.png: in a dark palette, at the size a 1600x1000 screen at a scale factor
+// of 2 leaves (QT_SCALE_FACTOR is the caller's), or in the translations the locale picks. Meant
 // for Qt's offscreen platform; tools/screenshots.sh runs it.
 
 #include "app/AboutText.h"
@@ -9,6 +12,8 @@
 #include "app/Preferences.h"
 #include "codec/PropertyList.h"
 #include "core/Locations.h"
+#include "gui/Translations.h"
+#include "gui/main/FormatTab.h"
 #include "gui/main/MainWindow.h"
 #include "gui/windows/AboutPanel.h"
 #include "gui/windows/GroupEditorWindow.h"
@@ -20,8 +25,11 @@
 #include "os/LocalFileOperations.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
+#include <QFile>
 #include <QLineEdit>
+#include <QPalette>
 #include <QTabWidget>
 #include <QTextStream>
 
@@ -49,10 +57,15 @@ int rowOf(const FormatManager &manager, const QString &name)
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
+    installTranslations(app); // English unless the locale asks for another language
     QTextStream err(stderr);
     const QStringList args = QApplication::arguments();
-    if (args.size() != 3) {
-        err << "Usage: korvane_window_shots DIR OUT\n"
+    const QString variant = args.value(3);
+    if (args.size() < 3 || args.size() > 4
+        || !QStringList({QString(), QStringLiteral("dark"), QStringLiteral("scale2"),
+                         QStringLiteral("german")})
+                .contains(variant)) {
+        err << "Usage: korvane_window_shots DIR OUT [dark|scale2|german]\n"
                "Saves a picture of each window, on the demo library in DIR, under OUT.\n";
         return 2;
     }
@@ -87,14 +100,58 @@ int main(int argc, char *argv[])
     au.sets().selectSet(1);
     vst.sets().selectSet(1);
 
+    if (!variant.isEmpty()) {
+        if (variant == QLatin1String("dark")) {
+            QApplication::setStyle(QStringLiteral("Fusion"));
+            QPalette dark;
+            dark.setColor(QPalette::Window, QColor(0x2b, 0x2b, 0x2b));
+            dark.setColor(QPalette::WindowText, QColor(0xe8, 0xe8, 0xe8));
+            dark.setColor(QPalette::Base, QColor(0x1e, 0x1e, 0x1e));
+            dark.setColor(QPalette::AlternateBase, QColor(0x26, 0x26, 0x26));
+            dark.setColor(QPalette::Text, QColor(0xe8, 0xe8, 0xe8));
+            dark.setColor(QPalette::Button, QColor(0x35, 0x35, 0x35));
+            dark.setColor(QPalette::ButtonText, QColor(0xe8, 0xe8, 0xe8));
+            dark.setColor(QPalette::Highlight, QColor(0x2f, 0x6f, 0xdf));
+            dark.setColor(QPalette::HighlightedText, Qt::white);
+            dark.setColor(QPalette::PlaceholderText, QColor(0x90, 0x90, 0x90));
+            QApplication::setPalette(dark);
+        }
+        MainWindow window(context);
+        // 1600x1000 at a scale factor of 2 leaves 800x500 points, less a title bar.
+        if (variant == QLatin1String("scale2"))
+            window.resize(800, 470);
+        else
+            window.resize(1100, 560);
+        main.setActiveType(TypeAU);
+        au.selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
+        return save(window, out + QStringLiteral("/main-window-") + variant + ".png") ? 0 : 1;
+    }
+
     bool ok = true;
     {
         MainWindow window(context);
-        window.resize(960, 560);
+        window.resize(1100, 560);
         main.setActiveType(TypeAU);
         ok &= save(window, out + QStringLiteral("/main-window.png"));
         main.setActiveType(TypeVST);
         ok &= save(window, out + QStringLiteral("/main-window-vst.png"));
+        main.setActiveType(TypeAU);
+        // The quick filters in use: the user's plug-ins that are on, searched for "a".
+        FormatTab *page = window.page(TypeAU);
+        page->placeFilter()->setCurrentIndex(2);
+        page->stateFilter()->setCurrentIndex(1);
+        page->searchField()->setText(QStringLiteral("a"));
+        ok &= save(window, out + QStringLiteral("/main-window-filters.png"));
+        page->searchField()->clear();
+        page->placeFilter()->setCurrentIndex(0);
+        page->stateFilter()->setCurrentIndex(0);
+        // A format with nothing installed says where it looked.
+        for (int row = vst.rowCount() - 1; row >= 0; --row)
+            QFile::rename(vst.plugins().pathOnDisk(*vst.itemAt(row)),
+                          dir + QStringLiteral("/put-aside-") + QString::number(row));
+        vst.rescan();
+        main.setActiveType(TypeVST);
+        ok &= save(window, out + QStringLiteral("/main-window-empty.png"));
         main.setActiveType(TypeAU);
     }
     {

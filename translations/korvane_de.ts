@@ -1236,6 +1236,132 @@ Abgelegt: %2
         <translation>Das Set „%1“ wurde nicht gespeichert</translation>
     </message>
     <message>
+        <source>Show plug-ins that are</source>
+        <translation>Plug-Ins zeigen, die</translation>
+    </message>
+    <message>
+        <source>On and off</source>
+        <translation>Ein und aus</translation>
+    </message>
+    <message>
+        <source>On only</source>
+        <translation>Nur eingeschaltete</translation>
+    </message>
+    <message>
+        <source>Off only</source>
+        <translation>Nur ausgeschaltete</translation>
+    </message>
+    <message>
+        <source>Show plug-ins installed for</source>
+        <translation>Plug-Ins zeigen, installiert für</translation>
+    </message>
+    <message>
+        <source>System and user</source>
+        <translation>System und Benutzer</translation>
+    </message>
+    <message>
+        <source>System only</source>
+        <translation>Nur systemweit</translation>
+    </message>
+    <message>
+        <source>User only</source>
+        <translation>Nur Benutzer</translation>
+    </message>
+    <message>
+        <source>no set</source>
+        <translation>kein Set</translation>
+    </message>
+    <message>
+        <source>Untitled</source>
+        <translation>Unbenannt</translation>
+    </message>
+    <message>
+        <source>Status</source>
+        <translation>Status</translation>
+    </message>
+    <message>
+        <source>1 plug-in</source>
+        <translation>1 Plug-In</translation>
+    </message>
+    <message>
+        <source>%1 plug-ins</source>
+        <translation>%1 Plug-Ins</translation>
+    </message>
+    <message>
+        <source>%1 on</source>
+        <translation>%1 ein</translation>
+    </message>
+    <message>
+        <source>1 change pending: %1 off, %2 on</source>
+        <translation>1 Änderung ausstehend: %1 aus, %2 ein</translation>
+    </message>
+    <message>
+        <source>%1 changes pending: %2 off, %3 on</source>
+        <translation>%1 Änderungen ausstehend: %2 aus, %3 ein</translation>
+    </message>
+    <message>
+        <source>%1 shown</source>
+        <translation>%1 angezeigt</translation>
+    </message>
+    <message>
+        <source>Move Left</source>
+        <translation>Nach links</translation>
+    </message>
+    <message>
+        <source>Move Right</source>
+        <translation>Nach rechts</translation>
+    </message>
+    <message>
+        <source>No %1 plug-in was found. Korvane looked in:</source>
+        <translation>Kein %1-Plug-In gefunden. Korvane hat gesucht in:</translation>
+    </message>
+    <message>
+        <source>To add one, copy it into one of these folders and choose Plug-Ins &gt; Rescan, or drop it on this table.</source>
+        <translation>Um eines hinzuzufügen, kopieren Sie es in einen dieser Ordner und wählen Plug-Ins &gt; Neu einlesen, oder ziehen Sie es auf diese Tabelle.</translation>
+    </message>
+    <message>
+        <source>PPC</source>
+        <translation>PPC</translation>
+    </message>
+    <message>
+        <source>Intel</source>
+        <translation>Intel</translation>
+    </message>
+    <message>
+        <source>Universal Binary</source>
+        <translation>Universal Binary</translation>
+    </message>
+    <message>
+        <source>Unknown</source>
+        <translation>Unbekannt</translation>
+    </message>
+    <message>
+        <source>On</source>
+        <translation>Ein</translation>
+    </message>
+    <message>
+        <source>Off</source>
+        <translation>Aus</translation>
+    </message>
+    <message>
+        <source>Show in File Manager</source>
+        <translation>Im Dateimanager zeigen</translation>
+    </message>
+    <message>
+        <source>The folder could not be shown</source>
+        <translation>Der Ordner konnte nicht gezeigt werden</translation>
+    </message>
+    <message>
+        <source>No file manager answered. The plug-in lies in:
+%1</source>
+        <translation>Kein Dateimanager hat geantwortet. Das Plug-In liegt in:
+%1</translation>
+    </message>
+    <message>
+        <source>Move to Trash...</source>
+        <translation>In den Papierkorb legen …</translation>
+    </message>
+    <message>
         <source>Korvane %1</source>
         <translation>Korvane %1</translation>
     </message>

@@ -12,6 +12,7 @@
 
 #include <QDateTime>
 #include <QHash>
+#include <QLocale>
 #include <algorithm>
 #include <functional>
 
@@ -58,8 +59,10 @@ void FormatManager::reportDuplicates()
 {
     AppServices *services = &this->services();
     services->showLog();
-    services->appendLog(korvane::tr("----- %@ -----\n")
-                            .replace(QLatin1String("%@"), QDateTime::currentDateTime().toString()));
+    services->appendLog(
+        korvane::tr("----- %@ -----\n")
+            .replace(QLatin1String("%@"),
+                     QLocale().toString(QDateTime::currentDateTime(), QLocale::LongFormat)));
 
     // The lines go to the log as one entry: the same text, and one append instead of one per
     // line keeps a long report linear however the log stores its text.

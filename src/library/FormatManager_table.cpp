@@ -12,9 +12,13 @@
 #include "os/FileOperations.h"
 #include "os/SystemLog.h"
 
+#include <QCollator>
+#include <QHash>
+#include <QLocale>
 #include <QPointer>
 #include <algorithm>
 #include <numeric>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -54,7 +58,9 @@ public:
             texts([](const Plugin &i) { return i.group(); });
         else if (key == TableColumn::Architecture)
             texts([](const Plugin &i) { return i.architectureName(); });
-        else if (key == TableColumn::Name)
+        else if (key == TableColumn::Name && m_case == Qt::CaseInsensitive)
+            naturalTexts(items);
+        else if (key == TableColumn::Name) // by code point, as the first version did
             texts([](const Plugin &i) { return i.name(); });
         else if (key == TableColumn::Location)
             texts([](const Plugin &i) { return i.location(); });
@@ -67,6 +73,8 @@ public:
         if (m_kind == Number) {
             const int x = m_numbers[size_t(a)], y = m_numbers[size_t(b)];
             order = x < y ? -1 : (x > y ? 1 : 0);
+        } else if (m_kind == Natural) {
+            order = m_keys[size_t(a)].compare(m_keys[size_t(b)]);
         } else if (m_kind == Text) {
             if (!m_folded.empty() && !m_folded[size_t(a)].empty() && !m_folded[size_t(b)].empty())
                 order = m_folded[size_t(a)].compare(m_folded[size_t(b)]);
@@ -77,6 +85,36 @@ public:
     }
 
 private:
+    // Names as the table sorts them, in the order people count: "Bass 2" before "Bass 10". The
+    // collator's keys are taken once per item, so a comparison is a plain byte comparison.
+    void naturalTexts(const QList<PluginPtr> &items)
+    {
+        m_kind = Natural;
+        // The C locale's collator compares code points and knows no numbers.
+        QLocale locale;
+        if (locale.language() == QLocale::C)
+            locale = QLocale(QLocale::English, QLocale::UnitedStates);
+        // Keys are kept between sorts (a header click sorts the same names again), for one
+        // locale and up to a bound.
+        static QLocale cachedFor;
+        static QHash<QString, QCollatorSortKey> cache;
+        static std::optional<QCollator> collator;
+        if (!collator || cachedFor != locale || cache.size() > 200000) {
+            cache.clear();
+            cachedFor = locale;
+            collator.emplace(locale);
+            collator->setNumericMode(true);
+            collator->setCaseSensitivity(Qt::CaseInsensitive);
+        }
+        m_keys.reserve(size_t(items.size()));
+        for (const PluginPtr &item : items) {
+            auto found = cache.constFind(item->name());
+            if (found == cache.cend())
+                found = cache.insert(item->name(), collator->sortKey(item->name()));
+            m_keys.push_back(*found);
+        }
+    }
+
     // Plain ASCII texts folded to lower case once: comparing those bytes orders them exactly as
     // the case-insensitive comparison does, without folding every character of every comparison.
     // Empty for texts that are empty or hold anything else; those keep the full comparison.
@@ -97,13 +135,14 @@ private:
         }
     }
 
-    enum Kind { None, Number, Text };
+    enum Kind { None, Number, Text, Natural };
     Kind m_kind = None;
     bool m_ascending;
     Qt::CaseSensitivity m_case;
     std::vector<int> m_numbers;
     std::vector<QString> m_texts;
     std::vector<std::string> m_folded; // empty unless the comparison ignores case
+    std::vector<QCollatorSortKey> m_keys;
 };
 
 // The last component of a dropped path; a folder may arrive with a trailing separator.

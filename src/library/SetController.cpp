@@ -200,21 +200,24 @@ void SetController::selectSet(int index)
         Alert alert;
         alert.style = Alert::Informational;
         alert.messageText = korvane::tr("Selected Set not found");
-        alert.buttons = {korvane::tr("try again"), korvane::tr("remove")};
+        // Cancel comes first, so Return and Escape both leave the entry and ask no more; "try
+        // again" once was the default, and Return asked again for as long as it was pressed.
+        alert.buttons = {korvane::tr("Cancel"), korvane::tr("try again"), korvane::tr("remove")};
+        alert.addedButtons = true;
         alert.informativeText =
             korvane::tr("The set \"%@\" not longer exist.").replace(QLatin1String("%@"), path);
         const AlertAnswer answer = m_parts.services.ui().runAlert(alert);
-        if (answer == AlertAnswer::Default && !m_parts.services.ui().isInteractive()) {
-            // Nobody is there to put the file back: asking again would never end. The entry
-            // stays for a person to decide on later.
-            selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
-            m_setChanged = false;
-            return;
-        }
-        if (answer != AlertAnswer::Default) {
+        if (answer == AlertAnswer::Third) {
             m_setTitles.removeAll(path);
             emit setsChanged();
             selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
+            return;
+        }
+        // Nobody there to put the file back would be asked for ever: the entry stays for a
+        // person to decide on later.
+        if (answer != AlertAnswer::Second || !m_parts.services.ui().isInteractive()) {
+            selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
+            m_setChanged = false;
             return;
         }
     }

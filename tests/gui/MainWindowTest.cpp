@@ -4,6 +4,7 @@
 #include "gui/Translations.h"
 #include "gui/main/FormatTab.h"
 #include "gui/main/MainWindow.h"
+#include "gui/main/StatusLine.h"
 #include "gui/table/PluginTableModel.h"
 #include "gui/table/PluginTableView.h"
 #include "gui/windows/PreferencesWindow.h"
@@ -18,6 +19,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTcpServer>
@@ -46,6 +48,11 @@ protected:
         window->startWhenRunning();
         QCoreApplication::processEvents();
         return window;
+    }
+    static QString statusOf(FormatTab &page)
+    {
+        page.statusLine()->refresh();
+        return page.statusLine()->text();
     }
 };
 
@@ -98,11 +105,11 @@ TEST_F(MainWindowTest, BulkCommandsActOnTheShownRowsAskPastAScreenfulAndUndoAsOn
     EXPECT_FALSE(vst.itemAt(rowOf(vst, "Alder Echo.vst"))->isActive());
     EXPECT_TRUE(vst.itemAt(rowOf(vst, "Birch Verb.vst"))->isActive()); // hidden: untouched
     EXPECT_TRUE(ui.alerts.isEmpty());                                  // one row fits
-    EXPECT_EQ(page->changesLine()->text(), "1 change: 1 off, 0 on");
+    EXPECT_EQ(statusOf(*page), "2 plug-ins · 1 on · 1 change pending: 1 off, 0 on · 1 shown");
     EXPECT_EQ(window->action("miUndo")->text(), "Undo Switch Off 1 Plug-In");
     window->action("miUndo")->trigger();
     EXPECT_TRUE(vst.itemAt(rowOf(vst, "Alder Echo.vst"))->isActive());
-    EXPECT_EQ(page->changesLine()->text(), "");
+    EXPECT_EQ(statusOf(*page), "2 plug-ins · 2 on · 1 shown");
 
     // A group named in the submenu reaches its hidden members, and the question says so.
     context->main()->addGroup();
@@ -119,7 +126,7 @@ TEST_F(MainWindowTest, BulkCommandsActOnTheShownRowsAskPastAScreenfulAndUndoAsOn
     EXPECT_EQ(vst.pendingCount(), 0);
     groupOff->actions().first()->trigger(); // Switch Off
     EXPECT_EQ(vst.pendingCount(), 2);
-    EXPECT_EQ(page->changesLine()->text(), "2 changes: 2 off, 0 on");
+    EXPECT_EQ(statusOf(*page), "2 plug-ins · 0 on · 2 changes pending: 2 off, 0 on · 1 shown");
     EXPECT_EQ(window->action("miUndo")->text(), "Undo Switch Off 2 Plug-Ins");
 
     // Marked rows carry their mark in the table before Apply.
@@ -238,6 +245,29 @@ TEST_F(MainWindowTest, ClosingTheWindowSavesGroupsAndTheFrontTabOnce)
     QFile::remove(locations().dataFilePath("groups.plist"));
     window->shutDown();
     EXPECT_FALSE(QFileInfo::exists(locations().dataFilePath("groups.plist")));
+}
+
+// The window comes back at the size it was closed at, never larger than this run's screen and
+// never smaller than its minimum.
+TEST_F(MainWindowTest, TheWindowsSizeComesBackWithinTheScreen)
+{
+    std::unique_ptr<MainWindow> window = openLibrary();
+    const QRect screen = window->screen()->availableGeometry();
+    EXPECT_LE(window->minimumWidth(), screen.width());
+    window->resize(window->minimumWidth() + 10, window->minimumHeight() + 20);
+    const QSize closedAt = window->size();
+    window->close();
+    window = std::make_unique<MainWindow>(*context);
+    EXPECT_EQ(window->size(), closedAt);
+
+    QWidget huge;
+    huge.resize(screen.width() * 3, screen.height() * 3);
+    context->pref()->store()->setValue("WindowGeometry", huge.saveGeometry());
+    window = std::make_unique<MainWindow>(*context);
+    EXPECT_LE(window->width(), screen.width());
+    EXPECT_LE(window->height(), screen.height());
+    window->resize(10, 10);
+    EXPECT_GE(window->width(), window->minimumWidth());
 }
 
 // A German-speaking user's start-up: the translations are loaded as the program loads them,

@@ -148,8 +148,10 @@ TEST_F(PluginTableTest, TheFilterHidesRowsAndEditsReachTheShownPlugInAsOneUndoSt
         QStringList shown;
     } cases[] = {
         {"modul", {"Alder Chorus.component"}},
-        {"Disabled", {"Birch Delay.component"}},
-        {"intel", {"Alder Chorus.component", "Cedar <b>EQ.component"}},
+        // The folder and the architecture are not searched: every path holds "Plug-Ins".
+        {"Disabled", {}},
+        {"Plug-Ins", {}},
+        {"intel", {}},
         {"", {"Alder Chorus.component", "Birch Delay.component", "Cedar <b>EQ.component"}},
         {"birch", {"Birch Delay.component"}},
     };
@@ -212,18 +214,36 @@ TEST_F(PluginTableTest, DragsOutFileUrlsAndInstallsOnlyDropsFromOutside)
     EXPECT_EQ(view->model()->rowCount(), 4);
 }
 
-TEST_F(PluginTableTest, ColumnOrderAndWidthsComeBackPerFormat)
+TEST_F(PluginTableTest, ColumnsAndSortOrderComeBackPerFormatAndNoTitleIsCut)
 {
     const int name = view->tableModel().columnOf("AUName");
     const int group = view->tableModel().columnOf("AUGroup");
-    view->horizontalHeader()->moveSection(view->horizontalHeader()->visualIndex(name), 0);
-    view->horizontalHeader()->resizeSection(group, 222);
+    const int global = view->tableModel().columnOf("AUGlobal");
+    QHeaderView *header = view->horizontalHeader();
+    header->moveSection(header->visualIndex(name), 0);
+    header->resizeSection(group, 222);
+    header->resizeSection(global, 5); // as a shorter title in another language left it
+    header->setSectionHidden(group, true);
+    header->setSortIndicator(name, Qt::DescendingOrder);
     view.reset(); // closed, as at quit
+    au->sortBy({{"AUName", true, true}});
     view = std::make_unique<PluginTableView>(*au);
-    EXPECT_EQ(view->horizontalHeader()->logicalIndex(0), name);
+    header = view->horizontalHeader();
+    EXPECT_EQ(header->logicalIndex(0), name);
+    EXPECT_TRUE(header->isSectionHidden(group));
+    EXPECT_GE(header->sectionSize(global),
+              header->fontMetrics().horizontalAdvance(PluginTableModel::title("AUGlobal")));
+    EXPECT_FALSE(au->sortKeys().value(0).ascending);
+    EXPECT_EQ(shownNames().value(0), "Cedar <b>EQ.component");
+    header->setSectionHidden(group, false); // back with the width it had
+    view.reset();
+    view = std::make_unique<PluginTableView>(*au);
+    EXPECT_FALSE(view->horizontalHeader()->isSectionHidden(group));
     EXPECT_EQ(view->horizontalHeader()->sectionSize(group), 222);
+
     PluginTableView vst(*context->manager(TypeVST));
     EXPECT_EQ(vst.horizontalHeader()->logicalIndex(0), 0);
+    EXPECT_TRUE(context->manager(TypeVST)->sortKeys().value(0).ascending);
 }
 
 // The bytes of a file name that are no UTF-8 (kept as lone surrogates) show as U+FFFD; a real

@@ -122,18 +122,27 @@ TEST_F(SetsTest, ASetThatCannotBeWrittenIsSaidAndNeitherListedNorNamed)
     EXPECT_FALSE(QFileInfo::exists(locked + "/Live Gig.aukorv"));
 }
 
-TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemoved)
+TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemovedOrCancelled)
 {
     EXPECT_EQ(loadSets(PropertyList::toXml(QVariantList{"/a.aukorv", "/b.aukorv"})),
               QStringList({"no set", "/a.aukorv", "/b.aukorv"}));
     EXPECT_EQ(loadSets("not a plist"), QStringList({"no set"}));
 
     loadSets(PropertyList::toXml(QVariantList{"no set", "/gone/x.aukorv"}));
-    ui.alertAnswers << AlertAnswer::Default << AlertAnswer::Default << AlertAnswer::Alternate;
+    ui.alertAnswers << AlertAnswer::Second << AlertAnswer::Second << AlertAnswer::Third;
     au->sets().selectSet(1);
     ASSERT_EQ(ui.alerts.size(), 3);
-    EXPECT_EQ(ui.alerts[2].buttons, QStringList({"try again", "remove"}));
+    EXPECT_EQ(ui.alerts[2].buttons, QStringList({"Cancel", "try again", "remove"}));
     EXPECT_EQ(au->sets().setTitles(), QStringList({"no set"}));
+
+    // Cancel (Return and Escape) asks no more and keeps the entry for later.
+    loadSets(PropertyList::toXml(QVariantList{"no set", "/gone/x.aukorv"}));
+    ui.alerts.clear();
+    ui.alertAnswers << AlertAnswer::First;
+    au->sets().selectSet(1);
+    EXPECT_EQ(ui.alerts.size(), 1);
+    EXPECT_EQ(au->sets().setTitles(), QStringList({"no set", "/gone/x.aukorv"}));
+    EXPECT_EQ(au->sets().selectedSetIndex(), 0);
 
     // With nobody there to answer, "try again" would never end: it is asked once, and the entry
     // stays for a person to decide on.

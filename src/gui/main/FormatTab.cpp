@@ -1,18 +1,23 @@
 #include "gui/main/FormatTab.h"
 
 #include "core/Texts.h"
+#include "gui/main/StatusLine.h"
+#include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginTableView.h"
-#include "library/ChangeSummary.h"
 #include "library/FormatManager.h"
+#include "library/SetController.h"
 #include "library/UnsavedWork.h"
+#include "os/PathBytes.h"
 
 #include <QComboBox>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
+#include <iterator>
 
 namespace korvane {
 
@@ -63,19 +68,37 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
     bar->addSpacing(12);
     bar->addWidget(m_apply);
 
-    // What Apply will do, before anyone presses it.
-    m_status = new QLabel(this);
-    m_status->setObjectName(QStringLiteral("lbChanges") + prefix);
-    m_status->setTextFormat(Qt::PlainText);
+    // The counts and what Apply will do, before anyone presses it.
+    m_status = new StatusLine(manager, m_table->filterProxy(), this);
+    m_status->setMinimumWidth(80); // a long line is cut, never the window widened
+    m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+
+    m_state = new QComboBox(this);
+    m_state->setObjectName(QStringLiteral("pbState") + prefix);
+    m_state->setAccessibleName(korvane::tr("Show plug-ins that are"));
+    m_state->addItem(korvane::tr("On and off"), int(PluginFilterProxy::State::Any));
+    m_state->addItem(korvane::tr("On only"), int(PluginFilterProxy::State::On));
+    m_state->addItem(korvane::tr("Off only"), int(PluginFilterProxy::State::Off));
+    m_place = new QComboBox(this);
+    m_place->setObjectName(QStringLiteral("pbPlace") + prefix);
+    m_place->setAccessibleName(korvane::tr("Show plug-ins installed for"));
+    m_place->addItem(korvane::tr("System and user"), int(PluginFilterProxy::Place::Any));
+    m_place->addItem(korvane::tr("System only"), int(PluginFilterProxy::Place::System));
+    m_place->addItem(korvane::tr("User only"), int(PluginFilterProxy::Place::User));
+    for (QComboBox *filter : {m_state, m_place})
+        filter->setSizeAdjustPolicy(QComboBox::AdjustToContents);
 
     auto *search = new QHBoxLayout;
-    search->addWidget(m_status, 1);
+    search->addWidget(m_state);
+    search->addWidget(m_place);
     search->addWidget(m_search, 1);
 
+    // The status line under the table, where a long line has the window's whole width.
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(bar);
     layout->addLayout(search);
     layout->addWidget(m_table, 1);
+    layout->addWidget(m_status);
 
     connect(newButton, &QPushButton::clicked, this, [this] { m_manager.sets().newSet(); });
     connect(open, &QPushButton::clicked, this, [this] { m_manager.sets().openSet(); });
@@ -91,24 +114,25 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
         m_manager.sets().selectSet(index);
     });
     connect(m_search, &QLineEdit::textChanged, m_table, &PluginTableView::setFilterText);
+    connect(m_state, &QComboBox::currentIndexChanged, this, [this] {
+        m_table->filterProxy().setState(PluginFilterProxy::State(m_state->currentData().toInt()));
+    });
+    connect(m_place, &QComboBox::currentIndexChanged, this, [this] {
+        m_table->filterProxy().setPlace(PluginFilterProxy::Place(m_place->currentData().toInt()));
+    });
+    // The order a person reads: the set bar, the filters, the search, then the table (one stop).
+    QWidget *order[] = {m_sets,  m_name,  newButton, open,     save,   saveAs,
+                        m_apply, m_state, m_place,   m_search, m_table};
+    for (size_t i = 1; i < std::size(order); ++i)
+        setTabOrder(order[i - 1], order[i]);
 
     connect(&manager, &FormatManager::applyEnabledChanged, m_apply, &QPushButton::setEnabled);
-    connect(&manager.sets(), &SetController::currentSetNameChanged, m_name, &QLineEdit::setText);
+    connect(&manager.sets(), &SetController::currentSetNameChanged, this,
+            [this](const QString &name) { m_name->setText(shownSetName(name)); });
     connect(&manager.sets(), &SetController::setsChanged, this, &FormatTab::showSets);
-    for (auto changed : {&FormatManager::itemsReset, &FormatManager::itemsReordered})
-        connect(&manager, changed, this, &FormatTab::showChanges);
-    connect(&manager, &FormatManager::itemsChanged, this, &FormatTab::showChanges);
-    connect(&manager, &FormatManager::itemRemoved, this, &FormatTab::showChanges);
-    connect(&manager, &FormatManager::applyEnabledChanged, this, &FormatTab::showChanges);
     m_apply->setEnabled(manager.isApplyEnabled());
-    showChanges();
-    m_name->setText(manager.sets().currentSetName());
+    m_name->setText(shownSetName(manager.sets().currentSetName()));
     showSets();
-}
-
-void FormatTab::showChanges()
-{
-    m_status->setText(ChangeSummary::of(m_manager).text());
 }
 
 void FormatTab::focusSearch()
@@ -126,16 +150,40 @@ QPushButton *FormatTab::makeButton(const QString &name, const QString &text)
     return button;
 }
 
+QString FormatTab::setTitle(const QString &entry)
+{
+    // "no set" is how the sets file names the empty choice; the rest are paths, shown by their
+    // file name (a long path was cut off at the left) with the path as tool tip.
+    if (entry == QLatin1String("no set"))
+        return korvane::tr("no set");
+    return displayName(QFileInfo(entry).fileName());
+}
+
+QString FormatTab::shownSetName(const QString &name) const
+{
+    // The placeholder is the core's English name; a person sees it in their language.
+    const QString untitled = m_manager.traits().untitledName;
+    if (!untitled.isEmpty() && name == untitled) {
+        const QString extension = QFileInfo(untitled).suffix();
+        return korvane::tr("Untitled") + (extension.isEmpty() ? QString() : u'.' + extension);
+    }
+    return displayName(name);
+}
+
 void FormatTab::showSets()
 {
     const QSignalBlocker blocker(m_sets);
     const QStringList titles = m_manager.sets().setTitles();
     QStringList shown;
     for (int i = 0; i < m_sets->count(); ++i)
-        shown << m_sets->itemText(i);
+        shown << m_sets->itemData(i).toString();
     if (shown != titles) {
         m_sets->clear();
-        m_sets->addItems(titles);
+        for (const QString &title : titles) {
+            m_sets->addItem(setTitle(title), title);
+            if (title != QLatin1String("no set"))
+                m_sets->setItemData(m_sets->count() - 1, displayName(title), Qt::ToolTipRole);
+        }
     }
     m_sets->setCurrentIndex(m_manager.sets().selectedSetIndex());
 }

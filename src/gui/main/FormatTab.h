@@ -10,10 +10,12 @@ class QPushButton;
 namespace korvane {
 
 class PluginTableView;
+class StatusLine;
 class FormatManager;
 
 // The page of one format in the main window: the set bar (the saved sets, the current set's name,
-// New, Open, Save, Save As and Apply), a search field and the plug-in table. Every control only
+// New, Open, Save, Save As and Apply), the status line, the quick filters, a search field and the
+// plug-in table. Every control only
 // hands its action to the format's manager and shows what the manager announces.
 class FormatTab : public QWidget {
     Q_OBJECT
@@ -25,20 +27,27 @@ public:
     QLineEdit *searchField() const { return m_search; }
     QComboBox *setList() const { return m_sets; }
     QPushButton *applyButton() const { return m_apply; }
-    QLabel *changesLine() const { return m_status; } // what Apply will do
+    // The counts and what Apply will do.
+    StatusLine *statusLine() const { return m_status; }
+    QComboBox *stateFilter() const { return m_state; } // on and off, on, off
+    QComboBox *placeFilter() const { return m_place; } // system and user, system, user
 
     void focusSearch();
+    // How the set pop-up shows an entry of the sets list, and the set bar a set's name.
+    static QString setTitle(const QString &entry);
+    QString shownSetName(const QString &name) const;
 
 private:
     QPushButton *makeButton(const QString &name, const QString &text);
     void showSets();
-    void showChanges();
 
     FormatManager &m_manager;
     QComboBox *m_sets = nullptr;
     QLineEdit *m_name = nullptr;
     QPushButton *m_apply = nullptr;
-    QLabel *m_status = nullptr;
+    StatusLine *m_status = nullptr;
+    QComboBox *m_state = nullptr;
+    QComboBox *m_place = nullptr;
     QLineEdit *m_search = nullptr;
     PluginTableView *m_table = nullptr;
 };

@@ -4,9 +4,11 @@
 #include "app/AppContext.h"
 #include "app/AppController.h"
 #include "app/LaunchScript.h"
+#include "app/Preferences.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "gui/main/FormatTab.h"
+#include "gui/main/WindowState.h"
 #include "gui/table/PluginTableView.h"
 #include "gui/windows/AboutPanel.h"
 #include "gui/windows/GroupEditorWindow.h"
@@ -15,6 +17,7 @@
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
 #include "gui/windows/UpdateCheckCommand.h"
+#include "gui/windows/WindowKeys.h"
 #include "library/AudioUnitSolo.h"
 #include "library/BulkMarks.h"
 #include "library/FormatManager.h"
@@ -60,12 +63,14 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     }
 
     // The secondary windows show themselves when their controllers say so.
-    new LogWindow(m_main, this);
-    new GroupEditorWindow(m_main, this);
-    new InfoPanel(*context.info(), this);
-    new LaunchScriptPanel(*context.script(), context.formats(), this);
     m_preferences = new PreferencesWindow(*context.pref(), m_main, this);
     m_about = new AboutPanel(*context.about(), this);
+    for (QWidget *window : std::initializer_list<QWidget *>{
+             new LogWindow(m_main, this), new GroupEditorWindow(m_main, this),
+             new InfoPanel(*context.info(), this),
+             new LaunchScriptPanel(*context.script(), context.formats(), this), m_preferences,
+             m_about})
+        closeWithKeys(*window);
     m_updates = new UpdateCheckCommand(m_main.ui(), this);
 
     makeFileMenu();
@@ -93,7 +98,8 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     showTabs();
     showGroupMenu();
     showUndoTitles();
-    resize(960, 600);
+    WindowState::setMinimum(*this);
+    WindowState::restore(*this, context.pref()->store());
 }
 
 MainWindow::~MainWindow() = default;
@@ -119,6 +125,7 @@ void MainWindow::startWhenRunning()
 
 void MainWindow::saveState()
 {
+    WindowState::save(*this, m_context.pref()->store());
     m_main.saveState();
 }
 

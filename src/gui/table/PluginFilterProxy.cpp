@@ -19,6 +19,27 @@ void PluginFilterProxy::setFilterText(const QString &text)
     invalidateRowsFilter();
 }
 
+void PluginFilterProxy::setState(State state)
+{
+    if (state == m_state)
+        return;
+    m_state = state;
+    invalidateRowsFilter();
+}
+
+void PluginFilterProxy::setPlace(Place place)
+{
+    if (place == m_place)
+        return;
+    m_place = place;
+    invalidateRowsFilter();
+}
+
+bool PluginFilterProxy::isFiltering() const
+{
+    return !m_text.isEmpty() || m_state != State::Any || m_place != Place::Any;
+}
+
 int PluginFilterProxy::sourceRow(int row) const
 {
     return mapToSource(index(row, 0)).row();
@@ -31,17 +52,19 @@ int PluginFilterProxy::proxyRow(int sourceRow) const
 
 bool PluginFilterProxy::filterAcceptsRow(int sourceRow, const QModelIndex &) const
 {
-    if (m_text.isEmpty())
+    if (!isFiltering())
         return true;
     const PluginPtr item = m_source.manager().itemAt(sourceRow);
     if (!item)
         return false;
+    // What the row shows, marks included: a plug-in just unticked counts as off.
+    if (m_state != State::Any && item->isActive() != (m_state == State::On))
+        return false;
+    if (m_place != Place::Any && item->isGlobal() != (m_place == Place::System))
+        return false;
     // The item's own values rather than the cells: a hidden column still filters.
-    for (const QString &value :
-         {item->name(), item->group(), item->location(), item->architectureName()})
-        if (value.contains(m_text, Qt::CaseInsensitive))
-            return true;
-    return false;
+    return m_text.isEmpty() || item->name().contains(m_text, Qt::CaseInsensitive)
+           || item->group().contains(m_text, Qt::CaseInsensitive);
 }
 
 } // namespace korvane

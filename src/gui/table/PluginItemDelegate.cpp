@@ -3,8 +3,11 @@
 #include "library/FormatManager.h"
 
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QComboBox>
 #include <QHelpEvent>
+#include <QPainter>
+#include <QStyle>
 #include <QTextDocument>
 #include <QToolTip>
 
@@ -73,6 +76,29 @@ QString PluginItemDelegate::plainToolTip(const QString &text)
 {
     // A tool tip guesses its format; a path that looks like markup is escaped so it shows as is.
     return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text, Qt::WhiteSpaceNoWrap) : text;
+}
+
+void PluginItemDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
+                               const QModelIndex &index) const
+{
+    QStyledItemDelegate::paint(painter, option, index);
+    // Fusion draws an empty box's frame a shade darker than the window, which a dark palette
+    // makes as dark as the cell: the box gets a frame in the text's colour there.
+    if (!index.data(Qt::CheckStateRole).isValid()
+        || option.palette.color(QPalette::Base).lightness() >= 128)
+        return;
+    QStyleOptionViewItem item = option;
+    initStyleOption(&item, index);
+    const QWidget *widget = option.widget;
+    const QStyle *style = widget ? widget->style() : QApplication::style();
+    const QRect box = style->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &item, widget);
+    QColor frame = option.palette.color(QPalette::Text);
+    frame.setAlpha(140);
+    painter->save();
+    painter->setPen(frame);
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRect(box.adjusted(1, 1, -2, -2));
+    painter->restore();
 }
 
 } // namespace korvane

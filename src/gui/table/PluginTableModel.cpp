@@ -20,6 +20,11 @@ namespace korvane {
 
 namespace {
 
+// The Type column's values are the core's English words; the window shows them translated.
+[[maybe_unused]] const char *const kTypeWords[] = {
+    QT_TRANSLATE_NOOP("korvane", "PPC"), QT_TRANSLATE_NOOP("korvane", "Intel"),
+    QT_TRANSLATE_NOOP("korvane", "Universal Binary"), QT_TRANSLATE_NOOP("korvane", "Unknown")};
+
 // The row marks: a pending change (a filled orange circle) and a plug-in that changes only with
 // administrator rights (a small padlock). Drawn here, so no icon theme is needed.
 QIcon markIcon(bool lock)
@@ -107,6 +112,9 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
         if (isCheckColumn(id))
             return QVariant();
+        if (id == TableColumn::Architecture)
+            return korvane::tr(
+                PluginTableSource::valueOf(*item, id).toString().toUtf8().constData());
         return displayName(PluginTableSource::valueOf(*item, id).toString());
     case Qt::EditRole:
         if (isCheckColumn(id))

@@ -3,10 +3,13 @@
 #include "app/Preferences.h"
 #include "core/SharedInstances.h"
 #include "core/Texts.h"
+#include "gui/table/ColumnMenu.h"
+#include "gui/table/EmptyTableNote.h"
 #include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginItemDelegate.h"
 #include "gui/table/PluginTableModel.h"
 #include "gui/table/PluginTableSource.h"
+#include "gui/table/RowMenu.h"
 #include "library/FormatManager.h"
 #include "library/TableColumns.h"
 
@@ -14,6 +17,8 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
+#include <QMenu>
 #include <QMimeData>
 #include <QStyle>
 #include <QUrl>
@@ -25,6 +30,8 @@ namespace {
 
 const QString kIdentifier = QStringLiteral("Identifier");
 const QString kWidth = QStringLiteral("Width");
+const QString kHidden = QStringLiteral("Hidden");
+const QString kAscending = QStringLiteral("Ascending");
 constexpr int MaxColumnWidth = 4000;
 
 int defaultWidth(const QString &identifier)
@@ -38,10 +45,11 @@ int defaultWidth(const QString &identifier)
     return 140;
 }
 
+// Only a drag over the table sets a style sheet: one in place all the time draws the check boxes
+// through the style sheet's style, whose empty box vanished in a dark palette.
 QString gridSheet(bool highlighted)
 {
-    return QStringLiteral("QTableView { gridline-color: %1; }")
-        .arg(highlighted ? QStringLiteral("#2f6fdf") : QStringLiteral("#d3d3d3"));
+    return highlighted ? QStringLiteral("QTableView { gridline-color: #2f6fdf; }") : QString();
 }
 
 QStringList localPaths(const QMimeData *data)
@@ -92,6 +100,24 @@ PluginTableView::PluginTableView(FormatManager &manager, QWidget *parent)
     setSelectionMode(ExtendedSelection);
     setEditTriggers(DoubleClicked | SelectedClicked | EditKeyPressed);
     setWordWrap(false);
+    // One stop in the window's Tab order: the arrows move between the rows.
+    setTabKeyNavigation(false);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(this, &QWidget::customContextMenuRequested, this, [this](const QPoint &pos) {
+        const QModelIndex index = indexAt(pos);
+        if (index.isValid() && !selectionModel()->isRowSelected(index.row()))
+            selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect
+                                                         | QItemSelectionModel::Rows);
+        QMenu *menu = RowMenu::make(m_manager, this);
+        menu->setAttribute(Qt::WA_DeleteOnClose);
+        menu->popup(viewport()->mapToGlobal(pos));
+    });
+    // A double click on a cell that cannot be edited opens the info, as Enter does.
+    connect(this, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex &index) {
+        if (index.isValid() && !(index.flags() & Qt::ItemIsEditable)
+            && !(index.flags() & Qt::ItemIsUserCheckable))
+            m_manager.requestInfo();
+    });
     setSortingEnabled(false);
     setStyleSheet(gridSheet(false));
 
@@ -110,6 +136,12 @@ PluginTableView::PluginTableView(FormatManager &manager, QWidget *parent)
     header->setStretchLastSection(false);
     connect(header, &QHeaderView::sortIndicatorChanged, this, &PluginTableView::sortByHeader);
     connect(header, &QHeaderView::sectionResized, this, &PluginTableView::scheduleColumnsSave);
+    // A hidden section's size reads 0: the width it had is kept for the preferences. Qt sizes
+    // a section to 0 just before it marks it hidden, and never otherwise.
+    connect(header, &QHeaderView::sectionResized, this, [this](int logical, int old, int now) {
+        if (now == 0 && old > 0)
+            m_hiddenWidths.insert(m_model->identifier(logical), old);
+    });
     connect(header, &QHeaderView::sectionMoved, this, &PluginTableView::scheduleColumnsSave);
 
     // A column shown, hidden or rebuilt takes its place and width from the preferences again.
@@ -141,6 +173,10 @@ PluginTableView::PluginTableView(FormatManager &manager, QWidget *parent)
     setDefaultDropAction(Qt::CopyAction);
     setDropIndicatorShown(false);
 
+    ColumnMenu::attach(*this);
+    restoreSort();
+    new EmptyTableNote(manager, *m_proxy, viewport());
+
     restoreColumns();
     showSortIndicator();
     selectFromManager();
@@ -164,6 +200,41 @@ BulkMarks::View PluginTableView::bulkView() const
     const int rowHeight = std::max(1, verticalHeader()->defaultSectionSize());
     view.screenful = viewport()->height() > rowHeight ? viewport()->height() / rowHeight : 30;
     return view;
+}
+
+void PluginTableView::keyPressEvent(QKeyEvent *event)
+{
+    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    if (plain && event->key() == Qt::Key_Space && state() != EditingState) {
+        toggleSelected();
+        return;
+    }
+    if (plain && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        && state() != EditingState) {
+        m_manager.requestInfo();
+        return;
+    }
+    QTableView::keyPressEvent(event);
+}
+
+void PluginTableView::toggleSelected()
+{
+    QList<int> rows = m_manager.selectedRows();
+    // Tabbed into, the table may have a current row and no selection: Space acts on that row.
+    if (rows.isEmpty() && currentIndex().isValid())
+        rows << m_proxy->mapToSource(currentIndex()).row();
+    if (rows.isEmpty())
+        return;
+    if (rows.size() == 1) {
+        // One row is the same undo step a click on its box makes.
+        const PluginPtr item = m_manager.itemAt(rows.first());
+        if (item)
+            m_manager.changeItem(item, TableColumn::Active, !item->isActive());
+        return;
+    }
+    const PluginPtr current = m_manager.itemAt(m_manager.selectedRow());
+    const PluginPtr lead = current ? current : m_manager.itemAt(rows.first());
+    BulkMarks::selected(m_manager, !(lead && lead->isActive()));
 }
 
 void PluginTableView::setFilterText(const QString &text)
@@ -259,6 +330,40 @@ void PluginTableView::sortByHeader(int section, Qt::SortOrder order)
         if (sortKey.column != column)
             keys << sortKey;
     m_manager.sortBy(keys);
+    saveSort();
+}
+
+QString PluginTableView::sortKey() const
+{
+    return m_manager.traits().prefix + QStringLiteral("TableSort");
+}
+
+void PluginTableView::saveSort()
+{
+    if (!m_prefs || !m_prefs->store())
+        return;
+    QVariantList keys;
+    for (const SortKey &key : m_manager.sortKeys())
+        keys << QVariantMap{{kIdentifier, key.column}, {kAscending, key.ascending}};
+    m_prefs->store()->setValue(sortKey(), keys);
+}
+
+void PluginTableView::restoreSort()
+{
+    if (!m_prefs || !m_prefs->store())
+        return;
+    QList<SortKey> keys;
+    for (const QVariant &entry : m_prefs->store()->value(sortKey()).toList()) {
+        const QVariantMap key = entry.toMap();
+        const QString column = key.value(kIdentifier).toString();
+        // Only the columns this table knows; a file from elsewhere sorts nothing strange.
+        if (m_model->columnOf(column) < 0 && column != TableColumn::Architecture)
+            continue;
+        keys << SortKey{column, key.value(kAscending, true).toBool(),
+                        !PluginTableModel::isCheckColumn(column)};
+    }
+    if (!keys.isEmpty())
+        m_manager.sortBy(keys);
 }
 
 void PluginTableView::showSortIndicator()
@@ -294,9 +399,13 @@ void PluginTableView::restoreColumns()
             if (logical < 0)
                 continue;
             header->moveSection(header->visualIndex(logical), visual++);
+            // Widths are saved in whatever language ran last: a longer title here still fits.
+            const QString title = m_model->headerData(logical, Qt::Horizontal).toString();
+            const int fits = header->fontMetrics().horizontalAdvance(title) + 28;
             const int width = column.value(kWidth).toInt();
             if (width > 0)
-                header->resizeSection(logical, std::min(width, MaxColumnWidth));
+                header->resizeSection(logical, std::clamp(width, fits, MaxColumnWidth));
+            header->setSectionHidden(logical, column.value(kHidden).toBool());
         }
     }
     m_restoring = false;
@@ -323,7 +432,16 @@ void PluginTableView::saveColumns()
         if (present.contains(id))
             continue;
         present << id;
-        columns << QVariantMap{{kIdentifier, id}, {kWidth, header->sectionSize(logical)}};
+        // A hidden section has no size of its own: the width it had is kept for its return.
+        QVariantMap column{{kIdentifier, id}};
+        if (header->isSectionHidden(logical)) {
+            column.insert(kHidden, true);
+            if (m_hiddenWidths.contains(id))
+                column.insert(kWidth, m_hiddenWidths.value(id));
+        } else {
+            column.insert(kWidth, header->sectionSize(logical));
+        }
+        columns << column;
     }
     // A column hidden now keeps its width for when it is shown again.
     const QVariantList stored = store.value(columnsKey()).toList();

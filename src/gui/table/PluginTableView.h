@@ -2,6 +2,7 @@
 
 #include "library/BulkMarks.h"
 
+#include <QHash>
 #include <QPointer>
 #include <QTableView>
 #include <QTimer>
@@ -35,10 +36,14 @@ public:
     PluginFilterProxy &filterProxy() const { return *m_proxy; }
     // The preference that keeps this format's column order and widths.
     QString columnsKey() const;
+    // The preference that keeps this format's sort order.
+    QString sortKey() const;
     // What a drop of data at pos would do: a copy, or nothing when it is refused.
     Qt::DropAction dropActionFor(const QMimeData *data, const QPoint &pos,
                                  bool fromInsideApplication) const;
     bool isDropHighlighted() const { return m_dropHighlighted; }
+    // Space: the selected rows' Active flips, as one step; the current row decides the way.
+    void toggleSelected();
 
 protected:
     void selectionChanged(const QItemSelection &selected,
@@ -50,12 +55,15 @@ protected:
     void dragLeaveEvent(QDragLeaveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
     void hideEvent(QHideEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     // Takes the drag as a copy where a drop would be taken, else refuses it.
     bool acceptDrag(QDragMoveEvent *event);
     void sortByHeader(int section, Qt::SortOrder order);
     void showSortIndicator();
+    void saveSort();
+    void restoreSort();
     void selectFromManager();
     void restoreColumns();
     void scheduleColumnsSave();
@@ -67,6 +75,7 @@ private:
     PluginFilterProxy *m_proxy = nullptr;
     QPointer<Preferences> m_prefs;
     QTimer m_saveColumns;
+    QHash<QString, int> m_hiddenWidths; // the width each hidden column had
     bool m_syncing = false;         // the selection or sort indicator is being set from the manager
     bool m_restoring = false;       // the header is being laid out from the preferences
     bool m_managerChanging = false; // between a manager's announcement of a change and its end

@@ -1,0 +1,88 @@
+#include "gui/table/RowMenu.h"
+
+#include "app/AppController.h"
+#include "core/AppServices.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
+#include "library/BulkMarks.h"
+#include "library/FormatManager.h"
+#include "os/PathBytes.h"
+
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QMenu>
+#include <QUrl>
+
+namespace korvane {
+
+namespace {
+
+QString menuText(QString title)
+{
+    return title.replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
+} // namespace
+
+QMenu *RowMenu::make(FormatManager &manager, QWidget *parent)
+{
+    auto *menu = new QMenu(parent);
+    menu->setObjectName(QStringLiteral("menuRows"));
+    const bool any = !manager.selectedRows().isEmpty();
+    const auto add = [menu, any](const char *name, const QString &text, auto run) {
+        QAction *item = menu->addAction(text);
+        item->setObjectName(QLatin1String(name));
+        item->setEnabled(any);
+        QObject::connect(item, &QAction::triggered, menu, run);
+        return item;
+    };
+    add("miRowOn", korvane::tr("On"), [&manager] { BulkMarks::selected(manager, true); });
+    add("miRowOff", korvane::tr("Off"), [&manager] { BulkMarks::selected(manager, false); });
+
+    QMenu *groups = menu->addMenu(korvane::tr("Set Group"));
+    groups->setObjectName(QStringLiteral("menuRowGroups"));
+    groups->setEnabled(any);
+    // "none" is the core's own title for no group; the other titles are the user's.
+    QAction *none = groups->addAction(korvane::tr("none"));
+    QObject::connect(none, &QAction::triggered, menu,
+                     [&manager] { manager.setGroup(QStringLiteral("none")); });
+    for (const QString &title : manager.services().groupMenuTitles()) {
+        QAction *item = groups->addAction(menuText(title));
+        QObject::connect(item, &QAction::triggered, menu,
+                         [&manager, title] { manager.setGroup(title); });
+    }
+
+    menu->addSeparator();
+    add("miRowInfo", korvane::tr("Info"), [&manager] { manager.requestInfo(); });
+    add("miRowShow", korvane::tr("Show in File Manager"), [&manager] {
+        const PluginPtr item = manager.itemAt(manager.selectedRow());
+        if (!item || showInFileManager(manager))
+            return;
+        Alert alert;
+        alert.messageText = korvane::tr("The folder could not be shown");
+        alert.informativeText = korvane::tr("No file manager answered. The plug-in lies in:\n%1")
+                                    .arg(displayName(manager.plugins().pathOnDisk(*item)));
+        manager.ui().runAlert(alert);
+    });
+    menu->addSeparator();
+    // The Delete command itself, with its question: nothing goes without it. The controller
+    // routes it to the tab in front, which is this table's.
+    add("miRowTrash", korvane::tr("Move to Trash..."), [&manager] {
+        AppController *main = AppController::instance();
+        if (main && main->managerOf(main->activeType()) == &manager)
+            main->moveSelectedToTrash();
+    });
+    return menu;
+}
+
+bool RowMenu::showInFileManager(const FormatManager &manager)
+{
+    const PluginPtr item = manager.itemAt(manager.selectedRow());
+    if (!item)
+        return false;
+    // The folder, not the plug-in: a bundle opened as a URL would be run or entered.
+    const QString folder = QFileInfo(manager.plugins().pathOnDisk(*item)).absolutePath();
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+}
+
+} // namespace korvane

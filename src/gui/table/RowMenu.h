@@ -1,0 +1,22 @@
+#pragma once
+
+class QMenu;
+class QWidget;
+
+namespace korvane {
+
+class FormatManager;
+
+// The menu a right click on the table's rows opens: On, Off, Set Group, Info, Show in File
+// Manager and Move to Trash, each acting on the selected rows as the menu bar's commands do.
+namespace RowMenu {
+
+QMenu *make(FormatManager &manager, QWidget *parent);
+
+// Opens the folder that holds the selected plug-in in the desktop's file manager; false when
+// nothing is selected or the desktop could not open it.
+bool showInFileManager(const FormatManager &manager);
+
+} // namespace RowMenu
+
+} // namespace korvane
