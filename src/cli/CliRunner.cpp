@@ -91,21 +91,16 @@ bool stemNamesItem(const QString &name, const Plugin &item)
            && !name.endsWith(QStringView(itemName).mid(dot));
 }
 
-// The location code of the folder that holds name at path; -1 for none of the format's four.
-int locationOf(const std::array<QString, LocationCount> &folders, const QString &path,
-               const QString &name)
+// The location code of the folder that holds name at path; -1 for none of the format's folders.
+int locationOf(const QStringList &folders, const QString &path, const QString &name)
 {
-    const QString folder = path.left(path.size() - name.size() - 1);
-    for (int loc = 0; loc < LocationCount; ++loc)
-        if (folders[size_t(loc)] == folder)
-            return loc;
-    return -1;
+    return int(folders.indexOf(path.left(path.size() - name.size() - 1)));
 }
 
 // What a move from one folder of the format to another does, as done and as wanted:
 // "enabled"/"enable", "disabled", "moved to system", "moved to user", or a state and a place
 // joined by "and". Paths outside the four folders go by enabledFallback.
-std::pair<QString, QString> moveWords(const std::array<QString, LocationCount> &folders,
+std::pair<QString, QString> moveWords(const Format &format, const QStringList &folders,
                                       const QString &from, const QString &to, const QString &name,
                                       bool enabledFallback)
 {
@@ -114,10 +109,10 @@ std::pair<QString, QString> moveWords(const std::array<QString, LocationCount> &
     if (source < 0 || target < 0)
         return enabledFallback ? std::pair(QStringLiteral("enabled"), QStringLiteral("enable"))
                                : std::pair(QStringLiteral("disabled"), QStringLiteral("disable"));
-    const bool wasActive = source == LocSystemActive || source == LocUserActive;
-    const bool isActive = target == LocSystemActive || target == LocUserActive;
-    const bool wasSystem = source == LocSystemActive || source == LocSystemDisabled;
-    const bool isSystem = target == LocSystemActive || target == LocSystemDisabled;
+    const bool wasActive = isActiveLocation(source);
+    const bool isActive = isActiveLocation(target);
+    const bool wasSystem = format.isSystem(source);
+    const bool isSystem = format.isSystem(target);
     QStringList done, wanted;
     if (wasActive != isActive) {
         done << (isActive ? QStringLiteral("enabled") : QStringLiteral("disabled"));
@@ -604,13 +599,13 @@ void CliRunner::applyPending(CliSession &session, const Options &options, Format
                              const ActiveStates &before, MoveReport &report)
 {
     const AppContext &context = session.controllers();
-    const std::array<QString, LocationCount> folders =
-        context.locations().folderPaths(context.formats().at(manager.type()));
+    const Format &row = context.formats().at(manager.type());
+    const QStringList folders = context.locations().allFolderPaths(row);
     const QString format = manager.traits().prefix;
     report.setBefore(format, activeNames(manager, before));
     const auto add = [&](const MoveOutcome &outcome, MoveReport::Outcome kind) {
         const auto [done, wanted] =
-            moveWords(folders, outcome.from, outcome.to, outcome.name, outcome.enabled);
+            moveWords(row, folders, outcome.from, outcome.to, outcome.name, outcome.enabled);
         MoveReport::Move move{format, outcome.name, outcome.from,         outcome.to, done,
                               wanted, kind,         outcome.error.reason, QString()};
         // The failing path is usually one of the two; it is named when it is something else.

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QString>
+#include <QList>
+#include <QStringList>
 #include <array>
 
 namespace korvane {
@@ -8,14 +10,16 @@ namespace korvane {
 // The built-in plug-in formats, in the order start-up and quit visit them. A table may hold more.
 enum TypeIndex { TypeAU = 0, TypeRTAS = 1, TypeMAS = 2, TypeVST = 3 };
 
-// The four folders of a format.
+// A plug-in's place is a folder pair of its format and whether it lies in the pair's active folder:
+// location code 2 * pair + (disabled ? 1 : 0). Every row's pair 0 is system-wide and pair 1 the
+// user's, so codes 0..3 name the same four folders for every row; a row may list more pairs.
 enum LocationCode {
     LocSystemActive = 0,
     LocSystemDisabled = 1,
     LocUserActive = 2,
     LocUserDisabled = 3
 };
-constexpr int LocationCount = 4;
+constexpr int LocationCount = 4; // the codes of pairs 0 and 1
 inline bool isValidLocation(int loc)
 {
     return loc >= 0 && loc < LocationCount;
@@ -26,13 +30,26 @@ inline bool isSystemLocation(int loc)
 }
 inline bool isActiveLocation(int loc)
 {
-    return loc == LocSystemActive || loc == LocUserActive;
+    return loc >= 0 && loc % 2 == 0;
 }
 inline int locationCode(bool global, bool active)
 {
     return global ? (active ? LocSystemActive : LocSystemDisabled)
                   : (active ? LocUserActive : LocUserDisabled);
 }
+
+// An active folder as written ("/usr/local/lib/lv2", "~/.lv2") and its " (Disabled)" sibling, which
+// hosts do not search.
+struct FolderPair {
+    QString active;
+    bool system = true;
+    // Under /usr outside /usr/local: the distribution's package manager owns what lies there, and
+    // nothing is moved, created or deleted in it.
+    bool distributionOwned = false;
+    QString disabled() const { return active + QStringLiteral(" (Disabled)"); }
+    // Whether a folder as written lies where the distribution owns it.
+    static bool isDistributionFolder(const QString &written);
+};
 
 // Everything in which one plug-in format differs from another: one row of the format table.
 // Adding a format is adding a row (Format::derived fills in the texts) with its recognition rule.
@@ -41,6 +58,15 @@ struct Format {
     QString prefix;   // "AU": preference keys, tab identifiers, command-line flag and format name
     QString tabLabel; // "AudioUnits"
     QString activeFolder; // the system-wide active folder as written: "/Library/Audio/Plug-Ins/VST"
+    // Pair 0 is the first system pair (where "move to system" goes), pair 1 the first user pair;
+    // derived() makes those two from activeFolder.
+    QList<FolderPair> pairs;
+    QString cliName; // "lv2", "vst3-mac"; empty: the prefix in lower case
+    QString helpText; // what --help says of the row: "LV2 bundles (~/.lv2, /usr/lib/lv2, ...)"
+    // Seeded off unless one of its folders exists (formats of another system's layout).
+    bool onOnlyWhereFoldersExist = false;
+    QStringList pathVariables; // the hosts' variables that add folders: "LV2_PATH"
+    QString multiarchFolder;   // "lv2": each /usr/lib/<triplet>/lv2 is a folder of the row
 
     // Recognition: given the bare entry name, or its full path.
     bool (*recognise)(const QString &nameOrPath) = nullptr;
@@ -48,6 +74,7 @@ struct Format {
     bool scansSubfolders = true; // the preference is offered; Audio Units never recurse
 
     // Scanning.
+    // Pairs past the first two are never created by a scan.
     std::array<bool, LocationCount> createdFolders{true, true, true, true};
     QString parentFolder; // created before the active folders ("/Library/.../Digidesign")
     bool createsParentOnScan = false;
@@ -84,13 +111,25 @@ struct Format {
     QString infoText;             // "Please select a AudioUnit Plug-In"
     QString noSetMessage;         // "There is no set selected for AudioUnits"
 
-    // A folder of the format as written, by location code ("~/Library/... (Disabled)").
+    // A folder of the format as written, by location code ("~/Library/... (Disabled)"); empty
+    // for a code outside the pairs.
     QString folder(int loc) const;
+    int locationCount() const { return int(pairs.size()) * 2; }
+    bool hasLocation(int loc) const { return loc >= 0 && loc < locationCount(); }
+    bool isSystem(int loc) const { return hasLocation(loc) && pairs.at(loc / 2).system; }
+    bool isDistributionOwned(int loc) const
+    {
+        return hasLocation(loc) && pairs.at(loc / 2).distributionOwned;
+    }
+    static int locationOf(int pair, bool active) { return pair * 2 + (active ? 0 : 1); }
+    // The pair a plug-in of that scope moves to: the first of the scope the distribution does not
+    // own (pair 0 or 1 for every row).
+    int firstPair(bool system) const;
     QString tabIdentifier() const { return QStringLiteral("tab") + prefix; }
     QString preferencesTabIdentifier() const { return QStringLiteral("Pref") + prefix; }
     QString preferenceKey(const char *name) const { return prefix + QLatin1String(name); }
     QString commandLineFlag() const { return QLatin1Char('-') + prefix; } // "-AU"
-    QString commandLineName() const { return prefix.toLower(); }          // "au"
+    QString commandLineName() const { return cliName.isEmpty() ? prefix.toLower() : cliName; }
 
     // A new format's row: the texts follow the built-in patterns, the user's install target is
     // the user's active folder, and the set documents are "<prefix in lower case>korv".

@@ -212,8 +212,7 @@ private:
     QStringList listFolder(int loc, const QString &folder) const;
     // Finishes or undoes the moves cut short among the four folders; true when the folders are to
     // be listed again.
-    bool settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
-                                const std::array<QStringList, LocationCount> &listings);
+    bool settleInterruptedMoves(const QStringList &folders, const QList<QStringList> &listings);
     MoveOutcome applyRecord(int recordIndex, ApplyRun &run);
     MoveOutcome pendingOutcome(int recordIndex, PluginPtr *item = nullptr) const;
     // Says text with its arguments filled in where a person will see it: the log window in the

@@ -120,20 +120,21 @@ QStringList FormatManager::listFolder(int loc, const QString &folder) const
     return services().relevantPaths(m_traits.type, loc, listing);
 }
 
-bool FormatManager::settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
-                                           const std::array<QStringList, LocationCount> &listings)
+bool FormatManager::settleInterruptedMoves(const QStringList &folders,
+                                           const QList<QStringList> &listings)
 {
-    InterruptedMoves moves(files(), QStringList(folders.cbegin(), folders.cend()));
+    const int count = int(folders.size());
+    InterruptedMoves moves(files(), folders);
     // Made at the first sidecar: most folders have none.
-    std::array<std::optional<QSet<QString>>, LocationCount> listed;
+    std::vector<std::optional<QSet<QString>>> listed(static_cast<size_t>(count));
     const auto lists = [&](int loc, const QString &entry) {
         auto &names = listed[size_t(loc)];
         if (!names)
-            names.emplace(listings[size_t(loc)].cbegin(), listings[size_t(loc)].cend());
+            names.emplace(listings.at(loc).cbegin(), listings.at(loc).cend());
         return names->contains(entry);
     };
-    for (int loc = 0; loc < LocationCount; ++loc) {
-        for (const QString &entry : listings[size_t(loc)]) {
+    for (int loc = 0; loc < count; ++loc) {
+        for (const QString &entry : listings.at(loc)) {
             if (InterruptedMoves::isLeftoverName(entry)) {
                 moves.add(loc, entry);
                 continue;
@@ -142,7 +143,7 @@ bool FormatManager::settleInterruptedMoves(const std::array<QString, LocationCou
             const QString item = InterruptedMoves::sidecarOwner(entry);
             if (item.isEmpty() || lists(loc, item))
                 continue;
-            for (int other = 0; other < LocationCount; ++other) {
+            for (int other = 0; other < count; ++other) {
                 if (other != loc && lists(other, item)) {
                     moves.addLoneSidecar(loc, entry);
                     break;
@@ -196,25 +197,26 @@ void FormatManager::rescan()
     // starts with a new cache.
     std::optional<ScanCache> cache(std::in_place);
 
-    std::array<QString, LocationCount> folders;
-    std::array<QStringList, LocationCount> listings;
+    const int locationCount = m_traits.locationCount();
+    QStringList folders;
+    QList<QStringList> listings(locationCount);
     // A folder that is one with another of the format's folders (a " (Disabled)" folder linked to
     // the active one, a bind mount, a home that is the system root) is listed once, as the first:
     // listed twice, each plug-in would show on and off, and a move onto itself would lose it.
-    std::array<std::optional<FileIdentity>, LocationCount> identities;
-    std::array<bool, LocationCount> listed{};
-    for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc) {
-        folders[size_t(loc)] = locations().expand(m_traits.folder(loc));
-        if (m_traits.createsParentOnScan && isActiveLocation(loc)) {
+    std::vector<std::optional<FileIdentity>> identities(static_cast<size_t>(locationCount));
+    std::vector<bool> listed(static_cast<size_t>(locationCount));
+    for (int loc = 0; loc < locationCount; ++loc) {
+        folders << locations().expand(m_traits.folder(loc));
+        if (m_traits.createsParentOnScan && loc < LocationCount && isActiveLocation(loc)) {
             const QString parent = isSystemLocation(loc) ? m_traits.parentFolder
                                                          : QLatin1Char('~') + m_traits.parentFolder;
             createIfMissing(files, locations().expand(parent));
         }
-        if (m_traits.createdFolders[size_t(loc)])
+        if (loc < LocationCount && m_traits.createdFolders[size_t(loc)])
             createIfMissing(files, folders[size_t(loc)]);
         identities[size_t(loc)] = files.identity(folders[size_t(loc)], true);
         listed[size_t(loc)] = true;
-        for (int earlier = LocSystemActive; earlier < loc && identities[size_t(loc)]; ++earlier) {
+        for (int earlier = 0; earlier < loc && identities[size_t(loc)]; ++earlier) {
             if (!identities[size_t(earlier)]
                 || !identities[size_t(earlier)]->isSameItem(*identities[size_t(loc)]))
                 continue;
@@ -231,20 +233,20 @@ void FormatManager::rescan()
             break;
         }
         if (listed[size_t(loc)])
-            listings[size_t(loc)] = listFolder(loc, folders[size_t(loc)]);
+            listings[loc] = listFolder(loc, folders[size_t(loc)]);
     }
     if (settleInterruptedMoves(folders, listings)) {
         cache.emplace();
-        for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc)
+        for (int loc = 0; loc < locationCount; ++loc)
             if (listed[size_t(loc)])
-                listings[size_t(loc)] = listFolder(loc, folders[size_t(loc)]);
+                listings[loc] = listFolder(loc, folders[size_t(loc)]);
     }
 
-    for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc) {
+    for (int loc = 0; loc < locationCount; ++loc) {
         const QString &folder = folders[size_t(loc)];
-        const QStringList &entries = listings[size_t(loc)];
+        const QStringList &entries = listings.at(loc);
         progress.folder(folderPrefix + m_traits.folder(loc));
-        const bool global = isSystemLocation(loc);
+        const bool global = m_traits.isSystem(loc);
         const bool active = isActiveLocation(loc);
         const qsizetype n = entries.size();
         for (qsizetype k = 1; k <= n; ++k) {
@@ -260,6 +262,7 @@ void FormatManager::rescan()
             item->setName(entry);
             item->setLocation(folder);
             item->setGlobal(global);
+            item->setPair(loc / 2);
             item->setActive(active);
             item->setGroup(groups.groupOf(entry));
 
