@@ -11,6 +11,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
@@ -159,6 +160,47 @@ QList<PluginPtr> pluginsNamed(const FormatManager &manager, const QString &name)
             if (stemNamesItem(name, *item))
                 named << item;
     return named;
+}
+
+// The fields a plug-in's files give, for list --json.
+void addMetadata(QJsonObject *object, const PluginMetadata &metadata)
+{
+    QJsonArray plugins;
+    for (const PluginMetadata::Inner &inner : metadata.plugins)
+        plugins.append(QJsonObject{{QStringLiteral("name"), displayName(inner.name)},
+                                   {QStringLiteral("id"), displayName(inner.id)}});
+    QJsonArray architectures, identifiers;
+    for (const QString &architecture : metadata.architectures)
+        architectures.append(displayName(architecture));
+    for (const QString &identifier : metadata.identifiers)
+        identifiers.append(displayName(identifier));
+    object->insert(QStringLiteral("architecture"), displayName(metadata.architectures.join(',')));
+    object->insert(QStringLiteral("displayName"), displayName(metadata.name));
+    object->insert(QStringLiteral("vendor"), displayName(metadata.vendor));
+    object->insert(QStringLiteral("version"), displayName(metadata.version));
+    object->insert(QStringLiteral("architectures"), architectures);
+    object->insert(QStringLiteral("package"), displayName(metadata.package));
+    object->insert(QStringLiteral("plugins"), plugins);
+    object->insert(QStringLiteral("identifiers"), identifiers);
+    if (!metadata.unreadable.isEmpty())
+        object->insert(QStringLiteral("unreadable"), displayName(metadata.unreadable));
+}
+
+// The text listing's architecture column for a plug-in whose files were read: its
+// architectures, vendor and version, or why it cannot be read.
+QString metadataSummary(const PluginMetadata &metadata)
+{
+    if (!metadata.unreadable.isEmpty())
+        return shownLine(metadata.unreadable);
+    QStringList parts{metadata.architectures.isEmpty() ? QStringLiteral("-")
+                                                       : metadata.architectures.join(',')};
+    if (!metadata.vendor.isEmpty())
+        parts << shownLine(metadata.vendor);
+    if (!metadata.version.isEmpty())
+        parts << shownLine(metadata.version);
+    if (!metadata.package.isEmpty())
+        parts << QStringLiteral("(%1)").arg(shownLine(metadata.package));
+    return parts.join(QLatin1Char(' '));
 }
 
 // Marks a plug-in to be switched, as a click in its row would.
@@ -473,16 +515,21 @@ int CliRunner::list(CliSession &session, const Options &options)
         const QString format = manager->traits().prefix;
         for (const PluginPtr &item : manager->items()) {
             const QString group = item->group();
-            listing.add(QJsonObject{{QStringLiteral("format"), format},
-                                    {QStringLiteral("name"), displayName(item->name())},
-                                    {QStringLiteral("location"), displayName(item->location())},
-                                    {QStringLiteral("global"), item->isGlobal()},
-                                    {QStringLiteral("active"), item->isActive()},
-                                    {QStringLiteral("group"), displayName(group)},
-                                    {QStringLiteral("architecture"), item->architectureName()}},
-                        {format, onOff(item->isActive()), scope(item->isGlobal()),
-                         group.isEmpty() ? QStringLiteral("-") : group, item->architectureName(),
-                         fullPath(*item)});
+            QJsonObject object{{QStringLiteral("format"), format},
+                               {QStringLiteral("name"), displayName(item->name())},
+                               {QStringLiteral("location"), displayName(item->location())},
+                               {QStringLiteral("global"), item->isGlobal()},
+                               {QStringLiteral("active"), item->isActive()},
+                               {QStringLiteral("group"), displayName(group)},
+                               {QStringLiteral("architecture"), item->architectureName()}};
+            QString architecture = item->architectureName();
+            if (const PluginMetadata *metadata = item->metadata()) {
+                addMetadata(&object, *metadata);
+                architecture = metadataSummary(*metadata);
+            }
+            listing.add(object, {format, onOff(item->isActive()), scope(item->isGlobal()),
+                                 group.isEmpty() ? QStringLiteral("-") : group, architecture,
+                                 fullPath(*item)});
         }
     }
     listing.print();

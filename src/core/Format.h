@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QString>
 #include <QList>
+#include <QString>
 #include <QStringList>
 #include <array>
 
@@ -38,6 +38,15 @@ inline int locationCode(bool global, bool active)
                   : (active ? LocUserActive : LocUserDisabled);
 }
 
+// Which files say what a plug-in of the format is (see PluginMetadataReader).
+enum class FormatReading {
+    BundleArchitecture, // the first four: the Mach-O test of a bundle's executable alone
+    Lv2,                // the bundle's Turtle files
+    Vst3,               // moduleinfo.json and the Contents/ folder names
+    SharedObject,       // the ELF header
+    MachOBundle,        // the bundle executable's Mach-O architectures
+};
+
 // An active folder as written ("/usr/local/lib/lv2", "~/.lv2") and its " (Disabled)" sibling, which
 // hosts do not search.
 struct FolderPair {
@@ -61,12 +70,13 @@ struct Format {
     // Pair 0 is the first system pair (where "move to system" goes), pair 1 the first user pair;
     // derived() makes those two from activeFolder.
     QList<FolderPair> pairs;
-    QString cliName; // "lv2", "vst3-mac"; empty: the prefix in lower case
+    QString cliName;  // "lv2", "vst3-mac"; empty: the prefix in lower case
     QString helpText; // what --help says of the row: "LV2 bundles (~/.lv2, /usr/lib/lv2, ...)"
     // Seeded off unless one of its folders exists (formats of another system's layout).
     bool onOnlyWhereFoldersExist = false;
     QStringList pathVariables; // the hosts' variables that add folders: "LV2_PATH"
     QString multiarchFolder;   // "lv2": each /usr/lib/<triplet>/lv2 is a folder of the row
+    FormatReading reading = FormatReading::BundleArchitecture;
 
     // Recognition: given the bare entry name, or its full path.
     bool (*recognise)(const QString &nameOrPath) = nullptr;

@@ -26,8 +26,7 @@ FolderPair systemPair(const QString &folder)
 // distribution's folders last. Nothing is created by a scan: hosts make their own folders.
 Format linuxRow(const QString &prefix, const QString &label, const QString &scanned,
                 const QStringList &userFolders, const QStringList &systemFolders,
-                const QStringList &variables, bool (*recognise)(const QString &),
-                bool recursive)
+                const QStringList &variables, bool (*recognise)(const QString &), bool recursive)
 {
     Format f = Format::derived(prefix, label, systemFolders.first(), recognise);
     f.pairs.clear();
@@ -41,6 +40,7 @@ Format linuxRow(const QString &prefix, const QString &label, const QString &scan
     f.scansSubfolders = recursive;
     f.pathVariables = variables;
     f.installTarget = userFolders.first() + QStringLiteral("/%@");
+    f.reading = FormatReading::SharedObject;
     f.setScanAndInstallTexts(scanned, scanned);
     return f;
 }
@@ -53,6 +53,7 @@ Format macRow(const QString &prefix, const QString &cliName, const QString &labe
     f.createdFolders = {false, false, false, false};
     f.scansSubfolders = recursive;
     f.onOnlyWhereFoldersExist = true;
+    f.reading = FormatReading::MachOBundle;
     return f;
 }
 
@@ -63,43 +64,107 @@ QString perArchitecture(const QString &triplet, const QString &folder)
 
 } // namespace
 
+// The texts of the rows, marked for translation where they are looked up.
+[[maybe_unused]] static const char *const kTranslatedTexts[] = {
+    QT_TRANSLATE_NOOP("korvane", "scan LV2-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "scan for LV2-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "LV2-Plugins only"),
+    QT_TRANSLATE_NOOP("korvane", "Install LV2-Plugins only?"),
+    QT_TRANSLATE_NOOP("korvane", "install LV2-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "There is no set selected for LV2"),
+    QT_TRANSLATE_NOOP("korvane", "scan VST3-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "scan for VST3-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "VST3-Plugins only"),
+    QT_TRANSLATE_NOOP("korvane", "Install VST3-Plugins only?"),
+    QT_TRANSLATE_NOOP("korvane", "install VST3-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "There is no set selected for VST3"),
+    QT_TRANSLATE_NOOP("korvane", "scan CLAP-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "scan for CLAP-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "CLAP-Plugins only"),
+    QT_TRANSLATE_NOOP("korvane", "Install CLAP-Plugins only?"),
+    QT_TRANSLATE_NOOP("korvane", "install CLAP-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "There is no set selected for CLAP"),
+    QT_TRANSLATE_NOOP("korvane", "scan LADSPA-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "scan for LADSPA-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "LADSPA-Plugins only"),
+    QT_TRANSLATE_NOOP("korvane", "Install LADSPA-Plugins only?"),
+    QT_TRANSLATE_NOOP("korvane", "install LADSPA-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "There is no set selected for LADSPA"),
+    QT_TRANSLATE_NOOP("korvane", "scan DSSI-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "scan for DSSI-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "DSSI-Plugins only"),
+    QT_TRANSLATE_NOOP("korvane", "Install DSSI-Plugins only?"),
+    QT_TRANSLATE_NOOP("korvane", "install DSSI-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "There is no set selected for DSSI"),
+    QT_TRANSLATE_NOOP("korvane", "scan Linux-VST-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "scan for Linux-VST-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "Linux-VST-Plugins only"),
+    QT_TRANSLATE_NOOP("korvane", "Install Linux-VST-Plugins only?"),
+    QT_TRANSLATE_NOOP("korvane", "install Linux-VST-Plugins:"),
+    QT_TRANSLATE_NOOP("korvane", "There is no set selected for Linux VST"),
+    QT_TRANSLATE_NOOP("korvane", "scan VST3 (macOS):"),
+    QT_TRANSLATE_NOOP("korvane", "scan for VST3 (macOS):"),
+    QT_TRANSLATE_NOOP("korvane", "VST3 (macOS) only"),
+    QT_TRANSLATE_NOOP("korvane", "Install VST3 (macOS) only?"),
+    QT_TRANSLATE_NOOP("korvane", "install VST3 (macOS):"),
+    QT_TRANSLATE_NOOP("korvane", "There is no set selected for VST3 (macOS)"),
+    QT_TRANSLATE_NOOP("korvane", "scan CLAP (macOS):"),
+    QT_TRANSLATE_NOOP("korvane", "scan for CLAP (macOS):"),
+    QT_TRANSLATE_NOOP("korvane", "CLAP (macOS) only"),
+    QT_TRANSLATE_NOOP("korvane", "Install CLAP (macOS) only?"),
+    QT_TRANSLATE_NOOP("korvane", "install CLAP (macOS):"),
+    QT_TRANSLATE_NOOP("korvane", "There is no set selected for CLAP (macOS)"),
+    QT_TRANSLATE_NOOP("korvane", "scan LV2 (macOS):"),
+    QT_TRANSLATE_NOOP("korvane", "scan for LV2 (macOS):"),
+    QT_TRANSLATE_NOOP("korvane", "LV2 (macOS) only"),
+    QT_TRANSLATE_NOOP("korvane", "Install LV2 (macOS) only?"),
+    QT_TRANSLATE_NOOP("korvane", "install LV2 (macOS):"),
+    QT_TRANSLATE_NOOP("korvane", "There is no set selected for LV2 (macOS)"),
+    QT_TRANSLATE_NOOP("korvane", "scan AAX:"),
+    QT_TRANSLATE_NOOP("korvane", "scan for AAX:"),
+    QT_TRANSLATE_NOOP("korvane", "AAX only"),
+    QT_TRANSLATE_NOOP("korvane", "Install AAX only?"),
+    QT_TRANSLATE_NOOP("korvane", "install AAX:"),
+    QT_TRANSLATE_NOOP("korvane", "There is no set selected for AAX"),
+};
+
 QList<Format> linuxFormats()
 {
     const QString ma = kMultiarch;
     QList<Format> rows;
 
-    Format lv2 = linuxRow(QStringLiteral("LV2"), QStringLiteral("LV2"),
-                          QStringLiteral("LV2-Plugins"), {QStringLiteral("~/.lv2")},
-                          {QStringLiteral("/usr/local/lib/lv2"), QStringLiteral("/usr/lib/lv2"),
-                           perArchitecture(ma, QStringLiteral("lv2")),
-                           QStringLiteral("/usr/lib64/lv2")},
-                          {QStringLiteral("LV2_PATH")}, &isLv2BundlePath, false);
+    Format lv2 =
+        linuxRow(QStringLiteral("LV2"), QStringLiteral("LV2"), QStringLiteral("LV2-Plugins"),
+                 {QStringLiteral("~/.lv2")},
+                 {QStringLiteral("/usr/local/lib/lv2"), QStringLiteral("/usr/lib/lv2"),
+                  perArchitecture(ma, QStringLiteral("lv2")), QStringLiteral("/usr/lib64/lv2")},
+                 {QStringLiteral("LV2_PATH")}, &isLv2BundlePath, false);
     lv2.multiarchFolder = QStringLiteral("lv2");
+    lv2.reading = FormatReading::Lv2;
     lv2.helpText = QStringLiteral("LV2 bundles (~/.lv2, /usr/local/lib/lv2, /usr/lib/lv2)");
     rows << lv2;
 
-    Format vst3 = linuxRow(
-        QStringLiteral("VST3"), QStringLiteral("VST3"), QStringLiteral("VST3-Plugins"),
-        {QStringLiteral("~/.vst3")},
-        {QStringLiteral("/usr/local/lib/vst3"), QStringLiteral("/usr/lib/vst3")},
-        {QStringLiteral("VST3_PATH")}, &isVst3Path, true);
+    Format vst3 = linuxRow(QStringLiteral("VST3"), QStringLiteral("VST3"),
+                           QStringLiteral("VST3-Plugins"), {QStringLiteral("~/.vst3")},
+                           {QStringLiteral("/usr/local/lib/vst3"), QStringLiteral("/usr/lib/vst3")},
+                           {QStringLiteral("VST3_PATH")}, &isVst3Path, true);
+    vst3.reading = FormatReading::Vst3;
     vst3.helpText = QStringLiteral("VST 3 bundles (~/.vst3, /usr/local/lib/vst3, /usr/lib/vst3)");
     rows << vst3;
 
-    Format clap = linuxRow(
-        QStringLiteral("CLAP"), QStringLiteral("CLAP"), QStringLiteral("CLAP-Plugins"),
-        {QStringLiteral("~/.clap")},
-        {QStringLiteral("/usr/local/lib/clap"), QStringLiteral("/usr/lib/clap")},
-        {QStringLiteral("CLAP_PATH")}, &isClapPath, true);
+    Format clap = linuxRow(QStringLiteral("CLAP"), QStringLiteral("CLAP"),
+                           QStringLiteral("CLAP-Plugins"), {QStringLiteral("~/.clap")},
+                           {QStringLiteral("/usr/local/lib/clap"), QStringLiteral("/usr/lib/clap")},
+                           {QStringLiteral("CLAP_PATH")}, &isClapPath, true);
     clap.helpText = QStringLiteral("CLAP plug-ins (~/.clap, /usr/local/lib/clap, /usr/lib/clap)");
     rows << clap;
 
-    Format ladspa = linuxRow(QStringLiteral("LADSPA"), QStringLiteral("LADSPA"),
-                             QStringLiteral("LADSPA-Plugins"), {QStringLiteral("~/.ladspa")},
-                             {QStringLiteral("/usr/local/lib/ladspa"),
-                              QStringLiteral("/usr/lib/ladspa"),
-                              perArchitecture(ma, QStringLiteral("ladspa"))},
-                             {QStringLiteral("LADSPA_PATH")}, &isSharedObjectPath, false);
+    Format ladspa =
+        linuxRow(QStringLiteral("LADSPA"), QStringLiteral("LADSPA"),
+                 QStringLiteral("LADSPA-Plugins"), {QStringLiteral("~/.ladspa")},
+                 {QStringLiteral("/usr/local/lib/ladspa"), QStringLiteral("/usr/lib/ladspa"),
+                  perArchitecture(ma, QStringLiteral("ladspa"))},
+                 {QStringLiteral("LADSPA_PATH")}, &isSharedObjectPath, false);
     ladspa.multiarchFolder = QStringLiteral("ladspa");
     ladspa.helpText =
         QStringLiteral("LADSPA libraries (~/.ladspa, /usr/local/lib/ladspa, /usr/lib/ladspa)");
@@ -129,17 +194,19 @@ QList<Format> linuxFormats()
 QList<Format> macLayoutFormats()
 {
     const QString plugIns = QStringLiteral("/Library/Audio/Plug-Ins/");
-    Format vst3 = macRow(QStringLiteral("VST3-Mac"), QStringLiteral("vst3-mac"),
-                         QStringLiteral("VST3 (macOS)"), plugIns + QStringLiteral("VST3"),
-                         &isVst3Path, true);
+    Format vst3 =
+        macRow(QStringLiteral("VST3-Mac"), QStringLiteral("vst3-mac"),
+               QStringLiteral("VST3 (macOS)"), plugIns + QStringLiteral("VST3"), &isVst3Path, true);
+    vst3.reading = FormatReading::Vst3;
     vst3.helpText = QStringLiteral("VST 3 bundles in /Library/Audio/Plug-Ins/VST3 (macOS layout)");
-    Format clap = macRow(QStringLiteral("CLAP-Mac"), QStringLiteral("clap-mac"),
-                         QStringLiteral("CLAP (macOS)"), plugIns + QStringLiteral("CLAP"),
-                         &isClapPath, true);
+    Format clap =
+        macRow(QStringLiteral("CLAP-Mac"), QStringLiteral("clap-mac"),
+               QStringLiteral("CLAP (macOS)"), plugIns + QStringLiteral("CLAP"), &isClapPath, true);
     clap.helpText = QStringLiteral("CLAP bundles in /Library/Audio/Plug-Ins/CLAP (macOS layout)");
-    Format lv2 = macRow(QStringLiteral("LV2-Mac"), QStringLiteral("lv2-mac"),
-                        QStringLiteral("LV2 (macOS)"), plugIns + QStringLiteral("LV2"),
-                        &isLv2BundlePath, false);
+    Format lv2 =
+        macRow(QStringLiteral("LV2-Mac"), QStringLiteral("lv2-mac"), QStringLiteral("LV2 (macOS)"),
+               plugIns + QStringLiteral("LV2"), &isLv2BundlePath, false);
+    lv2.reading = FormatReading::Lv2;
     lv2.helpText = QStringLiteral("LV2 bundles in /Library/Audio/Plug-Ins/LV2 (macOS layout)");
     Format aax = macRow(QStringLiteral("AAX"), QStringLiteral("aax"), QStringLiteral("AAX"),
                         QStringLiteral("/Library/Application Support/Avid/Audio/Plug-Ins"),

@@ -52,8 +52,8 @@ void Plugin::updateLocation(const Format &format, const QStringList &folders)
 
 int Plugin::locationCode(const Format &format) const
 {
-    const bool inPair = m_pair >= 0 && m_pair < format.pairs.size()
-                        && format.pairs.at(m_pair).system == m_global;
+    const bool inPair =
+        m_pair >= 0 && m_pair < format.pairs.size() && format.pairs.at(m_pair).system == m_global;
     return Format::locationOf(inPair ? m_pair : format.firstPair(m_global), m_active);
 }
 

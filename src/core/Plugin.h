@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/PluginMetadata.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -46,6 +48,12 @@ public:
     int groupId() const { return m_groupId; }
     bool hasContent() const { return m_hasContent; }
     int architecture() const { return m_architecture; }
+    // What its files say (null before a scan has read them).
+    const PluginMetadata *metadata() const { return m_metadata.get(); }
+    void setMetadata(std::shared_ptr<const PluginMetadata> metadata)
+    {
+        m_metadata = std::move(metadata);
+    }
 
     // Group by name into the global list; group() reads the list at the stored position, so a
     // renamed group renames every member. A position past the end reads as no group.
@@ -92,6 +100,7 @@ private:
     int m_id = 0;
     int m_pair = -1;
     int m_architecture = 0;
+    std::shared_ptr<const PluginMetadata> m_metadata;
 };
 
 using PluginPtr = std::shared_ptr<Plugin>;

@@ -2,6 +2,7 @@
 // dialogs, and runs the controller's start and shut-down around the event loop.
 
 #include "app/AppContext.h"
+#include "core/LinuxFormats.h"
 #include "gui/Translations.h"
 #include "gui/dialogs/QtUi.h"
 #include "gui/main/MainWindow.h"
@@ -74,9 +75,12 @@ CommandLine parse(const QStringList &arguments)
         return usage(missing);
     if (parser.isSet(root))
         roots.systemRoot = QFileInfo(parser.value(root)).absoluteFilePath();
-    if (parser.isSet(home))
+    if (parser.isSet(home)) {
+        const QHash<QString, QString> paths = roots.pluginPaths;
         roots =
             korvane::Roots::at(roots.systemRoot, QFileInfo(parser.value(home)).absoluteFilePath());
+        roots.pluginPaths = paths;
+    }
     result.roots = roots;
     return result;
 }
@@ -101,6 +105,8 @@ int main(int argc, char *argv[])
     korvane::QtUi ui;
     korvane::AppContext::Parts parts;
     parts.roots = *commandLine.roots;
+    parts.formats = korvane::withRunFolders(korvane::FormatTable::builtIn(), parts.roots,
+                                            parts.roots.pluginPaths);
     parts.ui = &ui;
     korvane::AppContext context(std::move(parts));
 

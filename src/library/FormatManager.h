@@ -13,6 +13,7 @@
 #include <QVariant>
 #include <array>
 #include <functional>
+#include <memory>
 
 namespace korvane {
 
@@ -67,6 +68,8 @@ struct DropValidation {
 // per deleted row, and a reset only when a rescan rebuilt the list. The selection and the sort
 // order are the view's: it hands them over as they change, and the selection is kept by identity,
 // so no row number goes stale.
+class PluginMetadataReader;
+
 class FormatManager : public QObject {
     Q_OBJECT
 public:
@@ -239,6 +242,8 @@ private:
     QList<SortKey> m_sortKeys;
     // Pairs of the format's folders found to be one folder, each said once per run.
     QSet<QString> m_saidOneFolder;
+    // What the plug-ins' files say, remembered across scans (PluginMetadataReader).
+    std::shared_ptr<PluginMetadataReader> m_metadata;
     QList<PluginPtr> m_selection; // in the order the view gave them
     PluginPtr m_lastSelected;
 };

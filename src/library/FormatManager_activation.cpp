@@ -10,6 +10,7 @@
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/Authorization.h"
+#include "library/DistributionGuard.h"
 #include "os/LibraryLock.h"
 #include "os/SystemLog.h"
 
@@ -258,6 +259,16 @@ MoveOutcome FormatManager::applyRecord(int recordIndex, ApplyRun &run)
     AppServices *main = &services();
     FileOperations &files = this->files();
     const QString fromFolder = m_list.records().at(recordIndex).folder();
+    // The distribution's folders are not ours to change: refused before anything moves.
+    if (const QString refusal =
+            DistributionGuard(m_traits, locations())
+                .refusal(outcome.name, fromFolder, item->location(),
+                         item->metadata() ? item->metadata()->package : QString());
+        !refusal.isEmpty()) {
+        tell("%1", {refusal});
+        outcome.error = {outcome.from, refusal};
+        return outcome;
+    }
     const QString toFolder = item->location();
     const auto reportFailure = [&](const FileError &error) {
         if (main->askToProceedAfter(error) == FileErrorAnswer::Stop)

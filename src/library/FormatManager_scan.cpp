@@ -10,6 +10,7 @@
 #include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "library/PluginMetadataReader.h"
 #include "os/LibraryLock.h"
 #include "os/ScanCache.h"
 #include "os/SystemLog.h"
@@ -242,6 +243,8 @@ void FormatManager::rescan()
                 listings[loc] = listFolder(loc, folders[size_t(loc)]);
     }
 
+    if (!m_metadata)
+        m_metadata = std::make_shared<PluginMetadataReader>(m_traits, locations());
     for (int loc = 0; loc < locationCount; ++loc) {
         const QString &folder = folders[size_t(loc)];
         const QStringList &entries = listings.at(loc);
@@ -273,6 +276,7 @@ void FormatManager::rescan()
 
             m_list.append(item, record);
             item->detectArchitecture(fullPath);
+            item->setMetadata(m_metadata->read(loc, entry, fullPath));
         }
     }
 

@@ -6,6 +6,7 @@
 #include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "library/DistributionGuard.h"
 #include "os/FileOperations.h"
 #include "os/SystemLog.h"
 
@@ -164,6 +165,15 @@ void FormatManager::changeItem(const PluginPtr &item, const QString &column, con
     }
     if (column != kActive && column != kGlobal)
         return;
+    // A plug-in the distribution owns is not marked at all: the apply would refuse it anyway.
+    if (const QString refusal =
+            DistributionGuard(m_traits, locations())
+                .refusal(item->name(), m_list.folderOnDisk(*item), QString(),
+                         item->metadata() ? item->metadata()->package : QString());
+        !refusal.isEmpty()) {
+        tell("%1", {refusal});
+        return;
+    }
 
     // Every call toggles whatever value it is given, so the same call is its own inverse.
     QPointer<FormatManager> self(this);
