@@ -8,6 +8,7 @@
 #include "cli/TextTable.h"
 #include "core/Locations.h"
 #include "library/SetDocument.h"
+#include "probe/ProbeRunner.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -388,6 +389,8 @@ int CliRunner::run(const Options &options)
         return saveSet(session, options);
     case Options::ShowSet:
         return showSet(session, options);
+    case Options::Details:
+        return details(session, options);
     default:
         return ExitUsage;
     }
@@ -566,6 +569,61 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
         mark(manager, item, on);
     applyPending(session, options, manager, before, report);
     return report.finish(ExitDone, session.notices());
+}
+
+int CliRunner::details(CliSession &session, const Options &options)
+{
+    FormatManager &manager = *session.controllers().manager(options.format);
+    manager.rescan();
+    const Format &format = manager.traits();
+    // Only these formats have descriptors the probe can read; it loads the code, so it runs here,
+    // asked for, never in a scan.
+    const QString prefix = format.prefix;
+    const QString probeFormat = prefix == QLatin1String("CLAP")     ? QStringLiteral("clap")
+                                : prefix == QLatin1String("LADSPA") ? QStringLiteral("ladspa")
+                                : prefix == QLatin1String("DSSI")   ? QStringLiteral("dssi")
+                                                                    : QString();
+    ProbeRunner probe;
+    Listing listing(options.json, m_out);
+    int status = ExitDone;
+    for (const QString &name : options.names) {
+        const QList<PluginPtr> named = pluginsNamed(manager, name);
+        if (named.isEmpty()) {
+            m_err << QStringLiteral("KorvaneCMD: no %1 plug-in named \"%2\"\n")
+                         .arg(prefix, shownLine(name));
+            status = ExitMoveFailed;
+        }
+        for (const PluginPtr &item : named) {
+            QJsonObject object{{QStringLiteral("format"), prefix},
+                               {QStringLiteral("name"), displayName(item->name())},
+                               {QStringLiteral("location"), displayName(item->location())}};
+            QString summary = item->metadata() ? metadataSummary(*item->metadata()) : QString();
+            if (item->metadata())
+                addMetadata(&object, *item->metadata());
+            if (!probeFormat.isEmpty()) {
+                const ProbeResult result = probe.probe(fullPath(*item), probeFormat);
+                QJsonArray loaded;
+                for (const ProbedPlugin &plugin : result.report.plugins) {
+                    loaded.append(
+                        QJsonObject{{QStringLiteral("id"), displayName(plugin.id)},
+                                    {QStringLiteral("name"), displayName(plugin.name)},
+                                    {QStringLiteral("vendor"), displayName(plugin.vendor)}});
+                    summary += QStringLiteral("; ") + shownLine(plugin.name) + QStringLiteral(" (")
+                               + shownLine(plugin.id) + QLatin1Char(')');
+                }
+                object.insert(QStringLiteral("loaded"), loaded);
+                if (!result.ok()) {
+                    const QString why =
+                        result.message.isEmpty() ? result.report.error : result.message;
+                    object.insert(QStringLiteral("probeError"), displayName(why));
+                    summary += QStringLiteral("; ") + shownLine(why);
+                }
+            }
+            listing.add(object, {prefix, summary, fullPath(*item)});
+        }
+    }
+    listing.print();
+    return status;
 }
 
 int CliRunner::duplicates(CliSession &session, const Options &options)

@@ -118,7 +118,8 @@ bool CliSession::lockLibrary(QString *failure, bool *heldByAnother)
 bool CliSession::isReadOnly(const Options &options)
 {
     return options.check || options.command == Options::List
-           || options.command == Options::Duplicates || options.command == Options::ShowSet;
+           || options.command == Options::Duplicates || options.command == Options::ShowSet
+           || options.command == Options::Details;
 }
 
 QStringList CliSession::notices() const

@@ -19,7 +19,7 @@ constexpr CommandWord kCommands[] = {
     {"list", Options::List},        {"enable", Options::Enable},
     {"disable", Options::Disable},  {"duplicates", Options::Duplicates},
     {"save-set", Options::SaveSet}, {"show-set", Options::ShowSet},
-    {"apply", Options::ApplyList},
+    {"apply", Options::ApplyList},  {"details", Options::Details},
 };
 
 // The options of the plain-list apply: each names plug-ins or a file of names.
@@ -235,7 +235,8 @@ private:
 
         const bool formatAllowed = command != Options::Apply && command != Options::ShowSet;
         const bool formatRequired = command == Options::Enable || command == Options::Disable
-                                    || command == Options::SaveSet || command == Options::ApplyList;
+                                    || command == Options::Details || command == Options::SaveSet
+                                    || command == Options::ApplyList;
         const bool jsonAllowed = command != Options::SaveSet;
 
         if (command == Options::Apply && !anySet)
@@ -263,6 +264,7 @@ private:
         switch (command) {
         case Options::Enable:
         case Options::Disable:
+        case Options::Details:
             if (m_positional.isEmpty())
                 fail(QStringLiteral("%1 needs the name of at least one plug-in").arg(word));
             m_options.names = m_positional;
@@ -484,6 +486,10 @@ QString helpText()
                "  save-set --format F FILE      write the format's current state as a set "
                "document\n"
                "  show-set FILE [--json]        print the items of a set document\n"
+               "  details --format F NAME...    what a plug-in's files say; for CLAP, LADSPA and "
+               "DSSI\n"
+               "                                also what loading it tells, in a separate process\n"
+               "                                with a time and memory limit (never in a scan)\n"
                "\n"
                "Options (before or after the command):\n"
                "  --format F      au, rtas, mas, vst or a format below, in any case\n"

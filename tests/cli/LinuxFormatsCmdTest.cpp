@@ -223,5 +223,30 @@ TEST_F(LinuxFormatsCmdTest, AHostVariableAddsFoldersAndSetsNameTheNewFormats)
     EXPECT_TRUE(QFileInfo::exists(extra + "/amp.so"));
 }
 
+TEST_F(LinuxFormatsCmdTest, DetailsLoadALadspaLibraryOnlyWhenAskedAndSurviveOneThatIsNoLibrary)
+{
+    if (!LinuxPluginFixtures::systemHas(kAmp))
+        GTEST_SKIP() << "swh-plugins is not installed";
+    const QString folder = homePath(".ladspa");
+    QDir().mkpath(folder);
+    ASSERT_TRUE(QFile::copy(kAmp, folder + "/amp.so"));
+    writeText(folder + "/fake.so", QByteArray("\x7f"
+                                              "ELF",
+                                              4));
+    // The listing never loads: it knows only the file's header.
+    EXPECT_FALSE(listed("ladspa").value("amp.so").contains("loaded"));
+
+    const ToolOutput details = tool({"details", "--format", "ladspa", "--json", "amp.so", "fake"});
+    ASSERT_EQ(details.exitCode, 0) << details.err.toStdString();
+    const QJsonArray shown = QJsonDocument::fromJson(details.out.toUtf8()).array();
+    ASSERT_EQ(shown.size(), 2);
+    QStringList ids;
+    for (const QJsonValue &plugin : shown.at(0)["loaded"].toArray())
+        ids << plugin["id"].toString();
+    EXPECT_EQ(ids, QStringList({"1048", "1049"}));
+    EXPECT_FALSE(shown.at(1)["probeError"].toString().isEmpty());
+    EXPECT_EQ(tool({"details", "--format", "ladspa", "nothing.so"}).exitCode, 1);
+}
+
 } // namespace
 } // namespace korvane
