@@ -24,7 +24,11 @@ shots="$(cd "$shots" && pwd)"
 dir="$(demo_library "$demo" e2e)"
 xvfb=""
 app=""
+silent=""
 cleanup() {
+  chattr -i "${H:-/nonexistent}/Documents" 2>/dev/null || true
+  [ -n "$silent" ] && kill "$silent" 2>/dev/null || true
+  chattr -i "${H:-/nonexistent}/Library/Preferences" 2>/dev/null || true
   [ -n "$app" ] && kill "$app" 2>/dev/null || true
   [ -n "$xvfb" ] && kill "$xvfb" 2>/dev/null || true
   rm -rf "$dir"
@@ -83,9 +87,29 @@ keys() {
   sleep 0.5
 }
 
+# An update server on the loopback that takes the request and never answers.
+python3 - "$dir/update-port" <<'EOF' &
+import os, socket, sys
+server = socket.socket()
+server.bind(("127.0.0.1", 0))
+server.listen(8)
+with open(sys.argv[1] + ".new", "w") as out:
+    out.write(str(server.getsockname()[1]))
+os.rename(sys.argv[1] + ".new", sys.argv[1])
+held = []
+while True:
+    held.append(server.accept()[0])
+EOF
+silent=$!
+for _ in $(seq 50); do
+  [ -s "$dir/update-port" ] && break
+  sleep 0.1
+done
+
 # Everything the program writes stays in the demo's folders.
 HOME="$H" XDG_CONFIG_HOME="$dir/config" XDG_CACHE_HOME="$dir/cache" \
   XDG_RUNTIME_DIR="$dir/runtime" QT_QPA_PLATFORM=xcb \
+  KORVANE_UPDATE_URL="http://127.0.0.1:$(cat "$dir/update-port")/versions.plist" \
   "$korvane" --root "$R" --home "$H" >"$dir/korvane.log" 2>&1 &
 app=$!
 mkdir -p "$dir/runtime" && chmod 700 "$dir/runtime"
@@ -117,6 +141,112 @@ else
 fi
 focus "$main"
 keys ctrl+f ctrl+a BackSpace
+
+# Check for Update against a server that never answers: a panel with Cancel, and the window
+# goes on working meanwhile (it used to freeze for the whole time-out).
+keys alt+h Return
+if panel=$(wait_for_window "Update check"); then
+  pass "Check for Update shows a panel while it waits"
+  focus "$main"
+  keys ctrl+f
+  xdotool type --delay 60 "Ember"
+  sleep 0.5
+  shot update-check-waiting root
+  focus "$panel"
+  keys Escape
+  sleep 0.5
+  if xdotool search --onlyvisible --name '^Update check$' >/dev/null 2>&1; then
+    fail "Cancel did not close the update panel"
+  else
+    pass "Cancel ended the update check"
+  fi
+else
+  fail "Check for Update showed no panel"
+fi
+focus "$main"
+keys ctrl+f ctrl+a BackSpace
+
+# All Off with a search active switches off only the rows shown; the status line says what Apply
+# will do before anyone presses it.
+keys ctrl+f
+xdotool type --delay 60 "Cinder"
+sleep 0.5
+keys alt+p Down Return
+sleep 0.5
+shot filtered-all-off "$main"
+keys alt+a
+sleep 1.5
+if [ -e "$components (Disabled)/Cinder Reverb.component" ] \
+  && [ -e "$components/Aurora Synth.component" ] && [ -e "$components/Basalt Compressor.component" ]; then
+  pass "All Off with a search switched off only the row shown"
+else
+  fail "All Off with a search reached rows the search hid"
+fi
+focus "$main"
+keys ctrl+f ctrl+a BackSpace
+
+# Quit with a mark not applied asks first; Escape (Cancel) keeps the program and the mark.
+keys ctrl+f
+xdotool type --delay 60 "Basalt"
+sleep 0.5
+keys Tab Home space
+keys ctrl+q
+sleep 1
+question=$(xdotool search --onlyvisible --name '^Korvane$' 2>/dev/null | grep -v "^$main\$" | head -n 1 || true)
+if [ -n "$question" ]; then
+  pass "Quit with a mark not applied asked first"
+  shot quit-with-marks "$question"
+  focus "$question"
+  keys Escape
+else
+  fail "Quit with a mark not applied did not ask"
+fi
+if kill -0 "$app" 2>/dev/null && [ -e "$components/Basalt Compressor.component" ]; then
+  pass "Cancel kept the program running and Basalt where it was"
+else
+  fail "Cancel did not keep the program and the mark"
+fi
+focus "$main"
+keys ctrl+z # the mark taken back: nothing left to ask about at the end
+keys ctrl+f ctrl+a BackSpace
+
+# Save As into a folder that refuses the file: the error is said, the panel comes back, and no
+# set without a file joins the pop-up (it once looked saved).
+mkdir -p "$H/Documents"
+if chattr +i "$H/Documents" 2>/dev/null; then
+  focus "$main"
+  keys alt+f Down Down Down Return # File > Save As...
+  if savepanel=$(wait_for_window Save); then
+    focus "$savepanel"
+    keys Return
+    sleep 1
+    notsaved=$(xdotool search --onlyvisible --name '^Korvane$' 2>/dev/null | grep -v "^$main\$" | head -n 1 || true)
+    if [ -n "$notsaved" ]; then
+      pass "Save As into an unwritable folder said the set was not saved"
+      shot save-as-refused "$notsaved"
+      focus "$notsaved"
+      keys Return
+    else
+      fail "Save As into an unwritable folder said nothing"
+    fi
+    if again=$(wait_for_window Save); then
+      pass "the save panel came back after the failure"
+      focus "$again"
+      keys Escape
+      sleep 0.5
+      shot after-save-panel root
+    else
+      fail "the save panel did not come back"
+    fi
+  else
+    fail "Save As showed no panel"
+  fi
+  chattr -i "$H/Documents"
+  [ -e "$H/Documents/untitled.aukorv" ] && fail "a set file appeared in the refusing folder"
+else
+  echo "skip - chattr +i not supported where the demo lives"
+fi
+focus "$main"
 
 # Preferences: the VST page's On box takes the VST tab out, and a second click brings it back.
 keys alt+w p
@@ -153,6 +283,101 @@ else
   fail "no Preferences window"
 fi
 
+# A preferences folder that cannot be written (as after one "sudo korvane"): the change is said
+# at once, with Try Again, Save Elsewhere... and Cancel.
+if chattr +i "$H/Library/Preferences" 2>/dev/null; then
+  focus "$main"
+  keys alt+w p
+  if prefwin=$(wait_for_window Preferences); then
+    focus "$prefwin"
+    shot preferences-again "$prefwin"
+    # The window opens again on the VST page: a click on its On box changes a preference.
+    xdotool mousemove --window "$prefwin" 30 83 click 1
+    sleep 1
+    alert=$(xdotool search --onlyvisible --name '^Korvane$' 2>/dev/null | grep -v "^$main\$" | head -n 1 || true)
+    if [ -n "$alert" ]; then
+      pass "an unwritable preferences folder was said at once"
+      shot unwritable-settings "$alert"
+      focus "$alert"
+      keys Escape
+    else
+      fail "a preference change into an unwritable folder said nothing"
+    fi
+    chattr -i "$H/Library/Preferences"
+    focus "$prefwin"
+    xdotool mousemove --window "$prefwin" 30 83 click 1 # VST back on, now stored
+    sleep 0.5
+    if [ "$(plist_value VSTOn)" = true ]; then pass "VSTOn stored once the folder was writable"; else fail "VSTOn not stored after the folder came back"; fi
+    xdotool key --window "$prefwin" Escape 2>/dev/null || true
+  else
+    fail "no Preferences window for the unwritable-settings case"
+  fi
+  chattr -i "$H/Library/Preferences" 2>/dev/null || true
+else
+  echo "skip - chattr +i not supported where the demo lives"
+fi
+
+# Backup and Restore Backup through the Plug-Ins menu (its last items: Backup, Restore Backup,
+# Examine Audio Unit Alone), with the Audio Units in front.
+backup="$dir/au-backup.tar.xz"
+au_folders=("$components" "$components (Disabled)" "$H/Library/Audio/Plug-Ins/Components"
+  "$H/Library/Audio/Plug-Ins/Components (Disabled)")
+au_listing() { for f in "${au_folders[@]}"; do ls -A "$f" 2>/dev/null | sed "s|^|$f/|"; done; }
+focus "$main"
+keys alt+p Up Up Up Return
+if savewin=$(wait_for_window Save); then
+  focus "$savewin"
+  keys ctrl+a
+  xdotool type --delay 20 "$backup"
+  keys Return
+  sleep 2
+  shot backup-written # the log window comes forward over the main window
+  # GNU tar reads it, remarking on the pax keyword that keeps names as bytes.
+  if [ -s "$backup" ] && tar -tJf "$backup" 2>/dev/null | grep -c '^korvane-backup/manifest.json$' >/dev/null; then
+    pass "Backup wrote an archive with its manifest"
+  else
+    fail "Backup wrote no archive at $backup"
+  fi
+else
+  fail "Backup opened no save dialog"
+fi
+before_restore="$(au_listing)"
+mkdir -p "$dir/gone"
+# Every Audio Unit goes, but Delta Delay, which stays installed (off) to be asked about.
+for f in "${au_folders[@]}"; do
+  for item in "$f"/*.component; do
+    [ -e "$item" ] || continue
+    case "$item" in */"Delta Delay.component") ;; *) mv "$item" "$dir/gone/$(basename "$f")-$(basename "$item")" ;; esac
+  done
+done
+focus "$main"
+keys alt+p Up Up Return
+if openwin=$(wait_for_window Open); then
+  focus "$openwin"
+  keys ctrl+a
+  xdotool type --delay 20 "$backup"
+  keys Return
+  sleep 2
+  shot restore-asks
+  keys Return # the default answer: keep the installed copy
+  sleep 2
+  focus "$main"
+  shot restored
+  if [ "$(au_listing)" = "$before_restore" ]; then
+    pass "Restore Backup put every Audio Unit back where it was"
+  else
+    fail "the Audio Units differ after Restore Backup"
+    diff <(echo "$before_restore") <(au_listing) || true
+  fi
+  if [ -e "$components (Disabled)/Delta Delay.component" ]; then
+    pass "the installed Delta Delay was kept"
+  else
+    fail "Delta Delay is gone after Restore Backup"
+  fi
+else
+  fail "Restore Backup opened no open dialog"
+fi
+
 # Quit through the File menu; the program writes groups and sets on its way out.
 focus "$main"
 rm -f "$support/groups.plist" "$support"/*sets.plist
@@ -173,6 +398,11 @@ fi
 for file in groups.plist ausets.plist rtassets.plist massets.plist vstsets.plist; do
   if [ -s "$support/$file" ]; then pass "$file written at quit"; else fail "$file not written at quit"; fi
 done
+if grep -q "untitled.aukorv" "$support/ausets.plist" 2>/dev/null; then
+  fail "the set that was never written is in the set list"
+else
+  pass "the set that was never written is not in the set list"
+fi
 
 # A German-speaking user: the menus and the windows they open speak German.
 HOME="$H" XDG_CONFIG_HOME="$dir/config" XDG_CACHE_HOME="$dir/cache" \

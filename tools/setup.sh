@@ -9,6 +9,7 @@ packages=(cmake g++ make pkg-config qt6-base-dev libplist-dev libgtest-dev libgm
   qt6-translations-l10n                                # Qt's own texts in the user's language
   desktop-file-utils appstream librsvg2-bin groff-base  # checks of the desktop files and man page
   fonts-dejavu-core                                    # text in offscreen window pictures
+  libarchive-dev                                       # backup archives (tar with xz)
   xvfb xdotool imagemagick                             # the real window driven in tools/gui-e2e.sh
   libserd-dev                                          # reads LV2's Turtle files
   ladspa-sdk dssi-dev                                  # ladspa.h and dssi.h for the probe; listplugins

@@ -192,10 +192,6 @@
         <translation>Ein Set gleich beim Öffnen anwenden</translation>
     </message>
     <message>
-        <source>Show message</source>
-        <translation>Meldung anzeigen</translation>
-    </message>
-    <message>
         <source>Use these plug-ins (a tab in the main window)</source>
         <translation>Diese Plug-Ins verwenden (ein Tab im Hauptfenster)</translation>
     </message>
@@ -310,10 +306,6 @@
         <translation>OK</translation>
     </message>
     <message>
-        <source>This function will be implemented in a future version</source>
-        <translation>Diese Funktion wird in einer künftigen Version verfügbar sein</translation>
-    </message>
-    <message>
         <source>----- %@ -----
 </source>
         <translation>----- %@ -----
@@ -342,20 +334,12 @@
         <translation>Das Set „%@“ existiert nicht mehr.</translation>
     </message>
     <message>
-        <source>Save changes to Set</source>
-        <translation>Änderungen am Set speichern</translation>
-    </message>
-    <message>
         <source>Save</source>
         <translation>Speichern</translation>
     </message>
     <message>
         <source>Discard</source>
         <translation>Verwerfen</translation>
-    </message>
-    <message>
-        <source>Save changes to actual Set?</source>
-        <translation>Änderungen am aktuellen Set speichern?</translation>
     </message>
     <message>
         <source>Install Files</source>
@@ -1246,6 +1230,366 @@
     <message>
         <source>%1 stays in %2: it belongs to the package %3, and Korvane changes nothing the distribution owns. To hide it, remove the package %3, or set %4 to the folders the host should search</source>
         <translation>%1 bleibt in %2: Es gehört zum Paket %3, und Korvane ändert nichts, was der Distribution gehört. Um es auszublenden, entfernen Sie das Paket %3, oder setzen Sie %4 auf die Ordner, die der Host durchsuchen soll</translation>
+    </message>
+    <message>
+        <source>KorvaneCMD was not found (looked at %1)</source>
+        <translation>KorvaneCMD wurde nicht gefunden (gesucht in %1)</translation>
+    </message>
+    <message>
+        <source>Could not save %1: %2</source>
+        <translation>%1 konnte nicht gespeichert werden: %2</translation>
+    </message>
+    <message>
+        <source>Updates of Korvane come from your distribution or vendor</source>
+        <translation>Updates von Korvane kommen von Ihrer Distribution oder Ihrem Anbieter</translation>
+    </message>
+    <message>
+        <source>This copy checks no web site for new versions. Your system&apos;s package manager, or whoever supplied Korvane, brings its updates.</source>
+        <translation>Diese Kopie fragt keine Website nach neuen Versionen. Die Paketverwaltung Ihres Systems oder wer Ihnen Korvane geliefert hat, bringt die Updates.</translation>
+    </message>
+    <message>
+        <source>Delete the group “%1”?</source>
+        <translation>Die Gruppe „%1“ löschen?</translation>
+    </message>
+    <message>
+        <source>1 plug-in is in it and will have no group.</source>
+        <translation>1 Plug-In gehört zu ihr und hat danach keine Gruppe.</translation>
+    </message>
+    <message>
+        <source>%1 plug-ins are in it and will have no group.</source>
+        <translation>%1 Plug-Ins gehören zu ihr und haben danach keine Gruppe.</translation>
+    </message>
+    <message>
+        <source>The folder %1 could not be made: %2</source>
+        <translation>Der Ordner %1 konnte nicht angelegt werden: %2</translation>
+    </message>
+    <message>
+        <source>unknown error</source>
+        <translation>unbekannter Fehler</translation>
+    </message>
+    <message>
+        <source>Saved a copy of %1 as %2; the program still reads %1, which was not changed</source>
+        <translation>Eine Kopie von %1 wurde als %2 gespeichert; das Programm liest weiterhin %1, das unverändert blieb</translation>
+    </message>
+    <message>
+        <source>“%1” could not be saved.</source>
+        <translation>„%1“ konnte nicht gespeichert werden.</translation>
+    </message>
+    <message>
+        <source>Try Again</source>
+        <translation>Erneut versuchen</translation>
+    </message>
+    <message>
+        <source>Save Elsewhere...</source>
+        <translation>Anderswo speichern …</translation>
+    </message>
+    <message>
+        <source>No plug-in is in a group</source>
+        <translation>Kein Plug-In gehört zu einer Gruppe</translation>
+    </message>
+    <message>
+        <source>Switched on at the next Apply</source>
+        <translation>Wird beim nächsten Anwenden eingeschaltet</translation>
+    </message>
+    <message>
+        <source>Switched off at the next Apply</source>
+        <translation>Wird beim nächsten Anwenden ausgeschaltet</translation>
+    </message>
+    <message>
+        <source>Changes only with administrator rights: you cannot write in its system folder</source>
+        <translation>Nur mit Administratorrechten änderbar: Sie können in seinen Systemordner nicht schreiben</translation>
+    </message>
+    <message>
+        <source>Checking for updates...</source>
+        <translation>Suche nach Updates …</translation>
+    </message>
+    <message>
+        <source>Switch On 1 Plug-In</source>
+        <translation>1 Plug-In einschalten</translation>
+    </message>
+    <message>
+        <source>Switch Off 1 Plug-In</source>
+        <translation>1 Plug-In ausschalten</translation>
+    </message>
+    <message>
+        <source>Switch On %1 Plug-Ins</source>
+        <translation>%1 Plug-Ins einschalten</translation>
+    </message>
+    <message>
+        <source>Switch Off %1 Plug-Ins</source>
+        <translation>%1 Plug-Ins ausschalten</translation>
+    </message>
+    <message>
+        <source>Switch on %1 plug-ins?</source>
+        <translation>%1 Plug-Ins einschalten?</translation>
+    </message>
+    <message>
+        <source>Switch off %1 plug-ins?</source>
+        <translation>%1 Plug-Ins ausschalten?</translation>
+    </message>
+    <message>
+        <source>Switch on %1 plug-ins, %2 of them not shown?</source>
+        <translation>%1 Plug-Ins einschalten, davon %2 nicht angezeigt?</translation>
+    </message>
+    <message>
+        <source>Switch off %1 plug-ins, %2 of them not shown?</source>
+        <translation>%1 Plug-Ins ausschalten, davon %2 nicht angezeigt?</translation>
+    </message>
+    <message>
+        <source>They move at the next Apply; Undo takes the marks back.</source>
+        <translation>Sie werden beim nächsten Anwenden verschoben; „Widerrufen“ nimmt die Markierungen zurück.</translation>
+    </message>
+    <message>
+        <source>Switch On</source>
+        <translation>Einschalten</translation>
+    </message>
+    <message>
+        <source>Switch Off</source>
+        <translation>Ausschalten</translation>
+    </message>
+    <message>
+        <source>1 change: %1 off, %2 on</source>
+        <translation>1 Änderung: %1 aus, %2 ein</translation>
+    </message>
+    <message>
+        <source>%1 changes: %2 off, %3 on</source>
+        <translation>%1 Änderungen: %2 aus, %3 ein</translation>
+    </message>
+    <message>
+        <source>%1 system plug-ins change only with administrator rights</source>
+        <translation>%1 System-Plug-Ins sind nur mit Administratorrechten änderbar</translation>
+    </message>
+    <message>
+        <source>version %1</source>
+        <translation>Version %1</translation>
+    </message>
+    <message>
+        <source>version %1 (%2)</source>
+        <translation>Version %1 (%2)</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <translation>%1 (%2)</translation>
+    </message>
+    <message>
+        <source>“%1” is already installed</source>
+        <translation>„%1“ ist bereits installiert</translation>
+    </message>
+    <message>
+        <source>Installed: %1
+Dropped: %2
+
+Replace puts the installed copies in the trash; Keep Both installs the dropped one switched off.</source>
+        <translation>Installiert: %1
+Abgelegt: %2
+
+„Ersetzen“ legt die installierten Kopien in den Papierkorb; „Beide behalten“ installiert die abgelegte ausgeschaltet.</translation>
+    </message>
+    <message>
+        <source>Keep Both</source>
+        <translation>Beide behalten</translation>
+    </message>
+    <message>
+        <source>%1 not installed: %2 could not go to the trash: %3
+</source>
+        <translation>%1 nicht installiert: %2 konnte nicht in den Papierkorb: %3
+</translation>
+    </message>
+    <message>
+        <source>%1 was replaced and is now in the trash: %2
+</source>
+        <translation>%1 wurde ersetzt und liegt jetzt im Papierkorb: %2
+</translation>
+    </message>
+    <message>
+        <source>%1 not installed: %2
+</source>
+        <translation>%1 nicht installiert: %2
+</translation>
+    </message>
+    <message>
+        <source>and %1 more</source>
+        <translation>und %1 weitere</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>%1 stays in %2: %3
+</source>
+        <translation>%1 bleibt in %2: %3
+</translation>
+    </message>
+    <message>
+        <source>%1 of %2 system plug-ins could not be moved</source>
+        <translation>%1 von %2 System-Plug-Ins konnten nicht verschoben werden</translation>
+    </message>
+    <message>
+        <source>System plug-ins not moved: %1
+</source>
+        <translation>System-Plug-Ins nicht verschoben: %1
+</translation>
+    </message>
+    <message>
+        <source>Administrator rights are needed to switch %1 system plug-ins</source>
+        <translation>Um %1 System-Plug-Ins umzuschalten, sind Administratorrechte nötig</translation>
+    </message>
+    <message>
+        <source>Korvane can copy the %1 to be switched on into your own plug-in folder instead, where they are on for you alone. The system folders stay as they are.</source>
+        <translation>Korvane kann stattdessen die %1 einzuschaltenden in Ihren eigenen Plug-In-Ordner kopieren, wo sie nur für Sie eingeschaltet sind. Die Systemordner bleiben, wie sie sind.</translation>
+    </message>
+    <message>
+        <source>Leave Them</source>
+        <translation>So lassen</translation>
+    </message>
+    <message>
+        <source>Copy to My Folder</source>
+        <translation>In meinen Ordner kopieren</translation>
+    </message>
+    <message>
+        <source>System plug-ins not switched: %1
+</source>
+        <translation>System-Plug-Ins nicht umgeschaltet: %1
+</translation>
+    </message>
+    <message>
+        <source>Copied %1 to %2
+</source>
+        <translation>%1 nach %2 kopiert
+</translation>
+    </message>
+    <message>
+        <source>1 change not applied</source>
+        <translation>1 Änderung nicht angewendet</translation>
+    </message>
+    <message>
+        <source>%1 changes not applied</source>
+        <translation>%1 Änderungen nicht angewendet</translation>
+    </message>
+    <message>
+        <source>Apply moves the marked %1 plug-ins now; Discard forgets the marks.</source>
+        <translation>„Anwenden“ verschiebt die markierten %1-Plug-Ins jetzt; „Verwerfen“ vergisst die Markierungen.</translation>
+    </message>
+    <message>
+        <source>Apply</source>
+        <translation>Anwenden</translation>
+    </message>
+    <message>
+        <source>Save changes to the set “%1”?</source>
+        <translation>Änderungen am Set „%1“ speichern?</translation>
+    </message>
+    <message>
+        <source>Don&apos;t Save</source>
+        <translation>Nicht speichern</translation>
+    </message>
+    <message>
+        <source>The set “%1” was not saved</source>
+        <translation>Das Set „%1“ wurde nicht gespeichert</translation>
+    </message>
+    <message>
+        <source>Korvane %1</source>
+        <translation>Korvane %1</translation>
+    </message>
+    <message>
+        <source>It is not a Korvane backup.</source>
+        <translation>Es ist keine Sicherung von Korvane.</translation>
+    </message>
+    <message>
+        <source>Its list of plug-ins is damaged.</source>
+        <translation>Ihre Liste der Plug-Ins ist beschädigt.</translation>
+    </message>
+    <message>
+        <source>Backing up %1</source>
+        <translation>%1 wird gesichert</translation>
+    </message>
+    <message>
+        <source>Restoring %1</source>
+        <translation>%1 wird wiederhergestellt</translation>
+    </message>
+    <message>
+        <source>Checking the backup</source>
+        <translation>Die Sicherung wird geprüft</translation>
+    </message>
+    <message>
+        <source>It is a backup of another format (%1).</source>
+        <translation>Es ist eine Sicherung eines anderen Formats (%1).</translation>
+    </message>
+    <message>
+        <source>Unpacking the plug-ins</source>
+        <translation>Die Plug-Ins werden entpackt</translation>
+    </message>
+    <message>
+        <source>Putting the plug-ins back</source>
+        <translation>Die Plug-Ins werden zurückgelegt</translation>
+    </message>
+    <message>
+        <source>%1 Backup %2.tar.xz</source>
+        <translation>%1 Sicherung %2.tar.xz</translation>
+    </message>
+    <message>
+        <source>The backup could not be written</source>
+        <translation>Die Sicherung konnte nicht geschrieben werden</translation>
+    </message>
+    <message>
+        <source>Nothing was written to &quot;%1&quot;.</source>
+        <translation>Unter „%1“ wurde nichts geschrieben.</translation>
+    </message>
+    <message>
+        <source>%1 plug-ins backed up to %2
+</source>
+        <translation>%1 Plug-Ins gesichert in %2
+</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is installed already</source>
+        <translation>„%1“ ist bereits installiert</translation>
+    </message>
+    <message>
+        <source>Replace puts the installed copy at &quot;%1&quot; in the trash and the saved one in its place.</source>
+        <translation>„Ersetzen“ legt die installierte Kopie unter „%1“ in den Papierkorb und die gesicherte an ihre Stelle.</translation>
+    </message>
+    <message>
+        <source>Keep Installed</source>
+        <translation>Installierte behalten</translation>
+    </message>
+    <message>
+        <source>Restored %1
+</source>
+        <translation>%1 wiederhergestellt
+</translation>
+    </message>
+    <message>
+        <source>Kept the installed %1
+</source>
+        <translation>Installiertes %1 behalten
+</translation>
+    </message>
+    <message>
+        <source>The backup was not restored</source>
+        <translation>Die Sicherung wurde nicht wiederhergestellt</translation>
+    </message>
+    <message>
+        <source>Not everything could be restored</source>
+        <translation>Nicht alles konnte wiederhergestellt werden</translation>
+    </message>
+    <message>
+        <source>Left out of the backup (neither a file, a folder nor a link inside its plug-in): %1</source>
+        <translation>Nicht in der Sicherung (weder Datei noch Ordner noch ein Link innerhalb seines Plug-Ins): %1</translation>
+    </message>
+    <message>
+        <source>Left out of the backup: %1 plug-ins in the distribution&apos;s folders, which its package manager restores</source>
+        <translation>Nicht in der Sicherung: %1 Plug-Ins in den Ordnern der Distribution, die ihre Paketverwaltung wiederherstellt</translation>
+    </message>
+    <message>
+        <source>%1: its folder %2 is not one of the format&apos;s folders</source>
+        <translation>%1: Sein Ordner %2 ist keiner der Ordner des Formats</translation>
+    </message>
+    <message>
+        <source>%1 plug-ins in the distribution&apos;s folders stay as they are: its package manager owns them
+</source>
+        <translation>%1 Plug-Ins in den Ordnern der Distribution bleiben, wie sie sind: Sie gehören ihrer Paketverwaltung
+</translation>
     </message>
 </context>
 </TS>

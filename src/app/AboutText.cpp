@@ -9,7 +9,8 @@
 namespace korvane {
 
 namespace {
-// Where the "info" resource may lie, most specific first; there is no application bundle.
+// Where the "info" resource may lie, most specific first; there is no application bundle. The
+// build puts a copy beside the program, so a run from the build tree finds it too.
 QStringList resourceCandidates()
 {
     const QString fileName = QStringLiteral("info.rtf");
@@ -25,6 +26,11 @@ QStringList resourceCandidates()
     return candidates;
 }
 } // namespace
+
+QString AboutText::version()
+{
+    return QStringLiteral(KORVANE_VERSION);
+}
 
 void AboutText::open()
 {

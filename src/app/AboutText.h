@@ -9,6 +9,8 @@ class AboutText {
 public:
     void open(); // reads the text afresh
     QString html() const { return m_html; }
+    // The program's version, as --version and the about panel show it: "1.2".
+    static QString version();
 
 private:
     QString m_html;

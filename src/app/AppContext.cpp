@@ -34,7 +34,8 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
     m_pref = std::make_unique<Preferences>(*m_main); // runs seedDefaults
     m_missingItems = std::make_unique<MissingItemsPrompt>(*m_ui);
     m_authorization = std::make_unique<Authorization>(*m_authorizationBackend, *m_ui);
-    const ManagerParts managerParts{*m_main, *m_pref, *m_missingItems, *m_authorization};
+    const ManagerParts managerParts{*m_main, *m_pref, *m_missingItems, *m_authorization,
+                                    parts.rights};
     for (const Format &format : m_formats) {
         m_managers.push_back(std::make_unique<FormatManager>(format, managerParts));
         m_managerList << m_managers.back().get();

@@ -20,6 +20,7 @@ class InfoPanelModel;
 class LaunchScript;
 class MissingItemsPrompt;
 class Preferences;
+class RightsMover;
 class UserInterface;
 
 // Builds every controller of one run of the program from explicit parts, wires them to one
@@ -34,6 +35,8 @@ public:
         UserInterface *ui = nullptr;                   // default: nobody there to answer
         AuthorizationBackend *authorization = nullptr; // default: polkit where it helps
         bool prepareWindow = true;                     // run the window-load steps at once
+        // The window's: system moves that need rights go through it (HelperRights).
+        RightsMover *rights = nullptr;
     };
 
     explicit AppContext(Parts parts);

@@ -7,6 +7,7 @@
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/FormatManager.h"
+#include "library/UnsavedWork.h"
 #include "os/FileOperations.h"
 
 namespace korvane {
@@ -41,6 +42,33 @@ void AppController::setControllers(Preferences *pref, const QList<FormatManager 
     m_managers = managers;
     connect(pref, &Preferences::architectureColumnRequested, this,
             &AppController::showArchitectureColumn, Qt::UniqueConnection);
+    connect(this, &AppServices::groupRemoved, this, &AppController::renumberGroups,
+            Qt::UniqueConnection);
+}
+
+int AppController::groupMemberCount(int position) const
+{
+    int count = 0;
+    for (const FormatManager *manager : m_managers)
+        for (const PluginPtr &item : manager->items())
+            count += item->groupId() == position ? 1 : 0;
+    return count;
+}
+
+void AppController::renumberGroups(int position)
+{
+    for (FormatManager *manager : std::as_const(m_managers)) {
+        QList<int> rows;
+        for (int row = 0; row < manager->rowCount(); ++row) {
+            const PluginPtr item = manager->itemAt(row);
+            if (item->groupId() < position)
+                continue;
+            item->groupRemoved(position);
+            rows << row;
+        }
+        if (!rows.isEmpty())
+            emit manager->itemsChanged(rows);
+    }
 }
 
 FormatManager *AppController::managerOf(int type) const
@@ -241,8 +269,18 @@ FormatManager *AppController::activeManager() const
 
 void AppController::newSet()
 {
-    if (FormatManager *manager = managerByIdentifier())
+    // A new set starts from the disk: marks and set edits would go without a word.
+    if (FormatManager *manager = managerByIdentifier(); manager && UnsavedWork::settle(*manager))
         manager->newSet();
+}
+
+bool AppController::settleUnsavedWork()
+{
+    for (FormatManager *manager : std::as_const(m_managers)) {
+        if (manager && manager->hasScanned() && !UnsavedWork::settle(*manager))
+            return false;
+    }
+    return true;
 }
 
 void AppController::openSet()

@@ -64,6 +64,10 @@ public:
 
     // --- Commands routed by the selected tab's identifier ----------------------------------------
     void newSet();
+    // Before quitting: every scanned format's set edits and marks saved, applied or let go;
+    // false when the person cancelled.
+    bool settleUnsavedWork();
+    int groupMemberCount(int position) const override;
     void openSet();
     void saveSet();
     void saveSetAs();
@@ -95,6 +99,8 @@ signals:
     void selectedTabChanged(int index);
 
 private:
+    // Members of the group removed at position have none; later groups move up by one.
+    void renumberGroups(int position);
     struct TabItem {
         QString identifier;
         QString label;

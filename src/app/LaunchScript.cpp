@@ -76,17 +76,49 @@ LaunchScript::Layout LaunchScript::platformLayout()
 #endif
 }
 
+QStringList LaunchScript::toolCandidates()
+{
+    // Installed, the two programs share a folder; in a build tree the window sits in src/gui and
+    // the tool in src.
+    QStringList candidates;
+    if (QCoreApplication::instance()) {
+        const QString here = QCoreApplication::applicationDirPath();
+        candidates << here + QStringLiteral("/KorvaneCMD")
+                   << QDir::cleanPath(here + QStringLiteral("/../KorvaneCMD"));
+    }
+#ifdef KORVANE_TOOL_INSTALLED
+    candidates << QStringLiteral(KORVANE_TOOL_INSTALLED);
+#endif
+    return candidates;
+}
+
 QString LaunchScript::toolPath() const
 {
-    QString tool = m_toolPath;
-    if (tool.isEmpty() && m_layout == Layout::AppleScript)
-        tool = bundlePath() + QStringLiteral("/Contents/MacOS/KorvaneCMD/KorvaneCMD");
-    else if (tool.isEmpty() && QCoreApplication::instance())
-        tool = QCoreApplication::applicationDirPath() + QStringLiteral("/KorvaneCMD");
-    else if (tool.isEmpty())
-        tool = QStringLiteral("KorvaneCMD");
-    // The script may run from any folder.
-    return QFileInfo(tool).absoluteFilePath();
+    if (!m_toolPath.isEmpty())
+        return QFileInfo(m_toolPath).absoluteFilePath();
+    if (m_layout == Layout::AppleScript)
+        return QFileInfo(bundlePath() + QStringLiteral("/Contents/MacOS/KorvaneCMD/KorvaneCMD"))
+            .absoluteFilePath();
+    for (const QString &candidate : toolCandidates()) {
+        const QFileInfo tool(candidate);
+        if (tool.isFile() && tool.isExecutable())
+            return tool.canonicalFilePath(); // the script may run from any folder
+    }
+    return QString();
+}
+
+QString LaunchScript::toolProblem() const
+{
+    const QString tool = toolPath();
+    const QFileInfo info(tool);
+    // The AppleScript names the tool inside the bundle it is copied with.
+    if (m_layout == Layout::AppleScript && m_toolPath.isEmpty())
+        return QString();
+    if (!tool.isEmpty() && info.isFile() && info.isExecutable())
+        return QString();
+    const QStringList looked = m_toolPath.isEmpty() ? toolCandidates() : QStringList{tool};
+    return korvane::tr("KorvaneCMD was not found (looked at %1)")
+        .arg(looked.join(QStringLiteral(", ")));
 }
 
 void LaunchScript::setHostCommand(const QString &commandLine)
@@ -246,8 +278,11 @@ void LaunchScript::rebuild()
 
 void LaunchScript::build(bool tell)
 {
-    // Always AU, RTAS, MAS, VST, whatever order the formats were chosen in.
-    QStringList arguments;
+    // The library the window shows, not whatever the tool would find by default.
+    const Roots &roots = m_services.locations().roots();
+    QStringList arguments = {QStringLiteral("--root"), roots.systemRoot, QStringLiteral("--home"),
+                             roots.home};
+    // Then always AU, RTAS, MAS, VST, whatever order the formats were chosen in.
     bool deselected = false;
     for (int type = 0; type < m_selectedFormats.size(); ++type) {
         if (!m_selectedFormats.at(type))
@@ -270,22 +305,29 @@ void LaunchScript::build(bool tell)
         deselected = true;
     }
 
-    m_script = m_layout == Layout::AppleScript ? appleScript(toolPath(), arguments)
-                                               : shellScript(toolPath(), arguments, m_hostCommand);
+    const QString tool = toolPath().isEmpty() ? QStringLiteral("KorvaneCMD") : toolPath();
+    m_script = m_layout == Layout::AppleScript ? appleScript(tool, arguments)
+                                               : shellScript(tool, arguments, m_hostCommand);
+    if (const QString problem = toolProblem(); !problem.isEmpty())
+        m_script.insert(m_script.indexOf(QLatin1Char('\n')) + 1,
+                        (m_layout == Layout::Shell ? QStringLiteral("# ") : QStringLiteral("-- "))
+                            + problem + QLatin1Char('\n'));
     if (deselected)
         emit selectedFormatsChanged();
     emit scriptChanged();
 }
 
-bool LaunchScript::refuseBrokenHost()
+bool LaunchScript::refuseBrokenScript()
 {
-    const QString problem = m_layout == Layout::Shell ? hostCommandProblem() : QString();
+    QString problem = toolProblem();
+    if (problem.isEmpty() && m_layout == Layout::Shell)
+        problem = korvane::tr(hostCommandProblem().toUtf8().constData());
     if (problem.isEmpty())
         return false;
     Alert alert;
     alert.title = korvane::tr("Scrip Generation");
     alert.messageText = korvane::tr("Script not saved");
-    alert.informativeText = korvane::tr(problem.toUtf8().constData());
+    alert.informativeText = problem;
     alert.buttons = {korvane::tr("Ok")};
     m_services.ui().runAlert(alert);
     return true;
@@ -293,7 +335,7 @@ bool LaunchScript::refuseBrokenHost()
 
 void LaunchScript::saveScript()
 {
-    if (refuseBrokenHost())
+    if (refuseBrokenScript())
         return;
     SavePanelRequest request;
     request.directory = m_services.locations().documentsFolder();
@@ -305,11 +347,19 @@ void LaunchScript::saveScript()
 
 void LaunchScript::saveScript(const QString &path)
 {
-    if (refuseBrokenHost())
+    if (refuseBrokenScript())
         return;
-    // A failure is not reported; a half-written script is never left behind.
-    if (!m_services.files().writeFileAtomically(path, m_script.toUtf8()))
+    // A half-written script is never left behind.
+    FileError error;
+    if (!m_services.files().writeFileAtomically(path, m_script.toUtf8(), &error)) {
+        Alert alert;
+        alert.title = korvane::tr("Scrip Generation");
+        alert.messageText = korvane::tr("Script not saved");
+        alert.informativeText = korvane::tr("Could not save %1: %2").arg(path, error.reason);
+        alert.buttons = {korvane::tr("Ok")};
+        m_services.ui().runAlert(alert);
         return;
+    }
     if (m_layout == Layout::Shell) {
         const QFileDevice::Permissions readable = QFile::permissions(path);
         QFileDevice::Permissions permissions = readable;

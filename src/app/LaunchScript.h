@@ -40,8 +40,13 @@ public:
     Layout layout() const { return m_layout; }
     void setLayout(Layout layout) { m_layout = layout; }
     // The KorvaneCMD the script runs, absolute: the one set here, else the one inside the bundle
-    // (AppleScript) or beside the running program (shell).
+    // (AppleScript), else the first of toolCandidates that is a program, its links resolved;
+    // empty when none is.
     QString toolPath() const;
+    // Beside the running program, in the build tree beside its folder, installed.
+    static QStringList toolCandidates();
+    // Why no script can be saved for want of the tool; empty when it is there.
+    QString toolProblem() const;
     void setToolPath(const QString &path) { m_toolPath = path; }
     // The shell script's host: a command line run once the sets are applied; empty applies only.
     QString hostCommand() const { return m_hostCommand; }
@@ -70,8 +75,9 @@ signals:
 
 private:
     void build(bool tell);
-    // Tells the person that a script with a broken host command line is not saved; true then.
-    bool refuseBrokenHost();
+    // Tells the person that a script without its tool or with a broken host command line is not
+    // saved; true then.
+    bool refuseBrokenScript();
 
     AppServices &m_services;
     QList<FormatManager *> m_managers;

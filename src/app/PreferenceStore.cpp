@@ -154,7 +154,9 @@ void PreferenceStore::setValues(const QList<QPair<QString, QVariant>> &values)
             map.remove(key);
     }
     const bool free = keepIfDamaged();
-    if (free) {
+    if (free && m_log) {
+        m_log->dataFileSaver().write(m_path, PropertyList::toXml(map));
+    } else if (free) {
         createFolders(QFileInfo(m_path).absolutePath());
         PropertyList::writeXml(m_files, m_path, map);
     }

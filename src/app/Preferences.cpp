@@ -69,7 +69,6 @@ void Preferences::seedDefaults()
 
     QList<QPair<QString, QVariant>> seed;
     for (const Format &f : m_formats) {
-        seed.append({f.preferenceKey("ShowMessage"), false});
         seed.append({f.preferenceKey("ActivateAfterLoading"), false});
         seed.append({f.preferenceKey("DefaultSet"), QString(QLatin1String(""))});
         seed.append({f.preferenceKey("On"), isOnByDefault(f)});
@@ -96,7 +95,6 @@ void Preferences::loadForm()
     form.checkForUpdates = m_store->boolValue(kCheckAtStartup);
     for (const Format &f : m_formats) {
         PreferencesPage &c = form.pages[f.type];
-        c.showMessage = m_store->boolValue(f.preferenceKey("ShowMessage"));
         c.activateAfterLoading = m_store->boolValue(f.preferenceKey("ActivateAfterLoading"));
         c.on = m_store->boolValue(f.preferenceKey("On"));
         c.showContent = m_store->boolValue(f.preferenceKey("ShowContent"));
@@ -121,7 +119,6 @@ void Preferences::storeForm()
     QList<QPair<QString, QVariant>> values{{kCheckAtStartup, form.checkForUpdates}};
     for (const Format &f : m_formats) {
         const PreferencesPage &c = form.pages[f.type];
-        values.append({f.preferenceKey("ShowMessage"), c.showMessage});
         values.append({f.preferenceKey("ActivateAfterLoading"), c.activateAfterLoading});
         values.append({f.preferenceKey("DefaultSet"),
                        c.defaultSet.isNull() ? QString(QLatin1String("")) : c.defaultSet});
@@ -194,6 +191,11 @@ bool Preferences::scansSubfolders(int type) const
     // Audio Units are never scanned below the top level of their folders.
     const Format *format = m_formats.find(type);
     return format && format->scansSubfolders && boolForType(type, "ScanSubfolders");
+}
+
+bool Preferences::checksForUpdatesAtStartup() const
+{
+    return m_store->boolValue(kCheckAtStartup);
 }
 
 int Preferences::defaultType() const

@@ -18,7 +18,6 @@ struct Format;
 // One format's page of the preferences window, as the store holds it once storeForm ran.
 struct PreferencesPage {
     QString defaultSet;
-    bool showMessage = false;
     bool activateAfterLoading = false;
     bool on = false;
     bool showContent = false;
@@ -65,6 +64,7 @@ public:
     int defaultType() const;
     void setDefaultType(int type);
     int selectedTab() const { return form.selectedTab; }
+    bool checksForUpdatesAtStartup() const;
 
     PreferenceStore *store() { return m_store.get(); }
     PreferencesForm form;

@@ -10,17 +10,19 @@
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QTimer>
+#include <utility>
 
 namespace korvane {
 
 namespace {
 
-// Packagers may point the check elsewhere when building; tests do so through the environment.
+// Packagers who publish their own releases configure the addresses when building; tests set them
+// through the environment. Without one nothing is asked.
 #ifndef KORVANE_VERSION_LIST_URL
-#define KORVANE_VERSION_LIST_URL "https://www.velmora.example/korvane/versions.plist"
+#define KORVANE_VERSION_LIST_URL ""
 #endif
 #ifndef KORVANE_DOWNLOAD_PAGE_URL
-#define KORVANE_DOWNLOAD_PAGE_URL "https://www.velmora.example/korvane/download.html"
+#define KORVANE_DOWNLOAD_PAGE_URL ""
 #endif
 
 // The longest version the newer-version panel shows before cutting it short.
@@ -46,51 +48,94 @@ QString UpdateCheck::programVersion()
     return QStringLiteral(KORVANE_VERSION);
 }
 
-std::optional<QVariantMap> UpdateCheck::fetchVersionList() const
+UpdateCheck::~UpdateCheck()
 {
-    // Without an application object there is no event loop to carry the request.
-    if (!QCoreApplication::instance() || !m_versionListUrl.isValid())
-        return std::nullopt;
+    cancel();
+}
 
-    QNetworkAccessManager network;
-    QNetworkRequest request(m_versionListUrl);
-    QNetworkReply *reply = network.get(request);
+void UpdateCheck::start(Done done)
+{
+    cancel();
+    m_done = std::move(done);
+    m_body.clear();
+    m_tooLong = false;
+    // Without an application object there is no event loop to carry the request.
+    if (!QCoreApplication::instance() || !isConfigured()) {
+        std::exchange(m_done, nullptr)(std::nullopt);
+        return;
+    }
+    if (!m_network)
+        m_network = std::make_unique<QNetworkAccessManager>();
+    QNetworkReply *reply = m_network->get(QNetworkRequest(m_versionListUrl));
+    m_reply = reply;
     // The reply is taken in as it arrives, so what is held never grows past the limit by more
     // than one piece, and a longer one is cut off there.
     reply->setReadBufferSize(MaxReplyBytes);
-    QByteArray body;
-    bool tooLong = false;
-    const auto take = [reply, &body, &tooLong] {
-        if (tooLong)
+    const auto take = [this, reply] {
+        if (m_tooLong)
             return;
-        body += reply->read(MaxReplyBytes + 1 - body.size());
-        if (body.size() > MaxReplyBytes
+        m_body += reply->read(MaxReplyBytes + 1 - m_body.size());
+        if (m_body.size() > MaxReplyBytes
             || reply->header(QNetworkRequest::ContentLengthHeader).toLongLong() > MaxReplyBytes) {
-            tooLong = true;
-            body.clear();
+            m_tooLong = true;
+            m_body.clear();
             reply->abort();
         }
     };
-
-    QEventLoop loop;
-    QTimer deadline;
-    deadline.setSingleShot(true);
-    QObject::connect(reply, &QNetworkReply::readyRead, &loop, take);
-    QObject::connect(reply, &QNetworkReply::metaDataChanged, &loop, take);
-    QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
-    QObject::connect(&deadline, &QTimer::timeout, reply, &QNetworkReply::abort);
-    deadline.start(m_timeoutMs);
-    if (!reply->isFinished())
-        loop.exec(QEventLoop::ExcludeUserInputEvents);
-    deadline.stop();
-
-    std::optional<QVariantMap> result;
-    if (!tooLong && reply->error() == QNetworkReply::NoError) {
+    QObject::connect(reply, &QNetworkReply::readyRead, reply, take);
+    QObject::connect(reply, &QNetworkReply::metaDataChanged, reply, take);
+    QObject::connect(reply, &QNetworkReply::finished, reply, [this, take] {
         take();
-        if (!tooLong)
-            result = parseVersionList(body);
+        finish();
+    });
+    auto *deadline = new QTimer(reply); // goes with the reply
+    deadline->setSingleShot(true);
+    QObject::connect(deadline, &QTimer::timeout, reply, &QNetworkReply::abort);
+    deadline->start(m_timeoutMs);
+}
+
+void UpdateCheck::finish()
+{
+    QNetworkReply *reply = m_reply;
+    std::optional<QVariantMap> result;
+    if (reply && !m_tooLong && reply->error() == QNetworkReply::NoError)
+        result = parseVersionList(m_body);
+    m_reply = nullptr;
+    if (reply)
+        reply->deleteLater();
+    if (Done done = std::exchange(m_done, nullptr))
+        done(result);
+}
+
+void UpdateCheck::cancel()
+{
+    m_done = nullptr;
+    if (QNetworkReply *reply = m_reply) {
+        m_reply = nullptr;
+        reply->disconnect();
+        reply->abort();
+        reply->deleteLater();
     }
-    return result; // the reply goes with its manager
+}
+
+bool UpdateCheck::isRunning() const
+{
+    return !m_reply.isNull();
+}
+
+std::optional<QVariantMap> UpdateCheck::fetchVersionList()
+{
+    std::optional<QVariantMap> result;
+    QEventLoop loop;
+    bool done = false;
+    start([&](const std::optional<QVariantMap> &list) {
+        result = list;
+        done = true;
+        loop.quit();
+    });
+    if (!done)
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    return result;
 }
 
 std::optional<QVariantMap> UpdateCheck::parseVersionList(const QByteArray &body)
@@ -113,12 +158,30 @@ QString UpdateCheck::shownVersion(const QString &version)
     return version.left(cut) + QChar(0x2026);
 }
 
-void UpdateCheck::run()
+void UpdateCheck::run(Asked asked)
 {
-    report(fetchVersionList());
+    if (!isConfigured()) {
+        if (asked == Asked::ByPerson)
+            reportNotConfigured();
+        return;
+    }
+    report(fetchVersionList(), asked);
 }
 
-void UpdateCheck::report(const std::optional<QVariantMap> &list)
+void UpdateCheck::reportNotConfigured()
+{
+    Alert alert;
+    alert.title = korvane::tr("Update check");
+    alert.messageText = korvane::tr("Updates of Korvane come from your distribution or vendor");
+    alert.informativeText =
+        korvane::tr("This copy checks no web site for new versions. Your system's package "
+                    "manager, or whoever supplied Korvane, brings its updates.");
+    alert.buttons = {korvane::tr("OK")};
+    alert.style = Alert::Informational;
+    m_ui.runAlert(alert);
+}
+
+void UpdateCheck::report(const std::optional<QVariantMap> &list, Asked asked)
 {
     const auto ask = [this](const QString &title, const QString &text, const QStringList &buttons) {
         Alert alert;
@@ -127,7 +190,10 @@ void UpdateCheck::report(const std::optional<QVariantMap> &list)
         alert.buttons = buttons;
         return m_ui.runAlert(alert);
     };
+    const bool quiet = asked == Asked::AtStartup;
     if (!list) {
+        if (quiet) // a laptop started offline need not hear of it
+            return;
         ask(korvane::tr("Update check"), korvane::tr("Could not connect to the internet"),
             {korvane::tr("Ok")});
         return;
@@ -136,6 +202,8 @@ void UpdateCheck::report(const std::optional<QVariantMap> &list)
     const QVariant listed = list->value(QLatin1String(VersionKey));
     // Exact string equality: "1.2.0" is not "1.2", and a number is never the installed string.
     if (listed.typeId() == QMetaType::QString && listed.toString() == m_installedVersion) {
+        if (quiet)
+            return;
         ask(korvane::tr("Your Software is up-to-date"),
             korvane::tr("You have the most recent version of \"Korvane\"."), {korvane::tr("OK")});
         return;

@@ -1,6 +1,7 @@
 #include "cli/CliRunner.h"
 
 #include "app/AppContext.h"
+#include "cli/BackupCommands.h"
 #include "cli/CliSession.h"
 #include "cli/MoveReport.h"
 #include "cli/NameList.h"
@@ -391,6 +392,10 @@ int CliRunner::run(const Options &options)
         return showSet(session, options);
     case Options::Details:
         return details(session, options);
+    case Options::Backup:
+        return backupCommand(session, options, m_out, m_err);
+    case Options::Restore:
+        return restoreCommand(session, options, m_out, m_err);
     default:
         return ExitUsage;
     }

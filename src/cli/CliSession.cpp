@@ -93,7 +93,7 @@ AppContext &CliSession::controllers()
         parts.formats = withRunFolders(FormatTable::builtIn(), m_roots, m_roots.pluginPaths);
         parts.files = &files();
         parts.ui = &m_ui;
-        // Nothing depends on the activation right, and a prompt would hang a launch script.
+        // A polkit prompt would hang a launch script: the tool asks for no rights.
         parts.authorization = m_authorization.get();
         parts.prepareWindow = false;
         m_context = std::make_unique<AppContext>(std::move(parts));
@@ -119,7 +119,7 @@ bool CliSession::isReadOnly(const Options &options)
 {
     return options.check || options.command == Options::List
            || options.command == Options::Duplicates || options.command == Options::ShowSet
-           || options.command == Options::Details;
+           || options.command == Options::Details || options.command == Options::Backup;
 }
 
 QStringList CliSession::notices() const

@@ -20,6 +20,7 @@ constexpr CommandWord kCommands[] = {
     {"disable", Options::Disable},  {"duplicates", Options::Duplicates},
     {"save-set", Options::SaveSet}, {"show-set", Options::ShowSet},
     {"apply", Options::ApplyList},  {"details", Options::Details},
+    {"backup", Options::Backup},    {"restore", Options::Restore},
 };
 
 // The options of the plain-list apply: each names plug-ins or a file of names.
@@ -53,17 +54,18 @@ std::optional<int> setOptionType(const FormatTable &formats, const QString &arg)
 bool takesValue(const FormatTable &formats, const QString &name)
 {
     return name == QLatin1String("--root") || name == QLatin1String("--home")
-           || name == QLatin1String("--format") || kListOptions.contains(name)
-           || setOptionType(formats, name).has_value();
+           || name == QLatin1String("--format") || name == QLatin1String("--to")
+           || kListOptions.contains(name) || setOptionType(formats, name).has_value();
 }
 
 bool isKnownOption(const FormatTable &formats, const QString &arg)
 {
     const QString name = arg.section(QLatin1Char('='), 0, 0);
-    static const QStringList flags{
-        QStringLiteral("--json"),  QStringLiteral("--verbose"), QStringLiteral("-v"),
-        QStringLiteral("--help"),  QStringLiteral("-h"),        QStringLiteral("--version"),
-        QStringLiteral("--check"), QStringLiteral("--only"),    QStringLiteral("--")};
+    static const QStringList flags{QStringLiteral("--json"),    QStringLiteral("--verbose"),
+                                   QStringLiteral("-v"),        QStringLiteral("--help"),
+                                   QStringLiteral("-h"),        QStringLiteral("--version"),
+                                   QStringLiteral("--check"),   QStringLiteral("--only"),
+                                   QStringLiteral("--replace"), QStringLiteral("--")};
     return flags.contains(arg) || takesValue(formats, name);
 }
 
@@ -117,6 +119,8 @@ private:
             m_options.verbose = true;
         } else if (arg == QLatin1String("--check")) {
             m_options.check = true;
+        } else if (arg == QLatin1String("--replace")) {
+            m_options.replace = true;
         } else if (arg == QLatin1String("--only")) {
             m_options.only = true;
             m_listGiven = QStringLiteral("--only");
@@ -165,6 +169,8 @@ private:
             return QStringLiteral("the name of a plug-in");
         if (name.endsWith(QLatin1String("-file")))
             return QStringLiteral("a file of names");
+        if (name == QLatin1String("--to"))
+            return QStringLiteral("a file");
         return QStringLiteral("a folder");
     }
 
@@ -179,6 +185,8 @@ private:
             once(m_options.root);
         } else if (name == QLatin1String("--home")) {
             once(m_options.home);
+        } else if (name == QLatin1String("--to")) {
+            once(m_options.to);
         } else if (name == QLatin1String("--format")) {
             const std::optional<int> type = m_formats.typeOfName(value);
             if (!type)
@@ -236,8 +244,10 @@ private:
         const bool formatAllowed = command != Options::Apply && command != Options::ShowSet;
         const bool formatRequired = command == Options::Enable || command == Options::Disable
                                     || command == Options::Details || command == Options::SaveSet
-                                    || command == Options::ApplyList;
-        const bool jsonAllowed = command != Options::SaveSet;
+                                    || command == Options::ApplyList || command == Options::Backup
+                                    || command == Options::Restore;
+        const bool jsonAllowed = command != Options::SaveSet && command != Options::Backup
+                                 && command != Options::Restore;
 
         if (command == Options::Apply && !anySet)
             fail(QStringLiteral("nothing to do: give a set (%1) or a command").arg(setFlags()));
@@ -250,6 +260,12 @@ private:
             fail(QStringLiteral("%1 takes no --json").arg(word));
         if (m_options.check && !movesPlugIns(command))
             fail(QStringLiteral("%1 takes no --check: it moves nothing").arg(word));
+        if (!m_options.to.isEmpty() && command != Options::Backup)
+            fail(QStringLiteral("--to needs the command backup"));
+        if (command == Options::Backup && m_options.to.isEmpty())
+            fail(QStringLiteral("backup needs --to and the archive to write"));
+        if (m_options.replace && command != Options::Restore)
+            fail(QStringLiteral("--replace needs the command restore"));
         if (!m_listGiven.isEmpty() && command != Options::ApplyList)
             fail(QStringLiteral("%1 needs the command apply").arg(m_listGiven));
         if (command == Options::ApplyList) {
@@ -271,6 +287,7 @@ private:
             break;
         case Options::SaveSet:
         case Options::ShowSet:
+        case Options::Restore:
             if (m_positional.isEmpty() || m_positional.first().isEmpty())
                 fail(QStringLiteral("%1 needs a file").arg(word));
             else if (m_positional.size() > 1)
@@ -368,6 +385,10 @@ QStringList toCommandLine(const Options &options, const FormatTable &formats)
         args << QStringLiteral("--off-file=") + options.offFile;
     if (options.only)
         args << QStringLiteral("--only");
+    if (!options.to.isEmpty())
+        args << QStringLiteral("--to=") + options.to;
+    if (options.replace)
+        args << QStringLiteral("--replace");
     QStringList positional = options.names;
     if (!options.file.isEmpty())
         positional << options.file;
@@ -490,6 +511,25 @@ QString helpText()
                "DSSI\n"
                "                                also what loading it tells, in a separate process\n"
                "                                with a time and memory limit (never in a scan)\n"
+               "  backup --format F --to FILE   write every plug-in of the format (on and off, "
+               "system\n"
+               "                                and user) and a set of their states into FILE, a "
+               "tar\n"
+               "                                archive compressed with xz; nothing is left at "
+               "FILE\n"
+               "                                when it fails\n"
+               "  restore --format F [--replace] FILE\n"
+               "                                put the plug-ins of a backup back where they were, "
+               "on\n"
+               "                                or off as saved. The whole archive is checked "
+               "first: a\n"
+               "                                damaged one changes nothing (exit 2). A plug-in "
+               "that is\n"
+               "                                installed (on or off) stays, and is named on "
+               "standard\n"
+               "                                error; with --replace the installed copy goes to "
+               "the\n"
+               "                                trash and the saved one takes its place\n"
                "\n"
                "Options (before or after the command):\n"
                "  --format F      au, rtas, mas, vst or a format below, in any case\n"
@@ -518,12 +558,12 @@ QString helpText()
                "  --version       the version\n"
                "  --              everything after it is an argument, not an option\n"
                "\n"
-               "Only one program moves plug-ins at a time: apply, enable and disable wait for "
-               "another\n"
-               "that is moving them (Korvane or KorvaneCMD), up to $KORVANE_LOCK_WAIT_MS "
-               "milliseconds\n"
-               "(default 10000). list, duplicates and show-set change nothing on disk and never "
-               "wait.\n"
+               "Only one program moves plug-ins at a time: apply, enable, disable and restore wait "
+               "for\n"
+               "another that is moving them (Korvane or KorvaneCMD), up to $KORVANE_LOCK_WAIT_MS\n"
+               "milliseconds (default 10000). list, duplicates, show-set and details change "
+               "nothing on\n"
+               "disk and never wait; backup writes nothing but its archive.\n"
                "With --check nothing on disk changes either; the wait is only for the scan.\n"
                "\n"
                "Exit status: 0 done; 1 a plug-in could not be moved, a file not written, a name "

@@ -22,6 +22,8 @@ struct Options {
         ShowSet,
         ApplyList,
         Details,
+        Backup,
+        Restore,
         Help,
         Version
     };
@@ -41,6 +43,9 @@ struct Options {
     QString onFile{};    // apply: --on-file, names one a line
     QString offFile{};   // apply: --off-file
     bool only = false;   // apply: every plug-in of the format not named on goes off
+
+    QString to{};         // backup: --to, the archive to write (restore reads file)
+    bool replace = false; // restore: an installed copy goes to the trash for the saved one
 
     bool operator==(const Options &) const = default;
 };

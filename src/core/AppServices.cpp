@@ -75,7 +75,9 @@ QVariantList toVariantList(const QStringList &strings)
 
 } // namespace
 
-AppServices::AppServices(const RunParts &parts) : m_parts(parts)
+AppServices::AppServices(const RunParts &parts)
+    : m_parts(parts), m_saver(parts.files, parts.ui, parts.locations.documentsFolder(),
+                              [this](const QString &line) { appendLog(line); })
 {
     m_undoTitle = korvane::tr("Undo");
     m_redoTitle = korvane::tr("Redo");
@@ -177,10 +179,10 @@ bool AppServices::writeDataFile(const QString &path, const QVariant &root,
                                 const std::function<bool(const QString &)> &readable)
 {
     QString report;
-    const bool written = DataFile::writeXml(files(), path, root, readable, &report);
+    const bool free = DataFile::prepareToReplace(files(), path, readable, &report);
     if (!report.isEmpty())
         appendLog(report);
-    return written;
+    return free && m_saver.write(path, PropertyList::toXml(root));
 }
 
 QStringList AppServices::withoutContentPaths(int type, const QStringList &scanPaths)
@@ -348,7 +350,18 @@ void AppServices::removeGroup(int selectedRow)
     const qsizetype position = qsizetype(selectedRow) + 1;
     if (position < 1 || position >= m_groups.size())
         return;
+    const int members = groupMemberCount(int(position));
+    Alert alert;
+    alert.messageText = korvane::tr("Delete the group “%1”?").arg(m_groups.at(position));
+    alert.informativeText =
+        members == 1 ? korvane::tr("1 plug-in is in it and will have no group.")
+                     : korvane::tr("%1 plug-ins are in it and will have no group.").arg(members);
+    alert.buttons = {korvane::tr("Delete"), korvane::tr("Cancel")};
+    if (members > 0 && ui().runAlert(alert) != AlertAnswer::Default)
+        return;
     m_groups.removeAt(position);
+    // A group is a position in the list: without this its members took the next group's.
+    emit groupRemoved(int(position));
     emit groupsChanged();
     updateGroupMenu();
 }

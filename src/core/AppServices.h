@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/DataFileSaver.h"
 #include "core/UndoStack.h"
 
 #include <QObject>
@@ -65,6 +66,8 @@ public:
     // first kept aside, and the log window says so. False when nothing was written.
     bool writeDataFile(const QString &path, const QVariant &root,
                        const std::function<bool(const QString &path)> &readable);
+    // Every data file is written through here, so each failed write is said with its remedies.
+    DataFileSaver &dataFileSaver() { return m_saver; }
 
     // --- Group registry ---------------------------------------------------------------------
     void loadGroups();
@@ -76,7 +79,15 @@ public:
     QString groupAt(int i) const;
     void setGroupAt(int i, const QString &name);
     void addGroup();
-    void removeGroup(int selectedRow); // the editor table's selected row, -1 for none
+    // The editor table's selected row, -1 for none; asks first, naming how many plug-ins are in
+    // the group. Its members are left without a group; every other assignment stays.
+    void removeGroup(int selectedRow);
+    // How many plug-ins are in the group at position; the controller counts its managers'.
+    virtual int groupMemberCount(int position) const
+    {
+        (void)position;
+        return 0;
+    }
     void showGroups();
     // The group submenu, as the titles of the items added behind the fixed "none" item.
     void updateGroupMenu();
@@ -113,6 +124,7 @@ signals:
     void logVisibilityChanged(bool visible);
     void undoTitlesChanged();
     void groupsChanged();
+    void groupRemoved(int position); // members renumber before groupsChanged
     void groupMenuChanged();
     void groupEditorShown();
 
@@ -127,6 +139,7 @@ protected:
     QStringList m_groups;
     QStringList m_groupMenuTitles;
     UndoStack m_undoStack;
+    DataFileSaver m_saver;
     QString m_undoTitle;
     QString m_redoTitle;
     QString m_logText;

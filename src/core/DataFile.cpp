@@ -62,14 +62,6 @@ bool DataFile::prepareToReplace(FileOperations &files, const QString &path, cons
     return keep(files, path, report);
 }
 
-bool DataFile::writeXml(FileOperations &files, const QString &path, const QVariant &root,
-                        const Check &readable, QString *report)
-{
-    if (!prepareToReplace(files, path, readable, report))
-        return false;
-    return PropertyList::writeXml(files, path, root);
-}
-
 DataFile::Identity DataFile::identity(const QString &path)
 {
     struct stat info;

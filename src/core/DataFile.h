@@ -28,11 +28,6 @@ public:
     static bool prepareToReplace(FileOperations &files, const QString &path, const Check &readable,
                                  QString *report);
 
-    // prepareToReplace, then root as an XML property list, atomically through the file
-    // operations. False when nothing was written.
-    static bool writeXml(FileOperations &files, const QString &path, const QVariant &root,
-                         const Check &readable, QString *report);
-
     // What tells one version of a file from the next without reading it: an atomic rewrite makes
     // a new inode, an in-place one a new size or modification time.
     struct Identity {

@@ -26,6 +26,14 @@ void Plugin::setGroup(const QString &group)
     m_groupId = index < 0 ? INT_MAX : int(index);
 }
 
+void Plugin::groupRemoved(int position)
+{
+    if (m_groupId == position)
+        m_groupId = 0;
+    else if (m_groupId > position)
+        --m_groupId;
+}
+
 QString Plugin::group() const
 {
     // Read through the list so a renamed group renames its members; a stale position is no group.
@@ -85,6 +93,8 @@ void Plugin::addContent(const QString &entry)
     if (m_content.isEmpty())
         m_content.append(m_name);
     m_content.append(entry);
+    // Added in the info panel, it moves with the first Apply, not only after a rescan.
+    m_hasContent = true;
     storeContent();
 }
 
@@ -94,6 +104,7 @@ void Plugin::removeContent(int i)
     if (position < 1 || position >= m_content.size())
         return;
     m_content.removeAt(position);
+    m_hasContent = contentCount() > 0;
     storeContent();
 }
 

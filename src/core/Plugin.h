@@ -59,6 +59,8 @@ public:
     // renamed group renames every member. A position past the end reads as no group.
     void setGroup(const QString &group);
     QString group() const;
+    // The group at position left the list: its members have none, later positions move up.
+    void groupRemoved(int position);
 
     // Recomputes the location from the format's folders and the two flags.
     void updateLocation(int type);

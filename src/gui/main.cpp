@@ -1,7 +1,9 @@
 // korvane: the desktop program. Reads its roots once, builds the controllers around the window's
 // dialogs, and runs the controller's start and shut-down around the event loop.
 
+#include "app/AboutText.h"
 #include "app/AppContext.h"
+#include "app/HelperRights.h"
 #include "core/LinuxFormats.h"
 #include "gui/Translations.h"
 #include "gui/dialogs/QtUi.h"
@@ -35,9 +37,11 @@ CommandLine parse(const QStringList &arguments)
     const QCommandLineOption root(QStringLiteral("root"), QString(), QStringLiteral("DIR"));
     const QCommandLineOption home(QStringLiteral("home"), QString(), QStringLiteral("DIR"));
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
+    const QCommandLineOption version(QStringLiteral("version"));
     parser.addOption(root);
     parser.addOption(home);
     parser.addOption(help);
+    parser.addOption(version);
 
     CommandLine result;
     auto usage = [&](const QString &error) {
@@ -53,7 +57,12 @@ CommandLine parse(const QStringList &arguments)
                "  --root DIR  the system root, the folder holding Library (default: "
                "$KORVANE_ROOT, or /)\n"
                "  --home DIR  the home folder (default: $HOME)\n"
-               "  -h, --help  show this help and exit\n";
+               "  -h, --help  show this help and exit\n"
+               "  --version   show the version and exit\n";
+        return result;
+    }
+    if (parser.isSet(version)) {
+        out << "korvane " << korvane::AboutText::version() << '\n';
         return result;
     }
     if (!parser.positionalArguments().isEmpty())
@@ -99,6 +108,7 @@ int main(int argc, char *argv[])
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Korvane"));
+    QApplication::setApplicationVersion(korvane::AboutText::version());
     QApplication::setDesktopFileName(QStringLiteral("com.velmora.Korvane"));
     korvane::installTranslations(app);
 
@@ -108,6 +118,9 @@ int main(int argc, char *argv[])
     parts.formats = korvane::withRunFolders(korvane::FormatTable::builtIn(), parts.roots,
                                             parts.roots.pluginPaths);
     parts.ui = &ui;
+    // System plug-ins the person may not move alone go through korvane-helper, polkit asked once.
+    korvane::HelperRights rights(*commandLine.roots);
+    parts.rights = &rights;
     korvane::AppContext context(std::move(parts));
 
     korvane::MainWindow window(context);

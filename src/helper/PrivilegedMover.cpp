@@ -4,6 +4,7 @@
 #include "os/LibraryLock.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
@@ -115,11 +116,15 @@ QString PrivilegedMover::defaultPkexec()
 
 QString PrivilegedMover::defaultHelper()
 {
+    // Beside the running program, or in a build tree beside the window's folder (src/gui).
     if (QCoreApplication::instance()) {
-        const QString beside =
-            QCoreApplication::applicationDirPath() + QStringLiteral("/korvane-helper");
-        if (QFileInfo(beside).isExecutable())
-            return beside;
+        const QString here = QCoreApplication::applicationDirPath();
+        for (const QString &candidate :
+             {here + QStringLiteral("/korvane-helper"),
+              QDir::cleanPath(here + QStringLiteral("/../korvane-helper"))}) {
+            if (QFileInfo(candidate).isExecutable())
+                return candidate;
+        }
     }
     // The path the shipped polkit action names, so that polkit shows its own message.
     return QStringLiteral(KORVANE_HELPER_INSTALLED);

@@ -54,7 +54,8 @@ public:
 
     // pkexec on the search path; empty when there is none.
     static QString defaultPkexec();
-    // The helper beside the running program (a build tree), else the installed one.
+    // The helper beside the running program or beside its folder (a build tree), else the
+    // installed one.
     static QString defaultHelper();
     // What a person is told of an outcome, in one or two sentences; empty for Done.
     static QString describe(const Outcome &outcome);

@@ -169,21 +169,4 @@ bool Authorization::killProcess(const QString &commandFromPS)
     return true;
 }
 
-bool Authorization::requestActivationRight()
-{
-    AuthorizationBackend &backend = m_backend;
-    AuthorizationRef ref = 0;
-    if (backend.create(&ref) != AuthorizationSuccess)
-        return false;
-    AuthorizationRights rights;
-    rights.count = 1;
-    rights.items.append({QString::fromLatin1(ActivationRight), {}, 0});
-    const int status =
-        backend.copyRights(ref, rights,
-                           AuthorizationFlagInteractionAllowed | AuthorizationFlagExtendRights
-                               | AuthorizationFlagPartialRights);
-    backend.free(ref, AuthorizationFlagDefaults);
-    return status == AuthorizationSuccess;
-}
-
 } // namespace korvane

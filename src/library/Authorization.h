@@ -18,7 +18,6 @@ class Authorization : public QObject {
     Q_OBJECT
 public:
     static constexpr const char *AdminRight = "system.privilege.admin";
-    static constexpr const char *ActivationRight = "com.velmora.korvane.activate";
     static constexpr int MaxRightsItems = 20;
     static constexpr int MaxArguments = 19;
     // The value buffer of one rights item; a path must be shorter than this.
@@ -35,10 +34,6 @@ public:
     // nullopt and an empty list both start the tool without an argument vector.
     bool executeAsRoot(const QString &pathToCommand, const std::optional<QStringList> &arguments);
     bool killProcess(const QString &commandFromPS);
-
-    // Asks for the program's activation right before plug-ins are moved; nothing depends on the
-    // answer, since the moves then succeed or fail by the file system's own permissions.
-    bool requestActivationRight();
 
     AuthorizationRef authorizationRef() const { return m_authorizationRef; }
 

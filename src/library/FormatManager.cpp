@@ -2,6 +2,9 @@
 
 #include "core/AppServices.h"
 #include "core/Locations.h"
+#include "core/UndoStack.h"
+
+#include <QPointer>
 
 #include <algorithm>
 
@@ -117,6 +120,34 @@ void FormatManager::markActive(const PluginPtr &item, bool active)
     item->setActive(active);
     item->updateLocation(m_traits.type);
     updateRecord(item);
+}
+
+QList<PluginPtr> FormatManager::markItems(const QList<PluginPtr> &items, bool active,
+                                          const QString &actionName)
+{
+    QList<PluginPtr> changed;
+    for (const PluginPtr &item : items) {
+        if (!item || item->isActive() == active)
+            continue;
+        markActive(item, active);
+        changed << item;
+    }
+    if (changed.isEmpty())
+        return changed;
+    // One step however many moved, so that one Undo takes back one command.
+    UndoStack *undo = services().undoStack();
+    QPointer<FormatManager> self(this);
+    undo->registerUndo(this, [self, changed, active, actionName] {
+        if (self)
+            self->markItems(changed, !active, actionName);
+    });
+    if (!undo->isUndoing())
+        undo->setActionName(actionName);
+    services().updateUndoTitle();
+    services().updateRedoTitle();
+    m_setChanged = m_selectedSetIndex > 0;
+    announceChanged(changed);
+    return changed;
 }
 
 void FormatManager::markAll(const std::function<bool(const Plugin &)> &which, bool active)

@@ -21,6 +21,7 @@ class AppServices;
 class Authorization;
 class Locations;
 class MissingItemsPrompt;
+class RightsMover;
 class UserInterface;
 
 // The controllers a manager works with, made by AppContext.
@@ -29,6 +30,9 @@ struct ManagerParts {
     const FormatSettings &settings; // the preferences
     MissingItemsPrompt &missingItems;
     Authorization &authorization;
+    // The window's: system moves the person may not make alone go through it. None: they are
+    // tried with the person's own rights.
+    RightsMover *rights = nullptr;
 };
 
 // One column of the table's sort order.
@@ -98,8 +102,12 @@ public:
     int pendingCount() const { return m_list.pendingCount(); }
     void updateRecord(const PluginPtr &item);
     int findRow(const QString &name, int itemID) const;
-    void apply();                      // offers to save the set, then applyPending
+    // Offers to save the set, makes the moves that need rights (RightsApply), then applyPending.
+    void apply();
     QList<MoveOutcome> applyPending(); // every pending record, then one rescan
+    // A pending record dealt with outside the apply (by the rights mover, or left by the person):
+    // the apply passes it by, and its rescan shows where the plug-in is.
+    void settleRecord(int recordIndex);
     void moveContent(const PluginPtr &item);
     void setAllActive();
     void setAllInactive();
@@ -107,13 +115,18 @@ public:
     void setGroupInactive();
     void setSelectedActive();
     void setSelectedInactive();
+    // Marks those of items not yet in the state as one undoable step with that name; the items
+    // marked. The window's bulk commands (BulkMarks) come through here.
+    QList<PluginPtr> markItems(const QList<PluginPtr> &items, bool active,
+                               const QString &actionName);
 
     // --- Sets ----------------------------------------------------------------------------------
     void loadSetList(); // the set pop-up from the sets file, apply off, window-load name
     void newSet();
-    void saveSet();   // to the current name; an untitled set asks for one (saveSetAs)
-    void saveSetAs(); // asks for a name, then saveSetAs(path)
-    void saveSetAs(const QString &path);
+    // Each true when the set is on disk; a failure is said and changes nothing else.
+    bool saveSet();   // to the current name; an untitled set asks for one (saveSetAs)
+    bool saveSetAs(); // asks for a name, then saveSetAs(path), asking again after a failure
+    bool saveSetAs(const QString &path);
     void openSet(); // asks for a document, then openSet(path)
     void openSet(const QString &path);
     void openDefaultSet(const QString &path);
@@ -124,10 +137,11 @@ public:
     QStringList mergeSet(const QString &path);
     QStringList mergeItems(const QList<PluginPtr> &saved);
     void selectSet(int index); // the pop-up's action with its new selection
-    void offerToSaveSet();
+    bool offerToSaveSet();     // Save / Don't Save / Cancel; false: Cancel
+    void forgetSetEdits();     // Don't Save: the set is no longer the one shown
     void saveSetList();
     QString selectedSet() const; // null for "no set"
-    bool writeSet(const QString &path) const;
+    bool writeSet(const QString &path, FileError *error = nullptr) const;
 
     // --- Table ---------------------------------------------------------------------------------
     int rowCount() const { return m_list.count(); }
@@ -155,7 +169,8 @@ public:
 
     // --- Maintenance ---------------------------------------------------------------------------
     void requestInfo();
-    void backup() {}
+    // A backup of the format's plug-ins, and putting one back (PluginBackup, with its dialogs).
+    void backup();
     void restoreBackup();
     void reportDuplicates();
     // Each name held by more than one item, once, at its first position, with its total count.

@@ -9,8 +9,8 @@
 #include "core/PathChecks.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
-#include "library/Authorization.h"
 #include "library/DistributionGuard.h"
+#include "library/RightsApply.h"
 #include "os/LibraryLock.h"
 #include "os/SystemLog.h"
 
@@ -164,12 +164,22 @@ struct FormatManager::ApplyRun {
 
 void FormatManager::apply()
 {
-    const LibraryLock lock(files(), locations().pluginFolders(m_traits));
-    if (!libraryLocked(lock, ui()))
+    if (!offerToSaveSet())
         return;
-    offerToSaveSet();
+    // Before the lock is taken: the helper takes the system folders' lock itself.
+    if (m_parts.rights)
+        RightsApply::run(*this, *m_parts.rights);
     // Every marked plug-in moves: applying one per press left the rest to be marked again.
     applyPending();
+}
+
+void FormatManager::settleRecord(int recordIndex)
+{
+    PluginRecord &record = m_list.record(recordIndex);
+    m_list.noteRecordState(record.isProcessed(), true);
+    record.setProcessed(true);
+    if (m_list.pendingCount() == 0)
+        setApplyEnabled(false);
 }
 
 QList<MoveOutcome> FormatManager::applyPending()
@@ -177,8 +187,6 @@ QList<MoveOutcome> FormatManager::applyPending()
     const LibraryLock lock(files(), locations().pluginFolders(m_traits));
     if (!libraryLocked(lock, ui()))
         return {};
-    // Nothing depends on the answer: the moves succeed or fail by the file system's own rights.
-    m_parts.authorization.requestActivationRight();
     ApplyRun run;
     const QList<PluginRecord> &records = m_list.records();
     run.installed.reserve(records.size());
@@ -435,8 +443,6 @@ MoveOutcome FormatManager::applyRecord(int recordIndex, ApplyRun &run)
             // Whatever lies at the target may be the only copy left; the move below fails and
             // reports the missing source instead.
         } else {
-            if (!deletable)
-                m_parts.authorization.requestActivationRight();
             // Into the trash, never unlinked: the target may hold files the scan never showed,
             // such as a licence inside an older bundle. Should that fail, the target stays and
             // the move below fails.

@@ -5,6 +5,7 @@
 #include "core/AppServices.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "library/PluginBackup.h"
 #include "os/FileOperations.h"
 
 #include <QDateTime>
@@ -41,10 +42,14 @@ void FormatManager::requestInfo()
         showOkAlert(ui(), trText(m_traits.infoMessage), trText(m_traits.infoText));
 }
 
+void FormatManager::backup()
+{
+    PluginBackup(*this).backupWithDialogs();
+}
+
 void FormatManager::restoreBackup()
 {
-    showOkAlert(ui(), trText(m_traits.backupRestoreMessage),
-                korvane::tr("This function will be implemented in a future version"));
+    PluginBackup(*this).restoreWithDialogs();
 }
 
 void FormatManager::reportDuplicates()

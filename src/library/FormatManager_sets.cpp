@@ -10,8 +10,10 @@
 #include "core/UserInterface.h"
 #include "library/MissingItemsPrompt.h"
 #include "library/SetDocument.h"
+#include "library/UnsavedWork.h"
 #include "os/FileOperations.h"
 
+#include <QFileInfo>
 #include <QHash>
 #include <algorithm>
 #include <array>
@@ -54,28 +56,45 @@ void FormatManager::newSet()
     setCurrentSetName(m_traits.untitledName);
 }
 
-void FormatManager::saveSet()
+bool FormatManager::saveSet()
 {
     if (m_setName == m_traits.untitledName)
-        saveSetAs();
-    else
-        writeSet(m_setName); // a relative name lands in the current folder, failures unreported
+        return saveSetAs();
+    // A relative name lands in the current folder.
+    FileError error;
+    if (!writeSet(m_setName, &error)) {
+        UnsavedWork::reportSetNotSaved(*this, error); // the edits stay unsaved
+        return false;
+    }
     m_setChanged = false;
+    return true;
 }
 
-void FormatManager::saveSetAs()
+bool FormatManager::saveSetAs()
 {
     SavePanelRequest request;
     request.directory = locations().documentsFolder();
     request.fileName = m_traits.savePanelName;
-    const std::optional<QString> path = ui().runSavePanel(request);
-    if (path)
-        saveSetAs(*path);
+    // After a failure the panel comes back: the set is saved somewhere or consciously not.
+    while (const std::optional<QString> path = ui().runSavePanel(request)) {
+        if (saveSetAs(*path))
+            return true;
+        if (!ui().isInteractive())
+            break;
+        request.directory = QFileInfo(*path).absolutePath();
+        request.fileName = QFileInfo(*path).fileName();
+    }
+    return false;
 }
 
-void FormatManager::saveSetAs(const QString &path)
+bool FormatManager::saveSetAs(const QString &path)
 {
-    writeSet(path);
+    FileError error;
+    if (!writeSet(path, &error)) {
+        // Neither the pop-up nor the name field takes a set that is not on disk.
+        UnsavedWork::reportSetNotSaved(*this, error);
+        return false;
+    }
     setCurrentSetName(path);
     if (!m_setTitles.contains(path)) {
         m_setTitles << path;
@@ -83,6 +102,7 @@ void FormatManager::saveSetAs(const QString &path)
     }
     selectSetIndex(m_setTitles.indexOf(path));
     m_setChanged = false;
+    return true;
 }
 
 void FormatManager::openSet()
@@ -259,24 +279,16 @@ void FormatManager::selectSet(int index)
     }
 }
 
-void FormatManager::offerToSaveSet()
+bool FormatManager::offerToSaveSet()
 {
-    if (!m_setChanged)
-        return;
-    // Compared with a capital S, so the pop-up's "no set" never matches.
-    if (m_setTitles.value(m_selectedSetIndex) == QLatin1String("no Set"))
-        return;
+    return UnsavedWork::settleSetEdits(*this);
+}
 
-    Alert alert;
-    alert.messageText = korvane::tr("Save changes to Set");
-    alert.buttons = {korvane::tr("Save"), korvane::tr("Discard")};
-    alert.informativeText = korvane::tr("Save changes to actual Set?");
-    if (ui().runAlert(alert) == AlertAnswer::Default) {
-        saveSet();
-    } else {
-        selectSetIndex(0);
-        m_setChanged = false;
-    }
+void FormatManager::forgetSetEdits()
+{
+    // The marks no longer match the set: it is no longer the one shown.
+    selectSetIndex(0);
+    m_setChanged = false;
 }
 
 void FormatManager::saveSetList()
@@ -300,9 +312,9 @@ QString FormatManager::selectedSet() const
     return title;
 }
 
-bool FormatManager::writeSet(const QString &path) const
+bool FormatManager::writeSet(const QString &path, FileError *error) const
 {
-    return SetDocument::write(files(), path, m_list.items());
+    return SetDocument::write(files(), path, m_list.items(), error);
 }
 
 } // namespace korvane

@@ -7,6 +7,7 @@
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/DistributionGuard.h"
+#include "library/DropInstall.h"
 #include "os/FileOperations.h"
 #include "os/SystemLog.h"
 
@@ -292,10 +293,15 @@ bool FormatManager::installDropped(const QStringList &paths)
             const bool recognised = recognise(m_traits.recognitionTakesFullPath ? path : name);
             if (!recognised && !allFiles)
                 continue;
-            const QString target = locations().expand(m_traits.installPath(name));
-            // A fresh account may have no plug-in folder yet; a drop should still install.
-            services().createFolders(target);
-            files.copy(path, target); // never overwrites; failures show in the rescan
+            QString target = locations().expand(m_traits.installPath(name));
+            // An installed copy is asked about, and every failure said (DropInstall).
+            DropInstall::Choice choice = DropInstall::settle(*this, path, &target);
+            if (choice == DropInstall::Choice::Install)
+                choice = DropInstall::copy(*this, path, target);
+            if (choice == DropInstall::Choice::Stop) {
+                ++i; // this one was tried
+                break;
+            }
         }
     }
     if (i < count) {

@@ -121,10 +121,11 @@ QList<PluginPtr> SetDocument::decode(const QByteArray &bytes, AppServices *regis
     return decodeItems(bytes, registry).value_or(QList<PluginPtr>());
 }
 
-bool SetDocument::write(FileOperations &files, const QString &path, const QList<PluginPtr> &items)
+bool SetDocument::write(FileOperations &files, const QString &path, const QList<PluginPtr> &items,
+                        FileError *error)
 {
     // Written beside the target and renamed over it, so a failed save keeps the old document.
-    return files.writeFileAtomically(path, encode(items));
+    return files.writeFileAtomically(path, encode(items), error);
 }
 
 std::optional<QList<PluginPtr>> SetDocument::load(const QString &path, QString *problem,

@@ -12,6 +12,7 @@ namespace korvane {
 
 class AppServices;
 class FileOperations;
+struct FileError;
 
 // A set document on disk: a manager's whole item list, each plug-in as its four strings in the
 // archive SetArchive reads and writes. Decoded plug-ins get the registry given (their content and
@@ -21,7 +22,8 @@ public:
     static QByteArray encode(const QList<PluginPtr> &items);
     // Anything that is not an array of items decodes as empty: damaged documents are unreadable.
     static QList<PluginPtr> decode(const QByteArray &bytes, AppServices *registry = nullptr);
-    static bool write(FileOperations &files, const QString &path, const QList<PluginPtr> &items);
+    static bool write(FileOperations &files, const QString &path, const QList<PluginPtr> &items,
+                      FileError *error = nullptr);
     // Reads path once and never waits for a writer that is not there: a plain file or a pipe
     // (standard input, a shell's "<(...)") is read to its end; a folder, a device or a FIFO that
     // nobody writes to is refused. nullopt when path holds no set document, problem saying why.

@@ -47,6 +47,32 @@ protected:
     QString support, alpha;
 };
 
+// A group is a position in the list: deleting one used to hand its members the next group and
+// shift every later member. Now they have none, the rest stay, and the question counts them.
+TEST_F(AppControllerTest, DeletingAGroupLeavesItsMembersWithoutOneAndEveryOtherAsItWas)
+{
+    AppController *main = makeContext().main();
+    launch();
+    main->groups() = QStringList{"", "Drums", "Keys", "Vocals"};
+    FormatManager &au = *context->manager(TypeAU);
+    FormatManager &vst = *context->manager(TypeVST);
+    au.changeGroup(au.itemAt(0), "Keys");
+    vst.changeGroup(vst.itemAt(0), "Vocals");
+    ui.alertAnswers << AlertAnswer::Alternate; // Cancel
+    main->removeGroup(1);                      // "Keys"
+    EXPECT_EQ(main->groupCount(), 3);
+    EXPECT_EQ(ui.alerts.last().messageText, "Delete the group “Keys”?");
+    EXPECT_EQ(ui.alerts.last().informativeText, "1 plug-in is in it and will have no group.");
+    main->removeGroup(1); // Delete
+    EXPECT_EQ(au.itemAt(0)->group(), "");
+    EXPECT_EQ(vst.itemAt(0)->group(), "Vocals");
+    const qsizetype asked = ui.alerts.size();
+    main->removeGroup(0); // "Drums" has no member: nothing to ask
+    EXPECT_EQ(ui.alerts.size(), asked);
+    EXPECT_EQ(vst.itemAt(0)->group(), "Vocals");
+    EXPECT_EQ(main->groups(), QStringList({"", "Vocals"}));
+}
+
 TEST_F(AppControllerTest, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
 {
     const QString auSet = homePath("Documents/Mix.aukorv");

@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QStandardPaths>
 
 namespace korvane {
 
@@ -43,6 +44,7 @@ protected:
         makeContext();
         script = context->script();
         script->setLayout(Layout::AppleScript);
+        script->setToolPath(kRecorder);
     }
 
     // The four formats' set pop-ups showing these titles; the segments clicked from VST to AU.
@@ -107,16 +109,13 @@ TEST_F(LaunchScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
     EXPECT_EQ(ui.alertMessages().first(), "There is no set selected for AudioUnits");
     EXPECT_EQ(ui.alertMessages().size(), 4);
     EXPECT_FALSE(script->isFormatSelected(TypeVST));
-    script->setLayout(Layout::Shell); // by default the tool beside the program
-    script->rebuild();
-    EXPECT_TRUE(
-        script->script().contains("'" + QCoreApplication::applicationDirPath() + "/KorvaneCMD'"));
-    script->setToolPath(kRecorder);
     script->setHostCommand(host);
     for (const QStringList &names : rounds) {
         selectSets(names);
-        const QStringList toolRun = {"9",      kRecorder, "-AU",    names[0], "-RTAS",
-                                     names[1], "-MAS",    names[2], "-VST",   names[3]};
+        // The roots of the library shown come first.
+        const QStringList toolRun = {"13",   kRecorder, "--root", root(),  "--home",
+                                     home(), "-AU",     names[0], "-RTAS", names[1],
+                                     "-MAS", names[2],  "-VST",   names[3]};
         for (Layout layout : {Layout::Shell, Layout::AppleScript}) {
             script->setLayout(layout);
             script->rebuild();
@@ -135,7 +134,7 @@ TEST_F(LaunchScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
 
     // A tool that fails stops the script before the host starts.
     script->setLayout(Layout::Shell);
-    script->setToolPath(homePath("missing/KorvaneCMD"));
+    script->setToolPath(QStandardPaths::findExecutable("false"));
     script->rebuild();
     script->saveScript(homePath("failing"));
     const auto [failed, hostRan] = runScript(homePath("failing"));
@@ -143,9 +142,36 @@ TEST_F(LaunchScriptTest, HostileSetNamesReachTheToolExactlyAndRunNothingElse)
     EXPECT_TRUE(hostRan.isEmpty());
 }
 
+// A script is written only for a tool that is there: from the build tree the window used to name
+// a KorvaneCMD beside itself that does not exist.
+TEST_F(LaunchScriptTest, TheToolIsFoundBesideTheProgramOrInTheBuildTreeAndAMissingOneIsNoScript)
+{
+    const QString here = QCoreApplication::applicationDirPath();
+    EXPECT_EQ(LaunchScript::toolCandidates().mid(0, 2),
+              QStringList({here + "/KorvaneCMD", QDir::cleanPath(here + "/../KorvaneCMD")}));
+    // Through a link the script names the real program, which stays where it is.
+    QFile::link(kRecorder, homePath("KorvaneCMD"));
+    script->setToolPath(homePath("KorvaneCMD"));
+    script->setLayout(Layout::Shell);
+    script->rebuild();
+    EXPECT_TRUE(script->toolProblem().isEmpty());
+
+    script->setToolPath(homePath("missing/KorvaneCMD"));
+    for (Layout layout : {Layout::Shell, Layout::AppleScript}) {
+        script->setLayout(layout);
+        script->rebuild();
+        EXPECT_TRUE(script->script().contains("KorvaneCMD was not found (looked at "
+                                              + homePath("missing/KorvaneCMD") + ")"));
+        script->saveScript(homePath("launch"));
+        EXPECT_FALSE(QFileInfo::exists(homePath("launch")));
+        ASSERT_FALSE(ui.alerts.isEmpty());
+        EXPECT_EQ(ui.alerts.last().messageText, "Script not saved");
+    }
+}
+
 // The window tests save an edited text; here: the name and mode per layout, and a folder that
-// refuses the file.
-TEST_F(LaunchScriptTest, SavingWritesTheShownTextAndFailsSilently)
+// refuses the file, which is said.
+TEST_F(LaunchScriptTest, SavingWritesTheShownTextAndSaysWhyItCouldNot)
 {
     const QString documents = homePath("Documents"), locked = homePath("Locked");
     QDir().mkpath(documents);
@@ -168,7 +194,10 @@ TEST_F(LaunchScriptTest, SavingWritesTheShownTextAndFailsSilently)
     ui.savePanelAnswers << locked + "/launch.sh";
     script->saveScript();
     EXPECT_FALSE(QFileInfo::exists(locked + "/launch.sh"));
-    EXPECT_TRUE(ui.alerts.isEmpty());
+    ASSERT_EQ(ui.alerts.size(), 1);
+    EXPECT_EQ(ui.alerts.first().messageText, "Script not saved");
+    EXPECT_TRUE(
+        ui.alerts.first().informativeText.startsWith("Could not save " + locked + "/launch.sh: "));
 }
 
 // The host command line splits as sh splits a simple command, without expanding anything; a

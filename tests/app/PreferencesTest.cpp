@@ -126,7 +126,6 @@ TEST_F(PreferencesTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTh
         PreferencesPage &c = pref->form.pages[type];
         const QString x = FormatTable::builtIn().at(type).prefix;
         expected[x + "DefaultSet"] = c.defaultSet = QString("/sets/%1").arg(type);
-        expected[x + "ShowMessage"] = c.showMessage = type == 0;
         expected[x + "ActivateAfterLoading"] = c.activateAfterLoading = type == 1;
         expected[x + "On"] = c.on = type != 2;
         expected[x + "ShowContent"] = c.showContent = type == 3;

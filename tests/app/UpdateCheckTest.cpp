@@ -6,6 +6,8 @@
 #include <QElapsedTimer>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
+#include <tuple>
 
 namespace korvane {
 
@@ -122,13 +124,62 @@ TEST_F(UpdateCheckTest, AnythingButAVersionDictionaryInTimeIsNoConnection)
     ui.alerts.clear();
     refused.run();
     EXPECT_EQ(ui.alerts.value(0).messageText, kNoConnection);
+}
 
-    // The built-in addresses are not for an eavesdropper to change.
-    const UpdateCheck builtIn(ui);
-    for (const QUrl &url : {builtIn.versionListUrl(), builtIn.downloadUrl()}) {
-        EXPECT_EQ(url.scheme(), "https") << url.toString().toStdString();
-        EXPECT_FALSE(QHostAddress(url.host()).isLoopback()) << url.toString().toStdString();
+// The command once froze the window for the whole time-out; now the event loop runs on, Cancel
+// ends the wait, and a check at start-up speaks only of a newer version.
+TEST_F(UpdateCheckTest, TheFetchLeavesTheEventLoopRunningCancelEndsItAndStartUpSpeaksOnlyOfNews)
+{
+    VersionServer silent(listing("1.2"), 200, VersionServer::Silent);
+    UpdateCheck update(ui);
+    update.setVersionListUrl(QUrl(silent.url()));
+    int answers = 0;
+    update.start([&](const std::optional<QVariantMap> &) { ++answers; });
+    EXPECT_TRUE(update.isRunning());
+    QEventLoop loop;
+    bool ticked = false;
+    QTimer::singleShot(200, &loop, [&] {
+        ticked = true; // the loop is free while the server keeps silent
+        update.cancel();
+        loop.quit();
+    });
+    loop.exec();
+    EXPECT_TRUE(ticked);
+    EXPECT_EQ(silent.requests, 1);
+    EXPECT_FALSE(update.isRunning());
+    QCoreApplication::processEvents();
+    EXPECT_EQ(answers, 0); // cancelled: nothing is said
+
+    using Asked = UpdateCheck::Asked;
+    for (const auto &[body, status, alerts] :
+         {std::tuple{listing("1.2"), 200, 0}, {listing("1.1"), 404, 0}, {listing("1.3"), 200, 1}}) {
+        VersionServer server(body, status);
+        update.setVersionListUrl(QUrl(server.url()));
+        update.setInstalledVersion("1.2");
+        ui.alerts.clear();
+        update.run(Asked::AtStartup);
+        EXPECT_EQ(server.requests, 1);
+        EXPECT_EQ(ui.alerts.size(), alerts) << body.toStdString();
     }
+    EXPECT_EQ(ui.alertMessages(), QStringList{kNewVersion.arg("1.3")});
+}
+
+// A build without an update address asks no server: its updates come from the distribution or
+// the vendor, and "Could not connect to the internet" was a lie told to every user.
+TEST_F(UpdateCheckTest, WithoutAConfiguredAddressTheCommandSaysWhereUpdatesComeFrom)
+{
+    const QByteArray saved = qgetenv("KORVANE_UPDATE_URL");
+    qunsetenv("KORVANE_UPDATE_URL");
+    UpdateCheck builtIn(ui);
+    if (!saved.isEmpty())
+        qputenv("KORVANE_UPDATE_URL", saved);
+    if (builtIn.isConfigured())
+        GTEST_SKIP() << "this build names an update address";
+    builtIn.run(UpdateCheck::Asked::AtStartup);
+    EXPECT_TRUE(ui.alerts.isEmpty());
+    builtIn.run();
+    EXPECT_EQ(ui.alertMessages(),
+              QStringList{"Updates of Korvane come from your distribution or vendor"});
 }
 
 } // namespace korvane

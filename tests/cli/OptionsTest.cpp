@@ -49,6 +49,10 @@ TEST(ParseCommandLineTest, EveryCommandParsesAndToCommandLineParsesBack)
           .onFile = "on.txt",
           .offFile = "off",
           .only = true}},
+        {"backup --format au --to=-b.tar.xz",
+         {.command = O::Backup, .format = TypeAU, .to = "-b.tar.xz"}},
+        {"restore --replace --format vst -- -b.tar.xz",
+         {.command = O::Restore, .format = TypeVST, .file = "-b.tar.xz", .replace = true}},
         // Global options stand before or after the command.
         {"--root /r --home /h list --format au", listAu},
         {"list --format au --root /r --home=/h", listAu},

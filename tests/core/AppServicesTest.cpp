@@ -177,8 +177,10 @@ TEST_F(AppServicesTest, GroupEditsRenumberAndAFailedSaveKeepsTheFile)
     if (!guard.ok())
         GTEST_SKIP() << "chattr not supported here";
     services.addGroup();
+    ui.alertAnswers << AlertAnswer::Third; // Cancel: said, and nothing replaced
     services.saveGroupRegistry();
     EXPECT_EQ(PropertyList::readStringArray(groupsFile()), saved);
+    EXPECT_EQ(ui.alertMessages(), QStringList{"“groups.plist” could not be saved."});
 }
 
 // A switch that records its own inverse on every change, as the managers' edits do.

@@ -50,11 +50,19 @@ TEST_F(PluginTest, GroupsAreReadThroughTheRegistryByPosition)
     EXPECT_EQ(stranger.groupId(), INT_MAX);
     EXPECT_EQ(stranger.group(), "");
 
-    services->setGroupAt(1, "Renamed");
-    EXPECT_EQ(second.group(), "Renamed");
+    Plugin first(&*services);
+    first.setGroup("G1");
+    services->setGroupAt(0, "Renamed");
+    EXPECT_EQ(first.group(), "Renamed");
+    // Removed, its members have none and later members keep their group, not the next one's.
+    QObject::connect(&*services, &AppServices::groupRemoved, [&](int position) {
+        for (Plugin *item : {&first, &second, &third})
+            item->groupRemoved(position);
+    });
     services->removeGroup(0);
-    EXPECT_EQ(second.group(), "G3"); // members keep their position
-    EXPECT_EQ(third.group(), "");    // past the end: no group
+    EXPECT_EQ(first.group(), "");
+    EXPECT_EQ(second.group(), "G2");
+    EXPECT_EQ(third.group(), "G3");
 }
 
 TEST_F(PluginTest, ArchiveHoldsNameLocationAndTwoFlags)

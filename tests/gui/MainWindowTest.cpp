@@ -5,6 +5,7 @@
 #include "gui/main/FormatTab.h"
 #include "gui/main/MainWindow.h"
 #include "gui/table/PluginTableModel.h"
+#include "gui/table/PluginTableView.h"
 #include "gui/windows/PreferencesWindow.h"
 #include "os/ReadOnlyFileOperations.h"
 
@@ -12,11 +13,15 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDialogButtonBox>
+#include <QElapsedTimer>
+#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTranslator>
 
 namespace korvane {
@@ -79,6 +84,114 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
     EXPECT_EQ(window->action("miUndo")->text(), context->main()->undoTitle());
     window->action("miUndo")->trigger();
     EXPECT_EQ(au.itemAt(0)->isGlobal(), global);
+}
+
+// A search hides rows; All Off once switched off the hidden ones too. Bulk marks act on what is
+// shown, ask past a screenful with the count, and each is one named undo step.
+TEST_F(MainWindowTest, BulkCommandsActOnTheShownRowsAskPastAScreenfulAndUndoAsOneStep)
+{
+    std::unique_ptr<MainWindow> window = openLibrary();
+    FormatManager &vst = *context->manager(TypeVST);
+    FormatTab *page = window->page(TypeVST);
+    page->table()->setFilterText("Alder");
+    window->action("miAllOff")->trigger();
+    EXPECT_FALSE(vst.itemAt(rowOf(vst, "Alder Echo.vst"))->isActive());
+    EXPECT_TRUE(vst.itemAt(rowOf(vst, "Birch Verb.vst"))->isActive()); // hidden: untouched
+    EXPECT_TRUE(ui.alerts.isEmpty());                                  // one row fits
+    EXPECT_EQ(page->changesLine()->text(), "1 change: 1 off, 0 on");
+    EXPECT_EQ(window->action("miUndo")->text(), "Undo Switch Off 1 Plug-In");
+    window->action("miUndo")->trigger();
+    EXPECT_TRUE(vst.itemAt(rowOf(vst, "Alder Echo.vst"))->isActive());
+    EXPECT_EQ(page->changesLine()->text(), "");
+
+    // A group named in the submenu reaches its hidden members, and the question says so.
+    context->main()->addGroup();
+    vst.changeGroup(vst.itemAt(rowOf(vst, "Alder Echo.vst")), "New Group");
+    vst.changeGroup(vst.itemAt(rowOf(vst, "Birch Verb.vst")), "New Group");
+    auto *groupOff = window->findChild<QMenu *>("menuGroupOff");
+    ASSERT_TRUE(groupOff);
+    emit groupOff->aboutToShow();
+    ASSERT_EQ(groupOff->actions().size(), 1);
+    EXPECT_EQ(groupOff->actions().first()->text(), "New Group");
+    ui.alertAnswers.enqueue(AlertAnswer::Alternate); // Cancel
+    groupOff->actions().first()->trigger();
+    EXPECT_EQ(ui.alertMessages().value(0), "Switch off 2 plug-ins, 1 of them not shown?");
+    EXPECT_EQ(vst.pendingCount(), 0);
+    groupOff->actions().first()->trigger(); // Switch Off
+    EXPECT_EQ(vst.pendingCount(), 2);
+    EXPECT_EQ(page->changesLine()->text(), "2 changes: 2 off, 0 on");
+    EXPECT_EQ(window->action("miUndo")->text(), "Undo Switch Off 2 Plug-Ins");
+
+    // Marked rows carry their mark in the table before Apply.
+    const PluginTableModel &model = page->table()->tableModel();
+    const int alder = rowOf(vst, "Alder Echo.vst");
+    const int name = int(vst.columns().indexOf("AUName"));
+    EXPECT_FALSE(model.data(model.index(alder, name), Qt::DecorationRole).isNull());
+    EXPECT_TRUE(model.data(model.index(alder, name), Qt::ToolTipRole)
+                    .toString()
+                    .endsWith("Switched off at the next Apply"));
+}
+
+// Quit with marks not applied asks Apply / Discard / Cancel; Cancel keeps the window and the marks.
+TEST_F(MainWindowTest, ClosingWithMarksAsksAndCancelKeepsTheWindowAndTheMarks)
+{
+    std::unique_ptr<MainWindow> window = openLibrary();
+    FormatManager &vst = *context->manager(TypeVST);
+    window->action("miAllOff")->trigger();
+    ui.alertAnswers.enqueue(AlertAnswer::Third); // Cancel
+    window->close();
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(ui.alertMessages(), QStringList{"2 changes not applied"});
+    EXPECT_EQ(ui.alerts.last().buttons, QStringList({"Apply", "Discard", "Cancel"}));
+    EXPECT_EQ(vst.pendingCount(), 2);
+    // Rescan asks too; Apply moves them first.
+    ui.alertAnswers.enqueue(AlertAnswer::First);
+    window->action("miRescan")->trigger();
+    EXPECT_TRUE(QFileInfo::exists(folder(TypeVST, LocUserDisabled) + "/Birch Verb.vst"));
+    EXPECT_EQ(vst.pendingCount(), 0);
+    window->close(); // nothing left to ask about
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(ui.alerts.size(), 2);
+}
+
+// "Check for updates at start-up" was stored and read by nothing. Now the window asks the
+// server (here one on the loopback the test starts) once it is up, and speaks of a newer version.
+TEST_F(MainWindowTest, CheckForUpdatesAtStartUpAsksTheServerOnceTheWindowIsUp)
+{
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost, 0));
+    int requests = 0;
+    QObject::connect(&server, &QTcpServer::newConnection, [&] {
+        QTcpSocket *socket = server.nextPendingConnection();
+        ++requests;
+        QObject::connect(socket, &QTcpSocket::readyRead, [socket] {
+            if (!socket->peek(4096).contains("\r\n\r\n"))
+                return;
+            socket->readAll();
+            const QByteArray body = PropertyList::toXml(QVariantMap{{"KorvaneOSX", "99.0"}});
+            socket->write("HTTP/1.0 200 OK\r\nContent-Length: " + QByteArray::number(body.size())
+                          + "\r\n\r\n" + body);
+            socket->disconnectFromHost();
+        });
+    });
+    const QByteArray url =
+        "http://127.0.0.1:" + QByteArray::number(server.serverPort()) + "/versions.plist";
+    qputenv("KORVANE_UPDATE_URL", url);
+    makeContext();
+    context->pref()->store()->setValue("SUCheckAtStartup", true);
+    context->prepareWindow();
+    auto window = std::make_unique<MainWindow>(*context);
+    qunsetenv("KORVANE_UPDATE_URL");
+    window->show();
+    window->startWhenRunning();
+    QElapsedTimer clock;
+    clock.start();
+    while (ui.alerts.isEmpty() && clock.elapsed() < 10000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+    EXPECT_EQ(requests, 1);
+    ASSERT_EQ(ui.alerts.size(), 1);
+    EXPECT_TRUE(ui.alerts.first().messageText.startsWith(
+        "A new version of \"Korvane\" is available (version 99.0)."));
 }
 
 TEST_F(MainWindowTest, ThePreferencesOnBoxTakesTheTabOutAndPutsTheSamePageBack)

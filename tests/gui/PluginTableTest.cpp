@@ -101,9 +101,10 @@ TEST_F(PluginTableTest, CellsComeFromTheManagerAndAChangeRepaintsOnlyItsRow)
     EXPECT_EQ(changed.at(0).at(0).value<QModelIndex>().row(), birchRow);
     EXPECT_EQ(changed.at(0).at(1).value<QModelIndex>().row(), birchRow);
     EXPECT_EQ(birch.data(Qt::CheckStateRole), Qt::Checked);
-    // Marked, not applied: the tip still says where the plug-in lies.
-    EXPECT_EQ(birch.data(Qt::ToolTipRole),
-              folder(TypeAU, LocUserDisabled) + "/Birch Delay.component");
+    // Marked, not applied: the tip still says where the plug-in lies, and what Apply will do.
+    EXPECT_EQ(birch.data(Qt::ToolTipRole), folder(TypeAU, LocUserDisabled)
+                                               + "/Birch Delay.component\n"
+                                                 "Switched on at the next Apply");
 
     // The architecture column follows the manager, and the rows stay where they were.
     au->showArchitectureColumn(true);

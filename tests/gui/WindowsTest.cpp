@@ -17,6 +17,7 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QStandardPaths>
 #include <QTableWidget>
 #include <QTest>
 
@@ -105,7 +106,8 @@ TEST_F(WindowsTest, LaunchScriptFollowsTheChosenFormatsAndIsSavedAsShown)
     context->manager(TypeVST)->selectSetIndex(1);
     LaunchScript *script = context->script();
     script->setLayout(LaunchScript::Layout::Shell);
-    script->setToolPath("/opt/korvane/KorvaneCMD");
+    const QString tool = QStandardPaths::findExecutable("true"); // a program that is there
+    script->setToolPath(tool);
     LaunchScriptPanel panel(*script, context->formats());
     panel.openScriptWindow();
 
@@ -114,8 +116,10 @@ TEST_F(WindowsTest, LaunchScriptFollowsTheChosenFormatsAndIsSavedAsShown)
     EXPECT_FALSE(panel.segment(TypeRTAS)->isChecked());
     QTest::keyClicks(panel.hostCommand(), "ardour8 \"My Session\"");
     const QString shown = "#!/bin/sh\n# KorvaneCMD launch script\nset -e\n"
-                          "'/opt/korvane/KorvaneCMD' -VST 'Live'\n"
-                          "exec 'ardour8' 'My Session'\n";
+                          "'"
+                          + tool + "' --root '" + root() + "' --home '" + home()
+                          + "' -VST 'Live'\n"
+                            "exec 'ardour8' 'My Session'\n";
     EXPECT_EQ(panel.scriptText()->toPlainText(), shown);
 
     // What the text holds when saved is what is written, a person's edit included.

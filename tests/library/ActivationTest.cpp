@@ -237,6 +237,20 @@ TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)
         QVariantList({QVariantList{"Foo.component", moved, outside, climbing}}));
 }
 
+// A companion added in the info panel once moved only after the next rescan.
+TEST_F(ActivationTest, ACompanionAddedSinceTheScanMovesWithTheFirstApply)
+{
+    setPref("AUMoveContent", true);
+    addAU(LocSystemActive, "Foo.component");
+    const QString preset = B::makeFile(folder(TypeAU, 0) + "/Sub", "Foo.preset");
+    au->rescan();
+    au->itemAt(0)->addContent(preset); // what the info panel's Add does
+    mark(au, "Foo.component", false);
+    au->apply();
+    EXPECT_TRUE(QFileInfo(auPath(1, "Sub/Foo.preset")).isFile());
+    EXPECT_FALSE(exists(preset));
+}
+
 // What a move across file systems leaves when its process dies at each step, and what the next
 // scan makes of it: one whole copy under the plug-in's name, nothing half-copied in sight.
 TEST_F(ActivationTest, TheNextScanLeavesOneWholeCopyUnderTheName)

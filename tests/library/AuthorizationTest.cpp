@@ -86,8 +86,7 @@ TEST_F(AuthorizationTest, RightsAreAskedForOnceNeverForNothingAndDroppedOnce)
     auth.deauthenticate();
     EXPECT_EQ(dropped, 1);
     EXPECT_EQ(auth.authorizationRef(), 0u);
-    EXPECT_TRUE(auth.requestActivationRight()); // on a reference of its own, released at once
-    EXPECT_EQ(backend.frees, (QList<QPair<AuthorizationRef, quint32>>{{ref, 8}, {ref + 1, 0}}));
+    EXPECT_EQ(backend.frees, (QList<QPair<AuthorizationRef, quint32>>{{ref, 8}}));
 }
 
 TEST_F(AuthorizationTest, RefusalRunsNothingALongPathIsRefusedAndArgumentsAreCapped)
@@ -162,12 +161,6 @@ TEST_F(AuthorizationTest, PolkitAsksOncePerActionAndNeverForPlainChecks)
     for (const QStringList &check : polkit.checks)
         EXPECT_FALSE(check.contains("--allow-user-interaction"));
     EXPECT_EQ(polkit.execs, (QList<QStringList>{{"/usr/sbin/tool", "-x"}}));
-    // The program's own right: one pkcheck that may ask, and no pkexec.
-    polkit.checks.clear();
-    EXPECT_TRUE(auth.requestActivationRight());
-    const QString pid = QString::number(QCoreApplication::applicationPid());
-    EXPECT_EQ(polkit.checks, (QList<QStringList>{{"--action-id", "com.velmora.korvane.activate",
-                                                  "--process", pid, "--allow-user-interaction"}}));
     // Refused outright, nothing reaches pkexec; nor does a tool pkexec would take for an option.
     auth.deauthenticate();
     polkit.checkAnswer = 1;
@@ -175,12 +168,6 @@ TEST_F(AuthorizationTest, PolkitAsksOncePerActionAndNeverForPlainChecks)
     polkit.checkAnswer = 0;
     EXPECT_FALSE(auth.executeAsRoot("--user", QStringList{"root"}));
     EXPECT_EQ(polkit.execs.size(), 1);
-
-    // The shipped policy declares that right, with defaults polkit knows.
-    const QString policy = readText(KORVANE_POLICY_FILE);
-    EXPECT_EQ(policy.count("<action id="), 1);
-    EXPECT_TRUE(policy.contains(QString("id=\"%1\"").arg(Authorization::ActivationRight)));
-    EXPECT_EQ(policy.count("auth_admin_keep</allow_"), 3);
 }
 
 // A process whose own name imitates the line of PID 1 is still found, and killed, as itself.

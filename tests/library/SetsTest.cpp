@@ -86,12 +86,40 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
     EXPECT_TRUE(item(au, "B.component")->isActive());
     EXPECT_FALSE(au->isApplyEnabled());
 
-    ui.alertAnswers << AlertAnswer::Alternate; // Discard the change
+    // Apply asks about the set by its name, and Cancel leaves set, marks and disk alone.
+    ui.alertAnswers << AlertAnswer::Third << AlertAnswer::Second; // Cancel, then Don't Save
     au->changeItem(item(au, "B.component"), "AUActive", false);
     au->apply();
-    EXPECT_EQ(ui.alertMessages(), QStringList({"Save changes to Set"}));
+    EXPECT_EQ(ui.alertMessages(), QStringList({"Save changes to the set “one”?"}));
+    EXPECT_EQ(ui.alerts.last().buttons, QStringList({"Save", "Don't Save", "Cancel"}));
+    EXPECT_TRUE(au->isSetChanged() && au->isApplyEnabled());
+    au->apply();
     EXPECT_FALSE(au->isSetChanged());
     EXPECT_EQ(au->selectedSetIndex(), 0);
+    EXPECT_FALSE(au->isApplyEnabled());
+}
+
+// A set saved into a folder that refuses it once appeared in the pop-up and the name field with
+// no file behind it. The failure is said, Save As asks again, and nothing takes the name.
+TEST_F(SetsTest, ASetThatCannotBeWrittenIsSaidAndNeitherListedNorNamed)
+{
+    const QString locked = homePath("Locked");
+    QDir().mkpath(locked);
+    ImmutableGuard guard(locked);
+    if (!guard.ok())
+        GTEST_SKIP() << "no immutable attribute on this file system";
+    const QStringList titles = au->setTitles();
+    const QString name = au->currentSetName();
+    ui.savePanelAnswers << locked + "/Live Gig.aukorv"; // then the panel is cancelled
+    EXPECT_FALSE(au->saveSetAs());
+    EXPECT_EQ(ui.savePanels.size(), 2); // asked again after the failure, where it failed
+    EXPECT_EQ(ui.savePanels.last().directory, locked);
+    EXPECT_EQ(ui.alertMessages(), QStringList{"The set “Live Gig” was not saved"});
+    EXPECT_TRUE(ui.alerts.first().informativeText.startsWith("Could not save " + locked
+                                                             + "/Live Gig.aukorv: "));
+    EXPECT_EQ(au->setTitles(), titles);
+    EXPECT_EQ(au->currentSetName(), name);
+    EXPECT_FALSE(QFileInfo::exists(locked + "/Live Gig.aukorv"));
 }
 
 TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemoved)

@@ -73,7 +73,8 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
 
     addAU(LocUserActive, "Baz.component");
     ui = {};
-    ui.alertAnswers << AlertAnswer::Second; // All Files, then Cancel before the third
+    // All Files; Cancel for Baz, which is installed; then Cancel before the third.
+    ui.alertAnswers << AlertAnswer::Second << AlertAnswer::Third;
     ui.cancelAt = 3;
     EXPECT_TRUE(au->installDropped(
         {drops + "/readme.txt", drops + "/Baz.component", drops + "/Last.component"}));
@@ -85,6 +86,38 @@ TEST_F(TableTest, DropInstallsIntoTheUsersFolderWithoutOverwriting)
         ui.progressDetails.contains(QString("%1 of %1").arg(QLocale().formattedDataSize(size))));
     EXPECT_TRUE(
         logText().endsWith(QString("Stopped, not installed: %1/Last.component\n").arg(drops)));
+}
+
+// A drop of a plug-in installed in the system folder once made an active second copy beside it
+// without a word. The person hears where it is, with its version, and chooses.
+TEST_F(TableTest, ADropOfAnInstalledPlugInSaysWhereAndReplacesOrKeepsBothSwitchedOff)
+{
+    const QString drops = homePath("drops");
+    B::makeAudioUnit(drops, "Foo.component", MachO::intel());
+    const QString system = auPath(LocSystemActive, "Foo.component");
+    for (const AlertAnswer answer : {AlertAnswer::Third, AlertAnswer::Second}) {
+        ui.alertAnswers << AlertAnswer::First << answer; // install recognised, then the choice
+        EXPECT_TRUE(au->installDropped({drops + "/Foo.component"}));
+    }
+    ASSERT_EQ(ui.alerts.size(), 4);
+    EXPECT_EQ(ui.alerts.at(1).messageText, "“Foo.component” is already installed");
+    EXPECT_TRUE(ui.alerts.at(1).informativeText.startsWith("Installed: " + system
+                                                           + " (version 1.0)\nDropped: " + drops
+                                                           + "/Foo.component (version 1.0)"))
+        << ui.alerts.at(1).informativeText.toStdString();
+    EXPECT_EQ(ui.alerts.at(1).buttons, QStringList({"Replace", "Keep Both", "Cancel"}));
+    // Cancel copied nothing; Keep Both put the new one beside, switched off.
+    EXPECT_TRUE(exists(system));
+    EXPECT_FALSE(exists(auPath(LocUserActive, "Foo.component")));
+    EXPECT_TRUE(exists(auPath(LocUserDisabled, "Foo.component")));
+
+    // Replace: every installed copy to the trash, the dropped one where a drop installs.
+    ui.alertAnswers << AlertAnswer::First << AlertAnswer::First;
+    EXPECT_TRUE(au->installDropped({drops + "/Foo.component"}));
+    EXPECT_FALSE(exists(system) || exists(auPath(LocUserDisabled, "Foo.component")));
+    EXPECT_TRUE(exists(auPath(LocUserActive, "Foo.component")));
+    EXPECT_TRUE(exists(homePath(".local/share/Trash/files/Foo.component")));
+    EXPECT_EQ(names(au).count("Foo.component"), 1);
 }
 
 // Highest row first, so that the rows still to go keep their places; a row marked but not yet

@@ -2,7 +2,9 @@
 
 #include "core/Texts.h"
 #include "gui/table/PluginTableView.h"
+#include "library/ChangeSummary.h"
 #include "library/FormatManager.h"
+#include "library/UnsavedWork.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -61,8 +63,13 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
     bar->addSpacing(12);
     bar->addWidget(m_apply);
 
+    // What Apply will do, before anyone presses it.
+    m_status = new QLabel(this);
+    m_status->setObjectName(QStringLiteral("lbChanges") + prefix);
+    m_status->setTextFormat(Qt::PlainText);
+
     auto *search = new QHBoxLayout;
-    search->addStretch(1);
+    search->addWidget(m_status, 1);
     search->addWidget(m_search, 1);
 
     auto *layout = new QVBoxLayout(this);
@@ -75,15 +82,33 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
     connect(save, &QPushButton::clicked, this, [this] { m_manager.saveSet(); });
     connect(saveAs, &QPushButton::clicked, this, [this] { m_manager.saveSetAs(); });
     connect(m_apply, &QPushButton::clicked, this, [this] { m_manager.apply(); });
-    connect(m_sets, &QComboBox::activated, this, [this](int index) { m_manager.selectSet(index); });
+    connect(m_sets, &QComboBox::activated, this, [this](int index) {
+        // Another set replaces the marks and the open set's edits: asked first.
+        if (index != m_manager.selectedSetIndex() && !UnsavedWork::settle(m_manager)) {
+            showSets(); // the pop-up goes back to the set still open
+            return;
+        }
+        m_manager.selectSet(index);
+    });
     connect(m_search, &QLineEdit::textChanged, m_table, &PluginTableView::setFilterText);
 
     connect(&manager, &FormatManager::applyEnabledChanged, m_apply, &QPushButton::setEnabled);
     connect(&manager, &FormatManager::currentSetNameChanged, m_name, &QLineEdit::setText);
     connect(&manager, &FormatManager::setsChanged, this, &FormatTab::showSets);
+    for (auto changed : {&FormatManager::itemsReset, &FormatManager::itemsReordered})
+        connect(&manager, changed, this, &FormatTab::showChanges);
+    connect(&manager, &FormatManager::itemsChanged, this, &FormatTab::showChanges);
+    connect(&manager, &FormatManager::itemRemoved, this, &FormatTab::showChanges);
+    connect(&manager, &FormatManager::applyEnabledChanged, this, &FormatTab::showChanges);
     m_apply->setEnabled(manager.isApplyEnabled());
+    showChanges();
     m_name->setText(manager.currentSetName());
     showSets();
+}
+
+void FormatTab::showChanges()
+{
+    m_status->setText(ChangeSummary::of(m_manager).text());
 }
 
 void FormatTab::focusSearch()

@@ -4,6 +4,7 @@
 
 class QComboBox;
 class QLineEdit;
+class QLabel;
 class QPushButton;
 
 namespace korvane {
@@ -24,17 +25,20 @@ public:
     QLineEdit *searchField() const { return m_search; }
     QComboBox *setList() const { return m_sets; }
     QPushButton *applyButton() const { return m_apply; }
+    QLabel *changesLine() const { return m_status; } // what Apply will do
 
     void focusSearch();
 
 private:
     QPushButton *makeButton(const QString &name, const QString &text);
     void showSets();
+    void showChanges();
 
     FormatManager &m_manager;
     QComboBox *m_sets = nullptr;
     QLineEdit *m_name = nullptr;
     QPushButton *m_apply = nullptr;
+    QLabel *m_status = nullptr;
     QLineEdit *m_search = nullptr;
     PluginTableView *m_table = nullptr;
 };

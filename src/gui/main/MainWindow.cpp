@@ -7,6 +7,7 @@
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "gui/main/FormatTab.h"
+#include "gui/table/PluginTableView.h"
 #include "gui/windows/AboutPanel.h"
 #include "gui/windows/GroupEditorWindow.h"
 #include "gui/windows/InfoPanel.h"
@@ -15,7 +16,9 @@
 #include "gui/windows/PreferencesWindow.h"
 #include "gui/windows/UpdateCheckCommand.h"
 #include "library/AudioUnitSolo.h"
+#include "library/BulkMarks.h"
 #include "library/FormatManager.h"
+#include "library/UnsavedWork.h"
 
 #include <QCloseEvent>
 #include <QMenuBar>
@@ -63,6 +66,7 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     new LaunchScriptPanel(*context.script(), context.formats(), this);
     m_preferences = new PreferencesWindow(*context.pref(), m_main, this);
     m_about = new AboutPanel(*context.about(), this);
+    m_updates = new UpdateCheckCommand(m_main.ui(), this);
 
     makeFileMenu();
     makeEditMenu();
@@ -106,7 +110,11 @@ QAction *MainWindow::action(const char *name) const
 
 void MainWindow::startWhenRunning()
 {
-    QTimer::singleShot(0, this, [this] { m_main.start(); });
+    QTimer::singleShot(0, this, [this] {
+        m_main.start();
+        if (m_context.pref()->checksForUpdatesAtStartup())
+            m_updates->runAtStartup();
+    });
 }
 
 void MainWindow::saveState()
@@ -124,6 +132,10 @@ void MainWindow::shutDown()
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
+    if (!m_shutDown && !m_main.settleUnsavedWork()) {
+        event->ignore();
+        return;
+    }
     shutDown();
     event->accept();
     emit closed();
@@ -180,14 +192,45 @@ void MainWindow::makePlugInsMenu()
 {
     QMenu *menu = menuBar()->addMenu(korvane::tr("&Plug-Ins"));
     AppController &main = m_main;
-    addItem(menu, "miAllOn", korvane::tr("All On"), [&main] { main.setAllActive(); });
-    addItem(menu, "miAllOff", korvane::tr("All Off"), [&main] { main.setAllInactive(); });
-    addItem(menu, "miGroupOn", korvane::tr("Group On"), [&main] { main.setGroupActive(); });
-    addItem(menu, "miGroupOff", korvane::tr("Group Off"), [&main] { main.setGroupInactive(); });
-    addItem(menu, "miSelectedOn", korvane::tr("Selected On"),
-            [&main] { main.setSelectedActive(); });
-    addItem(menu, "miSelectedOff", korvane::tr("Selected Off"),
-            [&main] { main.setSelectedInactive(); });
+    // Each acts on the tab in front and on the rows it shows (BulkMarks).
+    const auto bulk = [this](bool active, bool selectedOnly) {
+        return [this, active, selectedOnly] {
+            FormatTab *page = frontPage();
+            if (!page)
+                return;
+            if (selectedOnly)
+                BulkMarks::selected(page->table()->manager(), active);
+            else
+                BulkMarks::all(page->table()->manager(), page->table()->bulkView(), active);
+        };
+    };
+    addItem(menu, "miAllOn", korvane::tr("All On"), bulk(true, false));
+    addItem(menu, "miAllOff", korvane::tr("All Off"), bulk(false, false));
+    // The groups by name, never "the group of whatever row is selected".
+    for (const bool active : {true, false}) {
+        QMenu *groups = menu->addMenu(active ? korvane::tr("Group On") : korvane::tr("Group Off"));
+        groups->setObjectName(active ? QStringLiteral("menuGroupOn")
+                                     : QStringLiteral("menuGroupOff"));
+        connect(groups, &QMenu::aboutToShow, this, [this, groups, active] {
+            groups->clear();
+            FormatTab *page = frontPage();
+            const QStringList names =
+                page ? BulkMarks::groupsInUse(page->table()->manager()) : QStringList();
+            for (const QString &name : names) {
+                QAction *item =
+                    groups->addAction(QString(name).replace(u'&', QStringLiteral("&&")));
+                connect(item, &QAction::triggered, this, [this, name, active] {
+                    if (FormatTab *front = frontPage())
+                        BulkMarks::group(front->table()->manager(), front->table()->bulkView(),
+                                         name, active);
+                });
+            }
+            if (names.isEmpty())
+                groups->addAction(korvane::tr("No plug-in is in a group"))->setEnabled(false);
+        });
+    }
+    addItem(menu, "miSelectedOn", korvane::tr("Selected On"), bulk(true, true));
+    addItem(menu, "miSelectedOff", korvane::tr("Selected Off"), bulk(false, true));
     m_groupMenu = menu->addMenu(korvane::tr("Set Group"));
     m_groupMenu->setObjectName(QStringLiteral("menuGroups"));
     addItem(m_groupMenu, "miGroupNone", korvane::tr("none"),
@@ -207,8 +250,11 @@ void MainWindow::makePlugInsMenu()
                 (manager->*command)();
         };
     };
-    addItem(menu, "miRescan", korvane::tr("Rescan"), QKeySequence::Refresh,
-            front(&FormatManager::rescan));
+    addItem(menu, "miRescan", korvane::tr("Rescan"), QKeySequence::Refresh, [this] {
+        // A rescan reads the disk again: marks and set edits would go without a word.
+        if (FormatManager *manager = frontManager(); manager && UnsavedWork::settle(*manager))
+            manager->rescan();
+    });
     addItem(menu, "miInfo", korvane::tr("Info"), front(&FormatManager::requestInfo));
     addItem(menu, "miDuplicates", korvane::tr("Duplicates"),
             front(&FormatManager::reportDuplicates));
@@ -235,7 +281,7 @@ void MainWindow::makeHelpMenu()
 {
     QMenu *menu = menuBar()->addMenu(korvane::tr("&Help"));
     addItem(menu, "miCheckForUpdate", korvane::tr("Check for Update"),
-            [this] { UpdateCheckCommand::run(m_main.ui()); });
+            [this] { m_updates->run(); });
     addItem(menu, "miAbout", korvane::tr("About Korvane"), [this] { m_about->openAbout(); });
 }
 

@@ -16,6 +16,7 @@ class AppContext;
 class FormatTab;
 class AppController;
 class PreferencesWindow;
+class UpdateCheckCommand;
 class FormatManager;
 
 // The main window: one tab per format the controller shows, in its order, and the menus. Every
@@ -32,6 +33,7 @@ public:
     FormatTab *page(int type) const { return m_pages.value(type); } // kept while its tab is out
     FormatTab *frontPage() const;
     QAction *action(const char *name) const; // a menu item by its object name
+    UpdateCheckCommand *updates() const { return m_updates; }
 
     // The controller's start once the event loop runs: scans and default sets.
     void startWhenRunning();
@@ -71,6 +73,7 @@ private:
     QList<QAction *> m_groupItems;
     PreferencesWindow *m_preferences = nullptr;
     AboutPanel *m_about = nullptr;
+    UpdateCheckCommand *m_updates = nullptr;
     bool m_shutDown = false;
     bool m_showingTabs = false;
 };

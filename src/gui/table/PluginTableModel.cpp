@@ -1,10 +1,16 @@
 #include "gui/table/PluginTableModel.h"
 
 #include "core/Texts.h"
+#include "library/ChangeSummary.h"
 #include "library/FormatManager.h"
+#include "library/RightsApply.h"
 #include "os/PathBytes.h"
 
+#include <QFont>
+#include <QIcon>
 #include <QMimeData>
+#include <QPainter>
+#include <QPixmap>
 #include <QSet>
 #include <QUrl>
 
@@ -15,6 +21,39 @@ namespace {
 const QString kActive = QStringLiteral("AUActive");
 const QString kGlobal = QStringLiteral("AUGlobal");
 const QString kGroup = QStringLiteral("AUGroup");
+const QString kName = QStringLiteral("AUName");
+
+// The row marks: a pending change (a filled orange circle) and a plug-in that changes only with
+// administrator rights (a small padlock). Drawn here, so no icon theme is needed.
+QIcon markIcon(bool lock)
+{
+    static const QIcon icons[2] = {[] {
+                                       QPixmap pixmap(16, 16);
+                                       pixmap.fill(Qt::transparent);
+                                       QPainter painter(&pixmap);
+                                       painter.setRenderHint(QPainter::Antialiasing);
+                                       painter.setPen(Qt::NoPen);
+                                       painter.setBrush(QColor(0xe0, 0x80, 0x10));
+                                       painter.drawEllipse(QRectF(3, 3, 10, 10));
+                                       return QIcon(pixmap);
+                                   }(),
+                                   [] {
+                                       QPixmap pixmap(16, 16);
+                                       pixmap.fill(Qt::transparent);
+                                       QPainter painter(&pixmap);
+                                       painter.setRenderHint(QPainter::Antialiasing);
+                                       painter.setPen(QPen(QColor(0x60, 0x60, 0x60), 1.6));
+                                       painter.setBrush(Qt::NoBrush);
+                                       painter.drawArc(QRectF(4.5, 1.5, 7, 8), 0, 180 * 16);
+                                       painter.drawLine(QPointF(4.5, 5.5), QPointF(4.5, 7.5));
+                                       painter.drawLine(QPointF(11.5, 5.5), QPointF(11.5, 7.5));
+                                       painter.setPen(Qt::NoPen);
+                                       painter.setBrush(QColor(0x60, 0x60, 0x60));
+                                       painter.drawRoundedRect(QRectF(3, 7, 10, 8), 1.5, 1.5);
+                                       return QIcon(pixmap);
+                                   }()};
+    return icons[lock ? 1 : 0];
+}
 
 } // namespace
 
@@ -43,7 +82,7 @@ QString PluginTableModel::title(const QString &identifier)
 {
     static const QList<QPair<QString, const char *>> titles{
         {kActive, "Active"},
-        {QStringLiteral("AUName"), "Name"},
+        {kName, "Name"},
         {kGlobal, "Global"},
         {kGroup, "Group"},
         {QStringLiteral("AUType"), "Type"},
@@ -83,9 +122,35 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
         if (!isCheckColumn(id))
             return QVariant();
         return FormatManager::valueOf(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
-    case Qt::ToolTipRole:
+    case Qt::ToolTipRole: {
         // Where the plug-in lies now, also for a row marked but not applied yet.
-        return displayName(m_manager.plugins().pathOnDisk(*item));
+        QString tip = displayName(m_manager.plugins().pathOnDisk(*item));
+        if (ChangeSummary::isMarked(m_manager, *item))
+            tip += QLatin1Char('\n')
+                   + (item->isActive() ? korvane::tr("Switched on at the next Apply")
+                                       : korvane::tr("Switched off at the next Apply"));
+        if (RightsApply::needsRights(m_manager, *item))
+            tip += QLatin1Char('\n')
+                   + korvane::tr("Changes only with administrator rights: you cannot write in "
+                                 "its system folder");
+        return tip;
+    }
+    case Qt::DecorationRole:
+        if (id != kName)
+            return QVariant();
+        if (ChangeSummary::isMarked(m_manager, *item))
+            return markIcon(false);
+        if (RightsApply::needsRights(m_manager, *item))
+            return markIcon(true);
+        return QVariant();
+    case Qt::FontRole:
+        if (!ChangeSummary::isMarked(m_manager, *item))
+            return QVariant();
+        {
+            QFont bold;
+            bold.setBold(true);
+            return bold;
+        }
     case Qt::AccessibleTextRole:
         if (isCheckColumn(id))
             return FormatManager::valueOf(*item, id).toBool() ? korvane::tr("on")

@@ -150,6 +150,20 @@ PluginTableView::~PluginTableView()
         saveColumns();
 }
 
+BulkMarks::View PluginTableView::bulkView() const
+{
+    BulkMarks::View view;
+    const int rows = m_proxy->rowCount();
+    view.shown.reserve(rows);
+    for (int row = 0; row < rows; ++row)
+        if (PluginPtr item = m_manager.itemAt(m_proxy->mapToSource(m_proxy->index(row, 0)).row()))
+            view.shown << item;
+    // A table not laid out yet counts as the screen a person would see: about thirty rows.
+    const int rowHeight = std::max(1, verticalHeader()->defaultSectionSize());
+    view.screenful = viewport()->height() > rowHeight ? viewport()->height() / rowHeight : 30;
+    return view;
+}
+
 void PluginTableView::setFilterText(const QString &text)
 {
     m_proxy->setFilterText(text);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "library/BulkMarks.h"
+
 #include <QPointer>
 #include <QTableView>
 #include <QTimer>
@@ -25,6 +27,9 @@ public:
     FormatManager &manager() const { return m_manager; }
     // Shows only the rows whose name, group, location or architecture contain text.
     void setFilterText(const QString &text);
+
+    // The bulk commands' view of the table: the rows the filter shows, and how many fit.
+    BulkMarks::View bulkView() const;
 
     PluginTableModel &tableModel() const { return *m_model; }
     PluginFilterProxy &filterProxy() const { return *m_proxy; }

@@ -3,6 +3,7 @@
 #include "app/AboutText.h"
 #include "core/Texts.h"
 
+#include <QLabel>
 #include <QTextBrowser>
 #include <QVBoxLayout>
 
@@ -19,8 +20,15 @@ AboutPanel::AboutPanel(AboutText &about, QWidget *parent)
     // The text is ours, but nothing in it is followed: no file or address opens from here.
     m_text->setOpenLinks(false);
     m_text->setOpenExternalLinks(false);
+    auto *version = new QLabel(korvane::tr("Korvane %1").arg(AboutText::version()), this);
+    version->setObjectName(QStringLiteral("stVersion"));
+    version->setTextFormat(Qt::PlainText);
+    version->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    version->setContentsMargins(8, 6, 8, 2);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(version);
     layout->addWidget(m_text);
     resize(460, 380);
 }

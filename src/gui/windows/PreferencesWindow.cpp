@@ -106,8 +106,6 @@ QWidget *PreferencesWindow::makeFormatPage(const Format &format)
     controls.activateAfterLoading =
         makeBox(format, "ActivateAfterLoading", korvane::tr("Apply a set as soon as it is opened"),
                 &PreferencesPage::activateAfterLoading);
-    controls.showMessage =
-        makeBox(format, "ShowMessage", korvane::tr("Show message"), &PreferencesPage::showMessage);
     controls.on =
         makeBox(format, "On", korvane::tr("Use these plug-ins (a tab in the main window)"),
                 &PreferencesPage::on);
@@ -123,9 +121,8 @@ QWidget *PreferencesWindow::makeFormatPage(const Format &format)
     controls.type =
         makeBox(format, "Type", korvane::tr("Show the Type column"), &PreferencesPage::typeColumn);
 
-    for (QCheckBox *box :
-         {controls.on, controls.activateAfterLoading, controls.showMessage, controls.showContent,
-          controls.moveContent, controls.scanSubfolders, controls.type}) {
+    for (QCheckBox *box : {controls.on, controls.activateAfterLoading, controls.showContent,
+                           controls.moveContent, controls.scanSubfolders, controls.type}) {
         if (box)
             layout->addWidget(box);
     }
@@ -164,7 +161,6 @@ void PreferencesWindow::showControls()
         const FormatPage &page = m_pages.at(type);
         const PreferencesPage &c = controls.pages.at(type);
         page.defaultSet->setText(c.defaultSet);
-        page.showMessage->setChecked(c.showMessage);
         page.activateAfterLoading->setChecked(c.activateAfterLoading);
         page.on->setChecked(c.on);
         page.showContent->setChecked(c.showContent);

@@ -33,7 +33,6 @@ protected:
 private:
     struct FormatPage {
         QLineEdit *defaultSet = nullptr;
-        QCheckBox *showMessage = nullptr;
         QCheckBox *activateAfterLoading = nullptr;
         QCheckBox *on = nullptr;
         QCheckBox *showContent = nullptr;

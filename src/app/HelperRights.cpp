@@ -1,0 +1,40 @@
+#include "app/HelperRights.h"
+
+#include "helper/PrivilegedMover.h"
+
+namespace korvane {
+
+RightsMover::Outcome HelperRights::move(const QList<QPair<QString, QString>> &moves)
+{
+    QList<helper::Move> asked;
+    for (const auto &[from, to] : moves)
+        asked << helper::Move{from, to};
+    const PrivilegedMover::Outcome run = PrivilegedMover(m_roots).run(asked);
+    Outcome outcome;
+    outcome.said = PrivilegedMover::describe(run);
+    for (const PrivilegedMover::Result &result : run.results)
+        outcome.results << Result{result.ok, result.error, result.code};
+    using State = PrivilegedMover::State;
+    switch (run.state) {
+    case State::Done:
+        outcome.state = RightsMover::State::Done;
+        break;
+    case State::Failed:
+        outcome.state = RightsMover::State::Failed;
+        break;
+    case State::Cancelled:
+    case State::NoAgent:
+    case State::NoPolkit:
+    case State::NoHelper:
+        outcome.state = RightsMover::State::NotGranted;
+        break;
+    case State::Refused:
+    case State::LockBusy:
+    case State::Broken:
+        outcome.state = RightsMover::State::Refused;
+        break;
+    }
+    return outcome;
+}
+
+} // namespace korvane

@@ -1,0 +1,206 @@
+#include "library/RightsApply.h"
+
+#include "core/AppServices.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
+#include "core/Texts.h"
+#include "core/UserInterface.h"
+#include "library/DistributionGuard.h"
+#include "library/FormatManager.h"
+#include "library/RightsMover.h"
+#include "os/FileOperations.h"
+#include "os/SystemLog.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace korvane {
+
+namespace {
+
+// The folder a new item in folder would be made in: folder, or its nearest existing parent.
+QString existingFolder(const FileOperations &files, QString folder)
+{
+    while (!folder.isEmpty() && !files.isDirectory(folder)) {
+        const QString parent = QFileInfo(folder).absolutePath();
+        if (parent == folder)
+            break;
+        folder = parent;
+    }
+    return folder;
+}
+
+bool writable(const FileOperations &files, const QString &folder)
+{
+    return files.isWritable(existingFolder(files, folder));
+}
+
+// Whether korvane-helper serves the folder: the system folders of the built-in rows alone. It
+// reads no environment, so a folder a host's variable adds is not its to change, and one such
+// move in a request would have the whole request refused.
+bool helperServes(const FormatManager &manager, const QString &folder)
+{
+    const Format &format = manager.traits();
+    const Format *builtIn = FormatTable::builtIn().find(format.type);
+    if (!builtIn || builtIn->prefix != format.prefix)
+        return false;
+    for (int loc = 0; loc < builtIn->locationCount(); ++loc)
+        if (builtIn->isSystem(loc) && manager.locations().folderPath(*builtIn, loc) == folder)
+            return true;
+    return false;
+}
+
+// One pending change that needs rights.
+struct Pending {
+    int record = -1;
+    QString name;
+    QString from;
+    QString to;
+    bool switchOn = false;
+    QString relative; // below the format's system folder it comes from
+};
+
+// A few lines of a long list, then how many more.
+QString someOf(const QStringList &lines)
+{
+    constexpr int kShown = 10;
+    QString text = lines.mid(0, kShown).join(QLatin1Char('\n'));
+    if (lines.size() > kShown)
+        text += QLatin1Char('\n') + korvane::tr("and %1 more").arg(lines.size() - kShown);
+    return text;
+}
+
+} // namespace
+
+bool RightsApply::needsRights(const FormatManager &manager, const Plugin &item)
+{
+    if (!item.isGlobal())
+        return false;
+    const Format &format = manager.traits();
+    const int loc = item.locationCode(format);
+    // No rights change what the distribution owns: such a plug-in is refused, not elevated.
+    if (format.isDistributionOwned(loc))
+        return false;
+    const FileOperations &files = manager.files();
+    // The other folder of its pair: where switching it on or off puts it.
+    const QString other = manager.locations().folderPath(format, loc ^ 1);
+    return !writable(files, item.location()) || !writable(files, other);
+}
+
+void RightsApply::run(FormatManager &manager, RightsMover &mover)
+{
+    FileOperations &files = manager.files();
+    // Pair 1 is every row's first user pair: where a copy for the person alone goes.
+    const QString userFolder = manager.locations().folderPath(manager.traits(), LocUserActive);
+    const DistributionGuard guard(manager.traits(), manager.locations());
+    QList<Pending> pending;
+    const QList<PluginRecord> &records = manager.plugins().records();
+    for (qsizetype i = 0; i < records.size(); ++i) {
+        const PluginRecord &record = records.at(i);
+        if (record.isProcessed())
+            continue;
+        const PluginPtr item = manager.itemAt(manager.findRow(record.name(), record.id()));
+        if (!item || !item->isGlobal())
+            continue;
+        // The distribution's folders first: the apply refuses those with the package named, and
+        // no rights are asked for a move that may not happen at all.
+        if (guard.owns(record.folder()) || guard.owns(item->location()))
+            continue;
+        const QString from = record.folder() + QLatin1Char('/') + record.name();
+        const QString to = item->location() + QLatin1Char('/') + item->name();
+        if (writable(files, record.folder()) && writable(files, item->location()))
+            continue;
+        // Left to the apply, which says its failure as for any folder it cannot write.
+        if (!helperServes(manager, record.folder()) || !helperServes(manager, item->location()))
+            continue;
+        // The record's folder is the format folder it was found in, whichever pair that is.
+        pending << Pending{int(i), record.name(),    from,
+                           to,     item->isActive(), QDir(record.folder()).relativeFilePath(from)};
+    }
+    if (pending.isEmpty())
+        return;
+
+    QList<QPair<QString, QString>> moves;
+    for (const Pending &change : std::as_const(pending))
+        moves << qMakePair(change.from, change.to);
+    const RightsMover::Outcome outcome = mover.move(moves);
+    AppServices &services = manager.services();
+    UserInterface &ui = manager.ui();
+    // Settled either way: what is left is said here, and the apply that follows would only meet
+    // "Permission denied" once per plug-in.
+    for (const Pending &change : std::as_const(pending))
+        manager.settleRecord(change.record);
+
+    if (outcome.state == RightsMover::State::Done)
+        return;
+    if (outcome.state == RightsMover::State::Failed) {
+        QStringList failed;
+        for (qsizetype i = 0; i < pending.size() && i < outcome.results.size(); ++i) {
+            const RightsMover::Result &result = outcome.results.at(i);
+            if (result.ok)
+                continue;
+            failed << korvane::tr("%1: %2").arg(pending.at(i).name, result.error);
+            services.appendLog(
+                korvane::tr("%1 stays in %2: %3\n")
+                    .arg(pending.at(i).name, QFileInfo(pending.at(i).from).path(), result.error));
+        }
+        Alert alert;
+        alert.messageText = korvane::tr("%1 of %2 system plug-ins could not be moved")
+                                .arg(failed.size())
+                                .arg(pending.size());
+        alert.informativeText = someOf(failed);
+        alert.buttons = {korvane::tr("OK")};
+        ui.runAlert(alert);
+        return;
+    }
+    if (outcome.state == RightsMover::State::Refused) {
+        systemLog(QStringLiteral("System plug-ins not moved: ") + outcome.said);
+        services.appendLog(korvane::tr("System plug-ins not moved: %1\n").arg(outcome.said));
+        Alert alert;
+        alert.messageText = korvane::tr("Plug-ins not moved");
+        alert.informativeText = outcome.said;
+        alert.buttons = {korvane::tr("OK")};
+        ui.runAlert(alert);
+        return;
+    }
+
+    // No rights: said once for the whole apply, with what can be done without them.
+    QList<Pending> copyable;
+    for (const Pending &change : std::as_const(pending)) {
+        if (change.switchOn)
+            copyable << change;
+    }
+    QStringList names;
+    for (const Pending &change : std::as_const(pending))
+        names << change.name;
+    Alert alert;
+    alert.messageText = korvane::tr("Administrator rights are needed to switch %1 system plug-ins")
+                            .arg(pending.size());
+    QString text = outcome.said + QStringLiteral("\n\n") + someOf(names);
+    if (!copyable.isEmpty())
+        text += QStringLiteral("\n\n")
+                + korvane::tr("Korvane can copy the %1 to be switched on into your own plug-in "
+                              "folder instead, where they are on for you alone. The system "
+                              "folders stay as they are.")
+                      .arg(copyable.size());
+    alert.informativeText = text;
+    alert.addedButtons = true;
+    alert.buttons = copyable.isEmpty()
+                        ? QStringList{korvane::tr("Leave Them")}
+                        : QStringList{korvane::tr("Copy to My Folder"), korvane::tr("Leave Them")};
+    services.appendLog(korvane::tr("System plug-ins not switched: %1\n").arg(outcome.said));
+    if (ui.runAlert(alert) != AlertAnswer::First || copyable.isEmpty())
+        return;
+    for (const Pending &change : std::as_const(copyable)) {
+        const QString target = userFolder + QLatin1Char('/') + change.relative;
+        services.createFolders(target);
+        FileError error;
+        if (files.copy(change.from, target, &error)) {
+            services.appendLog(korvane::tr("Copied %1 to %2\n").arg(change.from, target));
+        } else if (services.askToProceedAfter(error) == FileErrorAnswer::Stop) {
+            break;
+        }
+    }
+}
+
+} // namespace korvane

@@ -1,0 +1,122 @@
+#include "core/DataFileSaver.h"
+
+#include "codec/PropertyList.h"
+#include "core/AppServices.h"
+#include "support/ServicesFixture.h"
+
+#include <QDir>
+#include <functional>
+
+namespace korvane {
+namespace {
+
+const QString kSupport = QStringLiteral("Library/Application Support/Korvane");
+
+// The person at the screen, who may fix the folder before pressing Try Again.
+class FixingUi : public ScriptedUi {
+public:
+    std::function<void()> beforeAnswer;
+    AlertAnswer runAlert(const Alert &alert) override
+    {
+        if (beforeAnswer)
+            beforeAnswer();
+        return ScriptedUi::runAlert(alert);
+    }
+};
+
+class DataFileSaverTest : public TestRoots {
+protected:
+    DataFileSaver saver(UserInterface &ui)
+    {
+        return DataFileSaver(disk(), ui, homePath("Documents"),
+                             [this](const QString &line) { log << line.trimmed(); });
+    }
+    QString file() const { return homePath(kSupport + "/groups.plist"); }
+    QStringList log;
+};
+
+TEST_F(DataFileSaverTest, AFailedWriteNamesTheFileAndWhyAndTryAgainWritesOnceTheFolderIsFixed)
+{
+    QDir().mkpath(homePath(kSupport));
+    auto guard = std::make_unique<ImmutableGuard>(homePath(kSupport));
+    if (!guard->ok())
+        GTEST_SKIP() << "chattr +i not supported here";
+    FixingUi ui;
+    ui.beforeAnswer = [&] {
+        if (ui.alerts.size() == 1)
+            guard.reset(); // the second question comes after the folder was fixed
+    };
+    ui.alertAnswers << AlertAnswer::First << AlertAnswer::First; // Try Again, twice
+    EXPECT_TRUE(saver(ui).write(file(), "<plist/>"));
+    ASSERT_EQ(ui.alerts.size(), 2);
+    const Alert &alert = ui.alerts.first();
+    EXPECT_EQ(alert.messageText, "“groups.plist” could not be saved.");
+    EXPECT_TRUE(alert.informativeText.startsWith("Could not save " + file() + ": "))
+        << alert.informativeText.toStdString();
+    EXPECT_EQ(alert.buttons, QStringList({"Try Again", "Save Elsewhere...", "Cancel"}));
+    EXPECT_EQ(readText(file()), "<plist/>");
+    EXPECT_EQ(log.size(), 2); // each failure in the log window too
+}
+
+TEST_F(DataFileSaverTest, SaveElsewhereKeepsACopyAndCancelAsksNoMoreForThatFileUntilItIsWritten)
+{
+    // No support folder, and a home where none can be made: the folder's failure is the reason.
+    QDir().mkpath(homePath("Library"));
+    ImmutableGuard guard(homePath("Library"));
+    if (!guard.ok())
+        GTEST_SKIP() << "chattr +i not supported here";
+    ScriptedUi ui;
+    const QString copy = homePath("Documents/groups copy.plist");
+    ui.alertAnswers << AlertAnswer::Second << AlertAnswer::Third << AlertAnswer::Third;
+    ui.savePanelAnswers << copy;
+    DataFileSaver s = saver(ui);
+    EXPECT_FALSE(s.write(file(), "<plist>1</plist>"));
+    EXPECT_EQ(readText(copy), "<plist>1</plist>");
+    ASSERT_EQ(ui.savePanels.size(), 1);
+    EXPECT_EQ(ui.savePanels.first().directory, homePath("Documents"));
+    EXPECT_EQ(ui.savePanels.first().fileName, "groups.plist");
+    EXPECT_TRUE(ui.alerts.first().informativeText.contains("could not be made"));
+    EXPECT_TRUE(log.last().startsWith("Saved a copy of " + file() + " as " + copy));
+
+    EXPECT_FALSE(s.write(file(), "<plist>2</plist>")); // Cancel
+    EXPECT_FALSE(s.write(file(), "<plist>3</plist>")); // logged, not asked again
+    EXPECT_EQ(ui.alerts.size(), 2);
+    EXPECT_TRUE(log.last().startsWith("Could not save " + file()));
+}
+
+TEST_F(DataFileSaverTest, NobodyToAnswerIsToldOnceAndReadOnlyRunsWriteNothing)
+{
+    QDir().mkpath(homePath(kSupport));
+    ImmutableGuard guard(homePath(kSupport));
+    if (!guard.ok())
+        GTEST_SKIP() << "chattr +i not supported here";
+    struct Nobody : ScriptedUi {
+        bool isInteractive() const override { return false; }
+    } ui;
+    EXPECT_FALSE(saver(ui).write(file(), "<plist/>"));
+    ASSERT_EQ(ui.alerts.size(), 1);
+    EXPECT_EQ(ui.alerts.first().buttons, QStringList{"OK"});
+}
+
+// The group registry written at quit into a support folder someone made unwritable.
+TEST_F(DataFileSaverTest, TheGroupRegistryAtQuitAsksInsteadOfLosingTheNewGroup)
+{
+    QDir().mkpath(homePath(kSupport));
+    ScriptedUi ui;
+    AppServices services(RunParts{locations(), disk(), ui, FormatTable::builtIn()});
+    services.addGroup();
+    ImmutableGuard guard(homePath(kSupport));
+    if (!guard.ok())
+        GTEST_SKIP() << "chattr +i not supported here";
+    ui.alertAnswers << AlertAnswer::Second;
+    ui.savePanelAnswers << homePath("Documents/groups.plist");
+    services.saveGroupRegistry();
+    ASSERT_EQ(ui.alerts.size(), 1);
+    EXPECT_EQ(
+        PropertyList::readArray(homePath("Documents/groups.plist")).value_or(QVariantList()).size(),
+        services.groups().size());
+    EXPECT_TRUE(services.logText().contains("Could not save " + homePath(kSupport)));
+}
+
+} // namespace
+} // namespace korvane
