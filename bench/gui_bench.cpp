@@ -41,7 +41,7 @@ public:
 
 double elapsedMs(const QElapsedTimer &timer)
 {
-    return timer.nsecsElapsed() / 1e6;
+    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
 }
 
 QString ms(double value)
@@ -141,9 +141,9 @@ void measureGui(int n, QTextStream &out)
     // Typing into the search field and clearing it again, a keystroke at a time.
     const QString typed = QStringLiteral("plug07");
     QStringList steps;
-    for (int i = 1; i <= typed.size(); ++i)
+    for (qsizetype i = 1; i <= typed.size(); ++i)
         steps << typed.left(i);
-    for (int i = typed.size() - 1; i >= 0; --i)
+    for (qsizetype i = typed.size() - 1; i >= 0; --i)
         steps << typed.left(i);
     double filterWorst = 0;
     double filterTotal = 0;
@@ -189,7 +189,8 @@ void measureGui(int n, QTextStream &out)
     out << "gui_sort_best_ms: " << ms(sortBest) << "\n";
     out << "gui_sort_worst_ms: " << ms(sortWorst) << "\n";
     out << "gui_sort_keeps_selection: " << (selectionKept ? "yes" : "no") << "\n";
-    out << "gui_filter_keystroke_mean_ms: " << ms(filterTotal / steps.size()) << "\n";
+    out << "gui_filter_keystroke_mean_ms: " << ms(filterTotal / static_cast<double>(steps.size()))
+        << "\n";
     out << "gui_filter_keystroke_worst_ms: " << ms(filterWorst) << "\n";
     out << "gui_visible_rows: " << visible << "\n";
     out << "gui_rows_painted_per_scroll: " << ms(double(rowsPainted) / pages) << "\n";

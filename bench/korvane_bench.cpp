@@ -73,30 +73,30 @@ void buildLibrary(const Locations &locations, int n)
         const int type = format.type;
         for (int i = 0; i < perFormat; ++i) {
             const QString folder = locations.folderPath(format, i % 4);
-            const auto format = (i % 2) ? PluginLibraryBuilder::Binary : PluginLibraryBuilder::Xml;
+            const auto plist = (i % 2) ? PluginLibraryBuilder::Binary : PluginLibraryBuilder::Xml;
             const QString base = QStringLiteral("Plug%1").arg(i, 5, 10, QLatin1Char('0'));
             const bool plain = type != TypeAU && i % 8 == 7;
             switch (type) {
             case TypeAU:
-                PluginLibraryBuilder::makeAudioUnit(folder, base + ".component", header(i), format);
+                PluginLibraryBuilder::makeAudioUnit(folder, base + ".component", header(i), plist);
                 break;
             case TypeVST:
                 if (plain)
                     PluginLibraryBuilder::makeFile(folder, base, QStringLiteral("aPcs"));
                 else
-                    PluginLibraryBuilder::makeVST(folder, base + ".vst", header(i), format);
+                    PluginLibraryBuilder::makeVST(folder, base + ".vst", header(i), plist);
                 break;
             case TypeRTAS:
                 if (plain)
                     PluginLibraryBuilder::makeFile(folder, base, QStringLiteral("TDMw"));
                 else
-                    PluginLibraryBuilder::makeRTAS(folder, base + ".dpm", header(i), format);
+                    PluginLibraryBuilder::makeRTAS(folder, base + ".dpm", header(i), plist);
                 break;
             case TypeMAS:
                 if (plain)
                     PluginLibraryBuilder::makeFile(folder, base, QStringLiteral("Mas!"));
                 else
-                    PluginLibraryBuilder::makeMAS(folder, base + ".bundle", header(i), format);
+                    PluginLibraryBuilder::makeMAS(folder, base + ".bundle", header(i), plist);
                 break;
             }
         }
@@ -171,7 +171,7 @@ double bestOf(int runs, const std::function<void()> &work)
         QElapsedTimer timer;
         timer.start();
         work();
-        best = std::min(best, timer.nsecsElapsed() / 1e6);
+        best = std::min(best, static_cast<double>(timer.nsecsElapsed()) / 1e6);
     }
     return best;
 }
@@ -213,12 +213,12 @@ void measure(int n, QTextStream &out)
     for (const PluginPtr &item : au->items())
         item->setActive(!item->isActive());
     const QString setPath = home.path() + "/bench.aukorv";
-    au->writeSet(setPath);
+    au->sets().writeSet(setPath);
     au->rescan();
     // These two are compared across the sizes, so both sizes take the best of the same number of
     // runs: more tries at the small size alone would lower its minimum and inflate the ratio.
     const int sizeRuns = 5;
-    const double openSet = bestOf(sizeRuns, [&] { au->mergeSet(setPath); });
+    const double openSet = bestOf(sizeRuns, [&] { au->sets().mergeSet(setPath); });
 
     // Every name twice: the system and the user folder hold the same plug-ins.
     QList<PluginPtr> doubled = au->items();
@@ -276,7 +276,7 @@ double timedRenames(const QString &from, const QString &to)
     for (const QString &name : names)
         std::rename(QFile::encodeName(from + QLatin1Char('/') + name).constData(),
                     QFile::encodeName(to + QLatin1Char('/') + name).constData());
-    return timer.nsecsElapsed() / 1e6;
+    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
 }
 
 double megabytesIn(const QString &folder)
@@ -354,7 +354,7 @@ void measureApply(QTextStream &out)
     QElapsedTimer timer;
     timer.start();
     run(QStringLiteral("cp"), {QStringLiteral("-a"), on, copy});
-    const double cpToTmpfs = timer.nsecsElapsed() / 1e6;
+    const double cpToTmpfs = static_cast<double>(timer.nsecsElapsed()) / 1e6;
     QDir(copy).removeRecursively();
     au->rescan();
     double rescanMs = 0;
@@ -362,7 +362,7 @@ void measureApply(QTextStream &out)
     const QString back = root.path() + QStringLiteral("/cp-a");
     timer.restart();
     run(QStringLiteral("cp"), {QStringLiteral("-a"), off, back});
-    const double cpToDisk = timer.nsecsElapsed() / 1e6;
+    const double cpToDisk = static_cast<double>(timer.nsecsElapsed()) / 1e6;
     QDir(back).removeRecursively();
     const double toDisk = timedApply(au, true, &rescanMs);
     out << "cross_mb_1000: " << QString::number(megabytes, 'f', 1) << "\n";

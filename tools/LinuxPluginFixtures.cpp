@@ -166,7 +166,7 @@ QString LinuxPluginFixtures::makeVst3Bundle(const QString &folder, const QString
 {
     if (insideUsr(folder))
         return {};
-    const QString bundle = folder + u'/' + name + QStringLiteral(".vst3");
+    QString bundle = folder + u'/' + name + QStringLiteral(".vst3");
     for (const QString &architecture : architectures) {
         const QString dir = bundle + QStringLiteral("/Contents/") + architecture;
         QDir().mkpath(dir);

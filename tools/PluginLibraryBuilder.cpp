@@ -63,7 +63,7 @@ QString PluginLibraryBuilder::makeBundle(const QString &folder, const QString &n
                                          const QByteArray &header, const QVariantMap &extraInfo,
                                          PlistFormat format, const QString &executable)
 {
-    const QString bundle = folder + QLatin1Char('/') + name;
+    QString bundle = folder + QLatin1Char('/') + name;
     QDir().mkpath(bundle + QStringLiteral("/Contents/MacOS"));
 
     QVariantMap info;
@@ -91,7 +91,7 @@ QString PluginLibraryBuilder::makeBundle(const QString &folder, const QString &n
 QString PluginLibraryBuilder::makeFile(const QString &folder, const QString &name,
                                        const QString &typeCode, const QByteArray &data)
 {
-    const QString path = folder + QLatin1Char('/') + name;
+    QString path = folder + QLatin1Char('/') + name;
     QDir().mkpath(QFileInfo(path).path());
     writeFile(path, data);
     const QByteArray code = typeCode.toLatin1();

@@ -197,9 +197,9 @@ public:
         manager.rescan();
         for (const PluginPtr &item : manager.items())
             item->setActive(wanted.value(item->name(), On) == On);
-        const QString path = m_workspace.path() + "/" + name + ".aukorv";
+        QString path = m_workspace.path() + "/" + name + ".aukorv";
         QFile::remove(path);
-        manager.writeSet(path);
+        manager.sets().writeSet(path);
         manager.rescan();
         return path;
     }
@@ -277,7 +277,7 @@ public:
     // Another person's home beside the library's own, made when missing.
     QString otherHome(const QString &name) const
     {
-        const QString home = m_workspace.path() + "/" + name;
+        QString home = m_workspace.path() + "/" + name;
         QDir().mkpath(home);
         return home;
     }
@@ -463,7 +463,7 @@ Totals injectedRounds(Library &library, const Settings &settings, QRandomGenerat
             library.resize(library.usedKb() + 1024);
         }
         auto process = library.start(settings.cmd, set);
-        QThread::msleep(random.bounded(30));
+        QThread::msleep(random.bounded(30U));
         if (kind == "immutable") {
             locked = random.bounded(2) ? library.folder(Library::On) : library.folder(Library::Off);
             run("chattr", {"+i", locked});
@@ -523,12 +523,12 @@ Totals overlapRounds(Library &library, const Settings &settings, QRandomGenerato
         const int toolCount = window ? appliers - 1 : appliers;
         for (int k = 0; k < toolCount; ++k) {
             tools.push_back(library.start(settings.cmd, paths[k]));
-            QThread::msleep(random.bounded(20));
+            QThread::msleep(random.bounded(20U));
         }
         if (window) {
             FormatManager &au = library.au();
             au.rescan();
-            au.mergeSet(paths.last());
+            au.sets().mergeSet(paths.last());
             au.applyPending();
         }
         for (auto &tool : tools) {
@@ -569,7 +569,7 @@ Totals homesRounds(Library &library, const Settings &settings, QRandomGenerator 
         std::vector<std::unique_ptr<QProcess>> tools;
         for (int k = 0; k < 2; ++k) {
             tools.push_back(library.start(settings.cmd, sets[(k + round) % 2], homes[k]));
-            QThread::msleep(random.bounded(5));
+            QThread::msleep(random.bounded(5U));
         }
         for (auto &tool : tools) {
             tool->waitForFinished(-1);
@@ -619,7 +619,7 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
     library.core().main()->storeContent({"Plug00000.component", "Library/Kept/Data"});
     library.core().main()->saveGroupRegistry();
     au.saveGroups();
-    au.saveSetList();
+    au.sets().saveSetList();
     const Locations locations(Roots::at(library.root(), library.home()));
     QStringList files;
     for (const QString &name : entriesOf(locations.supportFolderPath()))
@@ -629,7 +629,7 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
     const QByteArray written = writtenData();
     int survived = 0, finished = 0, killed = 0, temporaries = 0;
     for (int round = 0; round < settings.dataRounds; ++round) {
-        const QString path = files.at(round % files.size());
+        const QString &path = files.at(round % files.size());
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly)) {
             totals.notes << "no data file at " + path;

@@ -82,10 +82,10 @@ int main(int argc, char *argv[])
     main.start();
     FormatManager &au = *context.manager(TypeAU);
     FormatManager &vst = *context.manager(TypeVST);
-    au.writeSet(live);
-    vst.writeSet(studio);
-    au.selectSet(1);
-    vst.selectSet(1);
+    au.sets().writeSet(live);
+    vst.sets().writeSet(studio);
+    au.sets().selectSet(1);
+    vst.sets().selectSet(1);
 
     bool ok = true;
     {

@@ -5,6 +5,7 @@ packages=(cmake g++ make pkg-config qt6-base-dev libplist-dev libgtest-dev libgm
   libxml2-utils polkitd                                # the polkit policy and its DTD
   clang libclang-rt-dev                                # the fuzzing harnesses (libFuzzer)
   clang-format                                         # the committed code style, checked in CI
+  ninja-build clang-tidy                               # the dev preset: Ninja, the committed .clang-tidy
   qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools     # lupdate, lrelease and their CMake package
   qt6-translations-l10n                                # Qt's own texts in the user's language
   desktop-file-utils appstream librsvg2-bin groff-base  # checks of the desktop files and man page

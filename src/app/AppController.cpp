@@ -94,9 +94,9 @@ void AppController::start()
         manager->rescan();
         const QString set = pref->defaultSet(type).value_or(QString());
         if (!set.isEmpty() && files().exists(set))
-            manager->openDefaultSet(set);
+            manager->sets().openDefaultSet(set);
         else
-            pref->setDefaultSet(type, QStringLiteral("no set"));
+            pref->setDefaultSet(type, SetController::noSetTitle());
     }
 }
 
@@ -107,7 +107,7 @@ void AppController::saveState()
     for (FormatManager *manager : std::as_const(m_managers))
         manager->saveGroups();
     for (FormatManager *manager : std::as_const(m_managers))
-        manager->saveSetList();
+        manager->sets().saveSetList();
     m_pref->setDefaultType(activeType());
 }
 
@@ -271,7 +271,7 @@ void AppController::newSet()
 {
     // A new set starts from the disk: marks and set edits would go without a word.
     if (FormatManager *manager = managerByIdentifier(); manager && UnsavedWork::settle(*manager))
-        manager->newSet();
+        manager->sets().newSet();
 }
 
 bool AppController::settleUnsavedWork()
@@ -286,19 +286,19 @@ bool AppController::settleUnsavedWork()
 void AppController::openSet()
 {
     if (FormatManager *manager = managerByIdentifier())
-        manager->openSet();
+        manager->sets().openSet();
 }
 
 void AppController::saveSet()
 {
     if (FormatManager *manager = managerByIdentifier())
-        manager->saveSet();
+        manager->sets().saveSet();
 }
 
 void AppController::saveSetAs()
 {
     if (FormatManager *manager = managerByIdentifier())
-        manager->saveSetAs();
+        manager->sets().saveSetAs();
 }
 
 void AppController::moveSelectedToTrash()

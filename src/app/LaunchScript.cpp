@@ -288,7 +288,7 @@ void LaunchScript::build(bool tell)
         if (!m_selectedFormats.at(type))
             continue;
         FormatManager *manager = m_managers.value(type);
-        const QString set = manager ? manager->selectedSet() : QString();
+        const QString set = manager ? manager->sets().selectedSet() : QString();
         if (!set.isNull()) {
             arguments << m_services.formats().at(type).commandLineFlag() << set;
             continue;

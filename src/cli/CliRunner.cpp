@@ -8,6 +8,7 @@
 #include "cli/ShownText.h"
 #include "cli/TextTable.h"
 #include "core/Locations.h"
+#include "library/MovePlan.h"
 #include "library/SetDocument.h"
 #include "probe/ProbeRunner.h"
 
@@ -20,8 +21,6 @@
 #include <QTextStream>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <map>
 #include <tuple>
 
@@ -215,122 +214,40 @@ void mark(FormatManager &manager, const PluginPtr &item, bool on)
     manager.updateRecord(item);
 }
 
-QString folderOf(const QString &path)
-{
-    return path.left(path.lastIndexOf(QLatin1Char('/')));
-}
-
-// The apply's own reasons, in its words, for the moves a check can tell will fail.
-const QString kOnePlace =
-    QStringLiteral("The source and the target are one and the same; nothing was moved");
-const QString kOtherCopy =
-    QStringLiteral("Another installed copy of the plug-in lies there; both copies are kept");
-const QString kUnwritable =
-    QStringLiteral("The folder cannot be changed (no write access, locked or read-only)");
-
-// The folder a move would have to change and cannot: the source's, or the target's (its nearest
-// existing ancestor while it is still to be made); empty when both can be changed.
-QString unwritableFolder(const FileOperations &files, const QString &from, const QString &to)
-{
-    if (!files.isWritable(folderOf(from)))
-        return folderOf(from);
-    QString target = folderOf(to);
-    while (!target.isEmpty() && !files.exists(target))
-        target = folderOf(target);
-    return target.isEmpty() || files.isWritable(target) ? QString() : target;
-}
-
+// The apply's plan for the pending changes, as a check reports it: a move the apply would make,
+// with a warning for what it would put in the trash, or the refusal or failure it would meet.
 struct Foreseen {
     MoveOutcome move;
     MoveReport::Outcome outcome = MoveReport::Would;
     const Plugin *item = nullptr;
-    QString warning; // what the move would put in the trash
+    QString warning;
 };
 
-// The moves an apply of the pending changes would make, in its order, with what the scan and a
-// look at each target tell of their outcome: a target that is another installed copy refuses the
-// move, an identical copy there or a stranger's file goes to the trash, a folder that is the
-// source's own or cannot be written (access(2) sees an immutable folder and a read-only file
-// system, for root too) fails it. Only what a move alone finds out (a full disk, a stale sidecar
-// in the way) is not foreseen. The apply's rules are kept here rather than the apply run on
-// pretended file operations, whose pretended success is the one answer a check must not give.
-QList<Foreseen> foreseeMoves(const FileOperations &files, const FormatManager &manager)
+Foreseen foreseen(const PlannedMove &planned)
 {
-    const PluginList &list = manager.plugins();
-    QSet<QString> installed;
-    for (const PluginRecord &record : list.records())
-        installed.insert(record.folder() + QLatin1Char('/') + record.name());
-
-    QList<Foreseen> foreseen;
-    for (const PluginRecord &record : list.records()) {
-        if (record.isProcessed())
-            continue;
-        Foreseen next;
-        MoveOutcome &move = next.move;
-        move.name = record.name();
-        move.from = record.folder() + QLatin1Char('/') + move.name;
-        move.ok = false;
-        move.enabled = false;
-        const int index = list.findRow(move.name, record.id());
-        if (index < 0) {
-            next.outcome = MoveReport::Failed;
-            move.error = {move.from, QStringLiteral("No plug-in matches the pending change")};
-            foreseen << next;
-            continue;
-        }
-        next.item = list.at(index).get();
-        move.to = next.item->location() + QLatin1Char('/') + move.name;
-        move.enabled = next.item->isActive();
-        const auto fail = [&](const QString &at, const QString &reason,
-                              MoveReport::Outcome outcome = MoveReport::Failed) {
-            next.outcome = outcome;
-            move.error = {at, reason};
-        };
-
-        const std::optional<FileIdentity> sourceFolder = files.identity(folderOf(move.from), true);
-        const std::optional<FileIdentity> targetFolder = files.identity(folderOf(move.to), true);
-        const std::optional<FileIdentity> here = files.identity(move.from, false);
-        const std::optional<FileIdentity> there = files.identity(move.to, false);
-        const bool scannedThere = installed.contains(move.to);
-        const QString unwritable = here ? unwritableFolder(files, move.from, move.to) : QString();
-        if (sourceFolder && targetFolder && sourceFolder->isSameItem(*targetFolder)) {
-            fail(folderOf(move.to), kOnePlace);
-        } else if (!here) {
-            fail(move.from, QString::fromLocal8Bit(std::strerror(ENOENT)));
-        } else if (there && here->isSameItem(*there)) {
-            fail(move.to, kOnePlace);
-        } else if (scannedThere && files.holdsAllOf(move.to, move.from)
-                   && files.holdsAllOf(move.from, move.to)) {
-            // The trash takes it out of its folder.
-            if (!files.isWritable(folderOf(move.from)))
-                fail(folderOf(move.from), kUnwritable);
-            else
-                next.warning = QStringLiteral("%1 is already at %2; the identical copy from %3 "
-                                              "would go to the trash")
-                                   .arg(move.name, move.to, move.from);
-        } else if (scannedThere
-                   || (there && there->isFolder
-                       && std::any_of(installed.cbegin(), installed.cend(),
-                                      [&](const QString &path) {
-                                          return path.startsWith(move.to + QLatin1Char('/'));
-                                      }))
-                   || (there
-                       && manager.recognise(
-                           manager.traits().recognitionTakesFullPath ? move.to : move.name))) {
-            fail(move.to, kOtherCopy, MoveReport::Refused);
-        } else if (!unwritable.isEmpty()) {
-            fail(unwritable, kUnwritable);
-        } else if (there) {
-            next.warning =
-                QStringLiteral("%1 is in the way and would go to the trash").arg(move.to);
-        }
-        if (next.outcome == MoveReport::Would) {
-            installed.remove(move.from);
-            installed.insert(move.to);
-        }
-        foreseen << next;
+    Foreseen next{{planned.name, planned.from, planned.to, planned.enabled, false, planned.error},
+                  MoveReport::Would,
+                  planned.item.get(),
+                  QString()};
+    switch (planned.verdict) {
+    case MoveVerdict::Move:
+        break;
+    case MoveVerdict::TrashIdentical:
+        next.warning = QStringLiteral("%1 is already at %2; the identical copy from %3 "
+                                      "would go to the trash")
+                           .arg(planned.name, planned.to, planned.from);
+        break;
+    case MoveVerdict::TrashInTheWay:
+        next.warning = QStringLiteral("%1 is in the way and would go to the trash").arg(planned.to);
+        break;
+    case MoveVerdict::OtherCopy:
+        next.outcome = MoveReport::Refused;
+        break;
+    default:
+        next.outcome = MoveReport::Failed;
+        break;
     }
-    return foreseen;
+    return next;
 }
 
 MoveReport::Outcome outcomeOf(const MoveOutcome &move)
@@ -733,12 +650,14 @@ void CliRunner::applyPending(CliSession &session, const Options &options, Format
     }
     // As the marks stand, except where the move would not be made.
     ActiveStates after = before;
-    for (const Foreseen &foreseen : foreseeMoves(session.files(), manager)) {
-        if (!foreseen.warning.isEmpty())
-            report.warning(QStringLiteral("KorvaneCMD: ") + shownLine(foreseen.warning));
-        add(foreseen.move, foreseen.outcome);
-        if (foreseen.item && foreseen.outcome == MoveReport::Would)
-            after[foreseen.item] = foreseen.item->isActive();
+    MovePlanner planner(session.files(), manager.traits(), manager.plugins(), manager.locations());
+    for (const PlannedMove &planned : planner.forecast()) {
+        const Foreseen next = foreseen(planned);
+        if (!next.warning.isEmpty())
+            report.warning(QStringLiteral("KorvaneCMD: ") + shownLine(next.warning));
+        add(next.move, next.outcome);
+        if (next.item && next.outcome == MoveReport::Would)
+            after[next.item] = next.item->isActive();
     }
     report.setAfter(format, activeNames(manager, after));
 }

@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <algorithm>
+#include <utility>
 
 namespace korvane {
 
@@ -13,13 +14,13 @@ namespace korvane {
 // always one line of output.
 inline QString shownLine(const QString &text)
 {
-    const QString name = displayName(text);
+    QString name = displayName(text);
     const auto escaped = [](QChar c) { return c.unicode() < 0x20 || c == u'\\' || c == u'\x7f'; };
     if (std::none_of(name.cbegin(), name.cend(), escaped))
         return name;
     QString shown;
     shown.reserve(name.size());
-    for (const QChar c : name) {
+    for (const QChar c : std::as_const(name)) {
         switch (c.unicode()) {
         case u'\\':
             shown += QLatin1String("\\\\");

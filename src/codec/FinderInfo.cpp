@@ -272,9 +272,9 @@ bool FinderInfo::setFileType(const QString &path, quint32 code)
     if (path.isEmpty() || ::stat(pathBytes(path).constData(), &existing) != 0)
         return false;
     QByteArray info(kFinderInfoSize, '\0');
-    if (const std::optional<QByteArray> existing = finderInfoAttribute(path))
-        info.replace(0, qMin<qsizetype>(existing->size(), kFinderInfoSize),
-                     existing->left(kFinderInfoSize));
+    if (const std::optional<QByteArray> current = finderInfoAttribute(path))
+        info.replace(0, qMin<qsizetype>(current->size(), kFinderInfoSize),
+                     current->left(kFinderInfoSize));
     qToBigEndian(code, info.data());
     const QByteArray name = pathBytes(path);
     if (::setxattr(name.constData(), kWritableFinderInfoAttribute, info.constData(),

@@ -373,17 +373,15 @@ private:
         char32_t value = 0;
         for (int i = 0; i < count; ++i) {
             const char c = peek();
-            int digit;
-            if (atEnd())
-                digit = -1;
-            else if (c >= '0' && c <= '9')
-                digit = c - '0';
-            else if (c >= 'a' && c <= 'f')
-                digit = c - 'a' + 10;
-            else if (c >= 'A' && c <= 'F')
-                digit = c - 'A' + 10;
-            else
-                digit = -1;
+            int digit = -1; // past the end, or not a digit
+            if (!atEnd()) {
+                if (c >= '0' && c <= '9')
+                    digit = c - '0';
+                else if (c >= 'a' && c <= 'f')
+                    digit = c - 'a' + 10;
+                else if (c >= 'A' && c <= 'F')
+                    digit = c - 'A' + 10;
+            }
             if (digit < 0) {
                 fail(QStringLiteral("expected a hexadecimal digit"));
                 return 0;

@@ -250,7 +250,7 @@ QString pathOfUri(const QString &uri)
         serd_file_uri_parse(reinterpret_cast<const uint8_t *>(utf8.constData()), nullptr);
     if (!path)
         return {};
-    const QString result = QDir::cleanPath(QFile::decodeName(reinterpret_cast<char *>(path)));
+    QString result = QDir::cleanPath(QFile::decodeName(reinterpret_cast<char *>(path)));
     serd_free(path);
     return result;
 }

@@ -46,10 +46,10 @@ struct PlistDeleter {
 };
 using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 
-quint64 readBigEndian(const uchar *p, int size)
+quint64 readBigEndian(const uchar *p, unsigned size)
 {
     quint64 value = 0;
-    for (int i = 0; i < size; ++i)
+    for (unsigned i = 0; i < size; ++i)
         value = (value << 8) | p[i];
     return value;
 }
@@ -100,12 +100,12 @@ bool binaryStructureWithinLimits(const QByteArray &bytes)
     if (size < quint64(kBinaryMagic.size()) + 32)
         return false;
     const uchar *trailer = data + size - 32;
-    const int offsetSize = trailer[6];
-    const int refSize = trailer[7];
+    const unsigned offsetSize = trailer[6];
+    const unsigned refSize = trailer[7];
     const quint64 objectCount = readBigEndian(trailer + 8, 8);
     const quint64 topObject = readBigEndian(trailer + 16, 8);
     const quint64 tableOffset = readBigEndian(trailer + 24, 8);
-    if (offsetSize < 1 || offsetSize > 8 || refSize < 1 || refSize > 8)
+    if (offsetSize == 0 || offsetSize > 8 || refSize == 0 || refSize > 8)
         return false;
     if (objectCount == 0 || objectCount > kMaxExpandedObjects || topObject >= objectCount)
         return false;
@@ -127,7 +127,7 @@ bool binaryStructureWithinLimits(const QByteArray &bytes)
         if (counted && *count == 0x0F) {
             if (offset + 2 > tableOffset || (data[offset + 1] & 0xF0) != 0x10)
                 return false;
-            const int width = 1 << (data[offset + 1] & 0x0F);
+            const unsigned width = 1U << (data[offset + 1] & 0x0F);
             if (width > 8 || offset + 2 + width > tableOffset)
                 return false;
             *count = readBigEndian(data + offset + 2, width);

@@ -62,7 +62,7 @@ public:
         if (readBytes(kSignatureLength) != QByteArrayView(kSignature))
             fail();
         readSigned(head()); // system version: every value seen so far is 1000, none matters here
-        const ArchivedObjectPtr root = readObjectGroup();
+        ArchivedObjectPtr root = readObjectGroup();
         // Bytes after the root group are left unread: documents written elsewhere may carry a
         // tail, and the set is whole without it.
         return root;
@@ -102,7 +102,7 @@ private:
         if (remaining() < qsizetype(sizeof(T)))
             fail();
         T value = qFromLittleEndian<T>(m_data + m_pos);
-        m_pos += sizeof(T);
+        m_pos += qsizetype(sizeof(T));
         return value;
     }
 
@@ -213,7 +213,7 @@ private:
     {
         const int h = head();
         if (h == kTagNew) {
-            const QByteArray text = readSharedString();
+            QByteArray text = readSharedString();
             m_table.append({Entry::CString, nullptr, text, false, {}});
             return text;
         }

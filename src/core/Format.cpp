@@ -15,6 +15,11 @@ std::array<QString, LocationCount> foldersOf(const Format &format)
 
 } // namespace
 
+QString FolderPair::disabled() const
+{
+    return Format::disabledFolderOf(active);
+}
+
 bool FolderPair::isDistributionFolder(const QString &written)
 {
     return (written == QLatin1String("/usr") || written.startsWith(QLatin1String("/usr/")))

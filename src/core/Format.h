@@ -1,42 +1,13 @@
 #pragma once
 
+#include "core/LocationCode.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
 #include <array>
 
 namespace korvane {
-
-// The built-in plug-in formats, in the order start-up and quit visit them. A table may hold more.
-enum TypeIndex { TypeAU = 0, TypeRTAS = 1, TypeMAS = 2, TypeVST = 3 };
-
-// A plug-in's place is a folder pair of its format and whether it lies in the pair's active folder:
-// location code 2 * pair + (disabled ? 1 : 0). Every row's pair 0 is system-wide and pair 1 the
-// user's, so codes 0..3 name the same four folders for every row; a row may list more pairs.
-enum LocationCode {
-    LocSystemActive = 0,
-    LocSystemDisabled = 1,
-    LocUserActive = 2,
-    LocUserDisabled = 3
-};
-constexpr int LocationCount = 4; // the codes of pairs 0 and 1
-inline bool isValidLocation(int loc)
-{
-    return loc >= 0 && loc < LocationCount;
-}
-inline bool isSystemLocation(int loc)
-{
-    return loc == LocSystemActive || loc == LocSystemDisabled;
-}
-inline bool isActiveLocation(int loc)
-{
-    return loc >= 0 && loc % 2 == 0;
-}
-inline int locationCode(bool global, bool active)
-{
-    return global ? (active ? LocSystemActive : LocSystemDisabled)
-                  : (active ? LocUserActive : LocUserDisabled);
-}
 
 // Which files say what a plug-in of the format is (see PluginMetadataReader).
 enum class FormatReading {
@@ -55,7 +26,7 @@ struct FolderPair {
     // Under /usr outside /usr/local: the distribution's package manager owns what lies there, and
     // nothing is moved, created or deleted in it.
     bool distributionOwned = false;
-    QString disabled() const { return active + QStringLiteral(" (Disabled)"); }
+    QString disabled() const;
     // Whether a folder as written lies where the distribution owns it.
     static bool isDistributionFolder(const QString &written);
 };
@@ -135,6 +106,11 @@ struct Format {
     // The pair a plug-in of that scope moves to: the first of the scope the distribution does not
     // own (pair 0 or 1 for every row).
     int firstPair(bool system) const;
+    // Where a plug-in switched off in an active folder goes: the sibling folder of that name.
+    static QString disabledFolderOf(const QString &activeFolder)
+    {
+        return activeFolder + QStringLiteral(" (Disabled)");
+    }
     QString tabIdentifier() const { return QStringLiteral("tab") + prefix; }
     QString preferencesTabIdentifier() const { return QStringLiteral("Pref") + prefix; }
     QString preferenceKey(const char *name) const { return prefix + QLatin1String(name); }

@@ -30,6 +30,11 @@ QString Locations::expand(const QString &path) const
     return result.isEmpty() ? result : QDir::cleanPath(result);
 }
 
+QString Locations::folderPath(const Format &format, int loc) const
+{
+    return expand(format.folder(loc));
+}
+
 std::array<QString, LocationCount> Locations::folderPaths(const Format &format) const
 {
     std::array<QString, LocationCount> folders;

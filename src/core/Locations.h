@@ -1,13 +1,15 @@
 #pragma once
 
-#include "core/Format.h"
+#include "core/LocationCode.h"
 #include "os/Roots.h"
 
 #include <QString>
+#include <array>
 
 namespace korvane {
 
 class FormatTable;
+struct Format;
 
 // Resolves the paths the program writes with "/Library" and "~" against one run's roots.
 class Locations {
@@ -20,7 +22,7 @@ public:
     QString expand(const QString &path) const;
 
     // A format's folder, expanded; empty for a location outside 0..3.
-    QString folderPath(const Format &format, int loc) const { return expand(format.folder(loc)); }
+    QString folderPath(const Format &format, int loc) const;
     // The four of pairs 0 and 1, by location code.
     std::array<QString, LocationCount> folderPaths(const Format &format) const;
     // Every pair's two, by location code.

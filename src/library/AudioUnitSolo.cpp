@@ -1,6 +1,7 @@
 #include "library/AudioUnitSolo.h"
 
 #include "core/AppServices.h"
+#include "core/Format.h"
 #include "core/Locations.h"
 #include "core/Texts.h"
 #include "library/FormatManager.h"
@@ -21,7 +22,7 @@ QString activePath(const Plugin &item)
 
 QString disabledPath(const Plugin &item)
 {
-    return QStringLiteral("%1 (Disabled)/%2").arg(item.location(), item.name());
+    return Format::disabledFolderOf(item.location()) + QLatin1Char('/') + item.name();
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "core/AppServices.h"
 #include "core/Locations.h"
 #include "core/UndoStack.h"
+#include "library/TableColumns.h"
 
 #include <QPointer>
 
@@ -11,10 +12,10 @@
 namespace korvane {
 
 FormatManager::FormatManager(const Format &format, const ManagerParts &parts)
-    : m_traits(format),
-      m_parts(parts), m_columns{QStringLiteral("AUActive"), QStringLiteral("AUName"),
-                                QStringLiteral("AUGlobal"), QStringLiteral("AUGroup")},
-      m_sortKeys{{QStringLiteral("AUName"), true, true}}
+    : m_traits(format), m_parts(parts), m_sets(*this, m_traits, m_parts),
+      m_scanner(m_traits, m_parts), m_columns{TableColumn::Active, TableColumn::Name,
+                                              TableColumn::Global, TableColumn::Group},
+      m_sortKeys{{TableColumn::Name, true, true}}
 {
 }
 
@@ -43,12 +44,6 @@ void FormatManager::setApplyEnabled(bool enabled)
     emit applyEnabledChanged(enabled);
 }
 
-void FormatManager::setCurrentSetName(const QString &name)
-{
-    m_setName = name;
-    emit currentSetNameChanged(name);
-}
-
 void FormatManager::announceChanged(const QList<PluginPtr> &items)
 {
     QList<int> rows;
@@ -63,10 +58,10 @@ void FormatManager::announceChanged(const QList<PluginPtr> &items)
     emit itemsChanged(rows);
 }
 
-void FormatManager::selectSetIndex(int index)
+void FormatManager::loadSetList()
 {
-    m_selectedSetIndex = index;
-    emit setsChanged();
+    m_sets.loadSetList();
+    setApplyEnabled(false);
 }
 
 void FormatManager::selectItems(const QList<PluginPtr> &items, const PluginPtr &lastSelected)
@@ -145,7 +140,7 @@ QList<PluginPtr> FormatManager::markItems(const QList<PluginPtr> &items, bool ac
         undo->setActionName(actionName);
     services().updateUndoTitle();
     services().updateRedoTitle();
-    m_setChanged = m_selectedSetIndex > 0;
+    m_sets.noteItemChanged();
     announceChanged(changed);
     return changed;
 }

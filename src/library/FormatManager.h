@@ -3,6 +3,8 @@
 #include "core/PluginList.h"
 #include "library/FormatSettings.h"
 #include "library/FormatTraits.h"
+#include "library/Scanner.h"
+#include "library/SetController.h"
 #include "os/FileOperations.h"
 
 #include <QList>
@@ -13,7 +15,6 @@
 #include <QVariant>
 #include <array>
 #include <functional>
-#include <memory>
 
 namespace korvane {
 
@@ -57,13 +58,6 @@ struct MoveOutcome {
     bool stopped = false;
 };
 
-// How a drop onto the table is to be treated.
-struct DropValidation {
-    int operation; // 0 none, 4 generic
-    int row;       // retargeted row
-    bool onRow;    // drop on a row (false: above)
-};
-
 // The manager of one format row: scanning, activation, sets, table, groups and maintenance. Every
 // format has one alike; what differs between formats is in the row.
 //
@@ -72,8 +66,6 @@ struct DropValidation {
 // per deleted row, and a reset only when a rescan rebuilt the list. The selection and the sort
 // order are the view's: it hands them over as they change, and the selection is kept by identity,
 // so no row number goes stale.
-class PluginMetadataReader;
-
 class FormatManager : public QObject {
     Q_OBJECT
 public:
@@ -121,41 +113,19 @@ public:
                                const QString &actionName);
 
     // --- Sets ----------------------------------------------------------------------------------
-    void loadSetList(); // the set pop-up from the sets file, apply off, window-load name
-    void newSet();
-    // Each true when the set is on disk; a failure is said and changes nothing else.
-    bool saveSet();   // to the current name; an untitled set asks for one (saveSetAs)
-    bool saveSetAs(); // asks for a name, then saveSetAs(path), asking again after a failure
-    bool saveSetAs(const QString &path);
-    void openSet(); // asks for a document, then openSet(path)
-    void openSet(const QString &path);
-    void openDefaultSet(const QString &path);
-    // Merges the document into the list, asks about what it names that is missing, and applies
-    // when the preferences say so.
-    void loadSet(const QString &path);
-    // The merge of loadSet alone: no dialog, no apply; the names of saved items that match none.
-    QStringList mergeSet(const QString &path);
+    SetController &sets() { return m_sets; }
+    const SetController &sets() const { return m_sets; }
+    void loadSetList(); // the set pop-up from the sets file, apply off
+    // Merges saved entries into the list; the names of saved items that match none.
     QStringList mergeItems(const QList<PluginPtr> &saved);
-    void selectSet(int index); // the pop-up's action with its new selection
-    bool offerToSaveSet();     // Save / Don't Save / Cancel; false: Cancel
-    void forgetSetEdits();     // Don't Save: the set is no longer the one shown
-    void saveSetList();
-    QString selectedSet() const; // null for "no set"
-    bool writeSet(const QString &path, FileError *error = nullptr) const;
 
     // --- Table ---------------------------------------------------------------------------------
     int rowCount() const { return m_list.count(); }
-    QVariant data(int row, const QString &column) const;
-    static QVariant valueOf(const Plugin &item, const QString &column);
-    void setData(int row, const QString &column, const QVariant &value);
     // A flag column toggles whatever value it is given (undoably); the group column sets it.
     void changeItem(const PluginPtr &item, const QString &column, const QVariant &value);
     // The view's current row changed: the info panel follows it.
     void setCurrentRow(int row);
     void sortBy(const QList<SortKey> &keys);
-    QStringList pathsOfRows(const QList<int> &rows) const;
-    DropValidation validateDrop(int proposedRow, bool proposedOnRow,
-                                bool fromInsideApplication) const;
     bool installDropped(const QStringList &paths);
 
     // --- Groups --------------------------------------------------------------------------------
@@ -181,11 +151,6 @@ public:
 
     // --- State the window shows ----------------------------------------------------------------
     bool isApplyEnabled() const { return m_applyEnabled; }
-    QString currentSetName() const { return m_setName; }
-    QStringList setTitles() const { return m_setTitles; }
-    int selectedSetIndex() const { return m_selectedSetIndex; }
-    void selectSetIndex(int index); // selection only, no action
-    bool isSetChanged() const { return m_setChanged; }
     QStringList columns() const { return m_columns; }
     QList<SortKey> sortKeys() const { return m_sortKeys; }
 
@@ -212,8 +177,6 @@ signals:
     void itemAboutToBeRemoved(int row);
     void itemRemoved(int row);
     void applyEnabledChanged(bool enabled);
-    void currentSetNameChanged(const QString &name);
-    void setsChanged();
     void columnsChanged();
     void selectionChanged();
     // For the info panel: a row was selected in the table, or the info command was given.
@@ -221,44 +184,22 @@ signals:
     void infoRequested(const PluginPtr &item, bool showContent);
 
 private:
-    struct ApplyRun;
     void setApplyEnabled(bool enabled);
-    void setCurrentSetName(const QString &name);
     void announceChanged(const QList<PluginPtr> &items);
     void sortPlugins();
-    // One folder's entries as the scan considers them: direct, or below it with subfolders on.
-    QStringList listFolder(int loc, const QString &folder) const;
-    // Finishes or undoes the moves cut short among the four folders; true when the folders are to
-    // be listed again.
-    bool settleInterruptedMoves(const QStringList &folders, const QList<QStringList> &listings);
-    MoveOutcome applyRecord(int recordIndex, ApplyRun &run);
-    MoveOutcome pendingOutcome(int recordIndex, PluginPtr *item = nullptr) const;
-    // Says text with its arguments filled in where a person will see it: the log window in the
-    // user's language, the system log and KorvaneCMD's standard error in English.
-    void tell(const char *text, const QStringList &args);
     // Sets an item's active flag, its place and its record; true when it is now pending.
     void markActive(const PluginPtr &item, bool active);
     void markAll(const std::function<bool(const Plugin &)> &which, bool active);
-    // Copies of at least this many bytes show their progress.
-    static constexpr qint64 LongCopyBytes = 4 * 1024 * 1024;
-    // Copy progress of the item-th (from 0, as it counts on) of count items, for the panel.
-    CopyProgress copyProgressFor(const int &item, int count) const;
 
     FormatTraits m_traits;
     ManagerParts m_parts;
     PluginList m_list;
-    bool m_setChanged = false;
+    SetController m_sets;
+    Scanner m_scanner;
     bool m_scanned = false;
     bool m_applyEnabled = false;
-    QString m_setName;
-    QStringList m_setTitles{QStringLiteral("no set")};
-    int m_selectedSetIndex = 0;
     QStringList m_columns;
     QList<SortKey> m_sortKeys;
-    // Pairs of the format's folders found to be one folder, each said once per run.
-    QSet<QString> m_saidOneFolder;
-    // What the plug-ins' files say, remembered across scans (PluginMetadataReader).
-    std::shared_ptr<PluginMetadataReader> m_metadata;
     QList<PluginPtr> m_selection; // in the order the view gave them
     PluginPtr m_lastSelected;
 };

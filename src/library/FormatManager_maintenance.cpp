@@ -6,6 +6,8 @@
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/PluginBackup.h"
+#include "library/Reporting.h"
+#include "library/TableColumns.h"
 #include "os/FileOperations.h"
 
 #include <QDateTime>
@@ -118,9 +120,10 @@ void FormatManager::moveSelectedToTrash()
         FileError error;
         // The item leaves the list either way; the next rescan shows one whose trash failed.
         if (files.moveToTrash(path, &error, &trashedTo))
-            tell(QT_TRANSLATE_NOOP("korvane", "%1 is now in the trash: %2"), {path, trashedTo});
+            tell(services(), QT_TRANSLATE_NOOP("korvane", "%1 is now in the trash: %2"),
+                 {path, trashedTo});
         else
-            tell(QT_TRANSLATE_NOOP("korvane", "%1 could not go to the trash: %2"),
+            tell(services(), QT_TRANSLATE_NOOP("korvane", "%1 could not go to the trash: %2"),
                  {path, error.reason});
         emit itemAboutToBeRemoved(row);
         m_list.removeAt(row);
@@ -138,9 +141,9 @@ void FormatManager::showArchitectureColumn(bool visible)
 {
     // Showing twice adds a second column and hiding removes one; callers ask once per load.
     if (visible)
-        m_columns << QStringLiteral("AUType");
+        m_columns << TableColumn::Architecture;
     else
-        m_columns.removeOne(QStringLiteral("AUType"));
+        m_columns.removeOne(TableColumn::Architecture);
     emit columnsChanged();
 }
 

@@ -8,6 +8,8 @@
 #include "core/UserInterface.h"
 #include "library/DistributionGuard.h"
 #include "library/DropInstall.h"
+#include "library/Reporting.h"
+#include "library/TableColumns.h"
 #include "os/FileOperations.h"
 #include "os/SystemLog.h"
 
@@ -20,10 +22,6 @@
 namespace korvane {
 
 namespace {
-
-const QString kActive = QStringLiteral("AUActive");
-const QString kGlobal = QStringLiteral("AUGlobal");
-const QString kGroup = QStringLiteral("AUGroup");
 
 // One sort key with every item's key taken out once, so the comparisons of a sort compare
 // plain numbers and strings. The kinds follow the table's values: flags and numbers compare as
@@ -49,17 +47,17 @@ public:
             if (m_case == Qt::CaseInsensitive)
                 foldAscii();
         };
-        if (key == kActive)
+        if (key == TableColumn::Active)
             numbers([](const Plugin &i) { return i.isActive(); });
-        else if (key == kGlobal)
+        else if (key == TableColumn::Global)
             numbers([](const Plugin &i) { return i.isGlobal(); });
-        else if (key == kGroup)
+        else if (key == TableColumn::Group)
             texts([](const Plugin &i) { return i.group(); });
-        else if (key == QLatin1String("AUType"))
+        else if (key == TableColumn::Architecture)
             texts([](const Plugin &i) { return i.architectureName(); });
-        else if (key == QLatin1String("AUName"))
+        else if (key == TableColumn::Name)
             texts([](const Plugin &i) { return i.name(); });
-        else if (key == QLatin1String("AULocation"))
+        else if (key == TableColumn::Location)
             texts([](const Plugin &i) { return i.location(); });
     }
 
@@ -119,37 +117,6 @@ QString lastPathComponent(QString path)
 
 } // namespace
 
-QVariant FormatManager::data(int row, const QString &column) const
-{
-    if (!m_list.isValidRow(row))
-        return QVariant();
-    return valueOf(*m_list.at(row), column);
-}
-
-QVariant FormatManager::valueOf(const Plugin &item, const QString &column)
-{
-    if (column == kActive)
-        return item.isActive();
-    if (column == kGlobal)
-        return item.isGlobal();
-    if (column == kGroup)
-        return item.group();
-    if (column == QLatin1String("AUType"))
-        return item.architectureName();
-    if (column == QLatin1String("AUName"))
-        return item.name();
-    if (column == QLatin1String("AULocation"))
-        return item.location();
-    return QVariant();
-}
-
-void FormatManager::setData(int row, const QString &column, const QVariant &value)
-{
-    if (!m_list.isValidRow(row))
-        return;
-    changeItem(m_list.at(row), column, value);
-}
-
 void FormatManager::changeItem(const PluginPtr &item, const QString &column, const QVariant &value)
 {
     if (!item)
@@ -157,14 +124,14 @@ void FormatManager::changeItem(const PluginPtr &item, const QString &column, con
     AppServices *services = &this->services();
     UndoStack *undo = services->undoStack();
 
-    if (column == kGroup) {
+    if (column == TableColumn::Group) {
         changeGroup(item, value.toString());
         item->updateLocation(m_traits.type);
         updateRecord(item);
         announceChanged({item});
         return;
     }
-    if (column != kActive && column != kGlobal)
+    if (column != TableColumn::Active && column != TableColumn::Global)
         return;
     // A plug-in the distribution owns is not marked at all: the apply would refuse it anyway.
     if (const QString refusal =
@@ -172,7 +139,7 @@ void FormatManager::changeItem(const PluginPtr &item, const QString &column, con
                 .refusal(item->name(), m_list.folderOnDisk(*item), QString(),
                          item->metadata() ? item->metadata()->package : QString());
         !refusal.isEmpty()) {
-        tell("%1", {refusal});
+        tell(*services, "%1", {refusal});
         return;
     }
 
@@ -182,7 +149,7 @@ void FormatManager::changeItem(const PluginPtr &item, const QString &column, con
         if (self)
             self->changeItem(item, column, value);
     });
-    const bool globalFlag = column == kGlobal;
+    const bool globalFlag = column == TableColumn::Global;
     if (globalFlag)
         item->setGlobal(!item->isGlobal());
     else
@@ -195,7 +162,7 @@ void FormatManager::changeItem(const PluginPtr &item, const QString &column, con
     services->updateRedoTitle();
     item->updateLocation(m_traits.type);
     updateRecord(item);
-    m_setChanged = m_selectedSetIndex > 0;
+    m_sets.noteItemChanged();
     announceChanged({item});
 }
 
@@ -238,27 +205,6 @@ void FormatManager::sortPlugins()
     m_list.reorder(std::move(sorted));
 }
 
-QStringList FormatManager::pathsOfRows(const QList<int> &rows) const
-{
-    QStringList paths;
-    for (int row : rows) {
-        if (const PluginPtr item = itemAt(row))
-            paths << m_list.pathOnDisk(*item);
-    }
-    return paths;
-}
-
-DropValidation FormatManager::validateDrop(int proposedRow, bool proposedOnRow,
-                                           bool fromInsideApplication) const
-{
-    DropValidation validation{fromInsideApplication ? 0 : 4, proposedRow, proposedOnRow};
-    if (proposedOnRow) {
-        validation.row = proposedRow + 1;
-        validation.onRow = false;
-    }
-    return validation;
-}
-
 bool FormatManager::installDropped(const QStringList &paths)
 {
     UserInterface &ui = this->ui();
@@ -280,7 +226,7 @@ bool FormatManager::installDropped(const QStringList &paths)
     const int count = paths.size();
     int i = 0;
     {
-        const CopyProgressScope bytes(files, copyProgressFor(i, count));
+        const CopyProgressScope bytes(files, copyProgressFor(ui, i, count));
         for (; i < count; ++i) {
             // A person may stop a long install between files; what was copied stays.
             if (ui.progressCancelled())

@@ -7,6 +7,7 @@
 #include "core/UserInterface.h"
 #include "library/DistributionGuard.h"
 #include "library/FormatManager.h"
+#include "library/MovePlan.h"
 #include "library/RightsMover.h"
 #include "os/FileOperations.h"
 #include "os/SystemLog.h"
@@ -95,27 +96,29 @@ void RightsApply::run(FormatManager &manager, RightsMover &mover)
     const DistributionGuard guard(manager.traits(), manager.locations());
     QList<Pending> pending;
     const QList<PluginRecord> &records = manager.plugins().records();
+    // Where each change goes is the planner's, as for the applier and the check.
+    const MovePlanner planner(files, manager.traits(), manager.plugins(), manager.locations());
     for (qsizetype i = 0; i < records.size(); ++i) {
         const PluginRecord &record = records.at(i);
         if (record.isProcessed())
             continue;
-        const PluginPtr item = manager.itemAt(manager.findRow(record.name(), record.id()));
+        const PlannedMove move = planner.pending(int(i));
+        const PluginPtr &item = move.item;
         if (!item || !item->isGlobal())
             continue;
         // The distribution's folders first: the apply refuses those with the package named, and
         // no rights are asked for a move that may not happen at all.
         if (guard.owns(record.folder()) || guard.owns(item->location()))
             continue;
-        const QString from = record.folder() + QLatin1Char('/') + record.name();
-        const QString to = item->location() + QLatin1Char('/') + item->name();
         if (writable(files, record.folder()) && writable(files, item->location()))
             continue;
         // Left to the apply, which says its failure as for any folder it cannot write.
         if (!helperServes(manager, record.folder()) || !helperServes(manager, item->location()))
             continue;
         // The record's folder is the format folder it was found in, whichever pair that is.
-        pending << Pending{int(i), record.name(),    from,
-                           to,     item->isActive(), QDir(record.folder()).relativeFilePath(from)};
+        pending << Pending{int(i),           move.name,
+                           move.from,        move.to,
+                           item->isActive(), QDir(record.folder()).relativeFilePath(move.from)};
     }
     if (pending.isEmpty())
         return;

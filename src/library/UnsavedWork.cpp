@@ -41,18 +41,19 @@ bool UnsavedWork::settleMarks(FormatManager &manager)
 
 bool UnsavedWork::settleSetEdits(FormatManager &manager)
 {
-    if (!manager.isSetChanged() || manager.selectedSetIndex() < 1)
+    const SetController &sets = manager.sets();
+    if (!sets.isSetChanged() || sets.selectedSetIndex() < 1)
         return true;
     Alert alert;
     alert.messageText =
-        korvane::tr("Save changes to the set “%1”?").arg(setTitle(manager.currentSetName()));
+        korvane::tr("Save changes to the set “%1”?").arg(setTitle(sets.currentSetName()));
     alert.buttons = {korvane::tr("Save"), korvane::tr("Don't Save"), korvane::tr("Cancel")};
     alert.addedButtons = true;
     switch (manager.ui().runAlert(alert)) {
     case AlertAnswer::First:
-        return manager.saveSet();
+        return manager.sets().saveSet();
     case AlertAnswer::Second:
-        manager.forgetSetEdits();
+        manager.sets().forgetSetEdits();
         return true;
     default:
         return false;

@@ -91,6 +91,8 @@ public:
 
     // While set, copy and a move across file systems report each item's bytes as they are
     // written, so a long copy can show how far it has come; an empty function stops the reports.
+    // By value: an implementation keeps the function, and moves it in.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param)
     virtual void setCopyProgress(CopyProgress progress) { (void)progress; }
 
     // Between the two, move and copy may learn which items have sidecars from one listing per

@@ -27,6 +27,9 @@ using PlatformFiles::renameNoReplace;
 
 namespace {
 
+// What comparing and copying files read and write at a time.
+constexpr size_t kBufferSize = size_t{64} << 10;
+
 QByteArray encoded(const QString &path)
 {
     return pathBytes(path);
@@ -60,7 +63,7 @@ bool sameBytes(const QString &a, const QString &b)
     const int first = ::open(encoded(a).constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
     const int second = ::open(encoded(b).constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
     bool same = first >= 0 && second >= 0;
-    std::vector<char> one(64 * 1024), other(64 * 1024);
+    std::vector<char> one(kBufferSize), other(kBufferSize);
     while (same) {
         const ssize_t got = ::read(first, one.data(), one.size());
         if (got < 0 && errno == EINTR)
@@ -355,7 +358,7 @@ bool LocalFileOperations::copyFile(const QString &from, const QString &to, FileE
 
     int failure = 0;
     QString failedPath = to;
-    std::vector<char> buffer(64 * 1024);
+    std::vector<char> buffer(kBufferSize);
     for (;;) {
         const ssize_t got = ::read(source, buffer.data(), buffer.size());
         if (got < 0) {

@@ -53,7 +53,7 @@ ProbeRunner::ProbeRunner(QString program, const ProbeLimits &limits)
 QString ProbeRunner::defaultProgram()
 {
     const QString dir = QCoreApplication::applicationDirPath();
-    const QString beside = dir + QStringLiteral("/korvane-probe");
+    QString beside = dir + QStringLiteral("/korvane-probe");
     if (QFileInfo(beside).isExecutable())
         return beside;
     return QDir::cleanPath(dir + QStringLiteral("/../libexec/korvane/korvane-probe"));
@@ -223,7 +223,8 @@ bool ProbeRunner::loadCache(const QString &file, QString *error)
             *error = QStringLiteral("%1 is not a probe cache").arg(file);
         return false;
     }
-    for (const QJsonValue &item : document.object().value(QLatin1String("entries")).toArray()) {
+    const QJsonArray entries = document.object().value(QLatin1String("entries")).toArray();
+    for (const auto &item : entries) {
         const QJsonObject entry = item.toObject();
         const auto status = statusFromName(entry.value(QLatin1String("status")).toString());
         const QString path = entry.value(QLatin1String("path")).toString();

@@ -78,13 +78,13 @@ TEST_F(AppControllerTest, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist
     const QString auSet = homePath("Documents/Mix.aukorv");
     makeContext().manager(TypeAU)->rescan(); // an earlier session saved AU with Alpha off
     context->manager(TypeAU)->itemAt(0)->setActive(false);
-    ASSERT_TRUE(context->manager(TypeAU)->writeSet(auSet));
+    ASSERT_TRUE(context->manager(TypeAU)->sets().writeSet(auSet));
     AppContext &ctx = makeContext();
     ctx.pref()->setDefaultSet(TypeAU, auSet);
     ctx.pref()->setDefaultSet(TypeRTAS, homePath("Documents/Gone.rtaskorv"));
     EXPECT_EQ(launch(), QStringList({"Alpha.component", "Beta.rtas", "Gamma.bundle", "Delta.vst"}));
     // The AU set was merged (Alpha marked off) but not applied: the file has not moved.
-    EXPECT_EQ(ctx.manager(TypeAU)->selectedSet(), auSet);
+    EXPECT_EQ(ctx.manager(TypeAU)->sets().selectedSet(), auSet);
     EXPECT_FALSE(ctx.manager(TypeAU)->itemAt(0)->isActive());
     EXPECT_TRUE(QFileInfo::exists(alpha));
     // A missing file and an empty default both become "no set", silently.
@@ -134,7 +134,7 @@ TEST_F(AppControllerTest, AFifthFormatIsOneRowOfTheTable)
     for (const MoveOutcome &outcome : clap->applyPending())
         EXPECT_TRUE(outcome.ok) << outcome.error.reason.toStdString();
     EXPECT_TRUE(QFileInfo::exists(rootPath("Library/Audio/Plug-Ins/CLAP/Bolt.clap")));
-    clap->saveSetAs(); // cancelled, but the panel offers the format's own documents
+    clap->sets().saveSetAs(); // cancelled, but the panel offers the format's own documents
     EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.clapkorv");
     context->main()->saveState();
     EXPECT_TRUE(QFileInfo::exists(support + "clapgroups.plist"));

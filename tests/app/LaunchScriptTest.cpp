@@ -56,7 +56,7 @@ protected:
         for (int type = 3; type >= 0; --type) {
             ASSERT_TRUE(writePlist(support + files[type], QVariantList{"no set", titles[type]}));
             context->manager(type)->loadSetList();
-            context->manager(type)->selectSetIndex(1);
+            context->manager(type)->sets().selectSetIndex(1);
             script->setFormatSelected(type, true);
         }
     }

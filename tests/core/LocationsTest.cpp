@@ -8,7 +8,7 @@ namespace {
 
 class LocationsTest : public TestRoots {};
 
-TEST_F(LocationsTest, OnlyALeadingLibraryUsrOrTildeFollowsTheRootsAndTheEnvironmentGivesThem)
+TEST_F(LocationsTest, OnlyALeadingLibraryUsrOrTildeFollowsTheRoots)
 {
     const QList<std::pair<QString, QString>> cases = {
         {"/Library/Audio/", root() + "/Library/Audio"},
@@ -28,14 +28,20 @@ TEST_F(LocationsTest, OnlyALeadingLibraryUsrOrTildeFollowsTheRootsAndTheEnvironm
         EXPECT_EQ(locations().expand(path), expected) << path.toStdString();
     EXPECT_EQ(Locations(Roots::at("/", home())).machinePreferencesPath(),
               "/Library/Preferences/com.velmora.Korvane.plist");
+}
 
-    // Out of range is nothing, not a neighbour's folder or format.
+// Out of range is nothing, not a neighbour's folder or format.
+TEST_F(LocationsTest, AFolderOrFormatOutOfRangeIsNothing)
+{
     for (int loc : {-1, 4})
         EXPECT_TRUE(FormatTable::builtIn().at(TypeVST).folder(loc).isEmpty()) << loc;
     EXPECT_EQ(FormatTable::builtIn().find(FormatTable::builtIn().count()), nullptr);
+}
 
-    // Only the programs' entry points read the environment. A relative XDG_DATA_HOME is ignored:
-    // the trash would be wherever the program was started.
+// Only the programs' entry points read the environment. A relative XDG_DATA_HOME is ignored: the
+// trash would be wherever the program was started.
+TEST_F(LocationsTest, TheEnvironmentGivesTheRootsButNotARelativeDataHome)
+{
     const QByteArray savedHome = qgetenv("HOME"), savedData = qgetenv("XDG_DATA_HOME");
     qputenv("KORVANE_ROOT", root().toUtf8() + "/");
     qputenv("HOME", home().toUtf8());

@@ -103,7 +103,7 @@ TEST_F(WindowsTest, LaunchScriptFollowsTheChosenFormatsAndIsSavedAsShown)
     ASSERT_TRUE(writePlist(support + "/vstsets.plist", QVariantList{"no set", "Live"}));
     makeContext();
     context->prepareWindow();
-    context->manager(TypeVST)->selectSetIndex(1);
+    context->manager(TypeVST)->sets().selectSetIndex(1);
     LaunchScript *script = context->script();
     script->setLayout(LaunchScript::Layout::Shell);
     const QString tool = QStandardPaths::findExecutable("true"); // a program that is there

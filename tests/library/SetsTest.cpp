@@ -34,7 +34,7 @@ protected:
     {
         const QString path = documents + "/" + name;
         ui.savePanelAnswers << path;
-        au->saveSet();
+        au->sets().saveSet();
         return path;
     }
     // Four items: every pair of flags, names and places beyond ASCII and of great length.
@@ -68,7 +68,7 @@ protected:
     {
         writeText(homePath("Library/Application Support/Korvane/ausets.plist"), contents);
         au->loadSetList();
-        return au->setTitles();
+        return au->sets().setTitles();
     }
 };
 
@@ -76,13 +76,13 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
 {
     const QString path = saveAs("one.aukorv");
     EXPECT_EQ(ui.savePanels[0].directory, documents);
-    au->saveSetAs(path); // a path is listed once
-    EXPECT_EQ(au->setTitles(), QStringList({"no set", path}));
-    EXPECT_EQ(au->selectedSetIndex(), 1);
+    au->sets().saveSetAs(path); // a path is listed once
+    EXPECT_EQ(au->sets().setTitles(), QStringList({"no set", path}));
+    EXPECT_EQ(au->sets().selectedSetIndex(), 1);
 
     au->changeItem(item(au, "B.component"), "AUActive", false);
-    EXPECT_TRUE(au->isSetChanged());
-    au->openSet(path);
+    EXPECT_TRUE(au->sets().isSetChanged());
+    au->sets().openSet(path);
     EXPECT_TRUE(item(au, "B.component")->isActive());
     EXPECT_FALSE(au->isApplyEnabled());
 
@@ -92,10 +92,10 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
     au->apply();
     EXPECT_EQ(ui.alertMessages(), QStringList({"Save changes to the set “one”?"}));
     EXPECT_EQ(ui.alerts.last().buttons, QStringList({"Save", "Don't Save", "Cancel"}));
-    EXPECT_TRUE(au->isSetChanged() && au->isApplyEnabled());
+    EXPECT_TRUE(au->sets().isSetChanged() && au->isApplyEnabled());
     au->apply();
-    EXPECT_FALSE(au->isSetChanged());
-    EXPECT_EQ(au->selectedSetIndex(), 0);
+    EXPECT_FALSE(au->sets().isSetChanged());
+    EXPECT_EQ(au->sets().selectedSetIndex(), 0);
     EXPECT_FALSE(au->isApplyEnabled());
 }
 
@@ -108,17 +108,17 @@ TEST_F(SetsTest, ASetThatCannotBeWrittenIsSaidAndNeitherListedNorNamed)
     ImmutableGuard guard(locked);
     if (!guard.ok())
         GTEST_SKIP() << "no immutable attribute on this file system";
-    const QStringList titles = au->setTitles();
-    const QString name = au->currentSetName();
+    const QStringList titles = au->sets().setTitles();
+    const QString name = au->sets().currentSetName();
     ui.savePanelAnswers << locked + "/Live Gig.aukorv"; // then the panel is cancelled
-    EXPECT_FALSE(au->saveSetAs());
+    EXPECT_FALSE(au->sets().saveSetAs());
     EXPECT_EQ(ui.savePanels.size(), 2); // asked again after the failure, where it failed
     EXPECT_EQ(ui.savePanels.last().directory, locked);
     EXPECT_EQ(ui.alertMessages(), QStringList{"The set “Live Gig” was not saved"});
     EXPECT_TRUE(ui.alerts.first().informativeText.startsWith("Could not save " + locked
                                                              + "/Live Gig.aukorv: "));
-    EXPECT_EQ(au->setTitles(), titles);
-    EXPECT_EQ(au->currentSetName(), name);
+    EXPECT_EQ(au->sets().setTitles(), titles);
+    EXPECT_EQ(au->sets().currentSetName(), name);
     EXPECT_FALSE(QFileInfo::exists(locked + "/Live Gig.aukorv"));
 }
 
@@ -130,21 +130,21 @@ TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemoved)
 
     loadSets(PropertyList::toXml(QVariantList{"no set", "/gone/x.aukorv"}));
     ui.alertAnswers << AlertAnswer::Default << AlertAnswer::Default << AlertAnswer::Alternate;
-    au->selectSet(1);
+    au->sets().selectSet(1);
     ASSERT_EQ(ui.alerts.size(), 3);
     EXPECT_EQ(ui.alerts[2].buttons, QStringList({"try again", "remove"}));
-    EXPECT_EQ(au->setTitles(), QStringList({"no set"}));
+    EXPECT_EQ(au->sets().setTitles(), QStringList({"no set"}));
 
     // With nobody there to answer, "try again" would never end: it is asked once, and the entry
     // stays for a person to decide on.
     HeadlessUi nobody;
     ManagersOfOneRun unattended(locations(), disk(), nobody);
     unattended.au.loadSetList();
-    unattended.au.openDefaultSet("/gone/y.aukorv");
-    const QStringList titles = unattended.au.setTitles();
-    unattended.au.selectSet(int(titles.indexOf("/gone/y.aukorv")));
-    EXPECT_EQ(unattended.au.setTitles(), titles);
-    EXPECT_EQ(unattended.au.selectedSetIndex(), 0);
+    unattended.au.sets().openDefaultSet("/gone/y.aukorv");
+    const QStringList titles = unattended.au.sets().setTitles();
+    unattended.au.sets().selectSet(int(titles.indexOf("/gone/y.aukorv")));
+    EXPECT_EQ(unattended.au.sets().setTitles(), titles);
+    EXPECT_EQ(unattended.au.sets().selectedSetIndex(), 0);
 }
 
 // Each entry goes to the copy the set names, whatever the table's order; with one copy gone, the
@@ -162,12 +162,12 @@ TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
         }
     }
     const QString path = documents + "/copies.aukorv";
-    au->writeSet(path);
+    au->sets().writeSet(path);
 
     au->rescan();
     au->sortBy({{"AULocation", false}});
     setPref("AUActivateAfterLoading", true);
-    au->openDefaultSet(path);
+    au->sets().openDefaultSet(path);
     EXPECT_TRUE(ui.missingItemsLists.isEmpty());
     EXPECT_TRUE(ui.alerts.isEmpty());
     EXPECT_FALSE(exists(system) || exists(auPath(0, "A.component")));
@@ -179,14 +179,14 @@ TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
     // the document loses them.
     QDir(auPath(1, "Foo.component")).removeRecursively();
     au->rescan();
-    au->openDefaultSet(path);
+    au->sets().openDefaultSet(path);
     EXPECT_EQ(ui.missingItemsLists, QStringList({"Foo.component"}));
-    EXPECT_EQ(au->selectedSetIndex(), 0);
+    EXPECT_EQ(au->sets().selectedSetIndex(), 0);
     EXPECT_EQ(SetDocument::read(path).size(), 5);
     ui.missingItemsAnswers << MissingItemsAnswer::Remove;
-    au->openDefaultSet(path);
+    au->sets().openDefaultSet(path);
     EXPECT_EQ(SetDocument::read(path).size(), 4);
-    EXPECT_EQ(au->selectedSetIndex(), 1);
+    EXPECT_EQ(au->sets().selectedSetIndex(), 1);
     EXPECT_TRUE(whole(user, MachO::intel()));
 }
 

@@ -32,7 +32,7 @@ protected:
 TEST_F(TableTest, TogglesUndoAndSortsChangeRowsWithoutRebuildingTheList)
 {
     const PluginPtr foo = item(au, "Foo.component");
-    au->setData(rowOf(au, "Foo.component"), "AUActive", false);
+    au->changeItem(au->itemAt(rowOf(au, "Foo.component")), "AUActive", false);
     EXPECT_EQ(changedRows, QList<int>{rowOf(au, "Foo.component")});
     EXPECT_EQ(foo->location(), folder(TypeAU, LocSystemDisabled));
     au->changeItem(foo, "AUActive", true);
@@ -125,11 +125,11 @@ TEST_F(TableTest, ADropOfAnInstalledPlugInSaysWhereAndReplacesOrKeepsBothSwitche
 // from the list, and the plug-in stays where it is; either is said in the log.
 TEST_F(TableTest, DeleteTrashesTheSelectedRowsFromTheHighestDown)
 {
-    au->setData(rowOf(au, "Baz.component"), "AUActive", false);
+    au->changeItem(au->itemAt(rowOf(au, "Baz.component")), "AUActive", false);
     ASSERT_TRUE(au->isApplyEnabled());
     // A drag out hands over the plug-in where it lies, not where the mark will put it.
-    EXPECT_EQ(au->pathsOfRows({rowOf(au, "Baz.component")}),
-              QStringList{auPath(LocUserActive, "Baz.component")});
+    EXPECT_EQ(au->plugins().pathOnDisk(*au->itemAt(rowOf(au, "Baz.component"))),
+              auPath(LocUserActive, "Baz.component"));
     au->selectRows({0, 1});
     au->moveSelectedToTrash();
     const QString trash = homePath(".local/share/Trash/files/");

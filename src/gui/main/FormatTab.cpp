@@ -77,24 +77,24 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
     layout->addLayout(search);
     layout->addWidget(m_table, 1);
 
-    connect(newButton, &QPushButton::clicked, this, [this] { m_manager.newSet(); });
-    connect(open, &QPushButton::clicked, this, [this] { m_manager.openSet(); });
-    connect(save, &QPushButton::clicked, this, [this] { m_manager.saveSet(); });
-    connect(saveAs, &QPushButton::clicked, this, [this] { m_manager.saveSetAs(); });
+    connect(newButton, &QPushButton::clicked, this, [this] { m_manager.sets().newSet(); });
+    connect(open, &QPushButton::clicked, this, [this] { m_manager.sets().openSet(); });
+    connect(save, &QPushButton::clicked, this, [this] { m_manager.sets().saveSet(); });
+    connect(saveAs, &QPushButton::clicked, this, [this] { m_manager.sets().saveSetAs(); });
     connect(m_apply, &QPushButton::clicked, this, [this] { m_manager.apply(); });
     connect(m_sets, &QComboBox::activated, this, [this](int index) {
         // Another set replaces the marks and the open set's edits: asked first.
-        if (index != m_manager.selectedSetIndex() && !UnsavedWork::settle(m_manager)) {
+        if (index != m_manager.sets().selectedSetIndex() && !UnsavedWork::settle(m_manager)) {
             showSets(); // the pop-up goes back to the set still open
             return;
         }
-        m_manager.selectSet(index);
+        m_manager.sets().selectSet(index);
     });
     connect(m_search, &QLineEdit::textChanged, m_table, &PluginTableView::setFilterText);
 
     connect(&manager, &FormatManager::applyEnabledChanged, m_apply, &QPushButton::setEnabled);
-    connect(&manager, &FormatManager::currentSetNameChanged, m_name, &QLineEdit::setText);
-    connect(&manager, &FormatManager::setsChanged, this, &FormatTab::showSets);
+    connect(&manager.sets(), &SetController::currentSetNameChanged, m_name, &QLineEdit::setText);
+    connect(&manager.sets(), &SetController::setsChanged, this, &FormatTab::showSets);
     for (auto changed : {&FormatManager::itemsReset, &FormatManager::itemsReordered})
         connect(&manager, changed, this, &FormatTab::showChanges);
     connect(&manager, &FormatManager::itemsChanged, this, &FormatTab::showChanges);
@@ -102,7 +102,7 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
     connect(&manager, &FormatManager::applyEnabledChanged, this, &FormatTab::showChanges);
     m_apply->setEnabled(manager.isApplyEnabled());
     showChanges();
-    m_name->setText(manager.currentSetName());
+    m_name->setText(manager.sets().currentSetName());
     showSets();
 }
 
@@ -129,7 +129,7 @@ QPushButton *FormatTab::makeButton(const QString &name, const QString &text)
 void FormatTab::showSets()
 {
     const QSignalBlocker blocker(m_sets);
-    const QStringList titles = m_manager.setTitles();
+    const QStringList titles = m_manager.sets().setTitles();
     QStringList shown;
     for (int i = 0; i < m_sets->count(); ++i)
         shown << m_sets->itemText(i);
@@ -137,7 +137,7 @@ void FormatTab::showSets()
         m_sets->clear();
         m_sets->addItems(titles);
     }
-    m_sets->setCurrentIndex(m_manager.selectedSetIndex());
+    m_sets->setCurrentIndex(m_manager.sets().selectedSetIndex());
 }
 
 } // namespace korvane

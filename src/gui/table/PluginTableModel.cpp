@@ -1,9 +1,11 @@
 #include "gui/table/PluginTableModel.h"
 
 #include "core/Texts.h"
+#include "gui/table/PluginTableSource.h"
 #include "library/ChangeSummary.h"
 #include "library/FormatManager.h"
 #include "library/RightsApply.h"
+#include "library/TableColumns.h"
 #include "os/PathBytes.h"
 
 #include <QFont>
@@ -17,11 +19,6 @@
 namespace korvane {
 
 namespace {
-
-const QString kActive = QStringLiteral("AUActive");
-const QString kGlobal = QStringLiteral("AUGlobal");
-const QString kGroup = QStringLiteral("AUGroup");
-const QString kName = QStringLiteral("AUName");
 
 // The row marks: a pending change (a filled orange circle) and a plug-in that changes only with
 // administrator rights (a small padlock). Drawn here, so no icon theme is needed.
@@ -75,18 +72,15 @@ PluginTableModel::PluginTableModel(FormatManager &manager, QObject *parent)
 
 bool PluginTableModel::isCheckColumn(const QString &identifier)
 {
-    return identifier == kActive || identifier == kGlobal;
+    return identifier == TableColumn::Active || identifier == TableColumn::Global;
 }
 
 QString PluginTableModel::title(const QString &identifier)
 {
     static const QList<QPair<QString, const char *>> titles{
-        {kActive, "Active"},
-        {kName, "Name"},
-        {kGlobal, "Global"},
-        {kGroup, "Group"},
-        {QStringLiteral("AUType"), "Type"},
-        {QStringLiteral("AULocation"), "Location"}};
+        {TableColumn::Active, "Active"},     {TableColumn::Name, "Name"},
+        {TableColumn::Global, "Global"},     {TableColumn::Group, "Group"},
+        {TableColumn::Architecture, "Type"}, {TableColumn::Location, "Location"}};
     for (const auto &[id, english] : titles)
         if (id == identifier)
             return korvane::tr(english);
@@ -113,15 +107,15 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
         if (isCheckColumn(id))
             return QVariant();
-        return displayName(FormatManager::valueOf(*item, id).toString());
+        return displayName(PluginTableSource::valueOf(*item, id).toString());
     case Qt::EditRole:
         if (isCheckColumn(id))
             return QVariant();
-        return FormatManager::valueOf(*item, id).toString();
+        return PluginTableSource::valueOf(*item, id).toString();
     case Qt::CheckStateRole:
         if (!isCheckColumn(id))
             return QVariant();
-        return FormatManager::valueOf(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
+        return PluginTableSource::valueOf(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
     case Qt::ToolTipRole: {
         // Where the plug-in lies now, also for a row marked but not applied yet.
         QString tip = displayName(m_manager.plugins().pathOnDisk(*item));
@@ -136,7 +130,7 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
         return tip;
     }
     case Qt::DecorationRole:
-        if (id != kName)
+        if (id != TableColumn::Name)
             return QVariant();
         if (ChangeSummary::isMarked(m_manager, *item))
             return markIcon(false);
@@ -153,9 +147,9 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
         }
     case Qt::AccessibleTextRole:
         if (isCheckColumn(id))
-            return FormatManager::valueOf(*item, id).toBool() ? korvane::tr("on")
-                                                              : korvane::tr("off");
-        return displayName(FormatManager::valueOf(*item, id).toString());
+            return PluginTableSource::valueOf(*item, id).toBool() ? korvane::tr("on")
+                                                                  : korvane::tr("off");
+        return displayName(PluginTableSource::valueOf(*item, id).toString());
     default:
         return QVariant();
     }
@@ -163,22 +157,23 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
 
 bool PluginTableModel::setData(const QModelIndex &index, const QVariant &value, int role)
 {
-    if (!index.isValid() || !m_manager.itemAt(index.row()))
+    const PluginPtr item = index.isValid() ? m_manager.itemAt(index.row()) : PluginPtr();
+    if (!item)
         return false;
     const QString &id = m_columns.at(index.column());
     // The manager toggles on every call, so a call is made only when the value really differs.
     if (role == Qt::CheckStateRole && isCheckColumn(id)) {
         const bool on = value.toInt() == Qt::Checked;
-        if (m_manager.data(index.row(), id).toBool() == on)
+        if (PluginTableSource::valueOf(*item, id).toBool() == on)
             return false;
-        m_manager.setData(index.row(), id, on);
+        m_manager.changeItem(item, id, on);
         return true;
     }
-    if (role == Qt::EditRole && id == kGroup) {
+    if (role == Qt::EditRole && id == TableColumn::Group) {
         const QString group = value.toString();
-        if (m_manager.data(index.row(), id).toString() == group)
+        if (PluginTableSource::valueOf(*item, id).toString() == group)
             return false;
-        m_manager.setData(index.row(), id, group);
+        m_manager.changeItem(item, id, group);
         return true;
     }
     return false;
@@ -192,7 +187,7 @@ Qt::ItemFlags PluginTableModel::flags(const QModelIndex &index) const
     const QString &id = m_columns.at(index.column());
     if (isCheckColumn(id))
         flags |= Qt::ItemIsUserCheckable;
-    else if (id == kGroup)
+    else if (id == TableColumn::Group)
         flags |= Qt::ItemIsEditable;
     return flags;
 }
@@ -221,7 +216,7 @@ QMimeData *PluginTableModel::mimeData(const QModelIndexList &indexes) const
             rows << index.row();
         }
     QList<QUrl> urls;
-    for (const QString &path : m_manager.pathsOfRows(rows))
+    for (const QString &path : PluginTableSource::pathsOfRows(m_manager, rows))
         urls << QUrl::fromLocalFile(path);
     if (urls.isEmpty())
         return nullptr;

@@ -6,7 +6,9 @@
 #include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginItemDelegate.h"
 #include "gui/table/PluginTableModel.h"
+#include "gui/table/PluginTableSource.h"
 #include "library/FormatManager.h"
+#include "library/TableColumns.h"
 
 #include <QDrag>
 #include <QDragEnterEvent>
@@ -29,9 +31,9 @@ int defaultWidth(const QString &identifier)
 {
     if (PluginTableModel::isCheckColumn(identifier))
         return 64;
-    if (identifier == QLatin1String("AUName"))
+    if (identifier == TableColumn::Name)
         return 280;
-    if (identifier == QLatin1String("AULocation"))
+    if (identifier == TableColumn::Location)
         return 320;
     return 140;
 }
@@ -368,8 +370,8 @@ Qt::DropAction PluginTableView::dropActionFor(const QMimeData *data, const QPoin
         return Qt::IgnoreAction;
     const QModelIndex index = indexAt(pos);
     const int row = index.isValid() ? m_proxy->mapToSource(index).row() : m_manager.rowCount();
-    const DropValidation validation =
-        m_manager.validateDrop(row, index.isValid(), fromInsideApplication);
+    const PluginTableSource::DropValidation validation =
+        PluginTableSource::validateDrop(row, index.isValid(), fromInsideApplication);
     return validation.operation == 0 ? Qt::IgnoreAction : Qt::CopyAction;
 }
 

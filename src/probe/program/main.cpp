@@ -187,7 +187,7 @@ const char *probeDssi(void *library, std::string &plugins)
         if (index > 0)
             plugins += ',';
         plugins += '{';
-        appendNumber(plugins, "dssiApiVersion", (unsigned long long)(unsigned)d->DSSI_API_Version);
+        appendNumber(plugins, "dssiApiVersion", static_cast<unsigned>(d->DSSI_API_Version));
         plugins += ',';
         appendBool(plugins, "runSynth", d->run_synth != nullptr);
         plugins += ',';
