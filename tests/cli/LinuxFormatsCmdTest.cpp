@@ -141,6 +141,11 @@ TEST_F(LinuxFormatsCmdTest, TheDistributionsPlugInsAreListedWithTheirPackageAndN
     EXPECT_EQ(eq["package"].toString(), "dpf-plugins-lv2:amd64");
     EXPECT_TRUE(eq["global"].toBool());
 
+    // The check refuses as the move would, with the same reason.
+    const ToolOutput checked = tool({"disable", "--format", "lv2", "3BandEQ.lv2", "--check"});
+    EXPECT_NE(checked.exitCode, 0);
+    EXPECT_TRUE((checked.out + checked.err).contains("dpf-plugins-lv2:amd64"))
+        << checked.out.toStdString() << checked.err.toStdString();
     const ToolOutput refused = tool({"disable", "--format", "lv2", "3BandEQ.lv2"});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_TRUE(refused.err.contains("dpf-plugins-lv2:amd64")) << refused.err.toStdString();
