@@ -26,7 +26,7 @@ declare -A allowed=(
   [core]="core codec os"
   [library]="library core codec os"
   [app]="app library helper core codec os"
-  [cli]="cli app library core codec os"
+  [cli]="cli app library core codec os probe"
   [gui]="gui app library core codec os"
   [probe]="probe"
 )

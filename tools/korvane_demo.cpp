@@ -149,7 +149,8 @@ bool writeLiveSet(const QString &path)
         item->setName(name);
         item->setGlobal(isSystemLocation(loc));
         item->setActive(active);
-        item->updateLocation(g_locations->folderPaths(FormatTable::builtIn().at(TypeAU)));
+        const Format &audioUnits = FormatTable::builtIn().at(TypeAU);
+        item->updateLocation(audioUnits, g_locations->allFolderPaths(audioUnits));
         items << item;
     };
     QStringList seen;

@@ -980,6 +980,258 @@
         <translation>Das Hilfsprogramm von Korvane gab keine lesbare Antwort: %1. Lesen Sie neu ein („Neu einlesen“), um zu sehen, wo die Plug-Ins liegen.</translation>
     </message>
     <message>
+        <source>scan LV2-Plugins:</source>
+        <translation>LV2-Plug-Ins durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan for LV2-Plugins:</source>
+        <translation>Suche nach LV2-Plug-Ins:</translation>
+    </message>
+    <message>
+        <source>LV2-Plugins only</source>
+        <translation>Nur LV2-Plug-Ins</translation>
+    </message>
+    <message>
+        <source>Install LV2-Plugins only?</source>
+        <translation>Nur LV2-Plug-Ins installieren?</translation>
+    </message>
+    <message>
+        <source>install LV2-Plugins:</source>
+        <translation>LV2-Plug-Ins installieren:</translation>
+    </message>
+    <message>
+        <source>There is no set selected for LV2</source>
+        <translation>Für LV2 ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>scan VST3-Plugins:</source>
+        <translation>VST3-Plug-Ins durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan for VST3-Plugins:</source>
+        <translation>Suche nach VST3-Plug-Ins:</translation>
+    </message>
+    <message>
+        <source>VST3-Plugins only</source>
+        <translation>Nur VST3-Plug-Ins</translation>
+    </message>
+    <message>
+        <source>Install VST3-Plugins only?</source>
+        <translation>Nur VST3-Plug-Ins installieren?</translation>
+    </message>
+    <message>
+        <source>install VST3-Plugins:</source>
+        <translation>VST3-Plug-Ins installieren:</translation>
+    </message>
+    <message>
+        <source>There is no set selected for VST3</source>
+        <translation>Für VST3 ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>scan CLAP-Plugins:</source>
+        <translation>CLAP-Plug-Ins durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan for CLAP-Plugins:</source>
+        <translation>Suche nach CLAP-Plug-Ins:</translation>
+    </message>
+    <message>
+        <source>CLAP-Plugins only</source>
+        <translation>Nur CLAP-Plug-Ins</translation>
+    </message>
+    <message>
+        <source>Install CLAP-Plugins only?</source>
+        <translation>Nur CLAP-Plug-Ins installieren?</translation>
+    </message>
+    <message>
+        <source>install CLAP-Plugins:</source>
+        <translation>CLAP-Plug-Ins installieren:</translation>
+    </message>
+    <message>
+        <source>There is no set selected for CLAP</source>
+        <translation>Für CLAP ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>scan LADSPA-Plugins:</source>
+        <translation>LADSPA-Plug-Ins durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan for LADSPA-Plugins:</source>
+        <translation>Suche nach LADSPA-Plug-Ins:</translation>
+    </message>
+    <message>
+        <source>LADSPA-Plugins only</source>
+        <translation>Nur LADSPA-Plug-Ins</translation>
+    </message>
+    <message>
+        <source>Install LADSPA-Plugins only?</source>
+        <translation>Nur LADSPA-Plug-Ins installieren?</translation>
+    </message>
+    <message>
+        <source>install LADSPA-Plugins:</source>
+        <translation>LADSPA-Plug-Ins installieren:</translation>
+    </message>
+    <message>
+        <source>There is no set selected for LADSPA</source>
+        <translation>Für LADSPA ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>scan DSSI-Plugins:</source>
+        <translation>DSSI-Plug-Ins durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan for DSSI-Plugins:</source>
+        <translation>Suche nach DSSI-Plug-Ins:</translation>
+    </message>
+    <message>
+        <source>DSSI-Plugins only</source>
+        <translation>Nur DSSI-Plug-Ins</translation>
+    </message>
+    <message>
+        <source>Install DSSI-Plugins only?</source>
+        <translation>Nur DSSI-Plug-Ins installieren?</translation>
+    </message>
+    <message>
+        <source>install DSSI-Plugins:</source>
+        <translation>DSSI-Plug-Ins installieren:</translation>
+    </message>
+    <message>
+        <source>There is no set selected for DSSI</source>
+        <translation>Für DSSI ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>scan Linux-VST-Plugins:</source>
+        <translation>Linux-VST-Plug-Ins durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan for Linux-VST-Plugins:</source>
+        <translation>Suche nach Linux-VST-Plug-Ins:</translation>
+    </message>
+    <message>
+        <source>Linux-VST-Plugins only</source>
+        <translation>Nur Linux-VST-Plug-Ins</translation>
+    </message>
+    <message>
+        <source>Install Linux-VST-Plugins only?</source>
+        <translation>Nur Linux-VST-Plug-Ins installieren?</translation>
+    </message>
+    <message>
+        <source>install Linux-VST-Plugins:</source>
+        <translation>Linux-VST-Plug-Ins installieren:</translation>
+    </message>
+    <message>
+        <source>There is no set selected for Linux VST</source>
+        <translation>Für Linux VST ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>scan VST3 (macOS):</source>
+        <translation>VST3 (macOS) durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan for VST3 (macOS):</source>
+        <translation>Suche nach VST3 (macOS):</translation>
+    </message>
+    <message>
+        <source>VST3 (macOS) only</source>
+        <translation>Nur VST3 (macOS)</translation>
+    </message>
+    <message>
+        <source>Install VST3 (macOS) only?</source>
+        <translation>Nur VST3 (macOS) installieren?</translation>
+    </message>
+    <message>
+        <source>install VST3 (macOS):</source>
+        <translation>VST3 (macOS) installieren:</translation>
+    </message>
+    <message>
+        <source>There is no set selected for VST3 (macOS)</source>
+        <translation>Für VST3 (macOS) ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>scan CLAP (macOS):</source>
+        <translation>CLAP (macOS) durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan for CLAP (macOS):</source>
+        <translation>Suche nach CLAP (macOS):</translation>
+    </message>
+    <message>
+        <source>CLAP (macOS) only</source>
+        <translation>Nur CLAP (macOS)</translation>
+    </message>
+    <message>
+        <source>Install CLAP (macOS) only?</source>
+        <translation>Nur CLAP (macOS) installieren?</translation>
+    </message>
+    <message>
+        <source>install CLAP (macOS):</source>
+        <translation>CLAP (macOS) installieren:</translation>
+    </message>
+    <message>
+        <source>There is no set selected for CLAP (macOS)</source>
+        <translation>Für CLAP (macOS) ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>scan LV2 (macOS):</source>
+        <translation>LV2 (macOS) durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan for LV2 (macOS):</source>
+        <translation>Suche nach LV2 (macOS):</translation>
+    </message>
+    <message>
+        <source>LV2 (macOS) only</source>
+        <translation>Nur LV2 (macOS)</translation>
+    </message>
+    <message>
+        <source>Install LV2 (macOS) only?</source>
+        <translation>Nur LV2 (macOS) installieren?</translation>
+    </message>
+    <message>
+        <source>install LV2 (macOS):</source>
+        <translation>LV2 (macOS) installieren:</translation>
+    </message>
+    <message>
+        <source>There is no set selected for LV2 (macOS)</source>
+        <translation>Für LV2 (macOS) ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>scan AAX:</source>
+        <translation>AAX durchsuchen:</translation>
+    </message>
+    <message>
+        <source>scan for AAX:</source>
+        <translation>Suche nach AAX:</translation>
+    </message>
+    <message>
+        <source>AAX only</source>
+        <translation>Nur AAX</translation>
+    </message>
+    <message>
+        <source>Install AAX only?</source>
+        <translation>Nur AAX installieren?</translation>
+    </message>
+    <message>
+        <source>install AAX:</source>
+        <translation>AAX installieren:</translation>
+    </message>
+    <message>
+        <source>There is no set selected for AAX</source>
+        <translation>Für AAX ist kein Set ausgewählt</translation>
+    </message>
+    <message>
+        <source>the host&apos;s plug-in folders</source>
+        <translation>die Plug-In-Ordner des Hosts</translation>
+    </message>
+    <message>
+        <source>%1 stays in %2: the distribution owns that folder, and Korvane changes nothing there. To hide it, remove the package that installed it, or set %3 to the folders the host should search</source>
+        <translation>%1 bleibt in %2: Der Ordner gehört der Distribution, und Korvane ändert dort nichts. Um es auszublenden, entfernen Sie das Paket, das es installiert hat, oder setzen Sie %3 auf die Ordner, die der Host durchsuchen soll</translation>
+    </message>
+    <message>
+        <source>%1 stays in %2: it belongs to the package %3, and Korvane changes nothing the distribution owns. To hide it, remove the package %3, or set %4 to the folders the host should search</source>
+        <translation>%1 bleibt in %2: Es gehört zum Paket %3, und Korvane ändert nichts, was der Distribution gehört. Um es auszublenden, entfernen Sie das Paket %3, oder setzen Sie %4 auf die Ordner, die der Host durchsuchen soll</translation>
+    </message>
+    <message>
         <source>KorvaneCMD was not found (looked at %1)</source>
         <translation>KorvaneCMD wurde nicht gefunden (gesucht in %1)</translation>
     </message>
@@ -1450,6 +1702,20 @@ Abgelegt: %2
     <message>
         <source>Left out of the backup (neither a file, a folder nor a link inside its plug-in): %1</source>
         <translation>Nicht in der Sicherung (weder Datei noch Ordner noch ein Link innerhalb seines Plug-Ins): %1</translation>
+    </message>
+    <message>
+        <source>Left out of the backup: %1 plug-ins in the distribution&apos;s folders, which its package manager restores</source>
+        <translation>Nicht in der Sicherung: %1 Plug-Ins in den Ordnern der Distribution, die ihre Paketverwaltung wiederherstellt</translation>
+    </message>
+    <message>
+        <source>%1: its folder %2 is not one of the format&apos;s folders</source>
+        <translation>%1: Sein Ordner %2 ist keiner der Ordner des Formats</translation>
+    </message>
+    <message>
+        <source>%1 plug-ins in the distribution&apos;s folders stay as they are: its package manager owns them
+</source>
+        <translation>%1 Plug-Ins in den Ordnern der Distribution bleiben, wie sie sind: Sie gehören ihrer Paketverwaltung
+</translation>
     </message>
 </context>
 </TS>

@@ -40,6 +40,17 @@ bool Preferences::boolForType(int type, const char *name) const
     return k && m_store->boolValue(*k);
 }
 
+bool Preferences::isOnByDefault(const Format &format) const
+{
+    // Another system's layout is worth a tab only where something of it is there.
+    if (!format.onOnlyWhereFoldersExist)
+        return true;
+    for (int loc = 0; loc < format.locationCount(); ++loc)
+        if (m_services.files().isDirectory(m_services.locations().folderPath(format, loc)))
+            return true;
+    return false;
+}
+
 void Preferences::seedDefaults()
 {
     FileOperations &files = m_services.files();
@@ -60,7 +71,7 @@ void Preferences::seedDefaults()
     for (const Format &f : m_formats) {
         seed.append({f.preferenceKey("ActivateAfterLoading"), false});
         seed.append({f.preferenceKey("DefaultSet"), QString(QLatin1String(""))});
-        seed.append({f.preferenceKey("On"), true});
+        seed.append({f.preferenceKey("On"), isOnByDefault(f)});
         seed.append({f.preferenceKey("MoveContent"), false});
         seed.append({f.preferenceKey("ShowContent"), false});
         if (f.scansSubfolders)

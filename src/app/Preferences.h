@@ -13,6 +13,7 @@ namespace korvane {
 
 class AppServices;
 class FormatTable;
+struct Format;
 
 // One format's page of the preferences window, as the store holds it once storeForm ran.
 struct PreferencesPage {
@@ -39,6 +40,8 @@ public:
     explicit Preferences(AppServices &services); // runs seedDefaults
 
     void seedDefaults();
+    // Whether a format's tab is on in freshly seeded preferences.
+    bool isOnByDefault(const Format &format) const;
     // loadForm, then asks for each format's architecture column once.
     void prepareWindow();
     // The form from the store, and nothing else: a window shown again reads the file afresh

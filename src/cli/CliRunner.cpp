@@ -10,9 +10,11 @@
 #include "core/Locations.h"
 #include "library/MovePlan.h"
 #include "library/SetDocument.h"
+#include "probe/ProbeRunner.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
@@ -91,21 +93,16 @@ bool stemNamesItem(const QString &name, const Plugin &item)
            && !name.endsWith(QStringView(itemName).mid(dot));
 }
 
-// The location code of the folder that holds name at path; -1 for none of the format's four.
-int locationOf(const std::array<QString, LocationCount> &folders, const QString &path,
-               const QString &name)
+// The location code of the folder that holds name at path; -1 for none of the format's folders.
+int locationOf(const QStringList &folders, const QString &path, const QString &name)
 {
-    const QString folder = path.left(path.size() - name.size() - 1);
-    for (int loc = 0; loc < LocationCount; ++loc)
-        if (folders[size_t(loc)] == folder)
-            return loc;
-    return -1;
+    return int(folders.indexOf(path.left(path.size() - name.size() - 1)));
 }
 
 // What a move from one folder of the format to another does, as done and as wanted:
 // "enabled"/"enable", "disabled", "moved to system", "moved to user", or a state and a place
 // joined by "and". Paths outside the four folders go by enabledFallback.
-std::pair<QString, QString> moveWords(const std::array<QString, LocationCount> &folders,
+std::pair<QString, QString> moveWords(const Format &format, const QStringList &folders,
                                       const QString &from, const QString &to, const QString &name,
                                       bool enabledFallback)
 {
@@ -114,10 +111,10 @@ std::pair<QString, QString> moveWords(const std::array<QString, LocationCount> &
     if (source < 0 || target < 0)
         return enabledFallback ? std::pair(QStringLiteral("enabled"), QStringLiteral("enable"))
                                : std::pair(QStringLiteral("disabled"), QStringLiteral("disable"));
-    const bool wasActive = source == LocSystemActive || source == LocUserActive;
-    const bool isActive = target == LocSystemActive || target == LocUserActive;
-    const bool wasSystem = source == LocSystemActive || source == LocSystemDisabled;
-    const bool isSystem = target == LocSystemActive || target == LocSystemDisabled;
+    const bool wasActive = isActiveLocation(source);
+    const bool isActive = isActiveLocation(target);
+    const bool wasSystem = format.isSystem(source);
+    const bool isSystem = format.isSystem(target);
     QStringList done, wanted;
     if (wasActive != isActive) {
         done << (isActive ? QStringLiteral("enabled") : QStringLiteral("disabled"));
@@ -164,6 +161,47 @@ QList<PluginPtr> pluginsNamed(const FormatManager &manager, const QString &name)
             if (stemNamesItem(name, *item))
                 named << item;
     return named;
+}
+
+// The fields a plug-in's files give, for list --json.
+void addMetadata(QJsonObject *object, const PluginMetadata &metadata)
+{
+    QJsonArray plugins;
+    for (const PluginMetadata::Inner &inner : metadata.plugins)
+        plugins.append(QJsonObject{{QStringLiteral("name"), displayName(inner.name)},
+                                   {QStringLiteral("id"), displayName(inner.id)}});
+    QJsonArray architectures, identifiers;
+    for (const QString &architecture : metadata.architectures)
+        architectures.append(displayName(architecture));
+    for (const QString &identifier : metadata.identifiers)
+        identifiers.append(displayName(identifier));
+    object->insert(QStringLiteral("architecture"), displayName(metadata.architectures.join(',')));
+    object->insert(QStringLiteral("displayName"), displayName(metadata.name));
+    object->insert(QStringLiteral("vendor"), displayName(metadata.vendor));
+    object->insert(QStringLiteral("version"), displayName(metadata.version));
+    object->insert(QStringLiteral("architectures"), architectures);
+    object->insert(QStringLiteral("package"), displayName(metadata.package));
+    object->insert(QStringLiteral("plugins"), plugins);
+    object->insert(QStringLiteral("identifiers"), identifiers);
+    if (!metadata.unreadable.isEmpty())
+        object->insert(QStringLiteral("unreadable"), displayName(metadata.unreadable));
+}
+
+// The text listing's architecture column for a plug-in whose files were read: its
+// architectures, vendor and version, or why it cannot be read.
+QString metadataSummary(const PluginMetadata &metadata)
+{
+    if (!metadata.unreadable.isEmpty())
+        return shownLine(metadata.unreadable);
+    QStringList parts{metadata.architectures.isEmpty() ? QStringLiteral("-")
+                                                       : metadata.architectures.join(',')};
+    if (!metadata.vendor.isEmpty())
+        parts << shownLine(metadata.vendor);
+    if (!metadata.version.isEmpty())
+        parts << shownLine(metadata.version);
+    if (!metadata.package.isEmpty())
+        parts << QStringLiteral("(%1)").arg(shownLine(metadata.package));
+    return parts.join(QLatin1Char(' '));
 }
 
 // Marks a plug-in to be switched, as a click in its row would.
@@ -269,6 +307,8 @@ int CliRunner::run(const Options &options)
         return saveSet(session, options);
     case Options::ShowSet:
         return showSet(session, options);
+    case Options::Details:
+        return details(session, options);
     case Options::Backup:
         return backupCommand(session, options, m_out, m_err);
     case Options::Restore:
@@ -400,16 +440,21 @@ int CliRunner::list(CliSession &session, const Options &options)
         const QString format = manager->traits().prefix;
         for (const PluginPtr &item : manager->items()) {
             const QString group = item->group();
-            listing.add(QJsonObject{{QStringLiteral("format"), format},
-                                    {QStringLiteral("name"), displayName(item->name())},
-                                    {QStringLiteral("location"), displayName(item->location())},
-                                    {QStringLiteral("global"), item->isGlobal()},
-                                    {QStringLiteral("active"), item->isActive()},
-                                    {QStringLiteral("group"), displayName(group)},
-                                    {QStringLiteral("architecture"), item->architectureName()}},
-                        {format, onOff(item->isActive()), scope(item->isGlobal()),
-                         group.isEmpty() ? QStringLiteral("-") : group, item->architectureName(),
-                         fullPath(*item)});
+            QJsonObject object{{QStringLiteral("format"), format},
+                               {QStringLiteral("name"), displayName(item->name())},
+                               {QStringLiteral("location"), displayName(item->location())},
+                               {QStringLiteral("global"), item->isGlobal()},
+                               {QStringLiteral("active"), item->isActive()},
+                               {QStringLiteral("group"), displayName(group)},
+                               {QStringLiteral("architecture"), item->architectureName()}};
+            QString architecture = item->architectureName();
+            if (const PluginMetadata *metadata = item->metadata()) {
+                addMetadata(&object, *metadata);
+                architecture = metadataSummary(*metadata);
+            }
+            listing.add(object, {format, onOff(item->isActive()), scope(item->isGlobal()),
+                                 group.isEmpty() ? QStringLiteral("-") : group, architecture,
+                                 fullPath(*item)});
         }
     }
     listing.print();
@@ -446,6 +491,61 @@ int CliRunner::switchNamed(CliSession &session, const Options &options, bool on)
         mark(manager, item, on);
     applyPending(session, options, manager, before, report);
     return report.finish(ExitDone, session.notices());
+}
+
+int CliRunner::details(CliSession &session, const Options &options)
+{
+    FormatManager &manager = *session.controllers().manager(options.format);
+    manager.rescan();
+    const Format &format = manager.traits();
+    // Only these formats have descriptors the probe can read; it loads the code, so it runs here,
+    // asked for, never in a scan.
+    const QString prefix = format.prefix;
+    const QString probeFormat = prefix == QLatin1String("CLAP")     ? QStringLiteral("clap")
+                                : prefix == QLatin1String("LADSPA") ? QStringLiteral("ladspa")
+                                : prefix == QLatin1String("DSSI")   ? QStringLiteral("dssi")
+                                                                    : QString();
+    ProbeRunner probe;
+    Listing listing(options.json, m_out);
+    int status = ExitDone;
+    for (const QString &name : options.names) {
+        const QList<PluginPtr> named = pluginsNamed(manager, name);
+        if (named.isEmpty()) {
+            m_err << QStringLiteral("KorvaneCMD: no %1 plug-in named \"%2\"\n")
+                         .arg(prefix, shownLine(name));
+            status = ExitMoveFailed;
+        }
+        for (const PluginPtr &item : named) {
+            QJsonObject object{{QStringLiteral("format"), prefix},
+                               {QStringLiteral("name"), displayName(item->name())},
+                               {QStringLiteral("location"), displayName(item->location())}};
+            QString summary = item->metadata() ? metadataSummary(*item->metadata()) : QString();
+            if (item->metadata())
+                addMetadata(&object, *item->metadata());
+            if (!probeFormat.isEmpty()) {
+                const ProbeResult result = probe.probe(fullPath(*item), probeFormat);
+                QJsonArray loaded;
+                for (const ProbedPlugin &plugin : result.report.plugins) {
+                    loaded.append(
+                        QJsonObject{{QStringLiteral("id"), displayName(plugin.id)},
+                                    {QStringLiteral("name"), displayName(plugin.name)},
+                                    {QStringLiteral("vendor"), displayName(plugin.vendor)}});
+                    summary += QStringLiteral("; ") + shownLine(plugin.name) + QStringLiteral(" (")
+                               + shownLine(plugin.id) + QLatin1Char(')');
+                }
+                object.insert(QStringLiteral("loaded"), loaded);
+                if (!result.ok()) {
+                    const QString why =
+                        result.message.isEmpty() ? result.report.error : result.message;
+                    object.insert(QStringLiteral("probeError"), displayName(why));
+                    summary += QStringLiteral("; ") + shownLine(why);
+                }
+            }
+            listing.add(object, {prefix, summary, fullPath(*item)});
+        }
+    }
+    listing.print();
+    return status;
 }
 
 int CliRunner::duplicates(CliSession &session, const Options &options)
@@ -526,13 +626,13 @@ void CliRunner::applyPending(CliSession &session, const Options &options, Format
                              const ActiveStates &before, MoveReport &report)
 {
     const AppContext &context = session.controllers();
-    const std::array<QString, LocationCount> folders =
-        context.locations().folderPaths(context.formats().at(manager.type()));
+    const Format &row = context.formats().at(manager.type());
+    const QStringList folders = context.locations().allFolderPaths(row);
     const QString format = manager.traits().prefix;
     report.setBefore(format, activeNames(manager, before));
     const auto add = [&](const MoveOutcome &outcome, MoveReport::Outcome kind) {
         const auto [done, wanted] =
-            moveWords(folders, outcome.from, outcome.to, outcome.name, outcome.enabled);
+            moveWords(row, folders, outcome.from, outcome.to, outcome.name, outcome.enabled);
         MoveReport::Move move{format, outcome.name, outcome.from,         outcome.to, done,
                               wanted, kind,         outcome.error.reason, QString()};
         // The failing path is usually one of the two; it is named when it is something else.
@@ -550,7 +650,7 @@ void CliRunner::applyPending(CliSession &session, const Options &options, Format
     }
     // As the marks stand, except where the move would not be made.
     ActiveStates after = before;
-    MovePlanner planner(session.files(), manager.traits(), manager.plugins());
+    MovePlanner planner(session.files(), manager.traits(), manager.plugins(), manager.locations());
     for (const PlannedMove &planned : planner.forecast()) {
         const Foreseen next = foreseen(planned);
         if (!next.warning.isEmpty())

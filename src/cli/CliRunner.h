@@ -30,6 +30,7 @@ private:
     int applyList(CliSession &session, const Options &options);
     int list(CliSession &session, const Options &options);
     int switchNamed(CliSession &session, const Options &options, bool on);
+    int details(CliSession &session, const Options &options);
     int duplicates(CliSession &session, const Options &options);
     int saveSet(CliSession &session, const Options &options);
     int showSet(CliSession &session, const Options &options);

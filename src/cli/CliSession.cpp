@@ -1,9 +1,12 @@
 #include "cli/CliSession.h"
 
+#include "core/LinuxFormats.h"
+
 #include "app/AppContext.h"
 #include "cli/Options.h"
 #include "cli/ShownText.h"
 #include "core/FormatTable.h"
+#include "core/LinuxFormats.h"
 #include "core/Locations.h"
 #include "os/AllowAllAuthorization.h"
 #include "os/LibraryLock.h"
@@ -33,8 +36,11 @@ Roots rootsOf(const Options &options, Roots roots)
 {
     if (!options.root.isEmpty())
         roots.systemRoot = QFileInfo(options.root).absoluteFilePath();
-    if (!options.home.isEmpty())
+    if (!options.home.isEmpty()) {
+        const QHash<QString, QString> paths = roots.pluginPaths;
         roots = Roots::at(roots.systemRoot, QFileInfo(options.home).absoluteFilePath());
+        roots.pluginPaths = paths;
+    }
     return roots;
 }
 
@@ -84,6 +90,7 @@ AppContext &CliSession::controllers()
     if (!m_context) {
         AppContext::Parts parts;
         parts.roots = m_roots;
+        parts.formats = withRunFolders(FormatTable::builtIn(), m_roots, m_roots.pluginPaths);
         parts.files = &files();
         parts.ui = &m_ui;
         // A polkit prompt would hang a launch script: the tool asks for no rights.
@@ -99,7 +106,8 @@ bool CliSession::lockLibrary(QString *failure, bool *heldByAnother)
     // Every format's folders: the run may touch any of them.
     if (!m_lock)
         m_lock = std::make_unique<LibraryLock>(
-            files(), Locations(m_roots).pluginFolders(FormatTable::builtIn()));
+            files(), Locations(m_roots).pluginFolders(
+                         withRunFolders(FormatTable::builtIn(), m_roots, m_roots.pluginPaths)));
     if (!m_lock->isLocked() && failure)
         *failure = m_lock->failure();
     if (heldByAnother)
@@ -111,7 +119,7 @@ bool CliSession::isReadOnly(const Options &options)
 {
     return options.check || options.command == Options::List
            || options.command == Options::Duplicates || options.command == Options::ShowSet
-           || options.command == Options::Backup;
+           || options.command == Options::Details || options.command == Options::Backup;
 }
 
 QStringList CliSession::notices() const

@@ -21,6 +21,7 @@ struct Options {
         SaveSet,
         ShowSet,
         ApplyList,
+        Details,
         Backup,
         Restore,
         Help,

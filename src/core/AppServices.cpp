@@ -230,7 +230,7 @@ QString AppServices::fullPath(const QString &name, int type, int loc) const
 {
     // Expanding standardises the path, so a ".." in the name would lead out of the folder.
     const Format *format = formats().find(type);
-    if (!format || !isValidLocation(loc) || !isContainedName(name))
+    if (!format || !format->hasLocation(loc) || !isContainedName(name))
         return {};
     return locations().expand(format->folder(loc) + QLatin1Char('/') + name);
 }

@@ -1,5 +1,6 @@
 // The rows of the built-in formats. A change to one of them rebuilds this file alone.
 #include "core/FormatTable.h"
+#include "core/LinuxFormats.h"
 #include "core/Recognition.h"
 
 #include <QCoreApplication>
@@ -115,8 +116,12 @@ Format vst()
 const FormatTable &FormatTable::builtIn()
 {
     // Immutable, built once; nothing in it depends on where a run's roots are.
-    static const FormatTable table =
-        FormatTable().with(audioUnits()).with(rtas()).with(mas()).with(vst());
+    static const FormatTable table = [] {
+        FormatTable rows = FormatTable().with(audioUnits()).with(rtas()).with(mas()).with(vst());
+        for (const Format &row : linuxFormats() + macLayoutFormats())
+            rows = rows.with(row);
+        return rows;
+    }();
     return table;
 }
 

@@ -15,14 +15,32 @@ std::array<QString, LocationCount> foldersOf(const Format &format)
 
 } // namespace
 
+QString FolderPair::disabled() const
+{
+    return Format::disabledFolderOf(active);
+}
+
+bool FolderPair::isDistributionFolder(const QString &written)
+{
+    return (written == QLatin1String("/usr") || written.startsWith(QLatin1String("/usr/")))
+           && written != QLatin1String("/usr/local")
+           && !written.startsWith(QLatin1String("/usr/local/"));
+}
+
 QString Format::folder(int loc) const
 {
-    if (!isValidLocation(loc))
+    if (!hasLocation(loc))
         return {};
-    QString path = activeFolder;
-    if (!isSystemLocation(loc))
-        path.prepend(QLatin1Char('~'));
-    return isActiveLocation(loc) ? path : disabledFolderOf(path);
+    const FolderPair &pair = pairs.at(loc / 2);
+    return loc % 2 == 0 ? pair.active : pair.disabled();
+}
+
+int Format::firstPair(bool system) const
+{
+    for (qsizetype i = 0; i < pairs.size(); ++i)
+        if (pairs.at(i).system == system && !pairs.at(i).distributionOwned)
+            return int(i);
+    return system ? 0 : 1;
 }
 
 Format Format::derived(const QString &prefix, const QString &label, const QString &activeFolder,
@@ -32,6 +50,7 @@ Format Format::derived(const QString &prefix, const QString &label, const QStrin
     f.prefix = prefix;
     f.tabLabel = label;
     f.activeFolder = activeFolder;
+    f.pairs = {{activeFolder, true, false}, {QLatin1Char('~') + activeFolder, false, false}};
     f.recognise = recognise;
     f.contentRoots = foldersOf(f);
     const QString lower = prefix.toLower();

@@ -2,10 +2,34 @@
 
 #include "core/LocationCode.h"
 
+#include <QList>
 #include <QString>
+#include <QStringList>
 #include <array>
 
 namespace korvane {
+
+// Which files say what a plug-in of the format is (see PluginMetadataReader).
+enum class FormatReading {
+    BundleArchitecture, // the first four: the Mach-O test of a bundle's executable alone
+    Lv2,                // the bundle's Turtle files
+    Vst3,               // moduleinfo.json and the Contents/ folder names
+    SharedObject,       // the ELF header
+    MachOBundle,        // the bundle executable's Mach-O architectures
+};
+
+// An active folder as written ("/usr/local/lib/lv2", "~/.lv2") and its " (Disabled)" sibling, which
+// hosts do not search.
+struct FolderPair {
+    QString active;
+    bool system = true;
+    // Under /usr outside /usr/local: the distribution's package manager owns what lies there, and
+    // nothing is moved, created or deleted in it.
+    bool distributionOwned = false;
+    QString disabled() const;
+    // Whether a folder as written lies where the distribution owns it.
+    static bool isDistributionFolder(const QString &written);
+};
 
 // Everything in which one plug-in format differs from another: one row of the format table.
 // Adding a format is adding a row (Format::derived fills in the texts) with its recognition rule.
@@ -14,6 +38,16 @@ struct Format {
     QString prefix;   // "AU": preference keys, tab identifiers, command-line flag and format name
     QString tabLabel; // "AudioUnits"
     QString activeFolder; // the system-wide active folder as written: "/Library/Audio/Plug-Ins/VST"
+    // Pair 0 is the first system pair (where "move to system" goes), pair 1 the first user pair;
+    // derived() makes those two from activeFolder.
+    QList<FolderPair> pairs;
+    QString cliName;  // "lv2", "vst3-mac"; empty: the prefix in lower case
+    QString helpText; // what --help says of the row: "LV2 bundles (~/.lv2, /usr/lib/lv2, ...)"
+    // Seeded off unless one of its folders exists (formats of another system's layout).
+    bool onOnlyWhereFoldersExist = false;
+    QStringList pathVariables; // the hosts' variables that add folders: "LV2_PATH"
+    QString multiarchFolder;   // "lv2": each /usr/lib/<triplet>/lv2 is a folder of the row
+    FormatReading reading = FormatReading::BundleArchitecture;
 
     // Recognition: given the bare entry name, or its full path.
     bool (*recognise)(const QString &nameOrPath) = nullptr;
@@ -21,6 +55,7 @@ struct Format {
     bool scansSubfolders = true; // the preference is offered; Audio Units never recurse
 
     // Scanning.
+    // Pairs past the first two are never created by a scan.
     std::array<bool, LocationCount> createdFolders{true, true, true, true};
     QString parentFolder; // created before the active folders ("/Library/.../Digidesign")
     bool createsParentOnScan = false;
@@ -57,8 +92,20 @@ struct Format {
     QString infoText;             // "Please select a AudioUnit Plug-In"
     QString noSetMessage;         // "There is no set selected for AudioUnits"
 
-    // A folder of the format as written, by location code ("~/Library/... (Disabled)").
+    // A folder of the format as written, by location code ("~/Library/... (Disabled)"); empty
+    // for a code outside the pairs.
     QString folder(int loc) const;
+    int locationCount() const { return int(pairs.size()) * 2; }
+    bool hasLocation(int loc) const { return loc >= 0 && loc < locationCount(); }
+    bool isSystem(int loc) const { return hasLocation(loc) && pairs.at(loc / 2).system; }
+    bool isDistributionOwned(int loc) const
+    {
+        return hasLocation(loc) && pairs.at(loc / 2).distributionOwned;
+    }
+    static int locationOf(int pair, bool active) { return pair * 2 + (active ? 0 : 1); }
+    // The pair a plug-in of that scope moves to: the first of the scope the distribution does not
+    // own (pair 0 or 1 for every row).
+    int firstPair(bool system) const;
     // Where a plug-in switched off in an active folder goes: the sibling folder of that name.
     static QString disabledFolderOf(const QString &activeFolder)
     {
@@ -68,7 +115,7 @@ struct Format {
     QString preferencesTabIdentifier() const { return QStringLiteral("Pref") + prefix; }
     QString preferenceKey(const char *name) const { return prefix + QLatin1String(name); }
     QString commandLineFlag() const { return QLatin1Char('-') + prefix; } // "-AU"
-    QString commandLineName() const { return prefix.toLower(); }          // "au"
+    QString commandLineName() const { return cliName.isEmpty() ? prefix.toLower() : cliName; }
 
     // A new format's row: the texts follow the built-in patterns, the user's install target is
     // the user's active folder, and the set documents are "<prefix in lower case>korv".

@@ -5,7 +5,8 @@ namespace korvane {
 std::optional<int> FormatTable::typeOfName(const QString &name) const
 {
     for (const Format &format : m_rows)
-        if (name.compare(format.prefix, Qt::CaseInsensitive) == 0)
+        if (name.compare(format.prefix, Qt::CaseInsensitive) == 0
+            || name.compare(format.commandLineName(), Qt::CaseInsensitive) == 0)
             return format.type;
     return std::nullopt;
 }

@@ -8,6 +8,14 @@ namespace korvane {
 
 namespace {
 const QString kLibrary = QStringLiteral("/Library");
+const QString kUsr = QStringLiteral("/usr");
+
+bool startsWithFolder(const QString &path, const QString &folder)
+{
+    return path == folder
+           || (path.startsWith(folder) && path.size() > folder.size()
+               && path.at(folder.size()) == QLatin1Char('/'));
+}
 } // namespace
 
 QString Locations::expand(const QString &path) const
@@ -15,7 +23,7 @@ QString Locations::expand(const QString &path) const
     QString result = path;
     if (path == QLatin1String("~") || path.startsWith(QLatin1String("~/"))) {
         result = m_roots.home + path.mid(1);
-    } else if (path == kLibrary || path.startsWith(kLibrary + QLatin1Char('/'))) {
+    } else if (startsWithFolder(path, kLibrary) || startsWithFolder(path, kUsr)) {
         // With the root "/" this gives "/Library" unchanged.
         result = (m_roots.systemRoot == QLatin1String("/") ? QString() : m_roots.systemRoot) + path;
     }
@@ -32,6 +40,15 @@ std::array<QString, LocationCount> Locations::folderPaths(const Format &format) 
     std::array<QString, LocationCount> folders;
     for (int loc = 0; loc < LocationCount; ++loc)
         folders[size_t(loc)] = folderPath(format, loc);
+    return folders;
+}
+
+QStringList Locations::allFolderPaths(const Format &format) const
+{
+    QStringList folders;
+    folders.reserve(format.locationCount());
+    for (int loc = 0; loc < format.locationCount(); ++loc)
+        folders << folderPath(format, loc);
     return folders;
 }
 
@@ -58,9 +75,9 @@ QString Locations::machinePreferencesFile()
 QStringList Locations::pluginFolders(const Format &format) const
 {
     QStringList folders;
-    for (int loc = 0; loc < LocationCount; ++loc) {
+    for (int loc = 0; loc < format.locationCount(); ++loc) {
         folders << folderPath(format, loc);
-        if (!format.contentRoots[size_t(loc)].isEmpty())
+        if (loc < LocationCount && !format.contentRoots[size_t(loc)].isEmpty())
             folders << expand(format.contentRoots[size_t(loc)]);
     }
     folders.removeDuplicates();

@@ -17,16 +17,18 @@ public:
     explicit Locations(Roots roots) : m_roots(std::move(roots)) {}
     const Roots &roots() const { return m_roots; }
 
-    // Expands a leading "~" to the home and a leading "/Library" to the system root's Library,
+    // Expands a leading "~" to the home and a leading "/Library" or "/usr" to the system root's,
     // then standardises (no "." or ".." components, no trailing or doubled separators).
     QString expand(const QString &path) const;
 
     // A format's folder, expanded; empty for a location outside 0..3.
     QString folderPath(const Format &format, int loc) const;
-    // All four, by location code.
+    // The four of pairs 0 and 1, by location code.
     std::array<QString, LocationCount> folderPaths(const Format &format) const;
-    // The folders one format's moves may change, as a lock takes them: its four and its content
-    // roots.
+    // Every pair's two, by location code.
+    QStringList allFolderPaths(const Format &format) const;
+    // The folders one format's moves may change, as a lock takes them: its pairs' folders and its
+    // content roots.
     QStringList pluginFolders(const Format &format) const;
     // Those of every format, for a run that may touch any of them.
     QStringList pluginFolders(const FormatTable &formats) const;

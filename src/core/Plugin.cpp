@@ -50,12 +50,19 @@ void Plugin::updateLocation(int type)
     const Format *format = m_registry ? m_registry->formats().find(type) : nullptr;
     if (!format)
         return;
-    setLocation(m_registry->locations().folderPath(*format, locationCode(m_global, m_active)));
+    setLocation(m_registry->locations().folderPath(*format, locationCode(*format)));
 }
 
-void Plugin::updateLocation(const std::array<QString, 4> &folders)
+void Plugin::updateLocation(const Format &format, const QStringList &folders)
 {
-    setLocation(folders[size_t(locationCode(m_global, m_active))]);
+    setLocation(folders.value(locationCode(format)));
+}
+
+int Plugin::locationCode(const Format &format) const
+{
+    const bool inPair =
+        m_pair >= 0 && m_pair < format.pairs.size() && format.pairs.at(m_pair).system == m_global;
+    return Format::locationOf(inPair ? m_pair : format.firstPair(m_global), m_active);
 }
 
 void Plugin::loadContent()

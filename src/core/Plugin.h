@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/PluginMetadata.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -10,6 +12,7 @@
 namespace korvane {
 
 class AppServices;
+struct Format;
 struct ArchivedObject;
 
 // One installed plug-in of any format: where it lies, whether it is on, its group, its companion
@@ -26,7 +29,18 @@ public:
     QString location() const { return m_location; }
     void setLocation(const QString &location) { m_location = location; }
     bool isGlobal() const { return m_global; }
-    void setGlobal(bool global) { m_global = global; }
+    // A plug-in that changes scope goes to the first pair of the new scope.
+    void setGlobal(bool global)
+    {
+        if (global != m_global)
+            m_pair = -1;
+        m_global = global;
+    }
+    // The folder pair it lies in (see Format::pairs); -1: the first pair of its scope.
+    int pair() const { return m_pair; }
+    void setPair(int pair) { m_pair = pair; }
+    // Its location code in format: its pair, else the first of its scope, active or not.
+    int locationCode(const Format &format) const;
     bool isActive() const { return m_active; }
     void setActive(bool active) { m_active = active; }
     int id() const { return m_id; }
@@ -34,6 +48,12 @@ public:
     int groupId() const { return m_groupId; }
     bool hasContent() const { return m_hasContent; }
     int architecture() const { return m_architecture; }
+    // What its files say (null before a scan has read them).
+    const PluginMetadata *metadata() const { return m_metadata.get(); }
+    void setMetadata(std::shared_ptr<const PluginMetadata> metadata)
+    {
+        m_metadata = std::move(metadata);
+    }
 
     // Group by name into the global list; group() reads the list at the stored position, so a
     // renamed group renames every member. A position past the end reads as no group.
@@ -44,9 +64,9 @@ public:
 
     // Recomputes the location from the format's folders and the two flags.
     void updateLocation(int type);
-    // The same from the format's four folders by location code, expanded once by a caller that
-    // places many plug-ins.
-    void updateLocation(const std::array<QString, 4> &folders);
+    // The same from the format's folders by location code (Locations::allFolderPaths), expanded
+    // once by a caller that places many plug-ins.
+    void updateLocation(const Format &format, const QStringList &folders);
 
     void loadContent();
     int contentCount() const;
@@ -80,7 +100,9 @@ private:
     bool m_hasContent = false;
     QStringList m_content; // empty: no list
     int m_id = 0;
+    int m_pair = -1;
     int m_architecture = 0;
+    std::shared_ptr<const PluginMetadata> m_metadata;
 };
 
 using PluginPtr = std::shared_ptr<Plugin>;

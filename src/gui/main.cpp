@@ -4,6 +4,7 @@
 #include "app/AboutText.h"
 #include "app/AppContext.h"
 #include "app/HelperRights.h"
+#include "core/LinuxFormats.h"
 #include "gui/Translations.h"
 #include "gui/dialogs/QtUi.h"
 #include "gui/main/MainWindow.h"
@@ -83,9 +84,12 @@ CommandLine parse(const QStringList &arguments)
         return usage(missing);
     if (parser.isSet(root))
         roots.systemRoot = QFileInfo(parser.value(root)).absoluteFilePath();
-    if (parser.isSet(home))
+    if (parser.isSet(home)) {
+        const QHash<QString, QString> paths = roots.pluginPaths;
         roots =
             korvane::Roots::at(roots.systemRoot, QFileInfo(parser.value(home)).absoluteFilePath());
+        roots.pluginPaths = paths;
+    }
     result.roots = roots;
     return result;
 }
@@ -111,6 +115,8 @@ int main(int argc, char *argv[])
     korvane::QtUi ui;
     korvane::AppContext::Parts parts;
     parts.roots = *commandLine.roots;
+    parts.formats = korvane::withRunFolders(korvane::FormatTable::builtIn(), parts.roots,
+                                            parts.roots.pluginPaths);
     parts.ui = &ui;
     // System plug-ins the person may not move alone go through korvane-helper, polkit asked once.
     korvane::HelperRights rights(*commandLine.roots);

@@ -202,17 +202,21 @@ SystemFolders::SystemFolders(const FormatTable &formats, const Roots &roots, Own
     : m_formats(formats), m_roots(roots), m_owned(std::move(owned))
 {
     const Locations locations(m_roots);
+    // Every system pair of the row, not only the first: a Linux format may list several. Those
+    // under the distribution's prefixes are refused before their place is looked up.
     for (const Format &format : formats)
-        for (const int loc : {LocSystemActive, LocSystemDisabled})
-            m_folders.append({format.type, locations.folderPath(format, loc)});
+        for (int loc = 0; loc < format.locationCount(); ++loc)
+            if (format.isSystem(loc))
+                m_folders.append({format.type, loc, locations.folderPath(format, loc)});
 }
 
 std::optional<SystemFolders::Place> SystemFolders::placeOf(const QString &path) const
 {
     std::optional<Place> found;
-    for (const auto &[type, folder] : m_folders)
-        if (liesInside(path, folder) && (!found || folder.size() > found->folder.size()))
-            found = Place{type, folder};
+    for (const Place &place : m_folders)
+        if (liesInside(path, place.folder)
+            && (!found || place.folder.size() > found->folder.size()))
+            found = place;
     return found;
 }
 
@@ -274,7 +278,7 @@ std::optional<Refusal> SystemFolders::check(const QList<Move> &moves) const
         if (from.type != to.type)
             return Refusal{move.to, QStringLiteral("the target lies in another format's folders "
                                                    "than its source")};
-        if (from.folder == to.folder
+        if (from.location / 2 != to.location / 2 || from.folder == to.folder
             || move.from.mid(from.folder.size()) != move.to.mid(to.folder.size()))
             return Refusal{move.to, QStringLiteral("the target is not the source's place in the "
                                                    "format's other system folder")};
@@ -298,9 +302,11 @@ QStringList SystemFolders::lockFolders(const QList<Move> &moves) const
     for (const Format &format : m_formats) {
         if (!types.contains(format.type))
             continue;
-        for (const int loc : {LocSystemActive, LocSystemDisabled}) {
+        for (int loc = 0; loc < format.locationCount(); ++loc) {
+            if (!format.isSystem(loc))
+                continue;
             folders << locations.folderPath(format, loc);
-            if (!format.contentRoots[size_t(loc)].isEmpty())
+            if (loc < LocationCount && !format.contentRoots[size_t(loc)].isEmpty())
                 folders << locations.expand(format.contentRoots[size_t(loc)]);
         }
     }

@@ -34,8 +34,8 @@ struct Refusal {
     QString reason;
 };
 
-// What root may be asked to move: a plug-in (or a companion) inside one format's system folder
-// under the given roots to the same place in the format's other system folder (active or
+// What root may be asked to move: a plug-in (or a companion) inside one of a format's system
+// folders under the given roots to the same place in the other folder of its pair (active or
 // " (Disabled)"), and nothing else. The roots come from the person who
 // asks, so every folder the helper passes through or writes in must be one that only root can
 // change: otherwise whoever could change it could swap a step for a link between the look and the
@@ -61,7 +61,8 @@ public:
 private:
     struct Place {
         int type = -1;
-        QString folder; // the format folder as written
+        int location = -1; // its location code: a move stays within one pair
+        QString folder;    // the format folder, expanded
     };
     std::optional<Place> placeOf(const QString &path) const;
     std::optional<Refusal> checkPath(const QString &path) const;
@@ -69,8 +70,8 @@ private:
     const FormatTable &m_formats;
     Roots m_roots;
     OwnedPrefixes m_owned;
-    // Per format: its system active and disabled folder, expanded.
-    QList<std::pair<int, QString>> m_folders;
+    // Every format's system folders, active and disabled, of every pair.
+    QList<Place> m_folders;
     // The format folders found to exist and be root's alone.
     mutable QSet<QString> m_trusted;
 };

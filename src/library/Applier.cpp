@@ -65,7 +65,7 @@ QList<MoveOutcome> Applier::applyPending()
 {
     UserInterface &ui = m_parts.services.ui();
     FileOperations &files = m_parts.services.files();
-    Run run{MovePlanner(files, m_traits, m_list), {}, false};
+    Run run{MovePlanner(files, m_traits, m_list, m_parts.services.locations()), {}, false};
     const QList<PluginRecord> &records = m_list.records();
 
     QList<MoveOutcome> outcomes;
@@ -146,6 +146,10 @@ MoveOutcome Applier::applyRecord(int recordIndex, Run &run)
     const auto refused = [&] {
         switch (move.verdict) {
         case MoveVerdict::NoItem:
+            outcome.error = move.error;
+            return outcome;
+        case MoveVerdict::Distribution:
+            tell(*main, "%1", {move.error.reason});
             outcome.error = move.error;
             return outcome;
         case MoveVerdict::OnePlace:

@@ -1,7 +1,10 @@
 #include "library/BulkMarks.h"
 
+#include "core/AppServices.h"
+#include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "library/DistributionGuard.h"
 #include "library/FormatManager.h"
 
 #include <QSet>
@@ -19,10 +22,23 @@ QString BulkMarks::actionName(int count, bool active)
 QList<PluginPtr> BulkMarks::mark(FormatManager &manager, const QList<PluginPtr> &items,
                                  const View *view, bool active)
 {
+    // What the distribution owns is not marked: the apply could only refuse it, once per plug-in.
+    const DistributionGuard guard(manager.traits(), manager.locations());
     QList<PluginPtr> changing;
-    for (const PluginPtr &item : items)
-        if (item && item->isActive() != active)
+    int owned = 0;
+    for (const PluginPtr &item : items) {
+        if (!item || item->isActive() == active)
+            continue;
+        if (guard.owns(manager.plugins().folderOnDisk(*item)))
+            ++owned;
+        else
             changing << item;
+    }
+    if (owned > 0)
+        manager.services().appendLog(
+            korvane::tr("%1 plug-ins in the distribution's folders stay as they are: its package "
+                        "manager owns them\n")
+                .arg(owned));
     if (changing.isEmpty())
         return {};
     int hidden = 0;

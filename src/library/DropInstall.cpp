@@ -5,6 +5,7 @@
 #include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "library/DistributionGuard.h"
 #include "library/FormatManager.h"
 #include "os/FileOperations.h"
 
@@ -53,7 +54,19 @@ DropInstall::Choice DropInstall::settle(FormatManager &manager, const QString &p
     alert.addedButtons = true;
     FileOperations &files = manager.files();
     switch (manager.ui().runAlert(alert)) {
-    case AlertAnswer::First:
+    case AlertAnswer::First: {
+        // The distribution's copy is its package manager's: never trashed, and the dropped one
+        // beside it would be the duplicate Replace is meant to avoid.
+        const DistributionGuard guard(manager.traits(), manager.locations());
+        for (const PluginPtr &item : manager.items()) {
+            const QString folder = manager.plugins().folderOnDisk(*item);
+            if (item->name() != name || !guard.owns(folder))
+                continue;
+            const QString refusal = guard.refusal(
+                name, folder, QString(), item->metadata() ? item->metadata()->package : QString());
+            manager.services().appendLog(korvane::tr("%1 not installed: %2\n").arg(path, refusal));
+            return Choice::Skip;
+        }
         for (const QString &copy : std::as_const(installed)) {
             FileError error;
             QString trashedTo;
@@ -70,6 +83,7 @@ DropInstall::Choice DropInstall::settle(FormatManager &manager, const QString &p
                 korvane::tr("%1 was replaced and is now in the trash: %2\n").arg(copy, trashedTo));
         }
         return Choice::Install;
+    }
     case AlertAnswer::Second:
         *target = manager.locations().folderPath(manager.traits(), LocUserDisabled)
                   + QLatin1Char('/') + name;

@@ -17,7 +17,7 @@ QStringList FormatManager::mergeItems(const QList<PluginPtr> &saved)
     // the same scope (system or user), then to any copy still without an entry, in list order;
     // matching by name and position alone would follow the table's sort order and send one copy
     // onto the other's place. An entry left without a copy is missing like an unknown name.
-    const std::array<QString, LocationCount> folders = locations().folderPaths(m_traits);
+    const QStringList folders = locations().allFolderPaths(m_traits);
     const QList<PluginPtr> &plugins = m_list.items();
 
     // The installed copies of each name in list order, where each lies on disk (the folder its
@@ -31,10 +31,8 @@ QStringList FormatManager::mergeItems(const QList<PluginPtr> &saved)
         copies[item.name()].append(i);
         const QString folder = m_list.folderOnDisk(item);
         where[size_t(i)] = folder;
-        const bool system =
-            folder == folders[LocSystemActive] || folder == folders[LocSystemDisabled];
-        const bool user = folder == folders[LocUserActive] || folder == folders[LocUserDisabled];
-        global[size_t(i)] = system || (!user && item.isGlobal());
+        const int loc = int(folders.indexOf(folder));
+        global[size_t(i)] = loc >= 0 ? m_traits.isSystem(loc) : item.isGlobal();
     }
 
     std::vector<qsizetype> match(size_t(saved.size()), -1);
@@ -80,7 +78,11 @@ QStringList FormatManager::mergeItems(const QList<PluginPtr> &saved)
         item->setLocation(entry.location());
         item->setGlobal(entry.isGlobal());
         item->setActive(entry.isActive());
-        item->updateLocation(folders);
+        // The entry's folder finds its pair; one no pair has keeps the copy's pair in that scope.
+        const int loc = int(folders.indexOf(entry.location()));
+        if (loc >= 0 && m_traits.isSystem(loc) == entry.isGlobal())
+            item->setPair(loc / 2);
+        item->updateLocation(m_traits, folders);
         updateRecord(item);
         changed << item;
     }

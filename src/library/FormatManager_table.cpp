@@ -6,6 +6,7 @@
 #include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "library/DistributionGuard.h"
 #include "library/DropInstall.h"
 #include "library/Reporting.h"
 #include "library/TableColumns.h"
@@ -171,6 +172,15 @@ void FormatManager::changeItem(const PluginPtr &item, const QString &column, con
     }
     if (column != TableColumn::Active && column != TableColumn::Global)
         return;
+    // A plug-in the distribution owns is not marked at all: the apply would refuse it anyway.
+    if (const QString refusal =
+            DistributionGuard(m_traits, locations())
+                .refusal(item->name(), m_list.folderOnDisk(*item), QString(),
+                         item->metadata() ? item->metadata()->package : QString());
+        !refusal.isEmpty()) {
+        tell(*services, "%1", {refusal});
+        return;
+    }
 
     // Every call toggles whatever value it is given, so the same call is its own inverse.
     QPointer<FormatManager> self(this);

@@ -2,6 +2,7 @@
 
 #include "core/PathChecks.h"
 #include "core/PluginList.h"
+#include "core/PluginMetadata.h"
 #include "library/FormatTraits.h"
 
 #include <QStringBuilder>
@@ -20,8 +21,9 @@ QString folderOf(const QString &path)
 
 } // namespace
 
-MovePlanner::MovePlanner(FileOperations &files, const FormatTraits &traits, const PluginList &list)
-    : m_files(files), m_traits(traits), m_list(list)
+MovePlanner::MovePlanner(FileOperations &files, const FormatTraits &traits, const PluginList &list,
+                         const Locations &locations)
+    : m_files(files), m_traits(traits), m_list(list), m_guard(traits, locations)
 {
     const QList<PluginRecord> &records = list.records();
     m_installed.reserve(records.size());
@@ -87,6 +89,16 @@ bool MovePlanner::passesTheWay(PlannedMove &move)
         refuse(move, MoveVerdict::NoItem, move.from);
         return false;
     }
+    // The distribution's folders are not ours to change: refused before anything else is asked.
+    const QString fromFolder = m_list.records().at(move.record).folder();
+    if (const QString refusal =
+            m_guard.refusal(move.name, fromFolder, move.item->location(),
+                            move.item->metadata() ? move.item->metadata()->package : QString());
+        !refusal.isEmpty()) {
+        move.verdict = MoveVerdict::Distribution;
+        move.error = {move.from, refusal};
+        return false;
+    }
     // A " (Disabled)" folder that is a link to the active one, or a bind mount of it, holds the
     // plug-in already: whatever lies at the target would be the plug-in itself.
     const std::optional<FileIdentity> sourceFolder = folderIdentity(folderOf(move.from));
@@ -97,7 +109,6 @@ bool MovePlanner::passesTheWay(PlannedMove &move)
     }
     // Below the format's folder a plug-in moves only through real folders: a link on the way
     // would carry it out of the folders altogether.
-    const QString fromFolder = m_list.records().at(move.record).folder();
     if (std::optional<FileError> step = stepOffTheWay(m_files, fromFolder, move.from, false)) {
         move.verdict = MoveVerdict::StepOffTheWay;
         move.error = std::move(*step);

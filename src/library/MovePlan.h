@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Plugin.h"
+#include "library/DistributionGuard.h"
 #include "os/FileOperations.h"
 
 #include <QHash>
@@ -11,6 +12,7 @@
 
 namespace korvane {
 
+class Locations;
 class PluginList;
 struct FormatTraits;
 
@@ -25,6 +27,7 @@ enum class MoveVerdict {
     SourceGone,     // nothing at the source any more
     Unwritable,     // a folder the move has to change cannot be changed
     NoItem,         // no plug-in matches the pending record
+    Distribution, // a folder the distribution's package manager owns: the reason names the package
 };
 
 // One pending change of a manager's list: where it moves, and what the plan made of it.
@@ -50,13 +53,14 @@ struct PlannedMove {
 // then as each move leaves them) and the folders' identities, each looked up once.
 class MovePlanner {
 public:
-    MovePlanner(FileOperations &files, const FormatTraits &traits, const PluginList &list);
+    MovePlanner(FileOperations &files, const FormatTraits &traits, const PluginList &list,
+                const Locations &locations);
 
     // The pending change of the record at index, as the list has it, undecided.
     PlannedMove pending(int recordIndex) const;
-    // What must hold before anything at the target is looked at: the item is known, the two
-    // folders are not one, and the way to the source passes only real folders. False with the
-    // verdict set when one does not.
+    // What must hold before anything at the target is looked at: the item is known, neither
+    // folder is the distribution's, the two folders are not one, and the way to the source passes
+    // only real folders. False with the verdict set when one does not.
     bool passesTheWay(PlannedMove &move);
     // What lies at the target decides: the source itself (OnePlace), an identical installed copy
     // (TrashIdentical), another installed copy (OtherCopy), nothing at the source (SourceGone),
@@ -86,6 +90,7 @@ private:
     FileOperations &m_files;
     const FormatTraits &m_traits;
     const PluginList &m_list;
+    DistributionGuard m_guard;
     QSet<QString> m_installed;
     QHash<QString, FileIdentity> m_identities;
 };

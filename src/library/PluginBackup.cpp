@@ -5,6 +5,7 @@
 #include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "library/DistributionGuard.h"
 #include "library/FormatManager.h"
 #include "library/SetDocument.h"
 #include "os/FileOperations.h"
@@ -41,20 +42,22 @@ struct SavedPlugin {
 
 struct Manifest {
     QString format;
+    QStringList folders; // by location code, as written
     QList<SavedPlugin> plugins;
 };
 
 QByteArray manifestBytes(const FormatManager &manager, const QList<SavedPlugin> &plugins)
 {
+    const FormatTraits &format = manager.traits();
     QJsonArray folders;
-    for (int loc = 0; loc < LocationCount; ++loc)
-        folders << manager.traits().folder(loc);
+    for (int loc = 0; loc < format.locationCount(); ++loc)
+        folders << format.folder(loc);
     QJsonArray list;
     for (const SavedPlugin &plugin : plugins)
         list << QJsonObject{
             {QStringLiteral("name"), plugin.name},
             {QStringLiteral("location"), plugin.location},
-            {QStringLiteral("system"), isSystemLocation(plugin.location)},
+            {QStringLiteral("system"), format.isSystem(plugin.location)},
             {QStringLiteral("active"), isActiveLocation(plugin.location)},
             {QStringLiteral("entry"), pluginEntry(plugin.location, plugin.relative)}};
     const QJsonObject root{
@@ -80,6 +83,14 @@ std::optional<Manifest> parseManifest(const QByteArray &bytes, QString *problem)
     }
     Manifest manifest;
     manifest.format = root.value(QStringLiteral("format")).toString();
+    for (const QJsonValue &value : root.value(QStringLiteral("folders")).toArray())
+        manifest.folders << value.toString();
+    // A row lists its folder pairs two by two; a backup lists them all, the first four at least.
+    if (manifest.folders.size() % 2 != 0 || manifest.folders.size() < LocationCount
+        || manifest.folders.contains(QString())) {
+        *problem = korvane::tr("Its list of plug-ins is damaged.");
+        return std::nullopt;
+    }
     for (const QJsonValue &value : root.value(QStringLiteral("plugins")).toArray()) {
         const QJsonObject object = value.toObject();
         SavedPlugin plugin;
@@ -88,9 +99,11 @@ std::optional<Manifest> parseManifest(const QByteArray &bytes, QString *problem)
         const QString entry = object.value(QStringLiteral("entry")).toString();
         const QString prefix = pluginEntry(plugin.location, QString());
         plugin.relative = entry.mid(prefix.size());
-        if (plugin.name.isEmpty() || !isValidLocation(plugin.location) || !entry.startsWith(prefix)
+        if (plugin.name.isEmpty() || plugin.location < 0
+            || plugin.location >= manifest.folders.size() || !entry.startsWith(prefix)
             || !PluginArchive::refusal(pathBytes(entry)).isEmpty()
-            || QFileInfo(plugin.relative).fileName() != plugin.name) {
+            || (plugin.relative != plugin.name
+                && QFileInfo(plugin.relative).fileName() != plugin.name)) {
             *problem = korvane::tr("Its list of plug-ins is damaged.");
             return std::nullopt;
         }
@@ -170,27 +183,34 @@ PluginBackup::Result PluginBackup::backup(const QString &archivePath)
 {
     Result result;
     const FormatTraits &format = m_manager.traits();
-    const std::array<QString, LocationCount> folders = m_manager.locations().folderPaths(format);
+    // Every pair of the row: a Linux format's plug-ins lie in many folders.
+    const QStringList folders = m_manager.locations().allFolderPaths(format);
     QList<SavedPlugin> saved;
     QList<ArchiveTree> trees;
     QList<PluginPtr> states;
+    int owned = 0;
     for (const PluginPtr &item : m_manager.items()) {
-        const QString path = m_manager.plugins().pathOnDisk(*item);
-        for (int loc = 0; loc < LocationCount; ++loc) {
-            if (!path.startsWith(folders[loc] + QLatin1Char('/')))
-                continue;
-            const SavedPlugin plugin{item->name(), path.mid(folders[loc].size() + 1), loc};
-            saved << plugin;
-            trees << ArchiveTree{path, pluginEntry(loc, plugin.relative)};
-            // The state on disk, not a change still pending in the table.
-            auto state = std::make_shared<Plugin>();
-            state->setName(item->name());
-            state->setLocation(QFileInfo(path).path());
-            state->setGlobal(isSystemLocation(loc));
-            state->setActive(isActiveLocation(loc));
-            states << state;
-            break;
+        // The folder the scan found it in, not a change still pending in the table.
+        const int loc = int(folders.indexOf(m_manager.plugins().folderOnDisk(*item)));
+        if (loc < 0)
+            continue;
+        // What the distribution installed is the package manager's to put back, and a restore
+        // could create nothing there.
+        if (format.isDistributionOwned(loc)) {
+            ++owned;
+            continue;
         }
+        const QString path = m_manager.plugins().pathOnDisk(*item);
+        const SavedPlugin plugin{item->name(), item->name(), loc};
+        saved << plugin;
+        trees << ArchiveTree{path, pluginEntry(loc, plugin.relative)};
+        auto state = std::make_shared<Plugin>();
+        state->setName(item->name());
+        state->setLocation(QFileInfo(path).path());
+        state->setGlobal(format.isSystem(loc));
+        state->setPair(loc / 2);
+        state->setActive(isActiveLocation(loc));
+        states << state;
     }
     const QList<ArchiveDocument> documents{
         {manifestName(), manifestBytes(m_manager, saved)},
@@ -207,6 +227,12 @@ PluginBackup::Result PluginBackup::backup(const QString &archivePath)
     result.error = written.error;
     result.skipped = written.skipped;
     result.count = int(saved.size());
+    if (result.ok && owned > 0)
+        tell(m_manager,
+             QT_TRANSLATE_NOOP("korvane", "Left out of the backup: %1 plug-ins in the "
+                                          "distribution's folders, which its package manager "
+                                          "restores"),
+             {QString::number(owned)});
     if (result.ok)
         for (const QString &skipped : std::as_const(result.skipped))
             tell(m_manager,
@@ -264,25 +290,42 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
     }
 
     // Every question first: a Cancel leaves everything as it was.
-    const std::array<QString, LocationCount> folders = m_manager.locations().folderPaths(format);
+    const QStringList folders = m_manager.locations().allFolderPaths(format);
+    const DistributionGuard guard(format, m_manager.locations());
     struct Placement {
         SavedPlugin plugin;
+        int location = -1; // this run's code of the folder it was saved from
         QString target;
         QString staged;
         QString installed; // to the trash first
     };
     QList<Placement> placements;
     for (const SavedPlugin &plugin : std::as_const(manifest->plugins)) {
-        const QString target = folders[plugin.location] + QLatin1Char('/') + plugin.relative;
-        const int other =
-            locationCode(isSystemLocation(plugin.location), !isActiveLocation(plugin.location));
-        const QString sibling = folders[other] + QLatin1Char('/') + plugin.relative;
+        // By the folder as written: the pairs a run adds from the hosts' variables may differ
+        // from those of the run that wrote the backup.
+        const QString savedFolder = manifest->folders.at(plugin.location);
+        int loc = -1;
+        for (int candidate = 0; candidate < format.locationCount() && loc < 0; ++candidate)
+            if (format.folder(candidate) == savedFolder)
+                loc = candidate;
+        if (loc < 0) {
+            result.failed << korvane::tr("%1: its folder %2 is not one of the format's folders")
+                                 .arg(plugin.name, savedFolder);
+            continue;
+        }
+        const QString target = folders.at(loc) + QLatin1Char('/') + plugin.relative;
+        if (const QString refusal = guard.refusal(plugin.name, folders.at(loc), QString(), {});
+            !refusal.isEmpty()) {
+            result.failed << refusal;
+            continue;
+        }
+        const QString sibling = folders.at(loc ^ 1) + QLatin1Char('/') + plugin.relative;
         QString installed;
         if (files.identity(target, false))
             installed = target;
         else if (files.identity(sibling, false))
             installed = sibling;
-        Placement placement{plugin, target, {}, {}};
+        Placement placement{plugin, loc, target, {}, {}};
         if (!installed.isEmpty()) {
             const Conflict choice = answer ? answer(plugin.name, installed) : Conflict::Keep;
             if (choice == Conflict::Cancel) {
@@ -305,7 +348,7 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
     FileError error;
     for (int i = 0; i < placements.size(); ++i) {
         Placement &placement = placements[i];
-        const QString folder = folders[placement.plugin.location];
+        const QString folder = folders.at(placement.location);
         if (!makeFolders(files, folder, &error)) {
             result.error = error.path + QStringLiteral(": ") + error.reason;
             return result;

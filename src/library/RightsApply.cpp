@@ -1,9 +1,11 @@
 #include "library/RightsApply.h"
 
 #include "core/AppServices.h"
+#include "core/FormatTable.h"
 #include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "library/DistributionGuard.h"
 #include "library/FormatManager.h"
 #include "library/MovePlan.h"
 #include "library/RightsMover.h"
@@ -34,6 +36,21 @@ bool writable(const FileOperations &files, const QString &folder)
     return files.isWritable(existingFolder(files, folder));
 }
 
+// Whether korvane-helper serves the folder: the system folders of the built-in rows alone. It
+// reads no environment, so a folder a host's variable adds is not its to change, and one such
+// move in a request would have the whole request refused.
+bool helperServes(const FormatManager &manager, const QString &folder)
+{
+    const Format &format = manager.traits();
+    const Format *builtIn = FormatTable::builtIn().find(format.type);
+    if (!builtIn || builtIn->prefix != format.prefix)
+        return false;
+    for (int loc = 0; loc < builtIn->locationCount(); ++loc)
+        if (builtIn->isSystem(loc) && manager.locations().folderPath(*builtIn, loc) == folder)
+            return true;
+    return false;
+}
+
 // One pending change that needs rights.
 struct Pending {
     int record = -1;
@@ -60,22 +77,27 @@ bool RightsApply::needsRights(const FormatManager &manager, const Plugin &item)
 {
     if (!item.isGlobal())
         return false;
+    const Format &format = manager.traits();
+    const int loc = item.locationCode(format);
+    // No rights change what the distribution owns: such a plug-in is refused, not elevated.
+    if (format.isDistributionOwned(loc))
+        return false;
     const FileOperations &files = manager.files();
-    const std::array<QString, LocationCount> folders =
-        manager.locations().folderPaths(manager.traits());
-    const QString other = item.isActive() ? folders[LocSystemDisabled] : folders[LocSystemActive];
+    // The other folder of its pair: where switching it on or off puts it.
+    const QString other = manager.locations().folderPath(format, loc ^ 1);
     return !writable(files, item.location()) || !writable(files, other);
 }
 
 void RightsApply::run(FormatManager &manager, RightsMover &mover)
 {
     FileOperations &files = manager.files();
-    const std::array<QString, LocationCount> folders =
-        manager.locations().folderPaths(manager.traits());
+    // Pair 1 is every row's first user pair: where a copy for the person alone goes.
+    const QString userFolder = manager.locations().folderPath(manager.traits(), LocUserActive);
+    const DistributionGuard guard(manager.traits(), manager.locations());
     QList<Pending> pending;
     const QList<PluginRecord> &records = manager.plugins().records();
     // Where each change goes is the planner's, as for the applier and the check.
-    const MovePlanner planner(files, manager.traits(), manager.plugins());
+    const MovePlanner planner(files, manager.traits(), manager.plugins(), manager.locations());
     for (qsizetype i = 0; i < records.size(); ++i) {
         const PluginRecord &record = records.at(i);
         if (record.isProcessed())
@@ -84,12 +106,19 @@ void RightsApply::run(FormatManager &manager, RightsMover &mover)
         const PluginPtr &item = move.item;
         if (!item || !item->isGlobal())
             continue;
+        // The distribution's folders first: the apply refuses those with the package named, and
+        // no rights are asked for a move that may not happen at all.
+        if (guard.owns(record.folder()) || guard.owns(item->location()))
+            continue;
         if (writable(files, record.folder()) && writable(files, item->location()))
             continue;
-        const QString base =
-            item->isActive() ? folders[LocSystemDisabled] : folders[LocSystemActive];
-        pending << Pending{int(i),  move.name,        move.from,
-                           move.to, item->isActive(), QDir(base).relativeFilePath(move.from)};
+        // Left to the apply, which says its failure as for any folder it cannot write.
+        if (!helperServes(manager, record.folder()) || !helperServes(manager, item->location()))
+            continue;
+        // The record's folder is the format folder it was found in, whichever pair that is.
+        pending << Pending{int(i),           move.name,
+                           move.from,        move.to,
+                           item->isActive(), QDir(record.folder()).relativeFilePath(move.from)};
     }
     if (pending.isEmpty())
         return;
@@ -166,7 +195,7 @@ void RightsApply::run(FormatManager &manager, RightsMover &mover)
     if (ui.runAlert(alert) != AlertAnswer::First || copyable.isEmpty())
         return;
     for (const Pending &change : std::as_const(copyable)) {
-        const QString target = folders[LocUserActive] + QLatin1Char('/') + change.relative;
+        const QString target = userFolder + QLatin1Char('/') + change.relative;
         services.createFolders(target);
         FileError error;
         if (files.copy(change.from, target, &error)) {

@@ -11,6 +11,7 @@
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/FormatManager.h"
+#include "library/PluginMetadataReader.h"
 #include "library/Reporting.h"
 #include "os/LibraryLock.h"
 #include "os/ScanCache.h"
@@ -21,6 +22,7 @@
 #include <QStringBuilder>
 
 #include <optional>
+#include <vector>
 
 namespace korvane {
 
@@ -127,20 +129,20 @@ QStringList Scanner::listFolder(int loc, const QString &folder) const
     return m_parts.services.relevantPaths(m_traits.type, loc, listing);
 }
 
-bool Scanner::settleInterruptedMoves(const std::array<QString, LocationCount> &folders,
-                                     const std::array<QStringList, LocationCount> &listings)
+bool Scanner::settleInterruptedMoves(const QStringList &folders, const QList<QStringList> &listings)
 {
-    InterruptedMoves moves(m_parts.services.files(), QStringList(folders.cbegin(), folders.cend()));
+    const int count = int(folders.size());
+    InterruptedMoves moves(m_parts.services.files(), folders);
     // Made at the first sidecar: most folders have none.
-    std::array<std::optional<QSet<QString>>, LocationCount> listed;
+    std::vector<std::optional<QSet<QString>>> listed(static_cast<size_t>(count));
     const auto lists = [&](int loc, const QString &entry) {
         auto &names = listed[size_t(loc)];
         if (!names)
-            names.emplace(listings[size_t(loc)].cbegin(), listings[size_t(loc)].cend());
+            names.emplace(listings.at(loc).cbegin(), listings.at(loc).cend());
         return names->contains(entry);
     };
-    for (int loc = 0; loc < LocationCount; ++loc) {
-        for (const QString &entry : listings[size_t(loc)]) {
+    for (int loc = 0; loc < count; ++loc) {
+        for (const QString &entry : listings.at(loc)) {
             if (InterruptedMoves::isLeftoverName(entry)) {
                 moves.add(loc, entry);
                 continue;
@@ -149,7 +151,7 @@ bool Scanner::settleInterruptedMoves(const std::array<QString, LocationCount> &f
             const QString item = InterruptedMoves::sidecarOwner(entry);
             if (item.isEmpty() || lists(loc, item))
                 continue;
-            for (int other = 0; other < LocationCount; ++other) {
+            for (int other = 0; other < count; ++other) {
                 if (other != loc && lists(other, item)) {
                     moves.addLoneSidecar(loc, entry);
                     break;
@@ -193,25 +195,26 @@ void Scanner::scan(PluginList &list)
     // starts with a new cache.
     std::optional<ScanCache> cache(std::in_place);
 
-    std::array<QString, LocationCount> folders;
-    std::array<QStringList, LocationCount> listings;
+    const int locationCount = m_traits.locationCount();
+    QStringList folders;
+    QList<QStringList> listings(locationCount);
     // A folder that is one with another of the format's folders (a " (Disabled)" folder linked to
     // the active one, a bind mount, a home that is the system root) is listed once, as the first:
     // listed twice, each plug-in would show on and off, and a move onto itself would lose it.
-    std::array<std::optional<FileIdentity>, LocationCount> identities;
-    std::array<bool, LocationCount> listed{};
-    for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc) {
-        folders[size_t(loc)] = m_parts.services.locations().expand(m_traits.folder(loc));
-        if (m_traits.createsParentOnScan && isActiveLocation(loc)) {
+    std::vector<std::optional<FileIdentity>> identities(static_cast<size_t>(locationCount));
+    std::vector<bool> listed(static_cast<size_t>(locationCount));
+    for (int loc = 0; loc < locationCount; ++loc) {
+        folders << m_parts.services.locations().expand(m_traits.folder(loc));
+        if (m_traits.createsParentOnScan && loc < LocationCount && isActiveLocation(loc)) {
             const QString parent = isSystemLocation(loc) ? m_traits.parentFolder
                                                          : QLatin1Char('~') + m_traits.parentFolder;
             createIfMissing(files, m_parts.services.locations().expand(parent));
         }
-        if (m_traits.createdFolders[size_t(loc)])
+        if (loc < LocationCount && m_traits.createdFolders[size_t(loc)])
             createIfMissing(files, folders[size_t(loc)]);
         identities[size_t(loc)] = files.identity(folders[size_t(loc)], true);
         listed[size_t(loc)] = true;
-        for (int earlier = LocSystemActive; earlier < loc && identities[size_t(loc)]; ++earlier) {
+        for (int earlier = 0; earlier < loc && identities[size_t(loc)]; ++earlier) {
             if (!identities[size_t(earlier)]
                 || !identities[size_t(earlier)]->isSameItem(*identities[size_t(loc)]))
                 continue;
@@ -229,20 +232,22 @@ void Scanner::scan(PluginList &list)
             break;
         }
         if (listed[size_t(loc)])
-            listings[size_t(loc)] = listFolder(loc, folders[size_t(loc)]);
+            listings[loc] = listFolder(loc, folders[size_t(loc)]);
     }
     if (settleInterruptedMoves(folders, listings)) {
         cache.emplace();
-        for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc)
+        for (int loc = 0; loc < locationCount; ++loc)
             if (listed[size_t(loc)])
-                listings[size_t(loc)] = listFolder(loc, folders[size_t(loc)]);
+                listings[loc] = listFolder(loc, folders[size_t(loc)]);
     }
 
-    for (int loc = LocSystemActive; loc <= LocUserDisabled; ++loc) {
+    if (!m_metadata)
+        m_metadata = std::make_shared<PluginMetadataReader>(m_traits, m_parts.services.locations());
+    for (int loc = 0; loc < locationCount; ++loc) {
         const QString &folder = folders[size_t(loc)];
-        const QStringList &entries = listings[size_t(loc)];
+        const QStringList &entries = listings.at(loc);
         progress.folder(folderPrefix + m_traits.folder(loc));
-        const bool global = isSystemLocation(loc);
+        const bool global = m_traits.isSystem(loc);
         const bool active = isActiveLocation(loc);
         const qsizetype n = entries.size();
         for (qsizetype k = 1; k <= n; ++k) {
@@ -258,6 +263,7 @@ void Scanner::scan(PluginList &list)
             item->setName(entry);
             item->setLocation(folder);
             item->setGlobal(global);
+            item->setPair(loc / 2);
             item->setActive(active);
             item->setGroup(groups.groupOf(entry));
 
@@ -268,6 +274,7 @@ void Scanner::scan(PluginList &list)
 
             list.append(item, record);
             item->detectArchitecture(fullPath);
+            item->setMetadata(m_metadata->read(loc, entry, fullPath));
         }
     }
 

@@ -42,6 +42,10 @@ Roots Roots::fromEnvironment()
     const QString dataHome = qEnvironmentVariable("XDG_DATA_HOME");
     if (dataHome.startsWith(QLatin1Char('/')))
         roots.dataHome = clean(dataHome);
+    for (const char *name : {"LV2_PATH", "VST3_PATH", "CLAP_PATH", "LADSPA_PATH", "DSSI_PATH",
+                             "VST_PATH", "LXVST_PATH"})
+        if (qEnvironmentVariableIsSet(name))
+            roots.pluginPaths.insert(QLatin1String(name), qEnvironmentVariable(name));
     return roots;
 }
 

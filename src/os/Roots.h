@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 
 namespace korvane {
@@ -10,10 +11,13 @@ struct Roots {
     QString systemRoot = QStringLiteral("/"); // "/Library" is this folder's Library
     QString home;                             // "~"
     QString dataHome;                         // the freedesktop data home; the trash is in it
+    // The plug-in hosts' folder variables as the environment gave them ("LV2_PATH" -> "a:b").
+    QHash<QString, QString> pluginPaths;
 
     // KORVANE_ROOT (default "/"), HOME (else the user database) and XDG_DATA_HOME (ignored unless
-    // absolute; default HOME/.local/share). A relative root or home is taken from the current
-    // folder, as --root and --home are.
+    // absolute; default HOME/.local/share), and the hosts' folder variables (LV2_PATH, VST3_PATH,
+    // CLAP_PATH, LADSPA_PATH, DSSI_PATH, VST_PATH, LXVST_PATH). A relative root or home is taken
+    // from the current folder, as --root and --home are.
     static Roots fromEnvironment();
     // Roots under another system root and home; the data home follows the home.
     static Roots at(const QString &systemRoot, const QString &home);

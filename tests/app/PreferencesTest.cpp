@@ -121,7 +121,8 @@ TEST_F(PreferencesTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTh
 {
     launch();
     QVariantMap expected{{"SUCheckAtStartup", pref->form.checkForUpdates = true}};
-    for (int type = 0; type < 4; ++type) {
+    const int rows = FormatTable::builtIn().count();
+    for (int type = 0; type < rows; ++type) {
         PreferencesPage &c = pref->form.pages[type];
         const QString x = FormatTable::builtIn().at(type).prefix;
         expected[x + "DefaultSet"] = c.defaultSet = QString("/sets/%1").arg(type);
@@ -131,7 +132,8 @@ TEST_F(PreferencesTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTh
         expected[x + "MoveContent"] = c.moveContent = type == 0;
         expected[x + "Type"] = c.typeColumn = type == 2;
         c.scanSubfolders = type == 1;
-        if (type != 0) // not shown for Audio Units, so never written
+        // Not shown for Audio Units (nor formats whose hosts never recurse), so never written.
+        if (FormatTable::builtIn().at(type).scansSubfolders)
             expected[x + "ScanSubfolders"] = c.scanSubfolders;
     }
     EXPECT_TRUE(pref->closeWindow());
@@ -146,12 +148,15 @@ TEST_F(PreferencesTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTh
     pref->prepareWindow(); // every control back from the store...
     pref->storeForm();     // ...and out again unchanged
     EXPECT_EQ(stored(), expected);
-    EXPECT_EQ(asked, (QList<QPair<int, bool>>{{0, false}, {1, false}, {2, true}, {3, false}}));
+    QList<QPair<int, bool>> columns;
+    for (int type = 0; type < rows; ++type)
+        columns.append({type, type == 2});
+    EXPECT_EQ(asked, columns);
 
     // A type out of range reads as off and stores nothing; Audio Units never scan subfolders.
     pref->setDefaultSet(4, "/tmp/x.aukorv");
     pref->store()->setValues({{"ScanSubfolders", true}, {"AUScanSubfolders", true}});
-    EXPECT_FALSE(pref->defaultSet(4) || pref->scansSubfolders(-1) || pref->scansSubfolders(0));
+    EXPECT_FALSE(pref->defaultSet(rows) || pref->scansSubfolders(-1) || pref->scansSubfolders(0));
     EXPECT_FALSE(stored().contains("DefaultSet"));
 
     // The set chooser asks for the extension of the tab in front, and stores the window even

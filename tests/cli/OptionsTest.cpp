@@ -93,7 +93,7 @@ TEST(ParseCommandLineTest, WrongCommandLinesAreErrorsNamingTheCulprit)
         {"apply --format au --on Foo --off Foo", "\"Foo\""},
         {"apply --format au --on-file a --on-file b", "twice"},
         {"apply --format au --on Foo stray", "stray"},
-        {"-wav s", "no format is named \"wav\" (use au, rtas, mas or vst)"}};
+        {"-wav s", "no format is named \"wav\" (use au, rtas, mas, vst, lv2, "}};
     // clang-format on
     for (const auto &[line, culprit] : cases) {
         const ParsedCommandLine result = parse(line);

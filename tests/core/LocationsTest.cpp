@@ -8,7 +8,7 @@ namespace {
 
 class LocationsTest : public TestRoots {};
 
-TEST_F(LocationsTest, OnlyALeadingLibraryOrTildeFollowsTheRoots)
+TEST_F(LocationsTest, OnlyALeadingLibraryUsrOrTildeFollowsTheRoots)
 {
     const QList<std::pair<QString, QString>> cases = {
         {"/Library/Audio/", root() + "/Library/Audio"},
@@ -17,7 +17,10 @@ TEST_F(LocationsTest, OnlyALeadingLibraryOrTildeFollowsTheRoots)
         {"/Library", root() + "/Library"},
         {root() + "/Library", root() + "/Library"}, // expanding twice changes nothing
         {"/Libraryx/a", "/Libraryx/a"},
-        {"/usr/Library/a", "/usr/Library/a"},
+        {"/usr/Library/a", root() + "/usr/Library/a"},
+        {"/usr/lib/lv2", root() + "/usr/lib/lv2"},
+        {"/usrx/lib", "/usrx/lib"},
+        {"/opt/lv2", "/opt/lv2"},
         {"~other/a", "~other/a"},
         {"a/~/b", "a/~/b"},
     };
@@ -32,7 +35,7 @@ TEST_F(LocationsTest, AFolderOrFormatOutOfRangeIsNothing)
 {
     for (int loc : {-1, 4})
         EXPECT_TRUE(FormatTable::builtIn().at(TypeVST).folder(loc).isEmpty()) << loc;
-    EXPECT_EQ(FormatTable::builtIn().find(4), nullptr);
+    EXPECT_EQ(FormatTable::builtIn().find(FormatTable::builtIn().count()), nullptr);
 }
 
 // Only the programs' entry points read the environment. A relative XDG_DATA_HOME is ignored: the

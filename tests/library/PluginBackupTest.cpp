@@ -6,6 +6,9 @@
 
 #include <QCryptographicHash>
 #include <QDirIterator>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <archive.h>
 #include <archive_entry.h>
@@ -285,6 +288,75 @@ TEST_F(PluginBackupTest, AFullDiskOrCancelLeavesNothingHalfDone)
     EXPECT_TRUE(ui.alerts.last().informativeText.contains("No space left on device"))
         << qPrintable(ui.alerts.last().informativeText);
     EXPECT_EQ(library(), empty);
+}
+
+// Linux VST 2 in five folder pairs: /usr/local/lib/vst, ~/.vst, ~/.lxvst, then the distribution's
+// /usr/lib/vst and /usr/lib/lxvst. A backup holds every pair Korvane moves in, the third as well;
+// the distribution's plug-ins are left to its package manager, and a backup naming one (as a
+// hand-made archive may) puts nothing there.
+TEST_F(PluginBackupTest, ALinuxFormatsBackupCoversEveryPairButTheDistributions)
+{
+    const Format *row = nullptr;
+    for (const Format &format : FormatTable::builtIn())
+        if (format.prefix == "LXVST")
+            row = &format;
+    ASSERT_TRUE(row);
+    ASSERT_TRUE(row->isDistributionOwned(6));
+    FormatManager lxvst(*row, context->parts);
+    const auto path = [&](int loc, const QString &name) {
+        return locations().folderPath(*row, loc) + "/" + name;
+    };
+    const QStringList saved{path(LocSystemActive, "Local.so"), path(LocUserDisabled, "Off.so"),
+                            path(4, "Extra.so"), path(5, "Sub/Later.so")};
+    for (const QString &file : saved) {
+        QDir().mkpath(QFileInfo(file).path());
+        writeText(file, file.toUtf8());
+    }
+    const QString packaged = path(6, "Packaged.so");
+    QDir().mkpath(QFileInfo(packaged).path());
+    writeText(packaged, "the package's");
+    lxvst.rescan();
+    ASSERT_EQ(lxvst.items().size(), 5);
+
+    ASSERT_EQ(PluginBackup(lxvst).backup(archive).count, 4);
+    EXPECT_TRUE(logText().contains("Left out of the backup: 1 plug-ins in the distribution's"))
+        << qPrintable(logText());
+    for (const QString &file : saved)
+        ASSERT_TRUE(QFile::remove(file));
+    lxvst.rescan();
+    const PluginBackup::Result restored = PluginBackup(lxvst).restore(archive, {});
+    EXPECT_TRUE(restored.ok) << qPrintable(restored.error);
+    EXPECT_EQ(restored.restored.size(), 4);
+    for (const QString &file : saved)
+        EXPECT_EQ(readText(file), file.toUtf8());
+    EXPECT_EQ(readText(packaged), "the package's");
+
+    // An archive that puts a plug-in into /usr/lib/vst: refused by name, nothing made there.
+    QJsonArray folders;
+    for (int loc = 0; loc < row->locationCount(); ++loc)
+        folders << row->folder(loc);
+    const QJsonObject manifest{
+        {"korvaneBackup", 1},
+        {"format", "lxvst"},
+        {"folders", folders},
+        {"plugins",
+         QJsonArray{QJsonObject{
+             {"name", "Planted.so"}, {"location", 6}, {"entry", "plugins/6/Planted.so"}}}}};
+    const QString planted = homePath("Planted.so");
+    writeText(planted, "planted");
+    const QString handMade = homePath("Documents/planted.tar.xz");
+    ASSERT_TRUE(PluginArchive::write(
+                    handMade, {{PluginBackup::manifestName(), QJsonDocument(manifest).toJson()}},
+                    {{planted, "plugins/6/Planted.so"}})
+                    .ok);
+    const PluginBackup::Result refused = PluginBackup(lxvst).restore(handMade, {});
+    EXPECT_FALSE(refused.ok);
+    EXPECT_TRUE(refused.error.contains("the distribution owns that folder"))
+        << qPrintable(refused.error);
+    EXPECT_FALSE(exists(path(6, "Planted.so")));
+    EXPECT_EQ(QDir(locations().folderPath(*row, 6))
+                  .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+              QStringList{"Packaged.so"});
 }
 
 } // namespace korvane

@@ -102,5 +102,50 @@ TEST_F(RightsApplyTest, WithRightsTheMovesRunOnceAndEachFailureIsSaidInOneAlert)
     EXPECT_FALSE(item(window.get(), "Bar.component")->isActive());
 }
 
+// Linux VST 2: /usr/local/lib/vst is the administrator's and goes through the helper like any
+// system folder; /usr/lib/vst is the distribution's, and no rights are asked for it: the apply
+// refuses it by itself, naming the host's variables, and it stays.
+TEST_F(RightsApplyTest, TheDistributionsFoldersNeverReachTheHelper)
+{
+    const Format *row = nullptr;
+    for (const Format &format : FormatTable::builtIn())
+        if (format.prefix == "LXVST")
+            row = &format;
+    ASSERT_TRUE(row);
+    const QString local = locations().folderPath(*row, LocSystemActive);
+    const QString packaged = locations().folderPath(*row, 6); // /usr/lib/vst
+    ASSERT_TRUE(row->isDistributionOwned(6));
+    for (const QString &folder : {local, packaged}) {
+        QDir().mkpath(folder);
+        writeText(folder + "/Echo.so", "echo");
+    }
+    mover.answer = [](const QList<QPair<QString, QString>> &) {
+        return RightsMover::Outcome{RightsMover::State::NotGranted, {}, "No polkit here."};
+    };
+    ManagerParts parts = context->parts;
+    parts.rights = &mover;
+    FormatManager lxvst(*row, parts);
+    lxvst.rescan();
+    ASSERT_EQ(lxvst.items().size(), 2);
+    // Marked as a set or an older list could mark it; the window's own commands do not.
+    lxvst.markItems(lxvst.items(), false, "Switch Off");
+    const ImmutableGuard lockedLocal(local);
+    const ImmutableGuard lockedPackaged(packaged);
+    if (!lockedLocal.ok() || !lockedPackaged.ok())
+        GTEST_SKIP() << "chattr +i is not supported here";
+    for (const PluginPtr &plugin : lxvst.items())
+        EXPECT_EQ(RightsApply::needsRights(lxvst, *plugin), plugin->location().startsWith(local))
+            << qPrintable(plugin->location());
+
+    lxvst.apply(); // Leave Them: nothing is switched on, so nothing can be copied
+    ASSERT_EQ(mover.runs.size(), 1);
+    EXPECT_EQ(mover.runs.first(), (QList<QPair<QString, QString>>{
+                                      {local + "/Echo.so", local + " (Disabled)/Echo.so"}}));
+    EXPECT_TRUE(logText().contains(packaged + ": the distribution owns that folder"))
+        << qPrintable(logText());
+    EXPECT_TRUE(exists(packaged + "/Echo.so"));
+    EXPECT_FALSE(exists(packaged + " (Disabled)"));
+}
+
 } // namespace
 } // namespace korvane

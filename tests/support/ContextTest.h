@@ -19,7 +19,16 @@ protected:
         TestRoots::TearDown();
     }
 
-    AppContext &makeContext(const FormatTable &formats = FormatTable::builtIn())
+    // The first four rows: what the controller's tab and preference rules were written for.
+    static FormatTable firstFour()
+    {
+        FormatTable formats;
+        for (int type = TypeAU; type <= TypeVST; ++type)
+            formats = formats.with(FormatTable::builtIn().at(type));
+        return formats;
+    }
+
+    AppContext &makeContext(const FormatTable &formats = firstFour())
     {
         context.reset();
         context = std::make_unique<AppContext>(AppContext::Parts{.roots = roots(),

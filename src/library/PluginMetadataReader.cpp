@@ -1,0 +1,236 @@
+#include "library/PluginMetadataReader.h"
+
+#include "codec/Bundle.h"
+#include "codec/ElfHeader.h"
+#include "codec/FileBytes.h"
+#include "codec/Lv2Bundle.h"
+#include "codec/MachOArchitectures.h"
+#include "codec/Vst3ModuleInfo.h"
+#include "core/Format.h"
+#include "core/Locations.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+
+#include <sys/stat.h>
+
+namespace korvane {
+
+namespace {
+
+constexpr qsizetype kModuleInfoBytes = 4 * 1024 * 1024;
+
+QString cannotBeRead(const QString &what)
+{
+    return QStringLiteral("cannot be read: ") + what;
+}
+
+// The ELF header of one shared object: its architecture, or why it is not one.
+void readElf(const QString &path, PluginMetadata *metadata)
+{
+    const ElfHeader header = ElfHeader::read(path);
+    if (!header.valid) {
+        metadata->unreadable = cannotBeRead(header.reason);
+        return;
+    }
+    if (!header.isSharedObject()) {
+        metadata->unreadable = cannotBeRead(header.typeText());
+        return;
+    }
+    metadata->architectures << header.describe();
+}
+
+void readLv2(const QString &path, PluginMetadata *metadata, const Lv2Bundle::FileReader &reader)
+{
+    const Lv2BundleInfo info = Lv2Bundle::read(path, reader);
+    for (const Lv2Plugin &plugin : info.plugins) {
+        metadata->plugins << PluginMetadata::Inner{plugin.name, plugin.uri};
+        metadata->identifiers << plugin.uri;
+        if (metadata->vendor.isEmpty())
+            metadata->vendor = plugin.vendor;
+        if (metadata->version.isEmpty())
+            metadata->version = plugin.version();
+    }
+    if (info.plugins.size() == 1)
+        metadata->name = info.plugins.first().name;
+    if (!info.error.isEmpty())
+        metadata->unreadable = info.error.startsWith(QLatin1String("cannot be read"))
+                                   ? info.error
+                                   : cannotBeRead(info.error);
+}
+
+void readVst3(const QString &path, PluginMetadata *metadata, const QStringList &contentsNames,
+              const QByteArray &moduleInfo, const QString &moduleInfoError)
+{
+    for (const Vst3Architectures::Entry &entry :
+         Vst3Architectures::fromFolderNames(contentsNames)) {
+        const QString name = entry.system == QLatin1String("Linux")
+                                 ? entry.architecture
+                                 : entry.architecture + QLatin1Char('-') + entry.system;
+        if (!metadata->architectures.contains(name))
+            metadata->architectures << name;
+    }
+    if (!moduleInfoError.isEmpty()) {
+        // A module without moduleinfo.json (older SDKs write none) says only its architectures.
+        if (!moduleInfoError.contains(QLatin1String("No such file")))
+            metadata->unreadable = moduleInfoError;
+        return;
+    }
+    QString error;
+    const std::optional<Vst3ModuleInfo> info = Vst3ModuleInfo::parse(moduleInfo, &error);
+    if (!info) {
+        metadata->unreadable =
+            cannotBeRead(QStringLiteral("moduleinfo.json is not JSON5: ") + error);
+        return;
+    }
+    metadata->name = info->name;
+    metadata->vendor = info->vendor;
+    metadata->version = info->version;
+    for (const Vst3ModuleInfo::Class &audio : info->audioModules()) {
+        metadata->plugins << PluginMetadata::Inner{audio.name, audio.cid};
+        metadata->identifiers << audio.cid;
+        if (metadata->vendor.isEmpty())
+            metadata->vendor = audio.vendor;
+        if (metadata->version.isEmpty())
+            metadata->version = audio.version;
+    }
+    for (const Vst3ModuleInfo::Compatibility &compatibility : info->compatibility)
+        for (const Vst3ModuleInfo::OldId &old : compatibility.old)
+            metadata->identifiers << (old.vst2Id ? QStringLiteral("VST2:") + old.vst2IdText()
+                                                 : old.cid);
+    Q_UNUSED(path);
+}
+
+} // namespace
+
+PluginMetadataReader::PluginMetadataReader(const Format &format, const Locations &locations)
+    : m_format(format), m_locations(locations)
+{
+}
+
+PluginMetadataReader::Stamp PluginMetadataReader::stampOf(const QString &path)
+{
+    Stamp stamp;
+    stamp.path = path;
+    struct stat info {};
+    if (::stat(QFile::encodeName(path).constData(), &info) == 0) {
+        stamp.size = qint64(info.st_size);
+        stamp.modified = qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
+        stamp.changed = qint64(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec;
+    }
+    return stamp;
+}
+
+PluginMetadata PluginMetadataReader::readFiles(const Format &format, const QString &fullPath,
+                                               QList<Stamp> *stamps)
+{
+    PluginMetadata metadata;
+    const auto stamp = [stamps](const QString &path) {
+        if (stamps)
+            stamps->append(stampOf(path));
+    };
+    stamp(fullPath);
+    switch (format.reading) {
+    case FormatReading::BundleArchitecture:
+        break;
+    case FormatReading::Lv2:
+        readLv2(fullPath, &metadata, [&](const QString &path, qsizetype maxBytes) {
+            stamp(path);
+            return Lv2Bundle::readFile(path, maxBytes);
+        });
+        break;
+    case FormatReading::SharedObject:
+        readElf(fullPath, &metadata);
+        break;
+    case FormatReading::Vst3: {
+        const QDir bundle(fullPath);
+        if (!QFileInfo(fullPath).isDir()) {
+            // An older module is the shared object itself.
+            readElf(fullPath, &metadata);
+            break;
+        }
+        const QString contents = fullPath + QStringLiteral("/Contents");
+        stamp(contents);
+        const QStringList names =
+            QDir(contents).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+        const QString infoPath = contents + QStringLiteral("/Resources/moduleinfo.json");
+        stamp(infoPath);
+        const FileBytes info = FileBytes::read(infoPath, kModuleInfoBytes);
+        readVst3(fullPath, &metadata, names, info.bytes, info.error);
+        if (metadata.architectures.isEmpty() && metadata.unreadable.isEmpty())
+            metadata.unreadable = cannotBeRead(QStringLiteral("no Contents/<architecture> folder"));
+        break;
+    }
+    case FormatReading::MachOBundle: {
+        const QString executable = Bundle::executablePath(fullPath);
+        stamp(fullPath + QStringLiteral("/Contents/Info.plist"));
+        if (executable.isEmpty()) {
+            metadata.unreadable = cannotBeRead(QStringLiteral("no executable in the bundle"));
+            break;
+        }
+        stamp(executable);
+        const FileBytes bytes =
+            FileBytes::read(executable, MachOArchitectures::BytesNeeded, FileBytes::Prefix);
+        if (!bytes.error.isEmpty()) {
+            metadata.unreadable = bytes.error;
+            break;
+        }
+        const MachOArchitectures archs = MachOArchitectures::parse(bytes.bytes);
+        metadata.architectures = archs.architectures;
+        if (archs.architectures.isEmpty())
+            metadata.unreadable = cannotBeRead(archs.reason);
+        break;
+    }
+    }
+    return metadata;
+}
+
+PluginMetadata PluginMetadataReader::readUncached(const Format &format, const QString &fullPath)
+{
+    return readFiles(format, fullPath, nullptr);
+}
+
+std::shared_ptr<const PluginMetadata> PluginMetadataReader::read(int loc, const QString &entry,
+                                                                 const QString &fullPath)
+{
+    if (m_format.reading == FormatReading::BundleArchitecture)
+        return nullptr;
+    const auto found = m_cache.constFind(fullPath);
+    if (found != m_cache.cend()) {
+        bool same = true;
+        for (const Stamp &stamp : found->stamps) {
+            if (!(stampOf(stamp.path) == stamp)) {
+                same = false;
+                break;
+            }
+        }
+        if (same) {
+            ++m_hits;
+            return found->metadata;
+        }
+    }
+    ++m_reads;
+    Cached cached;
+    auto metadata = std::make_shared<PluginMetadata>(readFiles(m_format, fullPath, &cached.stamps));
+    if (m_format.isDistributionOwned(loc))
+        metadata->package = packageOf(m_format.folder(loc) + QLatin1Char('/') + entry);
+    cached.metadata = metadata;
+    m_cache.insert(fullPath, cached);
+    return metadata;
+}
+
+QString PluginMetadataReader::packageOf(const QString &systemPath)
+{
+    if (!m_packages) {
+        QStringList prefixes;
+        for (int loc = 0; loc < m_format.locationCount(); ++loc)
+            if (m_format.isDistributionOwned(loc))
+                prefixes << m_format.folder(loc);
+        m_packages = PackageDatabase::open(m_locations.roots().systemRoot, prefixes,
+                                           QStandardPaths::findExecutable(QStringLiteral("rpm")));
+    }
+    return m_packages->owners(systemPath).join(QStringLiteral(", "));
+}
+
+} // namespace korvane

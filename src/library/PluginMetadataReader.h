@@ -1,0 +1,62 @@
+#pragma once
+
+#include "codec/PackageDatabase.h"
+#include "core/PluginMetadata.h"
+
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <memory>
+#include <optional>
+
+namespace korvane {
+
+struct Format;
+class Locations;
+
+// Fills a plug-in's metadata from its files, never its code (see FormatReading), and remembers
+// each result with the size and modification time of every file it read, so that a rescan of
+// unchanged plug-ins asks the disk only for those. One reader per format, held across scans by
+// whoever scans.
+class PluginMetadataReader {
+public:
+    PluginMetadataReader(const Format &format, const Locations &locations);
+
+    // What the plug-in entry at fullPath in the format's folder loc says; null for a format whose
+    // rows show no metadata.
+    std::shared_ptr<const PluginMetadata> read(int loc, const QString &entry,
+                                               const QString &fullPath);
+
+    // How many results came from the cache, and how many were read, since the reader was made.
+    int cacheHits() const { return m_hits; }
+    int reads() const { return m_reads; }
+
+    // The same reading without a cache or a package, for tests and fuzzing of whole folders.
+    static PluginMetadata readUncached(const Format &format, const QString &fullPath);
+
+private:
+    struct Stamp {
+        QString path;
+        qint64 size = -1; // -1: missing
+        qint64 modified = 0;
+        qint64 changed = 0;
+        bool operator==(const Stamp &) const = default;
+    };
+    struct Cached {
+        QList<Stamp> stamps;
+        std::shared_ptr<const PluginMetadata> metadata;
+    };
+    static Stamp stampOf(const QString &path);
+    static PluginMetadata readFiles(const Format &format, const QString &fullPath,
+                                    QList<Stamp> *stamps);
+    QString packageOf(const QString &systemPath);
+
+    const Format &m_format;
+    const Locations &m_locations;
+    QHash<QString, Cached> m_cache;
+    std::optional<PackageDatabase> m_packages;
+    int m_hits = 0;
+    int m_reads = 0;
+};
+
+} // namespace korvane

@@ -1,0 +1,63 @@
+#include "library/PluginMetadataReader.h"
+#include "core/FormatTable.h"
+#include "support/TestRoots.h"
+
+#include <QDir>
+#include <QFile>
+
+namespace korvane {
+namespace {
+
+class PluginMetadataReaderTest : public TestRoots {
+protected:
+    static const Format &row(const char *name)
+    {
+        return FormatTable::builtIn().at(*FormatTable::builtIn().typeOfName(name));
+    }
+};
+
+TEST_F(PluginMetadataReaderTest, AnUnchangedPlugInIsReadOnceAndAChangedFileIsReadAgain)
+{
+    const QString bundle = homePath(".lv2/Tone.lv2");
+    QDir().mkpath(bundle);
+    writeText(
+        bundle + "/manifest.ttl",
+        "@prefix lv2: <http://lv2plug.in/ns/lv2core#> .\n"
+        "@prefix rdfs: <http://www.w3.org/2000/01/rdf-schema#> .\n"
+        "<urn:korvane:tone> a lv2:Plugin ; lv2:binary <tone.so> ; rdfs:seeAlso <tone.ttl> .\n");
+    writeText(bundle + "/tone.ttl", "@prefix doap: <http://usefulinc.com/ns/doap#> .\n"
+                                    "<urn:korvane:tone> doap:name \"Tone\" .\n");
+    PluginMetadataReader reader(row("lv2"), locations());
+    const auto first = reader.read(LocUserActive, "Tone.lv2", bundle);
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->name, "Tone");
+    EXPECT_EQ(reader.read(LocUserActive, "Tone.lv2", bundle), first);
+    EXPECT_EQ(reader.cacheHits(), 1);
+
+    // The data file a plug-in names changes size: read again, with the new name.
+    writeText(bundle + "/tone.ttl", "@prefix doap: <http://usefulinc.com/ns/doap#> .\n"
+                                    "<urn:korvane:tone> doap:name \"Tone Two\" .\n");
+    EXPECT_EQ(reader.read(LocUserActive, "Tone.lv2", bundle)->name, "Tone Two");
+    EXPECT_EQ(reader.reads(), 2);
+
+    // The formats of the first four show no metadata of this kind.
+    PluginMetadataReader audioUnits(FormatTable::builtIn().at(TypeAU), locations());
+    EXPECT_EQ(audioUnits.read(LocUserActive, "Tone.lv2", bundle), nullptr);
+}
+
+TEST_F(PluginMetadataReaderTest, SharedObjectsSayTheirArchitectureOrPlainlyWhatTheyAreNot)
+{
+    const Format &ladspa = row("ladspa");
+    const QString folder = homePath(".ladspa");
+    QDir().mkpath(folder);
+    writeText(folder + "/short.so", "\x7f"
+                                    "ELF");
+    writeText(folder + "/text.so", "#!/bin/sh\n");
+    EXPECT_TRUE(PluginMetadataReader::readUncached(ladspa, folder + "/short.so")
+                    .unreadable.startsWith("cannot be read: "));
+    EXPECT_TRUE(PluginMetadataReader::readUncached(ladspa, folder + "/text.so")
+                    .unreadable.contains("not an ELF file"));
+}
+
+} // namespace
+} // namespace korvane
