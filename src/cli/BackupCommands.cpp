@@ -32,12 +32,18 @@ int restoreCommand(CliSession &session, const Options &options, QTextStream &out
     FormatManager *manager = session.controllers().manager(options.format);
     const QString path = session.resolvePath(options.file);
     const bool replace = options.replace;
-    const PluginBackup::Result result =
-        PluginBackup(*manager).restore(path, [replace](const QString &, const QString &) {
+    const PluginBackup::Result result = PluginBackup(*manager).restore(
+        path,
+        [replace](const QString &, const QString &) {
             return replace ? PluginBackup::Conflict::Replace : PluginBackup::Conflict::Keep;
-        });
+        },
+        options.check);
+    const char *restoredWord = options.check ? "would restore " : "restored ";
     for (const QString &restored : result.restored)
-        out << "restored " << displayName(restored) << '\n';
+        out << restoredWord << displayName(restored) << '\n';
+    if (options.check)
+        for (const QString &replaced : result.replaced)
+            out << "would move to the trash " << displayName(replaced) << '\n';
     out.flush();
     for (const QString &kept : result.kept)
         err << "KorvaneCMD: not restored, installed already: " << displayName(kept)
@@ -46,9 +52,11 @@ int restoreCommand(CliSession &session, const Options &options, QTextStream &out
         err << "KorvaneCMD: " << (result.restored.isEmpty() ? "nothing restored: " : "")
             << result.error << '\n';
     err.flush();
-    if (result.ok)
-        return ExitDone;
-    return result.badInput ? ExitUsage : ExitMoveFailed;
+    if (!result.ok)
+        return result.badInput ? ExitUsage : ExitMoveFailed;
+    if (options.check && !result.restored.isEmpty())
+        return ExitWouldMove;
+    return ExitDone;
 }
 
 } // namespace korvane

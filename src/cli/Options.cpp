@@ -338,7 +338,7 @@ private:
 bool movesPlugIns(Options::Command command)
 {
     return command == Options::Apply || command == Options::ApplyList || command == Options::Enable
-           || command == Options::Disable;
+           || command == Options::Disable || command == Options::Restore;
 }
 
 ParsedCommandLine parseCommandLine(const QStringList &arguments, const FormatTable &formats)
@@ -533,11 +533,11 @@ QString helpText()
                "\n"
                "Options (before or after the command):\n"
                "  --format F      au, rtas, mas, vst or a format below, in any case\n"
-               "  --check         with a set, apply, enable or disable: scan, merge and report "
-               "every "
-               "move\n"
-               "                  that would be made, as a real run reports it, and move nothing; "
-               "exit 3\n"
+               "  --check         with a set, apply, enable, disable or restore: scan, merge "
+               "and\n"
+               "                  report every move that would be made, as a real run reports "
+               "it, and\n"
+               "                  move nothing; exit 3\n"
                "                  when a move is pending, 0 when the plug-ins are already as "
                "asked\n"
                "  --json          list, duplicates, show-set: a JSON array instead of text "

@@ -21,6 +21,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <memory>
+#include <optional>
 
 namespace korvane {
 
@@ -242,7 +243,8 @@ PluginBackup::Result PluginBackup::backup(const QString &archivePath)
     return result;
 }
 
-PluginBackup::Result PluginBackup::restore(const QString &archivePath, const ConflictAnswer &answer)
+PluginBackup::Result PluginBackup::restore(const QString &archivePath, const ConflictAnswer &answer,
+                                           bool checkOnly)
 {
     Result result;
     const FormatTraits &format = m_manager.traits();
@@ -279,13 +281,16 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
         return result;
     }
 
-    const LibraryLock lock(files, m_manager.locations().pluginFolders(format));
-    if (!lock.isLocked()) {
+    // A check writes nothing, the lock file included; its answer may go stale, as any check's.
+    std::optional<LibraryLock> lock;
+    if (!checkOnly)
+        lock.emplace(files, m_manager.locations().pluginFolders(format));
+    if (lock && !lock->isLocked()) {
         result.error =
-            lock.holder().isEmpty()
-                ? korvane::tr("The plug-in library could not be locked: %1.").arg(lock.failure())
+            lock->holder().isEmpty()
+                ? korvane::tr("The plug-in library could not be locked: %1.").arg(lock->failure())
                 : korvane::tr("%1 is moving plug-ins. Try again when it has finished.")
-                      .arg(lock.holder());
+                      .arg(lock->holder());
         return result;
     }
 
@@ -339,6 +344,17 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
             placement.installed = installed;
         }
         placements << placement;
+    }
+    if (checkOnly) {
+        for (const Placement &placement : std::as_const(placements)) {
+            result.restored << placement.target;
+            if (!placement.installed.isEmpty())
+                result.replaced << placement.installed;
+        }
+        result.ok = result.failed.isEmpty();
+        if (!result.ok)
+            result.error = result.failed.join(QStringLiteral("; "));
+        return result;
     }
 
     // Staged in each folder's own staging folder: a rename away from its place, and what a later

@@ -40,7 +40,10 @@ public:
     // Asked once per saved plug-in whose place (on or off) holds an installed copy, before
     // anything is touched: name, the installed copy's path.
     using ConflictAnswer = std::function<Conflict(const QString &name, const QString &installed)>;
-    Result restore(const QString &archivePath, const ConflictAnswer &answer);
+    // checkOnly: every check and question as a restore makes them, then stops before anything is
+    // written; restored and replaced say what a restore would do.
+    Result restore(const QString &archivePath, const ConflictAnswer &answer,
+                   bool checkOnly = false);
 
     // The window's commands: a save or open dialog, progress with Cancel, and an alert for
     // whatever failed. After a restore the saved set is loaded as the current one: installed

@@ -91,6 +91,20 @@ TEST_F(BackupCommandTest, RestorePutsBackWhatIsMissingAndReplacesOnlyWhenAsked)
 
     QProcess::execute("rm", {"-rf", au(LocSystemActive, "Alpha"), au(LocUserDisabled, "Gamma")});
     writeText(au(LocUserActive, "Delta") + "/Contents/changed", "mine");
+    // A check names what the restore will do, exits 3 and leaves every file as it is.
+    const QMap<QString, QByteArray> beforeCheck = library();
+    const ToolOutput check = tool({"restore", "--check", "--format", "au", archive});
+    EXPECT_EQ(check.exitCode, 3) << qPrintable(check.err);
+    EXPECT_TRUE(check.out.contains("would restore " + au(LocSystemActive, "Alpha")));
+    EXPECT_TRUE(check.out.contains("would restore " + au(LocUserDisabled, "Gamma")));
+    EXPECT_TRUE(check.err.contains("installed already: " + au(LocUserActive, "Delta")));
+    EXPECT_EQ(library(), beforeCheck);
+    const ToolOutput replaceCheck =
+        tool({"restore", "--check", "--replace", "--format", "au", archive});
+    EXPECT_TRUE(replaceCheck.out.contains("would move to the trash " + au(LocUserActive, "Delta")))
+        << qPrintable(replaceCheck.out);
+    EXPECT_EQ(library(), beforeCheck);
+
     const ToolOutput restore = tool({"restore", "--format", "au", archive});
     EXPECT_EQ(restore.exitCode, 0) << qPrintable(restore.err);
     EXPECT_TRUE(restore.out.contains("restored " + au(LocSystemActive, "Alpha")));
