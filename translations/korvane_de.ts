@@ -1717,5 +1717,9 @@ Abgelegt: %2
         <translation>%1 Plug-Ins in den Ordnern der Distribution bleiben, wie sie sind: Sie gehören ihrer Paketverwaltung
 </translation>
     </message>
+    <message>
+        <source>Belongs to the distribution: Korvane does not switch it</source>
+        <translation>Gehört zur Distribution: Korvane schaltet es nicht um</translation>
+    </message>
 </context>
 </TS>

@@ -1,5 +1,6 @@
 #include "GuiFixture.h"
 
+#include "core/FormatTable.h"
 #include "core/UndoStack.h"
 #include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginItemDelegate.h"
@@ -7,6 +8,8 @@
 #include "gui/table/PluginTableView.h"
 
 #include <QComboBox>
+#include <QDir>
+#include <QFile>
 #include <QHeaderView>
 #include <QMimeData>
 #include <QSignalSpy>
@@ -259,4 +262,35 @@ TEST_F(PluginTableTest, NameBytesThatAreNoTextShowAsReplacementCharacters)
 }
 
 } // namespace
+// A plug-in in a folder the distribution owns carries the padlock and says why before anyone
+// clicks; one in the person's own folder carries neither.
+TEST_F(PluginTableTest, TheDistributionsPlugInsAreMarkedBeforeAnyoneClicks)
+{
+    const FormatTable &all = FormatTable::builtIn();
+    const int lv2Type = *all.typeOfName("lv2");
+    for (const QString &bundle : {rootPath("usr/lib/lv2/Owned.lv2"), homePath(".lv2/Mine.lv2")}) {
+        QDir().mkpath(bundle);
+        QFile manifest(bundle + "/manifest.ttl");
+        ASSERT_TRUE(manifest.open(QIODevice::WriteOnly));
+        manifest.write("@prefix lv2: <http://lv2plug.in/ns/lv2core#> .\n");
+    }
+    view.reset();
+    context.reset();
+    makeContext(all);
+    FormatManager &lv2 = *context->manager(lv2Type);
+    lv2.rescan();
+    PluginTableView table(lv2);
+    const PluginTableModel &model = table.tableModel();
+    const int name = model.columnOf("AUName");
+    const QModelIndex owned = model.index(rowOf(lv2, "Owned.lv2"), name);
+    const QModelIndex mine = model.index(rowOf(lv2, "Mine.lv2"), name);
+    ASSERT_TRUE(owned.isValid() && mine.isValid());
+    EXPECT_FALSE(owned.data(Qt::DecorationRole).isNull());
+    EXPECT_TRUE(owned.data(Qt::ToolTipRole)
+                    .toString()
+                    .endsWith("Belongs to the distribution: Korvane does not switch it"));
+    EXPECT_TRUE(mine.data(Qt::DecorationRole).isNull());
+    EXPECT_FALSE(mine.data(Qt::ToolTipRole).toString().contains("distribution"));
+}
+
 } // namespace korvane

@@ -25,6 +25,14 @@ namespace {
     QT_TRANSLATE_NOOP("korvane", "PPC"), QT_TRANSLATE_NOOP("korvane", "Intel"),
     QT_TRANSLATE_NOOP("korvane", "Universal Binary"), QT_TRANSLATE_NOOP("korvane", "Unknown")};
 
+// A plug-in in a folder the distribution's packages own: it is never moved, so its row says so
+// before anyone clicks.
+bool isDistributions(const FormatManager &manager, const Plugin &item)
+{
+    const FormatTraits &format = manager.traits();
+    return format.isDistributionOwned(item.locationCode(format));
+}
+
 // The row marks: a pending change (a filled orange circle) and a plug-in that changes only with
 // administrator rights (a small padlock). Drawn here, so no icon theme is needed.
 QIcon markIcon(bool lock)
@@ -131,7 +139,10 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
             tip += QLatin1Char('\n')
                    + (item->isActive() ? korvane::tr("Switched on at the next Apply")
                                        : korvane::tr("Switched off at the next Apply"));
-        if (RightsApply::needsRights(m_manager, *item))
+        if (isDistributions(m_manager, *item))
+            tip += QLatin1Char('\n')
+                   + korvane::tr("Belongs to the distribution: Korvane does not switch it");
+        else if (RightsApply::needsRights(m_manager, *item))
             tip += QLatin1Char('\n')
                    + korvane::tr("Changes only with administrator rights: you cannot write in "
                                  "its system folder");
@@ -142,7 +153,7 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
             return QVariant();
         if (ChangeSummary::isMarked(m_manager, *item))
             return markIcon(false);
-        if (RightsApply::needsRights(m_manager, *item))
+        if (isDistributions(m_manager, *item) || RightsApply::needsRights(m_manager, *item))
             return markIcon(true);
         return QVariant();
     case Qt::FontRole:
