@@ -16,7 +16,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const MachOArchitectures result = MachOArchitectures::parse(bytes);
     FUZZ_CHECK(result.architectures.isEmpty() != result.reason.isEmpty());
     FUZZ_CHECK(result.architectures.size() <= 32);
-    FUZZ_CHECK(result.architectures.removeDuplicates() == 0);
+    QStringList distinct = result.architectures;
+    FUZZ_CHECK(distinct.removeDuplicates() == 0);
     // Only the header and the slice table count.
     const MachOArchitectures first =
         MachOArchitectures::parse(bytes.left(MachOArchitectures::BytesNeeded + 32 * 12));
