@@ -7,8 +7,7 @@
 #   tools/fuzz.sh [--runs N] [SECONDS] [TARGET...]
 #
 # --runs N stops a harness after N executions even when time is left. TARGET names harnesses
-# (set_document, plist, macho, finder_info, file_name, version_list, command_line, name_list, rtf, json5,
-# elf_header, lv2_bundle, package_list, probe_report, helper_request, helper_answer); default: all.
+# (the names of fuzz/CMakeLists.txt's korvane_fuzzer lines); default: all of them.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -19,8 +18,8 @@ if [ "${1:-}" = "--runs" ]; then
 fi
 seconds=${1:-10}
 [ $# -gt 0 ] && shift
-all=(set_document plist macho finder_info file_name version_list command_line name_list rtf json5
-     elf_header lv2_bundle package_list probe_report helper_request helper_answer)
+# Every harness fuzz/CMakeLists.txt builds, so a new one is run without being named twice.
+mapfile -t all < <(sed -n 's/^korvane_fuzzer(\([a-z0-9_]*\).*/\1/p' fuzz/CMakeLists.txt)
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=("${all[@]}")
 
