@@ -14,23 +14,23 @@ RightsMover::Outcome HelperRights::move(const QList<QPair<QString, QString>> &mo
     outcome.said = PrivilegedMover::describe(run);
     for (const PrivilegedMover::Result &result : run.results)
         outcome.results << Result{result.ok, result.error, result.code};
-    using State = PrivilegedMover::State;
+    using MoverState = PrivilegedMover::State;
     switch (run.state) {
-    case State::Done:
+    case MoverState::Done:
         outcome.state = RightsMover::State::Done;
         break;
-    case State::Failed:
+    case MoverState::Failed:
         outcome.state = RightsMover::State::Failed;
         break;
-    case State::Cancelled:
-    case State::NoAgent:
-    case State::NoPolkit:
-    case State::NoHelper:
+    case MoverState::Cancelled:
+    case MoverState::NoAgent:
+    case MoverState::NoPolkit:
+    case MoverState::NoHelper:
         outcome.state = RightsMover::State::NotGranted;
         break;
-    case State::Refused:
-    case State::LockBusy:
-    case State::Broken:
+    case MoverState::Refused:
+    case MoverState::LockBusy:
+    case MoverState::Broken:
         outcome.state = RightsMover::State::Refused;
         break;
     }

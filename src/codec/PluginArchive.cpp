@@ -191,7 +191,8 @@ private:
         archive_entry_set_nlink(entry.get(), 1);
         if (S_ISLNK(st.st_mode)) {
             QByteArray target(PATH_MAX, '\0');
-            const ssize_t length = ::readlink(source.constData(), target.data(), target.size());
+            const ssize_t length =
+                ::readlink(source.constData(), target.data(), size_t(target.size()));
             if (length < 0)
                 return fail(shown(source) + QStringLiteral(": ") + systemError(errno));
             target.truncate(length);

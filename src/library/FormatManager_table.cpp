@@ -39,13 +39,13 @@ public:
         const QString &key = sortKey.column;
         const auto numbers = [&](auto value) {
             m_kind = Number;
-            m_numbers.reserve(items.size());
+            m_numbers.reserve(size_t(items.size()));
             for (const PluginPtr &item : items)
                 m_numbers.push_back(int(value(*item)));
         };
         const auto texts = [&](auto value) {
             m_kind = Text;
-            m_texts.reserve(items.size());
+            m_texts.reserve(size_t(items.size()));
             for (const PluginPtr &item : items)
                 m_texts.push_back(value(*item));
             if (m_case == Qt::CaseInsensitive)
@@ -262,7 +262,7 @@ bool FormatManager::installDropped(const QStringList &paths)
     ui.progressBegin(korvane::tr(m_traits.installProgressTitle.toUtf8().constData()));
     ui.progressDetail(QString());
     FileOperations &files = this->files();
-    const int count = paths.size();
+    const int count = int(paths.size());
     int i = 0;
     {
         const CopyProgressScope bytes(files, copyProgressFor(ui, i, count));

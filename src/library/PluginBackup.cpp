@@ -411,7 +411,7 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
     ui.progressText(korvane::tr("Putting the plug-ins back"));
     int done = 0;
     for (const Placement &placement : std::as_const(placements)) {
-        ui.progressValue(done++, placements.size());
+        ui.progressValue(done++, double(placements.size()));
         FileError failure;
         if (!placement.installed.isEmpty()) {
             QString trashedTo;
@@ -497,11 +497,11 @@ void PluginBackup::restoreWithDialogs()
         return;
     if (!result.restored.isEmpty() || !result.kept.isEmpty())
         m_manager.services().showLog();
-    for (const QString &path : result.restored)
-        m_manager.services().appendLog(korvane::tr("Restored %1\n").arg(displayName(path)));
-    for (const QString &path : result.kept)
+    for (const QString &restored : result.restored)
+        m_manager.services().appendLog(korvane::tr("Restored %1\n").arg(displayName(restored)));
+    for (const QString &kept : result.kept)
         m_manager.services().appendLog(
-            korvane::tr("Kept the installed %1\n").arg(displayName(path)));
+            korvane::tr("Kept the installed %1\n").arg(displayName(kept)));
     if (!result.restored.isEmpty() || !result.replaced.isEmpty())
         m_manager.rescan();
     if (!result.ok && !result.error.isEmpty()) {

@@ -120,7 +120,7 @@ bool SetController::saveSetAs(const QString &path)
         m_setTitles << path;
         emit setsChanged();
     }
-    selectSetIndex(m_setTitles.indexOf(path));
+    selectSetIndex(int(m_setTitles.indexOf(path)));
     m_setChanged = false;
     return true;
 }
@@ -143,7 +143,7 @@ void SetController::openSet(const QString &path)
         m_setTitles << path;
         emit setsChanged();
     }
-    selectSetIndex(m_setTitles.indexOf(path));
+    selectSetIndex(int(m_setTitles.indexOf(path)));
 }
 
 void SetController::openDefaultSet(const QString &path)
@@ -152,7 +152,7 @@ void SetController::openDefaultSet(const QString &path)
         m_setTitles << path;
         emit setsChanged();
     }
-    selectSetIndex(m_setTitles.indexOf(path));
+    selectSetIndex(int(m_setTitles.indexOf(path)));
     loadSet(path);
 }
 

@@ -69,8 +69,9 @@ QByteArray readBytes(const QString &path)
 
 // An archive as a hostile writer makes it: any names, types and links, xz-compressed.
 struct RawEntry {
-    RawEntry(const QByteArray &name, mode_t type = AE_IFREG, const QByteArray &link = {})
-        : name(name), type(type), link(link)
+    RawEntry(const QByteArray &entryName, mode_t entryType = AE_IFREG,
+             const QByteArray &linkTarget = {})
+        : name(entryName), type(entryType), link(linkTarget)
     {
     }
     QByteArray name;

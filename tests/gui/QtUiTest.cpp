@@ -20,7 +20,7 @@ namespace {
 // Someone at the screen: waits for the next modal dialog and acts on it once, through the
 // window system as mouse and keyboard do (so a window a modal dialog blocks gets nothing).
 struct Person {
-    explicit Person(std::function<void(QWidget *)> act) : act(std::move(act))
+    explicit Person(std::function<void(QWidget *)> action) : act(std::move(action))
     {
         QObject::connect(&poll, &QTimer::timeout, &poll, [this] {
             if (QWidget *modal = QApplication::activeModalWidget()) {

@@ -155,18 +155,18 @@ TEST_F(AuthorizationTest, AProcessIsTheFirstLineNamingItAndOnlyAFoundOneIsKilled
 
 TEST_F(AuthorizationTest, PolkitAsksOncePerActionAndNeverForPlainChecks)
 {
-    Authorization auth(polkit, ui);
+    Authorization asked(polkit, ui);
     // Running a tool: pkexec asks, pkcheck only looks.
-    EXPECT_TRUE(auth.executeAsRoot("/usr/sbin/tool", QStringList{"-x"}));
+    EXPECT_TRUE(asked.executeAsRoot("/usr/sbin/tool", QStringList{"-x"}));
     for (const QStringList &check : polkit.checks)
         EXPECT_FALSE(check.contains("--allow-user-interaction"));
     EXPECT_EQ(polkit.execs, (QList<QStringList>{{"/usr/sbin/tool", "-x"}}));
     // Refused outright, nothing reaches pkexec; nor does a tool pkexec would take for an option.
-    auth.deauthenticate();
+    asked.deauthenticate();
     polkit.checkAnswer = 1;
-    EXPECT_FALSE(auth.executeAsRoot("/usr/sbin/tool", std::nullopt));
+    EXPECT_FALSE(asked.executeAsRoot("/usr/sbin/tool", std::nullopt));
     polkit.checkAnswer = 0;
-    EXPECT_FALSE(auth.executeAsRoot("--user", QStringList{"root"}));
+    EXPECT_FALSE(asked.executeAsRoot("--user", QStringList{"root"}));
     EXPECT_EQ(polkit.execs.size(), 1);
 }
 
@@ -174,7 +174,7 @@ TEST_F(AuthorizationTest, PolkitAsksOncePerActionAndNeverForPlainChecks)
 TEST_F(AuthorizationTest, ARealProcessIsFoundAndKilledAsItself)
 {
     AllowAllAuthorization allowAll;
-    Authorization auth(allowAll, ui);
+    Authorization asked(allowAll, ui);
     const QString marker =
         QStringLiteral("korvane-host-%1").arg(QCoreApplication::applicationPid());
     const QString program = homePath("host\n    1 " + marker);
@@ -184,10 +184,10 @@ TEST_F(AuthorizationTest, ARealProcessIsFoundAndKilledAsItself)
     ASSERT_TRUE(child.waitForStarted());
     // Started may be told before the child's exec shows in /proc on a busy machine.
     int pid = 0;
-    for (int tries = 0; tries < 50 && (pid = auth.pidOf(marker)) == 0; ++tries)
+    for (int tries = 0; tries < 50 && (pid = asked.pidOf(marker)) == 0; ++tries)
         QThread::msleep(100);
     ASSERT_EQ(pid, child.processId()); // guards the kill below
-    EXPECT_TRUE(auth.killProcess(marker));
+    EXPECT_TRUE(asked.killProcess(marker));
     EXPECT_TRUE(child.waitForFinished(10000));
     EXPECT_EQ(child.exitStatus(), QProcess::CrashExit);
 }

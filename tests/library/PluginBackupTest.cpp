@@ -19,7 +19,7 @@ namespace {
 
 // A tmpfs of the given size mounted over a folder for a test's life.
 struct SmallDisk {
-    SmallDisk(const QString &path, const char *size) : path(path)
+    SmallDisk(const QString &folder, const char *size) : path(folder)
     {
         QDir().mkpath(path);
         mounted = QProcess::execute("mount",
@@ -195,7 +195,7 @@ TEST_F(PluginBackupTest, ADamagedOrForeignArchiveChangesNothing)
         archive_write_add_filter_xz(hostile);
         archive_write_set_format_pax_restricted(hostile);
         archive_write_open_filename(hostile, QFile::encodeName(archive).constData());
-        for (const auto &[entryName, bytes] :
+        for (const auto &[entryName, entryBytes] :
              {std::pair<QByteArray, QByteArray>{pathBytes(PluginBackup::manifestName()), *manifest},
               {name, "x"}}) {
             archive_entry *entry = archive_entry_new();
@@ -206,9 +206,9 @@ TEST_F(PluginBackupTest, ADamagedOrForeignArchiveChangesNothing)
             if (archive_entry_filetype(entry) == AE_IFLNK)
                 archive_entry_set_symlink(entry, link.constData());
             else
-                archive_entry_set_size(entry, bytes.size());
+                archive_entry_set_size(entry, entryBytes.size());
             archive_write_header(hostile, entry);
-            archive_write_data(hostile, bytes.constData(), size_t(bytes.size()));
+            archive_write_data(hostile, entryBytes.constData(), size_t(entryBytes.size()));
             archive_entry_free(entry);
         }
         archive_write_close(hostile);

@@ -468,12 +468,12 @@ void PluginTableView::hideEvent(QHideEvent *event)
 void PluginTableView::startDrag(Qt::DropActions)
 {
     const QModelIndexList rows = selectionModel()->selectedRows();
-    QMimeData *data = m_proxy->mimeData(rows);
-    if (!data)
+    QMimeData *dragged = m_proxy->mimeData(rows);
+    if (!dragged)
         return;
     // Out of the table a plug-in is only ever copied; nothing here removes a dragged row.
     auto *drag = new QDrag(this);
-    drag->setMimeData(data);
+    drag->setMimeData(dragged);
     // A bundle is a folder to the file manager that receives it; a plug-in's own icon is an
     // .icns, which Qt does not read.
     const int size = style()->pixelMetric(QStyle::PM_LargeIconSize, nullptr, this);
@@ -481,10 +481,10 @@ void PluginTableView::startDrag(Qt::DropActions)
     drag->exec(Qt::CopyAction, Qt::CopyAction);
 }
 
-Qt::DropAction PluginTableView::dropActionFor(const QMimeData *data, const QPoint &pos,
+Qt::DropAction PluginTableView::dropActionFor(const QMimeData *dropped, const QPoint &pos,
                                               bool fromInsideApplication) const
 {
-    if (localPaths(data).isEmpty())
+    if (localPaths(dropped).isEmpty())
         return Qt::IgnoreAction;
     const QModelIndex index = indexAt(pos);
     const int row = index.isValid() ? m_proxy->mapToSource(index).row() : m_manager.rowCount();

@@ -39,7 +39,7 @@ public:
     // The preference that keeps this format's sort order.
     QString sortKey() const;
     // What a drop of data at pos would do: a copy, or nothing when it is refused.
-    Qt::DropAction dropActionFor(const QMimeData *data, const QPoint &pos,
+    Qt::DropAction dropActionFor(const QMimeData *dropped, const QPoint &pos,
                                  bool fromInsideApplication) const;
     bool isDropHighlighted() const { return m_dropHighlighted; }
     // Space: the selected rows' Active flips, as one step; the current row decides the way.
