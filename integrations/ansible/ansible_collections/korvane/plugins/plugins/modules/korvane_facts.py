@@ -24,21 +24,8 @@ options:
       - Only the plug-ins of this format (C(au), C(rtas), C(mas) or C(vst), in any case).
         Default is every format.
     type: str
-  root:
-    description:
-      - The system root, the folder that holds C(Library).
-      - Default is C(KorvaneCMD)'s own, C($KORVANE_ROOT) or C(/).
-    type: path
-  home:
-    description:
-      - The home folder whose user plug-ins are listed.
-      - Default is C(KorvaneCMD)'s own, C($HOME) of the user the task runs as.
-    type: path
-  korvanecmd:
-    description:
-      - Path of C(KorvaneCMD). Default is the one found on C(PATH).
-    type: path
 extends_documentation_fragment:
+  - korvane.plugins.korvane
   - ansible.builtin.action_common_attributes
   - ansible.builtin.action_common_attributes.facts
 attributes:

@@ -53,21 +53,8 @@ options:
       - Switch off every plug-in of the format that is not named in I(enabled).
     type: bool
     default: false
-  root:
-    description:
-      - The system root, the folder that holds C(Library).
-      - Default is C(KorvaneCMD)'s own, C($KORVANE_ROOT) or C(/).
-    type: path
-  home:
-    description:
-      - The home folder whose user plug-ins are managed.
-      - Default is C(KorvaneCMD)'s own, C($HOME) of the user the task runs as.
-    type: path
-  korvanecmd:
-    description:
-      - Path of C(KorvaneCMD). Default is the one found on C(PATH).
-    type: path
 extends_documentation_fragment:
+  - korvane.plugins.korvane
   - ansible.builtin.action_common_attributes
 attributes:
   check_mode:
