@@ -9,6 +9,7 @@
 
 #include <QCollator>
 #include <QFont>
+#include <QLocale>
 #include <QSet>
 #include <QTimer>
 #include <algorithm>
@@ -151,7 +152,11 @@ void AllPluginsModel::sort(int column, Qt::SortOrder order)
         held << (index.isValid() ? sourceAt(index).item.get() : nullptr);
 
     // One collation key per product, made once: comparing through the collator is what costs.
-    QCollator collator;
+    // The C locale's collator compares code points and knows no numbers.
+    QLocale locale;
+    if (locale.language() == QLocale::C)
+        locale = QLocale(QLocale::English, QLocale::UnitedStates);
+    QCollator collator(locale);
     collator.setNumericMode(true);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     std::vector<QCollatorSortKey> keys;
@@ -379,9 +384,8 @@ bool AllPluginsModel::setData(const QModelIndex &index, const QVariant &value, i
     if (!product || role != Qt::CheckStateRole
         || m_columns.at(index.column()) != TableColumn::Active)
         return false;
-    // A product's box: every plug-in of it goes on, unless all are on already.
-    const bool on = index.internalId() == 0 ? data(index, Qt::CheckStateRole).toInt() != Qt::Checked
-                                            : value.toInt() == Qt::Checked;
+    // A product's box sets every plug-in of it; a click on a partly ticked box ticks it.
+    const bool on = value.toInt() == Qt::Checked;
     if (index.internalId() == 0) {
         mark(product->members, on);
         return true;

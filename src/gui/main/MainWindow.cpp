@@ -235,6 +235,8 @@ MainWindow::~MainWindow() = default;
 
 FormatTab *MainWindow::frontPage() const
 {
+    if (isAllPluginsInFront())
+        return nullptr;
     return qobject_cast<FormatTab *>(m_tabs->currentWidget());
 }
 
