@@ -16,7 +16,7 @@ const QStringList &extensions()
         QStringLiteral(".vst3"),      QStringLiteral(".vst"),       QStringLiteral(".clap"),
         QStringLiteral(".lv2"),       QStringLiteral(".so"),        QStringLiteral(".dll"),
         QStringLiteral(".component"), QStringLiteral(".aaxplugin"), QStringLiteral(".dpm"),
-        QStringLiteral(".bundle"),    QStringLiteral(".dylib")};
+        QStringLiteral(".rtas"),      QStringLiteral(".bundle"),    QStringLiteral(".dylib")};
     return list;
 }
 
@@ -24,14 +24,14 @@ const QStringList &extensions()
 bool isBuildWord(const QString &word)
 {
     static const QStringList words{
-        QStringLiteral("vst"),   QStringLiteral("vst2"),  QStringLiteral("vst3"),
-        QStringLiteral("vsti"),  QStringLiteral("clap"),  QStringLiteral("lv2"),
-        QStringLiteral("au"),    QStringLiteral("aax"),   QStringLiteral("ladspa"),
-        QStringLiteral("dssi"),  QStringLiteral("x64"),   QStringLiteral("x86"),
-        QStringLiteral("amd64"), QStringLiteral("arm64"), QStringLiteral("aarch64"),
-        QStringLiteral("64bit"), QStringLiteral("32bit"), QStringLiteral("64"),
-        QStringLiteral("32"),    QStringLiteral("win64"), QStringLiteral("linux"),
-        QStringLiteral("mac"),   QStringLiteral("bit")};
+        QStringLiteral("vst"),     QStringLiteral("vst2"),  QStringLiteral("vst3"),
+        QStringLiteral("vsti"),    QStringLiteral("clap"),  QStringLiteral("lv2"),
+        QStringLiteral("au"),      QStringLiteral("aax"),   QStringLiteral("ladspa"),
+        QStringLiteral("dssi"),    QStringLiteral("rtas"),  QStringLiteral("x64"),
+        QStringLiteral("x86"),     QStringLiteral("amd64"), QStringLiteral("arm64"),
+        QStringLiteral("aarch64"), QStringLiteral("64bit"), QStringLiteral("32bit"),
+        QStringLiteral("64"),      QStringLiteral("32"),    QStringLiteral("win64"),
+        QStringLiteral("linux"),   QStringLiteral("mac"),   QStringLiteral("bit")};
     return words.contains(word);
 }
 

@@ -32,9 +32,9 @@ TEST(ProductCatalogTest, NamesCompareWithoutCaseSpacingPunctuationBuildWordsOrEx
 {
     const QString surge = ProductCatalog::nameKey(QStringLiteral("Surge XT"));
     EXPECT_EQ(surge, "surgext");
-    for (const char *variant :
-         {"Surge XT (VST3)", "surge-xt.vst3", "Surge XT x64", "SURGE_XT.clap", "Surge XT.lv2",
-          "Surge XT [64-bit].so", "Surge XT VST3 x64", "Surge XT.vst3.so"})
+    for (const char *variant : {"Surge XT (VST3)", "surge-xt.vst3", "Surge XT x64", "SURGE_XT.clap",
+                                "Surge XT.lv2", "Surge XT [64-bit].so", "Surge XT VST3 x64",
+                                "Surge XT.rtas", "Surge XT RTAS", "Surge XT.vst3.so"})
         EXPECT_EQ(ProductCatalog::nameKey(QString::fromUtf8(variant)), surge) << variant;
     // Words that make another product stay; a build word alone is a name.
     EXPECT_EQ(ProductCatalog::nameKey(QStringLiteral("Dexed Mono")), "dexedmono");

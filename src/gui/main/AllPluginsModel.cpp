@@ -37,7 +37,8 @@ QString placeOf(const Plugin &item)
 
 QString architecturesOf(const Plugin &item)
 {
-    if (item.metadata() && !item.metadata()->architectures.isEmpty())
+    // A format whose files were read says what they hold, nothing where they name none.
+    if (item.metadata())
         return item.metadata()->architectures.join(QStringLiteral(", "));
     return korvane::tr(item.architectureName().toUtf8().constData());
 }

@@ -104,7 +104,7 @@ AllPluginsView::AllPluginsView(const QList<FormatManager *> &managers, QWidget *
     QHeaderView *header = m_tree->header();
     header->setStretchLastSection(false);
     header->setSectionsMovable(true);
-    const QList<int> widths{90, 260, 120, 160, 90, 110, 90, 130, 120};
+    const QList<int> widths{76, 240, 150, 140, 80, 110, 100, 104, 100};
     for (int column = 0; column < widths.size() && column < m_model->columnCount(); ++column)
         header->resizeSection(column, widths.at(column));
 

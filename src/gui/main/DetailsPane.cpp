@@ -178,9 +178,8 @@ void DetailsPane::refresh()
                  + QLatin1Char(')');
     setField(kState, state);
     setField(kGroup, item.group());
-    setField(kArchitectures, metadata && !metadata->architectures.isEmpty()
-                                 ? metadata->architectures.join(QStringLiteral(", "))
-                                 : korvane::tr(item.architectureName().toUtf8().constData()));
+    setField(kArchitectures, metadata ? metadata->architectures.join(QStringLiteral(", "))
+                                      : korvane::tr(item.architectureName().toUtf8().constData()));
     setField(kPackage, metadata ? metadata->package : QString());
     setField(kIdentifiers, metadata ? metadata->identifiers.join(QLatin1Char('\n')) : QString());
     QStringList inside;
