@@ -63,7 +63,7 @@ TEST_F(UnusedFormatsDialogTest, ThePreviewNamesEachMoveAndCancelChangesNothing)
               QStringList(
                   {"Echo Chamber.vst | VST | " + vst + " | " + vst + " (Disabled)",
                    "echo.lv2 | LV2 | " + homePath(".lv2") + " | " + homePath(".lv2 (Disabled)")}));
-    EXPECT_EQ(dialog->summary()->text(), "2 plug-ins are switched off.");
+    EXPECT_EQ(dialog->summary()->text(), "2 plug-ins will be switched off.");
     EXPECT_TRUE(dialog->switchOffButton()->isEnabled());
 
     // No format kept: the product is left alone rather than switched off everywhere.
@@ -117,7 +117,8 @@ TEST_F(UnusedFormatsDialogTest, ACopyThatCannotMoveIsShownWithItsReasonAndLeftUn
                                   + " | stays: echo-system.lv2 stays in "))
         << system.toStdString();
     EXPECT_TRUE(system.contains("the distribution owns that folder"));
-    EXPECT_EQ(dialog->summary()->text(), "1 plug-in is switched off. 1 stay as they are.");
+    EXPECT_EQ(dialog->summary()->text(),
+              "1 plug-in will be switched off. 1 will stay as they are.");
 
     if (locked.ok()) {
         dialog->formatBox("LV2")->setChecked(true);

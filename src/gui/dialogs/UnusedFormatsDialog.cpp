@@ -35,11 +35,14 @@ UnusedFormatsDialog::UnusedFormatsDialog(const QList<Product> &products, QWidget
     int several = 0;
     for (const Product &product : products)
         several += product.inSeveralFormats() ? 1 : 0;
+    const QString text = several == 1
+                             ? korvane::tr("1 product is installed in more than one format.")
+                             : korvane::tr("%1 products are installed in more than one format.")
+                                   .arg(QLocale().toString(several));
     auto *intro = new QLabel(
-        korvane::tr("%1 products are installed in more than one format. Untick the formats you "
-                    "do not use: their copies of those products are switched off. A product is "
-                    "never switched off in every format.")
-            .arg(QLocale().toString(several)),
+        text + QLatin1Char(' ')
+            + korvane::tr("Untick the formats you do not use: their copies of those products are "
+                          "switched off. A product is never switched off in every format."),
         this);
     intro->setWordWrap(true);
     intro->setTextFormat(Qt::PlainText);
@@ -76,7 +79,7 @@ UnusedFormatsDialog::UnusedFormatsDialog(const QList<Product> &products, QWidget
 
     auto *buttons = new QDialogButtonBox(this);
     m_switchOff =
-        buttons->addButton(korvane::tr("Switch Off and Apply"), QDialogButtonBox::AcceptRole);
+        buttons->addButton(korvane::tr("&Switch Off and Apply"), QDialogButtonBox::AcceptRole);
     m_switchOff->setObjectName(QStringLiteral("pbSwitchOffUnused"));
     QPushButton *cancel = buttons->addButton(QDialogButtonBox::Cancel);
     cancel->setObjectName(QStringLiteral("pbCancelUnused"));
@@ -140,11 +143,12 @@ void UnusedFormatsDialog::showPreview()
     const QLocale locale;
     QStringList parts;
     const int switching = m_preview.switching();
-    parts << (switching == 1
-                  ? korvane::tr("1 plug-in is switched off.")
-                  : korvane::tr("%1 plug-ins are switched off.").arg(locale.toString(switching)));
+    parts
+        << (switching == 1
+                ? korvane::tr("1 plug-in will be switched off.")
+                : korvane::tr("%1 plug-ins will be switched off.").arg(locale.toString(switching)));
     if (m_preview.refused() > 0)
-        parts << korvane::tr("%1 stay as they are.").arg(locale.toString(m_preview.refused()));
+        parts << korvane::tr("%1 will stay as they are.").arg(locale.toString(m_preview.refused()));
     if (m_preview.otherPending > 0)
         parts << korvane::tr("%1 changes already marked in these formats are applied too.")
                      .arg(locale.toString(m_preview.otherPending));

@@ -416,11 +416,11 @@ void MainWindow::makePlugInsMenu()
     addItem(menu, "miInfo", korvane::tr("Info"), front(&FormatManager::requestInfo));
     addItem(menu, "miDuplicates", korvane::tr("Duplicates"),
             front(&FormatManager::reportDuplicates));
+    addItem(menu, "miUnusedFormats", korvane::tr("Switch Off Unused Formats..."),
+            [this] { switchOffUnusedFormats(); });
     addItem(menu, "miBackup", korvane::tr("Backup"), front(&FormatManager::backup));
     addItem(menu, "miBackupRestore", korvane::tr("Restore Backup"),
             front(&FormatManager::restoreBackup));
-    addItem(menu, "miUnusedFormats", korvane::tr("Switch Off Unused Formats..."),
-            [this] { switchOffUnusedFormats(); });
     menu->addSeparator();
     addItem(menu, "miSpecialEnv", korvane::tr("Examine Audio Unit Alone"),
             [this] { examineAudioUnitAlone(); });
