@@ -1,6 +1,8 @@
 // korvane_window_shots DIR OUT [VARIANT]: opens the main window and each secondary window of
 // Korvane on the demo library in DIR (made by korvane_demo) and saves a picture of it as
-// OUT/<window>.png. With a VARIANT (dark, scale2, german) only the main window, as
+// OUT/<window>.png, the list across formats (all-plugins.png, with LV2 and VST 3 copies of some
+// demo plug-ins added), the details pane (details-pane.png) and Switch Off Unused Formats
+// (unused-formats.png) among them. With a VARIANT (dark, scale2, german) only the main window, as
 // OUT/main-window-VARIANT.png: in a dark palette, at the size a 1600x1000 screen at a scale factor
 // of 2 leaves (QT_SCALE_FACTOR is the caller's), or in the translations the locale picks. Meant
 // for Qt's offscreen platform; tools/screenshots.sh runs it.
@@ -179,32 +181,6 @@ int main(int argc, char *argv[])
 
     bool ok = true;
     {
-        MainWindow window(context);
-        window.resize(1100, 560);
-        main.setActiveType(TypeAU);
-        ok &= save(window, out + QStringLiteral("/main-window.png"));
-        main.setActiveType(TypeVST);
-        ok &= save(window, out + QStringLiteral("/main-window-vst.png"));
-        main.setActiveType(TypeAU);
-        // The quick filters in use: the user's plug-ins that are on, searched for "a".
-        FormatTab *page = window.page(TypeAU);
-        page->placeFilter()->setCurrentIndex(2);
-        page->stateFilter()->setCurrentIndex(1);
-        page->searchField()->setText(QStringLiteral("a"));
-        ok &= save(window, out + QStringLiteral("/main-window-filters.png"));
-        page->searchField()->clear();
-        page->placeFilter()->setCurrentIndex(0);
-        page->stateFilter()->setCurrentIndex(0);
-        // A format with nothing installed says where it looked.
-        for (int row = vst.rowCount() - 1; row >= 0; --row)
-            QFile::rename(vst.plugins().pathOnDisk(*vst.itemAt(row)),
-                          dir + QStringLiteral("/put-aside-") + QString::number(row));
-        vst.rescan();
-        main.setActiveType(TypeVST);
-        ok &= save(window, out + QStringLiteral("/main-window-empty.png"));
-        main.setActiveType(TypeAU);
-    }
-    {
         // The list across formats, its products in more than one format unfolded, the details
         // of one plug-in beside it, and Switch Off Unused Formats with LV2 unticked.
         MainWindow window(context);
@@ -234,6 +210,32 @@ int main(int argc, char *argv[])
         if (QCheckBox *box = dialog.formatBox(QStringLiteral("LV2")))
             box->setChecked(false);
         ok &= save(dialog, out + QStringLiteral("/unused-formats.png"));
+    }
+    {
+        MainWindow window(context);
+        window.resize(1100, 560);
+        main.setActiveType(TypeAU);
+        ok &= save(window, out + QStringLiteral("/main-window.png"));
+        main.setActiveType(TypeVST);
+        ok &= save(window, out + QStringLiteral("/main-window-vst.png"));
+        main.setActiveType(TypeAU);
+        // The quick filters in use: the user's plug-ins that are on, searched for "a".
+        FormatTab *page = window.page(TypeAU);
+        page->placeFilter()->setCurrentIndex(2);
+        page->stateFilter()->setCurrentIndex(1);
+        page->searchField()->setText(QStringLiteral("a"));
+        ok &= save(window, out + QStringLiteral("/main-window-filters.png"));
+        page->searchField()->clear();
+        page->placeFilter()->setCurrentIndex(0);
+        page->stateFilter()->setCurrentIndex(0);
+        // A format with nothing installed says where it looked.
+        for (int row = vst.rowCount() - 1; row >= 0; --row)
+            QFile::rename(vst.plugins().pathOnDisk(*vst.itemAt(row)),
+                          dir + QStringLiteral("/put-aside-") + QString::number(row));
+        vst.rescan();
+        main.setActiveType(TypeVST);
+        ok &= save(window, out + QStringLiteral("/main-window-empty.png"));
+        main.setActiveType(TypeAU);
     }
     {
         PreferencesWindow window(*context.pref(), main);

@@ -132,7 +132,6 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
                                      : QStringLiteral("tbAllPlugins"));
         button->setDefaultAction(action("miAllPlugins"));
         button->setToolButtonStyle(Qt::ToolButtonTextOnly);
-        button->setAutoRaise(!inList);
         if (inList)
             m_all->setSwitch(button);
         else
