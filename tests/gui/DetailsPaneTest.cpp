@@ -5,6 +5,7 @@
 #include "gui/main/DetailsPane.h"
 
 #include <QAction>
+#include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 #include <QSplitter>
@@ -105,6 +106,7 @@ TEST_F(DetailsPaneTest, ThePaneAndTheListComeBackAtTheNextStart)
     window->showDetails(true);
     window->showAllPlugins(true);
     window->splitter()->setSizes({600, 280});
+    window->allPlugins()->tree()->sortByColumn(3, Qt::DescendingOrder); // by vendor
     const QList<int> sizes = window->splitter()->sizes();
     window->saveState();
     window = std::make_unique<MainWindow>(*context);
@@ -115,6 +117,11 @@ TEST_F(DetailsPaneTest, ThePaneAndTheListComeBackAtTheNextStart)
     EXPECT_TRUE(window->isAllPluginsInFront());
     EXPECT_TRUE(window->action("miAllPlugins")->isChecked());
     EXPECT_EQ(window->splitter()->sizes().value(1), sizes.value(1)) << "the pane's width";
+    const QHeaderView *header = window->allPlugins()->tree()->header();
+    EXPECT_EQ(header->sortIndicatorSection(), 3);
+    EXPECT_EQ(header->sortIndicatorOrder(), Qt::DescendingOrder);
+    EXPECT_EQ(window->allPlugins()->model().index(0, 3).data().toString(), "Korvane Tests")
+        << "the products come back in the order chosen";
 
     window->action("miDetails")->trigger();
     window->action("miAllPlugins")->trigger();

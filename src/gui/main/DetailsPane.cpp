@@ -73,7 +73,7 @@ DetailsPane::DetailsPane(QWidget *parent) : QWidget(parent)
     m_content->setAccessibleName(korvane::tr("Companion content"));
     m_content->setTextFormat(Qt::PlainText);
     m_content->setWordWrap(true);
-    m_content->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    m_content->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
     m_show = new QPushButton(korvane::tr("Show in File Manager"), m_body);
     m_show->setObjectName(QStringLiteral("pbDetailShow"));
@@ -114,7 +114,8 @@ QLabel *DetailsPane::addField(const char *label)
     field->setAccessibleName(korvane::tr(label));
     field->setTextFormat(Qt::PlainText);
     field->setWordWrap(true);
-    field->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    // Selectable for copying, but no Tab stop each: the pane's one stop is its button.
+    field->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_form->addRow(korvane::tr(label) + QLatin1Char(':'), field);
     m_fields.append({label, field});
     return field;

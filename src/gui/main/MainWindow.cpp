@@ -29,6 +29,7 @@
 #include "library/UnsavedWork.h"
 
 #include <QCloseEvent>
+#include <QHeaderView>
 #include <QMenuBar>
 #include <QSignalBlocker>
 #include <QSplitter>
@@ -36,6 +37,7 @@
 #include <QTabWidget>
 #include <QTimer>
 #include <QToolButton>
+#include <QTreeView>
 
 namespace korvane {
 
@@ -52,6 +54,7 @@ QString menuText(const QString &title)
 const QString kDetailsShown = QStringLiteral("DetailsPaneShown");
 const QString kDetailsSplit = QStringLiteral("DetailsPaneSplit");
 const QString kAllInFront = QStringLiteral("AllPluginsInFront");
+const QString kAllColumns = QStringLiteral("AllPluginsColumns");
 
 } // namespace
 
@@ -226,6 +229,11 @@ void MainWindow::restoreViewState()
     const QByteArray split = store->value(kDetailsSplit).toByteArray();
     if (!split.isEmpty())
         m_splitter->restoreState(split);
+    // The list's columns: order, widths and the sort, which the model makes itself.
+    QHeaderView *header = m_all->tree()->header();
+    if (const QByteArray columns = store->value(kAllColumns).toByteArray();
+        !columns.isEmpty() && header->restoreState(columns))
+        m_all->tree()->sortByColumn(header->sortIndicatorSection(), header->sortIndicatorOrder());
     showDetails(store->boolValue(kDetailsShown));
     showAllPlugins(store->boolValue(kAllInFront));
 }
@@ -265,6 +273,7 @@ void MainWindow::saveState()
         keep(kDetailsShown, !m_details->isHidden());
         keep(kDetailsSplit, m_splitter->saveState());
         keep(kAllInFront, isAllPluginsInFront());
+        keep(kAllColumns, m_all->tree()->header()->saveState());
         if (!values.isEmpty())
             store->setValues(values);
     }
