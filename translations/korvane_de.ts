@@ -1901,5 +1901,9 @@ Abgelegt: %2
         <source>Details Pane</source>
         <translation>Detailbereich</translation>
     </message>
+    <message>
+        <source>the folder %1 cannot be changed (no write access, locked or read-only)</source>
+        <translation>der Ordner %1 kann nicht geändert werden (kein Schreibzugriff, gesperrt oder schreibgeschützt)</translation>
+    </message>
 </context>
 </TS>

@@ -23,6 +23,19 @@ QString folderOf(const QString &path)
     return displayName(path.left(path.lastIndexOf(QLatin1Char('/'))));
 }
 
+// Why a copy stays, as the planner that the apply asks has it: the distribution's package,
+// another copy at the target, a folder that cannot be changed.
+QString refusal(const PlannedMove &move)
+{
+    if (move.verdict == MoveVerdict::Unwritable)
+        return korvane::tr("the folder %1 cannot be changed (no write access, locked or read-only)")
+            .arg(displayName(move.error.path));
+    if (move.error.reason.isEmpty())
+        return korvane::tr("it cannot be moved");
+    // The distribution's reason comes translated; the planner's own are marked for translation.
+    return korvane::tr(move.error.reason.toUtf8().constData());
+}
+
 } // namespace
 
 UnusedFormatsDialog::UnusedFormatsDialog(const QList<Product> &products, QWidget *parent)
@@ -124,11 +137,7 @@ void UnusedFormatsDialog::showPreview()
         else if (change.move.moves())
             to = folderOf(change.move.to);
         else
-            // Refused: the planner's reason (the distribution's package, another copy, rights).
-            to = korvane::tr("stays: %1")
-                     .arg(change.move.error.reason.isEmpty()
-                              ? korvane::tr("it cannot be moved")
-                              : korvane::tr(change.move.error.reason.toUtf8().constData()));
+            to = korvane::tr("stays: %1").arg(refusal(change.move));
         auto *row = new QTreeWidgetItem(
             {displayName(change.move.name), change.format, folderOf(change.move.from), to});
         row->setToolTip(2, displayName(change.move.from));
