@@ -10,6 +10,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QTest>
 #include <QTreeView>
 
@@ -82,9 +83,14 @@ TEST_F(AllPluginsViewTest, OneRowPerProductWithItsFormatsAndTheFilterAndSearchNa
     window->action("miFind")->trigger();
     EXPECT_TRUE(view().searchField()->hasFocus() || !window->isActiveWindow());
 
+    // One format's commands would act on a tab nobody sees: they wait for the tabs.
+    EXPECT_FALSE(window->action("miBackup")->isEnabled());
+    EXPECT_FALSE(window->action("miSave")->isEnabled());
+    EXPECT_TRUE(window->action("miSelectedOff")->isEnabled());
     window->action("miAllPlugins")->trigger();
     EXPECT_FALSE(window->isAllPluginsInFront());
     EXPECT_EQ(window->frontPage(), window->page(TypeVST));
+    EXPECT_TRUE(window->action("miBackup")->isEnabled());
 }
 
 TEST_F(AllPluginsViewTest, AProductsBoxMarksItsPlugInsInEveryFormatAndTheTabsSayTheSame)
@@ -125,10 +131,18 @@ TEST_F(AllPluginsViewTest, AProductsBoxMarksItsPlugInsInEveryFormatAndTheTabsSay
     EXPECT_EQ(echo.data(Qt::CheckStateRole).toInt(), Qt::Checked);
     for (const int type : {int(TypeVST), TypeLV2, TypeVST3})
         EXPECT_EQ(context->manager(type)->pendingCount(), 0) << type;
-    // Selected Off from the menu bar acts on the product's plug-ins too.
+    // Selected Off from the menu bar acts on the product's plug-ins too, and the row menu's On
+    // brings them back.
     window->action("miSelectedOff")->trigger();
     EXPECT_EQ(echo.data(Qt::CheckStateRole).toInt(), Qt::Unchecked);
     EXPECT_EQ(context->manager(TypeLV2)->pendingCount(), 1);
+    emit tree->customContextMenuRequested(tree->visualRect(tree->currentIndex()).center());
+    auto *menu = view().findChild<QMenu *>("menuAllRows");
+    ASSERT_NE(menu, nullptr);
+    menu->findChild<QAction *>("miAllRowOn")->trigger();
+    menu->close();
+    EXPECT_EQ(echo.data(Qt::CheckStateRole).toInt(), Qt::Checked);
+    EXPECT_EQ(context->manager(TypeLV2)->pendingCount(), 0);
 }
 
 TEST_F(AllPluginsViewTest, TheListRegroupsAfterARescanWhileShownAndOnlyNotesItWhileHidden)

@@ -180,6 +180,7 @@ void MainWindow::showAllPlugins(bool inFront)
         return;
     m_all->setInUse(inFront);
     m_stack->setCurrentWidget(inFront ? static_cast<QWidget *>(m_all) : m_tabs);
+    updateMenus();
     if (inFront) {
         m_all->tree()->setFocus(Qt::OtherFocusReason);
         const ProductSource current = m_all->currentSource();
@@ -417,11 +418,20 @@ void MainWindow::makePlugInsMenu()
         };
     };
     addItem(menu, "miRescan", korvane::tr("Rescan"), QKeySequence::Refresh, [this] {
-        // A rescan reads the disk again: marks and set edits would go without a word.
-        if (FormatManager *manager = frontManager(); manager && UnsavedWork::settle(*manager))
-            manager->rescan();
+        // A rescan reads the disk again: marks and set edits would go without a word. The list
+        // across formats reads every format it shows.
+        const QList<FormatManager *> managers =
+            isAllPluginsInFront() ? shownManagers() : QList<FormatManager *>{frontManager()};
+        for (FormatManager *manager : managers)
+            if (manager && UnsavedWork::settle(*manager))
+                manager->rescan();
     });
-    addItem(menu, "miInfo", korvane::tr("Info"), front(&FormatManager::requestInfo));
+    addItem(menu, "miInfo", korvane::tr("Info"), [this] {
+        if (isAllPluginsInFront())
+            showDetails(true);
+        else if (FormatManager *manager = frontManager())
+            manager->requestInfo();
+    });
     addItem(menu, "miDuplicates", korvane::tr("Duplicates"),
             front(&FormatManager::reportDuplicates));
     addItem(menu, "miUnusedFormats", korvane::tr("Switch Off Unused Formats..."),
@@ -508,9 +518,19 @@ void MainWindow::showUndoTitles()
 void MainWindow::updateMenus()
 {
     action("miShowLog")->setEnabled(m_main.isMenuItemEnabled(AppController::MenuItem::ShowLog));
+    // The commands of one format's set, groups or files would act on a tab nobody sees while the
+    // list across formats is in front.
+    const bool oneFormat = !isAllPluginsInFront();
+    for (const char *name :
+         {"miNew", "miOpen", "miSave", "miSaveAs", "miDelete", "miDuplicates", "miBackup",
+          "miBackupRestore", "miPPCOn", "miPPCOff", "miIntelOn", "miIntelOff", "miUBOn", "miUBOff"})
+        action(name)->setEnabled(oneFormat);
+    for (const char *name : {"menuGroupOn", "menuGroupOff", "menuGroups"})
+        if (auto *menu = findChild<QMenu *>(QLatin1String(name)))
+            menu->setEnabled(oneFormat);
     // Only an Audio Unit can be examined alone.
     action("miSpecialEnv")
-        ->setEnabled(m_main.tabCount() > 0 && m_main.activeType() == TypeAU
+        ->setEnabled(oneFormat && m_main.tabCount() > 0 && m_main.activeType() == TypeAU
                      && m_context.manager(TypeAU) != nullptr);
 }
 
