@@ -506,6 +506,99 @@ else
   fail "German start-up: no window"
 fi
 
+# The list across formats on a library of its own: one product as an LV2 bundle and a VST 3
+# module, and one in LV2 alone. Switch to the list (Ctrl+Shift+A), filter it to the products in
+# more than one format, open Switch Off Unused Formats and cancel (nothing moves), then untick LV2
+# and switch off for real: the LV2 bundle lands in its " (Disabled)" folder, the VST 3 stays.
+all_formats_view() {
+  local lib="$dir/all-formats" r h win dialog
+  r="$lib/root"
+  h="$lib/home"
+  mkdir -p "$r" "$h/.lv2/echo.lv2" "$h/.lv2/solo.lv2" \
+    "$h/.vst3/Echo Chamber.vst3/Contents/x86_64-linux" "$h/.vst3/Echo Chamber.vst3/Contents/Resources"
+  local prefixes='@prefix lv2: <http://lv2plug.in/ns/lv2core#> .
+@prefix rdfs: <http://www.w3.org/2000/01/rdf-schema#> .
+@prefix doap: <http://usefulinc.com/ns/doap#> .
+@prefix foaf: <http://xmlns.com/foaf/0.1/> .'
+  local stem name
+  for stem in echo solo; do
+    [ "$stem" = echo ] && name="Echo Chamber" || name="Solo Synth"
+    printf '%s\n<urn:e2e:%s> a lv2:Plugin ; lv2:binary <p.so> ; rdfs:seeAlso <p.ttl> .\n' \
+      "$prefixes" "$stem" >"$h/.lv2/$stem.lv2/manifest.ttl"
+    printf '%s\n<urn:e2e:%s> doap:name "%s" ; doap:maintainer [ foaf:name "E2E Audio" ] .\n' \
+      "$prefixes" "$stem" "$name" >"$h/.lv2/$stem.lv2/p.ttl"
+  done
+  echo "not loaded" >"$h/.vst3/Echo Chamber.vst3/Contents/x86_64-linux/Echo Chamber.so"
+  cat >"$h/.vst3/Echo Chamber.vst3/Contents/Resources/moduleinfo.json" <<'JSON'
+{ "Name": "Echo Chamber", "Version": "1.0.0", "Factory Info": { "Vendor": "E2E Audio" },
+  "Classes": [ { "CID": "0123456789ABCDEF0123456789ABCDEF", "Category": "Audio Module Class",
+                 "Name": "Echo Chamber", "Vendor": "E2E Audio", "Version": "1.0.0" } ] }
+JSON
+  env -u LV2_PATH -u VST3_PATH -u CLAP_PATH -u LADSPA_PATH -u DSSI_PATH -u VST_PATH -u LXVST_PATH \
+    HOME="$h" XDG_CONFIG_HOME="$lib/config" XDG_CACHE_HOME="$lib/cache" \
+    XDG_RUNTIME_DIR="$dir/runtime" QT_QPA_PLATFORM=xcb \
+    "$korvane" --root "$r" --home "$h" >>"$dir/korvane.log" 2>&1 &
+  app=$!
+  if ! win=$(wait_for_window Korvane); then
+    fail "all formats: no window"
+    return
+  fi
+  sleep 1.5
+  focus "$win"
+  keys ctrl+shift+a
+  shot all-formats "$win"
+  # From the list, Shift+Tab back past Switch Off Unused Formats and the search to the filter.
+  keys shift+Tab shift+Tab shift+Tab space
+  shot all-formats-filtered "$win"
+  local changed
+  changed=$(compare -metric AE "$shots/all-formats.png" "$shots/all-formats-filtered.png" null: 2>&1 || true)
+  if [ "${changed%% *}" != 0 ]; then
+    pass "all formats: the list and its multi-format filter are shown ($changed pixels changed)"
+  else
+    fail "all formats: Ctrl+Shift+A and the filter changed nothing on screen"
+  fi
+  keys Tab Tab space
+  if dialog=$(wait_for_window "Switch Off Unused Formats"); then
+    focus "$dialog"
+    keys space # the first format's box: LV2
+    shot unused-formats-preview "$dialog"
+    keys Escape
+    sleep 0.5
+    if [ -d "$h/.lv2/echo.lv2" ] && [ ! -e "$h/.lv2 (Disabled)" ]; then
+      pass "all formats: Cancel after the preview moved nothing"
+    else
+      fail "all formats: something moved after Cancel"
+    fi
+  else
+    fail "all formats: Switch Off Unused Formats opened no window"
+  fi
+  focus "$win"
+  keys space # the focus is back on Switch Off Unused Formats...
+  if dialog=$(wait_for_window "Switch Off Unused Formats"); then
+    focus "$dialog"
+    keys space alt+s
+    sleep 1.5
+    if [ -d "$h/.lv2 (Disabled)/echo.lv2" ] && [ ! -e "$h/.lv2/echo.lv2" ] &&
+      [ -d "$h/.vst3/Echo Chamber.vst3" ] && [ -d "$h/.lv2/solo.lv2" ]; then
+      pass "all formats: LV2's Echo Chamber switched off on disk, its VST 3 and Solo Synth kept"
+    else
+      fail "all formats: the disk is not as Switch Off Unused Formats should leave it"
+      find "$h/.lv2"* "$h/.vst3"* -maxdepth 1 | sed 's/^/     /'
+    fi
+    shot unused-formats-applied "$win"
+  else
+    fail "all formats: Switch Off Unused Formats opened no window the second time"
+  fi
+  focus "$win"
+  keys ctrl+q
+  for _ in $(seq 50); do
+    kill -0 "$app" 2>/dev/null || break
+    sleep 0.1
+  done
+  kill -0 "$app" 2>/dev/null && fail "all formats: korvane still runs after Ctrl+Q" || app=""
+}
+all_formats_view
+
 echo "Pictures in $shots"
 if [ "$failures" -gt 0 ]; then
   echo "gui-e2e.sh: $failures check(s) failed; korvane's output:" >&2

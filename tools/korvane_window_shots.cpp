@@ -1,10 +1,13 @@
 // korvane_window_shots DIR OUT [VARIANT]: opens the main window and each secondary window of
 // Korvane on the demo library in DIR (made by korvane_demo) and saves a picture of it as
-// OUT/<window>.png. With a VARIANT (dark, scale2, german) only the main window, as
+// OUT/<window>.png, the list across formats (all-plugins.png, with LV2 and VST 3 copies of some
+// demo plug-ins added), the details pane (details-pane.png) and Switch Off Unused Formats
+// (unused-formats.png) among them. With a VARIANT (dark, scale2, german) only the main window, as
 // OUT/main-window-VARIANT.png: in a dark palette, at the size a 1600x1000 screen at a scale factor
 // of 2 leaves (QT_SCALE_FACTOR is the caller's), or in the translations the locale picks. Meant
 // for Qt's offscreen platform; tools/screenshots.sh runs it.
 
+#include "LinuxPluginFixtures.h"
 #include "app/AboutText.h"
 #include "app/AppContext.h"
 #include "app/AppController.h"
@@ -13,6 +16,10 @@
 #include "codec/PropertyList.h"
 #include "core/Locations.h"
 #include "gui/Translations.h"
+#include "gui/dialogs/UnusedFormatsDialog.h"
+#include "gui/main/AllPluginsModel.h"
+#include "gui/main/AllPluginsView.h"
+#include "gui/main/DetailsPane.h"
 #include "gui/main/FormatTab.h"
 #include "gui/main/MainWindow.h"
 #include "gui/windows/AboutPanel.h"
@@ -25,13 +32,16 @@
 #include "os/LocalFileOperations.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QPalette>
+#include <QSplitter>
 #include <QTabWidget>
 #include <QTextStream>
+#include <QTreeView>
 
 using namespace korvane;
 
@@ -50,6 +60,45 @@ int rowOf(const FormatManager &manager, const QString &name)
         if (manager.itemAt(row)->name() == name)
             return row;
     return -1;
+}
+
+// The demo's instruments again as LV2 bundles and VST 3 modules in the home's folders, so the
+// list across formats has products in more than one.
+void addLinuxCopies(const QString &home)
+{
+    const auto write = [](const QString &path, const QByteArray &bytes) {
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+    };
+    const QByteArray prefixes = "@prefix lv2: <http://lv2plug.in/ns/lv2core#> .\n"
+                                "@prefix rdfs: <http://www.w3.org/2000/01/rdf-schema#> .\n"
+                                "@prefix doap: <http://usefulinc.com/ns/doap#> .\n"
+                                "@prefix foaf: <http://xmlns.com/foaf/0.1/> .\n";
+    const QList<QPair<QString, QString>> lv2{
+        {QStringLiteral("Aurora Synth"), QStringLiteral("aurora")},
+        {QStringLiteral("Iris Pad"), QStringLiteral("iris")},
+        {QStringLiteral("Tundra Bass"), QStringLiteral("tundra")}};
+    for (const auto &[name, stem] : lv2) {
+        const QString bundle = home + QStringLiteral("/.lv2/") + stem + QStringLiteral(".lv2");
+        const QByteArray uri = "<https://velmora.example/plugins/" + stem.toUtf8() + ">";
+        write(bundle + QStringLiteral("/manifest.ttl"),
+              prefixes + uri + " a lv2:Plugin ; lv2:binary <" + stem.toUtf8()
+                  + ".so> ; rdfs:seeAlso <" + stem.toUtf8() + ".ttl> .\n");
+        write(bundle + QLatin1Char('/') + stem + QStringLiteral(".ttl"),
+              prefixes + uri + " doap:name \"" + name.toUtf8()
+                  + "\" ; lv2:minorVersion 3 ; lv2:microVersion 1 ; doap:maintainer [ foaf:name "
+                    "\"Velmora Audio\" ] .\n");
+    }
+    for (const QString &name : {QStringLiteral("Aurora Synth"), QStringLiteral("Delta Delay")}) {
+        const QString bundle = home + QStringLiteral("/.vst3/") + name + QStringLiteral(".vst3");
+        write(bundle + QStringLiteral("/Contents/x86_64-linux/") + name + QStringLiteral(".so"),
+              "not loaded");
+        write(bundle + QStringLiteral("/Contents/Resources/moduleinfo.json"),
+              LinuxPluginFixtures::moduleInfo(name, QStringLiteral("Velmora Audio"),
+                                              LinuxPluginFixtures::vst2Cid("Velm", name.toUtf8()),
+                                              "Vlm1"));
+    }
 }
 
 } // namespace
@@ -87,6 +136,9 @@ int main(int argc, char *argv[])
                            QVariantList{QStringLiteral("no set"), live});
     PropertyList::writeXml(disk, locations.dataFilePath(QStringLiteral("vstsets.plist")),
                            QVariantList{QStringLiteral("no set"), studio});
+
+    if (variant.isEmpty())
+        addLinuxCopies(dir + QStringLiteral("/home"));
 
     AppContext::Parts parts;
     parts.roots = roots;
@@ -128,6 +180,37 @@ int main(int argc, char *argv[])
     }
 
     bool ok = true;
+    {
+        // The list across formats, its products in more than one format unfolded, the details
+        // of one plug-in beside it, and Switch Off Unused Formats with LV2 unticked.
+        MainWindow window(context);
+        window.resize(1100, 560);
+        window.showAllPlugins(true);
+        AllPluginsView &all = *window.allPlugins();
+        QTreeView *tree = all.tree();
+        for (int row = 0; row < all.filter().rowCount(); ++row) {
+            const QModelIndex index = all.filter().index(row, 0);
+            if (all.model().productAt(all.filter().mapToSource(index))->inSeveralFormats())
+                tree->expand(index);
+        }
+        ok &= save(window, out + QStringLiteral("/all-plugins.png"));
+        all.severalFormats()->setChecked(true);
+        window.showDetails(true);
+        window.splitter()->setSizes({740, 360});
+        for (int row = 0; row < all.filter().rowCount(); ++row) {
+            const QModelIndex index = all.filter().index(row, 1);
+            if (index.data().toString() == QLatin1String("Aurora Synth")) {
+                tree->expand(index.siblingAtColumn(0));
+                tree->setCurrentIndex(all.filter().index(2, 1, index.siblingAtColumn(0)));
+            }
+        }
+        ok &= save(window, out + QStringLiteral("/details-pane.png"));
+        all.model().refresh();
+        UnusedFormatsDialog dialog(all.model().products(), &window);
+        if (QCheckBox *box = dialog.formatBox(QStringLiteral("LV2")))
+            box->setChecked(false);
+        ok &= save(dialog, out + QStringLiteral("/unused-formats.png"));
+    }
     {
         MainWindow window(context);
         window.resize(1100, 560);

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Pictures of Korvane's main window and secondary windows on a fresh demo library, as PNG files
+# Pictures of Korvane's main window, its list across formats, its details pane and the secondary
+# windows on a fresh demo library (with LV2 and VST 3 copies of some of its plug-ins), as PNG files
 # under docs/screenshots/. Rendered on Qt's offscreen platform: no display is needed. Builds nothing:
 # give it the build folder, e.g.
 #   cmake --preset default && cmake --build --preset default && tools/screenshots.sh build

@@ -1721,5 +1721,189 @@ Abgelegt: %2
         <source>Belongs to the distribution: Korvane does not switch it</source>
         <translation>Gehört zur Distribution: Korvane schaltet es nicht um</translation>
     </message>
+    <message>
+        <source>Switch Off Unused Formats</source>
+        <translation>Ungenutzte Formate ausschalten</translation>
+    </message>
+    <message>
+        <source>1 product is installed in more than one format.</source>
+        <translation>1 Produkt ist in mehr als einem Format installiert.</translation>
+    </message>
+    <message>
+        <source>%1 products are installed in more than one format.</source>
+        <translation>%1 Produkte sind in mehr als einem Format installiert.</translation>
+    </message>
+    <message>
+        <source>Untick the formats you do not use: their copies of those products are switched off. A product is never switched off in every format.</source>
+        <translation>Entfernen Sie das Häkchen bei den Formaten, die Sie nicht verwenden: Deren Kopien dieser Produkte werden ausgeschaltet. Ein Produkt wird nie in allen Formaten ausgeschaltet.</translation>
+    </message>
+    <message>
+        <source>Formats I use:</source>
+        <translation>Formate, die ich verwende:</translation>
+    </message>
+    <message>
+        <source>What would change</source>
+        <translation>Was sich ändern würde</translation>
+    </message>
+    <message>
+        <source>Plug-in</source>
+        <translation>Plug-In</translation>
+    </message>
+    <message>
+        <source>Format</source>
+        <translation>Format</translation>
+    </message>
+    <message>
+        <source>From</source>
+        <translation>Von</translation>
+    </message>
+    <message>
+        <source>To</source>
+        <translation>Nach</translation>
+    </message>
+    <message>
+        <source>&amp;Switch Off and Apply</source>
+        <translation>&amp;Ausschalten und anwenden</translation>
+    </message>
+    <message>
+        <source>stays where it is: only the mark to switch it on goes</source>
+        <translation>bleibt, wo es ist: nur die Markierung zum Einschalten entfällt</translation>
+    </message>
+    <message>
+        <source>stays: %1</source>
+        <translation>bleibt: %1</translation>
+    </message>
+    <message>
+        <source>it cannot be moved</source>
+        <translation>es kann nicht verschoben werden</translation>
+    </message>
+    <message>
+        <source>1 plug-in will be switched off.</source>
+        <translation>1 Plug-In wird ausgeschaltet.</translation>
+    </message>
+    <message>
+        <source>%1 plug-ins will be switched off.</source>
+        <translation>%1 Plug-Ins werden ausgeschaltet.</translation>
+    </message>
+    <message>
+        <source>%1 will stay as they are.</source>
+        <translation>%1 bleiben, wie sie sind.</translation>
+    </message>
+    <message>
+        <source>%1 changes already marked in these formats are applied too.</source>
+        <translation>%1 bereits markierte Änderungen in diesen Formaten werden ebenfalls angewendet.</translation>
+    </message>
+    <message>
+        <source>Every format is ticked: nothing changes.</source>
+        <translation>Alle Formate sind angehakt: Nichts ändert sich.</translation>
+    </message>
+    <message>
+        <source>System</source>
+        <translation>System</translation>
+    </message>
+    <message>
+        <source>User</source>
+        <translation>Benutzer</translation>
+    </message>
+    <message>
+        <source>Vendor</source>
+        <translation>Hersteller</translation>
+    </message>
+    <message>
+        <source>Architecture</source>
+        <translation>Architektur</translation>
+    </message>
+    <message>
+        <source>Package</source>
+        <translation>Paket</translation>
+    </message>
+    <message>
+        <source>%1 plug-ins in %2</source>
+        <translation>%1 Plug-Ins in %2</translation>
+    </message>
+    <message>
+        <source>All Plug-Ins</source>
+        <translation>Alle Plug-Ins</translation>
+    </message>
+    <message>
+        <source>Only products in more than one format</source>
+        <translation>Nur Produkte in mehr als einem Format</translation>
+    </message>
+    <message>
+        <source>Switch Off Unused Formats...</source>
+        <translation>Ungenutzte Formate ausschalten …</translation>
+    </message>
+    <message>
+        <source>All plug-ins</source>
+        <translation>Alle Plug-Ins</translation>
+    </message>
+    <message>
+        <source>1 product</source>
+        <translation>1 Produkt</translation>
+    </message>
+    <message>
+        <source>%1 products</source>
+        <translation>%1 Produkte</translation>
+    </message>
+    <message>
+        <source>%1 in more than one format</source>
+        <translation>%1 in mehr als einem Format</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>Formats</source>
+        <translation>Formate</translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation>Zustand</translation>
+    </message>
+    <message>
+        <source>Architectures</source>
+        <translation>Architekturen</translation>
+    </message>
+    <message>
+        <source>Identifiers</source>
+        <translation>Kennungen</translation>
+    </message>
+    <message>
+        <source>Plug-ins inside</source>
+        <translation>Enthaltene Plug-Ins</translation>
+    </message>
+    <message>
+        <source>Cannot be read</source>
+        <translation>Nicht lesbar</translation>
+    </message>
+    <message>
+        <source>No plug-in selected</source>
+        <translation>Kein Plug-In ausgewählt</translation>
+    </message>
+    <message>
+        <source>Companion content</source>
+        <translation>Begleitinhalte</translation>
+    </message>
+    <message>
+        <source>switched on at the next Apply</source>
+        <translation>wird beim nächsten Anwenden eingeschaltet</translation>
+    </message>
+    <message>
+        <source>switched off at the next Apply</source>
+        <translation>wird beim nächsten Anwenden ausgeschaltet</translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation>&amp;Ansicht</translation>
+    </message>
+    <message>
+        <source>Details Pane</source>
+        <translation>Detailbereich</translation>
+    </message>
+    <message>
+        <source>the folder %1 cannot be changed (no write access, locked or read-only)</source>
+        <translation>der Ordner %1 kann nicht geändert werden (kein Schreibzugriff, gesperrt oder schreibgeschützt)</translation>
+    </message>
 </context>
 </TS>

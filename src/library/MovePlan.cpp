@@ -171,6 +171,23 @@ QString MovePlanner::unwritableFolder(const QString &from, const QString &to) co
     return target.isEmpty() || m_files.isWritable(target) ? QString() : target;
 }
 
+void MovePlanner::judge(PlannedMove &move)
+{
+    if (!passesTheWay(move))
+        return;
+    judgeTarget(move);
+    // The trash takes an identical copy out of its own folder; every other move changes both
+    // folders.
+    if (move.verdict == MoveVerdict::TrashIdentical) {
+        if (!m_files.isWritable(folderOf(move.from)))
+            refuse(move, MoveVerdict::Unwritable, folderOf(move.from));
+    } else if (move.moves()) {
+        const QString unwritable = unwritableFolder(move.from, move.to);
+        if (!unwritable.isEmpty())
+            refuse(move, MoveVerdict::Unwritable, unwritable);
+    }
+}
+
 QList<PlannedMove> MovePlanner::forecast()
 {
     QList<PlannedMove> plan;
@@ -179,19 +196,7 @@ QList<PlannedMove> MovePlanner::forecast()
         if (records.at(i).isProcessed())
             continue;
         PlannedMove move = pending(int(i));
-        if (passesTheWay(move)) {
-            judgeTarget(move);
-            // The trash takes an identical copy out of its own folder; every other move changes
-            // both folders.
-            if (move.verdict == MoveVerdict::TrashIdentical) {
-                if (!m_files.isWritable(folderOf(move.from)))
-                    refuse(move, MoveVerdict::Unwritable, folderOf(move.from));
-            } else if (move.moves()) {
-                const QString unwritable = unwritableFolder(move.from, move.to);
-                if (!unwritable.isEmpty())
-                    refuse(move, MoveVerdict::Unwritable, unwritable);
-            }
-        }
+        judge(move);
         if (move.moves())
             moved(move);
         plan << move;

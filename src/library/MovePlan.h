@@ -70,6 +70,10 @@ public:
     void moved(const PlannedMove &move);
     bool isInstalledAt(const QString &path) const { return m_installed.contains(path); }
 
+    // One change judged whole, as the forecast judges each: the way, the target, and the folders
+    // it has to change. A preview of marks not made yet hands in its own PlannedMove.
+    void judge(PlannedMove &move);
+
     // Every pending change in the apply's order, each judged as if the ones before it were made.
     // A forecast also names a folder that cannot be changed (access(2) sees an immutable folder
     // and a read-only file system, for root too), which an apply learns by trying; only what a

@@ -4,9 +4,14 @@
 #include "app/AppContext.h"
 #include "app/AppController.h"
 #include "app/LaunchScript.h"
+#include "app/PreferenceStore.h"
 #include "app/Preferences.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "gui/dialogs/UnusedFormatsDialog.h"
+#include "gui/main/AllPluginsModel.h"
+#include "gui/main/AllPluginsView.h"
+#include "gui/main/DetailsPane.h"
 #include "gui/main/FormatTab.h"
 #include "gui/main/WindowState.h"
 #include "gui/table/PluginTableView.h"
@@ -24,10 +29,15 @@
 #include "library/UnsavedWork.h"
 
 #include <QCloseEvent>
+#include <QHeaderView>
 #include <QMenuBar>
 #include <QSignalBlocker>
+#include <QSplitter>
+#include <QStackedWidget>
 #include <QTabWidget>
 #include <QTimer>
+#include <QToolButton>
+#include <QTreeView>
 
 namespace korvane {
 
@@ -39,6 +49,12 @@ QString menuText(const QString &title)
     QString text = title;
     return text.replace(QLatin1Char('&'), QLatin1String("&&"));
 }
+
+// What the window keeps of its panes between runs.
+const QString kDetailsShown = QStringLiteral("DetailsPaneShown");
+const QString kDetailsSplit = QStringLiteral("DetailsPaneSplit");
+const QString kAllInFront = QStringLiteral("AllPluginsInFront");
+const QString kAllColumns = QStringLiteral("AllPluginsColumns");
 
 } // namespace
 
@@ -53,14 +69,47 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     m_tabs->setObjectName(QStringLiteral("tvTabView"));
     m_tabs->setAccessibleName(korvane::tr("Plug-in formats"));
     m_tabs->setDocumentMode(true);
-    setCentralWidget(m_tabs);
+    // The format tabs, or in their place the list across formats; the details beside either.
+    m_all = new AllPluginsView(context.managers(), this);
+    m_stack = new QStackedWidget(this);
+    m_stack->addWidget(m_tabs);
+    m_stack->addWidget(m_all);
+    m_details = new DetailsPane(this);
+    m_splitter = new QSplitter(Qt::Horizontal, this);
+    m_splitter->setObjectName(QStringLiteral("spDetails"));
+    m_splitter->addWidget(m_stack);
+    m_splitter->addWidget(m_details);
+    m_splitter->setStretchFactor(0, 1);
+    m_splitter->setStretchFactor(1, 0);
+    m_splitter->setCollapsible(0, false);
+    m_splitter->setSizes({800, 300});
+    m_details->hide();
+    setCentralWidget(m_splitter);
     menuBar()->setAccessibleName(korvane::tr("Menu bar"));
     // Every format gets its page once; a format switched off keeps it for when it comes back.
     for (FormatManager *manager : context.managers()) {
         auto *page = new FormatTab(*manager, this);
         page->hide();
         m_pages << page;
+        // The details follow the selection of the tab in front.
+        connect(manager, &FormatManager::selectionChanged, this,
+                [this, manager] { followSelection(manager); });
+        connect(manager, &FormatManager::itemsReset, this,
+                [this, manager] { followSelection(manager); });
+        connect(manager, &FormatManager::itemsChanged, this, [this] {
+            if (m_details->isVisible())
+                m_details->refresh();
+        });
     }
+    connect(m_all, &AllPluginsView::currentChanged, this, [this](const ProductSource &source) {
+        const Product *product =
+            m_all->model().productAt(m_all->model().indexOf(source.item.get()));
+        m_details->showPlugin(source.manager, source.item,
+                              product ? product->formats() : QStringList());
+    });
+    connect(m_all, &AllPluginsView::detailsRequested, this, [this] { showDetails(true); });
+    connect(m_all, &AllPluginsView::unusedFormatsRequested, this,
+            &MainWindow::switchOffUnusedFormats);
 
     // The secondary windows show themselves when their controllers say so.
     m_preferences = new PreferencesWindow(*context.pref(), m_main, this);
@@ -76,8 +125,21 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     makeFileMenu();
     makeEditMenu();
     makePlugInsMenu();
+    makeViewMenu();
     makeWindowMenu();
     makeHelpMenu();
+    // The switch between the tabs and the list across formats, where each of them shows it.
+    for (const bool inList : {false, true}) {
+        auto *button = new QToolButton(this);
+        button->setObjectName(inList ? QStringLiteral("tbAllPluginsBack")
+                                     : QStringLiteral("tbAllPlugins"));
+        button->setDefaultAction(action("miAllPlugins"));
+        button->setToolButtonStyle(Qt::ToolButtonTextOnly);
+        if (inList)
+            m_all->setSwitch(button);
+        else
+            m_tabs->setCornerWidget(button, Qt::TopRightCorner);
+    }
 
     connect(&m_main, &AppController::tabsChanged, this, &MainWindow::showTabs);
     connect(&m_main, &AppController::selectedTabChanged, this, [this](int index) {
@@ -90,6 +152,8 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
             return;
         m_main.selectTabAtIndex(index);
         updateMenus();
+        if (FormatManager *manager = frontManager())
+            followSelection(manager);
     });
     connect(&m_main, &AppServices::groupMenuChanged, this, &MainWindow::showGroupMenu);
     connect(&m_main, &AppServices::undoTitlesChanged, this, &MainWindow::showUndoTitles);
@@ -100,12 +164,87 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     showUndoTitles();
     WindowState::setMinimum(*this);
     WindowState::restore(*this, context.pref()->store());
+    restoreViewState();
+}
+
+bool MainWindow::isAllPluginsInFront() const
+{
+    return m_stack->currentWidget() == m_all;
+}
+
+void MainWindow::showAllPlugins(bool inFront)
+{
+    const QSignalBlocker blocker(action("miAllPlugins"));
+    action("miAllPlugins")->setChecked(inFront);
+    if (inFront == isAllPluginsInFront())
+        return;
+    m_all->setInUse(inFront);
+    m_stack->setCurrentWidget(inFront ? static_cast<QWidget *>(m_all) : m_tabs);
+    updateMenus();
+    if (inFront) {
+        m_all->tree()->setFocus(Qt::OtherFocusReason);
+        const ProductSource current = m_all->currentSource();
+        m_details->showPlugin(current.manager, current.item);
+    } else if (FormatManager *manager = frontManager()) {
+        followSelection(manager);
+    }
+}
+
+void MainWindow::showDetails(bool shown)
+{
+    const QSignalBlocker blocker(action("miDetails"));
+    action("miDetails")->setChecked(shown);
+    m_details->setVisible(shown);
+    if (shown)
+        m_details->refresh();
+}
+
+void MainWindow::followSelection(FormatManager *manager)
+{
+    if (isAllPluginsInFront() || manager != frontManager())
+        return;
+    m_details->showPlugin(manager, manager->itemAt(manager->selectedRow()));
+}
+
+QList<FormatManager *> MainWindow::shownManagers() const
+{
+    QList<FormatManager *> managers;
+    for (const QString &identifier : m_main.tabIdentifiers())
+        if (FormatManager *manager = m_context.manager(m_main.typeOfIdentifier(identifier)))
+            managers << manager;
+    return managers;
+}
+
+void MainWindow::switchOffUnusedFormats()
+{
+    m_all->model().refresh();
+    UnusedFormatsDialog dialog(m_all->model().products(), this);
+    dialog.exec();
+}
+
+void MainWindow::restoreViewState()
+{
+    PreferenceStore *store = m_context.pref()->store();
+    if (!store)
+        return;
+    const QByteArray split = store->value(kDetailsSplit).toByteArray();
+    if (!split.isEmpty())
+        m_splitter->restoreState(split);
+    // The list's columns: order, widths and the sort, which the model makes itself.
+    QHeaderView *header = m_all->tree()->header();
+    if (const QByteArray columns = store->value(kAllColumns).toByteArray();
+        !columns.isEmpty() && header->restoreState(columns))
+        m_all->tree()->sortByColumn(header->sortIndicatorSection(), header->sortIndicatorOrder());
+    showDetails(store->boolValue(kDetailsShown));
+    showAllPlugins(store->boolValue(kAllInFront));
 }
 
 MainWindow::~MainWindow() = default;
 
 FormatTab *MainWindow::frontPage() const
 {
+    if (isAllPluginsInFront())
+        return nullptr;
     return qobject_cast<FormatTab *>(m_tabs->currentWidget());
 }
 
@@ -126,6 +265,19 @@ void MainWindow::startWhenRunning()
 void MainWindow::saveState()
 {
     WindowState::save(*this, m_context.pref()->store());
+    if (PreferenceStore *store = m_context.pref()->store()) {
+        QList<QPair<QString, QVariant>> values;
+        const auto keep = [&](const QString &key, const QVariant &value) {
+            if (store->value(key) != value)
+                values.append({key, value});
+        };
+        keep(kDetailsShown, !m_details->isHidden());
+        keep(kDetailsSplit, m_splitter->saveState());
+        keep(kAllInFront, isAllPluginsInFront());
+        keep(kAllColumns, m_all->tree()->header()->saveState());
+        if (!values.isEmpty())
+            store->setValues(values);
+    }
     m_main.saveState();
 }
 
@@ -190,7 +342,9 @@ void MainWindow::makeEditMenu()
             [this] { m_main.moveSelectedToTrash(); });
     menu->addSeparator();
     addItem(menu, "miFind", korvane::tr("Find"), QKeySequence::Find, [this] {
-        if (FormatTab *page = frontPage())
+        if (isAllPluginsInFront())
+            m_all->focusSearch();
+        else if (FormatTab *page = frontPage())
             page->focusSearch();
     });
 }
@@ -202,6 +356,12 @@ void MainWindow::makePlugInsMenu()
     // Each acts on the tab in front and on the rows it shows (BulkMarks).
     const auto bulk = [this](bool active, bool selectedOnly) {
         return [this, active, selectedOnly] {
+            // In the list across formats a product's row stands for all of its plug-ins.
+            if (isAllPluginsInFront()) {
+                AllPluginsModel::mark(
+                    selectedOnly ? m_all->selectedSources() : m_all->shownSources(), active);
+                return;
+            }
             FormatTab *page = frontPage();
             if (!page)
                 return;
@@ -258,19 +418,43 @@ void MainWindow::makePlugInsMenu()
         };
     };
     addItem(menu, "miRescan", korvane::tr("Rescan"), QKeySequence::Refresh, [this] {
-        // A rescan reads the disk again: marks and set edits would go without a word.
-        if (FormatManager *manager = frontManager(); manager && UnsavedWork::settle(*manager))
-            manager->rescan();
+        // A rescan reads the disk again: marks and set edits would go without a word. The list
+        // across formats reads every format it shows.
+        const QList<FormatManager *> managers =
+            isAllPluginsInFront() ? shownManagers() : QList<FormatManager *>{frontManager()};
+        for (FormatManager *manager : managers)
+            if (manager && UnsavedWork::settle(*manager))
+                manager->rescan();
     });
-    addItem(menu, "miInfo", korvane::tr("Info"), front(&FormatManager::requestInfo));
+    addItem(menu, "miInfo", korvane::tr("Info"), [this] {
+        if (isAllPluginsInFront())
+            showDetails(true);
+        else if (FormatManager *manager = frontManager())
+            manager->requestInfo();
+    });
     addItem(menu, "miDuplicates", korvane::tr("Duplicates"),
             front(&FormatManager::reportDuplicates));
+    addItem(menu, "miUnusedFormats", korvane::tr("Switch Off Unused Formats..."),
+            [this] { switchOffUnusedFormats(); });
     addItem(menu, "miBackup", korvane::tr("Backup"), front(&FormatManager::backup));
     addItem(menu, "miBackupRestore", korvane::tr("Restore Backup"),
             front(&FormatManager::restoreBackup));
     menu->addSeparator();
     addItem(menu, "miSpecialEnv", korvane::tr("Examine Audio Unit Alone"),
             [this] { examineAudioUnitAlone(); });
+}
+
+void MainWindow::makeViewMenu()
+{
+    QMenu *menu = menuBar()->addMenu(korvane::tr("&View"));
+    QAction *all = addItem(menu, "miAllPlugins", korvane::tr("All Plug-Ins"),
+                           QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A), [] {});
+    all->setCheckable(true);
+    connect(all, &QAction::toggled, this, &MainWindow::showAllPlugins);
+    QAction *details = addItem(menu, "miDetails", korvane::tr("Details Pane"),
+                               QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D), [] {});
+    details->setCheckable(true);
+    connect(details, &QAction::toggled, this, &MainWindow::showDetails);
 }
 
 void MainWindow::makeWindowMenu()
@@ -306,6 +490,7 @@ void MainWindow::showTabs()
     }
     m_tabs->setCurrentIndex(m_main.selectedTabIndex());
     m_showingTabs = false;
+    m_all->setManagers(shownManagers());
     updateMenus();
 }
 
@@ -333,9 +518,19 @@ void MainWindow::showUndoTitles()
 void MainWindow::updateMenus()
 {
     action("miShowLog")->setEnabled(m_main.isMenuItemEnabled(AppController::MenuItem::ShowLog));
+    // The commands of one format's set, groups or files would act on a tab nobody sees while the
+    // list across formats is in front.
+    const bool oneFormat = !isAllPluginsInFront();
+    for (const char *name :
+         {"miNew", "miOpen", "miSave", "miSaveAs", "miDelete", "miDuplicates", "miBackup",
+          "miBackupRestore", "miPPCOn", "miPPCOff", "miIntelOn", "miIntelOff", "miUBOn", "miUBOff"})
+        action(name)->setEnabled(oneFormat);
+    for (const char *name : {"menuGroupOn", "menuGroupOff", "menuGroups"})
+        if (auto *menu = findChild<QMenu *>(QLatin1String(name)))
+            menu->setEnabled(oneFormat);
     // Only an Audio Unit can be examined alone.
     action("miSpecialEnv")
-        ->setEnabled(m_main.tabCount() > 0 && m_main.activeType() == TypeAU
+        ->setEnabled(oneFormat && m_main.tabCount() > 0 && m_main.activeType() == TypeAU
                      && m_context.manager(TypeAU) != nullptr);
 }
 

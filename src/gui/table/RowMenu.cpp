@@ -55,14 +55,8 @@ QMenu *RowMenu::make(FormatManager &manager, QWidget *parent)
     menu->addSeparator();
     add("miRowInfo", korvane::tr("Info"), [&manager] { manager.requestInfo(); });
     add("miRowShow", korvane::tr("Show in File Manager"), [&manager] {
-        const PluginPtr item = manager.itemAt(manager.selectedRow());
-        if (!item || showInFileManager(manager))
-            return;
-        Alert alert;
-        alert.messageText = korvane::tr("The folder could not be shown");
-        alert.informativeText = korvane::tr("No file manager answered. The plug-in lies in:\n%1")
-                                    .arg(displayName(manager.plugins().pathOnDisk(*item)));
-        manager.ui().runAlert(alert);
+        if (const PluginPtr item = manager.itemAt(manager.selectedRow()))
+            showFolderOf(manager, item);
     });
     menu->addSeparator();
     // The Delete command itself, with its question: nothing goes without it. The controller
@@ -75,9 +69,27 @@ QMenu *RowMenu::make(FormatManager &manager, QWidget *parent)
     return menu;
 }
 
+bool RowMenu::showFolderOf(const FormatManager &manager, const PluginPtr &item)
+{
+    if (!item)
+        return false;
+    if (showInFileManager(manager, item))
+        return true;
+    Alert alert;
+    alert.messageText = korvane::tr("The folder could not be shown");
+    alert.informativeText = korvane::tr("No file manager answered. The plug-in lies in:\n%1")
+                                .arg(displayName(manager.plugins().pathOnDisk(*item)));
+    manager.ui().runAlert(alert);
+    return false;
+}
+
 bool RowMenu::showInFileManager(const FormatManager &manager)
 {
-    const PluginPtr item = manager.itemAt(manager.selectedRow());
+    return showInFileManager(manager, manager.itemAt(manager.selectedRow()));
+}
+
+bool RowMenu::showInFileManager(const FormatManager &manager, const PluginPtr &item)
+{
     if (!item)
         return false;
     // The folder, not the plug-in: a bundle opened as a URL would be run or entered.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/Plugin.h"
+
 class QMenu;
 class QWidget;
 
@@ -16,6 +18,10 @@ QMenu *make(FormatManager &manager, QWidget *parent);
 // Opens the folder that holds the selected plug-in in the desktop's file manager; false when
 // nothing is selected or the desktop could not open it.
 bool showInFileManager(const FormatManager &manager);
+bool showInFileManager(const FormatManager &manager, const PluginPtr &item);
+// The same for one plug-in of the manager, selected or not; where no file manager answers, an
+// alert names the folder instead.
+bool showFolderOf(const FormatManager &manager, const PluginPtr &item);
 
 } // namespace RowMenu
 
