@@ -13,6 +13,9 @@
 #include <QFile>
 #include <QStandardPaths>
 
+#include <cerrno>
+#include <cstring>
+#include <dirent.h>
 #include <sys/stat.h>
 
 namespace korvane {
@@ -27,9 +30,13 @@ QString cannotBeRead(const QString &what)
 }
 
 // The ELF header of one shared object: its architecture, or why it is not one.
-void readElf(const QString &path, PluginMetadata *metadata)
+void readElf(const FileBytes &file, PluginMetadata *metadata)
 {
-    const ElfHeader header = ElfHeader::read(path);
+    const ElfHeader header = file.error.isEmpty() ? ElfHeader::parse(file.bytes) : ElfHeader();
+    if (!file.error.isEmpty()) {
+        metadata->unreadable = cannotBeRead(file.error);
+        return;
+    }
     if (!header.valid) {
         metadata->unreadable = cannotBeRead(header.reason);
         return;
@@ -39,6 +46,34 @@ void readElf(const QString &path, PluginMetadata *metadata)
         return;
     }
     metadata->architectures << header.describe();
+}
+
+// The names of the folders in folder (links to folders too), sorted, and folder's own stat; a
+// listing of its own rather than QDir's, which asks for every entry's details.
+QStringList folderNames(const QString &folder, struct stat *info, bool *opened)
+{
+    QStringList names;
+    DIR *dir = ::opendir(QFile::encodeName(folder).constData());
+    *opened = dir != nullptr;
+    if (!dir)
+        return names;
+    const int fd = ::dirfd(dir);
+    if (::fstat(fd, info) != 0)
+        *opened = false;
+    while (const dirent *entry = ::readdir(dir)) {
+        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
+            continue;
+        bool isFolder = entry->d_type == DT_DIR;
+        if (entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK) {
+            struct stat target {};
+            isFolder = ::fstatat(fd, entry->d_name, &target, 0) == 0 && S_ISDIR(target.st_mode);
+        }
+        if (isFolder)
+            names << QFile::decodeName(entry->d_name);
+    }
+    ::closedir(dir);
+    names.sort();
+    return names;
 }
 
 void readLv2(const QString &path, PluginMetadata *metadata, const Lv2Bundle::FileReader &reader)
@@ -109,54 +144,86 @@ PluginMetadataReader::PluginMetadataReader(const Format &format, const Locations
 {
 }
 
-PluginMetadataReader::Stamp PluginMetadataReader::stampOf(const QString &path)
+PluginMetadataReader::Stamp PluginMetadataReader::stampOf(const QString &path, bool *isFolder)
 {
-    Stamp stamp;
-    stamp.path = path;
     struct stat info {};
-    if (::stat(QFile::encodeName(path).constData(), &info) == 0) {
-        stamp.size = qint64(info.st_size);
-        stamp.modified = qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
-        stamp.changed = qint64(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec;
-    }
-    return stamp;
+    const bool found = ::stat(QFile::encodeName(path).constData(), &info) == 0;
+    if (isFolder)
+        *isFolder = found && S_ISDIR(info.st_mode);
+    return found ? stampOf(path, info) : Stamp{path};
+}
+
+PluginMetadataReader::Stamp PluginMetadataReader::stampOf(const QString &path,
+                                                          const struct stat &info)
+{
+    return {path, qint64(info.st_size),
+            qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec,
+            qint64(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec};
+}
+
+PluginMetadataReader::Stamp PluginMetadataReader::stampOf(const QString &path,
+                                                          const FileBytes &file)
+{
+    if (file.size >= 0)
+        return {path, file.size, file.modified, file.changed};
+    // Missing, or a step that is a file: stat says the same. Anything else (no permission) is
+    // asked again, so the stamp is what a rescan will compare.
+    if (file.errorNumber == ENOENT || file.errorNumber == ENOTDIR)
+        return Stamp{path};
+    return stampOf(path);
 }
 
 PluginMetadata PluginMetadataReader::readFiles(const Format &format, const QString &fullPath,
                                                QList<Stamp> *stamps)
 {
+    // Each file is stamped by the fstat of its own read: a stat beside every read cost a third of
+    // a scan of thousands of plug-ins.
     PluginMetadata metadata;
-    const auto stamp = [stamps](const QString &path) {
+    const auto stamp = [stamps](const Stamp &stamp) {
         if (stamps)
-            stamps->append(stampOf(path));
+            stamps->append(stamp);
     };
-    stamp(fullPath);
+    const auto readStamped = [&](const QString &path, qsizetype maxBytes, FileBytes::Mode mode) {
+        FileBytes file = FileBytes::read(path, maxBytes, mode);
+        stamp(stampOf(path, file));
+        return file;
+    };
     switch (format.reading) {
     case FormatReading::BundleArchitecture:
         break;
     case FormatReading::Lv2:
+        // The manifest and the files it names are stamped; the bundle's folder need not be, as a
+        // file that joins the bundle is read only once the manifest (which changes) names it.
         readLv2(fullPath, &metadata, [&](const QString &path, qsizetype maxBytes) {
-            stamp(path);
-            return Lv2Bundle::readFile(path, maxBytes);
+            FileBytes file = readStamped(path, maxBytes, FileBytes::Whole);
+            return Lv2Bundle::fileRead(std::move(file));
         });
         break;
     case FormatReading::SharedObject:
-        readElf(fullPath, &metadata);
+        readElf(readStamped(fullPath, ElfHeader::BytesNeeded, FileBytes::Prefix), &metadata);
         break;
     case FormatReading::Vst3: {
-        const QDir bundle(fullPath);
-        if (!QFileInfo(fullPath).isDir()) {
-            // An older module is the shared object itself.
-            readElf(fullPath, &metadata);
-            break;
-        }
+        // The Contents folder is listed first: a bundle's own folder needs no stamp of its own
+        // (a file or folder put in its place changes what Contents says), and only where there
+        // is no Contents does the stat tell an older single-file module.
         const QString contents = fullPath + QStringLiteral("/Contents");
-        stamp(contents);
-        const QStringList names =
-            QDir(contents).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
-        const QString infoPath = contents + QStringLiteral("/Resources/moduleinfo.json");
-        stamp(infoPath);
-        const FileBytes info = FileBytes::read(infoPath, kModuleInfoBytes);
+        struct stat contentsInfo {};
+        bool listed = false;
+        const QStringList names = folderNames(contents, &contentsInfo, &listed);
+        if (!listed) {
+            bool isFolder = false;
+            const Stamp bundle = stampOf(fullPath, &isFolder);
+            if (!isFolder) {
+                // An older module is the shared object itself.
+                readElf(readStamped(fullPath, ElfHeader::BytesNeeded, FileBytes::Prefix),
+                        &metadata);
+                break;
+            }
+            stamp(bundle);
+        }
+        stamp(listed ? stampOf(contents, contentsInfo) : stampOf(contents));
+        const FileBytes info = readStamped(contents + QStringLiteral("/Resources/moduleinfo.json"),
+                                           kModuleInfoBytes, FileBytes::Whole);
         readVst3(fullPath, &metadata, names, info.bytes, info.error);
         if (metadata.architectures.isEmpty() && metadata.unreadable.isEmpty())
             metadata.unreadable = cannotBeRead(QStringLiteral("no Contents/<architecture> folder"));
@@ -164,14 +231,14 @@ PluginMetadata PluginMetadataReader::readFiles(const Format &format, const QStri
     }
     case FormatReading::MachOBundle: {
         const QString executable = Bundle::executablePath(fullPath);
-        stamp(fullPath + QStringLiteral("/Contents/Info.plist"));
+        stamp(stampOf(fullPath));
+        stamp(stampOf(fullPath + QStringLiteral("/Contents/Info.plist")));
         if (executable.isEmpty()) {
             metadata.unreadable = cannotBeRead(QStringLiteral("no executable in the bundle"));
             break;
         }
-        stamp(executable);
         const FileBytes bytes =
-            FileBytes::read(executable, MachOArchitectures::BytesNeeded, FileBytes::Prefix);
+            readStamped(executable, MachOArchitectures::BytesNeeded, FileBytes::Prefix);
         if (!bytes.error.isEmpty()) {
             metadata.unreadable = bytes.error;
             break;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "codec/FileBytes.h"
 #include "codec/PackageDatabase.h"
 #include "core/PluginMetadata.h"
 
@@ -8,6 +9,8 @@
 #include <QString>
 #include <memory>
 #include <optional>
+
+struct stat;
 
 namespace korvane {
 
@@ -46,7 +49,9 @@ private:
         QList<Stamp> stamps;
         std::shared_ptr<const PluginMetadata> metadata;
     };
-    static Stamp stampOf(const QString &path);
+    static Stamp stampOf(const QString &path, bool *isFolder = nullptr);
+    static Stamp stampOf(const QString &path, const struct stat &info);
+    static Stamp stampOf(const QString &path, const FileBytes &file);
     static PluginMetadata readFiles(const Format &format, const QString &fullPath,
                                     QList<Stamp> *stamps);
     QString packageOf(const QString &systemPath);

@@ -273,8 +273,11 @@ void Scanner::scan(PluginList &list)
             record.setProcessed(true);
 
             list.append(item, record);
-            item->detectArchitecture(fullPath);
-            item->setMetadata(m_metadata->read(loc, entry, fullPath));
+            // A row that reads its plug-ins' files reads the executable's header there, once.
+            if (m_traits.reading == FormatReading::BundleArchitecture)
+                item->detectArchitecture(fullPath);
+            else
+                item->setMetadata(m_metadata->read(loc, entry, fullPath));
         }
     }
 

@@ -45,6 +45,38 @@ TEST_F(PluginMetadataReaderTest, AnUnchangedPlugInIsReadOnceAndAChangedFileIsRea
     EXPECT_EQ(audioUnits.read(LocUserActive, "Tone.lv2", bundle), nullptr);
 }
 
+// A rescan stats only what the first read stamped: each change that alters what the bundle says
+// must touch one of those.
+TEST_F(PluginMetadataReaderTest, AVst3RescanSeesANewArchitectureANewModuleInfoAndAFileInItsPlace)
+{
+    const QString bundle = homePath(".vst3/Echo.vst3");
+    QDir().mkpath(bundle + "/Contents/x86_64-linux");
+    PluginMetadataReader reader(row("vst3"), locations());
+    const auto read = [&] { return reader.read(LocUserActive, "Echo.vst3", bundle); };
+    EXPECT_EQ(read()->architectures, QStringList{"x86_64"});
+    EXPECT_EQ(read()->vendor, "");
+    EXPECT_EQ(reader.reads(), 1);
+
+    QDir().mkpath(bundle + "/Contents/aarch64-linux");
+    EXPECT_EQ(read()->architectures, (QStringList{"aarch64", "x86_64"}));
+
+    QDir().mkpath(bundle + "/Contents/Resources");
+    writeText(bundle + "/Contents/Resources/moduleinfo.json",
+              "{ \"Name\": \"Echo\", \"Version\": \"2.0\",\n"
+              "  \"Factory Info\": { \"Vendor\": \"Velmora\", }, }");
+    EXPECT_EQ(read()->vendor, "Velmora");
+    EXPECT_EQ(reader.reads(), 3);
+    EXPECT_EQ(read()->vendor, "Velmora");
+    EXPECT_EQ(reader.reads(), 3);
+
+    // An older module, a single file, put where the bundle was.
+    ASSERT_TRUE(QDir(bundle).removeRecursively());
+    writeText(bundle, "#!/bin/sh\n");
+    EXPECT_TRUE(read()->unreadable.contains("not an ELF file"));
+    EXPECT_TRUE(read()->architectures.isEmpty());
+    EXPECT_EQ(reader.reads(), 4);
+}
+
 TEST_F(PluginMetadataReaderTest, SharedObjectsSayTheirArchitectureOrPlainlyWhatTheyAreNot)
 {
     const Format &ladspa = row("ladspa");
