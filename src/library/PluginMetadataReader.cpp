@@ -13,6 +13,8 @@
 #include <QFile>
 #include <QStandardPaths>
 
+#include <mutex>
+
 #include <cerrno>
 #include <cstring>
 #include <dirent.h>
@@ -139,9 +141,17 @@ void readVst3(const QString &path, PluginMetadata *metadata, const QStringList &
 
 } // namespace
 
-PluginMetadataReader::PluginMetadataReader(const Format &format, const Locations &locations)
-    : m_format(format), m_locations(locations)
+PluginMetadataReader::PluginMetadataReader(const Format &format, const Locations &locations,
+                                           QStringList distributionFolders)
+    : m_format(format), m_locations(locations),
+      m_distributionFolders(std::move(distributionFolders))
 {
+    if (m_distributionFolders.isEmpty())
+        for (int loc = 0; loc < m_format.locationCount(); ++loc)
+            if (m_format.isDistributionOwned(loc))
+                m_distributionFolders << m_format.folder(loc);
+    m_distributionFolders.removeDuplicates();
+    m_distributionFolders.sort();
 }
 
 PluginMetadataReader::Stamp PluginMetadataReader::stampOf(const QString &path, bool *isFolder)
@@ -272,6 +282,14 @@ std::shared_ptr<const PluginMetadata> PluginMetadataReader::read(int loc, const 
                 break;
             }
         }
+        if (same && m_format.isDistributionOwned(loc) && found->packages != &packages()) {
+            // The files are as they were, but dpkg or rpm changed: only the package is asked.
+            auto metadata = std::make_shared<PluginMetadata>(*found->metadata);
+            metadata->package = packageOf(m_format.folder(loc) + QLatin1Char('/') + entry);
+            m_cache[fullPath] = Cached{found->stamps, metadata, m_packages.get()};
+            ++m_hits;
+            return metadata;
+        }
         if (same) {
             ++m_hits;
             return found->metadata;
@@ -280,24 +298,74 @@ std::shared_ptr<const PluginMetadata> PluginMetadataReader::read(int loc, const 
     ++m_reads;
     Cached cached;
     auto metadata = std::make_shared<PluginMetadata>(readFiles(m_format, fullPath, &cached.stamps));
-    if (m_format.isDistributionOwned(loc))
+    if (m_format.isDistributionOwned(loc)) {
         metadata->package = packageOf(m_format.folder(loc) + QLatin1Char('/') + entry);
+        cached.packages = m_packages.get();
+    }
     cached.metadata = metadata;
     m_cache.insert(fullPath, cached);
     return metadata;
 }
 
+namespace {
+
+// What changes when dpkg or rpm installs or removes a package: dpkg's info folder (a package's
+// list comes and goes) and its status file, rpm's database folder.
+QString packageDatabaseStamp(const QString &root)
+{
+    QString stamp;
+    for (const char *path : {"/var/lib/dpkg/info", "/var/lib/dpkg/status", "/var/lib/rpm"}) {
+        struct stat info {};
+        if (::stat(QFile::encodeName(root + QLatin1String(path)).constData(), &info) == 0)
+            stamp += QStringLiteral("%1.%2.%3.%4;")
+                         .arg(info.st_mtim.tv_sec)
+                         .arg(info.st_mtim.tv_nsec)
+                         .arg(info.st_ctim.tv_sec)
+                         .arg(info.st_ctim.tv_nsec);
+        else
+            stamp += QLatin1Char('-');
+    }
+    return stamp;
+}
+
+// The package databases in use, one per root and set of folders: every format of a run asks the
+// same one, and reading dpkg's lists once per format read them six times on a Linux system.
+struct OpenDatabase {
+    QString root;
+    QStringList folders;
+    QString stamp;
+    std::weak_ptr<PackageDatabase> database;
+};
+
+std::mutex g_openDatabasesMutex;
+QList<OpenDatabase> g_openDatabases;
+
+} // namespace
+
+PackageDatabase &PluginMetadataReader::packages()
+{
+    if (m_packages && m_packagesChecked)
+        return *m_packages;
+    m_packagesChecked = true;
+    const QString root = m_locations.roots().systemRoot;
+    const QString stamp = packageDatabaseStamp(root);
+    const std::lock_guard<std::mutex> lock(g_openDatabasesMutex);
+    g_openDatabases.removeIf([](const OpenDatabase &open) { return open.database.expired(); });
+    for (const OpenDatabase &open : std::as_const(g_openDatabases)) {
+        if (open.root == root && open.folders == m_distributionFolders && open.stamp == stamp) {
+            m_packages = open.database.lock();
+            return *m_packages;
+        }
+    }
+    m_packages = std::make_shared<PackageDatabase>(PackageDatabase::open(
+        root, m_distributionFolders, QStandardPaths::findExecutable(QStringLiteral("rpm"))));
+    g_openDatabases.append({root, m_distributionFolders, stamp, m_packages});
+    return *m_packages;
+}
+
 QString PluginMetadataReader::packageOf(const QString &systemPath)
 {
-    if (!m_packages) {
-        QStringList prefixes;
-        for (int loc = 0; loc < m_format.locationCount(); ++loc)
-            if (m_format.isDistributionOwned(loc))
-                prefixes << m_format.folder(loc);
-        m_packages = PackageDatabase::open(m_locations.roots().systemRoot, prefixes,
-                                           QStandardPaths::findExecutable(QStringLiteral("rpm")));
-    }
-    return m_packages->owners(systemPath).join(QStringLiteral(", "));
+    return packages().owners(systemPath).join(QStringLiteral(", "));
 }
 
 } // namespace korvane

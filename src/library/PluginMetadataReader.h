@@ -23,12 +23,23 @@ class Locations;
 // whoever scans.
 class PluginMetadataReader {
 public:
-    PluginMetadataReader(const Format &format, const Locations &locations);
+    // distributionFolders: every distribution folder of the run's formats (as written), so that
+    // one package database serves them all; empty: this format's own.
+    PluginMetadataReader(const Format &format, const Locations &locations,
+                         QStringList distributionFolders = {});
+
+    // Called as each scan starts: the package database is asked once per scan whether dpkg or
+    // rpm changed it since it was read.
+    void beginScan() { m_packagesChecked = false; }
 
     // What the plug-in entry at fullPath in the format's folder loc says; null for a format whose
     // rows show no metadata.
     std::shared_ptr<const PluginMetadata> read(int loc, const QString &entry,
                                                const QString &fullPath);
+
+    // The package database the reader asks (null before a distribution plug-in was read): one per
+    // system root and set of folders, shared by every reader of the process while it is current.
+    std::shared_ptr<const PackageDatabase> packageDatabase() const { return m_packages; }
 
     // How many results came from the cache, and how many were read, since the reader was made.
     int cacheHits() const { return m_hits; }
@@ -48,6 +59,7 @@ private:
     struct Cached {
         QList<Stamp> stamps;
         std::shared_ptr<const PluginMetadata> metadata;
+        const PackageDatabase *packages = nullptr; // the database that named its package
     };
     static Stamp stampOf(const QString &path, bool *isFolder = nullptr);
     static Stamp stampOf(const QString &path, const struct stat &info);
@@ -55,11 +67,14 @@ private:
     static PluginMetadata readFiles(const Format &format, const QString &fullPath,
                                     QList<Stamp> *stamps);
     QString packageOf(const QString &systemPath);
+    PackageDatabase &packages();
 
     const Format &m_format;
     const Locations &m_locations;
     QHash<QString, Cached> m_cache;
-    std::optional<PackageDatabase> m_packages;
+    QStringList m_distributionFolders;
+    std::shared_ptr<PackageDatabase> m_packages;
+    bool m_packagesChecked = false;
     int m_hits = 0;
     int m_reads = 0;
 };

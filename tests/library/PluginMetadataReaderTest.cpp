@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QThread>
 
 namespace korvane {
 namespace {
@@ -75,6 +76,38 @@ TEST_F(PluginMetadataReaderTest, AVst3RescanSeesANewArchitectureANewModuleInfoAn
     EXPECT_TRUE(read()->unreadable.contains("not an ELF file"));
     EXPECT_TRUE(read()->architectures.isEmpty());
     EXPECT_EQ(reader.reads(), 4);
+}
+
+TEST_F(PluginMetadataReaderTest, EveryFormatAsksOnePackageDatabaseAndAnInstallIsSeenAtTheNextScan)
+{
+    const QString info = rootPath("var/lib/dpkg/info");
+    QDir().mkpath(info);
+    QDir().mkpath(rootPath("usr/lib/ladspa"));
+    QDir().mkpath(rootPath("usr/lib/lv2/Tone.lv2"));
+    writeText(rootPath("usr/lib/ladspa/amp.so"), "not an ELF file");
+    writeText(info + "/amp-plugins:amd64.list", "/usr/lib/ladspa\n/usr/lib/ladspa/amp.so\n");
+    const QStringList folders{"/usr/lib/ladspa", "/usr/lib/lv2"};
+    PluginMetadataReader ladspa(row("ladspa"), locations(), folders);
+    PluginMetadataReader lv2(row("lv2"), locations(), folders);
+    const int loc = 4; // the second system pair's active folder: /usr/lib/<name>
+    ASSERT_TRUE(row("ladspa").isDistributionOwned(loc));
+    ASSERT_TRUE(row("lv2").isDistributionOwned(loc));
+    ladspa.beginScan();
+    lv2.beginScan();
+    EXPECT_EQ(ladspa.read(loc, "amp.so", rootPath("usr/lib/ladspa/amp.so"))->package,
+              "amp-plugins:amd64");
+    EXPECT_EQ(lv2.read(loc, "Tone.lv2", rootPath("usr/lib/lv2/Tone.lv2"))->package, "");
+    EXPECT_EQ(ladspa.packageDatabase(), lv2.packageDatabase());
+
+    // A package that arrives between two scans is named at the second, the files unchanged.
+    // (Past the file system's clock tick, so that the info folder's time moves.)
+    QThread::msleep(20);
+    writeText(info + "/tone-lv2.list", "/usr/lib/lv2/Tone.lv2\n");
+    EXPECT_EQ(lv2.read(loc, "Tone.lv2", rootPath("usr/lib/lv2/Tone.lv2"))->package, "")
+        << "asked once per scan";
+    lv2.beginScan();
+    EXPECT_EQ(lv2.read(loc, "Tone.lv2", rootPath("usr/lib/lv2/Tone.lv2"))->package, "tone-lv2");
+    EXPECT_EQ(lv2.reads(), 1) << "only the package was asked again";
 }
 
 TEST_F(PluginMetadataReaderTest, SharedObjectsSayTheirArchitectureOrPlainlyWhatTheyAreNot)
