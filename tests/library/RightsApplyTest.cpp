@@ -188,8 +188,9 @@ TEST_F(RightsApplyTest, AFolderAHostsVariableAddsIsRefusedUpFrontNamingIt)
               "1 plug-ins in folders added by LV2_PATH were not switched");
     EXPECT_TRUE(ui.alerts.first().informativeText.contains("\n" + added + "\n"))
         << qPrintable(ui.alerts.first().informativeText);
-    EXPECT_TRUE(run.logText().contains("Hall.lv2 stays in " + added + ": that folder was added by "
-                                       "LV2_PATH"))
+    EXPECT_TRUE(run.logText().contains("Hall.lv2 stays in " + added
+                                       + ": that folder was added by "
+                                         "LV2_PATH"))
         << qPrintable(run.logText());
     EXPECT_FALSE(run.logText().contains("Permission denied")) << qPrintable(run.logText());
     EXPECT_TRUE(exists(added + "/Hall.lv2"));
