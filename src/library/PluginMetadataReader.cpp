@@ -195,7 +195,8 @@ PluginMetadata PluginMetadataReader::readFiles(const Format &format, const QStri
     };
     const auto readStamped = [&](const QString &path, qsizetype maxBytes, FileBytes::Mode mode) {
         FileBytes file = FileBytes::read(path, maxBytes, mode);
-        stamp(stampOf(path, file));
+        if (stamps)
+            stamp(stampOf(path, file));
         return file;
     };
     switch (format.reading) {
