@@ -3,6 +3,7 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <climits>
 
 namespace korvane {
 

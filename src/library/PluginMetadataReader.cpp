@@ -189,9 +189,9 @@ PluginMetadata PluginMetadataReader::readFiles(const Format &format, const QStri
     // Each file is stamped by the fstat of its own read: a stat beside every read cost a third of
     // a scan of thousands of plug-ins.
     PluginMetadata metadata;
-    const auto stamp = [stamps](const Stamp &stamp) {
+    const auto stamp = [stamps](const Stamp &taken) {
         if (stamps)
-            stamps->append(stamp);
+            stamps->append(taken);
     };
     const auto readStamped = [&](const QString &path, qsizetype maxBytes, FileBytes::Mode mode) {
         FileBytes file = FileBytes::read(path, maxBytes, mode);
