@@ -283,13 +283,16 @@ std::shared_ptr<const PluginMetadata> PluginMetadataReader::read(int loc, const 
                 break;
             }
         }
-        if (same && m_format.isDistributionOwned(loc) && found->packages != &packages()) {
-            // The files are as they were, but dpkg or rpm changed: only the package is asked.
-            auto metadata = std::make_shared<PluginMetadata>(*found->metadata);
-            metadata->package = packageOf(m_format.folder(loc) + QLatin1Char('/') + entry);
-            m_cache[fullPath] = Cached{found->stamps, metadata, m_packages.get()};
-            ++m_hits;
-            return metadata;
+        if (same && m_format.isDistributionOwned(loc)) {
+            packages(); // opened again where dpkg or rpm changed it since
+            if (found->packages != m_packagesGeneration) {
+                // The files are as they were: only the package is asked again.
+                auto metadata = std::make_shared<PluginMetadata>(*found->metadata);
+                metadata->package = packageOf(m_format.folder(loc) + QLatin1Char('/') + entry);
+                m_cache[fullPath] = Cached{found->stamps, metadata, m_packagesGeneration};
+                ++m_hits;
+                return metadata;
+            }
         }
         if (same) {
             ++m_hits;
@@ -301,7 +304,7 @@ std::shared_ptr<const PluginMetadata> PluginMetadataReader::read(int loc, const 
     auto metadata = std::make_shared<PluginMetadata>(readFiles(m_format, fullPath, &cached.stamps));
     if (m_format.isDistributionOwned(loc)) {
         metadata->package = packageOf(m_format.folder(loc) + QLatin1Char('/') + entry);
-        cached.packages = m_packages.get();
+        cached.packages = m_packagesGeneration;
     }
     cached.metadata = metadata;
     m_cache.insert(fullPath, cached);
@@ -352,15 +355,20 @@ PackageDatabase &PluginMetadataReader::packages()
     const QString stamp = packageDatabaseStamp(root);
     const std::lock_guard<std::mutex> lock(g_openDatabasesMutex);
     g_openDatabases.removeIf([](const OpenDatabase &open) { return open.database.expired(); });
-    for (const OpenDatabase &open : std::as_const(g_openDatabases)) {
-        if (open.root == root && open.folders == m_distributionFolders && open.stamp == stamp) {
-            m_packages = open.database.lock();
-            return *m_packages;
-        }
+    std::shared_ptr<PackageDatabase> current;
+    for (const OpenDatabase &open : std::as_const(g_openDatabases))
+        if (open.root == root && open.folders == m_distributionFolders && open.stamp == stamp)
+            current = open.database.lock();
+    if (!current) {
+        current = std::make_shared<PackageDatabase>(PackageDatabase::open(
+            root, m_distributionFolders, QStandardPaths::findExecutable(QStringLiteral("rpm"))));
+        g_openDatabases.append({root, m_distributionFolders, stamp, current});
     }
-    m_packages = std::make_shared<PackageDatabase>(PackageDatabase::open(
-        root, m_distributionFolders, QStandardPaths::findExecutable(QStringLiteral("rpm"))));
-    g_openDatabases.append({root, m_distributionFolders, stamp, m_packages});
+    // Counted rather than compared by address: a new database may take a freed one's place.
+    if (current != m_packages) {
+        m_packages = std::move(current);
+        ++m_packagesGeneration;
+    }
     return *m_packages;
 }
 

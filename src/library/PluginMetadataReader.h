@@ -59,7 +59,7 @@ private:
     struct Cached {
         QList<Stamp> stamps;
         std::shared_ptr<const PluginMetadata> metadata;
-        const PackageDatabase *packages = nullptr; // the database that named its package
+        quint64 packages = 0; // the generation of the database that named its package
     };
     static Stamp stampOf(const QString &path, bool *isFolder = nullptr);
     static Stamp stampOf(const QString &path, const struct stat &info);
@@ -75,6 +75,7 @@ private:
     QStringList m_distributionFolders;
     std::shared_ptr<PackageDatabase> m_packages;
     bool m_packagesChecked = false;
+    quint64 m_packagesGeneration = 0; // counts the databases the reader has asked
     int m_hits = 0;
     int m_reads = 0;
 };
