@@ -78,6 +78,7 @@ void TextTable::print(QTextStream &out, int width, bool header) const
         };
         // The last column keeps up to half the line; the others share the rest.
         const qsizetype lastWidth = std::min<qsizetype>(widths[count - 1], width / 2);
+        const QList<qsizetype> natural = widths;
         const auto fits = [&] { return lineWidth() - widths[count - 1] + lastWidth <= width; };
         // The first to drop, before anything is cut.
         while (!fits() && dropNext(1, 1)) {
@@ -90,6 +91,14 @@ void TextTable::print(QTextStream &out, int width, bool header) const
             widths[c] = std::max<qsizetype>(minimum, widths[c] - excess);
         }
         while (!fits() && dropNext(2, INT_MAX)) {
+        }
+        // What a drop freed goes back to the columns that were cut.
+        for (qsizetype c = 0; c + 1 < count; ++c) {
+            const qsizetype room = width - (lineWidth() - widths[count - 1] + lastWidth);
+            if (room <= 0)
+                break;
+            if (shown[c])
+                widths[c] = std::min(natural[c], widths[c] + room);
         }
     }
 

@@ -53,8 +53,9 @@ TEST_F(TextTableTest, ANarrowWidthDropsThePackageFirstThenCutsThenDropsInOrderBu
     EXPECT_EQ(print(80).first(), "LV2  on  Linux Studio Plugins Project  1.2.14  " + path);
     // Then the vendor is cut, but not below its least width.
     EXPECT_EQ(print(55).first(), "LV2  on  Linux St…  1.2.14  " + path);
-    EXPECT_EQ(print(40).first(), "LV2  on  Linux…  " + path);
-    // Whatever may go has gone; the path stays whole however narrow the line.
+    EXPECT_EQ(print(40).first(), "LV2  on  Linux St…  " + path);
+    // The version went, and the vendor takes back what that freed; whatever may go has gone at
+    // last, and the path stays whole however narrow the line.
     EXPECT_EQ(print(10).first(), "LV2  on  " + path);
     for (const int width : {80, 55, 40})
         EXPECT_LE(print(width).first().size() - path.size()
