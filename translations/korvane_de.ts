@@ -1905,5 +1905,29 @@ Abgelegt: %2
         <source>the folder %1 cannot be changed (no write access, locked or read-only)</source>
         <translation>der Ordner %1 kann nicht geändert werden (kein Schreibzugriff, gesperrt oder schreibgeschützt)</translation>
     </message>
+    <message>
+        <source>The companion %1 of %2 stays where it is: it lies in %3, which belongs to the distribution</source>
+        <translation>Die Begleitdatei %1 von %2 bleibt, wo sie ist: Sie liegt in %3, das der Distribution gehört</translation>
+    </message>
+    <message>
+        <source>%1 stays in %2: that folder was added by %3, and administrator rights are asked only for the formats&apos; own folders
+</source>
+        <translation>%1 bleibt in %2: Dieser Ordner kam durch %3 hinzu, und Administratorrechte werden nur für die eigenen Ordner der Formate erfragt
+</translation>
+    </message>
+    <message>
+        <source>%1 plug-ins in folders added by %2 were not switched</source>
+        <translation>%1 Plug-Ins in Ordnern, die durch %2 hinzukamen, wurden nicht umgeschaltet</translation>
+    </message>
+    <message>
+        <source>Korvane asks for administrator rights only for the formats&apos; own system folders. These folders need them and were added by a host&apos;s variable:
+%1
+
+Make the folder writable for yourself, or switch these plug-ins with KorvaneCMD run as root.</source>
+        <translation>Korvane erfragt Administratorrechte nur für die eigenen Systemordner der Formate. Diese Ordner brauchen sie und kamen durch die Variable eines Hosts hinzu:
+%1
+
+Machen Sie den Ordner für sich beschreibbar, oder schalten Sie diese Plug-Ins mit KorvaneCMD als root um.</translation>
+    </message>
 </context>
 </TS>

@@ -24,6 +24,9 @@
 #include <map>
 #include <tuple>
 
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 namespace korvane {
 
 namespace {
@@ -50,12 +53,13 @@ public:
         text.replace('\n', QByteArrayLiteral("\n    "));
         m_out << (m_count++ == 0 ? "[\n    " : ",\n    ") << QString::fromUtf8(text);
     }
-    void print()
+    void setColumns(const QList<TextTable::Column> &columns) { m_table.setColumns(columns); }
+    void print(int width = 0, bool header = false)
     {
         if (m_json)
             m_out << (m_count == 0 ? "[\n]\n" : "\n]\n");
         else
-            m_table.print(m_out);
+            m_table.print(m_out, width, header);
         m_out.flush();
     }
 
@@ -188,7 +192,7 @@ void addMetadata(QJsonObject *object, const PluginMetadata &metadata)
 }
 
 // The text listing's architecture column for a plug-in whose files were read: its
-// architectures, vendor and version, or why it cannot be read.
+// architectures, vendor and version, or why it cannot be read (the details command's summary).
 QString metadataSummary(const PluginMetadata &metadata)
 {
     if (!metadata.unreadable.isEmpty())
@@ -202,6 +206,38 @@ QString metadataSummary(const PluginMetadata &metadata)
     if (!metadata.package.isEmpty())
         parts << QStringLiteral("(%1)").arg(shownLine(metadata.package));
     return parts.join(QLatin1Char(' '));
+}
+
+QString orDash(const QString &text)
+{
+    return text.isEmpty() ? QStringLiteral("-") : text;
+}
+
+// The text listing's columns: what a plug-in's files say each in its own, the vendor, version
+// and package left out where no plug-in listed has one. At a terminal's width the package goes
+// first, then the architectures and the vendor are cut, then the version, vendor, group and scope
+// go, in that order; the path stays whole.
+QList<TextTable::Column> listColumns()
+{
+    return {{QStringLiteral("FORMAT"), 0, 0, false}, {QStringLiteral("STATE"), 0, 0, false},
+            {QStringLiteral("SCOPE"), 6, 0, false},  {QStringLiteral("GROUP"), 5, 8, false},
+            {QStringLiteral("ARCH"), 0, 8, false},   {QStringLiteral("VENDOR"), 4, 10, true},
+            {QStringLiteral("VERSION"), 3, 0, true}, {QStringLiteral("PACKAGE"), 1, 0, true},
+            {QStringLiteral("PATH"), 0, 0, false}};
+}
+
+// How wide the text listing may be: $COLUMNS where set, else the terminal's, else unlimited
+// (a pipe gets every column whole).
+int listingWidth()
+{
+    bool ok = false;
+    const int columns = qEnvironmentVariableIntValue("COLUMNS", &ok);
+    if (ok && columns > 0)
+        return columns;
+    winsize size{};
+    if (::isatty(STDOUT_FILENO) && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0)
+        return size.ws_col;
+    return 0;
 }
 
 // Marks a plug-in to be switched, as a click in its row would.
@@ -436,6 +472,7 @@ int CliRunner::applyList(CliSession &session, const Options &options)
 int CliRunner::list(CliSession &session, const Options &options)
 {
     Listing listing(options.json, m_out);
+    listing.setColumns(listColumns());
     for (FormatManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
         for (const PluginPtr &item : manager->items()) {
@@ -448,16 +485,24 @@ int CliRunner::list(CliSession &session, const Options &options)
                                {QStringLiteral("group"), displayName(group)},
                                {QStringLiteral("architecture"), item->architectureName()}};
             QString architecture = item->architectureName();
+            QString vendor, version, package;
             if (const PluginMetadata *metadata = item->metadata()) {
                 addMetadata(&object, *metadata);
-                architecture = metadataSummary(*metadata);
+                architecture = !metadata->unreadable.isEmpty()
+                                   ? shownLine(metadata->unreadable)
+                                   : orDash(metadata->architectures.join(','));
+                vendor = orDash(shownLine(metadata->vendor));
+                version = orDash(shownLine(metadata->version));
+                package = orDash(shownLine(metadata->package));
             }
-            listing.add(object, {format, onOff(item->isActive()), scope(item->isGlobal()),
-                                 group.isEmpty() ? QStringLiteral("-") : group, architecture,
-                                 fullPath(*item)});
+            listing.add(object,
+                        {format, onOff(item->isActive()), scope(item->isGlobal()),
+                         group.isEmpty() ? QStringLiteral("-") : group, architecture,
+                         orDash(vendor), orDash(version), orDash(package), fullPath(*item)});
         }
     }
-    listing.print();
+    // The titles only for a person at a terminal: a script counts and splits lines.
+    listing.print(listingWidth(), ::isatty(STDOUT_FILENO) != 0);
     return ExitDone;
 }
 

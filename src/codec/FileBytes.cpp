@@ -32,7 +32,13 @@ FileBytes FileBytes::read(const QString &path, qsizetype maxBytes, Mode mode)
         return result;
     }
     struct stat info {};
-    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+    const bool known = ::fstat(fd, &info) == 0;
+    if (known) {
+        result.size = qint64(info.st_size);
+        result.modified = qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
+        result.changed = qint64(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec;
+    }
+    if (!known || !S_ISREG(info.st_mode)) {
         ::close(fd);
         result.error = S_ISDIR(info.st_mode) ? QStringLiteral("cannot be read: it is a folder")
                                              : QStringLiteral("cannot be read: not a regular file");

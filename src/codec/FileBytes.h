@@ -11,6 +11,11 @@ struct FileBytes {
     QByteArray bytes;
     QString error;       // empty when read: "cannot be read: No such file or directory"
     int errorNumber = 0; // errno of a failed open or read
+    // What fstat said of the opened file (size -1 where it did not open): a caller that must
+    // notice a later change keeps these rather than asking stat again.
+    qint64 size = -1;
+    qint64 modified = 0; // nanoseconds since the epoch
+    qint64 changed = 0;
 
     enum Mode {
         Whole,  // a file larger than maxBytes is refused

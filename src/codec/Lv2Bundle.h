@@ -1,5 +1,7 @@
 #pragma once
 
+#include "codec/FileBytes.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -59,6 +61,8 @@ public:
     // Reads a regular file of at most maxBytes without blocking on a FIFO or device; says plainly
     // when the bundle is a file rather than a folder.
     static FileRead readFile(const QString &path, qsizetype maxBytes);
+    // The same from a read already made (FileBytes::read, Whole).
+    static FileRead fileRead(FileBytes file);
 };
 
 } // namespace korvane

@@ -299,8 +299,9 @@ void Applier::moveContent(const PluginPtr &item)
         || !m_parts.settings.movesContent(m_traits.type))
         return;
 
-    const std::array<QString, LocationCount> folders =
-        m_parts.services.locations().folderPaths(m_traits);
+    // Every pair's folders, not only the first two pairs': a plug-in in /usr/local/lib/lv2 or in
+    // a folder LV2_PATH adds has its companions beside it there.
+    const QStringList folders = m_parts.services.locations().allFolderPaths(m_traits);
     FileOperations &files = m_parts.services.files();
     const QString target = item->location();
     const int count = item->contentCount();
@@ -310,18 +311,29 @@ void Applier::moveContent(const PluginPtr &item)
         if (climbsUp(entry))
             continue;
         QString folder;
-        QString relative;
-        for (const QString &candidate : folders) {
-            if (liesInside(entry, candidate)) {
+        int folderLoc = -1;
+        // The deepest folder that holds it: one pair's folder may lie inside another's.
+        for (int loc = 0; loc < folders.size(); ++loc) {
+            const QString &candidate = folders.at(loc);
+            if (liesInside(entry, candidate) && candidate.size() > folder.size()) {
                 folder = candidate;
-                relative = QDir::cleanPath(entry.mid(candidate.size() + 1));
-                break;
+                folderLoc = loc;
             }
         }
+        const QString relative =
+            folder.isEmpty() ? QString() : QDir::cleanPath(entry.mid(folder.size() + 1));
         // Outside the format's folders, or the folder itself.
         if (relative.isEmpty() || relative == QLatin1String(".")
             || relative.startsWith(QLatin1Char('/')))
             continue;
+        // What the distribution's packages own stays theirs, whoever names it as a companion.
+        if (m_traits.isDistributionOwned(folderLoc)) {
+            tell(m_parts.services,
+                 QT_TRANSLATE_NOOP("korvane", "The companion %1 of %2 stays where it is: it lies "
+                                              "in %3, which belongs to the distribution"),
+                 {entry, item->name(), folder});
+            continue;
+        }
 
         // Its text says inside the folders; a link on the way could put its real place anywhere
         // (the move would carry a stranger's file off), and so could one on the way to the new

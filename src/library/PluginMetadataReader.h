@@ -1,5 +1,6 @@
 #pragma once
 
+#include "codec/FileBytes.h"
 #include "codec/PackageDatabase.h"
 #include "core/PluginMetadata.h"
 
@@ -8,6 +9,8 @@
 #include <QString>
 #include <memory>
 #include <optional>
+
+struct stat;
 
 namespace korvane {
 
@@ -20,12 +23,23 @@ class Locations;
 // whoever scans.
 class PluginMetadataReader {
 public:
-    PluginMetadataReader(const Format &format, const Locations &locations);
+    // distributionFolders: every distribution folder of the run's formats (as written), so that
+    // one package database serves them all; empty: this format's own.
+    PluginMetadataReader(const Format &format, const Locations &locations,
+                         QStringList distributionFolders = {});
+
+    // Called as each scan starts: the package database is asked once per scan whether dpkg or
+    // rpm changed it since it was read.
+    void beginScan() { m_packagesChecked = false; }
 
     // What the plug-in entry at fullPath in the format's folder loc says; null for a format whose
     // rows show no metadata.
     std::shared_ptr<const PluginMetadata> read(int loc, const QString &entry,
                                                const QString &fullPath);
+
+    // The package database the reader asks (null before a distribution plug-in was read): one per
+    // system root and set of folders, shared by every reader of the process while it is current.
+    std::shared_ptr<const PackageDatabase> packageDatabase() const { return m_packages; }
 
     // How many results came from the cache, and how many were read, since the reader was made.
     int cacheHits() const { return m_hits; }
@@ -45,16 +59,23 @@ private:
     struct Cached {
         QList<Stamp> stamps;
         std::shared_ptr<const PluginMetadata> metadata;
+        quint64 packages = 0; // the generation of the database that named its package
     };
-    static Stamp stampOf(const QString &path);
+    static Stamp stampOf(const QString &path, bool *isFolder = nullptr);
+    static Stamp stampOf(const QString &path, const struct stat &info);
+    static Stamp stampOf(const QString &path, const FileBytes &file);
     static PluginMetadata readFiles(const Format &format, const QString &fullPath,
                                     QList<Stamp> *stamps);
     QString packageOf(const QString &systemPath);
+    PackageDatabase &packages();
 
     const Format &m_format;
     const Locations &m_locations;
     QHash<QString, Cached> m_cache;
-    std::optional<PackageDatabase> m_packages;
+    QStringList m_distributionFolders;
+    std::shared_ptr<PackageDatabase> m_packages;
+    bool m_packagesChecked = false;
+    quint64 m_packagesGeneration = 0; // counts the databases the reader has asked
     int m_hits = 0;
     int m_reads = 0;
 };

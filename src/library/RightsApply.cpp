@@ -71,6 +71,46 @@ QString someOf(const QStringList &lines)
     return text;
 }
 
+// Says once which plug-ins stay because their folders are not the helper's, naming each folder
+// and the variables that add such folders, and settles their records: the apply would only meet
+// "Permission denied" once per plug-in.
+void refuseUnserved(FormatManager &manager, const QList<Pending> &unserved)
+{
+    if (unserved.isEmpty())
+        return;
+    QStringList folders;
+    QStringList names;
+    for (const Pending &change : unserved) {
+        for (const QString &path : {change.from, change.to}) {
+            const QString folder = QFileInfo(path).path();
+            if (!helperServes(manager, folder) && !folders.contains(folder))
+                folders << folder;
+        }
+        names << change.name;
+        manager.settleRecord(change.record);
+    }
+    const QString variables = manager.traits().pathVariables.join(QStringLiteral(", "));
+    AppServices &services = manager.services();
+    for (const Pending &change : unserved)
+        services.appendLog(korvane::tr("%1 stays in %2: that folder was added by %3, and "
+                                       "administrator rights are asked only for the formats' "
+                                       "own folders\n")
+                               .arg(change.name, QFileInfo(change.from).path(), variables));
+    Alert alert;
+    alert.messageText = korvane::tr("%1 plug-ins in folders added by %2 were not switched")
+                            .arg(names.size())
+                            .arg(variables);
+    alert.informativeText =
+        korvane::tr("Korvane asks for administrator rights only for the formats' own system "
+                    "folders. These folders need them and were added by a host's variable:\n%1\n\n"
+                    "Make the folder writable for yourself, or switch these plug-ins with "
+                    "KorvaneCMD run as root.")
+            .arg(someOf(folders))
+        + QStringLiteral("\n\n") + someOf(names);
+    alert.buttons = {korvane::tr("OK")};
+    manager.ui().runAlert(alert);
+}
+
 } // namespace
 
 bool RightsApply::needsRights(const FormatManager &manager, const Plugin &item)
@@ -95,6 +135,7 @@ void RightsApply::run(FormatManager &manager, RightsMover &mover)
     const QString userFolder = manager.locations().folderPath(manager.traits(), LocUserActive);
     const DistributionGuard guard(manager.traits(), manager.locations());
     QList<Pending> pending;
+    QList<Pending> unserved;
     const QList<PluginRecord> &records = manager.plugins().records();
     // Where each change goes is the planner's, as for the applier and the check.
     const MovePlanner planner(files, manager.traits(), manager.plugins(), manager.locations());
@@ -112,14 +153,18 @@ void RightsApply::run(FormatManager &manager, RightsMover &mover)
             continue;
         if (writable(files, record.folder()) && writable(files, item->location()))
             continue;
-        // Left to the apply, which says its failure as for any folder it cannot write.
-        if (!helperServes(manager, record.folder()) || !helperServes(manager, item->location()))
+        // A folder only a host's variable adds is refused here, named, before anything is
+        // asked: the helper reads no environment and serves the formats' own folders alone.
+        if (!helperServes(manager, record.folder()) || !helperServes(manager, item->location())) {
+            unserved << Pending{int(i), move.name, move.from, move.to, item->isActive(), {}};
             continue;
+        }
         // The record's folder is the format folder it was found in, whichever pair that is.
         pending << Pending{int(i),           move.name,
                            move.from,        move.to,
                            item->isActive(), QDir(record.folder()).relativeFilePath(move.from)};
     }
+    refuseUnserved(manager, unserved);
     if (pending.isEmpty())
         return;
 

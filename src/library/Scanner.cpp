@@ -6,6 +6,7 @@
 #include "codec/PropertyList.h"
 #include "core/AppServices.h"
 #include "core/Format.h"
+#include "core/FormatTable.h"
 #include "core/InterruptedMoves.h"
 #include "core/Locations.h"
 #include "core/Texts.h"
@@ -241,8 +242,17 @@ void Scanner::scan(PluginList &list)
                 listings[loc] = listFolder(loc, folders[size_t(loc)]);
     }
 
-    if (!m_metadata)
-        m_metadata = std::make_shared<PluginMetadataReader>(m_traits, m_parts.services.locations());
+    if (!m_metadata) {
+        // One package database for every format of the run.
+        QStringList distributionFolders;
+        for (const Format &format : m_parts.services.formats())
+            for (int loc = 0; loc < format.locationCount(); ++loc)
+                if (format.isDistributionOwned(loc))
+                    distributionFolders << format.folder(loc);
+        m_metadata = std::make_shared<PluginMetadataReader>(m_traits, m_parts.services.locations(),
+                                                            distributionFolders);
+    }
+    m_metadata->beginScan();
     for (int loc = 0; loc < locationCount; ++loc) {
         const QString &folder = folders[size_t(loc)];
         const QStringList &entries = listings.at(loc);
@@ -273,8 +283,11 @@ void Scanner::scan(PluginList &list)
             record.setProcessed(true);
 
             list.append(item, record);
-            item->detectArchitecture(fullPath);
-            item->setMetadata(m_metadata->read(loc, entry, fullPath));
+            // A row that reads its plug-ins' files reads the executable's header there, once.
+            if (m_traits.reading == FormatReading::BundleArchitecture)
+                item->detectArchitecture(fullPath);
+            else
+                item->setMetadata(m_metadata->read(loc, entry, fullPath));
         }
     }
 

@@ -7,14 +7,18 @@ pycodestyle and yamllint with ansible-test's own settings. The others (import, p
 runtime-metadata, validate-modules) are not run here.
 """
 
+import ast
 import glob
 import os
+import re
 import shutil
 import subprocess
 import sys
 import tarfile
 import tempfile
 import unittest
+
+import yaml
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 SOURCE = os.path.dirname(os.path.dirname(HERE))
@@ -90,6 +94,42 @@ class SanityTest(unittest.TestCase):
         self.run_tool(['yamllint', '--strict', '-c',
                        ansible_test_settings(os.path.join('yamllint', 'config', 'default.yml'))]
                       + documents)
+
+
+class FormatOptionTest(unittest.TestCase):
+    """The format option's documentation names every format KorvaneCMD knows, so a new format
+    row cannot be left out of it again."""
+
+    @staticmethod
+    def names_korvanecmd_knows():
+        korvanecmd = os.environ.get('KORVANE_CMD', '')
+        if not korvanecmd:
+            raise AssertionError('KORVANE_CMD must name the built KorvaneCMD')
+        # An unknown format is answered with the list of every known one.
+        run = subprocess.run([korvanecmd, 'list', '--format=no-such-format'],
+                             capture_output=True, text=True, timeout=60, check=False)
+        match = re.search(r'\(use (.*)\)', run.stderr)
+        if run.returncode != 2 or not match:
+            raise AssertionError('unexpected answer: %r' % run.stderr)
+        return set(re.split(r', | or ', match.group(1)))
+
+    @staticmethod
+    def documented_names(module):
+        path = os.path.join(COLLECTION, 'plugins', 'modules', module + '.py')
+        with open(path, encoding='utf-8') as file:
+            tree = ast.parse(file.read())
+        for node in tree.body:
+            if isinstance(node, ast.Assign) and node.targets[0].id == 'DOCUMENTATION':
+                options = yaml.safe_load(node.value.value)['options']
+                text = ' '.join(options['format']['description'])
+                return set(re.findall(r'C\(([a-z0-9-]+)\)', text)) - {'KorvaneCMD'}
+        raise AssertionError('%s has no DOCUMENTATION' % path)
+
+    def test_each_modules_format_option_lists_every_format_korvanecmd_knows(self):
+        known = self.names_korvanecmd_knows()
+        self.assertTrue({'au', 'vst', 'lv2', 'lxvst', 'aax'} <= known, known)
+        for module in ('korvane_set', 'korvane_facts'):
+            self.assertEqual(self.documented_names(module), known, module)
 
 
 if __name__ == '__main__':

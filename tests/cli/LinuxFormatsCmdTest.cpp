@@ -10,6 +10,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 
 namespace korvane {
 namespace {
@@ -38,7 +39,7 @@ protected:
         QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         for (const char *name : {"LV2_PATH", "VST3_PATH", "CLAP_PATH", "LADSPA_PATH", "DSSI_PATH",
-                                 "VST_PATH", "LXVST_PATH", "KORVANE_ROOT"})
+                                 "VST_PATH", "LXVST_PATH", "KORVANE_ROOT", "COLUMNS"})
             environment.remove(name);
         for (auto it = variables.cbegin(); it != variables.cend(); ++it)
             environment.insert(it.key(), it.value());
@@ -75,6 +76,46 @@ protected:
         return run("listplugins", {}, {{"LADSPA_PATH", folders.join(':')}}).out;
     }
 };
+
+// The text listing gives vendor, version and package each a column of its own, split by two
+// spaces or more; at 80 columns the package goes first and the path stays whole.
+TEST_F(LinuxFormatsCmdTest, TheTextListingGivesEachFieldItsColumnAndFitsEightyColumns)
+{
+    const QString tone = homePath(".lv2/Tone.lv2");
+    const QString hall = rootPath("usr/lib/lv2/Hall.lv2");
+    for (const QString &bundle : {tone, hall}) {
+        QDir().mkpath(bundle);
+        writeText(bundle + "/manifest.ttl",
+                  "@prefix lv2: <http://lv2plug.in/ns/lv2core#> .\n"
+                  "@prefix doap: <http://usefulinc.com/ns/doap#> .\n"
+                  "@prefix foaf: <http://xmlns.com/foaf/0.1/> .\n"
+                  "<urn:x> a lv2:Plugin ; lv2:binary <x.so> ; lv2:minorVersion 1 ;\n"
+                  "  lv2:microVersion 2 ; doap:maintainer [ foaf:name \"Velmora Audio\" ] .\n");
+    }
+    QDir().mkpath(rootPath("var/lib/dpkg/info"));
+    writeText(rootPath("var/lib/dpkg/info/hall-lv2.list"), "/usr/lib/lv2/Hall.lv2\n");
+
+    const ToolOutput piped = tool({"list", "--format", "lv2"});
+    ASSERT_EQ(piped.exitCode, 0) << piped.err.toStdString();
+    QStringList lines = piped.out.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 2) << "no titles for a script: " << piped.out.toStdString();
+    const QRegularExpression gap(" {2,}");
+    EXPECT_EQ(lines.first().split(gap), (QStringList{"LV2", "on", "system", "-", "-",
+                                                     "Velmora Audio", "1.2", "hall-lv2", hall}));
+    EXPECT_EQ(lines.last().split(gap),
+              (QStringList{"LV2", "on", "user", "-", "-", "Velmora Audio", "1.2", "-", tone}));
+
+    const ToolOutput narrow = tool({"list", "--format", "lv2"}, {{"COLUMNS", "80"}});
+    lines = narrow.out.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 2);
+    for (const QString &line : lines) {
+        EXPECT_FALSE(line.contains("hall-lv2")) << line.toStdString();
+        const QString path = line.split(gap).last();
+        EXPECT_TRUE(path == hall || path == tone) << line.toStdString();
+        EXPECT_LE(line.size() - path.size() + std::min<qsizetype>(path.size(), 40), 80)
+            << line.toStdString();
+    }
+}
 
 TEST_F(LinuxFormatsCmdTest, AnLv2BundleSwitchesOffAndOnAsLilvSeesIt)
 {

@@ -171,6 +171,26 @@ TEST_F(Lv2BundleTest, ReadsOnlyThePluginsDataFilesOnceEach)
         << "user interfaces and presets are not read, a shared file is read once";
 }
 
+// Plain paths take a short way to and from file URIs; one that needs escapes takes serd's.
+TEST_F(Lv2BundleTest, ABundleWhosePathNeedsEscapesReadsItsFilesByTheirOwnNames)
+{
+    for (const QString &b :
+         {QStringLiteral("/lib/lv2/Big Hall é.lv2"), QStringLiteral("/lib/lv2/Plain-1_0~x.lv2")}) {
+        MemoryFiles disk;
+        disk.files[b + "/manifest.ttl"] = kPrefixes + R"ttl(
+<urn:hall> a lv2:Plugin ; lv2:binary <hall.so> ; rdfs:seeAlso <hall.ttl> , <b%C3%A9.ttl> .
+)ttl";
+        disk.files[b + "/hall.ttl"] = kPrefixes + R"ttl(<urn:hall> doap:name "Hall" .)ttl";
+        disk.files[b + "/bé.ttl"] = kPrefixes + "<urn:hall> lv2:minorVersion 3 .";
+        const Lv2BundleInfo info = Lv2Bundle::read(b, disk.reader());
+        ASSERT_EQ(info.plugins.size(), 1) << qPrintable(b);
+        EXPECT_EQ(info.plugins[0].name, "Hall");
+        EXPECT_EQ(info.plugins[0].binary, "hall.so");
+        EXPECT_EQ(info.plugins[0].version(), "3.0");
+        EXPECT_TRUE(info.problems.isEmpty()) << qPrintable(info.problems.join('\n'));
+    }
+}
+
 TEST_F(Lv2BundleTest, RefusesDataFilesOutsideTheBundle)
 {
     MemoryFiles disk;

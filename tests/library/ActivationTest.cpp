@@ -2,6 +2,8 @@
 
 #include "codec/FinderInfo.h"
 #include "codec/PropertyList.h"
+#include "core/FormatTable.h"
+#include "core/LinuxFormats.h"
 #include "os/LibraryLock.h"
 #include "os/ProcessList.h"
 #include "os/ReadOnlyFileOperations.h"
@@ -249,6 +251,60 @@ TEST_F(ActivationTest, ACompanionAddedSinceTheScanMovesWithTheFirstApply)
     au->apply();
     EXPECT_TRUE(QFileInfo(auPath(1, "Sub/Foo.preset")).isFile());
     EXPECT_FALSE(exists(preset));
+}
+
+// Companions beside a plug-in of a later pair: the second user folder of Linux VST 2 (~/.lxvst)
+// and a folder LV2_PATH adds. One in a distribution folder stays, said.
+TEST_F(ActivationTest, ContentOfEveryPairFollowsThePlugInButNotOutOfTheDistributionsFolders)
+{
+    const QString added = rootPath("opt/lv2");
+    const FormatTable table = withRunFolders(FormatTable::builtIn(), locations().roots(),
+                                             {{"LV2_PATH", added}, {"VST_PATH", ""}});
+    const Format &lv2 = table.at(*table.typeOfName("lv2"));
+    const Format &lxvst = table.at(*table.typeOfName("lxvst"));
+    const int addedLoc = int(locations().allFolderPaths(lv2).indexOf(added));
+    const int lxvstLoc = int(locations().allFolderPaths(lxvst).indexOf(homePath(".lxvst")));
+    ASSERT_GE(addedLoc, 4);
+    ASSERT_GE(lxvstLoc, 4);
+    const QString packaged = locations().folderPath(lv2, 2 * 2); // /usr/lib/lv2
+    ASSERT_TRUE(lv2.isDistributionOwned(4));
+
+    QDir().mkpath(added + "/Hall.lv2");
+    writeText(added + "/Hall.lv2/manifest.ttl", "");
+    const QString hallPreset = B::makeFile(added + "/Presets", "Hall.preset");
+    const QString packagedPreset = B::makeFile(packaged, "Hall.shared");
+    const QString echo = B::makeFile(homePath(".lxvst"), "Echo.so");
+    const QString echoBank = B::makeFile(homePath(".lxvst/Banks"), "Echo.fxb");
+    // A run of that table, as the programs make one.
+    AllowAllAuthorization allowAll;
+    AppServices run(RunParts{locations(), disk(), ui, table});
+    Preferences pref(run);
+    MissingItemsPrompt missingItems(ui);
+    Authorization authorization(allowAll, ui);
+    const ManagerParts parts{run, pref, missingItems, authorization};
+    run.storeContent({"Hall.lv2", hallPreset, packagedPreset});
+    run.storeContent({"Echo.so", echoBank});
+    pref.store()->setValue("LV2MoveContent", true);
+    pref.store()->setValue("LXVSTMoveContent", true);
+
+    for (const Format *row : {&lv2, &lxvst}) {
+        FormatManager manager(*row, parts);
+        manager.rescan();
+        ASSERT_EQ(manager.items().size(), 1) << qPrintable(row->prefix);
+        mark(&manager, manager.itemAt(0)->name(), false);
+        manager.apply();
+    }
+    const QString addedOff = locations().folderPath(lv2, addedLoc + 1);
+    EXPECT_TRUE(exists(addedOff + "/Hall.lv2"));
+    EXPECT_TRUE(QFileInfo(addedOff + "/Presets/Hall.preset").isFile());
+    EXPECT_FALSE(exists(hallPreset));
+    EXPECT_TRUE(QFileInfo(packagedPreset).isFile());
+    EXPECT_TRUE(run.logText().contains(packagedPreset + " of Hall.lv2 stays where it is"))
+        << qPrintable(run.logText());
+    const QString lxvstOff = locations().folderPath(lxvst, lxvstLoc + 1);
+    EXPECT_FALSE(exists(echo));
+    EXPECT_TRUE(QFileInfo(lxvstOff + "/Banks/Echo.fxb").isFile());
+    EXPECT_FALSE(exists(echoBank));
 }
 
 // What a move across file systems leaves when its process dies at each step, and what the next

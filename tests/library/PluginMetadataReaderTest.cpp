@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QThread>
 
 namespace korvane {
 namespace {
@@ -43,6 +44,70 @@ TEST_F(PluginMetadataReaderTest, AnUnchangedPlugInIsReadOnceAndAChangedFileIsRea
     // The formats of the first four show no metadata of this kind.
     PluginMetadataReader audioUnits(FormatTable::builtIn().at(TypeAU), locations());
     EXPECT_EQ(audioUnits.read(LocUserActive, "Tone.lv2", bundle), nullptr);
+}
+
+// A rescan stats only what the first read stamped: each change that alters what the bundle says
+// must touch one of those.
+TEST_F(PluginMetadataReaderTest, AVst3RescanSeesANewArchitectureANewModuleInfoAndAFileInItsPlace)
+{
+    const QString bundle = homePath(".vst3/Echo.vst3");
+    QDir().mkpath(bundle + "/Contents/x86_64-linux");
+    PluginMetadataReader reader(row("vst3"), locations());
+    const auto read = [&] { return reader.read(LocUserActive, "Echo.vst3", bundle); };
+    EXPECT_EQ(read()->architectures, QStringList{"x86_64"});
+    EXPECT_EQ(read()->vendor, "");
+    EXPECT_EQ(reader.reads(), 1);
+
+    QDir().mkpath(bundle + "/Contents/aarch64-linux");
+    EXPECT_EQ(read()->architectures, (QStringList{"aarch64", "x86_64"}));
+
+    QDir().mkpath(bundle + "/Contents/Resources");
+    writeText(bundle + "/Contents/Resources/moduleinfo.json",
+              "{ \"Name\": \"Echo\", \"Version\": \"2.0\",\n"
+              "  \"Factory Info\": { \"Vendor\": \"Velmora\", }, }");
+    EXPECT_EQ(read()->vendor, "Velmora");
+    EXPECT_EQ(reader.reads(), 3);
+    EXPECT_EQ(read()->vendor, "Velmora");
+    EXPECT_EQ(reader.reads(), 3);
+
+    // An older module, a single file, put where the bundle was.
+    ASSERT_TRUE(QDir(bundle).removeRecursively());
+    writeText(bundle, "#!/bin/sh\n");
+    EXPECT_TRUE(read()->unreadable.contains("not an ELF file"));
+    EXPECT_TRUE(read()->architectures.isEmpty());
+    EXPECT_EQ(reader.reads(), 4);
+}
+
+TEST_F(PluginMetadataReaderTest, EveryFormatAsksOnePackageDatabaseAndAnInstallIsSeenAtTheNextScan)
+{
+    const QString info = rootPath("var/lib/dpkg/info");
+    QDir().mkpath(info);
+    QDir().mkpath(rootPath("usr/lib/ladspa"));
+    QDir().mkpath(rootPath("usr/lib/lv2/Tone.lv2"));
+    writeText(rootPath("usr/lib/ladspa/amp.so"), "not an ELF file");
+    writeText(info + "/amp-plugins:amd64.list", "/usr/lib/ladspa\n/usr/lib/ladspa/amp.so\n");
+    const QStringList folders{"/usr/lib/ladspa", "/usr/lib/lv2"};
+    PluginMetadataReader ladspa(row("ladspa"), locations(), folders);
+    PluginMetadataReader lv2(row("lv2"), locations(), folders);
+    const int loc = 4; // the second system pair's active folder: /usr/lib/<name>
+    ASSERT_TRUE(row("ladspa").isDistributionOwned(loc));
+    ASSERT_TRUE(row("lv2").isDistributionOwned(loc));
+    ladspa.beginScan();
+    lv2.beginScan();
+    EXPECT_EQ(ladspa.read(loc, "amp.so", rootPath("usr/lib/ladspa/amp.so"))->package,
+              "amp-plugins:amd64");
+    EXPECT_EQ(lv2.read(loc, "Tone.lv2", rootPath("usr/lib/lv2/Tone.lv2"))->package, "");
+    EXPECT_EQ(ladspa.packageDatabase(), lv2.packageDatabase());
+
+    // A package that arrives between two scans is named at the second, the files unchanged.
+    // (Past the file system's clock tick, so that the info folder's time moves.)
+    QThread::msleep(20);
+    writeText(info + "/tone-lv2.list", "/usr/lib/lv2/Tone.lv2\n");
+    EXPECT_EQ(lv2.read(loc, "Tone.lv2", rootPath("usr/lib/lv2/Tone.lv2"))->package, "")
+        << "asked once per scan";
+    lv2.beginScan();
+    EXPECT_EQ(lv2.read(loc, "Tone.lv2", rootPath("usr/lib/lv2/Tone.lv2"))->package, "tone-lv2");
+    EXPECT_EQ(lv2.reads(), 1) << "only the package was asked again";
 }
 
 TEST_F(PluginMetadataReaderTest, SharedObjectsSayTheirArchitectureOrPlainlyWhatTheyAreNot)

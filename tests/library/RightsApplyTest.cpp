@@ -1,5 +1,8 @@
 #include "FormatManagerFixture.h"
 
+#include "app/Preferences.h"
+#include "core/FormatTable.h"
+#include "core/LinuxFormats.h"
 #include "library/RightsApply.h"
 #include "library/RightsMover.h"
 
@@ -145,6 +148,55 @@ TEST_F(RightsApplyTest, TheDistributionsFoldersNeverReachTheHelper)
         << qPrintable(logText());
     EXPECT_TRUE(exists(packaged + "/Echo.so"));
     EXPECT_FALSE(exists(packaged + " (Disabled)"));
+}
+
+// A folder LV2_PATH adds is no folder of the helper's: a plug-in there that needs rights is
+// refused before polkit is asked, in one alert that names the folder, and stays.
+TEST_F(RightsApplyTest, AFolderAHostsVariableAddsIsRefusedUpFrontNamingIt)
+{
+    const QString added = rootPath("opt/lv2");
+    const FormatTable table =
+        withRunFolders(FormatTable::builtIn(), locations().roots(), {{"LV2_PATH", added}});
+    const Format &lv2 = table.at(*table.typeOfName("lv2"));
+    QDir().mkpath(added + "/Hall.lv2");
+    writeText(added + "/Hall.lv2/manifest.ttl", "");
+    QDir().mkpath(homePath(".lv2/Mine.lv2"));
+    writeText(homePath(".lv2/Mine.lv2/manifest.ttl"), "");
+
+    AllowAllAuthorization allowAll;
+    AppServices run(RunParts{locations(), disk(), ui, table});
+    Preferences pref(run);
+    MissingItemsPrompt missingItems(ui);
+    Authorization authorization(allowAll, ui);
+    ManagerParts parts{run, pref, missingItems, authorization};
+    parts.rights = &mover;
+    FormatManager manager(lv2, parts);
+    manager.rescan();
+    ASSERT_EQ(manager.items().size(), 2);
+    manager.markItems(manager.items(), false, "Switch Off");
+    const ImmutableGuard locked(added);
+    if (!locked.ok())
+        GTEST_SKIP() << "chattr +i is not supported here";
+    mover.answer = [](const QList<QPair<QString, QString>> &) {
+        return RightsMover::Outcome{RightsMover::State::Done, {}, {}};
+    };
+    manager.apply();
+
+    EXPECT_TRUE(mover.runs.isEmpty()) << "nothing is asked for a folder the helper refuses";
+    ASSERT_EQ(ui.alerts.size(), 1);
+    EXPECT_EQ(ui.alerts.first().messageText,
+              "1 plug-ins in folders added by LV2_PATH were not switched");
+    EXPECT_TRUE(ui.alerts.first().informativeText.contains("\n" + added + "\n"))
+        << qPrintable(ui.alerts.first().informativeText);
+    EXPECT_TRUE(run.logText().contains("Hall.lv2 stays in " + added
+                                       + ": that folder was added by "
+                                         "LV2_PATH"))
+        << qPrintable(run.logText());
+    EXPECT_FALSE(run.logText().contains("Permission denied")) << qPrintable(run.logText());
+    EXPECT_TRUE(exists(added + "/Hall.lv2"));
+    // The person's own plug-in moved as ever; nothing is left pending.
+    EXPECT_TRUE(exists(homePath(".lv2 (Disabled)/Mine.lv2")));
+    EXPECT_EQ(manager.pendingCount(), 0);
 }
 
 } // namespace

@@ -21,7 +21,10 @@ author:
 options:
   format:
     description:
-      - Only the plug-ins of this format (C(au), C(rtas), C(mas) or C(vst), in any case).
+      - Only the plug-ins of this format, as C(KorvaneCMD) names it (in any case), one of
+        C(au), C(rtas), C(mas) or C(vst); on Linux C(lv2), C(vst3), C(clap), C(ladspa),
+        C(dssi) or C(lxvst) (Linux VST 2); in the macOS layout C(vst3-mac), C(clap-mac),
+        C(lv2-mac) or C(aax).
         Default is every format.
     type: str
 extends_documentation_fragment:

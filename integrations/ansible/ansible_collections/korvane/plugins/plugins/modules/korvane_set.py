@@ -27,8 +27,10 @@ author:
 options:
   format:
     description:
-      - The plug-in format, as C(KorvaneCMD) names it (C(au), C(rtas), C(mas) or C(vst), in any
-        case).
+      - The plug-in format, as C(KorvaneCMD) names it (in any case), one of
+        C(au), C(rtas), C(mas) or C(vst); on Linux C(lv2), C(vst3), C(clap), C(ladspa),
+        C(dssi) or C(lxvst) (Linux VST 2); in the macOS layout C(vst3-mac), C(clap-mac),
+        C(lv2-mac) or C(aax).
     type: str
     required: true
   set:
