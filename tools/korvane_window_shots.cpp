@@ -123,7 +123,7 @@ int main(int argc, char *argv[])
         else
             window.resize(1100, 560);
         main.setActiveType(TypeAU);
-        au.selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
+        au.table().selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
         return save(window, out + QStringLiteral("/main-window-") + variant + ".png") ? 0 : 1;
     }
 
@@ -169,15 +169,15 @@ int main(int argc, char *argv[])
     }
     {
         LogWindow window(main);
-        au.reportDuplicates();
-        vst.reportDuplicates();
+        au.maintenance().reportDuplicates();
+        vst.maintenance().reportDuplicates();
         ok &= save(window, out + QStringLiteral("/log.png"));
     }
     {
         context.pref()->store()->setValue(QStringLiteral("AUShowContent"), true);
         InfoPanel panel(*context.info());
-        au.selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
-        au.requestInfo();
+        au.table().selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
+        au.maintenance().requestInfo();
         ok &= save(panel, out + QStringLiteral("/info.png"));
     }
     {

@@ -8,6 +8,7 @@
 #include "cli/ShownText.h"
 #include "cli/TextTable.h"
 #include "core/Locations.h"
+#include "library/DuplicateReport.h"
 #include "library/MovePlan.h"
 #include "library/SetDocument.h"
 #include "probe/ProbeRunner.h"
@@ -211,7 +212,7 @@ void mark(FormatManager &manager, const PluginPtr &item, bool on)
         return;
     item->setActive(on);
     item->updateLocation(manager.type());
-    manager.updateRecord(item);
+    manager.marking().updateRecord(item);
 }
 
 // The apply's plan for the pending changes, as a check reports it: a move the apply would make,
@@ -352,7 +353,8 @@ int CliRunner::applySets(CliSession &session, const Options &options)
         FormatManager *manager = context.manager(format.type);
         manager->rescan();
         const ActiveStates before = activeStates(*manager);
-        for (const QString &name : manager->mergeItems(documents.at(paths.at(format.type))))
+        for (const QString &name :
+             manager->sets().mergeEntries(documents.at(paths.at(format.type))))
             report.warning(QStringLiteral("warning: %1 set \"%2\": no installed plug-in \"%3\"")
                                .arg(format.prefix, shownLine(options.sets.value(format.type)),
                                     shownLine(name)));
@@ -553,7 +555,7 @@ int CliRunner::duplicates(CliSession &session, const Options &options)
     Listing listing(options.json, m_out);
     for (FormatManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
-        for (const auto &[name, count] : FormatManager::duplicateNames(manager->items()))
+        for (const auto &[name, count] : DuplicateReport::counts(manager->items()))
             listing.add(QJsonObject{{QStringLiteral("format"), format},
                                     {QStringLiteral("name"), displayName(name)},
                                     {QStringLiteral("count"), count}},

@@ -3,10 +3,12 @@
 #include "core/AppServices.h"
 #include "core/FormatTable.h"
 #include "core/Locations.h"
+#include "core/PluginList.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/DistributionGuard.h"
-#include "library/FormatManager.h"
+#include "library/FormatTraits.h"
+#include "library/Marking.h"
 #include "library/MovePlan.h"
 #include "library/RightsMover.h"
 #include "os/FileOperations.h"
@@ -39,14 +41,13 @@ bool writable(const FileOperations &files, const QString &folder)
 // Whether korvane-helper serves the folder: the system folders of the built-in rows alone. It
 // reads no environment, so a folder a host's variable adds is not its to change, and one such
 // move in a request would have the whole request refused.
-bool helperServes(const FormatManager &manager, const QString &folder)
+bool helperServes(const Format &format, const Locations &locations, const QString &folder)
 {
-    const Format &format = manager.traits();
     const Format *builtIn = FormatTable::builtIn().find(format.type);
     if (!builtIn || builtIn->prefix != format.prefix)
         return false;
     for (int loc = 0; loc < builtIn->locationCount(); ++loc)
-        if (builtIn->isSystem(loc) && manager.locations().folderPath(*builtIn, loc) == folder)
+        if (builtIn->isSystem(loc) && locations.folderPath(*builtIn, loc) == folder)
             return true;
     return false;
 }
@@ -73,31 +74,32 @@ QString someOf(const QStringList &lines)
 
 } // namespace
 
-bool RightsApply::needsRights(const FormatManager &manager, const Plugin &item)
+bool RightsApply::needsRights(const Format &format, const Locations &locations,
+                              const FileOperations &files, const Plugin &item)
 {
     if (!item.isGlobal())
         return false;
-    const Format &format = manager.traits();
     const int loc = item.locationCode(format);
     // No rights change what the distribution owns: such a plug-in is refused, not elevated.
     if (format.isDistributionOwned(loc))
         return false;
-    const FileOperations &files = manager.files();
     // The other folder of its pair: where switching it on or off puts it.
-    const QString other = manager.locations().folderPath(format, loc ^ 1);
+    const QString other = locations.folderPath(format, loc ^ 1);
     return !writable(files, item.location()) || !writable(files, other);
 }
 
-void RightsApply::run(FormatManager &manager, RightsMover &mover)
+void RightsApply::run(const FormatTraits &format, const PluginList &list, Marking &marking,
+                      AppServices &services, RightsMover &mover)
 {
-    FileOperations &files = manager.files();
+    FileOperations &files = services.files();
+    const Locations &locations = services.locations();
     // Pair 1 is every row's first user pair: where a copy for the person alone goes.
-    const QString userFolder = manager.locations().folderPath(manager.traits(), LocUserActive);
-    const DistributionGuard guard(manager.traits(), manager.locations());
+    const QString userFolder = locations.folderPath(format, LocUserActive);
+    const DistributionGuard guard(format, locations);
     QList<Pending> pending;
-    const QList<PluginRecord> &records = manager.plugins().records();
+    const QList<PluginRecord> &records = list.records();
     // Where each change goes is the planner's, as for the applier and the check.
-    const MovePlanner planner(files, manager.traits(), manager.plugins(), manager.locations());
+    const MovePlanner planner(files, format, list, locations);
     for (qsizetype i = 0; i < records.size(); ++i) {
         const PluginRecord &record = records.at(i);
         if (record.isProcessed())
@@ -113,7 +115,8 @@ void RightsApply::run(FormatManager &manager, RightsMover &mover)
         if (writable(files, record.folder()) && writable(files, item->location()))
             continue;
         // Left to the apply, which says its failure as for any folder it cannot write.
-        if (!helperServes(manager, record.folder()) || !helperServes(manager, item->location()))
+        if (!helperServes(format, locations, record.folder())
+            || !helperServes(format, locations, item->location()))
             continue;
         // The record's folder is the format folder it was found in, whichever pair that is.
         pending << Pending{int(i),           move.name,
@@ -127,12 +130,11 @@ void RightsApply::run(FormatManager &manager, RightsMover &mover)
     for (const Pending &change : std::as_const(pending))
         moves << qMakePair(change.from, change.to);
     const RightsMover::Outcome outcome = mover.move(moves);
-    AppServices &services = manager.services();
-    UserInterface &ui = manager.ui();
+    UserInterface &ui = services.ui();
     // Settled either way: what is left is said here, and the apply that follows would only meet
     // "Permission denied" once per plug-in.
     for (const Pending &change : std::as_const(pending))
-        manager.settleRecord(change.record);
+        marking.settleRecord(change.record);
 
     if (outcome.state == RightsMover::State::Done)
         return;

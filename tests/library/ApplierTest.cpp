@@ -42,24 +42,24 @@ void writeSidecarType(const QString &item, const QByteArray &type)
 
 } // namespace
 
-class ActivationTest : public FormatManagerFixture {
+class ApplierTest : public FormatManagerFixture {
 protected:
     static void mark(FormatManager *manager, const QString &name, bool active)
     {
-        manager->selectRows({rowOf(manager, name)});
-        active ? manager->setSelectedActive() : manager->setSelectedInactive();
+        manager->table().selectRows({rowOf(manager, name)});
+        active ? manager->marking().setSelectedActive() : manager->marking().setSelectedInactive();
     }
     QString source, target;
     QStringList entries(const QString &folder) { return disk().directoryContents(folder); }
 };
 
-TEST_F(ActivationTest, ApplyMovesEveryPendingChange)
+TEST_F(ApplierTest, ApplyMovesEveryPendingChange)
 {
     const QString a = addAU(LocSystemActive, "A.component");
     addAU(LocSystemActive, "B.component");
     B::makeAudioUnit(folder(TypeAU, 3), "C.component", MachO::ppc());
     au->rescan();
-    au->setAllInactive(); // C is off already
+    au->marking().setAllInactive(); // C is off already
     au->apply();
     EXPECT_TRUE(whole(auPath(1, "A.component"), MachO::intel()) && !exists(a));
     EXPECT_FALSE(au->isApplyEnabled());
@@ -80,7 +80,7 @@ TEST_F(ActivationTest, ApplyMovesEveryPendingChange)
 
 // A failure asks whether to go on; Stop, or Cancel between plug-ins, leaves the rest where they
 // are.
-TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
+TEST_F(ApplierTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
 {
     for (const char *name : {"A.component", "B.component", "C.component"})
         addAU(LocSystemActive, name);
@@ -89,7 +89,7 @@ TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
     relaunch(&files);
     const auto apply = [this] {
         au->rescan();
-        au->setAllInactive();
+        au->marking().setAllInactive();
         QStringList reported;
         for (const MoveOutcome &o : au->applyPending())
             reported << QString("%1 %2%3").arg(o.name).arg(int(o.ok)).arg(int(o.stopped));
@@ -117,13 +117,13 @@ TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
 // Something in the way that is no plug-in of the format (a user's file of the same name) goes to
 // the trash, and the logs say so; a plug-in that came to the target after the scan is installed
 // like any other and stays, and so does the moving one.
-TEST_F(ActivationTest, AFileInTheWayGoesToTheTrashSaidButALateCopyStays)
+TEST_F(ApplierTest, AFileInTheWayGoesToTheTrashSaidButALateCopyStays)
 {
     SystemLogCapture capture;
     const auto conflict = [&](bool plugIn) {
         source = B::makeVST(folder(TypeVST, 0), "Foo.vst", MachO::ppc());
         vst->rescan();
-        vst->setAllInactive();
+        vst->marking().setAllInactive();
         target = plugIn ? B::makeVST(folder(TypeVST, 1), "Foo.vst", MachO::intel())
                         : B::makeFile(folder(TypeVST, 1), "Foo.vst", {}, "notes");
     };
@@ -175,7 +175,7 @@ TEST_F(ActivationTest, AFileInTheWayGoesToTheTrashSaidButALateCopyStays)
 
 // Whichever copy of a twice-installed plug-in goes first, the other must not replace it; an
 // identical copy already in place settles the pair instead, the moving copy going to the trash.
-TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical)
+TEST_F(ApplierTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical)
 {
     // Foo in the user's folder (Intel) and disabled system-wide (PPC), both marked for the empty
     // system folder; Bar on there and a different build in the user's folder; Qux on and off.
@@ -189,7 +189,7 @@ TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical
     au->rescan();
     for (const PluginPtr &it : au->items())
         if (!it->isGlobal() || !it->isActive())
-            au->changeItem(it, it->isGlobal() ? "AUActive" : "AUGlobal", true);
+            au->marking().changeItem(it, it->isGlobal() ? "AUActive" : "AUGlobal", true);
 
     QStringList reported;
     for (const MoveOutcome &o : au->applyPending())
@@ -213,7 +213,7 @@ TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical
     EXPECT_EQ(names(au).count("Qux.component"), 1);
 }
 
-TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)
+TEST_F(ApplierTest, ContentInTheFormatsFoldersFollowsThePlugIn)
 {
     setPref("AUMoveContent", true);
     addAU(LocSystemActive, "Foo.component");
@@ -238,7 +238,7 @@ TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)
 }
 
 // A companion added in the info panel once moved only after the next rescan.
-TEST_F(ActivationTest, ACompanionAddedSinceTheScanMovesWithTheFirstApply)
+TEST_F(ApplierTest, ACompanionAddedSinceTheScanMovesWithTheFirstApply)
 {
     setPref("AUMoveContent", true);
     addAU(LocSystemActive, "Foo.component");
@@ -253,7 +253,7 @@ TEST_F(ActivationTest, ACompanionAddedSinceTheScanMovesWithTheFirstApply)
 
 // What a move across file systems leaves when its process dies at each step, and what the next
 // scan makes of it: one whole copy under the plug-in's name, nothing half-copied in sight.
-TEST_F(ActivationTest, TheNextScanLeavesOneWholeCopyUnderTheName)
+TEST_F(ApplierTest, TheNextScanLeavesOneWholeCopyUnderTheName)
 {
     const QString name = "Echo.component", on = folder(TypeAU, 0), off = folder(TypeAU, 1);
     const QString hidden = "." + name + ".korvane-removing", part = "." + name + ".korvane-partial";
@@ -306,7 +306,7 @@ TEST_F(ActivationTest, TheNextScanLeavesOneWholeCopyUnderTheName)
 // A staging folder names the mover that made it. While that mover runs, the scan leaves its work
 // alone; one named after a pid whose process started at another time is a dead mover's, and the
 // next scan puts it right as any move cut short.
-TEST_F(ActivationTest, OnlyTheLeftoversOfAMoverThatIsGoneAreSettled)
+TEST_F(ApplierTest, OnlyTheLeftoversOfAMoverThatIsGoneAreSettled)
 {
     const QString on = folder(TypeAU, LocSystemActive), off = folder(TypeAU, LocSystemDisabled);
     QProcess mover;
@@ -351,7 +351,7 @@ TEST_F(ActivationTest, OnlyTheLeftoversOfAMoverThatIsGoneAreSettled)
 
 // A move cut short between a plug-in and its Finder information: the next scan puts the sidecar
 // beside the plug-in, but only where that is beyond doubt, and never over another sidecar.
-TEST_F(ActivationTest, ALoneSidecarJoinsItsPlugInOnlyWhereThatIsBeyondDoubt)
+TEST_F(ApplierTest, ALoneSidecarJoinsItsPlugInOnlyWhereThatIsBeyondDoubt)
 {
     const QString on = folder(TypeAU, LocSystemActive), off = folder(TypeAU, LocSystemDisabled);
     const QString user = folder(TypeAU, LocUserActive);
@@ -384,7 +384,7 @@ TEST_F(ActivationTest, ALoneSidecarJoinsItsPlugInOnlyWhereThatIsBeyondDoubt)
 
 // A subfolder's plug-in moved off with subfolders on, its old copy still hidden beside it: only a
 // scan holding the library settles it. Moved back, it returns to its subfolder.
-TEST_F(ActivationTest, OnlyAScanThatHasTheLibraryToItselfTouchesLeftovers)
+TEST_F(ApplierTest, OnlyAScanThatHasTheLibraryToItselfTouchesLeftovers)
 {
     const QString vstOn = folder(TypeVST, LocUserActive), vstOff = folder(TypeVST, LocUserDisabled);
     const QString moved = B::makeVST(vstOff + "/Sub", "Fx.vst", MachO::intel());
@@ -424,7 +424,7 @@ TEST_F(ActivationTest, OnlyAScanThatHasTheLibraryToItselfTouchesLeftovers)
 // A plain-file VST known only by the Finder type in its sidecar, switched on where a stale
 // sidecar of no plug-in lies: that goes to the trash, said, and the plug-in moves with its own
 // Finder information, so it is still a plug-in. Where the stale one cannot go, nothing moves.
-TEST_F(ActivationTest, AStaleSidecarInTheWayGoesToTheTrashAndThePlugInStaysListed)
+TEST_F(ApplierTest, AStaleSidecarInTheWayGoesToTheTrashAndThePlugInStaysListed)
 {
     const QString on = folder(TypeVST, LocSystemActive), off = folder(TypeVST, LocSystemDisabled);
     writeSidecarType(B::makeFile(off, "Foo"), "aPcs");
@@ -469,7 +469,7 @@ TEST_F(ActivationTest, AStaleSidecarInTheWayGoesToTheTrashAndThePlugInStaysListe
 
 // Whatever a path's text says, a link on the way can lead out of the folders: a companion behind
 // one, and a plug-in whose subfolder in the other folder is one, stay where they are, said.
-TEST_F(ActivationTest, NothingMovesThroughALinkOnTheWay)
+TEST_F(ApplierTest, NothingMovesThroughALinkOnTheWay)
 {
     QTemporaryDir outside;
     const QString victim = B::makeFile(outside.path(), "victim", {}, "not ours");
