@@ -13,6 +13,7 @@
 #include "codec/PropertyList.h"
 #include "core/Locations.h"
 #include "gui/Translations.h"
+#include "gui/dialogs/DuplicatesDialog.h"
 #include "gui/main/FormatTab.h"
 #include "gui/main/MainWindow.h"
 #include "gui/windows/AboutPanel.h"
@@ -21,6 +22,7 @@
 #include "gui/windows/LaunchScriptPanel.h"
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
+#include "library/DuplicateReport.h"
 #include "library/FormatManager.h"
 #include "os/LocalFileOperations.h"
 
@@ -172,6 +174,12 @@ int main(int argc, char *argv[])
         au.maintenance().reportDuplicates();
         vst.maintenance().reportDuplicates();
         ok &= save(window, out + QStringLiteral("/log.png"));
+    }
+    {
+        DuplicatesDialog report(
+            au,
+            DuplicateReport::find(au.plugins(), context.locations().allFolderPaths(au.traits())));
+        ok &= save(report, out + QStringLiteral("/duplicates.png"));
     }
     {
         context.pref()->store()->setValue(QStringLiteral("AUShowContent"), true);

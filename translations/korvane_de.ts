@@ -1721,5 +1721,25 @@ Abgelegt: %2
         <source>Belongs to the distribution: Korvane does not switch it</source>
         <translation>Gehört zur Distribution: Korvane schaltet es nicht um</translation>
     </message>
+    <message>
+        <source>No plug-in is installed more than once.</source>
+        <translation>Kein Plug-In ist mehr als einmal installiert.</translation>
+    </message>
+    <message>
+        <source>Plug-ins installed more than once: %1</source>
+        <translation>Mehrfach installierte Plug-Ins: %1</translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation>Zustand</translation>
+    </message>
+    <message>
+        <source>Installed copies</source>
+        <translation>Installierte Kopien</translation>
+    </message>
+    <message>
+        <source>Select in Table</source>
+        <translation>In Tabelle auswählen</translation>
+    </message>
 </context>
 </TS>

@@ -555,11 +555,29 @@ int CliRunner::duplicates(CliSession &session, const Options &options)
     Listing listing(options.json, m_out);
     for (FormatManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
-        for (const auto &[name, count] : DuplicateReport::counts(manager->items()))
-            listing.add(QJsonObject{{QStringLiteral("format"), format},
-                                    {QStringLiteral("name"), displayName(name)},
-                                    {QStringLiteral("count"), count}},
-                        {format, QString::number(count), name});
+        const QStringList folders = manager->locations().allFolderPaths(manager->traits());
+        for (const DuplicateReport::Name &name :
+             DuplicateReport::find(manager->plugins(), folders)) {
+            const QString count = QString::number(name.copies.size());
+            QJsonArray copies;
+            for (const DuplicateReport::Copy &copy : name.copies)
+                copies.append(QJsonObject{{QStringLiteral("location"), displayName(copy.folder)},
+                                          {QStringLiteral("version"), displayName(copy.version)},
+                                          {QStringLiteral("active"), copy.active}});
+            if (options.json) {
+                listing.add(QJsonObject{{QStringLiteral("format"), format},
+                                        {QStringLiteral("name"), displayName(name.name)},
+                                        {QStringLiteral("count"), int(name.copies.size())},
+                                        {QStringLiteral("copies"), copies}},
+                            {});
+                continue;
+            }
+            // A line per copy: what tells the copies apart is the point of the report.
+            for (const DuplicateReport::Copy &copy : name.copies)
+                listing.add({}, {format, count, name.name, onOff(copy.active),
+                                 copy.version.isEmpty() ? QStringLiteral("-") : copy.version,
+                                 copy.folder});
+        }
     }
     listing.print();
     return ExitDone;

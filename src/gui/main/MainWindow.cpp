@@ -5,8 +5,10 @@
 #include "app/AppController.h"
 #include "app/LaunchScript.h"
 #include "app/Preferences.h"
+#include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "gui/dialogs/DuplicatesDialog.h"
 #include "gui/main/FormatTab.h"
 #include "gui/main/WindowState.h"
 #include "gui/table/PluginTableView.h"
@@ -20,6 +22,7 @@
 #include "gui/windows/WindowKeys.h"
 #include "library/AudioUnitSolo.h"
 #include "library/BulkMarks.h"
+#include "library/DuplicateReport.h"
 #include "library/FormatManager.h"
 #include "library/UnsavedWork.h"
 
@@ -263,7 +266,7 @@ void MainWindow::makePlugInsMenu()
             manager->rescan();
     });
     addItem(menu, "miInfo", korvane::tr("Info"), front(&Maintenance::requestInfo));
-    addItem(menu, "miDuplicates", korvane::tr("Duplicates"), front(&Maintenance::reportDuplicates));
+    addItem(menu, "miDuplicates", korvane::tr("Duplicates"), [this] { showDuplicates(); });
     addItem(menu, "miBackup", korvane::tr("Backup"), front(&Maintenance::backup));
     addItem(menu, "miBackupRestore", korvane::tr("Restore Backup"),
             front(&Maintenance::restoreBackup));
@@ -363,6 +366,21 @@ void MainWindow::examineAudioUnitAlone()
     AudioUnitSolo solo(*au);
     solo.begin(item);
     solo.end();
+}
+
+void MainWindow::showDuplicates()
+{
+    FormatManager *manager = frontManager();
+    if (!manager)
+        return;
+    manager->maintenance().reportDuplicates();
+    auto *report = new DuplicatesDialog(
+        *manager,
+        DuplicateReport::find(manager->plugins(),
+                              manager->locations().allFolderPaths(manager->traits())),
+        this);
+    report->setAttribute(Qt::WA_DeleteOnClose);
+    report->show();
 }
 
 } // namespace korvane

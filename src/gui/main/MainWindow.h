@@ -64,6 +64,8 @@ private:
     void updateMenus();
     FormatManager *frontManager() const; // by the controller's active type
     void examineAudioUnitAlone();
+    // The front format's duplicates in the log and in a report that selects them in the table.
+    void showDuplicates();
 
     AppContext &m_context;
     AppController &m_main;
