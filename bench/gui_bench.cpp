@@ -93,7 +93,7 @@ void measureGui(int n, QTextStream &out)
     parts.prepareWindow = false;
     AppContext context(std::move(parts));
     FormatManager *au = context.manager(TypeAU);
-    au->showArchitectureColumn(true);
+    au->table().showArchitectureColumn(true);
 
     // The scan alone, then the scan of a table on screen: the difference is the table's part.
     au->rescan();
@@ -135,7 +135,7 @@ void measureGui(int n, QTextStream &out)
     QList<int> selected;
     for (int row = 0; row < n; row += n / 100)
         selected << row;
-    au->selectRows(selected);
+    au->table().selectRows(selected);
     QHeaderView *header = view->horizontalHeader();
     double sortWorst = 0;
     double sortBest = 1e300;
@@ -153,7 +153,7 @@ void measureGui(int n, QTextStream &out)
         sortWorst = std::max(sortWorst, took);
         sortBest = std::min(sortBest, took);
     }
-    const bool selectionKept = au->selectedItems().size() == selected.size()
+    const bool selectionKept = au->table().selectedItems().size() == selected.size()
                                && view->selectionModel()->selectedRows().size() == selected.size();
 
     // Typing into the search field and clearing it again, a keystroke at a time.

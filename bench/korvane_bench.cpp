@@ -8,6 +8,7 @@
 #include "app/AppContext.h"
 #include "core/Locations.h"
 #include "core/UserInterface.h"
+#include "library/DuplicateReport.h"
 #include "library/FormatManager.h"
 
 #include <QCoreApplication>
@@ -224,7 +225,7 @@ void measure(int n, QTextStream &out)
     QList<PluginPtr> doubled = au->items();
     for (const PluginPtr &item : au->items())
         doubled << std::make_shared<Plugin>(*item);
-    const double duplicates = bestOf(sizeRuns, [&] { FormatManager::duplicateNames(doubled); });
+    const double duplicates = bestOf(sizeRuns, [&] { DuplicateReport::counts(doubled); });
 
     out << "items_" << n << ": " << items << "\n";
     out << "baseline_ms_" << n << ": " << QString::number(baseline, 'f', 1) << "\n";
@@ -252,7 +253,7 @@ void buildAudioUnits(const QString &folder, int n)
 // rescan apart. Returns the moves' milliseconds.
 double timedApply(FormatManager *au, bool active, double *rescanMs)
 {
-    active ? au->setAllActive() : au->setAllInactive();
+    active ? au->marking().setAllActive() : au->marking().setAllInactive();
     QElapsedTimer timer;
     qint64 movedNs = -1;
     const auto connection = QObject::connect(au, &FormatManager::itemsAboutToBeReset, [&] {

@@ -618,7 +618,7 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
     au.rescan();
     library.core().main()->storeContent({"Plug00000.component", "Library/Kept/Data"});
     library.core().main()->saveGroupRegistry();
-    au.saveGroups();
+    au.groups().save();
     au.sets().saveSetList();
     const Locations locations(Roots::at(library.root(), library.home()));
     QStringList files;

@@ -16,6 +16,7 @@
 #include "codec/PropertyList.h"
 #include "core/Locations.h"
 #include "gui/Translations.h"
+#include "gui/dialogs/DuplicatesDialog.h"
 #include "gui/dialogs/UnusedFormatsDialog.h"
 #include "gui/main/AllPluginsModel.h"
 #include "gui/main/AllPluginsView.h"
@@ -28,6 +29,7 @@
 #include "gui/windows/LaunchScriptPanel.h"
 #include "gui/windows/LogWindow.h"
 #include "gui/windows/PreferencesWindow.h"
+#include "library/DuplicateReport.h"
 #include "library/FormatManager.h"
 #include "os/LocalFileOperations.h"
 
@@ -175,7 +177,7 @@ int main(int argc, char *argv[])
         else
             window.resize(1100, 560);
         main.setActiveType(TypeAU);
-        au.selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
+        au.table().selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
         return save(window, out + QStringLiteral("/main-window-") + variant + ".png") ? 0 : 1;
     }
 
@@ -252,15 +254,21 @@ int main(int argc, char *argv[])
     }
     {
         LogWindow window(main);
-        au.reportDuplicates();
-        vst.reportDuplicates();
+        au.maintenance().reportDuplicates();
+        vst.maintenance().reportDuplicates();
         ok &= save(window, out + QStringLiteral("/log.png"));
+    }
+    {
+        DuplicatesDialog report(
+            au,
+            DuplicateReport::find(au.plugins(), context.locations().allFolderPaths(au.traits())));
+        ok &= save(report, out + QStringLiteral("/duplicates.png"));
     }
     {
         context.pref()->store()->setValue(QStringLiteral("AUShowContent"), true);
         InfoPanel panel(*context.info());
-        au.selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
-        au.requestInfo();
+        au.table().selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
+        au.maintenance().requestInfo();
         ok &= save(panel, out + QStringLiteral("/info.png"));
     }
     {

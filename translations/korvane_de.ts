@@ -1858,6 +1858,14 @@ Abgelegt: %2
         <translation>Formate</translation>
     </message>
     <message>
+        <source>No plug-in is installed more than once.</source>
+        <translation>Kein Plug-In ist mehr als einmal installiert.</translation>
+    </message>
+    <message>
+        <source>Plug-ins installed more than once: %1</source>
+        <translation>Mehrfach installierte Plug-Ins: %1</translation>
+    </message>
+    <message>
         <source>State</source>
         <translation>Zustand</translation>
     </message>
@@ -1928,6 +1936,14 @@ Make the folder writable for yourself, or switch these plug-ins with KorvaneCMD 
 %1
 
 Machen Sie den Ordner für sich beschreibbar, oder schalten Sie diese Plug-Ins mit KorvaneCMD als root um.</translation>
+    </message>
+    <message>
+        <source>Installed copies</source>
+        <translation>Installierte Kopien</translation>
+    </message>
+    <message>
+        <source>Select in Table</source>
+        <translation>In Tabelle auswählen</translation>
     </message>
 </context>
 </TS>

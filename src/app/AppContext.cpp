@@ -85,7 +85,7 @@ void AppContext::prepareWindow()
 {
     m_main->prepareWindow();
     for (FormatManager *manager : std::as_const(m_managerList))
-        manager->loadSetList();
+        manager->sets().loadSetList();
     m_pref->prepareWindow();
 }
 

@@ -105,7 +105,7 @@ void AppController::saveState()
     saveGroupRegistry();
     // Every format saves, switched on or not: a format's files outlive its tab.
     for (FormatManager *manager : std::as_const(m_managers))
-        manager->saveGroups();
+        manager->groups().save();
     for (FormatManager *manager : std::as_const(m_managers))
         manager->sets().saveSetList();
     m_pref->setDefaultType(activeType());
@@ -312,61 +312,61 @@ void AppController::moveSelectedToTrash()
     if (ui().runAlert(alert) != AlertAnswer::Alternate)
         return;
     if (FormatManager *manager = activeManager())
-        manager->moveSelectedToTrash();
+        manager->maintenance().moveSelectedToTrash();
 }
 
 void AppController::setAllActive()
 {
     if (FormatManager *manager = activeManager())
-        manager->setAllActive();
+        manager->marking().setAllActive();
 }
 
 void AppController::setAllInactive()
 {
     if (FormatManager *manager = activeManager())
-        manager->setAllInactive();
+        manager->marking().setAllInactive();
 }
 
 void AppController::setGroupActive()
 {
     if (FormatManager *manager = activeManager())
-        manager->setGroupActive();
+        manager->marking().setGroupActive();
 }
 
 void AppController::setGroupInactive()
 {
     if (FormatManager *manager = activeManager())
-        manager->setGroupInactive();
+        manager->marking().setGroupInactive();
 }
 
 void AppController::setSelectedActive()
 {
     if (FormatManager *manager = activeManager())
-        manager->setSelectedActive();
+        manager->marking().setSelectedActive();
 }
 
 void AppController::setSelectedInactive()
 {
     if (FormatManager *manager = activeManager())
-        manager->setSelectedInactive();
+        manager->marking().setSelectedInactive();
 }
 
 void AppController::setGroup(const QString &title)
 {
     if (FormatManager *manager = activeManager())
-        manager->setGroup(title);
+        manager->groups().setGroup(title);
 }
 
 void AppController::setArchitectureActive(int architecture, bool active)
 {
     if (FormatManager *manager = activeManager())
-        manager->setArchitectureActive(architecture, active);
+        manager->maintenance().setArchitectureActive(architecture, active);
 }
 
 void AppController::showArchitectureColumn(int type, bool show)
 {
     if (FormatManager *manager = managerOf(type))
-        manager->showArchitectureColumn(show);
+        manager->table().showArchitectureColumn(show);
 }
 
 bool AppController::isMenuItemEnabled(MenuItem item) const

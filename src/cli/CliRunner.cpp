@@ -8,6 +8,7 @@
 #include "cli/ShownText.h"
 #include "cli/TextTable.h"
 #include "core/Locations.h"
+#include "library/DuplicateReport.h"
 #include "library/MovePlan.h"
 #include "library/SetDocument.h"
 #include "probe/ProbeRunner.h"
@@ -247,7 +248,7 @@ void mark(FormatManager &manager, const PluginPtr &item, bool on)
         return;
     item->setActive(on);
     item->updateLocation(manager.type());
-    manager.updateRecord(item);
+    manager.marking().updateRecord(item);
 }
 
 // The apply's plan for the pending changes, as a check reports it: a move the apply would make,
@@ -388,7 +389,8 @@ int CliRunner::applySets(CliSession &session, const Options &options)
         FormatManager *manager = context.manager(format.type);
         manager->rescan();
         const ActiveStates before = activeStates(*manager);
-        for (const QString &name : manager->mergeItems(documents.at(paths.at(format.type))))
+        for (const QString &name :
+             manager->sets().mergeEntries(documents.at(paths.at(format.type))))
             report.warning(QStringLiteral("warning: %1 set \"%2\": no installed plug-in \"%3\"")
                                .arg(format.prefix, shownLine(options.sets.value(format.type)),
                                     shownLine(name)));
@@ -598,11 +600,29 @@ int CliRunner::duplicates(CliSession &session, const Options &options)
     Listing listing(options.json, m_out);
     for (FormatManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
-        for (const auto &[name, count] : FormatManager::duplicateNames(manager->items()))
-            listing.add(QJsonObject{{QStringLiteral("format"), format},
-                                    {QStringLiteral("name"), displayName(name)},
-                                    {QStringLiteral("count"), count}},
-                        {format, QString::number(count), name});
+        const QStringList folders = manager->locations().allFolderPaths(manager->traits());
+        for (const DuplicateReport::Name &name :
+             DuplicateReport::find(manager->plugins(), folders)) {
+            const QString count = QString::number(name.copies.size());
+            QJsonArray copies;
+            for (const DuplicateReport::Copy &copy : name.copies)
+                copies.append(QJsonObject{{QStringLiteral("location"), displayName(copy.folder)},
+                                          {QStringLiteral("version"), displayName(copy.version)},
+                                          {QStringLiteral("active"), copy.active}});
+            if (options.json) {
+                listing.add(QJsonObject{{QStringLiteral("format"), format},
+                                        {QStringLiteral("name"), displayName(name.name)},
+                                        {QStringLiteral("count"), int(name.copies.size())},
+                                        {QStringLiteral("copies"), copies}},
+                            {});
+                continue;
+            }
+            // A line per copy: what tells the copies apart is the point of the report.
+            for (const DuplicateReport::Copy &copy : name.copies)
+                listing.add({}, {format, count, name.name, onOff(copy.active),
+                                 copy.version.isEmpty() ? QStringLiteral("-") : copy.version,
+                                 copy.folder});
+        }
     }
     listing.print();
     return ExitDone;

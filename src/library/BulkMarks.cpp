@@ -72,7 +72,7 @@ QList<PluginPtr> BulkMarks::mark(FormatManager &manager, const QList<PluginPtr> 
         if (manager.ui().runAlert(alert) != AlertAnswer::Default)
             return {};
     }
-    return manager.markItems(changing, active, actionName(count, active));
+    return manager.marking().markItems(changing, active, actionName(count, active));
 }
 
 QList<PluginPtr> BulkMarks::all(FormatManager &manager, const View &view, bool active)
@@ -83,7 +83,7 @@ QList<PluginPtr> BulkMarks::all(FormatManager &manager, const View &view, bool a
 QList<PluginPtr> BulkMarks::selected(FormatManager &manager, bool active)
 {
     // The selection holds only rows shown: the filter takes hidden ones out of it.
-    return mark(manager, manager.selectedItems(), nullptr, active);
+    return mark(manager, manager.table().selectedItems(), nullptr, active);
 }
 
 QList<PluginPtr> BulkMarks::group(FormatManager &manager, const View &view, const QString &group,

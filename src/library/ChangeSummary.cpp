@@ -27,7 +27,9 @@ ChangeSummary ChangeSummary::of(const FormatManager &manager)
         const QString key = item->location() % QLatin1Char(item->isActive() ? '1' : '0');
         auto found = rights.constFind(key);
         if (found == rights.cend())
-            found = rights.insert(key, RightsApply::needsRights(manager, *item));
+            found =
+                rights.insert(key, RightsApply::needsRights(manager.traits(), manager.locations(),
+                                                            manager.files(), *item));
         summary.needRights += *found ? 1 : 0;
     }
     return summary;

@@ -7,11 +7,25 @@
 #include "core/UserInterface.h"
 #include "library/DistributionGuard.h"
 #include "library/FormatManager.h"
+#include "library/Reporting.h"
 #include "os/FileOperations.h"
+#include "os/SystemLog.h"
 
 #include <QFileInfo>
 
 namespace korvane {
+
+namespace {
+
+// The last component of a dropped path; a folder may arrive with a trailing separator.
+QString lastPathComponent(QString path)
+{
+    while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
+        path.chop(1);
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+} // namespace
 
 QString DropInstall::versionOf(const QString &path)
 {
@@ -104,6 +118,62 @@ DropInstall::Choice DropInstall::copy(FormatManager &manager, const QString &pat
     manager.services().appendLog(korvane::tr("%1 not installed: %2\n").arg(path, error.reason));
     return manager.services().askToProceedAfter(error) == FileErrorAnswer::Stop ? Choice::Stop
                                                                                 : Choice::Skip;
+}
+
+bool DropInstall::install(FormatManager &manager, const QStringList &paths)
+{
+    const FormatTraits &traits = manager.traits();
+    UserInterface &ui = manager.ui();
+    Alert alert;
+    alert.style = Alert::Informational;
+    alert.messageText = korvane::tr("Install Files");
+    alert.informativeText = korvane::tr(traits.installInformative.toUtf8().constData());
+    alert.buttons = {korvane::tr(traits.installFirstButton.toUtf8().constData()),
+                     korvane::tr("All Files"), korvane::tr("Cancel")};
+    alert.addedButtons = true;
+    const AlertAnswer answer = ui.runAlert(alert);
+    if (answer != AlertAnswer::First && answer != AlertAnswer::Second)
+        return false;
+    const bool allFiles = answer == AlertAnswer::Second;
+
+    ui.progressBegin(korvane::tr(traits.installProgressTitle.toUtf8().constData()));
+    ui.progressDetail(QString());
+    FileOperations &files = manager.files();
+    const int count = int(paths.size());
+    int i = 0;
+    {
+        const CopyProgressScope bytes(files, copyProgressFor(ui, i, count));
+        for (; i < count; ++i) {
+            // A person may stop a long install between files; what was copied stays.
+            if (ui.progressCancelled())
+                break;
+            const QString &path = paths.at(i);
+            const QString name = lastPathComponent(path);
+            ui.progressText(path);
+            ui.progressDetail(QString());
+            ui.progressValue(i + 1, count);
+            const bool recognised = traits.recognise(traits.recognitionTakesFullPath ? path : name);
+            if (!recognised && !allFiles)
+                continue;
+            QString target = manager.locations().expand(traits.installPath(name));
+            // An installed copy is asked about, and every failure said.
+            Choice choice = settle(manager, path, &target);
+            if (choice == Choice::Install)
+                choice = copy(manager, path, target);
+            if (choice == Choice::Stop) {
+                ++i; // this one was tried
+                break;
+            }
+        }
+    }
+    if (i < count) {
+        const QString left = paths.mid(i).join(QStringLiteral(", "));
+        systemLog(QStringLiteral("Stopped, not installed: %1").arg(left));
+        manager.services().appendLog(korvane::tr("Stopped, not installed: %1\n").arg(left));
+    }
+    manager.rescan();
+    ui.progressEnd();
+    return true;
 }
 
 } // namespace korvane

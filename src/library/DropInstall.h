@@ -16,6 +16,11 @@ class DropInstall {
 public:
     enum class Choice { Install, Skip, Stop };
 
+    // Installs the dropped paths where the format installs, after asking whether only the
+    // plug-ins the format recognises or all files; then rescans. False when the person cancelled
+    // before anything was copied.
+    static bool install(FormatManager &manager, const QStringList &paths);
+
     // Before the dropped item at path is copied to target: the installed copies of its name,
     // asked about and dealt with. target may become the format's disabled folder (Keep Both).
     static Choice settle(FormatManager &manager, const QString &path, QString *target);

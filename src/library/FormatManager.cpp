@@ -2,20 +2,43 @@
 
 #include "core/AppServices.h"
 #include "core/Locations.h"
+#include "core/Texts.h"
 #include "core/UndoStack.h"
-#include "library/TableColumns.h"
-
-#include <QPointer>
+#include "core/UserInterface.h"
+#include "library/Applier.h"
+#include "library/RightsApply.h"
+#include "os/LibraryLock.h"
 
 #include <algorithm>
 
 namespace korvane {
 
+namespace {
+
+// Another program moving the same plug-ins at the same time could leave one in neither folder;
+// while one does, nothing moves and the user is told who it is.
+bool libraryLocked(const LibraryLock &lock, UserInterface &ui)
+{
+    if (lock.isLocked())
+        return true;
+    Alert alert;
+    alert.messageText = korvane::tr("Plug-ins not moved");
+    alert.informativeText =
+        lock.holder().isEmpty()
+            ? korvane::tr("The plug-in library could not be locked: %1.").arg(lock.failure())
+            : korvane::tr("%1 is moving plug-ins. Try again when it has finished.")
+                  .arg(lock.holder());
+    alert.buttons = {korvane::tr("OK")};
+    ui.runAlert(alert);
+    return false;
+}
+
+} // namespace
+
 FormatManager::FormatManager(const Format &format, const ManagerParts &parts)
-    : m_traits(format), m_parts(parts), m_sets(*this, m_traits, m_parts),
-      m_scanner(m_traits, m_parts), m_columns{TableColumn::Active, TableColumn::Name,
-                                              TableColumn::Global, TableColumn::Group},
-      m_sortKeys{{TableColumn::Name, true, true}}
+    : m_traits(format), m_parts(parts), m_scanner(m_traits, m_parts), m_marking(*this, m_list),
+      m_sets(*this, m_traits, m_parts), m_groups(*this), m_table(*this, m_list),
+      m_maintenance(*this, m_parts)
 {
 }
 
@@ -58,103 +81,48 @@ void FormatManager::announceChanged(const QList<PluginPtr> &items)
     emit itemsChanged(rows);
 }
 
-void FormatManager::loadSetList()
+void FormatManager::rescan()
 {
-    m_sets.loadSetList();
-    setApplyEnabled(false);
-}
+    AppServices &main = services();
+    main.undoStack()->removeActionsOf(this);
+    main.updateUndoTitle();
+    main.updateRedoTitle();
 
-void FormatManager::selectItems(const QList<PluginPtr> &items, const PluginPtr &lastSelected)
-{
-    m_selection.clear();
-    for (const PluginPtr &item : items)
-        if (item && !m_selection.contains(item))
-            m_selection << item;
-    if (lastSelected && !m_selection.contains(lastSelected))
-        m_selection << lastSelected;
-    // Without a word on which came last, the last one given stands for it.
-    m_lastSelected =
-        lastSelected ? lastSelected : (m_selection.isEmpty() ? PluginPtr() : m_selection.last());
+    // The selection outlives the rescan by name and place; the items themselves are made anew.
+    const QList<QPair<QString, QString>> selected = m_table.selectionPlaces();
+
+    emit itemsAboutToBeReset();
+    m_scanned = true;
+
+    m_scanner.scan(m_list);
+    setApplyEnabled(false);
+    m_table.sort();
+    m_table.refindSelection(selected);
+    emit itemsReset();
     emit selectionChanged();
 }
 
-QList<PluginPtr> FormatManager::selectedItems() const
+void FormatManager::apply()
 {
-    QList<PluginPtr> items;
-    for (int row : selectedRows())
-        items << m_list.at(row);
-    return items;
+    if (!m_sets.offerToSaveSet())
+        return;
+    // Before the lock is taken: the helper takes the system folders' lock itself.
+    if (m_parts.rights)
+        RightsApply::run(m_traits, m_list, m_marking, services(), *m_parts.rights);
+    // Every marked plug-in moves: applying one per press left the rest to be marked again.
+    applyPending();
 }
 
-QList<int> FormatManager::selectedRows() const
+QList<MoveOutcome> FormatManager::applyPending()
 {
-    QList<int> rows;
-    for (const PluginPtr &item : m_selection)
-        if (const int row = rowOf(item); row >= 0)
-            rows << row;
-    std::sort(rows.begin(), rows.end());
-    return rows;
-}
-
-int FormatManager::selectedRow() const
-{
-    return rowOf(m_lastSelected);
-}
-
-void FormatManager::selectRows(const QList<int> &rows, int lastSelected)
-{
-    QList<PluginPtr> items;
-    for (int row : rows)
-        if (m_list.isValidRow(row))
-            items << m_list.at(row);
-    selectItems(items, itemAt(lastSelected));
-}
-
-void FormatManager::markActive(const PluginPtr &item, bool active)
-{
-    item->setActive(active);
-    item->updateLocation(m_traits.type);
-    updateRecord(item);
-}
-
-QList<PluginPtr> FormatManager::markItems(const QList<PluginPtr> &items, bool active,
-                                          const QString &actionName)
-{
-    QList<PluginPtr> changed;
-    for (const PluginPtr &item : items) {
-        if (!item || item->isActive() == active)
-            continue;
-        markActive(item, active);
-        changed << item;
-    }
-    if (changed.isEmpty())
-        return changed;
-    // One step however many moved, so that one Undo takes back one command.
-    UndoStack *undo = services().undoStack();
-    QPointer<FormatManager> self(this);
-    undo->registerUndo(this, [self, changed, active, actionName] {
-        if (self)
-            self->markItems(changed, !active, actionName);
-    });
-    if (!undo->isUndoing())
-        undo->setActionName(actionName);
-    services().updateUndoTitle();
-    services().updateRedoTitle();
-    m_sets.noteItemChanged();
-    announceChanged(changed);
-    return changed;
-}
-
-void FormatManager::markAll(const std::function<bool(const Plugin &)> &which, bool active)
-{
-    QList<PluginPtr> changed;
-    for (const PluginPtr &item : m_list.items()) {
-        if (!which(*item))
-            continue;
-        markActive(item, active);
-        changed << item;
-    }
-    announceChanged(changed);
+    const LibraryLock lock(files(), locations().pluginFolders(m_traits));
+    if (!libraryLocked(lock, ui()))
+        return {};
+    const QList<MoveOutcome> outcomes = Applier(m_traits, m_list, m_parts).applyPending();
+    if (m_list.pendingCount() == 0)
+        setApplyEnabled(false);
+    rescan();
+    return outcomes;
 }
 
 } // namespace korvane

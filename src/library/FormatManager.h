@@ -3,18 +3,17 @@
 #include "core/PluginList.h"
 #include "library/FormatSettings.h"
 #include "library/FormatTraits.h"
+#include "library/GroupAssignment.h"
+#include "library/Maintenance.h"
+#include "library/Marking.h"
 #include "library/Scanner.h"
 #include "library/SetController.h"
+#include "library/TableState.h"
 #include "os/FileOperations.h"
 
 #include <QList>
 #include <QObject>
-#include <QSet>
 #include <QString>
-#include <QStringList>
-#include <QVariant>
-#include <array>
-#include <functional>
 
 namespace korvane {
 
@@ -36,14 +35,6 @@ struct ManagerParts {
     RightsMover *rights = nullptr;
 };
 
-// One column of the table's sort order.
-struct SortKey {
-    QString column; // a column identifier: "AUName", "AULocation", "AUActive", "AUGlobal",
-                    // "AUGroup", "AUType"
-    bool ascending = true;
-    bool caseInsensitive = false;
-};
-
 // What happened to one pending plug-in when it was applied.
 struct MoveOutcome {
     QString name;
@@ -58,14 +49,16 @@ struct MoveOutcome {
     bool stopped = false;
 };
 
-// The manager of one format row: scanning, activation, sets, table, groups and maintenance. Every
-// format has one alike; what differs between formats is in the row.
+// The manager of one format row: it owns the format's plug-in list and hands out the parts that
+// work on it, each with one job: the scan (Scanner), the marks and their records (Marking), the
+// set pop-up and documents (SetController), groups (GroupAssignment), the table's order,
+// selection and columns (TableState) and the maintenance commands (Maintenance). The apply
+// itself stays here, since it joins the rights mover, the lock, the Applier and the rescan.
 //
-// The manager keeps the list's order: sets, groups and deletion work in list order. It announces
-// every change: itemsChanged for the rows whose values changed, a reorder after a sort, a removal
-// per deleted row, and a reset only when a rescan rebuilt the list. The selection and the sort
-// order are the view's: it hands them over as they change, and the selection is kept by identity,
-// so no row number goes stale.
+// The manager keeps the list's order: sets, groups and deletion work in list order. Its signals
+// announce every change, whichever part made it: itemsChanged for the rows whose values changed,
+// a reorder after a sort, a removal per deleted row, and a reset only when a rescan rebuilt the
+// list.
 class FormatManager : public QObject {
     Q_OBJECT
 public:
@@ -83,84 +76,28 @@ public:
         return m_list.isValidRow(row) ? m_list.at(row) : PluginPtr();
     }
     int rowOf(const PluginPtr &item) const { return item ? m_list.rowOf(item.get()) : -1; }
+    int rowCount() const { return m_list.count(); }
 
-    // --- Scanning --------------------------------------------------------------------------
+    // The list made anew from the folders; the selection is found again by name and place.
     void rescan();
-    bool recognise(const QString &nameOrPath) const { return m_traits.recognise(nameOrPath); }
     // Whether this manager has scanned its folders since it was made.
     bool hasScanned() const { return m_scanned; }
 
-    // --- Records and activation ----------------------------------------------------------------
+    // --- Applying ------------------------------------------------------------------------------
     int pendingCount() const { return m_list.pendingCount(); }
-    void updateRecord(const PluginPtr &item);
-    int findRow(const QString &name, int itemID) const;
+    bool isApplyEnabled() const { return m_applyEnabled; }
     // Offers to save the set, makes the moves that need rights (RightsApply), then applyPending.
     void apply();
     QList<MoveOutcome> applyPending(); // every pending record, then one rescan
-    // A pending record dealt with outside the apply (by the rights mover, or left by the person):
-    // the apply passes it by, and its rescan shows where the plug-in is.
-    void settleRecord(int recordIndex);
-    void moveContent(const PluginPtr &item);
-    void setAllActive();
-    void setAllInactive();
-    void setGroupActive();
-    void setGroupInactive();
-    void setSelectedActive();
-    void setSelectedInactive();
-    // Marks those of items not yet in the state as one undoable step with that name; the items
-    // marked. The window's bulk commands (BulkMarks) come through here.
-    QList<PluginPtr> markItems(const QList<PluginPtr> &items, bool active,
-                               const QString &actionName);
 
-    // --- Sets ----------------------------------------------------------------------------------
+    // --- The parts -----------------------------------------------------------------------------
+    Marking &marking() { return m_marking; }
     SetController &sets() { return m_sets; }
     const SetController &sets() const { return m_sets; }
-    void loadSetList(); // the set pop-up from the sets file, apply off
-    // Merges saved entries into the list; the names of saved items that match none.
-    QStringList mergeItems(const QList<PluginPtr> &saved);
-
-    // --- Table ---------------------------------------------------------------------------------
-    int rowCount() const { return m_list.count(); }
-    // A flag column toggles whatever value it is given (undoably); the group column sets it.
-    void changeItem(const PluginPtr &item, const QString &column, const QVariant &value);
-    // The view's current row changed: the info panel follows it.
-    void setCurrentRow(int row);
-    void sortBy(const QList<SortKey> &keys);
-    bool installDropped(const QStringList &paths);
-
-    // --- Groups --------------------------------------------------------------------------------
-    QString groupsFilePath() const;
-    void saveGroups();
-    static QString findGroup(const QVariantList &groups, const QString &name);
-    void changeGroup(const PluginPtr &item, const QString &group);
-    void setGroup(const QString &menuTitle);
-    int groupChoiceCount() const;
-    QString groupChoiceAt(int index) const;
-
-    // --- Maintenance ---------------------------------------------------------------------------
-    void requestInfo();
-    // A backup of the format's plug-ins, and putting one back (PluginBackup, with its dialogs).
-    void backup();
-    void restoreBackup();
-    void reportDuplicates();
-    // Each name held by more than one item, once, at its first position, with its total count.
-    static QList<QPair<QString, int>> duplicateNames(const QList<PluginPtr> &items);
-    void moveSelectedToTrash();
-    void showArchitectureColumn(bool visible);
-    void setArchitectureActive(int architecture, bool active);
-
-    // --- State the window shows ----------------------------------------------------------------
-    bool isApplyEnabled() const { return m_applyEnabled; }
-    QStringList columns() const { return m_columns; }
-    QList<SortKey> sortKeys() const { return m_sortKeys; }
-
-    // The view's selection, by identity; rows are where those items stand now, ascending, and the
-    // row selected last (-1 for none).
-    void selectItems(const QList<PluginPtr> &items, const PluginPtr &lastSelected = {});
-    QList<PluginPtr> selectedItems() const;
-    QList<int> selectedRows() const;
-    int selectedRow() const;
-    void selectRows(const QList<int> &rows, int lastSelected = -1);
+    GroupAssignment &groups() { return m_groups; }
+    TableState &table() { return m_table; }
+    const TableState &table() const { return m_table; }
+    Maintenance &maintenance() { return m_maintenance; }
 
     // What the manager works with, for the parts that work on its plug-ins beside it.
     AppServices &services() const { return m_parts.services; }
@@ -184,24 +121,29 @@ signals:
     void infoRequested(const PluginPtr &item, bool showContent);
 
 private:
+    // The parts change the list and announce what they changed through the manager's signals;
+    // nothing else may.
+    friend class Marking;
+    friend class SetController;
+    friend class GroupAssignment;
+    friend class TableState;
+    friend class Maintenance;
+
     void setApplyEnabled(bool enabled);
+    // itemsChanged with the rows the items stand in now.
     void announceChanged(const QList<PluginPtr> &items);
-    void sortPlugins();
-    // Sets an item's active flag, its place and its record; true when it is now pending.
-    void markActive(const PluginPtr &item, bool active);
-    void markAll(const std::function<bool(const Plugin &)> &which, bool active);
 
     FormatTraits m_traits;
     ManagerParts m_parts;
     PluginList m_list;
-    SetController m_sets;
     Scanner m_scanner;
+    Marking m_marking;
+    SetController m_sets;
+    GroupAssignment m_groups;
+    TableState m_table;
+    Maintenance m_maintenance;
     bool m_scanned = false;
     bool m_applyEnabled = false;
-    QStringList m_columns;
-    QList<SortKey> m_sortKeys;
-    QList<PluginPtr> m_selection; // in the order the view gave them
-    PluginPtr m_lastSelected;
 };
 
 } // namespace korvane

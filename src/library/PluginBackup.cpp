@@ -516,7 +516,7 @@ void PluginBackup::restoreWithDialogs()
     const std::optional<QByteArray> set = PluginArchive::readDocument(
         *path, setDocumentName() + QLatin1Char('.') + m_manager.traits().defaultSetExtension);
     if (set)
-        m_manager.mergeItems(SetDocument::decode(*set, &m_manager.services()));
+        m_manager.sets().mergeEntries(SetDocument::decode(*set, &m_manager.services()));
 }
 
 } // namespace korvane

@@ -110,7 +110,7 @@ QStringList ProductFormats::apply(const Preview &preview, const QString &actionN
     }
     QStringList applied;
     for (FormatManager *manager : order) {
-        manager->markItems(items.value(manager), false, actionName);
+        manager->marking().markItems(items.value(manager), false, actionName);
         if (manager->pendingCount() > 0)
             manager->apply();
         applied << manager->traits().tabLabel;

@@ -3,10 +3,12 @@
 #include "core/AppServices.h"
 #include "core/FormatTable.h"
 #include "core/Locations.h"
+#include "core/PluginList.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/DistributionGuard.h"
-#include "library/FormatManager.h"
+#include "library/FormatTraits.h"
+#include "library/Marking.h"
 #include "library/MovePlan.h"
 #include "library/RightsMover.h"
 #include "os/FileOperations.h"
@@ -39,14 +41,13 @@ bool writable(const FileOperations &files, const QString &folder)
 // Whether korvane-helper serves the folder: the system folders of the built-in rows alone. It
 // reads no environment, so a folder a host's variable adds is not its to change, and one such
 // move in a request would have the whole request refused.
-bool helperServes(const FormatManager &manager, const QString &folder)
+bool helperServes(const Format &format, const Locations &locations, const QString &folder)
 {
-    const Format &format = manager.traits();
     const Format *builtIn = FormatTable::builtIn().find(format.type);
     if (!builtIn || builtIn->prefix != format.prefix)
         return false;
     for (int loc = 0; loc < builtIn->locationCount(); ++loc)
-        if (builtIn->isSystem(loc) && manager.locations().folderPath(*builtIn, loc) == folder)
+        if (builtIn->isSystem(loc) && locations.folderPath(*builtIn, loc) == folder)
             return true;
     return false;
 }
@@ -74,7 +75,8 @@ QString someOf(const QStringList &lines)
 // Says once which plug-ins stay because their folders are not the helper's, naming each folder
 // and the variables that add such folders, and settles their records: the apply would only meet
 // "Permission denied" once per plug-in.
-void refuseUnserved(FormatManager &manager, const QList<Pending> &unserved)
+void refuseUnserved(const Format &format, Marking &marking, AppServices &services,
+                    const QList<Pending> &unserved)
 {
     if (unserved.isEmpty())
         return;
@@ -83,14 +85,13 @@ void refuseUnserved(FormatManager &manager, const QList<Pending> &unserved)
     for (const Pending &change : unserved) {
         for (const QString &path : {change.from, change.to}) {
             const QString folder = QFileInfo(path).path();
-            if (!helperServes(manager, folder) && !folders.contains(folder))
+            if (!helperServes(format, services.locations(), folder) && !folders.contains(folder))
                 folders << folder;
         }
         names << change.name;
-        manager.settleRecord(change.record);
+        marking.settleRecord(change.record);
     }
-    const QString variables = manager.traits().pathVariables.join(QStringLiteral(", "));
-    AppServices &services = manager.services();
+    const QString variables = format.pathVariables.join(QStringLiteral(", "));
     for (const Pending &change : unserved)
         services.appendLog(korvane::tr("%1 stays in %2: that folder was added by %3, and "
                                        "administrator rights are asked only for the formats' "
@@ -108,37 +109,38 @@ void refuseUnserved(FormatManager &manager, const QList<Pending> &unserved)
             .arg(someOf(folders))
         + QStringLiteral("\n\n") + someOf(names);
     alert.buttons = {korvane::tr("OK")};
-    manager.ui().runAlert(alert);
+    services.ui().runAlert(alert);
 }
 
 } // namespace
 
-bool RightsApply::needsRights(const FormatManager &manager, const Plugin &item)
+bool RightsApply::needsRights(const Format &format, const Locations &locations,
+                              const FileOperations &files, const Plugin &item)
 {
     if (!item.isGlobal())
         return false;
-    const Format &format = manager.traits();
     const int loc = item.locationCode(format);
     // No rights change what the distribution owns: such a plug-in is refused, not elevated.
     if (format.isDistributionOwned(loc))
         return false;
-    const FileOperations &files = manager.files();
     // The other folder of its pair: where switching it on or off puts it.
-    const QString other = manager.locations().folderPath(format, loc ^ 1);
+    const QString other = locations.folderPath(format, loc ^ 1);
     return !writable(files, item.location()) || !writable(files, other);
 }
 
-void RightsApply::run(FormatManager &manager, RightsMover &mover)
+void RightsApply::run(const FormatTraits &format, const PluginList &list, Marking &marking,
+                      AppServices &services, RightsMover &mover)
 {
-    FileOperations &files = manager.files();
+    FileOperations &files = services.files();
+    const Locations &locations = services.locations();
     // Pair 1 is every row's first user pair: where a copy for the person alone goes.
-    const QString userFolder = manager.locations().folderPath(manager.traits(), LocUserActive);
-    const DistributionGuard guard(manager.traits(), manager.locations());
+    const QString userFolder = locations.folderPath(format, LocUserActive);
+    const DistributionGuard guard(format, locations);
     QList<Pending> pending;
     QList<Pending> unserved;
-    const QList<PluginRecord> &records = manager.plugins().records();
+    const QList<PluginRecord> &records = list.records();
     // Where each change goes is the planner's, as for the applier and the check.
-    const MovePlanner planner(files, manager.traits(), manager.plugins(), manager.locations());
+    const MovePlanner planner(files, format, list, locations);
     for (qsizetype i = 0; i < records.size(); ++i) {
         const PluginRecord &record = records.at(i);
         if (record.isProcessed())
@@ -155,7 +157,8 @@ void RightsApply::run(FormatManager &manager, RightsMover &mover)
             continue;
         // A folder only a host's variable adds is refused here, named, before anything is
         // asked: the helper reads no environment and serves the formats' own folders alone.
-        if (!helperServes(manager, record.folder()) || !helperServes(manager, item->location())) {
+        if (!helperServes(format, locations, record.folder())
+            || !helperServes(format, locations, item->location())) {
             unserved << Pending{int(i), move.name, move.from, move.to, item->isActive(), {}};
             continue;
         }
@@ -164,7 +167,7 @@ void RightsApply::run(FormatManager &manager, RightsMover &mover)
                            move.from,        move.to,
                            item->isActive(), QDir(record.folder()).relativeFilePath(move.from)};
     }
-    refuseUnserved(manager, unserved);
+    refuseUnserved(format, marking, services, unserved);
     if (pending.isEmpty())
         return;
 
@@ -172,12 +175,11 @@ void RightsApply::run(FormatManager &manager, RightsMover &mover)
     for (const Pending &change : std::as_const(pending))
         moves << qMakePair(change.from, change.to);
     const RightsMover::Outcome outcome = mover.move(moves);
-    AppServices &services = manager.services();
-    UserInterface &ui = manager.ui();
+    UserInterface &ui = services.ui();
     // Settled either way: what is left is said here, and the apply that follows would only meet
     // "Permission denied" once per plug-in.
     for (const Pending &change : std::as_const(pending))
-        manager.settleRecord(change.record);
+        marking.settleRecord(change.record);
 
     if (outcome.state == RightsMover::State::Done)
         return;

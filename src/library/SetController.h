@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Plugin.h"
 #include "library/FormatSettings.h"
 #include "library/FormatTraits.h"
 
@@ -27,7 +28,7 @@ public:
     // set when none is chosen.
     static QString noSetTitle() { return QStringLiteral("no set"); }
 
-    void loadSetList(); // the set pop-up from the sets file, the window-load name
+    void loadSetList(); // the set pop-up from the sets file, the window-load name, apply off
     void saveSetList();
     void newSet();
     // Each true when the set is on disk; a failure is said and changes nothing else.
@@ -42,6 +43,8 @@ public:
     void loadSet(const QString &path);
     // The merge of loadSet alone: no dialog, no apply; the names of saved items that match none.
     QStringList mergeSet(const QString &path);
+    // Merges saved entries into the list; the names of saved items that match none.
+    QStringList mergeEntries(const QList<PluginPtr> &saved);
     void selectSet(int index); // the pop-up's action with its new selection
     bool offerToSaveSet();     // Save / Don't Save / Cancel; false: Cancel
     void forgetSetEdits();     // Don't Save: the set is no longer the one shown

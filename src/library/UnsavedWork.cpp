@@ -39,9 +39,8 @@ bool UnsavedWork::settleMarks(FormatManager &manager)
     }
 }
 
-bool UnsavedWork::settleSetEdits(FormatManager &manager)
+bool UnsavedWork::settleSetEdits(SetController &sets, UserInterface &ui)
 {
-    const SetController &sets = manager.sets();
     if (!sets.isSetChanged() || sets.selectedSetIndex() < 1)
         return true;
     Alert alert;
@@ -49,11 +48,11 @@ bool UnsavedWork::settleSetEdits(FormatManager &manager)
         korvane::tr("Save changes to the set “%1”?").arg(setTitle(sets.currentSetName()));
     alert.buttons = {korvane::tr("Save"), korvane::tr("Don't Save"), korvane::tr("Cancel")};
     alert.addedButtons = true;
-    switch (manager.ui().runAlert(alert)) {
+    switch (ui.runAlert(alert)) {
     case AlertAnswer::First:
-        return manager.sets().saveSet();
+        return sets.saveSet();
     case AlertAnswer::Second:
-        manager.sets().forgetSetEdits();
+        sets.forgetSetEdits();
         return true;
     default:
         return false;
@@ -62,18 +61,18 @@ bool UnsavedWork::settleSetEdits(FormatManager &manager)
 
 bool UnsavedWork::settle(FormatManager &manager)
 {
-    return settleSetEdits(manager) && settleMarks(manager);
+    return settleSetEdits(manager.sets(), manager.ui()) && settleMarks(manager);
 }
 
-void UnsavedWork::reportSetNotSaved(FormatManager &manager, const FileError &error)
+void UnsavedWork::reportSetNotSaved(AppServices &services, const FileError &error)
 {
     const QString line = korvane::tr("Could not save %1: %2").arg(error.path, error.reason);
-    manager.services().appendLog(line + QLatin1Char('\n'));
+    services.appendLog(line + QLatin1Char('\n'));
     Alert alert;
     alert.messageText = korvane::tr("The set “%1” was not saved").arg(setTitle(error.path));
     alert.informativeText = line;
     alert.buttons = {korvane::tr("OK")};
-    manager.ui().runAlert(alert);
+    services.ui().runAlert(alert);
 }
 
 } // namespace korvane

@@ -4,7 +4,10 @@
 
 namespace korvane {
 
+class AppServices;
 class FormatManager;
+class SetController;
+class UserInterface;
 struct FileError;
 
 // What a person would lose when a command starts over (Quit, Rescan, New, another set): marks
@@ -13,18 +16,18 @@ struct FileError;
 class UnsavedWork {
 public:
     // "3 changes not applied": Apply / Discard / Cancel. True when the command may go on
-    // (applied, discarded, or nothing pending).
+    // (applied, discarded, or nothing pending). Apply is the manager's whole apply.
     static bool settleMarks(FormatManager &manager);
     // "Save changes to the set “Live Gig”?": Save / Don't Save / Cancel. True when the command
     // may go on. A save that fails is said and counts as Cancel.
-    static bool settleSetEdits(FormatManager &manager);
+    static bool settleSetEdits(SetController &sets, UserInterface &ui);
     // The set first, then the marks.
     static bool settle(FormatManager &manager);
 
     // The set's name as a person knows it: its file name without the extension.
     static QString setTitle(const QString &path);
     // Says that a set could not be written, where and why.
-    static void reportSetNotSaved(FormatManager &manager, const FileError &error);
+    static void reportSetNotSaved(AppServices &services, const FileError &error);
 };
 
 } // namespace korvane

@@ -56,8 +56,8 @@ TEST_F(AppControllerTest, DeletingAGroupLeavesItsMembersWithoutOneAndEveryOtherA
     main->groups() = QStringList{"", "Drums", "Keys", "Vocals"};
     FormatManager &au = *context->manager(TypeAU);
     FormatManager &vst = *context->manager(TypeVST);
-    au.changeGroup(au.itemAt(0), "Keys");
-    vst.changeGroup(vst.itemAt(0), "Vocals");
+    au.groups().changeGroup(au.itemAt(0), "Keys");
+    vst.groups().changeGroup(vst.itemAt(0), "Vocals");
     ui.alertAnswers << AlertAnswer::Alternate; // Cancel
     main->removeGroup(1);                      // "Keys"
     EXPECT_EQ(main->groupCount(), 3);
@@ -128,8 +128,8 @@ TEST_F(AppControllerTest, AFifthFormatIsOneRowOfTheTable)
     FormatManager *clap = context->manager(4);
     EXPECT_FALSE(clap->itemAt(1)->isActive());
 
-    clap->setAllActive();
-    clap->changeItem(clap->itemAt(1), "AUGlobal", true);
+    clap->marking().setAllActive();
+    clap->marking().changeItem(clap->itemAt(1), "AUGlobal", true);
     EXPECT_EQ(context->main()->undoStack()->undoActionName(), "Bolt.clap \"setGlobal\"");
     for (const MoveOutcome &outcome : clap->applyPending())
         EXPECT_TRUE(outcome.ok) << outcome.error.reason.toStdString();
@@ -208,11 +208,11 @@ TEST_F(AppControllerTest, CommandsGoToTheTabInFrontOrToAudioUnitsAndSomeTabStays
     EXPECT_TRUE(active(context->manager(TypeVST)));
     // The architecture column goes by the type given; the preferences window asks through here.
     main->showArchitectureColumn(TypeAU, true);
-    EXPECT_TRUE(context->manager(TypeAU)->columns().contains("AUType"));
-    EXPECT_FALSE(context->manager(TypeVST)->columns().contains("AUType"));
+    EXPECT_TRUE(context->manager(TypeAU)->table().columns().contains("AUType"));
+    EXPECT_FALSE(context->manager(TypeVST)->table().columns().contains("AUType"));
     context->pref()->store()->setValue("MASType", true);
     context->pref()->prepareWindow();
-    EXPECT_EQ(context->manager(TypeMAS)->columns().count("AUType"), 1);
+    EXPECT_EQ(context->manager(TypeMAS)->table().columns().count("AUType"), 1);
 
     // The On box of a format's preferences tab, clicked.
     const auto click = [&](int type, bool on) {

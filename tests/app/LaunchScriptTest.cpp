@@ -55,7 +55,7 @@ protected:
         const char *files[] = {"ausets.plist", "rtassets.plist", "massets.plist", "vstsets.plist"};
         for (int type = 3; type >= 0; --type) {
             ASSERT_TRUE(writePlist(support + files[type], QVariantList{"no set", titles[type]}));
-            context->manager(type)->loadSetList();
+            context->manager(type)->sets().loadSetList();
             context->manager(type)->sets().selectSetIndex(1);
             script->setFormatSelected(type, true);
         }

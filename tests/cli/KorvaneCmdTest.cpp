@@ -271,6 +271,7 @@ TEST_F(KorvaneCmdTest, ReportsAndRefusalsChangeNothingOnDisk)
     for (const QStringList &arguments : QList<QStringList>{{"list", "--json"},
                                                            {"list", "--format", "vst"},
                                                            {"duplicates", "--json"},
+                                                           {"duplicates"},
                                                            {"show-set", "/dev/stdin", "--json"},
                                                            {"--help"},
                                                            {"--version"}}) {
@@ -315,8 +316,23 @@ TEST_F(KorvaneCmdTest, ReportsAndRefusalsChangeNothingOnDisk)
     ASSERT_EQ(items.size(), 5);
     EXPECT_EQ(items[1].toObject().keys(), QStringList({"active", "global", "location", "name"}));
     EXPECT_EQ(items[1].toObject()["active"], false); // Beta
-    EXPECT_EQ(json(out["duplicates --json"]).array(),
-              QJsonArray{json(R"({"format":"AU","name":"Alpha.component","count":2})").object()});
+    const QJsonArray duplicates = json(out["duplicates --json"]).array();
+    ASSERT_EQ(duplicates.size(), 1);
+    QJsonObject alpha = duplicates.first().toObject();
+    // Each copy where it lies, with its version and state, in list order.
+    const auto copy = [](const QString &location, bool active) {
+        return QJsonObject{{"location", location}, {"version", "1.0"}, {"active", active}};
+    };
+    EXPECT_EQ(alpha.take("copies").toArray(),
+              QJsonArray({copy(au(LocSystemActive), true), copy(au(LocUserDisabled), false)}));
+    EXPECT_EQ(alpha, json(R"({"format":"AU","name":"Alpha.component","count":2})").object());
+    // As text, a line per copy: format, count, name, state, version, folder.
+    const QStringList lines = out["duplicates"].split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 2) << out["duplicates"].toStdString();
+    EXPECT_EQ(lines.at(0).simplified(),
+              "AU 2 Alpha.component on 1.0 " + au(LocSystemActive).simplified());
+    EXPECT_EQ(lines.at(1).simplified(),
+              "AU 2 Alpha.component off 1.0 " + au(LocUserDisabled).simplified());
 }
 
 // A move into a folder that refuses it is not made: the tool names the paths, goes on with the
@@ -390,7 +406,7 @@ TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeath
         ScriptedUi ui;
         AppContext context({.roots = roots(), .ui = &ui, .prepareWindow = false});
         context.manager(TypeAU)->rescan();
-        context.manager(TypeAU)->setAllInactive();
+        context.manager(TypeAU)->marking().setAllInactive();
         context.manager(TypeAU)->apply();
         ASSERT_EQ(ui.alerts.size(), 1);
         EXPECT_TRUE(ui.alerts[0].informativeText.contains(named))

@@ -26,7 +26,7 @@ protected:
     {
         context->main()->setActiveType(type);
         FormatManager &manager = *context->manager(type);
-        manager.selectRows({rowOf(manager, name)});
+        manager.table().selectRows({rowOf(manager, name)});
         QCoreApplication::processEvents();
     }
 };
@@ -56,7 +56,7 @@ TEST_F(DetailsPaneTest, ThePaneShowsWhatThePlugInsFilesSayAsPlainText)
     // A mark shows at once; companion content comes under its heading.
     FormatManager &lv2 = *context->manager(TypeLV2);
     const PluginPtr duo = lv2.itemAt(rowOf(lv2, "duo.lv2"));
-    lv2.changeItem(duo, "AUActive", false);
+    lv2.marking().changeItem(duo, "AUActive", false);
     EXPECT_EQ(shown("State"), "Off (switched off at the next Apply)");
     auto *content = pane().findChild<QLabel *>("lbDetailContent");
     EXPECT_FALSE(content->isVisible());
@@ -75,7 +75,7 @@ TEST_F(DetailsPaneTest, ThePaneShowsWhatThePlugInsFilesSayAsPlainText)
     EXPECT_TRUE(shown("Cannot be read").startsWith("manifest.ttl: not Turtle"))
         << shown("Cannot be read").toStdString();
 
-    lv2.selectRows({});
+    lv2.table().selectRows({});
     QCoreApplication::processEvents();
     EXPECT_TRUE(pane().findChild<QLabel *>("lbDetailsEmpty")->isVisible());
 }

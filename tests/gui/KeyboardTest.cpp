@@ -67,7 +67,7 @@ TEST_F(KeyboardTest, TabLeavesTheTableInOneStepAndSpaceAndEnterActOnTheSelection
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
     EXPECT_EQ(QApplication::focusWidget(), page->table());
     // Tabbed into, the current row takes Space even before anything is selected.
-    au->selectRows({});
+    au->table().selectRows({});
     page->table()->setCurrentIndex(page->table()->model()->index(1, 0));
     page->table()->selectionModel()->clearSelection();
     QTest::keyClick(page->table(), Qt::Key_Space);
@@ -76,8 +76,8 @@ TEST_F(KeyboardTest, TabLeavesTheTableInOneStepAndSpaceAndEnterActOnTheSelection
     EXPECT_TRUE(active("Birch"));
 
     // Space flips the selected rows as one step, whichever column is current.
-    au->selectRows({rowOf(*au, "Alder.component"), rowOf(*au, "Cedar.component")},
-                   rowOf(*au, "Alder.component"));
+    au->table().selectRows({rowOf(*au, "Alder.component"), rowOf(*au, "Cedar.component")},
+                           rowOf(*au, "Alder.component"));
     QTest::keyClick(page->table(), Qt::Key_Space);
     EXPECT_FALSE(active("Alder"));
     EXPECT_TRUE(active("Birch"));
@@ -113,7 +113,7 @@ TEST_F(KeyboardTest, EscapeAndCtrlWCloseEverySecondaryWindow)
 
 TEST_F(KeyboardTest, TheRowMenuActsOnTheSelectionAndAsksBeforeTheTrash)
 {
-    au->selectRows({rowOf(*au, "Birch.component")});
+    au->table().selectRows({rowOf(*au, "Birch.component")});
     std::unique_ptr<QMenu> menu(RowMenu::make(*au, window.get()));
     const auto item = [&menu](const char *name) { return menu->findChild<QAction *>(name); };
     QStringList texts;
@@ -132,7 +132,7 @@ TEST_F(KeyboardTest, TheRowMenuActsOnTheSelectionAndAsksBeforeTheTrash)
     EXPECT_TRUE(QFileInfo::exists(folder(TypeAU, LocUserActive) + "/Birch.component"));
 
     // With nothing selected every command is off.
-    au->selectRows({});
+    au->table().selectRows({});
     menu.reset(RowMenu::make(*au, window.get()));
     EXPECT_FALSE(item("miRowOn")->isEnabled());
     EXPECT_FALSE(item("miRowTrash")->isEnabled());

@@ -75,7 +75,7 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
 
     // Delete asks first, then takes only the selected plug-in of the tab in front.
     window->tabs()->tabBar()->setCurrentIndex(0); // the person clicks AudioUnits
-    au.selectRows({rowOf(au, "Alder Echo.component")});
+    au.table().selectRows({rowOf(au, "Alder Echo.component")});
     ui.alertAnswers.enqueue(AlertAnswer::Alternate); // "move to trash"
     window->action("miDelete")->trigger();
     EXPECT_EQ(ui.alertMessages(), QStringList({"Move to trash"}));
@@ -87,7 +87,7 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
     EXPECT_TRUE(window->action("miSpecialEnv")->isEnabled());
     // The undo item names the last edit and undoes it in the core.
     const bool global = au.itemAt(0)->isGlobal();
-    au.changeItem(au.itemAt(0), "AUGlobal", !global);
+    au.marking().changeItem(au.itemAt(0), "AUGlobal", !global);
     EXPECT_EQ(window->action("miUndo")->text(), context->main()->undoTitle());
     window->action("miUndo")->trigger();
     EXPECT_EQ(au.itemAt(0)->isGlobal(), global);
@@ -113,8 +113,8 @@ TEST_F(MainWindowTest, BulkCommandsActOnTheShownRowsAskPastAScreenfulAndUndoAsOn
 
     // A group named in the submenu reaches its hidden members, and the question says so.
     context->main()->addGroup();
-    vst.changeGroup(vst.itemAt(rowOf(vst, "Alder Echo.vst")), "New Group");
-    vst.changeGroup(vst.itemAt(rowOf(vst, "Birch Verb.vst")), "New Group");
+    vst.groups().changeGroup(vst.itemAt(rowOf(vst, "Alder Echo.vst")), "New Group");
+    vst.groups().changeGroup(vst.itemAt(rowOf(vst, "Birch Verb.vst")), "New Group");
     auto *groupOff = window->findChild<QMenu *>("menuGroupOff");
     ASSERT_TRUE(groupOff);
     emit groupOff->aboutToShow();
@@ -132,7 +132,7 @@ TEST_F(MainWindowTest, BulkCommandsActOnTheShownRowsAskPastAScreenfulAndUndoAsOn
     // Marked rows carry their mark in the table before Apply.
     const PluginTableModel &model = page->table()->tableModel();
     const int alder = rowOf(vst, "Alder Echo.vst");
-    const int name = int(vst.columns().indexOf("AUName"));
+    const int name = int(vst.table().columns().indexOf("AUName"));
     EXPECT_FALSE(model.data(model.index(alder, name), Qt::DecorationRole).isNull());
     EXPECT_TRUE(model.data(model.index(alder, name), Qt::ToolTipRole)
                     .toString()
@@ -299,7 +299,7 @@ TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
     // One alert from each layer that shows one: the controller, a manager (its texts come from the
     // format table) and the file-error alert, whose reason comes from the file operations.
     context->main()->moveSelectedToTrash();
-    context->manager(TypeAU)->requestInfo();
+    context->manager(TypeAU)->maintenance().requestInfo();
     ReadOnlyFileOperations readOnly(disk());
     FileError error;
     ASSERT_FALSE(readOnly.move(homePath("Echo.vst"), homePath("Echo2.vst"), &error));

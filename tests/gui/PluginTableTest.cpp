@@ -70,7 +70,7 @@ protected:
     QStringList selectedNames() const
     {
         QStringList names, shown;
-        for (const PluginPtr &selected : au->selectedItems())
+        for (const PluginPtr &selected : au->table().selectedItems())
             names << selected->name();
         for (const QModelIndex &index : view->selectionModel()->selectedRows(1))
             shown << index.data().toString();
@@ -99,7 +99,7 @@ TEST_F(PluginTableTest, CellsComeFromTheManagerAndAChangeRepaintsOnlyItsRow)
 
     QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
     QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
-    au->changeItem(item("Birch Delay"), "AUActive", true);
+    au->marking().changeItem(item("Birch Delay"), "AUActive", true);
     ASSERT_EQ(changed.size(), 1);
     EXPECT_EQ(changed.at(0).at(0).value<QModelIndex>().row(), birchRow);
     EXPECT_EQ(changed.at(0).at(1).value<QModelIndex>().row(), birchRow);
@@ -110,7 +110,7 @@ TEST_F(PluginTableTest, CellsComeFromTheManagerAndAChangeRepaintsOnlyItsRow)
                                                  "Switched on at the next Apply");
 
     // The architecture column follows the manager, and the rows stay where they were.
-    au->showArchitectureColumn(true);
+    au->table().showArchitectureColumn(true);
     EXPECT_EQ(model.index(birchRow, model.columnOf("AUType")).data(), "PPC");
     EXPECT_EQ(reset.size(), 0);
 }
@@ -131,8 +131,8 @@ TEST_F(PluginTableTest, SortingAndRescanningKeepTheSelectedPlugIns)
     const int name = view->tableModel().columnOf("AUName");
     QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
                       {header->sectionViewportPosition(name) + 20, header->height() / 2});
-    EXPECT_EQ(au->sortKeys().value(0).column, "AUName");
-    EXPECT_FALSE(au->sortKeys().value(0).ascending);
+    EXPECT_EQ(au->table().sortKeys().value(0).column, "AUName");
+    EXPECT_FALSE(au->table().sortKeys().value(0).ascending);
     EXPECT_EQ(shownNames(), reversed);
     EXPECT_EQ(selectedNames(), selected);
 
@@ -144,7 +144,7 @@ TEST_F(PluginTableTest, SortingAndRescanningKeepTheSelectedPlugIns)
 TEST_F(PluginTableTest, TheFilterHidesRowsAndEditsReachTheShownPlugInAsOneUndoStep)
 {
     context->main()->groups() << "Modulation";
-    au->changeItem(item("Alder Chorus"), "AUGroup", "Modulation");
+    au->marking().changeItem(item("Alder Chorus"), "AUGroup", "Modulation");
     undo().clear();
     const struct {
         const char *text;
@@ -229,14 +229,14 @@ TEST_F(PluginTableTest, ColumnsAndSortOrderComeBackPerFormatAndNoTitleIsCut)
     header->setSectionHidden(group, true);
     header->setSortIndicator(name, Qt::DescendingOrder);
     view.reset(); // closed, as at quit
-    au->sortBy({{"AUName", true, true}});
+    au->table().sortBy({{"AUName", true, true}});
     view = std::make_unique<PluginTableView>(*au);
     header = view->horizontalHeader();
     EXPECT_EQ(header->logicalIndex(0), name);
     EXPECT_TRUE(header->isSectionHidden(group));
     EXPECT_GE(header->sectionSize(global),
               header->fontMetrics().horizontalAdvance(PluginTableModel::title("AUGlobal")));
-    EXPECT_FALSE(au->sortKeys().value(0).ascending);
+    EXPECT_FALSE(au->table().sortKeys().value(0).ascending);
     EXPECT_EQ(shownNames().value(0), "Cedar <b>EQ.component");
     header->setSectionHidden(group, false); // back with the width it had
     view.reset();
@@ -246,7 +246,7 @@ TEST_F(PluginTableTest, ColumnsAndSortOrderComeBackPerFormatAndNoTitleIsCut)
 
     PluginTableView vst(*context->manager(TypeVST));
     EXPECT_EQ(vst.horizontalHeader()->logicalIndex(0), 0);
-    EXPECT_TRUE(context->manager(TypeVST)->sortKeys().value(0).ascending);
+    EXPECT_TRUE(context->manager(TypeVST)->table().sortKeys().value(0).ascending);
 }
 
 // The bytes of a file name that are no UTF-8 (kept as lone surrogates) show as U+FFFD; a real

@@ -66,19 +66,19 @@ TEST_F(WindowsTest, InfoPanelFollowsTheTableWhileOpenAndEditsContentWhereAllowed
     InfoPanel panel(*context->info());
     QListWidget *list = panel.contentList();
 
-    au->selectRows({alder});
-    au->requestInfo(); // the info command
+    au->table().selectRows({alder});
+    au->maintenance().requestInfo(); // the info command
     ASSERT_TRUE(panel.isVisible());
     EXPECT_EQ(panel.infoField()->text(), "Alder <b>Chorus</b> 2.1");
     EXPECT_EQ(panel.infoField()->textFormat(), Qt::PlainText);
     EXPECT_FALSE(list->isVisible());
-    au->setCurrentRow(birch);
+    au->table().setCurrentRow(birch);
     EXPECT_EQ(panel.nameField()->text(), "Birch Delay");
     EXPECT_EQ(panel.infoField()->text(), "");
 
     context->pref()->store()->setValue("AUShowContent", true);
-    au->selectRows({birch});
-    au->requestInfo();
+    au->table().selectRows({birch});
+    au->maintenance().requestInfo();
     ASSERT_TRUE(list->isVisible());
     ui.openPanelAnswers.enqueue(presets);
     panel.findChild<QPushButton *>("pbAdd")->click();
@@ -92,7 +92,7 @@ TEST_F(WindowsTest, InfoPanelFollowsTheTableWhileOpenAndEditsContentWhereAllowed
     EXPECT_EQ(au->itemAt(birch)->contentCount(), 0);
 
     panel.close(); // a closed panel follows no more
-    au->setCurrentRow(alder);
+    au->table().setCurrentRow(alder);
     EXPECT_EQ(panel.nameField()->text(), "Birch Delay");
 }
 
@@ -165,14 +165,14 @@ TEST_F(WindowsTest, PreferencesOpenWritingNothingAndAnEditWritesOnlyItselfAndAct
     window.show();
     QCheckBox *type = window.findChild<QCheckBox *>("cbVSTType");
     type->click();
-    EXPECT_EQ(context->manager(TypeVST)->columns().count("AUType"), 1);
+    EXPECT_EQ(context->manager(TypeVST)->table().columns().count("AUType"), 1);
     expected["VSTType"] = true;
     expected["SUCheckAtStartup"] = false; // every control is stored, and reads as before
     EXPECT_EQ(PropertyList::toXml(stored()), PropertyList::toXml(expected));
     window.close();
     window.show(); // read again from the file: no second column
     type->click();
-    EXPECT_EQ(context->manager(TypeVST)->columns().count("AUType"), 0);
+    EXPECT_EQ(context->manager(TypeVST)->table().columns().count("AUType"), 0);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "codec/MachOHeader.h"
 #include "core/AppServices.h"
 #include "core/FormatTable.h"
+#include "core/UndoStack.h"
 #include "library/Authorization.h"
 #include "library/FormatManager.h"
 #include "library/MissingItemsPrompt.h"
@@ -128,6 +129,28 @@ protected:
     static bool whole(const QString &bundle, const QByteArray &header)
     {
         return MachOHeader::firstBytes(Bundle::executablePath(bundle)) == header;
+    }
+};
+
+// Foo in the system folder, bar switched off and Baz in the user's folder, scanned; what the
+// manager announces is counted.
+class ThreeAudioUnitsFixture : public FormatManagerFixture {
+protected:
+    UndoStack *undo = nullptr;
+    int resets = 0;         // whole-list rebuilds
+    QList<int> changedRows; // the rows of the last announcement
+
+    void SetUp() override
+    {
+        FormatManagerFixture::SetUp();
+        addAU(LocSystemActive, "Foo.component");
+        addAU(LocUserDisabled, "bar.component");
+        addAU(LocUserActive, "Baz.component");
+        au->rescan();
+        undo = services().undoStack();
+        QObject::connect(au, &FormatManager::itemsChanged,
+                         [this](const QList<int> &rows) { changedRows = rows; });
+        QObject::connect(au, &FormatManager::itemsReset, [this] { ++resets; });
     }
 };
 

@@ -86,7 +86,7 @@ protected:
     bool backUp()
     {
         ui.savePanelAnswers.enqueue(archive);
-        au->backup();
+        au->maintenance().backup();
         return QFileInfo::exists(archive);
     }
     void removeAll()
@@ -97,7 +97,7 @@ protected:
     void restore()
     {
         ui.openPanelAnswers.enqueue(archive);
-        au->restoreBackup();
+        au->maintenance().restoreBackup();
     }
 
     QString archive;
@@ -226,9 +226,9 @@ TEST_F(PluginBackupTest, ADamagedOrForeignArchiveChangesNothing)
     // A VST backup is no AU backup.
     ui.savePanelAnswers.enqueue(homePath("Documents/VST.tar.xz"));
     vst->rescan();
-    vst->backup();
+    vst->maintenance().backup();
     ui.openPanelAnswers.enqueue(homePath("Documents/VST.tar.xz"));
-    au->restoreBackup();
+    au->maintenance().restoreBackup();
     ASSERT_EQ(ui.alerts.size(), 1);
     EXPECT_TRUE(ui.alerts.last().informativeText.contains("another format (vst)"));
     EXPECT_EQ(library(), empty);
@@ -269,7 +269,7 @@ TEST_F(PluginBackupTest, AFullDiskOrCancelLeavesNothingHalfDone)
     if (!small.mounted)
         GTEST_SKIP() << "cannot mount a tmpfs here; the full disk is not tested";
     ui.savePanelAnswers.enqueue(small.path + "/AU.tar.xz");
-    au->backup();
+    au->maintenance().backup();
     ASSERT_EQ(ui.alertMessages(), QStringList{"The backup could not be written"});
     EXPECT_TRUE(QDir(small.path)
                     .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)

@@ -40,7 +40,7 @@ protected:
         for (const auto &[name, active] : {std::pair{"Foo.component", false},
                                            {"Bar.component", true},
                                            {"Mine.component", false}})
-            window->changeItem(item(window.get(), name), "AUActive", active);
+            window->marking().changeItem(item(window.get(), name), "AUActive", active);
         guard = std::make_unique<ImmutableGuard>(folder(TypeAU, LocSystemActive));
     }
     void TearDown() override { guard.reset(); }
@@ -54,8 +54,10 @@ TEST_F(RightsApplyTest, WithoutRightsTheWindowSaysSoOnceAndCopiesWhatWasToBeSwit
 {
     if (!guard->ok())
         GTEST_SKIP() << "chattr +i is not supported here";
-    EXPECT_TRUE(RightsApply::needsRights(*window, *item(window.get(), "Foo.component")));
-    EXPECT_FALSE(RightsApply::needsRights(*window, *item(window.get(), "Mine.component")));
+    EXPECT_TRUE(RightsApply::needsRights(window->traits(), window->locations(), window->files(),
+                                         *item(window.get(), "Foo.component")));
+    EXPECT_FALSE(RightsApply::needsRights(window->traits(), window->locations(), window->files(),
+                                          *item(window.get(), "Mine.component")));
     mover.answer = [](const QList<QPair<QString, QString>> &) {
         return RightsMover::Outcome{RightsMover::State::NotGranted, {}, "No polkit here."};
     };
@@ -131,13 +133,15 @@ TEST_F(RightsApplyTest, TheDistributionsFoldersNeverReachTheHelper)
     lxvst.rescan();
     ASSERT_EQ(lxvst.items().size(), 2);
     // Marked as a set or an older list could mark it; the window's own commands do not.
-    lxvst.markItems(lxvst.items(), false, "Switch Off");
+    lxvst.marking().markItems(lxvst.items(), false, "Switch Off");
     const ImmutableGuard lockedLocal(local);
     const ImmutableGuard lockedPackaged(packaged);
     if (!lockedLocal.ok() || !lockedPackaged.ok())
         GTEST_SKIP() << "chattr +i is not supported here";
     for (const PluginPtr &plugin : lxvst.items())
-        EXPECT_EQ(RightsApply::needsRights(lxvst, *plugin), plugin->location().startsWith(local))
+        EXPECT_EQ(
+            RightsApply::needsRights(lxvst.traits(), lxvst.locations(), lxvst.files(), *plugin),
+            plugin->location().startsWith(local))
             << qPrintable(plugin->location());
 
     lxvst.apply(); // Leave Them: nothing is switched on, so nothing can be copied
@@ -173,7 +177,7 @@ TEST_F(RightsApplyTest, AFolderAHostsVariableAddsIsRefusedUpFrontNamingIt)
     FormatManager manager(lv2, parts);
     manager.rescan();
     ASSERT_EQ(manager.items().size(), 2);
-    manager.markItems(manager.items(), false, "Switch Off");
+    manager.marking().markItems(manager.items(), false, "Switch Off");
     const ImmutableGuard locked(added);
     if (!locked.ok())
         GTEST_SKIP() << "chattr +i is not supported here";

@@ -394,7 +394,7 @@ bool AllPluginsModel::setData(const QModelIndex &index, const QVariant &value, i
     const ProductSource source = sourceAt(index);
     if (!source.manager || source.item->isActive() == on)
         return false;
-    source.manager->changeItem(source.item, TableColumn::Active, on);
+    source.manager->marking().changeItem(source.item, TableColumn::Active, on);
     return true;
 }
 

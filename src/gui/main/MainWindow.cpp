@@ -6,8 +6,10 @@
 #include "app/LaunchScript.h"
 #include "app/PreferenceStore.h"
 #include "app/Preferences.h"
+#include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
+#include "gui/dialogs/DuplicatesDialog.h"
 #include "gui/dialogs/UnusedFormatsDialog.h"
 #include "gui/main/AllPluginsModel.h"
 #include "gui/main/AllPluginsView.h"
@@ -25,6 +27,7 @@
 #include "gui/windows/WindowKeys.h"
 #include "library/AudioUnitSolo.h"
 #include "library/BulkMarks.h"
+#include "library/DuplicateReport.h"
 #include "library/FormatManager.h"
 #include "library/UnsavedWork.h"
 
@@ -203,7 +206,7 @@ void MainWindow::followSelection(FormatManager *manager)
 {
     if (isAllPluginsInFront() || manager != frontManager())
         return;
-    m_details->showPlugin(manager, manager->itemAt(manager->selectedRow()));
+    m_details->showPlugin(manager, manager->itemAt(manager->table().selectedRow()));
 }
 
 QList<FormatManager *> MainWindow::shownManagers() const
@@ -411,10 +414,10 @@ void MainWindow::makePlugInsMenu()
     addItem(menu, "miUBOff", korvane::tr("Universal Off"), [&main] { main.setUBInactive(); });
     menu->addSeparator();
     // These have no routing of their own in the controller: they go where its active type says.
-    auto front = [this](void (FormatManager::*command)()) {
+    auto front = [this](void (Maintenance::*command)()) {
         return [this, command] {
             if (FormatManager *manager = frontManager())
-                (manager->*command)();
+                (manager->maintenance().*command)();
         };
     };
     addItem(menu, "miRescan", korvane::tr("Rescan"), QKeySequence::Refresh, [this] {
@@ -430,15 +433,14 @@ void MainWindow::makePlugInsMenu()
         if (isAllPluginsInFront())
             showDetails(true);
         else if (FormatManager *manager = frontManager())
-            manager->requestInfo();
+            manager->maintenance().requestInfo();
     });
-    addItem(menu, "miDuplicates", korvane::tr("Duplicates"),
-            front(&FormatManager::reportDuplicates));
+    addItem(menu, "miDuplicates", korvane::tr("Duplicates"), [this] { showDuplicates(); });
     addItem(menu, "miUnusedFormats", korvane::tr("Switch Off Unused Formats..."),
             [this] { switchOffUnusedFormats(); });
-    addItem(menu, "miBackup", korvane::tr("Backup"), front(&FormatManager::backup));
+    addItem(menu, "miBackup", korvane::tr("Backup"), front(&Maintenance::backup));
     addItem(menu, "miBackupRestore", korvane::tr("Restore Backup"),
-            front(&FormatManager::restoreBackup));
+            front(&Maintenance::restoreBackup));
     menu->addSeparator();
     addItem(menu, "miSpecialEnv", korvane::tr("Examine Audio Unit Alone"),
             [this] { examineAudioUnitAlone(); });
@@ -544,7 +546,7 @@ void MainWindow::examineAudioUnitAlone()
     FormatManager *au = m_context.manager(TypeAU);
     if (!au || m_main.activeType() != TypeAU)
         return;
-    const PluginPtr item = au->itemAt(au->selectedRow());
+    const PluginPtr item = au->itemAt(au->table().selectedRow());
     if (!item) {
         Alert alert;
         alert.messageText = korvane::tr("Examine Audio Unit Alone");
@@ -559,6 +561,21 @@ void MainWindow::examineAudioUnitAlone()
     AudioUnitSolo solo(*au);
     solo.begin(item);
     solo.end();
+}
+
+void MainWindow::showDuplicates()
+{
+    FormatManager *manager = frontManager();
+    if (!manager)
+        return;
+    manager->maintenance().reportDuplicates();
+    auto *report = new DuplicatesDialog(
+        *manager,
+        DuplicateReport::find(manager->plugins(),
+                              manager->locations().allFolderPaths(manager->traits())),
+        this);
+    report->setAttribute(Qt::WA_DeleteOnClose);
+    report->show();
 }
 
 } // namespace korvane

@@ -81,6 +81,8 @@ private:
     QList<FormatManager *> shownManagers() const;
     void followSelection(FormatManager *manager);
     void restoreViewState();
+    // The front format's duplicates in the log and in a report that selects them in the table.
+    void showDuplicates();
 
     AppContext &m_context;
     AppController &m_main;

@@ -25,9 +25,9 @@ QWidget *PluginItemDelegate::createEditor(QWidget *parent, const QStyleOptionVie
         return nullptr;
     auto *combo = new QComboBox(parent);
     combo->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
-    const int count = m_manager.groupChoiceCount();
+    const int count = m_manager.groups().choiceCount();
     for (int i = 0; i < count; ++i)
-        combo->addItem(m_manager.groupChoiceAt(i));
+        combo->addItem(m_manager.groups().choiceAt(i));
     // A pick is the edit; waiting for the focus to leave would lose it when the tab changes.
     connect(combo, &QComboBox::activated, this, [this, combo] {
         auto *self = const_cast<PluginItemDelegate *>(this);

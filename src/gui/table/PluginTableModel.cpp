@@ -68,7 +68,7 @@ QIcon markIcon(bool lock)
 } // namespace
 
 PluginTableModel::PluginTableModel(FormatManager &manager, QObject *parent)
-    : QAbstractTableModel(parent), m_manager(manager), m_columns(manager.columns())
+    : QAbstractTableModel(parent), m_manager(manager), m_columns(manager.table().columns())
 {
     connect(&manager, &FormatManager::itemsAboutToBeReset, this,
             &PluginTableModel::beginResetModel);
@@ -142,7 +142,8 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
         if (isDistributions(m_manager, *item))
             tip += QLatin1Char('\n')
                    + korvane::tr("Belongs to the distribution: Korvane does not switch it");
-        else if (RightsApply::needsRights(m_manager, *item))
+        else if (RightsApply::needsRights(m_manager.traits(), m_manager.locations(),
+                                          m_manager.files(), *item))
             tip += QLatin1Char('\n')
                    + korvane::tr("Changes only with administrator rights: you cannot write in "
                                  "its system folder");
@@ -153,7 +154,9 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
             return QVariant();
         if (ChangeSummary::isMarked(m_manager, *item))
             return markIcon(false);
-        if (isDistributions(m_manager, *item) || RightsApply::needsRights(m_manager, *item))
+        if (isDistributions(m_manager, *item)
+            || RightsApply::needsRights(m_manager.traits(), m_manager.locations(),
+                                        m_manager.files(), *item))
             return markIcon(true);
         return QVariant();
     case Qt::FontRole:
@@ -185,14 +188,14 @@ bool PluginTableModel::setData(const QModelIndex &index, const QVariant &value, 
         const bool on = value.toInt() == Qt::Checked;
         if (PluginTableSource::valueOf(*item, id).toBool() == on)
             return false;
-        m_manager.changeItem(item, id, on);
+        m_manager.marking().changeItem(item, id, on);
         return true;
     }
     if (role == Qt::EditRole && id == TableColumn::Group) {
         const QString group = value.toString();
         if (PluginTableSource::valueOf(*item, id).toString() == group)
             return false;
-        m_manager.changeItem(item, id, group);
+        m_manager.marking().changeItem(item, id, group);
         return true;
     }
     return false;
@@ -285,7 +288,7 @@ void PluginTableModel::reordered()
 
 void PluginTableModel::followColumns()
 {
-    const QStringList wanted = m_manager.columns();
+    const QStringList wanted = m_manager.table().columns();
     // Showing or hiding one column is a column change the view can follow; anything else resets.
     for (int i = int(m_columns.size()) - 1; i >= 0; --i) {
         if (m_columns.count(m_columns.at(i)) > wanted.count(m_columns.at(i))) {

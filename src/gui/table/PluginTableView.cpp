@@ -10,6 +10,7 @@
 #include "gui/table/PluginTableModel.h"
 #include "gui/table/PluginTableSource.h"
 #include "gui/table/RowMenu.h"
+#include "library/DropInstall.h"
 #include "library/FormatManager.h"
 #include "library/TableColumns.h"
 
@@ -116,7 +117,7 @@ PluginTableView::PluginTableView(FormatManager &manager, QWidget *parent)
     connect(this, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex &index) {
         if (index.isValid() && !(index.flags() & Qt::ItemIsEditable)
             && !(index.flags() & Qt::ItemIsUserCheckable))
-            m_manager.requestInfo();
+            m_manager.maintenance().requestInfo();
     });
     setSortingEnabled(false);
     setStyleSheet(gridSheet(false));
@@ -211,7 +212,7 @@ void PluginTableView::keyPressEvent(QKeyEvent *event)
     }
     if (plain && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         && state() != EditingState) {
-        m_manager.requestInfo();
+        m_manager.maintenance().requestInfo();
         return;
     }
     QTableView::keyPressEvent(event);
@@ -219,7 +220,7 @@ void PluginTableView::keyPressEvent(QKeyEvent *event)
 
 void PluginTableView::toggleSelected()
 {
-    QList<int> rows = m_manager.selectedRows();
+    QList<int> rows = m_manager.table().selectedRows();
     // Tabbed into, the table may have a current row and no selection: Space acts on that row.
     if (rows.isEmpty() && currentIndex().isValid())
         rows << m_proxy->mapToSource(currentIndex()).row();
@@ -229,10 +230,10 @@ void PluginTableView::toggleSelected()
         // One row is the same undo step a click on its box makes.
         const PluginPtr item = m_manager.itemAt(rows.first());
         if (item)
-            m_manager.changeItem(item, TableColumn::Active, !item->isActive());
+            m_manager.marking().changeItem(item, TableColumn::Active, !item->isActive());
         return;
     }
-    const PluginPtr current = m_manager.itemAt(m_manager.selectedRow());
+    const PluginPtr current = m_manager.itemAt(m_manager.table().selectedRow());
     const PluginPtr lead = current ? current : m_manager.itemAt(rows.first());
     BulkMarks::selected(m_manager, !(lead && lead->isActive()));
 }
@@ -265,7 +266,7 @@ void PluginTableView::selectionChanged(const QItemSelection &selected,
                          ? m_proxy->mapToSource(current).row()
                          : -1;
     m_syncing = true;
-    m_manager.selectRows(rows, last);
+    m_manager.table().selectRows(rows, last);
     m_syncing = false;
 }
 
@@ -275,7 +276,7 @@ void PluginTableView::currentChanged(const QModelIndex &current, const QModelInd
     if (m_syncing || m_managerChanging || !current.isValid())
         return;
     if (current.row() != previous.row())
-        m_manager.setCurrentRow(m_proxy->mapToSource(current).row());
+        m_manager.table().setCurrentRow(m_proxy->mapToSource(current).row());
 }
 
 void PluginTableView::selectFromManager()
@@ -293,7 +294,7 @@ void PluginTableView::selectFromManager()
                                                  m_proxy->index(previous, lastColumn)));
     };
     // The filter keeps the manager's order, so ascending rows stay ascending and runs stay runs.
-    for (int row : m_manager.selectedRows()) {
+    for (int row : m_manager.table().selectedRows()) {
         const int shown = m_proxy->proxyRow(row);
         if (shown < 0)
             continue;
@@ -306,7 +307,7 @@ void PluginTableView::selectFromManager()
     close();
     m_syncing = true;
     selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
-    const int last = m_proxy->proxyRow(m_manager.selectedRow());
+    const int last = m_proxy->proxyRow(m_manager.table().selectedRow());
     if (last >= 0)
         selectionModel()->setCurrentIndex(
             m_proxy->index(last, std::max(0, currentIndex().column())),
@@ -326,10 +327,10 @@ void PluginTableView::sortByHeader(int section, Qt::SortOrder order)
     const bool text = !PluginTableModel::isCheckColumn(column);
     // The clicked column leads; the earlier order still breaks its ties.
     QList<SortKey> keys{{column, order == Qt::AscendingOrder, text}};
-    for (const SortKey &sortKey : m_manager.sortKeys())
+    for (const SortKey &sortKey : m_manager.table().sortKeys())
         if (sortKey.column != column)
             keys << sortKey;
-    m_manager.sortBy(keys);
+    m_manager.table().sortBy(keys);
     saveSort();
 }
 
@@ -343,7 +344,7 @@ void PluginTableView::saveSort()
     if (!m_prefs || !m_prefs->store())
         return;
     QVariantList keys;
-    for (const SortKey &key : m_manager.sortKeys())
+    for (const SortKey &key : m_manager.table().sortKeys())
         keys << QVariantMap{{kIdentifier, key.column}, {kAscending, key.ascending}};
     m_prefs->store()->setValue(sortKey(), keys);
 }
@@ -363,12 +364,12 @@ void PluginTableView::restoreSort()
                         !PluginTableModel::isCheckColumn(column)};
     }
     if (!keys.isEmpty())
-        m_manager.sortBy(keys);
+        m_manager.table().sortBy(keys);
 }
 
 void PluginTableView::showSortIndicator()
 {
-    const QList<SortKey> keys = m_manager.sortKeys();
+    const QList<SortKey> keys = m_manager.table().sortKeys();
     const int section = keys.isEmpty() ? -1 : m_model->columnOf(keys.first().column);
     const Qt::SortOrder order =
         keys.isEmpty() || keys.first().ascending ? Qt::AscendingOrder : Qt::DescendingOrder;
@@ -539,7 +540,7 @@ void PluginTableView::dropEvent(QDropEvent *event)
         this,
         [manager, paths] {
             if (manager)
-                manager->installDropped(paths);
+                DropInstall::install(*manager, paths);
         },
         Qt::QueuedConnection);
 }

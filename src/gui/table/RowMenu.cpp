@@ -28,7 +28,7 @@ QMenu *RowMenu::make(FormatManager &manager, QWidget *parent)
 {
     auto *menu = new QMenu(parent);
     menu->setObjectName(QStringLiteral("menuRows"));
-    const bool any = !manager.selectedRows().isEmpty();
+    const bool any = !manager.table().selectedRows().isEmpty();
     const auto add = [menu, any](const char *name, const QString &text, auto run) {
         QAction *item = menu->addAction(text);
         item->setObjectName(QLatin1String(name));
@@ -45,17 +45,17 @@ QMenu *RowMenu::make(FormatManager &manager, QWidget *parent)
     // "none" is the core's own title for no group; the other titles are the user's.
     QAction *none = groups->addAction(korvane::tr("none"));
     QObject::connect(none, &QAction::triggered, menu,
-                     [&manager] { manager.setGroup(QStringLiteral("none")); });
+                     [&manager] { manager.groups().setGroup(QStringLiteral("none")); });
     for (const QString &title : manager.services().groupMenuTitles()) {
         QAction *item = groups->addAction(menuText(title));
         QObject::connect(item, &QAction::triggered, menu,
-                         [&manager, title] { manager.setGroup(title); });
+                         [&manager, title] { manager.groups().setGroup(title); });
     }
 
     menu->addSeparator();
-    add("miRowInfo", korvane::tr("Info"), [&manager] { manager.requestInfo(); });
+    add("miRowInfo", korvane::tr("Info"), [&manager] { manager.maintenance().requestInfo(); });
     add("miRowShow", korvane::tr("Show in File Manager"), [&manager] {
-        if (const PluginPtr item = manager.itemAt(manager.selectedRow()))
+        if (const PluginPtr item = manager.itemAt(manager.table().selectedRow()))
             showFolderOf(manager, item);
     });
     menu->addSeparator();
@@ -85,7 +85,7 @@ bool RowMenu::showFolderOf(const FormatManager &manager, const PluginPtr &item)
 
 bool RowMenu::showInFileManager(const FormatManager &manager)
 {
-    return showInFileManager(manager, manager.itemAt(manager.selectedRow()));
+    return showInFileManager(manager, manager.itemAt(manager.table().selectedRow()));
 }
 
 bool RowMenu::showInFileManager(const FormatManager &manager, const PluginPtr &item)

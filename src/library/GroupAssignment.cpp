@@ -1,37 +1,40 @@
-// Groups within a format: the per-format groups file, assigning groups (undoable from the table)
-// and the combo box that offers the global group names.
-#include "library/FormatManager.h"
+#include "library/GroupAssignment.h"
 
 #include "codec/PropertyList.h"
 #include "core/AppServices.h"
 #include "core/Locations.h"
 #include "core/Texts.h"
+#include "core/UndoStack.h"
+#include "library/FormatManager.h"
 
 #include <QPointer>
 
 namespace korvane {
 
-QString FormatManager::groupsFilePath() const
+GroupAssignment::GroupAssignment(FormatManager &manager) : m_manager(manager) {}
+
+QString GroupAssignment::filePath() const
 {
-    return locations().dataFilePath(m_traits.groupsFile);
+    return m_manager.locations().dataFilePath(m_manager.traits().groupsFile);
 }
 
-void FormatManager::saveGroups()
+void GroupAssignment::save()
 {
     // A format that was never scanned (switched off) holds no items: writing its list would wipe
     // the groups its plug-ins had.
-    if (!m_scanned)
+    if (!m_manager.hasScanned())
         return;
     QVariantList pairs;
-    for (const PluginPtr &item : m_list.items())
+    for (const PluginPtr &item : m_manager.items())
         pairs << item->name() << item->group();
-    services().createSupportFolder(); // a fresh home has none yet
-    services().writeDataFile(groupsFilePath(), pairs, [](const QString &file) {
+    AppServices &services = m_manager.services();
+    services.createSupportFolder(); // a fresh home has none yet
+    services.writeDataFile(filePath(), pairs, [](const QString &file) {
         return PropertyList::readArray(file).has_value();
     });
 }
 
-QString FormatManager::findGroup(const QVariantList &groups, const QString &name)
+QString GroupAssignment::findGroup(const QVariantList &groups, const QString &name)
 {
     // The file is read from disk: anything but a string pair is passed over, never trusted.
     for (qsizetype i = 0; i + 1 < groups.size(); i += 2) {
@@ -44,47 +47,48 @@ QString FormatManager::findGroup(const QVariantList &groups, const QString &name
     return QStringLiteral("");
 }
 
-void FormatManager::changeGroup(const PluginPtr &item, const QString &group)
+void GroupAssignment::changeGroup(const PluginPtr &item, const QString &group)
 {
     if (!item)
         return;
-    UndoStack *undo = services().undoStack();
+    AppServices &services = m_manager.services();
+    UndoStack *undo = services.undoStack();
 
     const QString previous = item->group();
-    QPointer<FormatManager> self(this);
-    undo->registerUndo(this, [self, item, previous] {
+    QPointer<FormatManager> self(&m_manager);
+    undo->registerUndo(&m_manager, [self, item, previous] {
         if (self)
-            self->changeGroup(item, previous);
+            self->groups().changeGroup(item, previous);
     });
     item->setGroup(group);
     if (!undo->isUndoing())
         undo->setActionName(fillFormat(korvane::tr("%@ %@ for \"%@\""),
                                        {korvane::tr("setGroup"), item->group(), item->name()}));
     if (undo->isUndoing() || undo->isRedoing())
-        announceChanged({item});
-    services().updateUndoTitle();
-    saveGroups();
+        m_manager.announceChanged({item});
+    services.updateUndoTitle();
+    save();
 }
 
-void FormatManager::setGroup(const QString &menuTitle)
+void GroupAssignment::setGroup(const QString &menuTitle)
 {
     const QString group =
         menuTitle == QLatin1String("none") ? QString(QLatin1String("")) : menuTitle;
-    const QList<PluginPtr> selected = selectedItems();
+    const QList<PluginPtr> selected = m_manager.table().selectedItems();
     for (const PluginPtr &item : selected)
         item->setGroup(group);
-    announceChanged(selected);
-    saveGroups();
+    m_manager.announceChanged(selected);
+    save();
 }
 
-int FormatManager::groupChoiceCount() const
+int GroupAssignment::choiceCount() const
 {
-    return int(services().groups().size());
+    return int(m_manager.services().groups().size());
 }
 
-QString FormatManager::groupChoiceAt(int index) const
+QString GroupAssignment::choiceAt(int index) const
 {
-    return services().groups().value(index);
+    return m_manager.services().groups().value(index);
 }
 
 } // namespace korvane

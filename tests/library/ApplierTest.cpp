@@ -44,24 +44,24 @@ void writeSidecarType(const QString &item, const QByteArray &type)
 
 } // namespace
 
-class ActivationTest : public FormatManagerFixture {
+class ApplierTest : public FormatManagerFixture {
 protected:
     static void mark(FormatManager *manager, const QString &name, bool active)
     {
-        manager->selectRows({rowOf(manager, name)});
-        active ? manager->setSelectedActive() : manager->setSelectedInactive();
+        manager->table().selectRows({rowOf(manager, name)});
+        active ? manager->marking().setSelectedActive() : manager->marking().setSelectedInactive();
     }
     QString source, target;
     QStringList entries(const QString &folder) { return disk().directoryContents(folder); }
 };
 
-TEST_F(ActivationTest, ApplyMovesEveryPendingChange)
+TEST_F(ApplierTest, ApplyMovesEveryPendingChange)
 {
     const QString a = addAU(LocSystemActive, "A.component");
     addAU(LocSystemActive, "B.component");
     B::makeAudioUnit(folder(TypeAU, 3), "C.component", MachO::ppc());
     au->rescan();
-    au->setAllInactive(); // C is off already
+    au->marking().setAllInactive(); // C is off already
     au->apply();
     EXPECT_TRUE(whole(auPath(1, "A.component"), MachO::intel()) && !exists(a));
     EXPECT_FALSE(au->isApplyEnabled());
@@ -82,7 +82,7 @@ TEST_F(ActivationTest, ApplyMovesEveryPendingChange)
 
 // A failure asks whether to go on; Stop, or Cancel between plug-ins, leaves the rest where they
 // are.
-TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
+TEST_F(ApplierTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
 {
     for (const char *name : {"A.component", "B.component", "C.component"})
         addAU(LocSystemActive, name);
@@ -91,7 +91,7 @@ TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
     relaunch(&files);
     const auto apply = [this] {
         au->rescan();
-        au->setAllInactive();
+        au->marking().setAllInactive();
         QStringList reported;
         for (const MoveOutcome &o : au->applyPending())
             reported << QString("%1 %2%3").arg(o.name).arg(int(o.ok)).arg(int(o.stopped));
@@ -119,13 +119,13 @@ TEST_F(ActivationTest, AFailureOrACancelStopsTheApplyBetweenPlugIns)
 // Something in the way that is no plug-in of the format (a user's file of the same name) goes to
 // the trash, and the logs say so; a plug-in that came to the target after the scan is installed
 // like any other and stays, and so does the moving one.
-TEST_F(ActivationTest, AFileInTheWayGoesToTheTrashSaidButALateCopyStays)
+TEST_F(ApplierTest, AFileInTheWayGoesToTheTrashSaidButALateCopyStays)
 {
     SystemLogCapture capture;
     const auto conflict = [&](bool plugIn) {
         source = B::makeVST(folder(TypeVST, 0), "Foo.vst", MachO::ppc());
         vst->rescan();
-        vst->setAllInactive();
+        vst->marking().setAllInactive();
         target = plugIn ? B::makeVST(folder(TypeVST, 1), "Foo.vst", MachO::intel())
                         : B::makeFile(folder(TypeVST, 1), "Foo.vst", {}, "notes");
     };
@@ -177,7 +177,7 @@ TEST_F(ActivationTest, AFileInTheWayGoesToTheTrashSaidButALateCopyStays)
 
 // Whichever copy of a twice-installed plug-in goes first, the other must not replace it; an
 // identical copy already in place settles the pair instead, the moving copy going to the trash.
-TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical)
+TEST_F(ApplierTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical)
 {
     // Foo in the user's folder (Intel) and disabled system-wide (PPC), both marked for the empty
     // system folder; Bar on there and a different build in the user's folder; Qux on and off.
@@ -191,7 +191,7 @@ TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical
     au->rescan();
     for (const PluginPtr &it : au->items())
         if (!it->isGlobal() || !it->isActive())
-            au->changeItem(it, it->isGlobal() ? "AUActive" : "AUGlobal", true);
+            au->marking().changeItem(it, it->isGlobal() ? "AUActive" : "AUGlobal", true);
 
     QStringList reported;
     for (const MoveOutcome &o : au->applyPending())
@@ -215,7 +215,7 @@ TEST_F(ActivationTest, AMoveOntoAnotherInstalledCopyIsRefusedUnlessItIsIdentical
     EXPECT_EQ(names(au).count("Qux.component"), 1);
 }
 
-TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)
+TEST_F(ApplierTest, ContentInTheFormatsFoldersFollowsThePlugIn)
 {
     setPref("AUMoveContent", true);
     addAU(LocSystemActive, "Foo.component");
@@ -240,7 +240,7 @@ TEST_F(ActivationTest, ContentInTheFormatsFoldersFollowsThePlugIn)
 }
 
 // A companion added in the info panel once moved only after the next rescan.
-TEST_F(ActivationTest, ACompanionAddedSinceTheScanMovesWithTheFirstApply)
+TEST_F(ApplierTest, ACompanionAddedSinceTheScanMovesWithTheFirstApply)
 {
     setPref("AUMoveContent", true);
     addAU(LocSystemActive, "Foo.component");
@@ -255,7 +255,7 @@ TEST_F(ActivationTest, ACompanionAddedSinceTheScanMovesWithTheFirstApply)
 
 // Companions beside a plug-in of a later pair: the second user folder of Linux VST 2 (~/.lxvst)
 // and a folder LV2_PATH adds. One in a distribution folder stays, said.
-TEST_F(ActivationTest, ContentOfEveryPairFollowsThePlugInButNotOutOfTheDistributionsFolders)
+TEST_F(ApplierTest, ContentOfEveryPairFollowsThePlugInButNotOutOfTheDistributionsFolders)
 {
     const QString added = rootPath("opt/lv2");
     const FormatTable table = withRunFolders(FormatTable::builtIn(), locations().roots(),
@@ -307,180 +307,10 @@ TEST_F(ActivationTest, ContentOfEveryPairFollowsThePlugInButNotOutOfTheDistribut
     EXPECT_FALSE(exists(echoBank));
 }
 
-// What a move across file systems leaves when its process dies at each step, and what the next
-// scan makes of it: one whole copy under the plug-in's name, nothing half-copied in sight.
-TEST_F(ActivationTest, TheNextScanLeavesOneWholeCopyUnderTheName)
-{
-    const QString name = "Echo.component", on = folder(TypeAU, 0), off = folder(TypeAU, 1);
-    const QString hidden = "." + name + ".korvane-removing", part = "." + name + ".korvane-partial";
-    // The plug-in in the on folder, its old copy hidden there, its new copy, its partial copy;
-    // built as PPC unless Intel, Half when a copy or removal was cut short.
-    enum { On, Hidden, Off, Partial, Intel = 4, Half = 8 };
-    const QString paths[] = {on + "/" + name, on + "/" + hidden, off + "/" + name,
-                             off + "/" + part};
-    const struct {
-        const char *step; // where the move from on to off was cut short
-        QList<int> pieces;
-        QStringList on, off;
-        QString items, log; // the log's verb
-    } cases[] = {
-        {"copying", {On, Partial | Half}, {name}, {}, "on PPC", "Removed"},
-        {"source hidden, copy not named", {Hidden, Partial}, {name}, {}, "on PPC", "Undid"},
-        {"copy named", {Hidden, Off}, {}, {name}, "off PPC", "Finished"},
-        {"old copy half removed", {Hidden | Half, Off}, {}, {name}, "off PPC", "Finished"},
-        // Someone else's plug-in of the same name is no proof the move got through.
-        {"other at target", {Hidden, Off | Intel}, {name}, {name}, "on PPC,off Intel", "Undid"},
-        {"another in its place", {Hidden, On | Intel}, {hidden, name}, {}, "on Intel", "Kept"},
-        {"partial copy alone", {Partial | Half}, {}, {part}, "", "Kept"},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.step);
-        for (const QString &folder : {on, off}) {
-            QDir(folder).removeRecursively();
-            B::makeFolder(folder);
-        }
-        for (const int piece : c.pieces) { // built under its own name, then given the piece's
-            const QString &path = paths[piece & 3];
-            const QString made = B::makeAudioUnit(path.section('/', 0, -2), "Building.component",
-                                                  piece & Intel ? MachO::intel() : MachO::ppc());
-            if (piece & Half)
-                QFile::remove(made + "/Contents/MacOS/Plugin");
-            QDir().rename(made, path);
-        }
-        relaunch();
-        au->rescan();
-        EXPECT_EQ(entries(on), c.on);
-        EXPECT_EQ(entries(off), c.off);
-        QStringList items;
-        for (const PluginPtr &it : au->items())
-            items << (it->location() == on ? "on " : "off ") + it->architectureName();
-        EXPECT_EQ(items.join(','), c.items);
-        EXPECT_TRUE(logText().contains(c.log + " ")) << logText().toStdString();
-    }
-}
-
-// A staging folder names the mover that made it. While that mover runs, the scan leaves its work
-// alone; one named after a pid whose process started at another time is a dead mover's, and the
-// next scan puts it right as any move cut short.
-TEST_F(ActivationTest, OnlyTheLeftoversOfAMoverThatIsGoneAreSettled)
-{
-    const QString on = folder(TypeAU, LocSystemActive), off = folder(TypeAU, LocSystemDisabled);
-    QProcess mover;
-    mover.start("sleep", {"60"});
-    ASSERT_TRUE(mover.waitForStarted());
-    const std::optional<quint64> started = processStartTime(mover.processId());
-    ASSERT_TRUE(started);
-    const auto staging = [&](quint64 start, const char *kind) {
-        return QString(".korvane-%1-%2.%3").arg(mover.processId()).arg(start).arg(kind);
-    };
-    // Echo was cut short after its copy took the name; Fx while it was being copied.
-    const QString live = staging(*started, "removing"), gone = staging(*started + 1, "partial");
-    B::makeAudioUnit(on + "/" + live, "Echo.component", MachO::ppc());
-    B::makeAudioUnit(off, "Echo.component", MachO::ppc());
-    B::makeAudioUnit(on, "Fx.component", MachO::intel());
-    QFile::remove(B::makeAudioUnit(off + "/" + gone, "Fx.component", MachO::intel())
-                  + "/Contents/MacOS/Plugin");
-    {
-        SystemLogCapture log;
-        au->rescan();
-        EXPECT_EQ(entries(on), QStringList({live, "Fx.component"}));
-        EXPECT_EQ(entries(off), QStringList{"Echo.component"});
-        EXPECT_TRUE(log.contains(
-            QString("Left %1 alone: the program moving it still runs").arg(on + "/" + live)))
-            << log.lines().join('\n').toStdString();
-    }
-    EXPECT_EQ(names(au), QStringList({"Echo.component", "Fx.component"}));
-    // Nor is a staging folder ever a folder of plug-ins, where subfolders are scanned.
-    B::makeVST(folder(TypeVST, LocUserDisabled) + "/Sub/" + live, "Copied.vst", MachO::intel());
-    setPref("VSTScanSubfolders", true);
-    vst->rescan();
-    EXPECT_TRUE(names(vst).isEmpty()) << names(vst).join(',').toStdString();
-
-    mover.kill();
-    mover.waitForFinished();
-    au->rescan();
-    EXPECT_EQ(entries(on), QStringList{"Fx.component"});
-    EXPECT_EQ(entries(off), QStringList{"Echo.component"});
-    EXPECT_TRUE(logText().contains("Finished an interrupted move")) << logText().toStdString();
-    EXPECT_TRUE(whole(off + "/Echo.component", MachO::ppc()));
-}
-
-// A move cut short between a plug-in and its Finder information: the next scan puts the sidecar
-// beside the plug-in, but only where that is beyond doubt, and never over another sidecar.
-TEST_F(ActivationTest, ALoneSidecarJoinsItsPlugInOnlyWhereThatIsBeyondDoubt)
-{
-    const QString on = folder(TypeAU, LocSystemActive), off = folder(TypeAU, LocSystemDisabled);
-    const QString user = folder(TypeAU, LocUserActive);
-    B::makeAudioUnit(off, "Echo.component", MachO::intel());
-    B::makeAudioUnit(off, "Twin.component", MachO::intel());
-    B::makeAudioUnit(user, "Twin.component", MachO::intel());
-    B::makeAudioUnit(off, "Dup.component", MachO::intel());
-    B::makeFile(off, "._Dup.component", {}, "its own");
-    for (const char *name :
-         {"._Echo.component", "._Gone.component", "._Twin.component", "._Dup.component"})
-        B::makeFile(on, name, {}, name);
-    const QStringList stay{"._Dup.component", "._Gone.component", "._Twin.component"};
-    {
-        ImmutableGuard guard(off);
-        if (!guard.ok())
-            GTEST_SKIP() << "no immutable files here";
-        au->rescan();
-        EXPECT_EQ(entries(on), QStringList({"._Dup.component", "._Echo.component",
-                                            "._Gone.component", "._Twin.component"}));
-        EXPECT_TRUE(logText().contains("Kept " + on + "/._Echo.component"))
-            << logText().toStdString();
-    }
-    au->rescan();
-    EXPECT_EQ(entries(on), stay);
-    EXPECT_EQ(readText(off + "/._Echo.component"), "._Echo.component");
-    EXPECT_EQ(readText(off + "/._Dup.component"), "its own");
-    EXPECT_TRUE(logText().contains("Moved " + on + "/._Echo.component")) << logText().toStdString();
-    EXPECT_EQ(names(au).size(), 4);
-}
-
-// A subfolder's plug-in moved off with subfolders on, its old copy still hidden beside it: only a
-// scan holding the library settles it. Moved back, it returns to its subfolder.
-TEST_F(ActivationTest, OnlyAScanThatHasTheLibraryToItselfTouchesLeftovers)
-{
-    const QString vstOn = folder(TypeVST, LocUserActive), vstOff = folder(TypeVST, LocUserDisabled);
-    const QString moved = B::makeVST(vstOff + "/Sub", "Fx.vst", MachO::intel());
-    QDir().mkpath(vstOn + "/Sub");
-    ASSERT_TRUE(disk().copy(moved, vstOn + "/Sub/.Fx.vst.korvane-removing"));
-    const auto scan = [&] {
-        setPref("VSTScanSubfolders", true);
-        vst->rescan();
-        return names(vst);
-    };
-    {
-        // Another program holds the folders: its move may be under way, not cut short. A lock
-        // of its own on the folder, as another process takes it.
-        const int other = ::open(QFile::encodeName(LibraryLock::lockedFolder(vstOn)).constData(),
-                                 O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        ASSERT_EQ(::flock(other, LOCK_EX | LOCK_NB), 0);
-        const auto unlock = qScopeGuard([other] { ::close(other); });
-        EXPECT_EQ(scan(), QStringList{"Sub/Fx.vst"});
-        EXPECT_EQ(entries(vstOn + "/Sub"), QStringList{".Fx.vst.korvane-removing"});
-    }
-    ReadOnlyFileOperations readOnly(disk());
-    relaunch(&readOnly);
-    EXPECT_EQ(scan(), QStringList{"Sub/Fx.vst"});
-    EXPECT_EQ(entries(vstOn + "/Sub"), QStringList{".Fx.vst.korvane-removing"});
-
-    relaunch();
-    EXPECT_EQ(scan(), QStringList{"Sub/Fx.vst"});
-    EXPECT_TRUE(entries(vstOn + "/Sub").isEmpty());
-    EXPECT_TRUE(whole(moved, MachO::intel()));
-
-    mark(vst, "Sub/Fx.vst", true); // back to the subfolder it came from
-    vst->apply();
-    EXPECT_TRUE(whole(vstOn + "/Sub/Fx.vst", MachO::intel()) && !exists(moved));
-    EXPECT_EQ(vst->itemAt(0)->location(), vstOn);
-}
-
 // A plain-file VST known only by the Finder type in its sidecar, switched on where a stale
 // sidecar of no plug-in lies: that goes to the trash, said, and the plug-in moves with its own
 // Finder information, so it is still a plug-in. Where the stale one cannot go, nothing moves.
-TEST_F(ActivationTest, AStaleSidecarInTheWayGoesToTheTrashAndThePlugInStaysListed)
+TEST_F(ApplierTest, AStaleSidecarInTheWayGoesToTheTrashAndThePlugInStaysListed)
 {
     const QString on = folder(TypeVST, LocSystemActive), off = folder(TypeVST, LocSystemDisabled);
     writeSidecarType(B::makeFile(off, "Foo"), "aPcs");
@@ -525,7 +355,7 @@ TEST_F(ActivationTest, AStaleSidecarInTheWayGoesToTheTrashAndThePlugInStaysListe
 
 // Whatever a path's text says, a link on the way can lead out of the folders: a companion behind
 // one, and a plug-in whose subfolder in the other folder is one, stay where they are, said.
-TEST_F(ActivationTest, NothingMovesThroughALinkOnTheWay)
+TEST_F(ApplierTest, NothingMovesThroughALinkOnTheWay)
 {
     QTemporaryDir outside;
     const QString victim = B::makeFile(outside.path(), "victim", {}, "not ours");

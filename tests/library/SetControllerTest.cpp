@@ -16,7 +16,7 @@ static QStringList summary(const QList<PluginPtr> &items)
     return lines;
 }
 
-class SetsTest : public FormatManagerFixture {
+class SetControllerTest : public FormatManagerFixture {
 protected:
     QString documents;
 
@@ -28,7 +28,7 @@ protected:
         documents = homePath("Documents");
         QDir().mkpath(documents);
         au->rescan();
-        au->loadSetList();
+        au->sets().loadSetList();
     }
     QString saveAs(const QString &name)
     {
@@ -67,12 +67,12 @@ protected:
     QStringList loadSets(const QByteArray &contents)
     {
         writeText(homePath("Library/Application Support/Korvane/ausets.plist"), contents);
-        au->loadSetList();
+        au->sets().loadSetList();
         return au->sets().setTitles();
     }
 };
 
-TEST_F(SetsTest, SavedSetReopensWithItsFlags)
+TEST_F(SetControllerTest, SavedSetReopensWithItsFlags)
 {
     const QString path = saveAs("one.aukorv");
     EXPECT_EQ(ui.savePanels[0].directory, documents);
@@ -80,7 +80,7 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
     EXPECT_EQ(au->sets().setTitles(), QStringList({"no set", path}));
     EXPECT_EQ(au->sets().selectedSetIndex(), 1);
 
-    au->changeItem(item(au, "B.component"), "AUActive", false);
+    au->marking().changeItem(item(au, "B.component"), "AUActive", false);
     EXPECT_TRUE(au->sets().isSetChanged());
     au->sets().openSet(path);
     EXPECT_TRUE(item(au, "B.component")->isActive());
@@ -88,7 +88,7 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
 
     // Apply asks about the set by its name, and Cancel leaves set, marks and disk alone.
     ui.alertAnswers << AlertAnswer::Third << AlertAnswer::Second; // Cancel, then Don't Save
-    au->changeItem(item(au, "B.component"), "AUActive", false);
+    au->marking().changeItem(item(au, "B.component"), "AUActive", false);
     au->apply();
     EXPECT_EQ(ui.alertMessages(), QStringList({"Save changes to the set “one”?"}));
     EXPECT_EQ(ui.alerts.last().buttons, QStringList({"Save", "Don't Save", "Cancel"}));
@@ -101,7 +101,7 @@ TEST_F(SetsTest, SavedSetReopensWithItsFlags)
 
 // A set saved into a folder that refuses it once appeared in the pop-up and the name field with
 // no file behind it. The failure is said, Save As asks again, and nothing takes the name.
-TEST_F(SetsTest, ASetThatCannotBeWrittenIsSaidAndNeitherListedNorNamed)
+TEST_F(SetControllerTest, ASetThatCannotBeWrittenIsSaidAndNeitherListedNorNamed)
 {
     const QString locked = homePath("Locked");
     QDir().mkpath(locked);
@@ -122,7 +122,7 @@ TEST_F(SetsTest, ASetThatCannotBeWrittenIsSaidAndNeitherListedNorNamed)
     EXPECT_FALSE(QFileInfo::exists(locked + "/Live Gig.aukorv"));
 }
 
-TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemovedOrCancelled)
+TEST_F(SetControllerTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemovedOrCancelled)
 {
     EXPECT_EQ(loadSets(PropertyList::toXml(QVariantList{"/a.aukorv", "/b.aukorv"})),
               QStringList({"no set", "/a.aukorv", "/b.aukorv"}));
@@ -148,7 +148,7 @@ TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemovedOrCancelled)
     // stays for a person to decide on.
     HeadlessUi nobody;
     ManagersOfOneRun unattended(locations(), disk(), nobody);
-    unattended.au.loadSetList();
+    unattended.au.sets().loadSetList();
     unattended.au.sets().openDefaultSet("/gone/y.aukorv");
     const QStringList titles = unattended.au.sets().setTitles();
     unattended.au.sets().selectSet(int(titles.indexOf("/gone/y.aukorv")));
@@ -158,12 +158,12 @@ TEST_F(SetsTest, SetsFileGainsNoSetAndAGoneSetAsksUntilRemovedOrCancelled)
 
 // Each entry goes to the copy the set names, whatever the table's order; with one copy gone, the
 // set's entry for it is missing, not handed to the survivor.
-TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
+TEST_F(SetControllerTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
 {
     const QString system = B::makeAudioUnit(folder(TypeAU, 0), "Foo.component", MachO::ppc());
     const QString user = addAU(LocUserActive, "Foo.component");
     au->rescan();
-    au->sortBy({{"AULocation", true}});
+    au->table().sortBy({{"AULocation", true}});
     for (const PluginPtr &it : au->items()) {
         if ((it->name() == "Foo.component" && it->isGlobal()) || it->name() == "A.component") {
             it->setActive(false);
@@ -174,7 +174,7 @@ TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
     au->sets().writeSet(path);
 
     au->rescan();
-    au->sortBy({{"AULocation", false}});
+    au->table().sortBy({{"AULocation", false}});
     setPref("AUActivateAfterLoading", true);
     au->sets().openDefaultSet(path);
     EXPECT_TRUE(ui.missingItemsLists.isEmpty());
@@ -201,7 +201,7 @@ TEST_F(SetsTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
 
 // The worked example reads and is written byte for byte; a saved document opens with every item; a
 // failed write keeps the old document.
-TEST_F(SetsTest, DocumentsAreWrittenIdenticallyAndFailedWritesKeepTheOld)
+TEST_F(SetControllerTest, DocumentsAreWrittenIdenticallyAndFailedWritesKeepTheOld)
 {
     QFile file(KORVANE_TEST_DATA "/typedstream/AUItemExample");
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
@@ -226,7 +226,7 @@ TEST_F(SetsTest, DocumentsAreWrittenIdenticallyAndFailedWritesKeepTheOld)
     EXPECT_EQ(summary(SetDocument::read(path)), summary(sample()));
 }
 
-TEST_F(SetsTest, OnlyArraysOfItemsAreReadableAndDamageNeverCrashes)
+TEST_F(SetControllerTest, OnlyArraysOfItemsAreReadableAndDamageNeverCrashes)
 {
     EXPECT_FALSE(SetDocument::load(homePath("nothing.aukorv")).has_value());
     EXPECT_TRUE(reread("not an archive at all").isEmpty());
