@@ -13,9 +13,8 @@ namespace korvane {
 
 FormatManager::FormatManager(const Format &format, const ManagerParts &parts)
     : m_traits(format), m_parts(parts), m_sets(*this, m_traits, m_parts),
-      m_scanner(m_traits, m_parts), m_columns{TableColumn::Active, TableColumn::Name,
-                                              TableColumn::Global, TableColumn::Group},
-      m_sortKeys{{TableColumn::Name, true, true}}
+      m_scanner(m_traits, m_parts),
+      m_columns(TableColumn::Defaults), m_sortKeys{{TableColumn::Name, true, true}}
 {
 }
 

@@ -147,7 +147,9 @@ public:
     static QList<QPair<QString, int>> duplicateNames(const QList<PluginPtr> &items);
     void moveSelectedToTrash();
     void showArchitectureColumn(bool visible);
-    void setArchitectureActive(int architecture, bool active);
+    // Marks every plug-in that Plugin::holds the command's architecture
+    // (Plugin::ArchitectureCommand).
+    void setArchitectureActive(int command, bool active);
 
     // --- State the window shows ----------------------------------------------------------------
     bool isApplyEnabled() const { return m_applyEnabled; }

@@ -150,9 +150,10 @@ void FormatManager::showArchitectureColumn(bool visible)
     emit columnsChanged();
 }
 
-void FormatManager::setArchitectureActive(int plattform, bool active)
+void FormatManager::setArchitectureActive(int command, bool active)
 {
-    markAll([plattform](const Plugin &item) { return item.architecture() == plattform; }, active);
+    // Every plug-in whose binary holds the architecture, a universal one for each of its own.
+    markAll([command](const Plugin &item) { return item.holds(command); }, active);
 }
 
 } // namespace korvane

@@ -32,7 +32,7 @@ namespace {
 // numbers, the rest as text; a column the items do not have leaves the order to the next one.
 class SortColumn {
 public:
-    SortColumn(const SortKey &sortKey, const QList<PluginPtr> &items)
+    SortColumn(const SortKey &sortKey, const QList<PluginPtr> &items, const Format &format)
         : m_ascending(sortKey.ascending),
           m_case(sortKey.caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive)
     {
@@ -51,6 +51,11 @@ public:
             if (m_case == Qt::CaseInsensitive)
                 foldAscii();
         };
+        const auto metadata = [](QString PluginMetadata::*field) {
+            return [field](const Plugin &i) {
+                return i.metadata() ? i.metadata()->*field : QString();
+            };
+        };
         if (key == TableColumn::Active)
             numbers([](const Plugin &i) { return i.isActive(); });
         else if (key == TableColumn::Global)
@@ -58,13 +63,19 @@ public:
         else if (key == TableColumn::Group)
             texts([](const Plugin &i) { return i.group(); });
         else if (key == TableColumn::Architecture)
-            texts([](const Plugin &i) { return i.architectureName(); });
+            naturalTexts(items, [](const Plugin &i) { return i.architecturesText(); });
         else if (key == TableColumn::Name && m_case == Qt::CaseInsensitive)
-            naturalTexts(items);
+            naturalTexts(items, [](const Plugin &i) { return i.name(); });
         else if (key == TableColumn::Name) // by code point, as the first version did
             texts([](const Plugin &i) { return i.name(); });
-        else if (key == TableColumn::Location)
-            texts([](const Plugin &i) { return i.location(); });
+        else if (key == TableColumn::Location) // system, user, then the later folders in turn
+            numbers([&format](const Plugin &i) { return i.locationCode(format) / 2; });
+        else if (key == TableColumn::Vendor)
+            naturalTexts(items, metadata(&PluginMetadata::vendor));
+        else if (key == TableColumn::Version)
+            naturalTexts(items, metadata(&PluginMetadata::version));
+        else if (key == TableColumn::Package)
+            naturalTexts(items, metadata(&PluginMetadata::package));
     }
 
     // Negative, zero or positive as item a sorts before, with or after item b.
@@ -75,6 +86,9 @@ public:
             const int x = m_numbers[size_t(a)], y = m_numbers[size_t(b)];
             order = x < y ? -1 : (x > y ? 1 : 0);
         } else if (m_kind == Natural) {
+            // What a plug-in does not say (no vendor, no version) comes last either way.
+            if (m_unknown[size_t(a)] != m_unknown[size_t(b)])
+                return m_unknown[size_t(a)] ? 1 : -1;
             order = m_keys[size_t(a)].compare(m_keys[size_t(b)]);
         } else if (m_kind == Text) {
             if (!m_folded.empty() && !m_folded[size_t(a)].empty() && !m_folded[size_t(b)].empty())
@@ -86,16 +100,17 @@ public:
     }
 
 private:
-    // Names as the table sorts them, in the order people count: "Bass 2" before "Bass 10". The
-    // collator's keys are taken once per item, so a comparison is a plain byte comparison.
-    void naturalTexts(const QList<PluginPtr> &items)
+    // Texts as people count and as their language orders: "Bass 2" before "Bass 10", "1.9"
+    // before "1.10". The collator's keys are taken once per text, so a comparison is a plain
+    // byte comparison.
+    template <typename Value> void naturalTexts(const QList<PluginPtr> &items, Value value)
     {
         m_kind = Natural;
         // The C locale's collator compares code points and knows no numbers.
         QLocale locale;
         if (locale.language() == QLocale::C)
             locale = QLocale(QLocale::English, QLocale::UnitedStates);
-        // Keys are kept between sorts (a header click sorts the same names again), for one
+        // Keys are kept between sorts (a header click sorts the same texts again), for one
         // locale and up to a bound.
         static QLocale cachedFor;
         static QHash<QString, QCollatorSortKey> cache;
@@ -108,11 +123,14 @@ private:
             collator->setCaseSensitivity(Qt::CaseInsensitive);
         }
         m_keys.reserve(size_t(items.size()));
+        m_unknown.reserve(size_t(items.size()));
         for (const PluginPtr &item : items) {
-            auto found = cache.constFind(item->name());
+            const QString text = value(*item);
+            auto found = cache.constFind(text);
             if (found == cache.cend())
-                found = cache.insert(item->name(), collator->sortKey(item->name()));
+                found = cache.insert(text, collator->sortKey(text));
             m_keys.push_back(*found);
+            m_unknown.push_back(text.isEmpty());
         }
     }
 
@@ -144,6 +162,7 @@ private:
     std::vector<QString> m_texts;
     std::vector<std::string> m_folded; // empty unless the comparison ignores case
     std::vector<QCollatorSortKey> m_keys;
+    std::vector<bool> m_unknown; // the natural text is empty
 };
 
 // The last component of a dropped path; a folder may arrive with a trailing separator.
@@ -227,7 +246,7 @@ void FormatManager::sortPlugins()
     columns.reserve(size_t(m_sortKeys.size()));
     const QList<PluginPtr> &plugins = m_list.items();
     for (const SortKey &sortKey : std::as_const(m_sortKeys))
-        columns.emplace_back(sortKey, plugins);
+        columns.emplace_back(sortKey, plugins, m_traits);
     std::vector<qsizetype> order(size_t(plugins.size()));
     std::iota(order.begin(), order.end(), qsizetype(0));
     std::stable_sort(order.begin(), order.end(), [&columns](qsizetype a, qsizetype b) {
