@@ -149,9 +149,9 @@ void Plugin::detectArchitecture(const QString &path)
 
 QStringList Plugin::architectures() const
 {
-    if (m_metadata && (!m_metadata->architectures.isEmpty() || m_architectures.isEmpty()))
-        return m_metadata->architectures;
-    return m_architectures;
+    // A format whose files a scan reads says it there; the header test knows only bundles, and
+    // takes an LV2 folder or a shared object for a classic Mac OS file.
+    return m_metadata ? m_metadata->architectures : m_architectures;
 }
 
 QString Plugin::architecturesText() const

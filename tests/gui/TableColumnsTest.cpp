@@ -31,7 +31,7 @@ protected:
         bundle(homePath(".vst3"), "Bend", "Bittern", "1.9.2", {"x86_64-linux", "aarch64-linux"});
         bundle(homePath(".vst3"), "Crush", "acme audio", "", {"x86_64-linux"});
         bundle(rootPath("usr/lib/vst3"), "Owned", "", "2.0", {"aarch64-linux"});
-        bundle(homePath(".vst3"), "Broken", "", "", {"x86_64-linux"}, "{ this is not: JSON5 ");
+        bundle(homePath(".vst3"), "Broken", "", "", {}, "{ this is not: JSON5 ");
         makeContext(FormatTable::builtIn());
         vst3 = context->manager(*FormatTable::builtIn().typeOfName("vst3"));
         vst3->rescan();
@@ -170,6 +170,9 @@ TEST_F(TableColumnsTest, ALayoutSavedBeforeTheNewColumnsLoadsWithThemInPlace)
     EXPECT_EQ(visibleTitles(*view), QStringList({"Name", "Vendor", "Version", "Architecture",
                                                  "Location", "Active", "Global", "Package"}));
     EXPECT_EQ(cell("Bend", "AUType").data(), "aarch64 + x86_64");
+    // A bundle whose files name no architecture shows none, whatever the Mach-O test of a folder
+    // that is no macOS bundle would say ("ppc").
+    EXPECT_EQ(cell("Broken", "AUType").data(), "");
 }
 
 TEST_F(TableColumnsTest, CopyPutsTheSelectedRowsOnTheClipboardAsShown)

@@ -132,10 +132,10 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
     switch (role) {
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:
+        if (isCheckColumn(id) && role == Qt::DisplayRole)
+            return QVariant(); // the box says it
         if (isCheckColumn(id))
-            return role == Qt::DisplayRole    ? QVariant()
-                   : cell(*item, id).toBool() ? korvane::tr("on")
-                                              : korvane::tr("off");
+            return cell(*item, id).toBool() ? korvane::tr("on") : korvane::tr("off");
         if (id == TableColumn::Location) {
             const QString location = cell(*item, id).toString();
             return location == QLatin1String("System") || location == QLatin1String("User")
