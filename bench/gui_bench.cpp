@@ -165,6 +165,8 @@ void measureColumns(int n, QTextStream &out)
     const int matched = page.table()->model()->rowCount();
     double archWorst = 0;
     page.searchField()->clear();
+    QCoreApplication::processEvents();
+    page.table()->viewport()->repaint();
     for (int index : {1, 2, 0}) {
         QElapsedTimer timer;
         timer.start();
