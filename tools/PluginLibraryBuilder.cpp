@@ -20,17 +20,33 @@ QByteArray intel()
 {
     return QByteArray::fromHex("cefaedfe07000000");
 }
+// A universal file's slice table entry: CPU type and subtype, offset, size and alignment.
+static QByteArray slice(const char *cpuTypeAndSubtype)
+{
+    return QByteArray::fromHex(cpuTypeAndSubtype) + QByteArray::fromHex("00001000000010000000000c");
+}
 QByteArray universal2()
 {
-    return QByteArray::fromHex("cafebabe00000002");
+    return QByteArray::fromHex("cafebabe00000002") + slice("0000001200000000")
+           + slice("0000000700000003");
 }
 QByteArray universal3()
 {
-    return QByteArray::fromHex("cafebabe00000003");
+    return QByteArray::fromHex("cafebabe00000003") + slice("0000001200000000")
+           + slice("0000000700000003") + slice("0100000700000003");
 }
 QByteArray x86_64()
 {
     return QByteArray::fromHex("cffaedfe07000001");
+}
+QByteArray arm64()
+{
+    return QByteArray::fromHex("cffaedfe0c000001");
+}
+QByteArray appleUniversal()
+{
+    return QByteArray::fromHex("cafebabe00000002") + slice("0100000700000003")
+           + slice("0100000c00000000");
 }
 } // namespace MachO
 

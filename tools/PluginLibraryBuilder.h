@@ -8,11 +8,13 @@ namespace korvane {
 
 // Executable headers the architecture test tells apart.
 namespace MachO {
-QByteArray ppc();        // FE ED FA CE 00 00 00 12
-QByteArray intel();      // CE FA ED FE 07 00 00 00
-QByteArray universal2(); // CA FE BA BE 00 00 00 02
-QByteArray universal3(); // CA FE BA BE 00 00 00 03
-QByteArray x86_64();     // CF FA ED FE 07 00 00 01
+QByteArray ppc();            // FE ED FA CE 00 00 00 12
+QByteArray intel();          // CE FA ED FE 07 00 00 00
+QByteArray universal2();     // CA FE BA BE 00 00 00 02, then slices ppc and i386
+QByteArray universal3();     // CA FE BA BE 00 00 00 03, then slices ppc, i386 and x86_64
+QByteArray x86_64();         // CF FA ED FE 07 00 00 01
+QByteArray arm64();          // CF FA ED FE 0C 00 00 01
+QByteArray appleUniversal(); // CA FE BA BE 00 00 00 02, then slices x86_64 and arm64
 } // namespace MachO
 
 // Writes plug-ins as the four formats lay them out: bundles with an Info.plist (XML or binary)

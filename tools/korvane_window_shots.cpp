@@ -2,10 +2,11 @@
 // Korvane on the demo library in DIR (made by korvane_demo) and saves a picture of it as
 // OUT/<window>.png, the list across formats (all-plugins.png, with LV2 and VST 3 copies of some
 // demo plug-ins added), the details pane (details-pane.png) and Switch Off Unused Formats
-// (unused-formats.png) among them. With a VARIANT (dark, scale2, german) only the main window, as
-// OUT/main-window-VARIANT.png: in a dark palette, at the size a 1600x1000 screen at a scale factor
-// of 2 leaves (QT_SCALE_FACTOR is the caller's), or in the translations the locale picks. Meant
-// for Qt's offscreen platform; tools/screenshots.sh runs it.
+// (unused-formats.png) among them. With a VARIANT (dark, scale2, german, linux) only the main
+// window, as OUT/main-window-VARIANT.png: in a dark palette, at the size a 1600x1000 screen at a
+// scale factor of 2 leaves (QT_SCALE_FACTOR is the caller's), in the translations the locale
+// picks, or on the LV2 tab of Debian's own LV2 bundles copied into DIR (their vendors, versions
+// and packages). Meant for Qt's offscreen platform; tools/screenshots.sh runs it.
 
 #include "LinuxPluginFixtures.h"
 #include "app/AboutText.h"
@@ -54,6 +55,32 @@ bool save(QWidget &window, const QString &path)
     window.show();
     QApplication::processEvents();
     return window.grab().save(path);
+}
+
+// Debian's LV2 bundles of three packages, copied under root: most where the distribution keeps
+// them, one moved to /usr/local and one to the user's folder; with the packages' file lists, so
+// the package column has something to say. Nothing under the real /usr is written.
+void makeLinuxLibrary(const QString &root, const QString &home)
+{
+    const QStringList packages{QStringLiteral("dpf-plugins-lv2"), QStringLiteral("swh-lv2"),
+                               QStringLiteral("x42-plugins")};
+    for (const QString &bundle :
+         {QStringLiteral("3BandEQ"), QStringLiteral("MVerb"), QStringLiteral("Nekobi"),
+          QStringLiteral("PingPongPan"), QStringLiteral("amp-swh"), QStringLiteral("meters"),
+          QStringLiteral("Kars"), QStringLiteral("delay-swh")})
+        LinuxPluginFixtures::copyFromSystem(
+            QStringLiteral("/usr/lib/lv2/") + bundle + QStringLiteral(".lv2"), root);
+    QDir().mkpath(root + QStringLiteral("/usr/local/lib/lv2"));
+    QDir().rename(root + QStringLiteral("/usr/lib/lv2/Kars.lv2"),
+                  root + QStringLiteral("/usr/local/lib/lv2/Kars.lv2"));
+    QDir().mkpath(home + QStringLiteral("/.lv2"));
+    QDir().rename(root + QStringLiteral("/usr/lib/lv2/Nekobi.lv2"),
+                  home + QStringLiteral("/.lv2/Nekobi.lv2"));
+    const QString info = QStringLiteral("/var/lib/dpkg/info/");
+    QDir().mkpath(root + info);
+    for (const QString &package : packages)
+        QFile::copy(info + package + QStringLiteral(".list"),
+                    root + info + package + QStringLiteral(".list"));
 }
 
 int rowOf(const FormatManager &manager, const QString &name)
@@ -114,9 +141,9 @@ int main(int argc, char *argv[])
     const QString variant = args.value(3);
     if (args.size() < 3 || args.size() > 4
         || !QStringList({QString(), QStringLiteral("dark"), QStringLiteral("scale2"),
-                         QStringLiteral("german")})
+                         QStringLiteral("german"), QStringLiteral("linux")})
                 .contains(variant)) {
-        err << "Usage: korvane_window_shots DIR OUT [dark|scale2|german]\n"
+        err << "Usage: korvane_window_shots DIR OUT [dark|scale2|german|linux]\n"
                "Saves a picture of each window, on the demo library in DIR, under OUT.\n";
         return 2;
     }
@@ -141,6 +168,8 @@ int main(int argc, char *argv[])
 
     if (variant.isEmpty())
         addLinuxCopies(dir + QStringLiteral("/home"));
+    else if (variant == QLatin1String("linux"))
+        makeLinuxLibrary(roots.systemRoot, roots.home);
 
     AppContext::Parts parts;
     parts.roots = roots;
@@ -178,6 +207,13 @@ int main(int argc, char *argv[])
             window.resize(1100, 560);
         main.setActiveType(TypeAU);
         au.table().selectRows({rowOf(au, QStringLiteral("Ember EQ.component"))});
+        if (variant == QLatin1String("linux")) {
+            const int lv2 = FormatTable::builtIn().typeOfName(QStringLiteral("lv2")).value_or(-1);
+            if (FormatManager *manager = context.manager(lv2)) {
+                main.setActiveType(lv2);
+                manager->table().selectRows({rowOf(*manager, QStringLiteral("MVerb.lv2"))});
+            }
+        }
         return save(window, out + QStringLiteral("/main-window-") + variant + ".png") ? 0 : 1;
     }
 

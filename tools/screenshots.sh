@@ -39,4 +39,6 @@ cat >"$screen" <<'EOF'
 EOF
 run QT_QPA_PLATFORM="offscreen:configfile=$screen" QT_SCALE_FACTOR=2 -- scale2
 run LANGUAGE=de LC_ALL=de_DE.UTF-8 -- german
+# The table's columns on Debian's own LV2 bundles, copied into the demo's root.
+run -- linux
 ls "$top/docs/screenshots"/*.png

@@ -12,6 +12,7 @@ packages=(cmake g++ make pkg-config qt6-base-dev libplist-dev libgtest-dev libgm
   fonts-dejavu-core                                    # text in offscreen window pictures
   libarchive-dev                                       # backup archives (tar with xz)
   xvfb xdotool imagemagick                             # the real window driven in tools/gui-e2e.sh
+  xclip                                                # gui-e2e.sh reads the table's copied rows
   libserd-dev                                          # reads LV2's Turtle files
   ladspa-sdk dssi-dev                                  # ladspa.h and dssi.h for the probe; listplugins
   lilv-utils                                           # lv2ls, against which the LV2 reader is checked

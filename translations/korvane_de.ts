@@ -208,10 +208,6 @@
         <translation>Unterordner durchsuchen</translation>
     </message>
     <message>
-        <source>Show the Type column</source>
-        <translation>Spalte „Typ“ anzeigen</translation>
-    </message>
-    <message>
         <source>setGlobal</source>
         <translation>Systemweit</translation>
     </message>
@@ -701,7 +697,7 @@
     </message>
     <message>
         <source>Set:</source>
-        <translation>Set:</translation>
+        <translation>Gewähltes Set:</translation>
     </message>
     <message>
         <source>Plug-in formats</source>
@@ -1572,22 +1568,6 @@ Abgelegt: %2
         <translation>Um eines hinzuzufügen, kopieren Sie es in einen dieser Ordner und wählen Plug-Ins &gt; Neu einlesen, oder ziehen Sie es auf diese Tabelle.</translation>
     </message>
     <message>
-        <source>PPC</source>
-        <translation>PPC</translation>
-    </message>
-    <message>
-        <source>Intel</source>
-        <translation>Intel</translation>
-    </message>
-    <message>
-        <source>Universal Binary</source>
-        <translation>Universal Binary</translation>
-    </message>
-    <message>
-        <source>Unknown</source>
-        <translation>Unbekannt</translation>
-    </message>
-    <message>
         <source>On</source>
         <translation>Ein</translation>
     </message>
@@ -1798,6 +1778,22 @@ Abgelegt: %2
         <translation>Alle Formate sind angehakt: Nichts ändert sich.</translation>
     </message>
     <message>
+        <source>64-bit Intel (x86_64) On</source>
+        <translation>64-Bit-Intel (x86_64) ein</translation>
+    </message>
+    <message>
+        <source>64-bit Intel (x86_64) Off</source>
+        <translation>64-Bit-Intel (x86_64) aus</translation>
+    </message>
+    <message>
+        <source>Apple Silicon (arm64) On</source>
+        <translation>Apple Silicon (arm64) ein</translation>
+    </message>
+    <message>
+        <source>Apple Silicon (arm64) Off</source>
+        <translation>Apple Silicon (arm64) aus</translation>
+    </message>
+    <message>
         <source>System</source>
         <translation>System</translation>
     </message>
@@ -1882,6 +1878,22 @@ Abgelegt: %2
         <translation>Enthaltene Plug-Ins</translation>
     </message>
     <message>
+        <source>Show plug-ins built for</source>
+        <translation>Plug-Ins zeigen, gebaut für</translation>
+    </message>
+    <message>
+        <source>All architectures</source>
+        <translation>Alle Architekturen</translation>
+    </message>
+    <message>
+        <source>Show plug-ins of the format</source>
+        <translation>Plug-Ins zeigen im Format</translation>
+    </message>
+    <message>
+        <source>All formats</source>
+        <translation>Alle Formate</translation>
+    </message>
+    <message>
         <source>Cannot be read</source>
         <translation>Nicht lesbar</translation>
     </message>
@@ -1944,6 +1956,14 @@ Machen Sie den Ordner für sich beschreibbar, oder schalten Sie diese Plug-Ins m
     <message>
         <source>Select in Table</source>
         <translation>In Tabelle auswählen</translation>
+    </message>
+    <message>
+        <source>Only the plug-ins whose files could not be read; each row&apos;s tip says why</source>
+        <translation>Nur die Plug-Ins, deren Dateien nicht gelesen werden konnten; der Tipp jeder Zeile sagt, warum</translation>
+    </message>
+    <message>
+        <source>Show the Architecture column</source>
+        <translation>Spalte „Architektur“ anzeigen</translation>
     </message>
 </context>
 </TS>

@@ -88,6 +88,10 @@ public:
     void setIntelInactive() { setArchitectureActive(2, false); }
     void setUBActive() { setArchitectureActive(3, true); }
     void setUBInactive() { setArchitectureActive(3, false); }
+    void setIntel64Active() { setArchitectureActive(4, true); }
+    void setIntel64Inactive() { setArchitectureActive(4, false); }
+    void setAppleSiliconActive() { setArchitectureActive(5, true); }
+    void setAppleSiliconInactive() { setArchitectureActive(5, false); }
 
     // Routed by the type given, not by the tab in front.
     void showArchitectureColumn(int type, bool show);

@@ -7,6 +7,8 @@
 
 #include <QFileInfo>
 
+#include <utility>
+
 namespace korvane {
 
 DataFileSaver::DataFileSaver(FileOperations &files, UserInterface &ui, QString elsewhere, Log log)
@@ -44,25 +46,37 @@ bool DataFileSaver::write(const QString &path, const QByteArray &bytes)
     // A reporting run writes nothing, by design; there is nothing to say.
     if (m_files.isReadOnly() || bytes.isEmpty())
         return false;
+    const QString folder = QFileInfo(path).absolutePath();
+    QByteArray current = bytes;
     QString target = path;
+    bool written = false;
+    bool declined = false;
     for (;;) {
         QString reason;
-        if (attempt(target, bytes, &reason)) {
+        if (attempt(target, current, &reason)) {
             if (target == path) {
                 m_declined.remove(path);
-                return true;
+                written = true;
+            } else {
+                m_log(korvane::tr("Saved a copy of %1 as %2; the program still reads "
+                                  "%1, which was not changed")
+                          .arg(path, target)
+                      + QLatin1Char('\n'));
             }
-            const QString line = korvane::tr("Saved a copy of %1 as %2; the program still reads "
-                                             "%1, which was not changed")
-                                     .arg(path, target);
-            m_log(line + QLatin1Char('\n'));
-            return false;
+            break;
         }
         systemNotice(QStringLiteral("Could not save %1: %2").arg(target, reason));
         const QString line = korvane::tr("Could not save %1: %2").arg(target, reason);
         m_log(line + QLatin1Char('\n'));
         if (target == path && m_declined.contains(path))
             return false;
+        // A question about this folder is open (this write comes from within its wait, as a
+        // timer's save at start-up does): its answer settles this write too, rather than a
+        // second alert over the first.
+        if (m_asking.contains(folder)) {
+            m_waiting.insert(path, current);
+            return false;
+        }
 
         Alert alert;
         alert.messageText =
@@ -72,12 +86,17 @@ bool DataFileSaver::write(const QString &path, const QByteArray &bytes)
             // Said once; nobody is there to choose again.
             alert.buttons = {korvane::tr("OK")};
             m_ui.runAlert(alert);
-            return false;
+            break;
         }
         alert.buttons = {korvane::tr("Try Again"), korvane::tr("Save Elsewhere..."),
                          korvane::tr("Cancel")};
         alert.addedButtons = true;
+        m_asking.insert(folder);
         const AlertAnswer answer = m_ui.runAlert(alert);
+        m_asking.remove(folder);
+        // What was asked to be written meanwhile is newer than what the question was about.
+        if (m_waiting.contains(path))
+            current = m_waiting.take(path);
         if (answer == AlertAnswer::First)
             continue;
         if (answer == AlertAnswer::Second) {
@@ -90,8 +109,21 @@ bool DataFileSaver::write(const QString &path, const QByteArray &bytes)
             }
         }
         m_declined.insert(path);
-        return false;
+        declined = true;
+        break;
     }
+    // The folder's other files held while the question was open follow its answer: after
+    // Cancel they are only logged too; otherwise each is tried again.
+    const QHash<QString, QByteArray> waiting = std::exchange(m_waiting, {});
+    for (auto it = waiting.cbegin(); it != waiting.cend(); ++it) {
+        if (QFileInfo(it.key()).absolutePath() != folder)
+            m_waiting.insert(it.key(), it.value());
+        else if (declined)
+            m_declined.insert(it.key());
+        else
+            write(it.key(), it.value());
+    }
+    return written;
 }
 
 } // namespace korvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
 #include <QSet>
 #include <QString>
 #include <functional>
@@ -24,8 +25,9 @@ public:
     // Makes path's missing folders and writes bytes there atomically. On failure the person
     // chooses: try again, keep a copy elsewhere (this run still reads the original place), or
     // leave it unsaved. After Cancel, later failures of the same file are only logged until a
-    // write of it succeeds, so each changed control does not ask again. Nobody there to answer:
-    // said once per failure, never retried. True when the bytes are at path.
+    // write of it succeeds, so each changed control does not ask again. A failure in a folder
+    // whose question is open waits for that answer instead of asking over it. Nobody there to
+    // answer: said once per failure, never retried. True when the bytes are at path.
     bool write(const QString &path, const QByteArray &bytes);
 
 private:
@@ -37,6 +39,8 @@ private:
     QString m_elsewhere;
     Log m_log;
     QSet<QString> m_declined;
+    QSet<QString> m_asking;               // folders with a question open
+    QHash<QString, QByteArray> m_waiting; // writes that failed meanwhile, newest bytes by path
 };
 
 } // namespace korvane

@@ -1,6 +1,7 @@
 #include "core/Plugin.h"
 
 #include "codec/Bundle.h"
+#include "codec/MachOArchitectures.h"
 #include "codec/MachOHeader.h"
 #include "codec/TypedStream.h"
 #include "core/AppServices.h"
@@ -125,9 +126,12 @@ void Plugin::storeContent()
 
 void Plugin::detectArchitecture(const QString &path)
 {
-    // Whatever does not open as a bundle is taken for PowerPC.
+    m_architectures.clear();
+    // Whatever does not open as a bundle is taken for PowerPC (a plug-in of the classic Mac OS
+    // was one file).
     if (!Bundle::canOpen(path)) {
         m_architecture = MachOHeader::PPC;
+        m_architectures << QStringLiteral("ppc");
         return;
     }
     const QString executable = Bundle::executableName(path);
@@ -135,9 +139,58 @@ void Plugin::detectArchitecture(const QString &path)
         m_architecture = MachOHeader::Unknown;
         return;
     }
-    // A missing executable, or one that is no plain file, gives no bytes and so Unknown.
-    m_architecture = MachOHeader::classify(
-        MachOHeader::firstBytes(path % QLatin1String("/Contents/MacOS/") % executable, 8));
+    // A missing executable, or one that is no plain file, gives no bytes and so Unknown. One read
+    // takes the slice table of a universal file as well as the first eight bytes.
+    const QByteArray bytes = MachOHeader::firstBytes(
+        path % QLatin1String("/Contents/MacOS/") % executable, MachOArchitectures::BytesNeeded);
+    m_architecture = MachOHeader::classify(bytes.left(8));
+    m_architectures = MachOArchitectures::parse(bytes).architectures;
+}
+
+QStringList Plugin::architectures() const
+{
+    // A format whose files a scan reads says it there; the header test knows only bundles, and
+    // takes an LV2 folder or a shared object for a classic Mac OS file.
+    return m_metadata ? m_metadata->architectures : m_architectures;
+}
+
+QString Plugin::architecturesText() const
+{
+    return architecturesText(architectures());
+}
+
+QString Plugin::architecturesText(QStringList architectures)
+{
+    architectures.sort();
+    return architectures.join(QStringLiteral(" + "));
+}
+
+bool Plugin::holds(int command) const
+{
+    const QStringList names = architectures();
+    if (command == UniversalBinary)
+        return names.size() > 1;
+    for (const QString &name : names) {
+        // A VST 3 bundle names its folders by architecture and system: "x86_64-win".
+        const QStringView base = QStringView(name).left(name.indexOf(QLatin1Char('-')));
+        const bool match = [&] {
+            switch (command) {
+            case PowerPC:
+                return base.startsWith(u"ppc"); // ppc, ppc64, ELF's ppc64le
+            case Intel32:
+                return base == u"i386";
+            case Intel64:
+                return base == u"x86_64";
+            case AppleSilicon:
+                return base == u"arm64" || base == u"arm64e" || base == u"aarch64";
+            default:
+                return false;
+            }
+        }();
+        if (match)
+            return true;
+    }
+    return false;
 }
 
 QString Plugin::architectureName(int code)

@@ -75,11 +75,32 @@ public:
     void removeContent(int i);
     void replaceContent(const QString &entry, int i);
 
-    // Architecture of the executable of the bundle at path (see MachOHeader); a path that is not a
-    // bundle reads as PPC.
+    // Architecture of the executable of the bundle at path (see MachOHeader), and the
+    // architectures it holds (see MachOArchitectures); a path that is not a bundle reads as PPC.
     void detectArchitecture(const QString &path);
+    // The old code's word ("PPC", "Intel", "Universal Binary", "Unknown"), as KorvaneCMD lists it.
     QString architectureName() const { return architectureName(m_architecture); }
     static QString architectureName(int code);
+
+    // The architectures its binary holds, named as the binary names them ("arm64", "x86_64",
+    // "i386", "ppc", "aarch64", "armhf", a VST 3 bundle's "x86_64-win"): what its files said where
+    // a scan read them, else what the bundle's Mach-O header holds. Empty when neither tells.
+    QStringList architectures() const;
+    // The same for people, in one order whatever the file's: "arm64 + x86_64"; empty: unknown.
+    QString architecturesText() const;
+    static QString architecturesText(QStringList architectures);
+
+    // What the architecture commands (Plug-Ins > PowerPC On, ...) act on. A binary counts for every
+    // architecture it holds, so a universal binary of x86_64 and arm64 counts for both and for
+    // UniversalBinary (two architectures or more).
+    enum ArchitectureCommand {
+        PowerPC = 1,         // ppc, ppc64, ppc64le
+        Intel32 = 2,         // i386
+        UniversalBinary = 3, // more than one architecture
+        Intel64 = 4,         // x86_64
+        AppleSilicon = 5,    // arm64, arm64e, and aarch64, Linux's name for the same
+    };
+    bool holds(int command) const;
 
     // The archive form: name, location, then "YES"/"NO" for global and active.
     QStringList encode() const;
@@ -102,6 +123,7 @@ private:
     int m_id = 0;
     int m_pair = -1;
     int m_architecture = 0;
+    QStringList m_architectures; // what detectArchitecture found
     std::shared_ptr<const PluginMetadata> m_metadata;
 };
 

@@ -127,10 +127,11 @@ void Maintenance::moveSelectedToTrash()
         m_manager.table().selectItems({list.at(0)});
 }
 
-void Maintenance::setArchitectureActive(int plattform, bool active)
+void Maintenance::setArchitectureActive(int command, bool active)
 {
-    m_manager.marking().markWhere(
-        [plattform](const Plugin &item) { return item.architecture() == plattform; }, active);
+    // Every plug-in whose binary holds the architecture, a universal one for each of its own.
+    m_manager.marking().markWhere([command](const Plugin &item) { return item.holds(command); },
+                                  active);
 }
 
 } // namespace korvane

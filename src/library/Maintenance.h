@@ -15,7 +15,9 @@ public:
     void requestInfo();
     void reportDuplicates();
     void moveSelectedToTrash();
-    void setArchitectureActive(int architecture, bool active);
+    // Marks every plug-in that Plugin::holds the command's architecture
+    // (Plugin::ArchitectureCommand).
+    void setArchitectureActive(int command, bool active);
     void backup();
     void restoreBackup();
 

@@ -18,7 +18,7 @@ namespace {
 // numbers, the rest as text; a column the items do not have leaves the order to the next one.
 class SortColumn {
 public:
-    SortColumn(const SortKey &sortKey, const QList<PluginPtr> &items,
+    SortColumn(const SortKey &sortKey, const QList<PluginPtr> &items, const Format &format,
                TableState::NaturalKeys &naturalKeys)
         : m_ascending(sortKey.ascending),
           m_case(sortKey.caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive)
@@ -38,6 +38,11 @@ public:
             if (m_case == Qt::CaseInsensitive)
                 foldAscii();
         };
+        const auto metadata = [](QString PluginMetadata::*field) {
+            return [field](const Plugin &i) {
+                return i.metadata() ? i.metadata()->*field : QString();
+            };
+        };
         if (key == TableColumn::Active)
             numbers([](const Plugin &i) { return i.isActive(); });
         else if (key == TableColumn::Global)
@@ -45,13 +50,19 @@ public:
         else if (key == TableColumn::Group)
             texts([](const Plugin &i) { return i.group(); });
         else if (key == TableColumn::Architecture)
-            texts([](const Plugin &i) { return i.architectureName(); });
+            naturalTexts(items, naturalKeys, [](const Plugin &i) { return i.architecturesText(); });
         else if (key == TableColumn::Name && m_case == Qt::CaseInsensitive)
-            naturalTexts(items, naturalKeys);
+            naturalTexts(items, naturalKeys, [](const Plugin &i) { return i.name(); });
         else if (key == TableColumn::Name) // by code point, as the first version did
             texts([](const Plugin &i) { return i.name(); });
-        else if (key == TableColumn::Location)
-            texts([](const Plugin &i) { return i.location(); });
+        else if (key == TableColumn::Location) // system, user, then the later folders in turn
+            numbers([&format](const Plugin &i) { return i.locationCode(format) / 2; });
+        else if (key == TableColumn::Vendor)
+            naturalTexts(items, naturalKeys, metadata(&PluginMetadata::vendor));
+        else if (key == TableColumn::Version)
+            naturalTexts(items, naturalKeys, metadata(&PluginMetadata::version));
+        else if (key == TableColumn::Package)
+            naturalTexts(items, naturalKeys, metadata(&PluginMetadata::package));
     }
 
     // Negative, zero or positive as item a sorts before, with or after item b.
@@ -62,6 +73,9 @@ public:
             const int x = m_numbers[size_t(a)], y = m_numbers[size_t(b)];
             order = x < y ? -1 : (x > y ? 1 : 0);
         } else if (m_kind == Natural) {
+            // What a plug-in does not say (no vendor, no version) comes last either way.
+            if (m_unknown[size_t(a)] != m_unknown[size_t(b)])
+                return m_unknown[size_t(a)] ? 1 : -1;
             order = m_keys[size_t(a)].compare(m_keys[size_t(b)]);
         } else if (m_kind == Text) {
             if (!m_folded.empty() && !m_folded[size_t(a)].empty() && !m_folded[size_t(b)].empty())
@@ -73,10 +87,11 @@ public:
     }
 
 private:
-    // Names as the table sorts them, in the order people count: "Bass 2" before "Bass 10". The
-    // collator's keys are taken once per name and kept, so a comparison is a plain byte
-    // comparison.
-    void naturalTexts(const QList<PluginPtr> &items, TableState::NaturalKeys &natural)
+    // Texts as people count and as their language orders: "Bass 2" before "Bass 10", "1.9"
+    // before "1.10". The collator's keys are taken once per text and kept, so a comparison is a
+    // plain byte comparison.
+    template <typename Value>
+    void naturalTexts(const QList<PluginPtr> &items, TableState::NaturalKeys &natural, Value value)
     {
         m_kind = Natural;
         // The C locale's collator compares code points and knows no numbers.
@@ -91,11 +106,14 @@ private:
             natural.collator->setCaseSensitivity(Qt::CaseInsensitive);
         }
         m_keys.reserve(size_t(items.size()));
+        m_unknown.reserve(size_t(items.size()));
         for (const PluginPtr &item : items) {
-            auto found = natural.keys.constFind(item->name());
+            const QString text = value(*item);
+            auto found = natural.keys.constFind(text);
             if (found == natural.keys.cend())
-                found = natural.keys.insert(item->name(), natural.collator->sortKey(item->name()));
+                found = natural.keys.insert(text, natural.collator->sortKey(text));
             m_keys.push_back(*found);
+            m_unknown.push_back(text.isEmpty());
         }
     }
 
@@ -127,14 +145,14 @@ private:
     std::vector<QString> m_texts;
     std::vector<std::string> m_folded; // empty unless the comparison ignores case
     std::vector<QCollatorSortKey> m_keys;
+    std::vector<bool> m_unknown; // the natural text is empty
 };
 
 } // namespace
 
 TableState::TableState(FormatManager &manager, PluginList &list)
-    : m_manager(manager), m_list(list), m_columns{TableColumn::Active, TableColumn::Name,
-                                                  TableColumn::Global, TableColumn::Group},
-      m_sortKeys{{TableColumn::Name, true, true}}
+    : m_manager(manager), m_list(list),
+      m_columns(TableColumn::Defaults), m_sortKeys{{TableColumn::Name, true, true}}
 {
 }
 
@@ -165,7 +183,7 @@ void TableState::sort()
     columns.reserve(size_t(m_sortKeys.size()));
     const QList<PluginPtr> &plugins = m_list.items();
     for (const SortKey &sortKey : std::as_const(m_sortKeys))
-        columns.emplace_back(sortKey, plugins, m_naturalKeys);
+        columns.emplace_back(sortKey, plugins, m_manager.traits(), m_naturalKeys);
     std::vector<qsizetype> order(size_t(plugins.size()));
     std::iota(order.begin(), order.end(), qsizetype(0));
     std::stable_sort(order.begin(), order.end(), [&columns](qsizetype a, qsizetype b) {

@@ -18,8 +18,7 @@ class PluginList;
 
 // One column of the table's sort order.
 struct SortKey {
-    QString column; // a column identifier: "AUName", "AULocation", "AUActive", "AUGlobal",
-                    // "AUGroup", "AUType"
+    QString column; // a column identifier (TableColumn): "AUName", "AUVendor", "AULocation"...
     bool ascending = true;
     bool caseInsensitive = false;
 };
@@ -54,8 +53,8 @@ public:
     QList<QPair<QString, QString>> selectionPlaces() const;
     void refindSelection(const QList<QPair<QString, QString>> &places);
 
-    // Collation keys of names, kept between sorts (a header click sorts the same names again),
-    // for one locale and up to a bound.
+    // Collation keys of the texts sorted naturally (names, vendors, versions), kept between sorts
+    // (a header click sorts the same texts again), for one locale and up to a bound.
     struct NaturalKeys {
         QLocale locale;
         std::optional<QCollator> collator;

@@ -84,6 +84,43 @@ TEST_F(DataFileSaverTest, SaveElsewhereKeepsACopyAndCancelAsksNoMoreForThatFileU
     EXPECT_TRUE(log.last().startsWith("Could not save " + file()));
 }
 
+// A save that comes while the question is open (a timer's, at start-up) used to put a second
+// alert over the first; it waits for the answer instead, which settles it too.
+TEST_F(DataFileSaverTest, AFailureWhileTheFolderIsAskedAboutWaitsForThatAnswer)
+{
+    QDir().mkpath(homePath(kSupport));
+    auto guard = std::make_unique<ImmutableGuard>(homePath(kSupport));
+    if (!guard->ok())
+        GTEST_SKIP() << "chattr +i not supported here";
+    const QString other = homePath(kSupport + "/content.plist");
+    FixingUi ui;
+    DataFileSaver s = saver(ui);
+    bool nested = true;
+    ui.beforeAnswer = [&] {
+        if (ui.alerts.isEmpty()) {
+            nested = s.write(file(), "<plist>newer</plist>") || s.write(other, "<plist/>");
+            guard.reset(); // fixed before Try Again
+        }
+    };
+    ui.alertAnswers << AlertAnswer::First; // Try Again
+    EXPECT_TRUE(s.write(file(), "<plist>older</plist>"));
+    EXPECT_FALSE(nested);
+    EXPECT_EQ(ui.alerts.size(), 1);
+    EXPECT_EQ(readText(file()), "<plist>newer</plist>"); // the newest bytes, not the asked-about
+    EXPECT_EQ(readText(other), "<plist/>");
+
+    // After Cancel, the folder's file that waited is only logged from then on, as its own was.
+    guard = std::make_unique<ImmutableGuard>(homePath(kSupport));
+    ui.alerts.clear();
+    ui.beforeAnswer = [&] { s.write(other, "<plist>2</plist>"); };
+    ui.alertAnswers << AlertAnswer::Third;
+    EXPECT_FALSE(s.write(file(), "<plist>3</plist>"));
+    ui.beforeAnswer = nullptr;
+    EXPECT_FALSE(s.write(other, "<plist>4</plist>"));
+    EXPECT_EQ(ui.alerts.size(), 1);
+    EXPECT_EQ(readText(other), "<plist/>");
+}
+
 TEST_F(DataFileSaverTest, NobodyToAnswerIsToldOnceAndReadOnlyRunsWriteNothing)
 {
     QDir().mkpath(homePath(kSupport));

@@ -13,6 +13,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QLabel>
@@ -318,8 +319,14 @@ TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
     context->manager(TypeVST)->rescan();
     EXPECT_EQ(ui.progressTitles.value(ui.progressTitles.size() - 1), "VST-Plug-Ins durchsuchen:");
     EXPECT_EQ(PluginTableModel::title("AUActive"), "Aktiv");
+    EXPECT_EQ(PluginTableModel::title("AUVendor"), "Hersteller");
     MainWindow window(*context);
     EXPECT_EQ(window.menuBar()->actions().value(1)->text(), "&Bearbeiten");
+    QStringList setLabels; // the label before the set pop-up, once left in English
+    for (const QLabel *label : window.page(TypeAU)->findChildren<QLabel *>())
+        if (label->buddy() == window.page(TypeAU)->setList())
+            setLabels << label->text();
+    EXPECT_EQ(setLabels, QStringList{"Gewähltes Set:"});
     QDialogButtonBox buttons(QDialogButtonBox::Cancel);
     EXPECT_EQ(buttons.button(QDialogButtonBox::Cancel)->text(), "Abbrechen");
 }

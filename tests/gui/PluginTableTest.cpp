@@ -111,7 +111,7 @@ TEST_F(PluginTableTest, CellsComeFromTheManagerAndAChangeRepaintsOnlyItsRow)
 
     // The architecture column follows the manager, and the rows stay where they were.
     au->table().showArchitectureColumn(true);
-    EXPECT_EQ(model.index(birchRow, model.columnOf("AUType")).data(), "PPC");
+    EXPECT_EQ(model.index(birchRow, model.columnOf("AUType")).data(), "ppc");
     EXPECT_EQ(reset.size(), 0);
 }
 

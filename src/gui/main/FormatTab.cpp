@@ -4,6 +4,7 @@
 #include "gui/main/StatusLine.h"
 #include "gui/table/PluginFilterProxy.h"
 #include "gui/table/PluginTableView.h"
+#include "gui/table/QuickFilterBar.h"
 #include "library/FormatManager.h"
 #include "library/SetController.h"
 #include "library/UnsavedWork.h"
@@ -17,7 +18,6 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
-#include <iterator>
 
 namespace korvane {
 
@@ -73,24 +73,16 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
     m_status->setMinimumWidth(80); // a long line is cut, never the window widened
     m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 
-    m_state = new QComboBox(this);
-    m_state->setObjectName(QStringLiteral("pbState") + prefix);
-    m_state->setAccessibleName(korvane::tr("Show plug-ins that are"));
-    m_state->addItem(korvane::tr("On and off"), int(PluginFilterProxy::State::Any));
-    m_state->addItem(korvane::tr("On only"), int(PluginFilterProxy::State::On));
-    m_state->addItem(korvane::tr("Off only"), int(PluginFilterProxy::State::Off));
-    m_place = new QComboBox(this);
-    m_place->setObjectName(QStringLiteral("pbPlace") + prefix);
-    m_place->setAccessibleName(korvane::tr("Show plug-ins installed for"));
-    m_place->addItem(korvane::tr("System and user"), int(PluginFilterProxy::Place::Any));
-    m_place->addItem(korvane::tr("System only"), int(PluginFilterProxy::Place::System));
-    m_place->addItem(korvane::tr("User only"), int(PluginFilterProxy::Place::User));
-    for (QComboBox *filter : {m_state, m_place})
-        filter->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    // The quick filters offer the architectures the format's plug-ins hold, after each scan.
+    m_filters = new QuickFilterBar(prefix, this);
+    const auto offerArchitectures = [this] {
+        m_filters->setArchitectures(PluginFilter::architecturesOf(m_manager.items()));
+    };
+    offerArchitectures();
+    connect(&manager, &FormatManager::itemsReset, this, offerArchitectures);
 
     auto *search = new QHBoxLayout;
-    search->addWidget(m_state);
-    search->addWidget(m_place);
+    search->addWidget(m_filters);
     search->addWidget(m_search, 1);
 
     // The status line under the table, where a long line has the window's whole width.
@@ -114,17 +106,15 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
         m_manager.sets().selectSet(index);
     });
     connect(m_search, &QLineEdit::textChanged, m_table, &PluginTableView::setFilterText);
-    connect(m_state, &QComboBox::currentIndexChanged, this, [this] {
-        m_table->filterProxy().setState(PluginFilterProxy::State(m_state->currentData().toInt()));
-    });
-    connect(m_place, &QComboBox::currentIndexChanged, this, [this] {
-        m_table->filterProxy().setPlace(PluginFilterProxy::Place(m_place->currentData().toInt()));
+    connect(m_filters, &QuickFilterBar::changed, this, [this] {
+        PluginFilterProxy &proxy = m_table->filterProxy();
+        proxy.setFilter(m_filters->applied(proxy.filter()));
     });
     // The order a person reads: the set bar, the filters, the search, then the table (one stop).
-    QWidget *order[] = {m_sets,  m_name,  newButton, open,     save,   saveAs,
-                        m_apply, m_state, m_place,   m_search, m_table};
-    for (size_t i = 1; i < std::size(order); ++i)
-        setTabOrder(order[i - 1], order[i]);
+    QList<QWidget *> order{m_sets, m_name, newButton, open, save, saveAs, m_apply};
+    order << m_filters->focusOrder() << m_search << m_table;
+    for (qsizetype i = 1; i < order.size(); ++i)
+        setTabOrder(order.at(i - 1), order.at(i));
 
     connect(&manager, &FormatManager::applyEnabledChanged, m_apply, &QPushButton::setEnabled);
     connect(&manager.sets(), &SetController::currentSetNameChanged, this,
@@ -133,6 +123,16 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
     m_apply->setEnabled(manager.isApplyEnabled());
     m_name->setText(shownSetName(manager.sets().currentSetName()));
     showSets();
+}
+
+QComboBox *FormatTab::stateFilter() const
+{
+    return m_filters->stateFilter();
+}
+
+QComboBox *FormatTab::placeFilter() const
+{
+    return m_filters->placeFilter();
 }
 
 void FormatTab::focusSearch()

@@ -10,6 +10,7 @@ class QPushButton;
 namespace korvane {
 
 class PluginTableView;
+class QuickFilterBar;
 class StatusLine;
 class FormatManager;
 
@@ -29,8 +30,9 @@ public:
     QPushButton *applyButton() const { return m_apply; }
     // The counts and what Apply will do.
     StatusLine *statusLine() const { return m_status; }
-    QComboBox *stateFilter() const { return m_state; } // on and off, on, off
-    QComboBox *placeFilter() const { return m_place; } // system and user, system, user
+    QuickFilterBar *filters() const { return m_filters; }
+    QComboBox *stateFilter() const; // on and off, on, off
+    QComboBox *placeFilter() const; // system and user, system, user
 
     void focusSearch();
     // How the set pop-up shows an entry of the sets list, and the set bar a set's name.
@@ -46,8 +48,7 @@ private:
     QLineEdit *m_name = nullptr;
     QPushButton *m_apply = nullptr;
     StatusLine *m_status = nullptr;
-    QComboBox *m_state = nullptr;
-    QComboBox *m_place = nullptr;
+    QuickFilterBar *m_filters = nullptr;
     QLineEdit *m_search = nullptr;
     PluginTableView *m_table = nullptr;
 };

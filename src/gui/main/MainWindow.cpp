@@ -412,6 +412,14 @@ void MainWindow::makePlugInsMenu()
     addItem(menu, "miIntelOff", korvane::tr("Intel Off"), [&main] { main.setIntelInactive(); });
     addItem(menu, "miUBOn", korvane::tr("Universal On"), [&main] { main.setUBActive(); });
     addItem(menu, "miUBOff", korvane::tr("Universal Off"), [&main] { main.setUBInactive(); });
+    addItem(menu, "miIntel64On", korvane::tr("64-bit Intel (x86_64) On"),
+            [&main] { main.setIntel64Active(); });
+    addItem(menu, "miIntel64Off", korvane::tr("64-bit Intel (x86_64) Off"),
+            [&main] { main.setIntel64Inactive(); });
+    addItem(menu, "miArm64On", korvane::tr("Apple Silicon (arm64) On"),
+            [&main] { main.setAppleSiliconActive(); });
+    addItem(menu, "miArm64Off", korvane::tr("Apple Silicon (arm64) Off"),
+            [&main] { main.setAppleSiliconInactive(); });
     menu->addSeparator();
     // These have no routing of their own in the controller: they go where its active type says.
     auto front = [this](void (Maintenance::*command)()) {

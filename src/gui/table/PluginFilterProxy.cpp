@@ -11,33 +11,33 @@ PluginFilterProxy::PluginFilterProxy(PluginTableModel &source, QObject *parent)
     setSourceModel(&source);
 }
 
+void PluginFilterProxy::setFilter(const PluginFilter &filter)
+{
+    if (filter == m_filter)
+        return;
+    m_filter = filter;
+    invalidateRowsFilter();
+}
+
 void PluginFilterProxy::setFilterText(const QString &text)
 {
-    if (text == m_text)
-        return;
-    m_text = text;
-    invalidateRowsFilter();
+    PluginFilter filter = m_filter;
+    filter.text = text;
+    setFilter(filter);
 }
 
 void PluginFilterProxy::setState(State state)
 {
-    if (state == m_state)
-        return;
-    m_state = state;
-    invalidateRowsFilter();
+    PluginFilter filter = m_filter;
+    filter.state = state;
+    setFilter(filter);
 }
 
 void PluginFilterProxy::setPlace(Place place)
 {
-    if (place == m_place)
-        return;
-    m_place = place;
-    invalidateRowsFilter();
-}
-
-bool PluginFilterProxy::isFiltering() const
-{
-    return !m_text.isEmpty() || m_state != State::Any || m_place != Place::Any;
+    PluginFilter filter = m_filter;
+    filter.place = place;
+    setFilter(filter);
 }
 
 int PluginFilterProxy::sourceRow(int row) const
@@ -52,19 +52,11 @@ int PluginFilterProxy::proxyRow(int sourceRow) const
 
 bool PluginFilterProxy::filterAcceptsRow(int sourceRow, const QModelIndex &) const
 {
-    if (!isFiltering())
+    if (!m_filter.isFiltering())
         return true;
-    const PluginPtr item = m_source.manager().itemAt(sourceRow);
-    if (!item)
-        return false;
-    // What the row shows, marks included: a plug-in just unticked counts as off.
-    if (m_state != State::Any && item->isActive() != (m_state == State::On))
-        return false;
-    if (m_place != Place::Any && item->isGlobal() != (m_place == Place::System))
-        return false;
-    // The item's own values rather than the cells: a hidden column still filters.
-    return m_text.isEmpty() || item->name().contains(m_text, Qt::CaseInsensitive)
-           || item->group().contains(m_text, Qt::CaseInsensitive);
+    const FormatManager &manager = m_source.manager();
+    const PluginPtr item = manager.itemAt(sourceRow);
+    return item && m_filter.accepts(*item, manager.type());
 }
 
 } // namespace korvane

@@ -1,30 +1,33 @@
 #pragma once
 
+#include "gui/table/PluginFilter.h"
+
 #include <QSortFilterProxyModel>
 
 namespace korvane {
 
 class PluginTableModel;
 
-// Hides the rows the search and the quick filters leave out. The search looks at the name and
-// the group, never at the folder: every path holds the user's name and "Audio". It never sorts:
-// the order is the manager's, so a visible row maps back to the manager's row.
+// Hides the rows the search and the quick filters leave out (PluginFilter). It never sorts: the
+// order is the manager's, so a visible row maps back to the manager's row.
 class PluginFilterProxy : public QSortFilterProxyModel {
     Q_OBJECT
 public:
-    enum class State { Any, On, Off };
-    enum class Place { Any, System, User };
+    using State = PluginFilter::State;
+    using Place = PluginFilter::Place;
 
     explicit PluginFilterProxy(PluginTableModel &source, QObject *parent = nullptr);
 
-    QString filterText() const { return m_text; }
+    const PluginFilter &filter() const { return m_filter; }
+    void setFilter(const PluginFilter &filter);
+    QString filterText() const { return m_filter.text; }
     void setFilterText(const QString &text);
-    State state() const { return m_state; }
-    Place place() const { return m_place; }
+    State state() const { return m_filter.state; }
+    Place place() const { return m_filter.place; }
     void setState(State state);
     void setPlace(Place place);
     // Whether the search or a quick filter hides anything it could.
-    bool isFiltering() const;
+    bool isFiltering() const { return m_filter.isFiltering(); }
     // The manager's row of a visible row, -1 for none; and back.
     int sourceRow(int row) const;
     int proxyRow(int sourceRow) const;
@@ -36,9 +39,7 @@ protected:
 
 private:
     PluginTableModel &m_source;
-    QString m_text;
-    State m_state = State::Any;
-    Place m_place = Place::Any;
+    PluginFilter m_filter;
 };
 
 } // namespace korvane

@@ -20,10 +20,10 @@ namespace korvane {
 
 namespace {
 
-// The Type column's values are the core's English words; the window shows them translated.
-[[maybe_unused]] const char *const kTypeWords[] = {
-    QT_TRANSLATE_NOOP("korvane", "PPC"), QT_TRANSLATE_NOOP("korvane", "Intel"),
-    QT_TRANSLATE_NOOP("korvane", "Universal Binary"), QT_TRANSLATE_NOOP("korvane", "Unknown")};
+// The Location column's words for the first system and user folders are the core's English;
+// the window shows them translated. Architectures keep the names their binaries give them.
+[[maybe_unused]] const char *const kLocationWords[] = {QT_TRANSLATE_NOOP("korvane", "System"),
+                                                       QT_TRANSLATE_NOOP("korvane", "User")};
 
 // A plug-in in a folder the distribution's packages own: it is never moved, so its row says so
 // before anyone clicks.
@@ -68,7 +68,8 @@ QIcon markIcon(bool lock)
 } // namespace
 
 PluginTableModel::PluginTableModel(FormatManager &manager, QObject *parent)
-    : QAbstractTableModel(parent), m_manager(manager), m_columns(manager.table().columns())
+    : QAbstractTableModel(parent), m_manager(manager),
+      m_columns(TableColumn::inOrder(manager.table().columns()))
 {
     connect(&manager, &FormatManager::itemsAboutToBeReset, this,
             &PluginTableModel::beginResetModel);
@@ -91,9 +92,16 @@ bool PluginTableModel::isCheckColumn(const QString &identifier)
 QString PluginTableModel::title(const QString &identifier)
 {
     static const QList<QPair<QString, const char *>> titles{
-        {TableColumn::Active, "Active"},     {TableColumn::Name, "Name"},
-        {TableColumn::Global, "Global"},     {TableColumn::Group, "Group"},
-        {TableColumn::Architecture, "Type"}, {TableColumn::Location, "Location"}};
+        {TableColumn::Active, QT_TRANSLATE_NOOP("korvane", "Active")},
+        {TableColumn::Name, QT_TRANSLATE_NOOP("korvane", "Name")},
+        {TableColumn::Global, QT_TRANSLATE_NOOP("korvane", "Global")},
+        {TableColumn::Group, QT_TRANSLATE_NOOP("korvane", "Group")},
+        {TableColumn::Architecture, QT_TRANSLATE_NOOP("korvane", "Architecture")},
+        {TableColumn::Location, QT_TRANSLATE_NOOP("korvane", "Location")},
+        {TableColumn::Vendor, QT_TRANSLATE_NOOP("korvane", "Vendor")},
+        {TableColumn::Version, QT_TRANSLATE_NOOP("korvane", "Version")},
+        {TableColumn::Package, QT_TRANSLATE_NOOP("korvane", "Package")},
+        {TableColumn::Format, QT_TRANSLATE_NOOP("korvane", "Format")}};
     for (const auto &[id, english] : titles)
         if (id == identifier)
             return korvane::tr(english);
@@ -110,6 +118,11 @@ int PluginTableModel::columnCount(const QModelIndex &parent) const
     return parent.isValid() ? 0 : int(m_columns.size());
 }
 
+QVariant PluginTableModel::cell(const Plugin &item, const QString &column) const
+{
+    return PluginTableSource::valueOf(m_manager.traits(), item, column);
+}
+
 QVariant PluginTableModel::data(const QModelIndex &index, int role) const
 {
     const PluginPtr item = m_manager.itemAt(index.row());
@@ -118,20 +131,26 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
     const QString &id = m_columns.at(index.column());
     switch (role) {
     case Qt::DisplayRole:
+    case Qt::AccessibleTextRole:
+        if (isCheckColumn(id) && role == Qt::DisplayRole)
+            return QVariant(); // the box says it
         if (isCheckColumn(id))
-            return QVariant();
-        if (id == TableColumn::Architecture)
-            return korvane::tr(
-                PluginTableSource::valueOf(*item, id).toString().toUtf8().constData());
-        return displayName(PluginTableSource::valueOf(*item, id).toString());
+            return cell(*item, id).toBool() ? korvane::tr("on") : korvane::tr("off");
+        if (id == TableColumn::Location) {
+            const QString location = cell(*item, id).toString();
+            return location == QLatin1String("System") || location == QLatin1String("User")
+                       ? korvane::tr(location.toLatin1().constData())
+                       : displayName(location);
+        }
+        return displayName(cell(*item, id).toString());
     case Qt::EditRole:
         if (isCheckColumn(id))
             return QVariant();
-        return PluginTableSource::valueOf(*item, id).toString();
+        return cell(*item, id).toString();
     case Qt::CheckStateRole:
         if (!isCheckColumn(id))
             return QVariant();
-        return PluginTableSource::valueOf(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
+        return cell(*item, id).toBool() ? Qt::Checked : Qt::Unchecked;
     case Qt::ToolTipRole: {
         // Where the plug-in lies now, also for a row marked but not applied yet.
         QString tip = displayName(m_manager.plugins().pathOnDisk(*item));
@@ -147,6 +166,10 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
             tip += QLatin1Char('\n')
                    + korvane::tr("Changes only with administrator rights: you cannot write in "
                                  "its system folder");
+        // Why its files could not be read, in the reader's own words.
+        if (const PluginMetadata *metadata = item->metadata();
+            metadata && !metadata->unreadable.isEmpty())
+            tip += QLatin1Char('\n') + displayName(metadata->unreadable);
         return tip;
     }
     case Qt::DecorationRole:
@@ -167,11 +190,6 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
             bold.setBold(true);
             return bold;
         }
-    case Qt::AccessibleTextRole:
-        if (isCheckColumn(id))
-            return PluginTableSource::valueOf(*item, id).toBool() ? korvane::tr("on")
-                                                                  : korvane::tr("off");
-        return displayName(PluginTableSource::valueOf(*item, id).toString());
     default:
         return QVariant();
     }
@@ -186,14 +204,14 @@ bool PluginTableModel::setData(const QModelIndex &index, const QVariant &value, 
     // The manager toggles on every call, so a call is made only when the value really differs.
     if (role == Qt::CheckStateRole && isCheckColumn(id)) {
         const bool on = value.toInt() == Qt::Checked;
-        if (PluginTableSource::valueOf(*item, id).toBool() == on)
+        if (cell(*item, id).toBool() == on)
             return false;
         m_manager.marking().changeItem(item, id, on);
         return true;
     }
     if (role == Qt::EditRole && id == TableColumn::Group) {
         const QString group = value.toString();
-        if (PluginTableSource::valueOf(*item, id).toString() == group)
+        if (cell(*item, id).toString() == group)
             return false;
         m_manager.marking().changeItem(item, id, group);
         return true;
@@ -288,7 +306,7 @@ void PluginTableModel::reordered()
 
 void PluginTableModel::followColumns()
 {
-    const QStringList wanted = m_manager.table().columns();
+    const QStringList wanted = TableColumn::inOrder(m_manager.table().columns());
     // Showing or hiding one column is a column change the view can follow; anything else resets.
     for (int i = int(m_columns.size()) - 1; i >= 0; --i) {
         if (m_columns.count(m_columns.at(i)) > wanted.count(m_columns.at(i))) {

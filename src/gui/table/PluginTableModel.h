@@ -22,6 +22,7 @@ public:
     QString identifier(int column) const { return m_columns.value(column); }
     int columnOf(const QString &identifier) const { return int(m_columns.indexOf(identifier)); }
     static bool isCheckColumn(const QString &identifier);
+    // The column's title in this run's language.
     static QString title(const QString &identifier);
 
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
@@ -39,6 +40,7 @@ public:
     Qt::DropActions supportedDropActions() const override { return Qt::CopyAction; }
 
 private:
+    QVariant cell(const Plugin &item, const QString &column) const;
     void aboutToReorder();
     void reordered();
     void rowsChanged(const QList<int> &rows);

@@ -5,8 +5,19 @@
 
 namespace korvane::PluginTableSource {
 
-QVariant valueOf(const Plugin &item, const QString &column)
+QString locationOf(const Format &format, const Plugin &item)
 {
+    const int pair = item.locationCode(format) / 2;
+    if (pair == format.firstPair(true))
+        return QStringLiteral("System");
+    if (pair == format.firstPair(false))
+        return QStringLiteral("User");
+    return pair >= 0 && pair < format.pairs.size() ? format.pairs.at(pair).active : item.location();
+}
+
+QVariant valueOf(const Format &format, const Plugin &item, const QString &column)
+{
+    const PluginMetadata *metadata = item.metadata();
     if (column == TableColumn::Active)
         return item.isActive();
     if (column == TableColumn::Global)
@@ -14,11 +25,19 @@ QVariant valueOf(const Plugin &item, const QString &column)
     if (column == TableColumn::Group)
         return item.group();
     if (column == TableColumn::Architecture)
-        return item.architectureName();
+        return item.architecturesText();
     if (column == TableColumn::Name)
         return item.name();
     if (column == TableColumn::Location)
-        return item.location();
+        return locationOf(format, item);
+    if (column == TableColumn::Vendor)
+        return metadata ? metadata->vendor : QString();
+    if (column == TableColumn::Version)
+        return metadata ? metadata->version : QString();
+    if (column == TableColumn::Package)
+        return metadata ? metadata->package : QString();
+    if (column == TableColumn::Format)
+        return format.tabLabel;
     return QVariant();
 }
 

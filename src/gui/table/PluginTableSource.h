@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Format.h"
 #include "core/Plugin.h"
 
 #include <QList>
@@ -15,9 +16,15 @@ class FormatManager;
 // view's adapter over the manager, which knows rows only as the list's order.
 namespace PluginTableSource {
 
-// A column's value of one plug-in, by column identifier ("AUName", "AULocation", "AUActive",
-// "AUGlobal", "AUGroup", "AUType"); invalid for another.
-QVariant valueOf(const Plugin &item, const QString &column);
+// A column's value of one plug-in of format, by column identifier (library/TableColumns.h): a
+// flag, or the text the cell shows before translation (the location's "System" and "User" are
+// the core's words); invalid for an identifier it does not know. What a plug-in's files do not
+// say is empty.
+QVariant valueOf(const Format &format, const Plugin &item, const QString &column);
+
+// Where the plug-in lies, as the Location column says it: "System" or "User" for the first folder
+// pair of each, else the pair's active folder as written ("/usr/lib/lv2", "~/.lv2").
+QString locationOf(const Format &format, const Plugin &item);
 
 // Where the rows' plug-ins lie on disk, for a drag out of the table.
 QStringList pathsOfRows(const FormatManager &manager, const QList<int> &rows);

@@ -14,9 +14,11 @@
 #include "library/FormatManager.h"
 #include "library/TableColumns.h"
 
+#include <QClipboard>
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMenu>
@@ -41,8 +43,10 @@ int defaultWidth(const QString &identifier)
         return 64;
     if (identifier == TableColumn::Name)
         return 280;
-    if (identifier == TableColumn::Location)
-        return 320;
+    if (identifier == TableColumn::Vendor || identifier == TableColumn::Package)
+        return 160;
+    if (identifier == TableColumn::Version || identifier == TableColumn::Format)
+        return 90;
     return 140;
 }
 
@@ -205,6 +209,10 @@ BulkMarks::View PluginTableView::bulkView() const
 
 void PluginTableView::keyPressEvent(QKeyEvent *event)
 {
+    if (event->matches(QKeySequence::Copy) && state() != EditingState) {
+        QGuiApplication::clipboard()->setText(selectedRowsText());
+        return;
+    }
     const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
     if (plain && event->key() == Qt::Key_Space && state() != EditingState) {
         toggleSelected();
@@ -216,6 +224,30 @@ void PluginTableView::keyPressEvent(QKeyEvent *event)
         return;
     }
     QTableView::keyPressEvent(event);
+}
+
+QString PluginTableView::selectedRowsText() const
+{
+    const QHeaderView *header = horizontalHeader();
+    QList<int> columns;
+    for (int visual = 0; visual < header->count(); ++visual)
+        if (const int logical = header->logicalIndex(visual); !header->isSectionHidden(logical))
+            columns << logical;
+    const auto line = [&](auto cell) {
+        QStringList cells;
+        for (int column : std::as_const(columns))
+            cells << cell(column).simplified(); // a tab or line break in a name stays one cell
+        return cells.join(QLatin1Char('\t')) + QLatin1Char('\n');
+    };
+    QString text =
+        line([this](int column) { return m_proxy->headerData(column, Qt::Horizontal).toString(); });
+    QModelIndexList rows = selectionModel()->selectedRows();
+    std::sort(rows.begin(), rows.end());
+    for (const QModelIndex &row : std::as_const(rows))
+        text += line([&](int column) {
+            return m_proxy->index(row.row(), column).data(Qt::AccessibleTextRole).toString();
+        });
+    return text;
 }
 
 void PluginTableView::toggleSelected()
@@ -380,6 +412,16 @@ void PluginTableView::showSortIndicator()
 
 // --- Column layout -----------------------------------------------------------------------------
 
+bool PluginTableView::hiddenByDefault(const QString &identifier) const
+{
+    // Only the distribution's folders hold plug-ins a package owns.
+    if (identifier != TableColumn::Package)
+        return false;
+    const QList<FolderPair> &pairs = m_manager.traits().pairs;
+    return std::none_of(pairs.cbegin(), pairs.cend(),
+                        [](const FolderPair &pair) { return pair.distributionOwned; });
+}
+
 void PluginTableView::restoreColumns()
 {
     m_restoring = true;
@@ -391,14 +433,15 @@ void PluginTableView::restoreColumns()
         const int fits = header->fontMetrics().horizontalAdvance(title) + 28;
         header->resizeSection(logical, std::max(defaultWidth(m_model->identifier(logical)), fits));
     }
+    QList<int> stored;
     if (m_prefs && m_prefs->store()) {
         int visual = 0;
-        const QVariantList stored = m_prefs->store()->value(columnsKey()).toList();
-        for (const QVariant &entry : stored) {
+        for (const QVariant &entry : m_prefs->store()->value(columnsKey()).toList()) {
             const QVariantMap column = entry.toMap();
             const int logical = m_model->columnOf(column.value(kIdentifier).toString());
-            if (logical < 0)
+            if (logical < 0 || stored.contains(logical))
                 continue;
+            stored << logical;
             header->moveSection(header->visualIndex(logical), visual++);
             // Widths are saved in whatever language ran last: a longer title here still fits.
             const QString title = m_model->headerData(logical, Qt::Horizontal).toString();
@@ -408,6 +451,16 @@ void PluginTableView::restoreColumns()
                 header->resizeSection(logical, std::clamp(width, fits, MaxColumnWidth));
             header->setSectionHidden(logical, column.value(kHidden).toBool());
         }
+    }
+    // A column the saved layout does not know (one newer than the preferences) takes its place
+    // after the column that comes before it in the model's order, shown or hidden as new.
+    for (int logical = 0; logical < header->count(); ++logical) {
+        if (stored.contains(logical))
+            continue;
+        const int after = logical > 0 ? header->visualIndex(logical - 1) : -1;
+        const int from = header->visualIndex(logical);
+        header->moveSection(from, from > after ? after + 1 : after);
+        header->setSectionHidden(logical, hiddenByDefault(m_model->identifier(logical)));
     }
     m_restoring = false;
 }

@@ -26,7 +26,7 @@ public:
     ~PluginTableView() override;
 
     FormatManager &manager() const { return m_manager; }
-    // Shows only the rows whose name, group, location or architecture contain text.
+    // Shows only the rows whose name, vendor or group contain text (with the quick filters).
     void setFilterText(const QString &text);
 
     // The bulk commands' view of the table: the rows the filter shows, and how many fit.
@@ -42,6 +42,9 @@ public:
     Qt::DropAction dropActionFor(const QMimeData *dropped, const QPoint &pos,
                                  bool fromInsideApplication) const;
     bool isDropHighlighted() const { return m_dropHighlighted; }
+    // The selected rows as the table shows them, tab-separated under the titles of the columns
+    // shown, for a spreadsheet or a message; Ctrl+C puts it on the clipboard.
+    QString selectedRowsText() const;
     // Space: the selected rows' Active flips, as one step; the current row decides the way.
     void toggleSelected();
 
@@ -66,6 +69,7 @@ private:
     void restoreSort();
     void selectFromManager();
     void restoreColumns();
+    bool hiddenByDefault(const QString &identifier) const;
     void scheduleColumnsSave();
     void saveColumns();
     void setDropHighlighted(bool on);

@@ -118,8 +118,8 @@ QWidget *PreferencesWindow::makeFormatPage(const Format &format)
     if (format.scansSubfolders)
         controls.scanSubfolders = makeBox(format, "ScanSubfolders", korvane::tr("Scan subfolders"),
                                           &PreferencesPage::scanSubfolders);
-    controls.type =
-        makeBox(format, "Type", korvane::tr("Show the Type column"), &PreferencesPage::typeColumn);
+    controls.type = makeBox(format, "Type", korvane::tr("Show the Architecture column"),
+                            &PreferencesPage::typeColumn);
 
     for (QCheckBox *box : {controls.on, controls.activateAfterLoading, controls.showContent,
                            controls.moveContent, controls.scanSubfolders, controls.type}) {
