@@ -4,6 +4,8 @@
 #include "gui/main/AllPluginsView.h"
 #include "gui/main/FormatTab.h"
 #include "gui/main/StatusLine.h"
+#include "gui/table/PluginTableModel.h"
+#include "gui/table/PluginTableView.h"
 #include "library/TableColumns.h"
 
 #include <QAction>
@@ -27,7 +29,7 @@ protected:
     {
         QStringList rows;
         const QAbstractItemModel &filter = view().filter();
-        const int format = int(AllPluginsModel::defaultColumns().indexOf(AllColumn::Format));
+        const int format = int(AllPluginsModel::defaultColumns().indexOf(TableColumn::Format));
         for (int row = 0; row < filter.rowCount(); ++row)
             rows << filter.index(row, 1).data().toString() + "="
                         + filter.index(row, format).data().toString();
@@ -181,6 +183,32 @@ TEST_F(AllPluginsViewTest, OnlyTheFormatsShownAsTabsAreListed)
     const QModelIndex echo = productRow("Echo Chamber");
     ASSERT_TRUE(echo.isValid());
     EXPECT_EQ(model().index(echo.row(), 2).data().toString(), "VST, VST3");
+}
+
+TEST_F(AllPluginsViewTest, TheListLaysOutTheTablesColumnsAndNamesArchitecturesAsTheTablesDo)
+{
+    // The tables' own column ids and order, without Global: a product may lie in both scopes.
+    EXPECT_EQ(AllPluginsModel::defaultColumns(),
+              QStringList({"AUActive", "AUName", "AUFormat", "AUVendor", "AUVersion", "AUType",
+                           "AULocation", "AUPackage", "AUGroup"}));
+    EXPECT_EQ(AllPluginsModel::title(TableColumn::Vendor), PluginTableModel::title("AUVendor"));
+
+    openWindow();
+    window->showAllPlugins(true);
+    const QModelIndex echo = productRow("Echo Chamber");
+    ASSERT_EQ(model().rowCount(echo), 3);
+    const int architecture =
+        int(AllPluginsModel::defaultColumns().indexOf(TableColumn::Architecture));
+    // The VST bundle's 32-bit Intel header reads as the binary names it, not as the word "Intel",
+    // and as its own tab's cell shows it.
+    const QString vstCell = model().index(0, architecture, echo).data().toString();
+    EXPECT_EQ(vstCell, "i386");
+    FormatManager &vst = *context->manager(TypeVST);
+    vst.table().showArchitectureColumn(true);
+    const PluginTableModel &tab = window->page(TypeVST)->table()->tableModel();
+    EXPECT_EQ(tab.index(rowOf(vst, "Echo Chamber.vst"), tab.columnOf("AUType")).data().toString(),
+              vstCell);
+    EXPECT_EQ(model().index(2, architecture, echo).data().toString(), "x86_64");
 }
 
 } // namespace

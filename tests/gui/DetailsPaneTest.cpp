@@ -70,6 +70,10 @@ TEST_F(DetailsPaneTest, ThePaneShowsWhatThePlugInsFilesSayAsPlainText)
     EXPECT_EQ(shown("File"), "Echo Chamber.vst3");
     EXPECT_TRUE(shown("Identifiers").contains("VST2:Echo")) << shown("Identifiers").toStdString();
     EXPECT_EQ(shown("Architectures"), "x86_64");
+    // A bundle whose files the scan does not read says what its Mach-O header holds, as named
+    // there.
+    select(TypeVST, "Echo Chamber.vst");
+    EXPECT_EQ(shown("Architectures"), "i386");
 
     select(TypeLV2, "broken.lv2");
     EXPECT_TRUE(shown("Cannot be read").startsWith("manifest.ttl: not Turtle"))

@@ -35,14 +35,6 @@ QString placeOf(const Plugin &item)
     return item.isGlobal() ? korvane::tr("System") : korvane::tr("User");
 }
 
-QString architecturesOf(const Plugin &item)
-{
-    // A format whose files were read says what they hold, nothing where they name none.
-    if (item.metadata())
-        return item.metadata()->architectures.join(QStringLiteral(", "));
-    return korvane::tr(item.architectureName().toUtf8().constData());
-}
-
 } // namespace
 
 AllPluginsModel::AllPluginsModel(const QList<FormatManager *> &managers, const QStringList &columns,
@@ -59,9 +51,10 @@ AllPluginsModel::AllPluginsModel(const QList<FormatManager *> &managers, const Q
 
 QStringList AllPluginsModel::defaultColumns()
 {
-    return {TableColumn::Active,   TableColumn::Name,  AllColumn::Format,
-            AllColumn::Vendor,     AllColumn::Version, TableColumn::Architecture,
-            TableColumn::Location, AllColumn::Package, TableColumn::Group};
+    // The tables' layout; a product's plug-ins may lie in either scope, so no Global column.
+    QStringList columns = TableColumn::Order;
+    columns.removeOne(TableColumn::Global);
+    return columns;
 }
 
 QString AllPluginsModel::title(const QString &identifier)
@@ -69,12 +62,12 @@ QString AllPluginsModel::title(const QString &identifier)
     static const QList<QPair<QString, const char *>> titles{
         {TableColumn::Active, QT_TRANSLATE_NOOP("korvane", "Active")},
         {TableColumn::Name, QT_TRANSLATE_NOOP("korvane", "Name")},
-        {AllColumn::Format, QT_TRANSLATE_NOOP("korvane", "Format")},
-        {AllColumn::Vendor, QT_TRANSLATE_NOOP("korvane", "Vendor")},
-        {AllColumn::Version, QT_TRANSLATE_NOOP("korvane", "Version")},
+        {TableColumn::Format, QT_TRANSLATE_NOOP("korvane", "Format")},
+        {TableColumn::Vendor, QT_TRANSLATE_NOOP("korvane", "Vendor")},
+        {TableColumn::Version, QT_TRANSLATE_NOOP("korvane", "Version")},
         {TableColumn::Architecture, QT_TRANSLATE_NOOP("korvane", "Architecture")},
         {TableColumn::Location, QT_TRANSLATE_NOOP("korvane", "Location")},
-        {AllColumn::Package, QT_TRANSLATE_NOOP("korvane", "Package")},
+        {TableColumn::Package, QT_TRANSLATE_NOOP("korvane", "Package")},
         {TableColumn::Group, QT_TRANSLATE_NOOP("korvane", "Group")}};
     for (const auto &[id, english] : titles)
         if (id == identifier)
@@ -290,16 +283,16 @@ QString AllPluginsModel::text(const ProductSource &source, const QString &column
     const PluginMetadata *metadata = item.metadata();
     if (column == TableColumn::Name)
         return displayName(item.name());
-    if (column == AllColumn::Format)
+    if (column == TableColumn::Format)
         return source.format;
-    if (column == AllColumn::Vendor)
+    if (column == TableColumn::Vendor)
         return metadata ? metadata->vendor : QString();
-    if (column == AllColumn::Version)
+    if (column == TableColumn::Version)
         return metadata ? metadata->version : QString();
-    if (column == AllColumn::Package)
+    if (column == TableColumn::Package)
         return metadata ? metadata->package : QString();
     if (column == TableColumn::Architecture)
-        return architecturesOf(item);
+        return item.architecturesText(); // as the binary names them, as in the tables
     if (column == TableColumn::Location)
         return placeOf(item);
     if (column == TableColumn::Group)
@@ -311,9 +304,9 @@ QString AllPluginsModel::text(const Product &product, const QString &column) con
 {
     if (column == TableColumn::Name)
         return displayName(product.name);
-    if (column == AllColumn::Vendor)
+    if (column == TableColumn::Vendor)
         return product.vendor;
-    if (column == AllColumn::Format)
+    if (column == TableColumn::Format)
         return product.formats().join(QStringLiteral(", "));
     QStringList values;
     values.reserve(product.members.size());

@@ -12,14 +12,6 @@ namespace korvane {
 
 class FormatManager;
 
-// Column identifiers the all-formats view shows beside the tables' own.
-namespace AllColumn {
-inline const QString Format = QStringLiteral("AUFormat");
-inline const QString Vendor = QStringLiteral("AUVendor");
-inline const QString Version = QStringLiteral("AUVersion");
-inline const QString Package = QStringLiteral("AUPackage");
-} // namespace AllColumn
-
 // Every plug-in of the formats shown, as products: a product per top row, its plug-ins (one per
 // format and folder) below it. It keeps no state of its own beyond the grouping: the plug-ins are
 // the format managers' own items, a tick here is a mark of their manager, and each manager's

@@ -179,8 +179,7 @@ void DetailsPane::refresh()
                  + QLatin1Char(')');
     setField(kState, state);
     setField(kGroup, item.group());
-    setField(kArchitectures, metadata ? metadata->architectures.join(QStringLiteral(", "))
-                                      : korvane::tr(item.architectureName().toUtf8().constData()));
+    setField(kArchitectures, item.architecturesText()); // as the binary names them
     setField(kPackage, metadata ? metadata->package : QString());
     setField(kIdentifiers, metadata ? metadata->identifiers.join(QLatin1Char('\n')) : QString());
     QStringList inside;
