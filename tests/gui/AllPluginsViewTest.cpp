@@ -211,5 +211,22 @@ TEST_F(AllPluginsViewTest, TheListLaysOutTheTablesColumnsAndNamesArchitecturesAs
     EXPECT_EQ(model().index(2, architecture, echo).data().toString(), "x86_64");
 }
 
+TEST_F(AllPluginsViewTest, ALaterFolderShowsAsTheTabsLocationColumnShowsIt)
+{
+    writeVst3(rootPath("usr/lib/vst3"), "Solo Synth", "Elsewhere");
+    openWindow();
+    window->showAllPlugins(true);
+    const int location = int(AllPluginsModel::defaultColumns().indexOf(TableColumn::Location));
+    const QModelIndex solo = productRow("Solo Synth");
+    ASSERT_EQ(model().rowCount(solo), 2);
+    QStringList places;
+    for (int row = 0; row < model().rowCount(solo); ++row)
+        places << model().index(row, location, solo).data().toString();
+    places.sort();
+    // The home's LV2 bundle lies in the user's first folder, the VST 3 in the distribution's.
+    EXPECT_EQ(places, QStringList({"/usr/lib/vst3", "User"}));
+    EXPECT_EQ(model().index(solo.row(), location).data().toString(), "User, /usr/lib/vst3");
+}
+
 } // namespace
 } // namespace korvane

@@ -1,6 +1,7 @@
 #include "gui/main/AllPluginsModel.h"
 
 #include "core/Texts.h"
+#include "gui/table/PluginTableSource.h"
 #include "library/BulkMarks.h"
 #include "library/ChangeSummary.h"
 #include "library/FormatManager.h"
@@ -30,8 +31,16 @@ QString distinct(const QStringList &values)
     return seen.join(QStringLiteral(", "));
 }
 
-QString placeOf(const Plugin &item)
+// As the format's table says it: "System" or "User" for each scope's first folders, any later
+// folder as written ("/usr/lib/lv2").
+QString placeOf(const ProductSource &source)
 {
+    const Plugin &item = *source.item;
+    if (source.manager) {
+        const QString location = PluginTableSource::locationOf(source.manager->traits(), item);
+        if (location != QLatin1String("System") && location != QLatin1String("User"))
+            return displayName(location);
+    }
     return item.isGlobal() ? korvane::tr("System") : korvane::tr("User");
 }
 
@@ -294,7 +303,7 @@ QString AllPluginsModel::text(const ProductSource &source, const QString &column
     if (column == TableColumn::Architecture)
         return item.architecturesText(); // as the binary names them, as in the tables
     if (column == TableColumn::Location)
-        return placeOf(item);
+        return placeOf(source);
     if (column == TableColumn::Group)
         return item.group();
     return {};
