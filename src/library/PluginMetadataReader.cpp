@@ -13,6 +13,7 @@
 #include <QFile>
 #include <QStandardPaths>
 
+#include <functional>
 #include <mutex>
 
 #include <cerrno>
@@ -78,10 +79,27 @@ QStringList folderNames(const QString &folder, struct stat *info, bool *opened)
     return names;
 }
 
-void readLv2(const QString &path, PluginMetadata *metadata, const Lv2Bundle::FileReader &reader)
+void readLv2(const QString &path, PluginMetadata *metadata, const Lv2Bundle::FileReader &reader,
+             const std::function<FileBytes(const QString &)> &readHeader)
 {
     const Lv2BundleInfo info = Lv2Bundle::read(path, reader);
+    QStringList binaries;
     for (const Lv2Plugin &plugin : info.plugins) {
+        // The architectures are those of the shared objects the bundle names inside itself; one
+        // named elsewhere (or not there) says nothing of this bundle, so it is left out quietly.
+        const QString binary = plugin.binary;
+        if (!binary.isEmpty() && !binary.contains(QLatin1Char(':'))
+            && !binary.startsWith(QLatin1Char('/'))
+            && !binary.split(QLatin1Char('/')).contains(QStringLiteral(".."))
+            && !binaries.contains(binary)) {
+            binaries << binary;
+            const FileBytes file = readHeader(path + QLatin1Char('/') + binary);
+            const ElfHeader header =
+                file.error.isEmpty() ? ElfHeader::parse(file.bytes) : ElfHeader();
+            if (header.valid && header.isSharedObject()
+                && !metadata->architectures.contains(header.describe()))
+                metadata->architectures << header.describe();
+        }
         metadata->plugins << PluginMetadata::Inner{plugin.name, plugin.uri};
         metadata->identifiers << plugin.uri;
         if (metadata->vendor.isEmpty())
@@ -205,10 +223,15 @@ PluginMetadata PluginMetadataReader::readFiles(const Format &format, const QStri
     case FormatReading::Lv2:
         // The manifest and the files it names are stamped; the bundle's folder need not be, as a
         // file that joins the bundle is read only once the manifest (which changes) names it.
-        readLv2(fullPath, &metadata, [&](const QString &path, qsizetype maxBytes) {
-            FileBytes file = readStamped(path, maxBytes, FileBytes::Whole);
-            return Lv2Bundle::fileRead(std::move(file));
-        });
+        readLv2(
+            fullPath, &metadata,
+            [&](const QString &path, qsizetype maxBytes) {
+                FileBytes file = readStamped(path, maxBytes, FileBytes::Whole);
+                return Lv2Bundle::fileRead(std::move(file));
+            },
+            [&](const QString &binary) {
+                return readStamped(binary, ElfHeader::BytesNeeded, FileBytes::Prefix);
+            });
         break;
     case FormatReading::SharedObject:
         readElf(readStamped(fullPath, ElfHeader::BytesNeeded, FileBytes::Prefix), &metadata);

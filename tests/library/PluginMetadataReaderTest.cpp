@@ -1,4 +1,5 @@
 #include "library/PluginMetadataReader.h"
+#include "LinuxPluginFixtures.h"
 #include "core/FormatTable.h"
 #include "support/TestRoots.h"
 
@@ -122,6 +123,29 @@ TEST_F(PluginMetadataReaderTest, SharedObjectsSayTheirArchitectureOrPlainlyWhatT
                     .unreadable.startsWith("cannot be read: "));
     EXPECT_TRUE(PluginMetadataReader::readUncached(ladspa, folder + "/text.so")
                     .unreadable.contains("not an ELF file"));
+}
+
+// An LV2 bundle's architectures are those of the shared objects its manifest names inside it:
+// Debian's real 3-band EQ says x86_64 (or whatever this machine builds), and a binary the
+// manifest names outside the bundle is not read.
+TEST_F(PluginMetadataReaderTest, AnLv2BundleNamesTheArchitecturesOfItsOwnBinaries)
+{
+    const QString system = QStringLiteral("/usr/lib/lv2/3BandEQ.lv2");
+    if (!LinuxPluginFixtures::systemHas(system))
+        GTEST_SKIP() << "dpf-plugins-lv2 is not installed";
+    const QString bundle = LinuxPluginFixtures::copyFromSystem(system, root());
+    ASSERT_FALSE(bundle.isEmpty());
+    const PluginMetadata real = PluginMetadataReader::readUncached(row("lv2"), bundle);
+    EXPECT_TRUE(real.unreadable.isEmpty()) << real.unreadable.toStdString();
+    ASSERT_EQ(real.architectures.size(), 1);
+    EXPECT_FALSE(real.architectures.first().isEmpty());
+
+    const QString outside = homePath(".lv2/Outside.lv2");
+    QDir().mkpath(outside);
+    writeText(outside + "/manifest.ttl",
+              "@prefix lv2: <http://lv2plug.in/ns/lv2core#> .\n"
+              "<urn:korvane:outside> a lv2:Plugin ; lv2:binary <../Tone.lv2/tone.so> .\n");
+    EXPECT_TRUE(PluginMetadataReader::readUncached(row("lv2"), outside).architectures.isEmpty());
 }
 
 } // namespace
