@@ -5,7 +5,6 @@
 #include "app/InfoPanelModel.h"
 #include "app/LaunchScript.h"
 #include "app/Preferences.h"
-#include "core/SharedInstances.h"
 #include "core/UserInterface.h"
 #include "library/Authorization.h"
 #include "library/FormatManager.h"
@@ -59,7 +58,6 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
     }
     m_script = std::make_unique<LaunchScript>(*m_main, m_managerList);
     m_about = std::make_unique<AboutText>();
-    install();
 
     if (parts.prepareWindow)
         prepareWindow();
@@ -67,7 +65,6 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
 
 AppContext::~AppContext()
 {
-    uninstall();
     // Newest first: a controller may still reach older ones while it goes.
     m_about.reset();
     m_script.reset();
@@ -87,19 +84,6 @@ void AppContext::prepareWindow()
     for (FormatManager *manager : std::as_const(m_managerList))
         manager->loadSetList();
     m_pref->prepareWindow();
-}
-
-void AppContext::install()
-{
-    AppController::install(m_main.get());
-    SharedInstance<Preferences>::install(m_pref.get());
-}
-
-void AppContext::uninstall()
-{
-    SharedInstance<Preferences>::uninstall(m_pref.get());
-    SharedInstance<AppController>::uninstall(m_main.get());
-    SharedInstance<AppServices>::uninstall(m_main.get());
 }
 
 } // namespace korvane

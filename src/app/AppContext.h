@@ -24,8 +24,7 @@ class RightsMover;
 class UserInterface;
 
 // Builds every controller of one run of the program from explicit parts, wires them to one
-// another, and installs each as the shared instance its accessor answers; going away uninstalls
-// and drops them all. The window, the command-line tool and each test build one.
+// another; going away drops them all. The window, the command-line tool and each test build one.
 class AppContext {
 public:
     struct Parts {
@@ -64,9 +63,6 @@ public:
     AboutText *about() const { return m_about.get(); }
 
 private:
-    void install();
-    void uninstall();
-
     Locations m_locations;
     FormatTable m_formats;
     std::unique_ptr<FileOperations> m_ownFiles;

@@ -12,6 +12,8 @@
 
 namespace korvane {
 
+class ScanCache;
+
 class FileOperations;
 class FormatTable;
 struct FileError;
@@ -40,9 +42,6 @@ public:
     explicit AppServices(const RunParts &parts); // loads the group registry, then the content one
     ~AppServices() override;
 
-    static AppServices *instance(); // the installed controller
-    static void install(AppServices *services);
-
     const Locations &locations() const { return m_parts.locations; }
     FileOperations &files() const { return m_parts.files; }
     UserInterface &ui() const { return m_parts.ui; }
@@ -55,7 +54,8 @@ public:
     void storeContent(const QStringList &entry);
     QStringList withoutContentPaths(int type, const QStringList &scanPaths);
     QString fullPath(const QString &name, int type, int loc) const; // empty: out of range
-    QStringList relevantPaths(int type, int loc, const QStringList &scanPaths);
+    QStringList relevantPaths(int type, int loc, const QStringList &scanPaths,
+                              ScanCache *cache = nullptr);
     void createFolders(const QString &path);
     // "~/Library/Application Support/Korvane" and any of its missing parents, before a data file
     // is written into it.

@@ -86,7 +86,10 @@ public:
 
     // --- Scanning --------------------------------------------------------------------------
     void rescan();
-    bool recognise(const QString &nameOrPath) const { return m_traits.recognise(nameOrPath); }
+    bool recognise(const QString &nameOrPath) const
+    {
+        return m_traits.recognise(nameOrPath, nullptr);
+    }
     // Whether this manager has scanned its folders since it was made.
     bool hasScanned() const { return m_scanned; }
 

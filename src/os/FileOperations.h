@@ -8,6 +8,8 @@
 
 namespace korvane {
 
+class ScanCache;
+
 // Why a file operation failed, in the form the file-error answer shows it.
 struct FileError {
     QString path;
@@ -40,6 +42,12 @@ public:
 
     // Direct entries (no "." or ".."; hidden ones included), sorted by name. Unlistable: empty.
     virtual QStringList directoryContents(const QString &path) const = 0;
+    // directoryContents for a scan: the local disk tells cache each entry's kind on the way.
+    virtual QStringList listForScan(const QString &path, ScanCache *cache) const
+    {
+        (void)cache;
+        return directoryContents(path);
+    }
     // Every file and folder below path as paths relative to it, parents before children, sorted.
     virtual QStringList subpaths(const QString &path) const = 0;
 

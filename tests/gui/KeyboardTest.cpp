@@ -114,7 +114,10 @@ TEST_F(KeyboardTest, EscapeAndCtrlWCloseEverySecondaryWindow)
 TEST_F(KeyboardTest, TheRowMenuActsOnTheSelectionAndAsksBeforeTheTrash)
 {
     au->selectRows({rowOf(*au, "Birch.component")});
-    std::unique_ptr<QMenu> menu(RowMenu::make(*au, window.get()));
+    // The menu's Move to Trash goes through the table to the window, as a right click's does.
+    PluginTableView *table = window->page(TypeAU)->table();
+    const auto trash = [table] { emit table->moveToTrashRequested(); };
+    std::unique_ptr<QMenu> menu(RowMenu::make(*au, window.get(), trash));
     const auto item = [&menu](const char *name) { return menu->findChild<QAction *>(name); };
     QStringList texts;
     for (QAction *action : menu->actions())
@@ -133,7 +136,7 @@ TEST_F(KeyboardTest, TheRowMenuActsOnTheSelectionAndAsksBeforeTheTrash)
 
     // With nothing selected every command is off.
     au->selectRows({});
-    menu.reset(RowMenu::make(*au, window.get()));
+    menu.reset(RowMenu::make(*au, window.get(), trash));
     EXPECT_FALSE(item("miRowOn")->isEnabled());
     EXPECT_FALSE(item("miRowTrash")->isEnabled());
 }

@@ -57,7 +57,12 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     menuBar()->setAccessibleName(korvane::tr("Menu bar"));
     // Every format gets its page once; a format switched off keeps it for when it comes back.
     for (FormatManager *manager : context.managers()) {
-        auto *page = new FormatTab(*manager, this);
+        auto *page = new FormatTab(*manager, context.pref(), this);
+        // The controller routes the command to the tab in front, which is the one clicked.
+        connect(page->table(), &PluginTableView::moveToTrashRequested, this, [this, manager] {
+            if (m_main.managerOf(m_main.activeType()) == manager)
+                m_main.moveSelectedToTrash();
+        });
         page->hide();
         m_pages << page;
     }
