@@ -14,7 +14,8 @@
 
 namespace korvane {
 
-AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::move(parts.formats))
+AppContext::AppContext(Parts parts)
+    : m_locations(parts.roots), m_settings(parts.settings), m_formats(std::move(parts.formats))
 {
     if (!parts.files)
         m_ownFiles = std::make_unique<LocalFileOperations>(parts.roots);
@@ -28,7 +29,7 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
         parts.authorization ? parts.authorization : m_ownAuthorizationBackend.get();
 
     // Each controller is handed the ones made before it; none finds another by itself.
-    const RunParts run{m_locations, *m_files, *m_ui, m_formats};
+    const RunParts run{m_locations, *m_files, *m_ui, m_formats, parts.settings.lockWaitMs};
     m_main = std::make_unique<AppController>(run);
     m_pref = std::make_unique<Preferences>(*m_main); // runs seedDefaults
     m_missingItems = std::make_unique<MissingItemsPrompt>(*m_ui);
@@ -56,8 +57,8 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
                                  info->showInfo(item);
                          });
     }
-    m_script = std::make_unique<LaunchScript>(*m_main, m_managerList);
-    m_about = std::make_unique<AboutText>();
+    m_script = std::make_unique<LaunchScript>(*m_main, m_managerList, parts.settings.bundle);
+    m_about = std::make_unique<AboutText>(parts.settings.resources);
 
     if (parts.prepareWindow)
         prepareWindow();

@@ -261,8 +261,8 @@ MoveReport::Outcome outcomeOf(const MoveOutcome &move)
 
 } // namespace
 
-CliRunner::CliRunner(const Roots &defaults, QTextStream &out, QTextStream &err)
-    : m_defaults(defaults), m_out(out), m_err(err)
+CliRunner::CliRunner(const Environment &environment, QTextStream &out, QTextStream &err)
+    : m_environment(environment), m_out(out), m_err(err)
 {
 }
 
@@ -285,11 +285,11 @@ int CliRunner::run(const Options &options)
         return usageError(QStringLiteral("--home: no folder \"%1\"").arg(options.home));
     // The same for the environment's: a HOME pointing nowhere would be created by the first write.
     if (const QString missing =
-            m_defaults.missingFolder(options.root.isEmpty(), options.home.isEmpty());
+            m_environment.roots.missingFolder(options.root.isEmpty(), options.home.isEmpty());
         !missing.isEmpty())
         return usageError(missing);
 
-    CliSession session(options, m_defaults, m_err);
+    CliSession session(options, m_environment, m_err);
     switch (options.command) {
     case Options::Apply:
         return applySets(session, options);
@@ -682,9 +682,9 @@ QList<int> CliRunner::formats(const Options &options)
     return all;
 }
 
-int run(const Options &options, const Roots &defaults, QTextStream &out, QTextStream &err)
+int run(const Options &options, const Environment &environment, QTextStream &out, QTextStream &err)
 {
-    return CliRunner(defaults, out, err).run(options);
+    return CliRunner(environment, out, err).run(options);
 }
 
 } // namespace korvane

@@ -30,6 +30,7 @@ struct RunParts {
     FileOperations &files;
     UserInterface &ui;
     const FormatTable &formats;
+    int lockWaitMs = -1; // how long a mover waits for another's lock; negative: the lock's own
 };
 
 // The part of the application controller that every lower layer shares: the content registry, the

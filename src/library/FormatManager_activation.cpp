@@ -3,6 +3,7 @@
 
 #include "library/FormatManager.h"
 
+#include "core/AppServices.h"
 #include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
@@ -76,7 +77,8 @@ void FormatManager::settleRecord(int recordIndex)
 
 QList<MoveOutcome> FormatManager::applyPending()
 {
-    const LibraryLock lock(files(), locations().pluginFolders(m_traits));
+    const LibraryLock lock(files(), locations().pluginFolders(m_traits),
+                           services().parts().lockWaitMs);
     if (!libraryLocked(lock, ui()))
         return {};
     const QList<MoveOutcome> outcomes = Applier(m_traits, m_list, m_parts).applyPending();

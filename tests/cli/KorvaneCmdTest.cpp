@@ -357,7 +357,7 @@ TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAFailedOneLosesNothing)
 // folders after its wait. Its death frees them, and it leaves nothing behind.
 TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheLock)
 {
-    qputenv("KORVANE_LOCK_WAIT_MS", "300"); // for the tool and the window alike
+    qputenv("KORVANE_LOCK_WAIT_MS", "300"); // for the tool; the window below is handed it
     const auto unset = qScopeGuard([] { qunsetenv("KORVANE_LOCK_WAIT_MS"); });
     QTemporaryDir otherHome;
     const auto readable = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
@@ -388,7 +388,10 @@ TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeath
     {
         // The window's apply, too, tells who holds the lock and moves nothing.
         ScriptedUi ui;
-        AppContext context({.roots = roots(), .ui = &ui, .prepareWindow = false});
+        RunSettings settings;
+        settings.lockWaitMs = 300;
+        AppContext context(
+            {.roots = roots(), .settings = settings, .ui = &ui, .prepareWindow = false});
         context.manager(TypeAU)->rescan();
         context.manager(TypeAU)->setAllInactive();
         context.manager(TypeAU)->apply();

@@ -183,12 +183,11 @@ TEST_F(MainWindowTest, CheckForUpdatesAtStartUpAsksTheServerOnceTheWindowIsUp)
     });
     const QByteArray url =
         "http://127.0.0.1:" + QByteArray::number(server.serverPort()) + "/versions.plist";
-    qputenv("KORVANE_UPDATE_URL", url);
+    settings.updateUrl = QString::fromLatin1(url);
     makeContext();
     context->pref()->store()->setValue("SUCheckAtStartup", true);
     context->prepareWindow();
     auto window = std::make_unique<MainWindow>(*context);
-    qunsetenv("KORVANE_UPDATE_URL");
     window->show();
     window->startWhenRunning();
     QElapsedTimer clock;

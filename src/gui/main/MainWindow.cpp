@@ -76,7 +76,8 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
              new LaunchScriptPanel(*context.script(), context.formats(), this), m_preferences,
              m_about})
         closeWithKeys(*window);
-    m_updates = new UpdateCheckCommand(m_main.ui(), this);
+    m_updates = new UpdateCheckCommand(m_main.ui(), context.settings().updateUrl,
+                                       context.settings().downloadUrl, this);
 
     makeFileMenu();
     makeEditMenu();
