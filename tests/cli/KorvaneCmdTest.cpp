@@ -6,6 +6,7 @@
 #include "library/FormatManager.h"
 #include "library/SetDocument.h"
 #include "os/LibraryLock.h"
+#include "support/RunKorvaneCmd.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 
@@ -32,11 +33,6 @@ namespace {
 
 using Builder = PluginLibraryBuilder;
 
-struct ToolRun {
-    int exitCode = -1;
-    QString out, err;
-};
-
 class KorvaneCmdTest : public TestRoots {
 protected:
     void SetUp() override
@@ -57,33 +53,15 @@ protected:
                                     const QByteArray &input = {},
                                     const QMap<QString, QString> &changed = {})
     {
-        auto process = std::make_unique<QProcess>();
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("KORVANE_ROOT", root());
-        environment.insert("HOME", home());
-        environment.remove("XDG_DATA_HOME");
+        EnvironmentChanges changes{
+            {"KORVANE_ROOT", root()}, {"HOME", home()}, {"XDG_DATA_HOME", std::nullopt}};
         for (auto it = changed.cbegin(); it != changed.cend(); ++it)
-            environment.insert(it.key(), it.value());
-        process->setProcessEnvironment(environment);
-        process->start(program, arguments);
-        EXPECT_TRUE(process->waitForStarted()) << program.toStdString();
-        process->write(input);
-        process->closeWriteChannel();
-        return process;
+            changes.append({it.key(), it.value()});
+        return startKorvaneCmd(program, arguments, changes, input);
     }
 
     // A run not over in 30 seconds is killed and counts as failed.
-    static ToolRun finish(QProcess &process)
-    {
-        if (!process.waitForFinished(30000)) {
-            ADD_FAILURE() << "killed: " << process.arguments().join(' ').toStdString();
-            process.kill();
-            process.waitForFinished();
-        }
-        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
-    }
+    static ToolRun finish(QProcess &process) { return finishKorvaneCmd(process, 30000); }
 
     // The tool, given the roots as options as well.
     ToolRun tool(const QStringList &arguments, const QByteArray &input = {})

@@ -22,33 +22,17 @@ namespace korvane {
 namespace {
 
 // The window driven from the keyboard: three Audio Units in front.
-class KeyboardTest : public GuiTest {
+class KeyboardTest : public WindowTest {
 protected:
-    std::unique_ptr<MainWindow> window;
     FormatManager *au = nullptr;
-    FormatTab *page = nullptr;
 
     void SetUp() override
     {
-        GuiTest::SetUp();
+        WindowTest::SetUp();
         for (const char *name : {"Alder", "Birch", "Cedar"})
             PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, LocUserActive), name,
                                                 MachO::intel());
-        makeContext();
-        context->pref()->setDefaultType(TypeAU);
-        context->prepareWindow();
-        window = std::make_unique<MainWindow>(*context);
-        window->show();
-        window->startWhenRunning();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
-        QCoreApplication::processEvents();
-        au = context->manager(TypeAU);
-        page = window->page(TypeAU);
-    }
-    void TearDown() override
-    {
-        window.reset();
-        GuiTest::TearDown();
+        au = openWindow(TypeAU);
     }
     bool active(const char *name) const
     {
