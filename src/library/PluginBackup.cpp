@@ -142,17 +142,6 @@ private:
     UserInterface &m_ui;
 };
 
-// Makes path and its missing parents.
-bool makeFolders(FileOperations &files, const QString &path, FileError *error)
-{
-    if (files.isDirectory(path))
-        return true;
-    const QString parent = QFileInfo(path).path();
-    if (parent == path || !makeFolders(files, parent, error))
-        return false;
-    return files.createDirectory(path, error);
-}
-
 // Said where a person will see it: the log window in their language, the system log and
 // KorvaneCMD's standard error in English.
 void tell(FormatManager &manager, const char *text, const QStringList &args)
@@ -365,7 +354,7 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
     for (int i = 0; i < placements.size(); ++i) {
         Placement &placement = placements[i];
         const QString folder = folders.at(placement.location);
-        if (!makeFolders(files, folder, &error)) {
+        if (!makePath(files, folder, &error)) {
             result.error = error.path + QStringLiteral(": ") + error.reason;
             return result;
         }
@@ -423,7 +412,7 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
                  {placement.installed, trashedTo});
             result.replaced << placement.installed;
         }
-        if (!makeFolders(files, QFileInfo(placement.target).path(), &failure)
+        if (!makePath(files, QFileInfo(placement.target).path(), &failure)
             || !files.move(placement.staged, placement.target, &failure)) {
             result.failed << placement.target + QStringLiteral(": ") + failure.reason;
             continue;

@@ -109,6 +109,10 @@ public:
     virtual void endBatch() {}
 };
 
+// Makes folder and each missing folder above it through files; true when folder is a folder in
+// the end (another process may have made it meanwhile). error is the first level that failed.
+bool makePath(FileOperations &files, const QString &folder, FileError *error = nullptr);
+
 // Hands a copy-progress function to the file operations for as long as it lives.
 class CopyProgressScope {
 public:
