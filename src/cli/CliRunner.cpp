@@ -278,16 +278,9 @@ int CliRunner::run(const Options &options)
         m_out.flush();
         return ExitDone;
     }
-    // A mistyped root would otherwise be scanned as empty and get fresh folders made in it.
-    if (!options.root.isEmpty() && !QFileInfo(options.root).isDir())
-        return usageError(QStringLiteral("--root: no folder \"%1\"").arg(options.root));
-    if (!options.home.isEmpty() && !QFileInfo(options.home).isDir())
-        return usageError(QStringLiteral("--home: no folder \"%1\"").arg(options.home));
-    // The same for the environment's: a HOME pointing nowhere would be created by the first write.
-    if (const QString missing =
-            m_environment.roots.missingFolder(options.root.isEmpty(), options.home.isEmpty());
-        !missing.isEmpty())
-        return usageError(missing);
+    if (const QString refusal = m_environment.roots.refusalWithOptions(options.root, options.home);
+        !refusal.isEmpty())
+        return usageError(refusal);
 
     CliSession session(options, m_environment, m_err);
     switch (options.command) {

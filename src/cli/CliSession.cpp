@@ -32,22 +32,11 @@ QTextStream *progressStream(QTextStream &err)
     return &err;
 }
 
-Roots rootsOf(const Options &options, Roots roots)
-{
-    if (!options.root.isEmpty())
-        roots.systemRoot = QFileInfo(options.root).absoluteFilePath();
-    if (!options.home.isEmpty()) {
-        const QHash<QString, QString> paths = roots.pluginPaths;
-        roots = Roots::at(roots.systemRoot, QFileInfo(options.home).absoluteFilePath());
-        roots.pluginPaths = paths;
-    }
-    return roots;
-}
-
 } // namespace
 
 CliSession::CliSession(const Options &options, const Environment &environment, QTextStream &err)
-    : m_err(err), m_verbose(options.verbose), m_roots(rootsOf(options, environment.roots)),
+    : m_err(err), m_verbose(options.verbose),
+      m_roots(environment.roots.withOptions(options.root, options.home)),
       m_settings(environment.settings), m_ui(progressStream(err)),
       m_local(std::make_unique<LocalFileOperations>(m_roots)),
       m_authorization(std::make_unique<AllowAllAuthorization>()),

@@ -86,7 +86,7 @@ QString Bundle::executableName(const QString &bundlePath, ScanCache *cache)
     const QVariant value = infoValue(bundlePath, QStringLiteral("CFBundleExecutable"), cache);
     if (value.typeId() != QMetaType::QString)
         return {};
-    const QString name = value.toString();
+    QString name = value.toString(); // not const: returned by moving
     // The name comes from the bundle; it may not lead out of Contents/MacOS.
     if (name.isEmpty() || name.contains(QLatin1Char('/')) || name == QLatin1String(".")
         || name == QLatin1String(".."))

@@ -72,26 +72,14 @@ CommandLine parse(const QStringList &arguments, const korvane::Roots &fromEnviro
     if (parser.values(root).size() > 1 || parser.values(home).size() > 1)
         return usage(QStringLiteral("an option given twice"));
 
-    korvane::Roots roots = fromEnvironment;
-    for (const QCommandLineOption *option : {&root, &home}) {
-        const QString value = parser.value(*option);
-        if (parser.isSet(*option) && !QFileInfo(value).isDir())
-            return usage(
-                QStringLiteral("--%1: no folder \"%2\"").arg(option->names().constFirst(), value));
-    }
-    // The environment's folders are held to the same: a HOME pointing nowhere would be created.
-    if (const QString missing = roots.missingFolder(!parser.isSet(root), !parser.isSet(home));
-        !missing.isEmpty())
-        return usage(missing);
-    if (parser.isSet(root))
-        roots.systemRoot = QFileInfo(parser.value(root)).absoluteFilePath();
-    if (parser.isSet(home)) {
-        const QHash<QString, QString> paths = roots.pluginPaths;
-        roots =
-            korvane::Roots::at(roots.systemRoot, QFileInfo(parser.value(home)).absoluteFilePath());
-        roots.pluginPaths = paths;
-    }
-    result.roots = roots;
+    for (const QCommandLineOption *option : {&root, &home})
+        if (parser.isSet(*option) && parser.value(*option).isEmpty())
+            return usage(QStringLiteral("--%1: no folder \"\"").arg(option->names().constFirst()));
+    const QString rootValue = parser.value(root), homeValue = parser.value(home);
+    if (const QString refusal = fromEnvironment.refusalWithOptions(rootValue, homeValue);
+        !refusal.isEmpty())
+        return usage(refusal);
+    result.roots = fromEnvironment.withOptions(rootValue, homeValue);
     return result;
 }
 
