@@ -81,7 +81,7 @@ QList<MoveOutcome> FormatManager::applyPending()
                            services().parts().lockWaitMs);
     if (!libraryLocked(lock, ui()))
         return {};
-    const QList<MoveOutcome> outcomes = Applier(m_traits, m_list, m_parts).applyPending();
+    QList<MoveOutcome> outcomes = Applier(m_traits, m_list, m_parts).applyPending();
     if (m_list.pendingCount() == 0)
         setApplyEnabled(false);
     rescan();

@@ -84,7 +84,7 @@ std::optional<Manifest> parseManifest(const QByteArray &bytes, QString *problem)
     }
     Manifest manifest;
     manifest.format = root.value(QStringLiteral("format")).toString();
-    for (const QJsonValue &value : root.value(QStringLiteral("folders")).toArray())
+    for (const QJsonValue value : root.value(QStringLiteral("folders")).toArray())
         manifest.folders << value.toString();
     // A row lists its folder pairs two by two; a backup lists them all, the first four at least.
     if (manifest.folders.size() % 2 != 0 || manifest.folders.size() < LocationCount
@@ -92,7 +92,7 @@ std::optional<Manifest> parseManifest(const QByteArray &bytes, QString *problem)
         *problem = korvane::tr("Its list of plug-ins is damaged.");
         return std::nullopt;
     }
-    for (const QJsonValue &value : root.value(QStringLiteral("plugins")).toArray()) {
+    for (const QJsonValue value : root.value(QStringLiteral("plugins")).toArray()) {
         const QJsonObject object = value.toObject();
         SavedPlugin plugin;
         plugin.name = object.value(QStringLiteral("name")).toString();
@@ -353,7 +353,7 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
     FileError error;
     for (int i = 0; i < placements.size(); ++i) {
         Placement &placement = placements[i];
-        const QString folder = folders.at(placement.location);
+        const QString &folder = folders.at(placement.location);
         if (!makePath(files, folder, &error)) {
             result.error = error.path + QStringLiteral(": ") + error.reason;
             return result;

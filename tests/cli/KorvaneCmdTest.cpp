@@ -166,7 +166,7 @@ protected:
             items.last()->setActive(active);
             items.last()->updateLocation(TypeAU);
         }
-        const QString path = homePath("Documents/" + fileName);
+        QString path = homePath("Documents/" + fileName);
         EXPECT_TRUE(SetDocument::write(disk(), path, items));
         return path;
     }
@@ -554,7 +554,7 @@ TEST_F(KorvaneCmdTest, NamesAreShownOneALineAndAnExactNameWins)
          {"/Two\\nLines.component\n", "/Tab\\there.component\n", "/Back\\\\slash.component\n"})
         EXPECT_TRUE(text.out.contains(shown)) << shown << text.out.toStdString();
     QStringList names;
-    for (const QJsonValue &item :
+    for (const QJsonValue item :
          QJsonDocument::fromJson(tool({"list", "--json"}).out.toUtf8()).array())
         names << item["name"].toString();
     EXPECT_TRUE(names.contains("Two\nLines.component") && names.contains("Back\\slash.component"));
@@ -582,7 +582,7 @@ QJsonObject jsonOf(const ToolRun &run)
 std::pair<QStringList, QStringList> movesOf(const QJsonObject &report)
 {
     QStringList moves, outcomes;
-    for (const QJsonValue &move : report["moves"].toArray()) {
+    for (const QJsonValue move : report["moves"].toArray()) {
         moves << QStringList{move["name"].toString(), move["action"].toString(),
                              move["from"].toString(), move["to"].toString()}
                      .join('|');

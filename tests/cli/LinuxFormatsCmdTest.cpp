@@ -47,7 +47,7 @@ protected:
         const ToolRun listing = tool({"list", "--format", format, "--json"}, variables);
         EXPECT_EQ(listing.exitCode, 0) << listing.err.toStdString();
         QHash<QString, QJsonObject> byName;
-        for (const QJsonValue &value : QJsonDocument::fromJson(listing.out.toUtf8()).array())
+        for (const QJsonValue value : QJsonDocument::fromJson(listing.out.toUtf8()).array())
             byName.insert(value["name"].toString(), value.toObject());
         return byName;
     }
@@ -233,7 +233,7 @@ TEST_F(LinuxFormatsCmdTest, DetailsLoadALadspaLibraryOnlyWhenAskedAndSurviveOneT
     const QJsonArray shown = QJsonDocument::fromJson(details.out.toUtf8()).array();
     ASSERT_EQ(shown.size(), 2);
     QStringList ids;
-    for (const QJsonValue &plugin : shown.at(0)["loaded"].toArray())
+    for (const QJsonValue plugin : shown.at(0)["loaded"].toArray())
         ids << plugin["id"].toString();
     EXPECT_EQ(ids, QStringList({"1048", "1049"}));
     EXPECT_FALSE(shown.at(1)["probeError"].toString().isEmpty());
