@@ -123,14 +123,14 @@ void Plugin::storeContent()
         m_registry->storeContent(m_content);
 }
 
-void Plugin::detectArchitecture(const QString &path)
+void Plugin::detectArchitecture(const QString &path, ScanCache *cache)
 {
     // Whatever does not open as a bundle is taken for PowerPC.
-    if (!Bundle::canOpen(path)) {
+    if (!Bundle::canOpen(path, cache)) {
         m_architecture = MachOHeader::PPC;
         return;
     }
-    const QString executable = Bundle::executableName(path);
+    const QString executable = Bundle::executableName(path, cache);
     if (executable.isEmpty()) {
         m_architecture = MachOHeader::Unknown;
         return;

@@ -11,6 +11,8 @@
 
 namespace korvane {
 
+class ScanCache;
+
 class AppServices;
 struct Format;
 struct ArchivedObject;
@@ -77,7 +79,7 @@ public:
 
     // Architecture of the executable of the bundle at path (see MachOHeader); a path that is not a
     // bundle reads as PPC.
-    void detectArchitecture(const QString &path);
+    void detectArchitecture(const QString &path, ScanCache *cache = nullptr);
     QString architectureName() const { return architectureName(m_architecture); }
     static QString architectureName(int code);
 
