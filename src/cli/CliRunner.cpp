@@ -229,11 +229,9 @@ QList<TextTable::Column> listColumns()
 
 // How wide the text listing may be: $COLUMNS where set, else the terminal's, else unlimited
 // (a pipe gets every column whole).
-int listingWidth()
+int listingWidth(int columns)
 {
-    bool ok = false;
-    const int columns = qEnvironmentVariableIntValue("COLUMNS", &ok);
-    if (ok && columns > 0)
+    if (columns > 0)
         return columns;
     winsize size{};
     if (::isatty(STDOUT_FILENO) && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0)
@@ -497,7 +495,7 @@ int CliRunner::list(CliSession &session, const Options &options)
         }
     }
     // The titles only for a person at a terminal: a script counts and splits lines.
-    listing.print(listingWidth(), ::isatty(STDOUT_FILENO) != 0);
+    listing.print(listingWidth(m_environment.settings.columns), ::isatty(STDOUT_FILENO) != 0);
     return ExitDone;
 }
 

@@ -15,6 +15,8 @@ Environment Environment::read()
     settings.resources = qEnvironmentVariable("KORVANE_RESOURCES");
     settings.updateUrl = qEnvironmentVariable("KORVANE_UPDATE_URL");
     settings.downloadUrl = qEnvironmentVariable("KORVANE_DOWNLOAD_URL");
+    const int columns = qEnvironmentVariableIntValue("COLUMNS", &ok);
+    settings.columns = ok && columns > 0 ? columns : 0;
     return environment;
 }
 

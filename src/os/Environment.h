@@ -15,6 +15,7 @@ struct RunSettings {
     QString resources;      // KORVANE_RESOURCES: the folder of the about text
     QString updateUrl;      // KORVANE_UPDATE_URL: the version list, over the build's own
     QString downloadUrl;    // KORVANE_DOWNLOAD_URL: the download page, over the build's own
+    int columns = 0;        // COLUMNS: the text listing's width; 0 where unset or not a width
     bool operator==(const RunSettings &) const = default;
 };
 
