@@ -126,14 +126,14 @@ void measureColumns(int n, QTextStream &out)
     for (int r = 0; r < 3; ++r) {
         QElapsedTimer timer;
         timer.start();
-        FormatTab page(*vst3);
+        FormatTab page(*vst3, context.pref());
         page.resize(1400, 700);
         page.show();
         QCoreApplication::processEvents();
         page.table()->viewport()->repaint();
         show = std::min(show, elapsedMs(timer));
     }
-    FormatTab page(*vst3);
+    FormatTab page(*vst3, context.pref());
     page.resize(1400, 700);
     page.show();
     QCoreApplication::processEvents();
@@ -224,14 +224,14 @@ void measureGui(int n, QTextStream &out)
     for (int r = 0; r < 3; ++r) {
         QElapsedTimer timer;
         timer.start();
-        PluginTableView view(*au);
+        PluginTableView view(*au, context.pref());
         view.resize(1000, 700);
         view.show();
         settleAndPaint(view);
         show = std::min(show, elapsedMs(timer));
     }
 
-    auto view = std::make_unique<PluginTableView>(*au);
+    auto view = std::make_unique<PluginTableView>(*au, context.pref());
     view->resize(1000, 700);
     view->show();
     settleAndPaint(*view);
@@ -321,14 +321,14 @@ void measureGui(int n, QTextStream &out)
     for (int r = 0; r < 3; ++r) {
         QElapsedTimer timer;
         timer.start();
-        FormatTab page(*au);
+        FormatTab page(*au, context.pref());
         page.resize(1100, 700);
         page.show();
         QCoreApplication::processEvents();
         page.table()->viewport()->repaint();
         showPage = std::min(showPage, elapsedMs(timer));
     }
-    FormatTab page(*au);
+    FormatTab page(*au, context.pref());
     page.resize(1100, 700);
     page.show();
     QCoreApplication::processEvents();

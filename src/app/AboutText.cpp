@@ -11,11 +11,10 @@ namespace korvane {
 namespace {
 // Where the "info" resource may lie, most specific first; there is no application bundle. The
 // build puts a copy beside the program, so a run from the build tree finds it too.
-QStringList resourceCandidates()
+QStringList resourceCandidates(const QString &resources)
 {
     const QString fileName = QStringLiteral("info.rtf");
     QStringList candidates;
-    const QString resources = qEnvironmentVariable("KORVANE_RESOURCES");
     if (!resources.isEmpty())
         candidates << resources + QLatin1Char('/') + fileName;
     if (QCoreApplication::instance()) {
@@ -35,7 +34,7 @@ QString AboutText::version()
 void AboutText::open()
 {
     m_html.clear();
-    for (const QString &candidate : resourceCandidates()) {
+    for (const QString &candidate : resourceCandidates(m_resources)) {
         QFile file(candidate);
         if (file.open(QIODevice::ReadOnly)) {
             m_html = RtfText::toHtml(file.read(RtfText::maxInputSize));

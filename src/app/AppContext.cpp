@@ -5,7 +5,6 @@
 #include "app/InfoPanelModel.h"
 #include "app/LaunchScript.h"
 #include "app/Preferences.h"
-#include "core/SharedInstances.h"
 #include "core/UserInterface.h"
 #include "library/Authorization.h"
 #include "library/FormatManager.h"
@@ -15,7 +14,8 @@
 
 namespace korvane {
 
-AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::move(parts.formats))
+AppContext::AppContext(Parts parts)
+    : m_locations(parts.roots), m_settings(parts.settings), m_formats(std::move(parts.formats))
 {
     if (!parts.files)
         m_ownFiles = std::make_unique<LocalFileOperations>(parts.roots);
@@ -29,7 +29,7 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
         parts.authorization ? parts.authorization : m_ownAuthorizationBackend.get();
 
     // Each controller is handed the ones made before it; none finds another by itself.
-    const RunParts run{m_locations, *m_files, *m_ui, m_formats};
+    const RunParts run{m_locations, *m_files, *m_ui, m_formats, parts.settings.lockWaitMs};
     m_main = std::make_unique<AppController>(run);
     m_pref = std::make_unique<Preferences>(*m_main); // runs seedDefaults
     m_missingItems = std::make_unique<MissingItemsPrompt>(*m_ui);
@@ -57,9 +57,8 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
                                  info->showInfo(item);
                          });
     }
-    m_script = std::make_unique<LaunchScript>(*m_main, m_managerList);
-    m_about = std::make_unique<AboutText>();
-    install();
+    m_script = std::make_unique<LaunchScript>(*m_main, m_managerList, parts.settings.bundle);
+    m_about = std::make_unique<AboutText>(parts.settings.resources);
 
     if (parts.prepareWindow)
         prepareWindow();
@@ -67,7 +66,6 @@ AppContext::AppContext(Parts parts) : m_locations(parts.roots), m_formats(std::m
 
 AppContext::~AppContext()
 {
-    uninstall();
     // Newest first: a controller may still reach older ones while it goes.
     m_about.reset();
     m_script.reset();
@@ -87,19 +85,6 @@ void AppContext::prepareWindow()
     for (FormatManager *manager : std::as_const(m_managerList))
         manager->sets().loadSetList();
     m_pref->prepareWindow();
-}
-
-void AppContext::install()
-{
-    AppController::install(m_main.get());
-    SharedInstance<Preferences>::install(m_pref.get());
-}
-
-void AppContext::uninstall()
-{
-    SharedInstance<Preferences>::uninstall(m_pref.get());
-    SharedInstance<AppController>::uninstall(m_main.get());
-    SharedInstance<AppServices>::uninstall(m_main.get());
 }
 
 } // namespace korvane

@@ -2,7 +2,7 @@
 
 #include "core/FormatTable.h"
 #include "core/Locations.h"
-#include "os/Roots.h"
+#include "os/Environment.h"
 
 #include <QList>
 #include <memory>
@@ -24,12 +24,12 @@ class RightsMover;
 class UserInterface;
 
 // Builds every controller of one run of the program from explicit parts, wires them to one
-// another, and installs each as the shared instance its accessor answers; going away uninstalls
-// and drops them all. The window, the command-line tool and each test build one.
+// another; going away drops them all. The window, the command-line tool and each test build one.
 class AppContext {
 public:
     struct Parts {
         Roots roots;                                   // where "/Library" and "~" are
+        RunSettings settings;                          // the rest of what the entry read
         FormatTable formats = FormatTable::builtIn();  // one manager per row
         FileOperations *files = nullptr;               // default: the local disk
         UserInterface *ui = nullptr;                   // default: nobody there to answer
@@ -50,6 +50,7 @@ public:
 
     const Locations &locations() const { return m_locations; }
     const FormatTable &formats() const { return m_formats; }
+    const RunSettings &settings() const { return m_settings; }
     FileOperations &files() const { return *m_files; }
     UserInterface &ui() const { return *m_ui; }
 
@@ -64,10 +65,8 @@ public:
     AboutText *about() const { return m_about.get(); }
 
 private:
-    void install();
-    void uninstall();
-
     Locations m_locations;
+    RunSettings m_settings;
     FormatTable m_formats;
     std::unique_ptr<FileOperations> m_ownFiles;
     std::unique_ptr<UserInterface> m_ownUi;

@@ -3,7 +3,6 @@
 #include "app/Preferences.h"
 #include "core/FormatTable.h"
 #include "core/Locations.h"
-#include "core/SharedInstances.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/FormatManager.h"
@@ -20,21 +19,7 @@ AppController::AppController(const RunParts &parts) : AppServices(parts)
     }
 }
 
-AppController::~AppController()
-{
-    SharedInstance<AppController>::uninstall(this);
-}
-
-AppController *AppController::instance()
-{
-    return SharedInstance<AppController>::get();
-}
-
-void AppController::install(AppController *main)
-{
-    SharedInstance<AppController>::install(main);
-    AppServices::install(main);
-}
+AppController::~AppController() = default;
 
 void AppController::setControllers(Preferences *pref, const QList<FormatManager *> &managers)
 {

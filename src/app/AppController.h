@@ -27,10 +27,6 @@ public:
     explicit AppController(const RunParts &parts); // the registries (AppServices)
     ~AppController() override;
 
-    static AppController *instance(); // the installed controller
-    // Installs into both slots, so instance() here and in the layers below answer the same object.
-    static void install(AppController *main);
-
     // The preferences and one manager per format, by type index, once AppContext has made them;
     // the preferences window's architecture-column requests go to showArchitectureColumn.
     void setControllers(Preferences *pref, const QList<FormatManager *> &managers);

@@ -9,7 +9,9 @@ RightsMover::Outcome HelperRights::move(const QList<QPair<QString, QString>> &mo
     QList<helper::Move> asked;
     for (const auto &[from, to] : moves)
         asked << helper::Move{from, to};
-    const PrivilegedMover::Outcome run = PrivilegedMover(m_roots).run(asked);
+    PrivilegedMover mover(m_roots);
+    mover.setLockWaitMs(m_lockWaitMs);
+    const PrivilegedMover::Outcome run = mover.run(asked);
     Outcome outcome;
     outcome.said = PrivilegedMover::describe(run);
     for (const PrivilegedMover::Result &result : run.results)

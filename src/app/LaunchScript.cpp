@@ -51,17 +51,17 @@ QString appleScriptString(const QString &text)
 
 } // namespace
 
-LaunchScript::LaunchScript(AppServices &services, const QList<FormatManager *> &managers)
+LaunchScript::LaunchScript(AppServices &services, const QList<FormatManager *> &managers,
+                           const QString &bundle)
     : m_services(services), m_managers(managers),
-      m_selectedFormats(QList<bool>(services.formats().count(), false))
+      m_selectedFormats(QList<bool>(services.formats().count(), false)), m_bundle(bundle)
 {
 }
 
-QString LaunchScript::bundlePath()
+QString LaunchScript::bundlePath() const
 {
-    const QString bundle = qEnvironmentVariable("KORVANE_BUNDLE");
-    if (!bundle.isEmpty())
-        return bundle;
+    if (!m_bundle.isEmpty())
+        return m_bundle;
     if (QCoreApplication::instance())
         return QCoreApplication::applicationDirPath();
     return QDir::currentPath();

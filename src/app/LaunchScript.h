@@ -19,11 +19,12 @@ class LaunchScript : public QObject {
 public:
     enum class Layout { AppleScript, Shell };
 
-    // The managers give their selected sets, by type index.
-    LaunchScript(AppServices &services, const QList<FormatManager *> &managers);
+    // The managers give their selected sets, by type index; bundle is the run's KORVANE_BUNDLE.
+    LaunchScript(AppServices &services, const QList<FormatManager *> &managers,
+                 const QString &bundle = QString());
 
-    // $KORVANE_BUNDLE, else the application's folder, else the current folder.
-    static QString bundlePath();
+    // The run's bundle, else the application's folder, else the current folder.
+    QString bundlePath() const;
     static Layout platformLayout();
 
     void openWindow(); // builds silently, then shows the panel
@@ -85,6 +86,7 @@ private:
     QString m_script;
     Layout m_layout = platformLayout();
     QString m_toolPath;
+    QString m_bundle;
     QString m_hostCommand;
 };
 

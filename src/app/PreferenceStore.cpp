@@ -169,13 +169,7 @@ void PreferenceStore::setValues(const QList<QPair<QString, QVariant>> &values)
 
 bool PreferenceStore::createFolders(const QString &folder)
 {
-    FileOperations &files = m_files;
-    if (folder.isEmpty() || files.isDirectory(folder))
-        return true;
-    const QString parent = QFileInfo(folder).absolutePath();
-    if (parent != folder && !createFolders(parent))
-        return false;
-    return files.createDirectory(folder);
+    return makePath(m_files, folder);
 }
 
 } // namespace korvane

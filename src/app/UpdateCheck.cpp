@@ -28,17 +28,17 @@ namespace {
 // The longest version the newer-version panel shows before cutting it short.
 constexpr qsizetype kShownVersionLength = 64;
 
-QUrl configuredUrl(const char *variable, const char *builtIn)
+QUrl configuredUrl(const QString &given, const char *builtIn)
 {
-    const QString fromEnvironment = qEnvironmentVariable(variable);
-    return QUrl(fromEnvironment.isEmpty() ? QString::fromUtf8(builtIn) : fromEnvironment);
+    return QUrl(given.isEmpty() ? QString::fromUtf8(builtIn) : given);
 }
 
 } // namespace
 
-UpdateCheck::UpdateCheck(UserInterface &ui)
-    : m_ui(ui), m_versionListUrl(configuredUrl("KORVANE_UPDATE_URL", KORVANE_VERSION_LIST_URL)),
-      m_downloadUrl(configuredUrl("KORVANE_DOWNLOAD_URL", KORVANE_DOWNLOAD_PAGE_URL)),
+UpdateCheck::UpdateCheck(UserInterface &ui, const QString &versionListUrl,
+                         const QString &downloadUrl)
+    : m_ui(ui), m_versionListUrl(configuredUrl(versionListUrl, KORVANE_VERSION_LIST_URL)),
+      m_downloadUrl(configuredUrl(downloadUrl, KORVANE_DOWNLOAD_PAGE_URL)),
       m_installedVersion(programVersion())
 {
 }

@@ -34,9 +34,10 @@ public:
 
     using Done = std::function<void(const std::optional<QVariantMap> &list)>;
 
-    // Addresses from $KORVANE_UPDATE_URL and $KORVANE_DOWNLOAD_URL, else the ones configured at
-    // build time (none by default); the installed version is this program's own.
-    explicit UpdateCheck(UserInterface &ui);
+    // Addresses from the run's KORVANE_UPDATE_URL and KORVANE_DOWNLOAD_URL, else the ones
+    // configured at build time (none by default); the installed version is this program's own.
+    explicit UpdateCheck(UserInterface &ui, const QString &versionListUrl = QString(),
+                         const QString &downloadUrl = QString());
     ~UpdateCheck();
 
     static QString programVersion();

@@ -229,11 +229,9 @@ QList<TextTable::Column> listColumns()
 
 // How wide the text listing may be: $COLUMNS where set, else the terminal's, else unlimited
 // (a pipe gets every column whole).
-int listingWidth()
+int listingWidth(int columns)
 {
-    bool ok = false;
-    const int columns = qEnvironmentVariableIntValue("COLUMNS", &ok);
-    if (ok && columns > 0)
+    if (columns > 0)
         return columns;
     winsize size{};
     if (::isatty(STDOUT_FILENO) && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0)
@@ -298,8 +296,8 @@ MoveReport::Outcome outcomeOf(const MoveOutcome &move)
 
 } // namespace
 
-CliRunner::CliRunner(const Roots &defaults, QTextStream &out, QTextStream &err)
-    : m_defaults(defaults), m_out(out), m_err(err)
+CliRunner::CliRunner(const Environment &environment, QTextStream &out, QTextStream &err)
+    : m_environment(environment), m_out(out), m_err(err)
 {
 }
 
@@ -315,18 +313,11 @@ int CliRunner::run(const Options &options)
         m_out.flush();
         return ExitDone;
     }
-    // A mistyped root would otherwise be scanned as empty and get fresh folders made in it.
-    if (!options.root.isEmpty() && !QFileInfo(options.root).isDir())
-        return usageError(QStringLiteral("--root: no folder \"%1\"").arg(options.root));
-    if (!options.home.isEmpty() && !QFileInfo(options.home).isDir())
-        return usageError(QStringLiteral("--home: no folder \"%1\"").arg(options.home));
-    // The same for the environment's: a HOME pointing nowhere would be created by the first write.
-    if (const QString missing =
-            m_defaults.missingFolder(options.root.isEmpty(), options.home.isEmpty());
-        !missing.isEmpty())
-        return usageError(missing);
+    if (const QString refusal = m_environment.roots.refusalWithOptions(options.root, options.home);
+        !refusal.isEmpty())
+        return usageError(refusal);
 
-    CliSession session(options, m_defaults, m_err);
+    CliSession session(options, m_environment, m_err);
     switch (options.command) {
     case Options::Apply:
         return applySets(session, options);
@@ -504,7 +495,7 @@ int CliRunner::list(CliSession &session, const Options &options)
         }
     }
     // The titles only for a person at a terminal: a script counts and splits lines.
-    listing.print(listingWidth(), ::isatty(STDOUT_FILENO) != 0);
+    listing.print(listingWidth(m_environment.settings.columns), ::isatty(STDOUT_FILENO) != 0);
     return ExitDone;
 }
 
@@ -747,9 +738,9 @@ QList<int> CliRunner::formats(const Options &options)
     return all;
 }
 
-int run(const Options &options, const Roots &defaults, QTextStream &out, QTextStream &err)
+int run(const Options &options, const Environment &environment, QTextStream &out, QTextStream &err)
 {
-    return CliRunner(defaults, out, err).run(options);
+    return CliRunner(environment, out, err).run(options);
 }
 
 } // namespace korvane

@@ -2,7 +2,7 @@
 
 #include "cli/Options.h"
 #include "library/FormatManager.h"
-#include "os/Roots.h"
+#include "os/Environment.h"
 
 #include <QHash>
 #include <QList>
@@ -22,7 +22,7 @@ class MoveReport;
 // Carries out parsed options: everything is checked before the first change on disk.
 class CliRunner {
 public:
-    CliRunner(const Roots &defaults, QTextStream &out, QTextStream &err);
+    CliRunner(const Environment &environment, QTextStream &out, QTextStream &err);
     int run(const Options &options);
 
 private:
@@ -46,13 +46,13 @@ private:
     // The managers of those formats, each freshly scanned.
     static QList<FormatManager *> scanned(CliSession &session, const Options &options);
 
-    Roots m_defaults;
+    Environment m_environment;
     QTextStream &m_out;
     QTextStream &m_err;
 };
 
-// Runs one command line's options over the default roots (or the ones the options name) and
-// returns the exit status.
-int run(const Options &options, const Roots &defaults, QTextStream &out, QTextStream &err);
+// Runs one command line's options over the environment's roots (or the ones the options name)
+// and returns the exit status.
+int run(const Options &options, const Environment &environment, QTextStream &out, QTextStream &err);
 
 } // namespace korvane

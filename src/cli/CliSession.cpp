@@ -32,23 +32,13 @@ QTextStream *progressStream(QTextStream &err)
     return &err;
 }
 
-Roots rootsOf(const Options &options, Roots roots)
-{
-    if (!options.root.isEmpty())
-        roots.systemRoot = QFileInfo(options.root).absoluteFilePath();
-    if (!options.home.isEmpty()) {
-        const QHash<QString, QString> paths = roots.pluginPaths;
-        roots = Roots::at(roots.systemRoot, QFileInfo(options.home).absoluteFilePath());
-        roots.pluginPaths = paths;
-    }
-    return roots;
-}
-
 } // namespace
 
-CliSession::CliSession(const Options &options, const Roots &defaults, QTextStream &err)
-    : m_err(err), m_verbose(options.verbose), m_roots(rootsOf(options, defaults)),
-      m_ui(progressStream(err)), m_local(std::make_unique<LocalFileOperations>(m_roots)),
+CliSession::CliSession(const Options &options, const Environment &environment, QTextStream &err)
+    : m_err(err), m_verbose(options.verbose),
+      m_roots(environment.roots.withOptions(options.root, options.home)),
+      m_settings(environment.settings), m_ui(progressStream(err)),
+      m_local(std::make_unique<LocalFileOperations>(m_roots)),
       m_authorization(std::make_unique<AllowAllAuthorization>()),
       m_log(std::make_unique<SystemLogCapture>())
 {
@@ -90,6 +80,7 @@ AppContext &CliSession::controllers()
     if (!m_context) {
         AppContext::Parts parts;
         parts.roots = m_roots;
+        parts.settings = m_settings;
         parts.formats = withRunFolders(FormatTable::builtIn(), m_roots, m_roots.pluginPaths);
         parts.files = &files();
         parts.ui = &m_ui;
@@ -106,8 +97,10 @@ bool CliSession::lockLibrary(QString *failure, bool *heldByAnother)
     // Every format's folders: the run may touch any of them.
     if (!m_lock)
         m_lock = std::make_unique<LibraryLock>(
-            files(), Locations(m_roots).pluginFolders(
-                         withRunFolders(FormatTable::builtIn(), m_roots, m_roots.pluginPaths)));
+            files(),
+            Locations(m_roots).pluginFolders(
+                withRunFolders(FormatTable::builtIn(), m_roots, m_roots.pluginPaths)),
+            m_settings.lockWaitMs);
     if (!m_lock->isLocked() && failure)
         *failure = m_lock->failure();
     if (heldByAnother)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/CliUi.h"
-#include "os/Roots.h"
+#include "os/Environment.h"
 
 #include <QString>
 #include <memory>
@@ -26,7 +26,7 @@ struct Options;
 // runs on read-only file operations from the start: it changes nothing on disk.
 class CliSession {
 public:
-    CliSession(const Options &options, const Roots &defaults, QTextStream &err);
+    CliSession(const Options &options, const Environment &environment, QTextStream &err);
     ~CliSession();
     CliSession(const CliSession &) = delete;
     CliSession &operator=(const CliSession &) = delete;
@@ -55,6 +55,7 @@ private:
     QTextStream &m_err;
     bool m_verbose;
     Roots m_roots;
+    RunSettings m_settings;
     CliUi m_ui;
     std::unique_ptr<LocalFileOperations> m_local;
     std::unique_ptr<ReadOnlyFileOperations> m_readOnly;

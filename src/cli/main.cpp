@@ -1,7 +1,8 @@
 #include "cli/CliRunner.h"
 #include "cli/Options.h"
+#include "os/Environment.h"
 #include "os/PathBytes.h"
-#include "os/Roots.h"
+#include "os/SystemLog.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
@@ -23,6 +24,8 @@ int main(int argc, char *argv[])
         err << "KorvaneCMD: " << parsed.error << "\nTry \"KorvaneCMD --help\".\n";
         return korvane::ExitUsage;
     }
-    // The environment is read here once; everything below is handed its roots.
-    return korvane::run(*parsed.options, korvane::Roots::fromEnvironment(), out, err);
+    // The environment is read here once; everything below is handed what it uses of it.
+    const korvane::Environment environment = korvane::Environment::read();
+    korvane::sendSystemLogToSyslog(environment.settings.systemLog);
+    return korvane::run(*parsed.options, environment, out, err);
 }

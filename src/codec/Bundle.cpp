@@ -25,11 +25,10 @@ struct InfoMemo : ScanCache::Memo {
 
 // Contents/Info.plist parsed. Recognition and the architecture test both ask about it, so a scan
 // parses it once.
-std::optional<PropertyList::Dictionary> parsedInfo(const QString &bundlePath)
+std::optional<PropertyList::Dictionary> parsedInfo(const QString &bundlePath, ScanCache *cache)
 {
-    if (!Bundle::canOpen(bundlePath))
+    if (!Bundle::canOpen(bundlePath, cache))
         return std::nullopt;
-    ScanCache *cache = ScanCache::current();
     // Only this reader sets the memo.
     if (const auto *known = cache ? static_cast<const InfoMemo *>(cache->memo()) : nullptr;
         known && !known->bundlePath.isNull() && known->bundlePath == bundlePath)
@@ -47,9 +46,9 @@ std::optional<PropertyList::Dictionary> parsedInfo(const QString &bundlePath)
 
 } // namespace
 
-bool Bundle::isFilePackage(const QString &path)
+bool Bundle::isFilePackage(const QString &path, ScanCache *cache)
 {
-    if (ScanCache::kind(path) != ScanCache::Folder)
+    if (ScanCache::kind(path, cache) != ScanCache::Folder)
         return false;
     const QStringView name = QStringView(path).mid(path.lastIndexOf(QLatin1Char('/')) + 1);
     const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
@@ -62,32 +61,32 @@ bool Bundle::isFilePackage(const QString &path)
                 return true;
         }
     }
-    return ScanCache::kind(infoPlistPath(path)) == ScanCache::File;
+    return ScanCache::kind(infoPlistPath(path), cache) == ScanCache::File;
 }
 
-bool Bundle::canOpen(const QString &path)
+bool Bundle::canOpen(const QString &path, ScanCache *cache)
 {
-    return !path.isEmpty() && ScanCache::kind(path) == ScanCache::Folder;
+    return !path.isEmpty() && ScanCache::kind(path, cache) == ScanCache::Folder;
 }
 
-std::optional<QVariantMap> Bundle::infoDictionary(const QString &bundlePath)
+std::optional<QVariantMap> Bundle::infoDictionary(const QString &bundlePath, ScanCache *cache)
 {
-    const std::optional<PropertyList::Dictionary> info = parsedInfo(bundlePath);
+    const std::optional<PropertyList::Dictionary> info = parsedInfo(bundlePath, cache);
     return info ? std::optional<QVariantMap>(info->toMap()) : std::nullopt;
 }
 
-QVariant Bundle::infoValue(const QString &bundlePath, const QString &key)
+QVariant Bundle::infoValue(const QString &bundlePath, const QString &key, ScanCache *cache)
 {
-    const std::optional<PropertyList::Dictionary> info = parsedInfo(bundlePath);
+    const std::optional<PropertyList::Dictionary> info = parsedInfo(bundlePath, cache);
     return info ? info->value(key) : QVariant();
 }
 
-QString Bundle::executableName(const QString &bundlePath)
+QString Bundle::executableName(const QString &bundlePath, ScanCache *cache)
 {
-    const QVariant value = infoValue(bundlePath, QStringLiteral("CFBundleExecutable"));
+    const QVariant value = infoValue(bundlePath, QStringLiteral("CFBundleExecutable"), cache);
     if (value.typeId() != QMetaType::QString)
         return {};
-    const QString name = value.toString();
+    QString name = value.toString(); // not const: returned by moving
     // The name comes from the bundle; it may not lead out of Contents/MacOS.
     if (name.isEmpty() || name.contains(QLatin1Char('/')) || name == QLatin1String(".")
         || name == QLatin1String(".."))
@@ -95,13 +94,13 @@ QString Bundle::executableName(const QString &bundlePath)
     return name;
 }
 
-QString Bundle::executablePath(const QString &bundlePath)
+QString Bundle::executablePath(const QString &bundlePath, ScanCache *cache)
 {
-    const QString name = executableName(bundlePath);
+    const QString name = executableName(bundlePath, cache);
     if (name.isEmpty())
         return {};
     const QString path = bundlePath % QLatin1String("/Contents/MacOS/") % name;
-    return ScanCache::kind(path) == ScanCache::File ? path : QString();
+    return ScanCache::kind(path, cache) == ScanCache::File ? path : QString();
 }
 
 } // namespace korvane

@@ -223,9 +223,9 @@ bool writeSidecar(const QString &path, quint32 code)
 
 } // namespace
 
-std::optional<quint32> FinderInfo::fileType(const QString &path)
+std::optional<quint32> FinderInfo::fileType(const QString &path, ScanCache *cache)
 {
-    if (path.isEmpty() || ScanCache::kind(path) == ScanCache::Missing)
+    if (path.isEmpty() || ScanCache::kind(path, cache) == ScanCache::Missing)
         return std::nullopt;
     if (const std::optional<QByteArray> attribute = finderInfoAttribute(path))
         return typeFromAttribute(*attribute);
@@ -251,9 +251,9 @@ std::optional<quint32> FinderInfo::typeFromAppleDouble(const QByteArray &sidecar
         sidecar.mid(entry.offset, qMin<qint64>(entry.length, kFinderInfoSize)));
 }
 
-QString FinderInfo::hfsTypeString(const QString &path)
+QString FinderInfo::hfsTypeString(const QString &path, ScanCache *cache)
 {
-    const std::optional<quint32> code = fileType(path);
+    const std::optional<quint32> code = fileType(path, cache);
     return code ? typeCodeString(*code) : QString();
 }
 

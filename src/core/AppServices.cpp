@@ -6,7 +6,6 @@
 #include "core/FormatTable.h"
 #include "core/Locations.h"
 #include "core/PathChecks.h"
-#include "core/SharedInstances.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "os/FileOperations.h"
@@ -88,17 +87,6 @@ AppServices::AppServices(const RunParts &parts)
 AppServices::~AppServices()
 {
     m_undoStack.clear();
-    SharedInstance<AppServices>::uninstall(this);
-}
-
-AppServices *AppServices::instance()
-{
-    return SharedInstance<AppServices>::get();
-}
-
-void AppServices::install(AppServices *services)
-{
-    SharedInstance<AppServices>::install(services);
 }
 
 QString AppServices::userContentFile() const
@@ -235,7 +223,8 @@ QString AppServices::fullPath(const QString &name, int type, int loc) const
     return locations().expand(format->folder(loc) + QLatin1Char('/') + name);
 }
 
-QStringList AppServices::relevantPaths(int type, int loc, const QStringList &scanPaths)
+QStringList AppServices::relevantPaths(int type, int loc, const QStringList &scanPaths,
+                                       ScanCache *cache)
 {
     QStringList result;
     // Listed paths hold no "." or ".." steps, so the folder is expanded once, not per path.
@@ -249,7 +238,7 @@ QStringList AppServices::relevantPaths(int type, int loc, const QStringList &sca
         if (path.isEmpty() || climbsUp(path))
             continue; // not a place inside the folder
         result.append(path);
-        if (!Bundle::isFilePackage(QString(folder % QLatin1Char('/') % path)))
+        if (!Bundle::isFilePackage(QString(folder % QLatin1Char('/') % path), cache))
             continue;
         // Only what lies inside the package: a sibling "Echo.vst copy" is a plug-in of its own.
         while (i < scanPaths.size() && liesInside(scanPaths.at(i), path))

@@ -12,6 +12,8 @@
 
 namespace korvane {
 
+class ScanCache;
+
 class FileOperations;
 class FormatTable;
 struct FileError;
@@ -28,6 +30,7 @@ struct RunParts {
     FileOperations &files;
     UserInterface &ui;
     const FormatTable &formats;
+    int lockWaitMs = -1; // how long a mover waits for another's lock; negative: the lock's own
 };
 
 // The part of the application controller that every lower layer shares: the content registry, the
@@ -39,9 +42,6 @@ class AppServices : public QObject {
 public:
     explicit AppServices(const RunParts &parts); // loads the group registry, then the content one
     ~AppServices() override;
-
-    static AppServices *instance(); // the installed controller
-    static void install(AppServices *services);
 
     const Locations &locations() const { return m_parts.locations; }
     FileOperations &files() const { return m_parts.files; }
@@ -55,7 +55,8 @@ public:
     void storeContent(const QStringList &entry);
     QStringList withoutContentPaths(int type, const QStringList &scanPaths);
     QString fullPath(const QString &name, int type, int loc) const; // empty: out of range
-    QStringList relevantPaths(int type, int loc, const QStringList &scanPaths);
+    QStringList relevantPaths(int type, int loc, const QStringList &scanPaths,
+                              ScanCache *cache = nullptr);
     void createFolders(const QString &path);
     // "~/Library/Application Support/Korvane" and any of its missing parents, before a data file
     // is written into it.

@@ -18,15 +18,11 @@ DataFileSaver::DataFileSaver(FileOperations &files, UserInterface &ui, QString e
 
 bool DataFileSaver::makeFolders(const QString &folder, QString *reason)
 {
-    if (folder.isEmpty() || m_files.isDirectory(folder))
-        return true;
-    const QString parent = QFileInfo(folder).absolutePath();
-    if (parent != folder && !makeFolders(parent, reason))
-        return false;
     FileError error;
-    if (m_files.createDirectory(folder, &error) || m_files.isDirectory(folder))
+    if (makePath(m_files, folder, &error))
         return true;
-    *reason = korvane::tr("The folder %1 could not be made: %2").arg(folder, error.reason);
+    const QString failed = error.path.isEmpty() ? folder : error.path; // the level that failed
+    *reason = korvane::tr("The folder %1 could not be made: %2").arg(failed, error.reason);
     return false;
 }
 

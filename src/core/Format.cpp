@@ -44,7 +44,7 @@ int Format::firstPair(bool system) const
 }
 
 Format Format::derived(const QString &prefix, const QString &label, const QString &activeFolder,
-                       bool (*recognise)(const QString &path))
+                       Recognition recognise)
 {
     Format f;
     f.prefix = prefix;

@@ -9,6 +9,12 @@
 
 namespace korvane {
 
+class ScanCache;
+
+// Whether an entry is a plug-in of a format, asking the scan's cache rather than the disk where a
+// scan hands one.
+using Recognition = bool (*)(const QString &nameOrPath, ScanCache *cache);
+
 // Which files say what a plug-in of the format is (see PluginMetadataReader).
 enum class FormatReading {
     BundleArchitecture, // the first four: the Mach-O test of a bundle's executable alone
@@ -49,8 +55,9 @@ struct Format {
     QString multiarchFolder;   // "lv2": each /usr/lib/<triplet>/lv2 is a folder of the row
     FormatReading reading = FormatReading::BundleArchitecture;
 
-    // Recognition: given the bare entry name, or its full path.
-    bool (*recognise)(const QString &nameOrPath) = nullptr;
+    // Recognition: given the bare entry name, or its full path, and the cache of the scan that
+    // asks (none elsewhere).
+    Recognition recognise = nullptr;
     bool recognitionTakesFullPath = true;
     bool scansSubfolders = true; // the preference is offered; Audio Units never recurse
 
@@ -120,7 +127,7 @@ struct Format {
     // A new format's row: the texts follow the built-in patterns, the user's install target is
     // the user's active folder, and the set documents are "<prefix in lower case>korv".
     static Format derived(const QString &prefix, const QString &label, const QString &activeFolder,
-                          bool (*recognise)(const QString &path));
+                          Recognition recognise);
     // The scan and install texts, which name a format's plug-ins in their own ways.
     void setScanAndInstallTexts(const QString &scanned, const QString &installed);
 };

@@ -26,7 +26,7 @@ FolderPair systemPair(const QString &folder)
 // distribution's folders last. Nothing is created by a scan: hosts make their own folders.
 Format linuxRow(const QString &prefix, const QString &label, const QString &scanned,
                 const QStringList &userFolders, const QStringList &systemFolders,
-                const QStringList &variables, bool (*recognise)(const QString &), bool recursive)
+                const QStringList &variables, Recognition recognise, bool recursive)
 {
     Format f = Format::derived(prefix, label, systemFolders.first(), recognise);
     f.pairs.clear();
@@ -46,7 +46,7 @@ Format linuxRow(const QString &prefix, const QString &label, const QString &scan
 }
 
 Format macRow(const QString &prefix, const QString &cliName, const QString &label,
-              const QString &activeFolder, bool (*recognise)(const QString &), bool recursive)
+              const QString &activeFolder, Recognition recognise, bool recursive)
 {
     Format f = Format::derived(prefix, label, activeFolder, recognise);
     f.cliName = cliName;

@@ -29,33 +29,33 @@ bool endsWith(const QString &path, QLatin1StringView extension)
 
 } // namespace
 
-bool isLv2BundlePath(const QString &path)
+bool isLv2BundlePath(const QString &path, ScanCache *cache)
 {
     if (!isCandidate(path))
         return false;
     if (endsWith(path, QLatin1StringView(".lv2")))
         return true;
-    return ScanCache::kind(path) == ScanCache::Folder
-           && ScanCache::kind(path + QStringLiteral("/manifest.ttl")) == ScanCache::File;
+    return ScanCache::kind(path, cache) == ScanCache::Folder
+           && ScanCache::kind(path + QStringLiteral("/manifest.ttl"), cache) == ScanCache::File;
 }
 
-bool isVst3Path(const QString &path)
+bool isVst3Path(const QString &path, ScanCache * /*cache: a name decides*/)
 {
     return isCandidate(path) && endsWith(path, QLatin1StringView(".vst3"));
 }
 
-bool isClapPath(const QString &path)
+bool isClapPath(const QString &path, ScanCache * /*cache: a name decides*/)
 {
     return isCandidate(path) && endsWith(path, QLatin1StringView(".clap"));
 }
 
-bool isSharedObjectPath(const QString &path)
+bool isSharedObjectPath(const QString &path, ScanCache *cache)
 {
     return isCandidate(path) && endsWith(path, QLatin1StringView(".so"))
-           && ScanCache::kind(path) != ScanCache::Folder;
+           && ScanCache::kind(path, cache) != ScanCache::Folder;
 }
 
-bool isAaxPath(const QString &path)
+bool isAaxPath(const QString &path, ScanCache * /*cache: a name decides*/)
 {
     return isCandidate(path) && endsWith(path, QLatin1StringView(".aaxplugin"));
 }

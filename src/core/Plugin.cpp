@@ -124,17 +124,17 @@ void Plugin::storeContent()
         m_registry->storeContent(m_content);
 }
 
-void Plugin::detectArchitecture(const QString &path)
+void Plugin::detectArchitecture(const QString &path, ScanCache *cache)
 {
     m_architectures.clear();
     // Whatever does not open as a bundle is taken for PowerPC (a plug-in of the classic Mac OS
     // was one file).
-    if (!Bundle::canOpen(path)) {
+    if (!Bundle::canOpen(path, cache)) {
         m_architecture = MachOHeader::PPC;
         m_architectures << QStringLiteral("ppc");
         return;
     }
-    const QString executable = Bundle::executableName(path);
+    const QString executable = Bundle::executableName(path, cache);
     if (executable.isEmpty()) {
         m_architecture = MachOHeader::Unknown;
         return;

@@ -11,6 +11,8 @@
 
 namespace korvane {
 
+class ScanCache;
+
 class AppServices;
 struct Format;
 struct ArchivedObject;
@@ -77,7 +79,8 @@ public:
 
     // Architecture of the executable of the bundle at path (see MachOHeader), and the
     // architectures it holds (see MachOArchitectures); a path that is not a bundle reads as PPC.
-    void detectArchitecture(const QString &path);
+    // The scan hands its cache; a caller without one reads the disk.
+    void detectArchitecture(const QString &path, ScanCache *cache = nullptr);
     // The old code's word ("PPC", "Intel", "Universal Binary", "Unknown"), as KorvaneCMD lists it.
     QString architectureName() const { return architectureName(m_architecture); }
     static QString architectureName(int code);

@@ -4,11 +4,14 @@
 
 namespace korvane {
 
-// Recognition rules of the built-in formats, as the scan and the drop install use them.
-bool isAudioUnitName(const QString &name);
-bool isVSTPlugInPath(const QString &path);
-bool isRTASPlugInPath(const QString &path);
-bool isMASPlugInPath(const QString &path);
+class ScanCache;
+
+// Recognition rules of the built-in formats, as the scan and the drop install use them; a scan
+// hands its cache.
+bool isAudioUnitName(const QString &name, ScanCache *cache = nullptr);
+bool isVSTPlugInPath(const QString &path, ScanCache *cache = nullptr);
+bool isRTASPlugInPath(const QString &path, ScanCache *cache = nullptr);
+bool isMASPlugInPath(const QString &path, ScanCache *cache = nullptr);
 // An AppleDouble sidecar ("._Name") carries another item's Finder information; never a plug-in.
 bool isAppleDoubleName(const QString &name);
 

@@ -8,7 +8,8 @@
 #include "gui/Translations.h"
 #include "gui/dialogs/QtUi.h"
 #include "gui/main/MainWindow.h"
-#include "os/Roots.h"
+#include "os/Environment.h"
+#include "os/SystemLog.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -29,7 +30,7 @@ struct CommandLine {
 
 // --root and --home as KorvaneCMD reads them: over KORVANE_ROOT and HOME, and only folders that
 // exist, so a mistyped root is never scanned as empty and filled with fresh folders.
-CommandLine parse(const QStringList &arguments)
+CommandLine parse(const QStringList &arguments, const korvane::Roots &fromEnvironment)
 {
     QTextStream out(stdout);
     QTextStream err(stderr);
@@ -71,26 +72,14 @@ CommandLine parse(const QStringList &arguments)
     if (parser.values(root).size() > 1 || parser.values(home).size() > 1)
         return usage(QStringLiteral("an option given twice"));
 
-    korvane::Roots roots = korvane::Roots::fromEnvironment();
-    for (const QCommandLineOption *option : {&root, &home}) {
-        const QString value = parser.value(*option);
-        if (parser.isSet(*option) && !QFileInfo(value).isDir())
-            return usage(
-                QStringLiteral("--%1: no folder \"%2\"").arg(option->names().constFirst(), value));
-    }
-    // The environment's folders are held to the same: a HOME pointing nowhere would be created.
-    if (const QString missing = roots.missingFolder(!parser.isSet(root), !parser.isSet(home));
-        !missing.isEmpty())
-        return usage(missing);
-    if (parser.isSet(root))
-        roots.systemRoot = QFileInfo(parser.value(root)).absoluteFilePath();
-    if (parser.isSet(home)) {
-        const QHash<QString, QString> paths = roots.pluginPaths;
-        roots =
-            korvane::Roots::at(roots.systemRoot, QFileInfo(parser.value(home)).absoluteFilePath());
-        roots.pluginPaths = paths;
-    }
-    result.roots = roots;
+    for (const QCommandLineOption *option : {&root, &home})
+        if (parser.isSet(*option) && parser.value(*option).isEmpty())
+            return usage(QStringLiteral("--%1: no folder \"\"").arg(option->names().constFirst()));
+    const QString rootValue = parser.value(root), homeValue = parser.value(home);
+    if (const QString refusal = fromEnvironment.refusalWithOptions(rootValue, homeValue);
+        !refusal.isEmpty())
+        return usage(refusal);
+    result.roots = fromEnvironment.withOptions(rootValue, homeValue);
     return result;
 }
 
@@ -102,7 +91,10 @@ int main(int argc, char *argv[])
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
-    const CommandLine commandLine = parse(arguments);
+    // The environment is read here once; everything below is handed what it uses of it.
+    const korvane::Environment environment = korvane::Environment::read();
+    korvane::sendSystemLogToSyslog(environment.settings.systemLog);
+    const CommandLine commandLine = parse(arguments, environment.roots);
     if (!commandLine.roots)
         return commandLine.exitCode;
 
@@ -115,11 +107,12 @@ int main(int argc, char *argv[])
     korvane::QtUi ui;
     korvane::AppContext::Parts parts;
     parts.roots = *commandLine.roots;
+    parts.settings = environment.settings;
     parts.formats = korvane::withRunFolders(korvane::FormatTable::builtIn(), parts.roots,
                                             parts.roots.pluginPaths);
     parts.ui = &ui;
     // System plug-ins the person may not move alone go through korvane-helper, polkit asked once.
-    korvane::HelperRights rights(*commandLine.roots);
+    korvane::HelperRights rights(*commandLine.roots, environment.settings.lockWaitMs);
     parts.rights = &rights;
     korvane::AppContext context(std::move(parts));
 

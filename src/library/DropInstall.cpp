@@ -152,7 +152,8 @@ bool DropInstall::install(FormatManager &manager, const QStringList &paths)
             ui.progressText(path);
             ui.progressDetail(QString());
             ui.progressValue(i + 1, count);
-            const bool recognised = traits.recognise(traits.recognitionTakesFullPath ? path : name);
+            const bool recognised =
+                traits.recognise(traits.recognitionTakesFullPath ? path : name, nullptr);
             if (!recognised && !allFiles)
                 continue;
             QString target = manager.locations().expand(traits.installPath(name));

@@ -115,10 +115,11 @@ void FormatManager::apply()
 
 QList<MoveOutcome> FormatManager::applyPending()
 {
-    const LibraryLock lock(files(), locations().pluginFolders(m_traits));
+    const LibraryLock lock(files(), locations().pluginFolders(m_traits),
+                           services().parts().lockWaitMs);
     if (!libraryLocked(lock, ui()))
         return {};
-    const QList<MoveOutcome> outcomes = Applier(m_traits, m_list, m_parts).applyPending();
+    QList<MoveOutcome> outcomes = Applier(m_traits, m_list, m_parts).applyPending();
     if (m_list.pendingCount() == 0)
         setApplyEnabled(false);
     rescan();

@@ -142,7 +142,9 @@ void MovePlanner::judgeTarget(PlannedMove &move)
         || (there && there->isFolder
             && std::any_of(m_installed.cbegin(), m_installed.cend(),
                            [&](const QString &path) { return liesInside(path, move.to); }))
-        || (there && m_traits.recognise(m_traits.recognitionTakesFullPath ? move.to : move.name));
+        || (there
+            && m_traits.recognise(m_traits.recognitionTakesFullPath ? move.to : move.name,
+                                  nullptr));
     if (otherCopy)
         return refuse(move, MoveVerdict::OtherCopy, move.to);
     // Whatever lies at the target may be the only copy left: without a source, nothing makes

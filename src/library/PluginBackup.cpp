@@ -84,7 +84,7 @@ std::optional<Manifest> parseManifest(const QByteArray &bytes, QString *problem)
     }
     Manifest manifest;
     manifest.format = root.value(QStringLiteral("format")).toString();
-    for (const QJsonValue &value : root.value(QStringLiteral("folders")).toArray())
+    for (const QJsonValue value : root.value(QStringLiteral("folders")).toArray())
         manifest.folders << value.toString();
     // A row lists its folder pairs two by two; a backup lists them all, the first four at least.
     if (manifest.folders.size() % 2 != 0 || manifest.folders.size() < LocationCount
@@ -92,7 +92,7 @@ std::optional<Manifest> parseManifest(const QByteArray &bytes, QString *problem)
         *problem = korvane::tr("Its list of plug-ins is damaged.");
         return std::nullopt;
     }
-    for (const QJsonValue &value : root.value(QStringLiteral("plugins")).toArray()) {
+    for (const QJsonValue value : root.value(QStringLiteral("plugins")).toArray()) {
         const QJsonObject object = value.toObject();
         SavedPlugin plugin;
         plugin.name = object.value(QStringLiteral("name")).toString();
@@ -141,17 +141,6 @@ public:
 private:
     UserInterface &m_ui;
 };
-
-// Makes path and its missing parents.
-bool makeFolders(FileOperations &files, const QString &path, FileError *error)
-{
-    if (files.isDirectory(path))
-        return true;
-    const QString parent = QFileInfo(path).path();
-    if (parent == path || !makeFolders(files, parent, error))
-        return false;
-    return files.createDirectory(path, error);
-}
 
 // Said where a person will see it: the log window in their language, the system log and
 // KorvaneCMD's standard error in English.
@@ -364,8 +353,8 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
     FileError error;
     for (int i = 0; i < placements.size(); ++i) {
         Placement &placement = placements[i];
-        const QString folder = folders.at(placement.location);
-        if (!makeFolders(files, folder, &error)) {
+        const QString &folder = folders.at(placement.location);
+        if (!makePath(files, folder, &error)) {
             result.error = error.path + QStringLiteral(": ") + error.reason;
             return result;
         }
@@ -423,7 +412,7 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
                  {placement.installed, trashedTo});
             result.replaced << placement.installed;
         }
-        if (!makeFolders(files, QFileInfo(placement.target).path(), &failure)
+        if (!makePath(files, QFileInfo(placement.target).path(), &failure)
             || !files.move(placement.staged, placement.target, &failure)) {
             result.failed << placement.target + QStringLiteral(": ") + failure.reason;
             continue;

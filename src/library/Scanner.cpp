@@ -89,20 +89,20 @@ private:
 // packages. relevantPaths drops those paths anyway, as it drops every following path that
 // starts with a package's path; leaving them out spares reading every bundle's inner folders.
 void collectOutsidePackages(const FileOperations &files, const QString &folder,
-                            const QString &relative, QStringList *result)
+                            const QString &relative, ScanCache *cache, QStringList *result)
 {
     const QString here =
         relative.isEmpty() ? folder : QString(folder % QLatin1Char('/') % relative);
-    const QStringList names = files.directoryContents(here);
+    const QStringList names = files.listForScan(here, cache);
     for (const QString &name : names) {
         const QString entry =
             relative.isEmpty() ? name : QString(relative % QLatin1Char('/') % name);
         result->append(entry);
         const QString full = folder % QLatin1Char('/') % entry;
         // Links to folders are listed, not followed, and a move's leftovers are not looked into.
-        if (ScanCache::isRealFolder(full) && !InterruptedMoves::isLeftoverName(name)
-            && !Bundle::isFilePackage(full))
-            collectOutsidePackages(files, folder, entry, result);
+        if (ScanCache::isRealFolder(full, cache) && !InterruptedMoves::isLeftoverName(name)
+            && !Bundle::isFilePackage(full, cache))
+            collectOutsidePackages(files, folder, entry, cache, result);
     }
 }
 
@@ -119,15 +119,15 @@ Scanner::Scanner(const FormatTraits &traits, const ManagerParts &parts)
 {
 }
 
-QStringList Scanner::listFolder(int loc, const QString &folder) const
+QStringList Scanner::listFolder(int loc, const QString &folder, ScanCache *cache) const
 {
     if (!m_parts.settings.scansSubfolders(m_traits.type))
-        return m_parts.services.files().directoryContents(folder);
+        return m_parts.services.files().listForScan(folder, cache);
     // All four folders recurse: a plug-in disabled from a subfolder lands in the same subfolder of
     // the disabled folder and must be found there to be enabled again.
     QStringList listing;
-    collectOutsidePackages(m_parts.services.files(), folder, QString(), &listing);
-    return m_parts.services.relevantPaths(m_traits.type, loc, listing);
+    collectOutsidePackages(m_parts.services.files(), folder, QString(), cache, &listing);
+    return m_parts.services.relevantPaths(m_traits.type, loc, listing, cache);
 }
 
 bool Scanner::settleInterruptedMoves(const QStringList &folders, const QList<QStringList> &listings)
@@ -233,13 +233,13 @@ void Scanner::scan(PluginList &list)
             break;
         }
         if (listed[size_t(loc)])
-            listings[loc] = listFolder(loc, folders[size_t(loc)]);
+            listings[loc] = listFolder(loc, folders[size_t(loc)], &*cache);
     }
     if (settleInterruptedMoves(folders, listings)) {
         cache.emplace();
         for (int loc = 0; loc < locationCount; ++loc)
             if (listed[size_t(loc)])
-                listings[loc] = listFolder(loc, folders[size_t(loc)]);
+                listings[loc] = listFolder(loc, folders[size_t(loc)], &*cache);
     }
 
     if (!m_metadata) {
@@ -266,7 +266,8 @@ void Scanner::scan(PluginList &list)
 
             const QString fullPath = folder % QLatin1Char('/') % entry;
             if (InterruptedMoves::isLeftoverName(entry)
-                || !m_traits.recognise(m_traits.recognitionTakesFullPath ? fullPath : entry))
+                || !m_traits.recognise(m_traits.recognitionTakesFullPath ? fullPath : entry,
+                                       &*cache))
                 continue;
 
             auto item = std::make_shared<Plugin>(&main);
@@ -285,7 +286,7 @@ void Scanner::scan(PluginList &list)
             list.append(item, record);
             // A row that reads its plug-ins' files reads the executable's header there, once.
             if (m_traits.reading == FormatReading::BundleArchitecture)
-                item->detectArchitecture(fullPath);
+                item->detectArchitecture(fullPath, &*cache);
             else
                 item->setMetadata(m_metadata->read(loc, entry, fullPath));
         }

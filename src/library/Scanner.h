@@ -11,6 +11,7 @@
 namespace korvane {
 
 class PluginList;
+class ScanCache;
 class PluginMetadataReader;
 struct ManagerParts;
 
@@ -27,7 +28,7 @@ public:
 
 private:
     // One folder's entries as the scan considers them: direct, or below it with subfolders on.
-    QStringList listFolder(int loc, const QString &folder) const;
+    QStringList listFolder(int loc, const QString &folder, ScanCache *cache) const;
     // Finishes or undoes the moves cut short among the format's folders; true when the folders are
     // to be listed again.
     bool settleInterruptedMoves(const QStringList &folders, const QList<QStringList> &listings);

@@ -8,6 +8,8 @@
 
 namespace korvane {
 
+class ScanCache;
+
 // Why a file operation failed, in the form the file-error answer shows it.
 struct FileError {
     QString path;
@@ -40,6 +42,12 @@ public:
 
     // Direct entries (no "." or ".."; hidden ones included), sorted by name. Unlistable: empty.
     virtual QStringList directoryContents(const QString &path) const = 0;
+    // directoryContents for a scan: the local disk tells cache each entry's kind on the way.
+    virtual QStringList listForScan(const QString &path, ScanCache *cache) const
+    {
+        (void)cache;
+        return directoryContents(path);
+    }
     // Every file and folder below path as paths relative to it, parents before children, sorted.
     virtual QStringList subpaths(const QString &path) const = 0;
 
@@ -100,6 +108,10 @@ public:
     virtual void beginBatch() {}
     virtual void endBatch() {}
 };
+
+// Makes folder and each missing folder above it through files; true when folder is a folder in
+// the end (another process may have made it meanwhile). error is the first level that failed.
+bool makePath(FileOperations &files, const QString &folder, FileError *error = nullptr);
 
 // Hands a copy-progress function to the file operations for as long as it lives.
 class CopyProgressScope {

@@ -309,9 +309,7 @@ QString LibraryLock::lockedFolder(const QString &pluginFolder)
 
 int LibraryLock::defaultWaitMs()
 {
-    bool ok = false;
-    const int wait = qEnvironmentVariableIntValue("KORVANE_LOCK_WAIT_MS", &ok);
-    return ok && wait >= 0 ? wait : kDefaultWaitMs;
+    return kDefaultWaitMs;
 }
 
 } // namespace korvane

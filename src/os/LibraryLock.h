@@ -38,7 +38,7 @@ public:
 
     // The folder locked for a plug-in folder: its parent, or the nearest ancestor that exists.
     static QString lockedFolder(const QString &pluginFolder);
-    // KORVANE_LOCK_WAIT_MS when it holds a number of milliseconds, else ten seconds.
+    // Ten seconds; a run's KORVANE_LOCK_WAIT_MS comes as waitMs (RunSettings).
     static int defaultWaitMs();
 
 private:

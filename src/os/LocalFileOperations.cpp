@@ -4,7 +4,6 @@
 #include "os/PathBytes.h"
 #include "os/PlatformFiles.h"
 #include "os/PosixFiles.h"
-#include "os/ScanCache.h"
 #include "os/SystemLog.h"
 
 #include <QSaveFile>
@@ -98,7 +97,12 @@ LocalFileOperations::LocalFileOperations(Roots roots)
 
 QStringList LocalFileOperations::directoryContents(const QString &path) const
 {
-    return listNames(path, ScanCache::current() != nullptr);
+    return listNames(path);
+}
+
+QStringList LocalFileOperations::listForScan(const QString &path, ScanCache *cache) const
+{
+    return listNames(path, cache);
 }
 
 QStringList LocalFileOperations::subpaths(const QString &path) const

@@ -20,6 +20,7 @@ public:
     LocalFileOperations &operator=(const LocalFileOperations &) = delete;
 
     QStringList directoryContents(const QString &path) const override;
+    QStringList listForScan(const QString &path, ScanCache *cache) const override;
     QStringList subpaths(const QString &path) const override;
     bool exists(const QString &path) const override;
     bool isDirectory(const QString &path) const override;

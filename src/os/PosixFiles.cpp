@@ -155,8 +155,7 @@ bool parentAllowsChanges(const QString &path)
            && !PlatformFiles::isLocked(parent);
 }
 
-// With a scan under way, each entry's kind is handed to its cache on the way.
-QStringList listNames(const QString &path, bool rememberKinds)
+QStringList listNames(const QString &path, ScanCache *cache)
 {
     QStringList names;
     if (path.isEmpty())
@@ -168,10 +167,10 @@ QStringList listNames(const QString &path, bool rememberKinds)
         if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
             continue;
         names.append(pathFromBytes(entry->d_name));
-        if (!rememberKinds)
+        if (!cache)
             continue;
         if (const ScanCache::Kind kind = listedKind(entry->d_type); kind != ScanCache::Missing)
-            ScanCache::rememberListed(childOf(path, names.constLast()), kind);
+            cache->rememberListed(childOf(path, names.constLast()), kind);
     }
     ::closedir(dir);
     std::sort(names.begin(), names.end());

@@ -31,8 +31,8 @@ bool isInside(const QString &path, const QString &folder);
 
 // Whether an entry of path's folder may be added, renamed or removed.
 bool parentAllowsChanges(const QString &path);
-// The names in a folder, sorted; with rememberKinds, a scan under way learns each entry's kind.
-QStringList listNames(const QString &path, bool rememberKinds = false);
+// The names in a folder, sorted; a scan's cache learns each entry's kind on the way.
+QStringList listNames(const QString &path, ScanCache *cache = nullptr);
 bool removeTree(const QString &path, FileError *error = nullptr);
 // The bytes of the plain files in a tree; links count as nothing.
 qint64 treeBytes(const QString &path);

@@ -16,6 +16,11 @@ QStringList ReadOnlyFileOperations::directoryContents(const QString &path) const
     return m_inner.directoryContents(path);
 }
 
+QStringList ReadOnlyFileOperations::listForScan(const QString &path, ScanCache *cache) const
+{
+    return m_inner.listForScan(path, cache);
+}
+
 QStringList ReadOnlyFileOperations::subpaths(const QString &path) const
 {
     return m_inner.subpaths(path);

@@ -13,6 +13,7 @@ public:
     explicit ReadOnlyFileOperations(FileOperations &inner) : m_inner(inner) {}
 
     QStringList directoryContents(const QString &path) const override;
+    QStringList listForScan(const QString &path, ScanCache *cache) const override;
     QStringList subpaths(const QString &path) const override;
     bool exists(const QString &path) const override;
     bool isDirectory(const QString &path) const override;

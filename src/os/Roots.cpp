@@ -61,6 +61,29 @@ QString Roots::missingFolder(bool checkRoot, bool checkHome) const
     return {};
 }
 
+QString Roots::refusalWithOptions(const QString &root, const QString &home) const
+{
+    // A mistyped root would be scanned as empty and get fresh folders made in it; a HOME pointing
+    // nowhere would be created by the first write.
+    if (!root.isEmpty() && !QFileInfo(root).isDir())
+        return QStringLiteral("--root: no folder \"%1\"").arg(root);
+    if (!home.isEmpty() && !QFileInfo(home).isDir())
+        return QStringLiteral("--home: no folder \"%1\"").arg(home);
+    return missingFolder(root.isEmpty(), home.isEmpty());
+}
+
+Roots Roots::withOptions(const QString &root, const QString &home) const
+{
+    Roots roots = *this;
+    if (!root.isEmpty())
+        roots.systemRoot = QFileInfo(root).absoluteFilePath();
+    if (!home.isEmpty()) {
+        roots = at(roots.systemRoot, QFileInfo(home).absoluteFilePath());
+        roots.pluginPaths = pluginPaths;
+    }
+    return roots;
+}
+
 Roots Roots::at(const QString &systemRoot, const QString &home)
 {
     Roots roots;

@@ -28,6 +28,14 @@ struct Roots {
     // a missing root would be scanned as empty and a missing home created.
     QString missingFolder(bool checkRoot = true, bool checkHome = true) const;
 
+    // Both programs' --root and --home (empty: not given). Why the roots they make cannot be used:
+    // an option that names no folder ("--root: no folder \"...\""), else missingFolder for what
+    // they leave in place; empty when every folder is there.
+    QString refusalWithOptions(const QString &root, const QString &home) const;
+    // These roots with the options over them; a new home brings its data home, and the hosts'
+    // folder variables stay.
+    Roots withOptions(const QString &root, const QString &home) const;
+
     QString trashFolder() const { return dataHome + QStringLiteral("/Trash"); }
     bool operator==(const Roots &) const = default;
 };

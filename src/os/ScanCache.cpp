@@ -8,8 +8,6 @@ namespace korvane {
 
 namespace {
 
-ScanCache *s_current = nullptr;
-
 constexpr quint8 kKindMask = 0x0F;
 constexpr quint8 kNoLink = 0x10;
 
@@ -22,24 +20,8 @@ ScanCache::Kind kindOf(const struct stat &info)
 
 } // namespace
 
-ScanCache::ScanCache() : m_previous(s_current)
+ScanCache::Kind ScanCache::kind(const QString &path, ScanCache *cache)
 {
-    s_current = this;
-}
-
-ScanCache::~ScanCache()
-{
-    s_current = m_previous;
-}
-
-ScanCache *ScanCache::current()
-{
-    return s_current;
-}
-
-ScanCache::Kind ScanCache::kind(const QString &path)
-{
-    ScanCache *cache = s_current;
     if (cache) {
         // One entry's path is asked about several times in a row, the same string each time.
         if (!path.isEmpty() && path.constData() == cache->m_lastPath.constData()
@@ -60,28 +42,26 @@ ScanCache::Kind ScanCache::kind(const QString &path)
     return kind;
 }
 
-bool ScanCache::isRealFolder(const QString &path)
+bool ScanCache::isRealFolder(const QString &path, ScanCache *cache)
 {
-    if (s_current) {
-        const auto found = s_current->m_kinds.constFind(path);
-        if (found != s_current->m_kinds.constEnd() && (found.value() & kNoLink))
+    if (cache) {
+        const auto found = cache->m_kinds.constFind(path);
+        if (found != cache->m_kinds.constEnd() && (found.value() & kNoLink))
             return (found.value() & kKindMask) == Folder;
     }
     struct stat info;
     if (path.isEmpty() || ::lstat(pathBytes(path).constData(), &info) != 0)
         return false;
     // Anything but a link is what stat would say too; remember it for the questions to come.
-    if (!S_ISLNK(info.st_mode))
-        rememberListed(path, kindOf(info));
+    if (cache && !S_ISLNK(info.st_mode))
+        cache->rememberListed(path, kindOf(info));
     return S_ISDIR(info.st_mode);
 }
 
 void ScanCache::rememberListed(const QString &path, Kind kind)
 {
-    if (!s_current)
-        return;
-    s_current->m_kinds.insert(path, quint8(kind | kNoLink));
-    s_current->m_lastPath = QString();
+    m_kinds.insert(path, quint8(kind | kNoLink));
+    m_lastPath = QString();
 }
 
 } // namespace korvane

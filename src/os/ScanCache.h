@@ -7,27 +7,24 @@
 namespace korvane {
 
 // What one scan has learnt about the disk, so that the listing, recognition, the package test and
-// the architecture test do not ask the same question twice. Constructing one installs it until it
-// is destroyed (scans may nest); without one every question goes to the disk. A scan owns its
-// cache on the stack, so nothing it learnt survives into the next scan.
+// the architecture test do not ask the same question twice. A scan owns its cache on the stack and
+// hands it to each of those calls; a call handed none asks the disk, so nothing a scan learnt
+// survives into the next scan or reaches code outside it.
 class ScanCache {
 public:
     enum Kind : quint8 { Missing, Folder, File, Other };
 
-    ScanCache();
-    ~ScanCache();
+    ScanCache() = default;
     ScanCache(const ScanCache &) = delete;
     ScanCache &operator=(const ScanCache &) = delete;
 
-    static ScanCache *current();
-
-    // What stat(2) says of path, links followed.
-    static Kind kind(const QString &path);
+    // What stat(2) says of path, links followed; from cache when there is one.
+    static Kind kind(const QString &path, ScanCache *cache);
     // A folder that is no link, from lstat(2): the listing's test whether to descend.
-    static bool isRealFolder(const QString &path);
+    static bool isRealFolder(const QString &path, ScanCache *cache);
     // What a folder listing said of one of its entries that is no link, so that neither question
     // above needs the disk for it.
-    static void rememberListed(const QString &path, Kind kind);
+    void rememberListed(const QString &path, Kind kind);
 
     // What a reader learnt of the entry looked at last (the bundle reader: its parsed
     // Info.plist). One is enough: recognition and the architecture test ask about an entry one
@@ -39,7 +36,6 @@ public:
     void setMemo(std::unique_ptr<Memo> memo) { m_memo = std::move(memo); }
 
 private:
-    ScanCache *m_previous;
     // The kind, with kNoLink set when it is known that path itself is no link.
     QHash<QString, quint8> m_kinds;
     QString m_lastPath; // the last path answered from m_kinds, and its kind

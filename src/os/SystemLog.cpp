@@ -7,7 +7,8 @@ namespace korvane {
 
 namespace {
 SystemLogCapture *s_innermost = nullptr;
-}
+bool s_toSyslog = false;
+} // namespace
 
 SystemLogCapture::SystemLogCapture() : m_previous(s_innermost)
 {
@@ -48,8 +49,13 @@ void systemLog(const QString &text)
     const QByteArray bytes = text.toLocal8Bit();
     std::fprintf(stderr, "Korvane: %s%s", bytes.constData(), bytes.endsWith('\n') ? "" : "\n");
     std::fflush(stderr);
-    if (qEnvironmentVariableIsSet("KORVANE_SYSLOG"))
+    if (s_toSyslog)
         syslog(LOG_NOTICE, "%s", bytes.constData());
+}
+
+void sendSystemLogToSyslog(bool on)
+{
+    s_toSyslog = on;
 }
 
 } // namespace korvane

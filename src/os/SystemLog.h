@@ -6,8 +6,12 @@
 
 namespace korvane {
 
-// The diagnostics sink: standard error (and syslog when KORVANE_SYSLOG is set), or a capture.
+// The diagnostics sink: standard error (and syslog once a program's entry asked for it), or a
+// capture.
 void systemLog(const QString &text);
+// Called once by a program's entry with RunSettings::systemLog (KORVANE_SYSLOG). The sink is the
+// process's own, as standard error is, so the setting is too.
+void sendSystemLogToSyslog(bool on);
 // A diagnostic a person must read even where no window shows the log (a move to the trash, a file
 // kept aside): it goes where systemLog goes, and KorvaneCMD prints it on standard error at once.
 void systemNotice(const QString &text);

@@ -7,10 +7,8 @@ namespace {
 
 TEST(AboutTextTest, ShippedAboutTextIsAHeadingAndThreeParagraphs)
 {
-    AboutText about;
-    qputenv("KORVANE_RESOURCES", KORVANE_TEST_DATA "/../../resources");
+    AboutText about(KORVANE_TEST_DATA "/../../resources");
     about.open();
-    qunsetenv("KORVANE_RESOURCES");
     const QString out = about.html();
     EXPECT_TRUE(out.startsWith(R"(<p><b><span style="font-size:14pt">Korvane</span></b></p><p>)"))
         << out.toStdString();

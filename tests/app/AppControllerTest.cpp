@@ -4,7 +4,6 @@
 #include "app/AppController.h"
 #include "app/Preferences.h"
 #include "codec/PropertyList.h"
-#include "core/SharedInstances.h"
 #include "library/FormatManager.h"
 #include "os/SystemLog.h"
 
@@ -119,7 +118,7 @@ TEST_F(AppControllerTest, AFifthFormatIsOneRowOfTheTable)
     // The first four rows and the made-up one: the built-in table has CLAP rows of its own.
     const FormatTable formats = firstFour().with(
         Format::derived("CLAP", "CLAP", "/Library/Audio/Plug-Ins/CLAP",
-                        [](const QString &path) { return path.endsWith(".clap"); }));
+                        [](const QString &path, ScanCache *) { return path.endsWith(".clap"); }));
     B::makeBundle(rootPath("Library/Audio/Plug-Ins/CLAP"), "Aria.clap", MachO::intel());
     B::makeBundle(homePath("Library/Audio/Plug-Ins/CLAP (Disabled)"), "Bolt.clap", MachO::ppc());
     makeContext(formats);
@@ -138,18 +137,6 @@ TEST_F(AppControllerTest, AFifthFormatIsOneRowOfTheTable)
     EXPECT_EQ(ui.savePanels.value(0).fileName, "untitled.clapkorv");
     context->main()->saveState();
     EXPECT_TRUE(QFileInfo::exists(support + "clapgroups.plist"));
-}
-
-TEST_F(AppControllerTest, TheContextInstallsEveryControllerWhileItLivesAndNothingAfter)
-{
-    AppContext &ctx = makeContext();
-    EXPECT_EQ(AppServices::instance(), ctx.main()); // one controller behind both accessors
-    EXPECT_EQ(SharedInstance<Preferences>::peek(), ctx.pref());
-    context.reset();
-    EXPECT_EQ(SharedInstance<AppServices>::peek(), nullptr);
-    EXPECT_EQ(SharedInstance<Preferences>::peek(), nullptr);
-    // Nothing is made on demand: asking with nothing installed is a mistake that stops the program.
-    EXPECT_DEATH(AppController::instance(), "asked for before an AppContext installed one");
 }
 
 // Whatever the data files hold, each is kept beside itself before quitting replaces it, and the

@@ -1,9 +1,8 @@
-#include "app/Preferences.h"
-#include "app/InfoPanelModel.h"
+#include "PreferencesFixture.h"
 
+#include "app/Preferences.h"
 #include "codec/PropertyList.h"
 #include "os/SystemLog.h"
-#include "support/ServicesFixture.h"
 
 #include <QDir>
 #include <fcntl.h>
@@ -12,27 +11,7 @@
 namespace korvane {
 namespace {
 
-const QString kPlist = QStringLiteral("Library/Preferences/com.velmora.Korvane.plist");
-
-// The services and preferences of one launch; launch() starts the next, which reads everything
-// from disk again.
-class PanelsTest : public ServicesFixture {
-protected:
-    Preferences *launch()
-    {
-        pref.reset();
-        services = std::make_unique<AppServices>(parts());
-        return (pref = std::make_unique<Preferences>(*services)).get();
-    }
-    QVariantMap stored() const
-    {
-        return PropertyList::readDictionary(homePath(kPlist)).value_or(QVariantMap());
-    }
-    std::unique_ptr<AppServices> services;
-    std::unique_ptr<Preferences> pref;
-};
-
-using PreferencesTest = PanelsTest;
+using PreferencesTest = PreferencesFixture;
 
 TEST_F(PreferencesTest, FirstLaunchSeedsOrCopiesAReadableMachineWideFileOrLeavesAllOff)
 {
@@ -45,30 +24,30 @@ TEST_F(PreferencesTest, FirstLaunchSeedsOrCopiesAReadableMachineWideFileOrLeaves
     const QVariantMap machineWide{{"VSTOn", true}, {"RTASOn", false}};
     const QByteArray unreadable = "<plist><dict><key>AUOn</key>"; // no template: seeded
     for (const QByteArray &bytes : {unreadable, PropertyList::toXml(machineWide)}) {
-        QFile::remove(homePath(kPlist));
-        writeText(rootPath(kPlist), bytes);
+        QFile::remove(homePath(kPreferencesPlist));
+        writeText(rootPath(kPreferencesPlist), bytes);
         EXPECT_EQ(launch()->isFormatOn(TypeAU), bytes == unreadable); // never seeded
         EXPECT_EQ(stored(), bytes == unreadable ? seed : machineWide);
-        EXPECT_EQ(readText(rootPath(kPlist)).toUtf8(), bytes);
+        EXPECT_EQ(readText(rootPath(kPreferencesPlist)).toUtf8(), bytes);
     }
 
     // Where the machine-wide file cannot be copied, everything is off.
-    QFile::remove(homePath(kPlist));
+    QFile::remove(homePath(kPreferencesPlist));
     ImmutableGuard guard(homePath("Library/Preferences"));
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
     launch();
     for (int type = 0; type < 4; ++type)
         EXPECT_FALSE(pref->isFormatOn(type) || pref->defaultSet(type) != QString()) << type;
-    EXPECT_FALSE(QFile::exists(homePath(kPlist)));
+    EXPECT_FALSE(QFile::exists(homePath(kPreferencesPlist)));
 }
 
 TEST_F(PreferencesTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsentOrLeftWhereItCannotBe)
 {
     const QString folder = homePath("Library/Preferences");
     const QByteArray damaged("bplist00\0\xff\x13", 11);
-    writeText(rootPath(kPlist), PropertyList::toXml(QVariantMap{{"VSTOn", true}}));
-    writeText(homePath(kPlist), damaged);
+    writeText(rootPath(kPreferencesPlist), PropertyList::toXml(QVariantMap{{"VSTOn", true}}));
+    writeText(homePath(kPreferencesPlist), damaged);
     SystemLogCapture log;
     EXPECT_FALSE(launch()->isFormatOn(TypeAU)); // copied from the machine-wide file
     EXPECT_EQ(stored(), QVariantMap({{"VSTOn", true}}));
@@ -77,32 +56,32 @@ TEST_F(PreferencesTest, AnUnreadableFileIsKeptAsideAndCountsAsAbsentOrLeftWhereI
     QFile file(folder + "/" + kept.first());
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll(), damaged);
-    EXPECT_EQ(log.lines(), QStringList{"Could not read " + homePath(kPlist) + "; kept it as "
-                                       + file.fileName()});
+    EXPECT_EQ(log.lines(), QStringList{"Could not read " + homePath(kPreferencesPlist)
+                                       + "; kept it as " + file.fileName()});
 
     // A file that cannot be moved aside is not replaced; the defaults hold in memory only.
     QDir(folder).removeRecursively();
-    writeText(homePath(kPlist), "not a property list");
+    writeText(homePath(kPreferencesPlist), "not a property list");
     ImmutableGuard guard(folder);
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
     launch()->setDefaultType(TypeVST); // as at quit
-    EXPECT_EQ(readText(homePath(kPlist)), "not a property list");
+    EXPECT_EQ(readText(homePath(kPreferencesPlist)), "not a property list");
     EXPECT_TRUE(pref->isFormatOn(TypeAU));
     EXPECT_EQ(pref->defaultType(), TypeVST);
     // Said once, not at every write.
-    EXPECT_EQ(log.lines().mid(1), QStringList{"Could not read " + homePath(kPlist)
+    EXPECT_EQ(log.lines().mid(1), QStringList{"Could not read " + homePath(kPreferencesPlist)
                                               + " nor move it aside; left it as it is"});
 }
 
 TEST_F(PreferencesTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged)
 {
     launch()->setDefaultSet(TypeMAS, "/sets/a.maskorv");
-    const QByteArray path = QFile::encodeName(homePath(kPlist));
+    const QByteArray path = QFile::encodeName(homePath(kPreferencesPlist));
     struct stat before;
     ASSERT_EQ(::stat(path.constData(), &before), 0);
-    writeText(homePath(kPlist),
-              readText(homePath(kPlist)).replace("a.maskorv", "b.maskorv").toUtf8());
+    writeText(homePath(kPreferencesPlist),
+              readText(homePath(kPreferencesPlist)).replace("a.maskorv", "b.maskorv").toUtf8());
     struct timespec times[2] = {before.st_atim, before.st_mtim};
     ASSERT_EQ(::utimensat(AT_FDCWD, path.constData(), times, 0), 0);
     // Same size and time: the cached values are what is read.
@@ -112,7 +91,7 @@ TEST_F(PreferencesTest, TheFileIsReadOnceAndAgainOnlyWhenItChanged)
     EXPECT_EQ(pref->defaultSet(TypeMAS), QString("/sets/b.maskorv"));
 
     // Another process (the command-line tool) replaces the file.
-    ASSERT_TRUE(writePlist(homePath(kPlist), QVariantMap{{"MASOn", true}}));
+    ASSERT_TRUE(writePlist(homePath(kPreferencesPlist), QVariantMap{{"MASOn", true}}));
     EXPECT_TRUE(pref->isFormatOn(TypeMAS));
     EXPECT_FALSE(pref->isFormatOn(TypeAU));
 }
@@ -173,36 +152,6 @@ TEST_F(PreferencesTest, ControlsGoToTheStoreAndComeBackAndTheSetChooserFollowsTh
     EXPECT_TRUE(ui.openPanels.value(2).allowedTypes.isEmpty());
     EXPECT_EQ(pref->defaultSet(1), QString("/sets/new.rtaskorv"));
     EXPECT_EQ(pref->defaultSet(3), QString("/sets/3"));
-}
-
-TEST_F(PanelsTest, InfoPanelFallsBackToTheNameAndReadsTheContentPreferenceOfTheTabInFront)
-{
-    launch();
-    InfoPanelModel info(*services, *pref);
-    info.removeContentAt(0); // no item yet: nothing to remove
-    // Bundles without an Info.plist, or with a damaged one.
-    const QString folder = homePath("Library/Audio/Plug-Ins/Components");
-    QDir().mkpath(folder + "/Plain.component/Contents");
-    writeText(folder + "/Broken.component/Contents/Info.plist", "<plist><dict><key>");
-    for (const QString name : {"Plain.component", "Broken.component"}) {
-        auto item = std::make_shared<Plugin>(services.get());
-        item->setLocation(folder);
-        item->setName(name);
-        info.showInfo(item);
-        EXPECT_EQ(QStringList({info.name(), info.version(), info.info()}),
-                  QStringList({name, "???", ""}));
-    }
-    const PluginPtr shown = info.item();
-
-    // Whether the content list shows is read again at every show, for the tab in front.
-    EXPECT_FALSE(info.showsContent());
-    pref->store()->setValue("RTASShowContent", true);
-    services->setActiveType(1);
-    info.showInfo(nullptr);
-    EXPECT_TRUE(info.showsContent());
-    EXPECT_EQ(info.item(), shown); // null keeps the item shown
-    EXPECT_TRUE(info.closeWindow());
-    EXPECT_FALSE(info.isVisible());
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // KorvaneCMD backup and restore, run as built against temporary roots.
 #include "PluginLibraryBuilder.h"
+#include "support/RunKorvaneCmd.h"
 #include "support/TestRoots.h"
 
 #include <QCryptographicHash>
@@ -11,11 +12,6 @@ namespace korvane {
 namespace {
 
 using Builder = PluginLibraryBuilder;
-
-struct ToolOutput {
-    int exitCode = -1;
-    QString out, err;
-};
 
 class BackupCommandTest : public TestRoots {
 protected:
@@ -32,22 +28,10 @@ protected:
         archive = homePath("Documents/au.tar.xz");
     }
 
-    ToolOutput tool(const QStringList &arguments)
+    ToolRun tool(const QStringList &arguments)
     {
-        QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("KORVANE_ROOT", root());
-        environment.insert("HOME", home());
-        environment.remove("XDG_DATA_HOME");
-        process.setProcessEnvironment(environment);
-        process.start(KORVANE_CMD, arguments);
-        if (!process.waitForFinished(60000)) {
-            process.kill();
-            process.waitForFinished();
-            ADD_FAILURE() << "killed: " << arguments.join(' ').toStdString();
-        }
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
+        return runKorvaneCmd(KORVANE_CMD, arguments,
+                             {{"KORVANE_ROOT", root()}, {"HOME", home()}, {"XDG_DATA_HOME", {}}});
     }
 
     QString au(int loc, const QString &name) const
@@ -85,7 +69,7 @@ protected:
 TEST_F(BackupCommandTest, RestorePutsBackWhatIsMissingAndReplacesOnlyWhenAsked)
 {
     const QMap<QString, QByteArray> saved = library();
-    const ToolOutput backup = tool({"backup", "--format", "au", "--to", archive});
+    const ToolRun backup = tool({"backup", "--format", "au", "--to", archive});
     ASSERT_EQ(backup.exitCode, 0) << qPrintable(backup.err);
     EXPECT_TRUE(backup.out.contains("backed up 4 plug-ins")) << qPrintable(backup.out);
 
@@ -93,19 +77,19 @@ TEST_F(BackupCommandTest, RestorePutsBackWhatIsMissingAndReplacesOnlyWhenAsked)
     writeText(au(LocUserActive, "Delta") + "/Contents/changed", "mine");
     // A check names what the restore will do, exits 3 and leaves every file as it is.
     const QMap<QString, QByteArray> beforeCheck = library();
-    const ToolOutput check = tool({"restore", "--check", "--format", "au", archive});
+    const ToolRun check = tool({"restore", "--check", "--format", "au", archive});
     EXPECT_EQ(check.exitCode, 3) << qPrintable(check.err);
     EXPECT_TRUE(check.out.contains("would restore " + au(LocSystemActive, "Alpha")));
     EXPECT_TRUE(check.out.contains("would restore " + au(LocUserDisabled, "Gamma")));
     EXPECT_TRUE(check.err.contains("installed already: " + au(LocUserActive, "Delta")));
     EXPECT_EQ(library(), beforeCheck);
-    const ToolOutput replaceCheck =
+    const ToolRun replaceCheck =
         tool({"restore", "--check", "--replace", "--format", "au", archive});
     EXPECT_TRUE(replaceCheck.out.contains("would move to the trash " + au(LocUserActive, "Delta")))
         << qPrintable(replaceCheck.out);
     EXPECT_EQ(library(), beforeCheck);
 
-    const ToolOutput restore = tool({"restore", "--format", "au", archive});
+    const ToolRun restore = tool({"restore", "--format", "au", archive});
     EXPECT_EQ(restore.exitCode, 0) << qPrintable(restore.err);
     EXPECT_TRUE(restore.out.contains("restored " + au(LocSystemActive, "Alpha")));
     EXPECT_TRUE(restore.out.contains("restored " + au(LocUserDisabled, "Gamma")));
@@ -113,7 +97,7 @@ TEST_F(BackupCommandTest, RestorePutsBackWhatIsMissingAndReplacesOnlyWhenAsked)
     EXPECT_TRUE(restore.err.contains("installed already: " + au(LocSystemDisabled, "Beta")));
     EXPECT_TRUE(QFileInfo::exists(au(LocUserActive, "Delta") + "/Contents/changed"));
 
-    const ToolOutput replace = tool({"restore", "--replace", "--format", "au", archive});
+    const ToolRun replace = tool({"restore", "--replace", "--format", "au", archive});
     EXPECT_EQ(replace.exitCode, 0) << qPrintable(replace.err);
     EXPECT_EQ(library(), saved);
     EXPECT_TRUE(
@@ -137,10 +121,10 @@ TEST_F(BackupCommandTest, BadInputChangesNothing)
     QProcess::execute("rm", {"-rf", au(LocSystemActive, "Alpha")});
     const QMap<QString, QByteArray> before = library();
 
-    const ToolOutput damaged = tool({"restore", "--format", "au", archive});
+    const ToolRun damaged = tool({"restore", "--format", "au", archive});
     EXPECT_EQ(damaged.exitCode, 2);
     EXPECT_TRUE(damaged.err.contains("nothing restored")) << qPrintable(damaged.err);
-    const ToolOutput foreign = tool({"restore", "--format", "au", homePath("vst.tar.xz")});
+    const ToolRun foreign = tool({"restore", "--format", "au", homePath("vst.tar.xz")});
     EXPECT_EQ(foreign.exitCode, 2);
     EXPECT_TRUE(foreign.err.contains("another format (vst)")) << qPrintable(foreign.err);
     EXPECT_EQ(tool({"restore", "--format", "au", homePath("none.tar.xz")}).exitCode, 2);
@@ -154,7 +138,7 @@ TEST_F(BackupCommandTest, BadInputChangesNothing)
         EXPECT_EQ(tool(wrong).exitCode, 2) << qPrintable(wrong.join(' '));
     }
 
-    const ToolOutput unwritable =
+    const ToolRun unwritable =
         tool({"backup", "--format", "au", "--to", homePath("no/such/a.tar.xz")});
     EXPECT_EQ(unwritable.exitCode, 1);
     EXPECT_TRUE(unwritable.err.contains("backup not written")) << qPrintable(unwritable.err);

@@ -6,6 +6,7 @@
 #include "library/FormatManager.h"
 #include "library/SetDocument.h"
 #include "os/LibraryLock.h"
+#include "support/RunKorvaneCmd.h"
 #include "support/ScriptedUi.h"
 #include "support/TestRoots.h"
 
@@ -32,11 +33,6 @@ namespace {
 
 using Builder = PluginLibraryBuilder;
 
-struct ToolRun {
-    int exitCode = -1;
-    QString out, err;
-};
-
 class KorvaneCmdTest : public TestRoots {
 protected:
     void SetUp() override
@@ -57,33 +53,15 @@ protected:
                                     const QByteArray &input = {},
                                     const QMap<QString, QString> &changed = {})
     {
-        auto process = std::make_unique<QProcess>();
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("KORVANE_ROOT", root());
-        environment.insert("HOME", home());
-        environment.remove("XDG_DATA_HOME");
+        EnvironmentChanges changes{
+            {"KORVANE_ROOT", root()}, {"HOME", home()}, {"XDG_DATA_HOME", std::nullopt}};
         for (auto it = changed.cbegin(); it != changed.cend(); ++it)
-            environment.insert(it.key(), it.value());
-        process->setProcessEnvironment(environment);
-        process->start(program, arguments);
-        EXPECT_TRUE(process->waitForStarted()) << program.toStdString();
-        process->write(input);
-        process->closeWriteChannel();
-        return process;
+            changes.append({it.key(), it.value()});
+        return startKorvaneCmd(program, arguments, changes, input);
     }
 
     // A run not over in 30 seconds is killed and counts as failed.
-    static ToolRun finish(QProcess &process)
-    {
-        if (!process.waitForFinished(30000)) {
-            ADD_FAILURE() << "killed: " << process.arguments().join(' ').toStdString();
-            process.kill();
-            process.waitForFinished();
-        }
-        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
-    }
+    static ToolRun finish(QProcess &process) { return finishKorvaneCmd(process, 30000); }
 
     // The tool, given the roots as options as well.
     ToolRun tool(const QStringList &arguments, const QByteArray &input = {})
@@ -188,7 +166,7 @@ protected:
             items.last()->setActive(active);
             items.last()->updateLocation(TypeAU);
         }
-        const QString path = homePath("Documents/" + fileName);
+        QString path = homePath("Documents/" + fileName);
         EXPECT_TRUE(SetDocument::write(disk(), path, items));
         return path;
     }
@@ -373,7 +351,7 @@ TEST_F(KorvaneCmdTest, EachMoveSaysWhatItDidAndAFailedOneLosesNothing)
 // folders after its wait. Its death frees them, and it leaves nothing behind.
 TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeathFreesTheLock)
 {
-    qputenv("KORVANE_LOCK_WAIT_MS", "300"); // for the tool and the window alike
+    qputenv("KORVANE_LOCK_WAIT_MS", "300"); // for the tool; the window below is handed it
     const auto unset = qScopeGuard([] { qunsetenv("KORVANE_LOCK_WAIT_MS"); });
     QTemporaryDir otherHome;
     const auto readable = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
@@ -404,7 +382,10 @@ TEST_F(KorvaneCmdTest, AMoverOfAnyHomeStopsAfterItsWaitNamingTheHolderWhoseDeath
     {
         // The window's apply, too, tells who holds the lock and moves nothing.
         ScriptedUi ui;
-        AppContext context({.roots = roots(), .ui = &ui, .prepareWindow = false});
+        RunSettings settings;
+        settings.lockWaitMs = 300;
+        AppContext context(
+            {.roots = roots(), .settings = settings, .ui = &ui, .prepareWindow = false});
         context.manager(TypeAU)->rescan();
         context.manager(TypeAU)->marking().setAllInactive();
         context.manager(TypeAU)->apply();
@@ -589,7 +570,7 @@ TEST_F(KorvaneCmdTest, NamesAreShownOneALineAndAnExactNameWins)
          {"/Two\\nLines.component\n", "/Tab\\there.component\n", "/Back\\\\slash.component\n"})
         EXPECT_TRUE(text.out.contains(shown)) << shown << text.out.toStdString();
     QStringList names;
-    for (const QJsonValue &item :
+    for (const QJsonValue item :
          QJsonDocument::fromJson(tool({"list", "--json"}).out.toUtf8()).array())
         names << item["name"].toString();
     EXPECT_TRUE(names.contains("Two\nLines.component") && names.contains("Back\\slash.component"));
@@ -617,7 +598,7 @@ QJsonObject jsonOf(const ToolRun &run)
 std::pair<QStringList, QStringList> movesOf(const QJsonObject &report)
 {
     QStringList moves, outcomes;
-    for (const QJsonValue &move : report["moves"].toArray()) {
+    for (const QJsonValue move : report["moves"].toArray()) {
         moves << QStringList{move["name"].toString(), move["action"].toString(),
                              move["from"].toString(), move["to"].toString()}
                      .join('|');

@@ -2,6 +2,7 @@
 // switch confirmed by a real host library (lilv's lv2ls, ladspa-sdk's listplugins).
 
 #include "LinuxPluginFixtures.h"
+#include "support/RunKorvaneCmd.h"
 #include "support/TestRoots.h"
 
 #include <QDir>
@@ -19,49 +20,35 @@ const QString kEqBundle = QStringLiteral("/usr/lib/lv2/3BandEQ.lv2");
 const QString kEqUri = QStringLiteral("http://distrho.sf.net/plugins/3BandEQ");
 const QString kAmp = QStringLiteral("/usr/lib/ladspa/amp.so");
 
-struct ToolOutput {
-    int exitCode = -1;
-    QString out, err;
-};
-
 class LinuxFormatsCmdTest : public TestRoots {
 protected:
     // KorvaneCMD under the test's roots, with only the given host variables.
-    ToolOutput tool(const QStringList &arguments, const QMap<QString, QString> &variables = {})
+    ToolRun tool(const QStringList &arguments, const QMap<QString, QString> &variables = {})
     {
         return run(KORVANE_CMD, QStringList{"--root", root(), "--home", home()} + arguments,
                    variables);
     }
 
-    static ToolOutput run(const QString &program, const QStringList &arguments,
-                          const QMap<QString, QString> &variables = {})
+    static ToolRun run(const QString &program, const QStringList &arguments,
+                       const QMap<QString, QString> &variables = {})
     {
-        QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        EnvironmentChanges changes;
         for (const char *name : {"LV2_PATH", "VST3_PATH", "CLAP_PATH", "LADSPA_PATH", "DSSI_PATH",
                                  "VST_PATH", "LXVST_PATH", "KORVANE_ROOT", "COLUMNS"})
-            environment.remove(name);
+            changes.append({QString::fromLatin1(name), std::nullopt});
         for (auto it = variables.cbegin(); it != variables.cend(); ++it)
-            environment.insert(it.key(), it.value());
-        process.setProcessEnvironment(environment);
-        process.start(program, arguments);
-        if (!process.waitForFinished(60000)) {
-            process.kill();
-            process.waitForFinished();
-        }
-        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
+            changes.append({it.key(), it.value()});
+        return runKorvaneCmd(program, arguments, changes);
     }
 
     // list --json of one format, by plug-in name.
     QHash<QString, QJsonObject> listed(const QString &format,
                                        const QMap<QString, QString> &variables = {})
     {
-        const ToolOutput listing = tool({"list", "--format", format, "--json"}, variables);
+        const ToolRun listing = tool({"list", "--format", format, "--json"}, variables);
         EXPECT_EQ(listing.exitCode, 0) << listing.err.toStdString();
         QHash<QString, QJsonObject> byName;
-        for (const QJsonValue &value : QJsonDocument::fromJson(listing.out.toUtf8()).array())
+        for (const QJsonValue value : QJsonDocument::fromJson(listing.out.toUtf8()).array())
             byName.insert(value["name"].toString(), value.toObject());
         return byName;
     }
@@ -95,7 +82,7 @@ TEST_F(LinuxFormatsCmdTest, TheTextListingGivesEachFieldItsColumnAndFitsEightyCo
     QDir().mkpath(rootPath("var/lib/dpkg/info"));
     writeText(rootPath("var/lib/dpkg/info/hall-lv2.list"), "/usr/lib/lv2/Hall.lv2\n");
 
-    const ToolOutput piped = tool({"list", "--format", "lv2"});
+    const ToolRun piped = tool({"list", "--format", "lv2"});
     ASSERT_EQ(piped.exitCode, 0) << piped.err.toStdString();
     QStringList lines = piped.out.split('\n', Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 2) << "no titles for a script: " << piped.out.toStdString();
@@ -105,7 +92,7 @@ TEST_F(LinuxFormatsCmdTest, TheTextListingGivesEachFieldItsColumnAndFitsEightyCo
     EXPECT_EQ(lines.last().split(gap),
               (QStringList{"LV2", "on", "user", "-", "-", "Velmora Audio", "1.2", "-", tone}));
 
-    const ToolOutput narrow = tool({"list", "--format", "lv2"}, {{"COLUMNS", "80"}});
+    const ToolRun narrow = tool({"list", "--format", "lv2"}, {{"COLUMNS", "80"}});
     lines = narrow.out.split('\n', Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 2);
     for (const QString &line : lines) {
@@ -138,12 +125,12 @@ TEST_F(LinuxFormatsCmdTest, AnLv2BundleSwitchesOffAndOnAsLilvSeesIt)
     EXPECT_FALSE(eq["vendor"].toString().isEmpty());
     EXPECT_FALSE(eq.contains("unreadable"));
 
-    const ToolOutput off = tool({"disable", "--format", "lv2", "3BandEQ.lv2"});
+    const ToolRun off = tool({"disable", "--format", "lv2", "3BandEQ.lv2"});
     EXPECT_EQ(off.exitCode, 0) << off.err.toStdString();
     EXPECT_TRUE(QFileInfo(home + " (Disabled)/3BandEQ.lv2/manifest.ttl").isFile());
     EXPECT_FALSE(lv2ls({home}).contains(kEqUri));
 
-    const ToolOutput on = tool({"enable", "--format", "lv2", "3BandEQ"});
+    const ToolRun on = tool({"enable", "--format", "lv2", "3BandEQ"});
     EXPECT_EQ(on.exitCode, 0) << on.err.toStdString();
     EXPECT_TRUE(lv2ls({home}).contains(kEqUri));
 }
@@ -183,11 +170,11 @@ TEST_F(LinuxFormatsCmdTest, TheDistributionsPlugInsAreListedWithTheirPackageAndN
     EXPECT_TRUE(eq["global"].toBool());
 
     // The check refuses as the move would, with the same reason.
-    const ToolOutput checked = tool({"disable", "--format", "lv2", "3BandEQ.lv2", "--check"});
+    const ToolRun checked = tool({"disable", "--format", "lv2", "3BandEQ.lv2", "--check"});
     EXPECT_NE(checked.exitCode, 0);
     EXPECT_TRUE((checked.out + checked.err).contains("dpf-plugins-lv2:amd64"))
         << checked.out.toStdString() << checked.err.toStdString();
-    const ToolOutput refused = tool({"disable", "--format", "lv2", "3BandEQ.lv2"});
+    const ToolRun refused = tool({"disable", "--format", "lv2", "3BandEQ.lv2"});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_TRUE(refused.err.contains("dpf-plugins-lv2:amd64")) << refused.err.toStdString();
     EXPECT_TRUE(refused.err.contains("LV2_PATH"));
@@ -264,7 +251,7 @@ TEST_F(LinuxFormatsCmdTest, AHostVariableAddsFoldersAndSetsNameTheNewFormats)
     EXPECT_EQ(tool({"enable", "--format", "ladspa", "amp.so"}, paths).exitCode, 0);
     EXPECT_EQ(tool({"save-set", "--format", "ladspa", set}, paths).exitCode, 0);
     EXPECT_EQ(tool({"disable", "--format", "ladspa", "amp.so"}, paths).exitCode, 0);
-    const ToolOutput applied = tool({"-LADSPA", set}, paths);
+    const ToolRun applied = tool({"-LADSPA", set}, paths);
     EXPECT_EQ(applied.exitCode, 0) << applied.err.toStdString();
     EXPECT_TRUE(QFileInfo::exists(extra + "/amp.so"));
 }
@@ -282,12 +269,12 @@ TEST_F(LinuxFormatsCmdTest, DetailsLoadALadspaLibraryOnlyWhenAskedAndSurviveOneT
     // The listing never loads: it knows only the file's header.
     EXPECT_FALSE(listed("ladspa").value("amp.so").contains("loaded"));
 
-    const ToolOutput details = tool({"details", "--format", "ladspa", "--json", "amp.so", "fake"});
+    const ToolRun details = tool({"details", "--format", "ladspa", "--json", "amp.so", "fake"});
     ASSERT_EQ(details.exitCode, 0) << details.err.toStdString();
     const QJsonArray shown = QJsonDocument::fromJson(details.out.toUtf8()).array();
     ASSERT_EQ(shown.size(), 2);
     QStringList ids;
-    for (const QJsonValue &plugin : shown.at(0)["loaded"].toArray())
+    for (const QJsonValue plugin : shown.at(0)["loaded"].toArray())
         ids << plugin["id"].toString();
     EXPECT_EQ(ids, QStringList({"1048", "1049"}));
     EXPECT_FALSE(shown.at(1)["probeError"].toString().isEmpty());

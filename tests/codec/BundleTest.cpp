@@ -62,20 +62,22 @@ TEST_F(BundleTest, AScanCacheAnswersOnlyAsLongAsTheScan)
     const QString renamed = homePath("MAS/Renamed.bundle"), link = homePath("MAS/Link.bundle");
     {
         ScanCache scan;
-        EXPECT_EQ(disk().directoryContents(homePath("MAS")), QStringList{"Delay.bundle"});
-        EXPECT_EQ(Bundle::executablePath(bundle), bundle + "/Contents/MacOS/Plugin");
+        EXPECT_EQ(disk().listForScan(homePath("MAS"), &scan), QStringList{"Delay.bundle"});
+        EXPECT_EQ(Bundle::executablePath(bundle, &scan), bundle + "/Contents/MacOS/Plugin");
         ASSERT_TRUE(QDir().rename(bundle, renamed));
-        EXPECT_TRUE(Bundle::isFilePackage(bundle) && Bundle::canOpen(bundle));
-        EXPECT_EQ(Bundle::infoValue(bundle, "CFBundleName").toString(), "Delay");
+        EXPECT_TRUE(Bundle::isFilePackage(bundle, &scan) && Bundle::canOpen(bundle, &scan));
+        EXPECT_EQ(Bundle::infoValue(bundle, "CFBundleName", &scan).toString(), "Delay");
+        // Code outside the scan, handed no cache, sees the disk as it is.
+        EXPECT_FALSE(Bundle::canOpen(bundle));
     }
     EXPECT_FALSE(Bundle::canOpen(bundle));
     EXPECT_FALSE(Bundle::infoDictionary(bundle));
 
     ASSERT_TRUE(QFile::link(renamed, link));
     ScanCache scan;
-    EXPECT_TRUE(ScanCache::isRealFolder(renamed));
-    EXPECT_FALSE(ScanCache::isRealFolder(link));
-    EXPECT_EQ(ScanCache::kind(link), ScanCache::Folder);
+    EXPECT_TRUE(ScanCache::isRealFolder(renamed, &scan));
+    EXPECT_FALSE(ScanCache::isRealFolder(link, &scan));
+    EXPECT_EQ(ScanCache::kind(link, &scan), ScanCache::Folder);
 }
 
 } // namespace

@@ -55,5 +55,29 @@ TEST_F(LocationsTest, TheEnvironmentGivesTheRootsButNotARelativeDataHome)
     savedData.isNull() ? qunsetenv("XDG_DATA_HOME") : qputenv("XDG_DATA_HOME", savedData);
 }
 
+// --root and --home, as both programs read them: over the environment's roots, each checked to be
+// a folder (the option first, then what the environment leaves in place), the hosts' variables
+// kept through a new home.
+TEST_F(LocationsTest, RootAndHomeOptionsReplaceTheEnvironmentsOnlyWithFolders)
+{
+    Roots environment = Roots::at(root() + "/gone", home());
+    environment.pluginPaths.insert("LV2_PATH", "~/lv2");
+    EXPECT_EQ(environment.refusalWithOptions({}, {}),
+              QString("KORVANE_ROOT: no folder \"%1/gone\"").arg(root()));
+    EXPECT_EQ(environment.refusalWithOptions(root(), {}), "");
+    EXPECT_EQ(environment.refusalWithOptions(root() + "/typo", {}),
+              QString("--root: no folder \"%1/typo\"").arg(root()));
+    const QString otherHome = root() + "/home";
+    EXPECT_EQ(environment.refusalWithOptions(root(), otherHome),
+              QString("--home: no folder \"%1\"").arg(otherHome));
+
+    QDir().mkpath(otherHome);
+    const Roots given = environment.withOptions(root(), otherHome);
+    EXPECT_EQ(given.systemRoot, root());
+    EXPECT_EQ(given.trashFolder(), otherHome + "/.local/share/Trash");
+    EXPECT_EQ(given.pluginPaths.value("LV2_PATH"), "~/lv2");
+    EXPECT_EQ(environment.withOptions({}, {}), environment);
+}
+
 } // namespace
 } // namespace korvane

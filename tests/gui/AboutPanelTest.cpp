@@ -29,10 +29,9 @@ TEST(AboutPanelTest, TheVersionShowsInThePanelAndOnTheCommandLine)
     EXPECT_EQ(program.readAllStandardOutput(), "korvane " KORVANE_VERSION "\n");
 
     // A run from the build tree finds the about text beside the program.
-    qputenv("KORVANE_RESOURCES", QFileInfo(KORVANE_GUI).path().toUtf8());
-    about.open();
-    qunsetenv("KORVANE_RESOURCES");
-    EXPECT_TRUE(about.html().contains("Korvane"));
+    AboutText besideProgram(QFileInfo(KORVANE_GUI).path());
+    besideProgram.open();
+    EXPECT_TRUE(besideProgram.html().contains("Korvane"));
 }
 
 } // namespace

@@ -22,33 +22,17 @@ namespace korvane {
 namespace {
 
 // The window driven from the keyboard: three Audio Units in front.
-class KeyboardTest : public GuiTest {
+class KeyboardTest : public WindowTest {
 protected:
-    std::unique_ptr<MainWindow> window;
     FormatManager *au = nullptr;
-    FormatTab *page = nullptr;
 
     void SetUp() override
     {
-        GuiTest::SetUp();
+        WindowTest::SetUp();
         for (const char *name : {"Alder", "Birch", "Cedar"})
             PluginLibraryBuilder::makeAudioUnit(folder(TypeAU, LocUserActive), name,
                                                 MachO::intel());
-        makeContext();
-        context->pref()->setDefaultType(TypeAU);
-        context->prepareWindow();
-        window = std::make_unique<MainWindow>(*context);
-        window->show();
-        window->startWhenRunning();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
-        QCoreApplication::processEvents();
-        au = context->manager(TypeAU);
-        page = window->page(TypeAU);
-    }
-    void TearDown() override
-    {
-        window.reset();
-        GuiTest::TearDown();
+        au = openWindow(TypeAU);
     }
     bool active(const char *name) const
     {
@@ -114,7 +98,10 @@ TEST_F(KeyboardTest, EscapeAndCtrlWCloseEverySecondaryWindow)
 TEST_F(KeyboardTest, TheRowMenuActsOnTheSelectionAndAsksBeforeTheTrash)
 {
     au->table().selectRows({rowOf(*au, "Birch.component")});
-    std::unique_ptr<QMenu> menu(RowMenu::make(*au, window.get()));
+    // The menu's Move to Trash goes through the table to the window, as a right click's does.
+    PluginTableView *table = window->page(TypeAU)->table();
+    const auto trash = [table] { emit table->moveToTrashRequested(); };
+    std::unique_ptr<QMenu> menu(RowMenu::make(*au, window.get(), trash));
     const auto item = [&menu](const char *name) { return menu->findChild<QAction *>(name); };
     QStringList texts;
     for (QAction *action : menu->actions())
@@ -133,7 +120,7 @@ TEST_F(KeyboardTest, TheRowMenuActsOnTheSelectionAndAsksBeforeTheTrash)
 
     // With nothing selected every command is off.
     au->table().selectRows({});
-    menu.reset(RowMenu::make(*au, window.get()));
+    menu.reset(RowMenu::make(*au, window.get(), trash));
     EXPECT_FALSE(item("miRowOn")->isEnabled());
     EXPECT_FALSE(item("miRowTrash")->isEnabled());
 }

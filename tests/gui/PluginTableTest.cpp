@@ -38,7 +38,7 @@ protected:
         makeContext();
         au = context->manager(TypeAU);
         au->rescan();
-        view = std::make_unique<PluginTableView>(*au);
+        view = std::make_unique<PluginTableView>(*au, context->pref());
         view->resize(900, 300);
         view->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(view.get()));
@@ -230,7 +230,7 @@ TEST_F(PluginTableTest, ColumnsAndSortOrderComeBackPerFormatAndNoTitleIsCut)
     header->setSortIndicator(name, Qt::DescendingOrder);
     view.reset(); // closed, as at quit
     au->table().sortBy({{"AUName", true, true}});
-    view = std::make_unique<PluginTableView>(*au);
+    view = std::make_unique<PluginTableView>(*au, context->pref());
     header = view->horizontalHeader();
     EXPECT_EQ(header->logicalIndex(0), name);
     EXPECT_TRUE(header->isSectionHidden(group));
@@ -240,11 +240,11 @@ TEST_F(PluginTableTest, ColumnsAndSortOrderComeBackPerFormatAndNoTitleIsCut)
     EXPECT_EQ(shownNames().value(0), "Cedar <b>EQ.component");
     header->setSectionHidden(group, false); // back with the width it had
     view.reset();
-    view = std::make_unique<PluginTableView>(*au);
+    view = std::make_unique<PluginTableView>(*au, context->pref());
     EXPECT_FALSE(view->horizontalHeader()->isSectionHidden(group));
     EXPECT_EQ(view->horizontalHeader()->sectionSize(group), 222);
 
-    PluginTableView vst(*context->manager(TypeVST));
+    PluginTableView vst(*context->manager(TypeVST), context->pref());
     EXPECT_EQ(vst.horizontalHeader()->logicalIndex(0), 0);
     EXPECT_TRUE(context->manager(TypeVST)->table().sortKeys().value(0).ascending);
 }
@@ -279,7 +279,7 @@ TEST_F(PluginTableTest, TheDistributionsPlugInsAreMarkedBeforeAnyoneClicks)
     makeContext(all);
     FormatManager &lv2 = *context->manager(lv2Type);
     lv2.rescan();
-    PluginTableView table(lv2);
+    PluginTableView table(lv2, context->pref());
     const PluginTableModel &model = table.tableModel();
     const int name = model.columnOf("AUName");
     const QModelIndex owned = model.index(rowOf(lv2, "Owned.lv2"), name);

@@ -20,34 +20,19 @@ namespace {
 
 // Four VST plug-ins, two for the system and two for the user, one of each switched off, in the
 // window as a person opens it.
-class QuickFiltersTest : public GuiTest {
+class QuickFiltersTest : public WindowTest {
 protected:
-    std::unique_ptr<MainWindow> window;
     FormatManager *vst = nullptr;
-    FormatTab *page = nullptr;
 
     void SetUp() override
     {
-        GuiTest::SetUp();
+        WindowTest::SetUp();
         using B = PluginLibraryBuilder;
         B::makeVST(folder(TypeVST, LocSystemActive), "Bass 10", MachO::intel());
         B::makeVST(folder(TypeVST, LocSystemDisabled), "Bass 2", MachO::intel());
         B::makeVST(folder(TypeVST, LocUserActive), "Choir", MachO::intel());
         B::makeVST(folder(TypeVST, LocUserDisabled), "Drums", MachO::intel());
-        makeContext();
-        context->pref()->setDefaultType(TypeVST);
-        context->prepareWindow();
-        window = std::make_unique<MainWindow>(*context);
-        window->show();
-        window->startWhenRunning();
-        QCoreApplication::processEvents();
-        vst = context->manager(TypeVST);
-        page = window->page(TypeVST);
-    }
-    void TearDown() override
-    {
-        window.reset();
-        GuiTest::TearDown();
+        vst = openWindow(TypeVST);
     }
     QStringList shown() const
     {

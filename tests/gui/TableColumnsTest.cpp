@@ -35,7 +35,7 @@ protected:
         makeContext(FormatTable::builtIn());
         vst3 = context->manager(*FormatTable::builtIn().typeOfName("vst3"));
         vst3->rescan();
-        view = std::make_unique<PluginTableView>(*vst3);
+        view = std::make_unique<PluginTableView>(*vst3, context->pref());
         view->resize(1200, 300);
         view->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(view.get()));
@@ -125,7 +125,7 @@ TEST_F(TableColumnsTest, CellsSayWhatTheFilesSayAndWhereEachPlugInLies)
     // Every column in the header's order; the package shows where the distribution owns a folder.
     EXPECT_EQ(visibleTitles(*view), QStringList({"Active", "Name", "Vendor", "Version", "Location",
                                                  "Global", "Package", "Group"}));
-    PluginTableView audioUnits(*context->manager(TypeAU));
+    PluginTableView audioUnits(*context->manager(TypeAU), context->pref());
     EXPECT_FALSE(visibleTitles(audioUnits).contains("Package"));
     EXPECT_GE(audioUnits.tableModel().columnOf("AUPackage"), 0); // hidden, still in the chooser
 }
@@ -160,7 +160,7 @@ TEST_F(TableColumnsTest, ALayoutSavedBeforeTheNewColumnsLoadsWithThemInPlace)
                           QVariantMap{{"Identifier", "AUActive"}, {"Width", 64}},
                           QVariantMap{{"Identifier", "AUGlobal"}, {"Width", 70}},
                           QVariantMap{{"Identifier", "AUGroup"}, {"Hidden", true}}});
-    view = std::make_unique<PluginTableView>(*vst3);
+    view = std::make_unique<PluginTableView>(*vst3, context->pref());
     EXPECT_EQ(visibleTitles(*view), QStringList({"Name", "Vendor", "Version", "Location", "Active",
                                                  "Global", "Package"}));
     EXPECT_EQ(view->horizontalHeader()->sectionSize(view->tableModel().columnOf("AUName")), 333);

@@ -120,21 +120,22 @@ TEST_F(ScannerTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKind)
         return dir + "/" + name;
     };
     const struct {
-        bool (*test)(const QString &);
+        Recognition test;
         const char *type;
     } formats[] = {
         {&isVSTPlugInPath, "aPcs"}, {&isRTASPlugInPath, "TDMw"}, {&isMASPlugInPath, "Mas!"}};
     for (const auto &f : formats) {
         SCOPED_TRACE(f.type);
-        EXPECT_TRUE(f.test(file(QString("Plug") + f.type, f.type)));
-        EXPECT_FALSE(f.test(file(QString(".Hidden") + f.type, f.type)));
-        EXPECT_FALSE(f.test(file("Other", "TEXT")));
-        EXPECT_FALSE(f.test(file("Untyped")));
-        EXPECT_FALSE(f.test(dir + "/Missing"));
+        const auto test = [&f](const QString &path) { return f.test(path, nullptr); };
+        EXPECT_TRUE(test(file(QString("Plug") + f.type, f.type)));
+        EXPECT_FALSE(test(file(QString(".Hidden") + f.type, f.type)));
+        EXPECT_FALSE(test(file("Other", "TEXT")));
+        EXPECT_FALSE(test(file("Untyped")));
+        EXPECT_FALSE(test(dir + "/Missing"));
     }
     const QVariantMap tdmw{{"CFBundlePackageType", "TDMw"}};
     const struct {
-        bool (*test)(const QString &);
+        Recognition test;
         QString path;
         bool expected;
     } cases[] = {
@@ -164,7 +165,7 @@ TEST_F(ScannerTest, FilesNeedTheirFinderTypeFoldersArePackagesOfTheFormatsKind)
         {&isMASPlugInPath, B::makeMAS(dir, ".Comp.bundle.korvane-removing.2", MachO::ppc()), false},
     };
     for (const auto &c : cases)
-        EXPECT_EQ(c.test(c.path), c.expected) << c.path.section('/', -1).toStdString();
+        EXPECT_EQ(c.test(c.path, nullptr), c.expected) << c.path.section('/', -1).toStdString();
 }
 
 // What a move across file systems leaves when its process dies at each step, and what the next

@@ -32,6 +32,7 @@ protected:
     {
         context.reset();
         context = std::make_unique<AppContext>(AppContext::Parts{.roots = roots(),
+                                                                 .settings = settings,
                                                                  .formats = formats,
                                                                  .ui = &ui,
                                                                  .authorization = &allowAll,
@@ -41,6 +42,7 @@ protected:
 
     ScriptedUi ui;
     AllowAllAuthorization allowAll;
+    RunSettings settings; // what makeContext hands the run besides the roots
     std::unique_ptr<AppContext> context;
 };
 

@@ -21,7 +21,8 @@
 
 namespace korvane {
 
-FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent), m_manager(manager)
+FormatTab::FormatTab(FormatManager &manager, Preferences *prefs, QWidget *parent)
+    : QWidget(parent), m_manager(manager)
 {
     const QString prefix = manager.traits().prefix;
     setObjectName(manager.traits().tabIdentifier());
@@ -51,7 +52,7 @@ FormatTab::FormatTab(FormatManager &manager, QWidget *parent) : QWidget(parent),
     m_search->setPlaceholderText(korvane::tr("Search"));
     m_search->setClearButtonEnabled(true);
 
-    m_table = new PluginTableView(manager, this);
+    m_table = new PluginTableView(manager, prefs, this);
     m_table->setObjectName(QStringLiteral("table") + prefix);
     m_table->setAccessibleName(korvane::tr("Plug-Ins"));
 

@@ -13,6 +13,7 @@ class PluginTableView;
 class QuickFilterBar;
 class StatusLine;
 class FormatManager;
+class Preferences;
 
 // The page of one format in the main window: the set bar (the saved sets, the current set's name,
 // New, Open, Save, Save As and Apply), the status line, the quick filters, a search field and the
@@ -21,7 +22,7 @@ class FormatManager;
 class FormatTab : public QWidget {
     Q_OBJECT
 public:
-    explicit FormatTab(FormatManager &manager, QWidget *parent = nullptr);
+    FormatTab(FormatManager &manager, Preferences *prefs, QWidget *parent = nullptr);
 
     FormatManager &manager() const { return m_manager; }
     PluginTableView *table() const { return m_table; }

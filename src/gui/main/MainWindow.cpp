@@ -91,7 +91,12 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     menuBar()->setAccessibleName(korvane::tr("Menu bar"));
     // Every format gets its page once; a format switched off keeps it for when it comes back.
     for (FormatManager *manager : context.managers()) {
-        auto *page = new FormatTab(*manager, this);
+        auto *page = new FormatTab(*manager, context.pref(), this);
+        // The controller routes the command to the tab in front, which is the one clicked.
+        connect(page->table(), &PluginTableView::moveToTrashRequested, this, [this, manager] {
+            if (m_main.managerOf(m_main.activeType()) == manager)
+                m_main.moveSelectedToTrash();
+        });
         page->hide();
         m_pages << page;
         // The details follow the selection of the tab in front.
@@ -123,7 +128,8 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
              new LaunchScriptPanel(*context.script(), context.formats(), this), m_preferences,
              m_about})
         closeWithKeys(*window);
-    m_updates = new UpdateCheckCommand(m_main.ui(), this);
+    m_updates = new UpdateCheckCommand(m_main.ui(), context.settings().updateUrl,
+                                       context.settings().downloadUrl, this);
 
     makeFileMenu();
     makeEditMenu();

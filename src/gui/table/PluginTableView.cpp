@@ -1,7 +1,6 @@
 #include "gui/table/PluginTableView.h"
 
 #include "app/Preferences.h"
-#include "core/SharedInstances.h"
 #include "core/Texts.h"
 #include "gui/table/ColumnMenu.h"
 #include "gui/table/EmptyTableNote.h"
@@ -70,8 +69,8 @@ QStringList localPaths(const QMimeData *data)
 
 } // namespace
 
-PluginTableView::PluginTableView(FormatManager &manager, QWidget *parent)
-    : QTableView(parent), m_manager(manager), m_prefs(SharedInstance<Preferences>::peek())
+PluginTableView::PluginTableView(FormatManager &manager, Preferences *prefs, QWidget *parent)
+    : QTableView(parent), m_manager(manager), m_prefs(prefs)
 {
     // The view stops listening before the model hears of a change, so that what the selection
     // model does on the way never reaches the manager; afterwards the manager's selection is
@@ -113,7 +112,7 @@ PluginTableView::PluginTableView(FormatManager &manager, QWidget *parent)
         if (index.isValid() && !selectionModel()->isRowSelected(index.row()))
             selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect
                                                          | QItemSelectionModel::Rows);
-        QMenu *menu = RowMenu::make(m_manager, this);
+        QMenu *menu = RowMenu::make(m_manager, this, [this] { emit moveToTrashRequested(); });
         menu->setAttribute(Qt::WA_DeleteOnClose);
         menu->popup(viewport()->mapToGlobal(pos));
     });

@@ -22,7 +22,9 @@ class FormatManager;
 class PluginTableView : public QTableView {
     Q_OBJECT
 public:
-    explicit PluginTableView(FormatManager &manager, QWidget *parent = nullptr);
+    // prefs keeps the column widths and sort order; without it (a test's bare table) they are
+    // neither restored nor saved.
+    PluginTableView(FormatManager &manager, Preferences *prefs, QWidget *parent = nullptr);
     ~PluginTableView() override;
 
     FormatManager &manager() const { return m_manager; }
@@ -47,6 +49,10 @@ public:
     QString selectedRowsText() const;
     // Space: the selected rows' Active flips, as one step; the current row decides the way.
     void toggleSelected();
+
+signals:
+    // The row menu's Move to Trash: the window asks first, as for the menu bar's command.
+    void moveToTrashRequested();
 
 protected:
     void selectionChanged(const QItemSelection &selected,

@@ -1,6 +1,5 @@
 #include "gui/table/RowMenu.h"
 
-#include "app/AppController.h"
 #include "core/AppServices.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
@@ -24,7 +23,8 @@ QString menuText(QString title)
 
 } // namespace
 
-QMenu *RowMenu::make(FormatManager &manager, QWidget *parent)
+QMenu *RowMenu::make(FormatManager &manager, QWidget *parent,
+                     const std::function<void()> &moveToTrash)
 {
     auto *menu = new QMenu(parent);
     menu->setObjectName(QStringLiteral("menuRows"));
@@ -59,13 +59,8 @@ QMenu *RowMenu::make(FormatManager &manager, QWidget *parent)
             showFolderOf(manager, item);
     });
     menu->addSeparator();
-    // The Delete command itself, with its question: nothing goes without it. The controller
-    // routes it to the tab in front, which is this table's.
-    add("miRowTrash", korvane::tr("Move to Trash..."), [&manager] {
-        AppController *main = AppController::instance();
-        if (main && main->managerOf(main->activeType()) == &manager)
-            main->moveSelectedToTrash();
-    });
+    // The Delete command itself, with its question: nothing goes without it.
+    add("miRowTrash", korvane::tr("Move to Trash..."), moveToTrash);
     return menu;
 }
 

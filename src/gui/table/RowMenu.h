@@ -2,6 +2,8 @@
 
 #include "core/Plugin.h"
 
+#include <functional>
+
 class QMenu;
 class QWidget;
 
@@ -13,7 +15,8 @@ class FormatManager;
 // Manager and Move to Trash, each acting on the selected rows as the menu bar's commands do.
 namespace RowMenu {
 
-QMenu *make(FormatManager &manager, QWidget *parent);
+// moveToTrash runs Move to Trash, which asks before anything goes.
+QMenu *make(FormatManager &manager, QWidget *parent, const std::function<void()> &moveToTrash);
 
 // Opens the folder that holds the selected plug-in in the desktop's file manager; false when
 // nothing is selected or the desktop could not open it.

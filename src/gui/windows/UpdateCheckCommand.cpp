@@ -6,8 +6,9 @@
 
 namespace korvane {
 
-UpdateCheckCommand::UpdateCheckCommand(UserInterface &ui, QWidget *window)
-    : m_check(ui), m_window(window)
+UpdateCheckCommand::UpdateCheckCommand(UserInterface &ui, const QString &versionListUrl,
+                                       const QString &downloadUrl, QWidget *window)
+    : m_check(ui, versionListUrl, downloadUrl), m_window(window)
 {
 }
 

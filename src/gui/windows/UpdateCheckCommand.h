@@ -19,7 +19,9 @@ class UserInterface;
 class UpdateCheckCommand : public QObject {
     Q_OBJECT
 public:
-    UpdateCheckCommand(UserInterface &ui, QWidget *window);
+    // The addresses are the run's (RunSettings), empty for the build's own.
+    UpdateCheckCommand(UserInterface &ui, const QString &versionListUrl, const QString &downloadUrl,
+                       QWidget *window);
     ~UpdateCheckCommand() override;
 
     void run();          // the Help menu's item
