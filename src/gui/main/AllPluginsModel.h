@@ -28,6 +28,7 @@ public:
 
     // The formats in the list (the shown tabs, in their order).
     void setManagers(const QList<FormatManager *> &managers);
+    const QList<FormatManager *> &managers() const { return m_managers; }
     // While live, a change of the plug-ins regroups at once; else at the next refresh.
     void setLive(bool live);
     // Groups again if anything changed since the last grouping.
