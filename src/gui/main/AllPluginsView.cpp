@@ -192,10 +192,14 @@ AllPluginsView::AllPluginsView(const QList<FormatManager *> &managers, QWidget *
     bar->setContentsMargins(0, 0, 0, 0);
     bar->addWidget(m_filters);
     bar->addWidget(m_several);
-    bar->addWidget(m_search, 1);
-    bar->addWidget(m_unused);
+    bar->addStretch(1);
+    // The search on a line of its own: beside the filters it would be squeezed to nothing.
+    auto *search = new QHBoxLayout;
+    search->addWidget(m_search, 1);
+    search->addWidget(m_unused);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_bar);
+    layout->addLayout(search);
     layout->addWidget(m_tree, 1);
     layout->addWidget(m_status);
     // As read: the filters, the search, the button, then the list (one stop).
