@@ -311,9 +311,7 @@ ProductSource AllPluginsView::currentSource() const
 void AllPluginsView::refreshStatus()
 {
     const QLocale locale;
-    int several = 0;
-    for (const Product &product : m_model->products())
-        several += product.inSeveralFormats() ? 1 : 0;
+    const int several = m_model->severalFormatsCount();
     const int total = int(m_model->products().size());
     QStringList parts;
     parts << (total == 1 ? korvane::tr("1 product")
