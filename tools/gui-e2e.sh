@@ -65,6 +65,12 @@ shot() { # name [window]
 tabbar_diff() {
   compare -metric AE -crop 1090x60+0+0 "$shots/$1.png" "$shots/$2.png" null: 2>&1 || true
 }
+# Pixels that differ between two pictures' bottom strip, where the list's status line sits.
+status_diff() {
+  local height
+  height=$(identify -format %h "$shots/$1.png")
+  compare -metric AE -crop "700x26+0+$((height - 26))" "$shots/$1.png" "$shots/$2.png" null: 2>&1 || true
+}
 plist_value() { # key: the value element after it in the preferences file
   tr -d '\n\t ' <"$prefs" | sed -n "s|.*<key>$1</key><\([a-z]*\)/>.*|\1|p"
 }
@@ -636,6 +642,21 @@ JSON
   else
     fail "all formats: Ctrl+Shift+A and the filter changed nothing on screen"
   fi
+  # The multi-format filter off again, and the format filter (back past "Cannot be read" and the
+  # architectures) down past LV2 to VST3: Echo Chamber alone is left, so the status line says
+  # "1 shown" as under the multi-format filter, where unfiltered it counted none hidden.
+  keys space shift+Tab shift+Tab shift+Tab Down Down
+  shot all-formats-vst3 "$win"
+  local same other
+  same=$(status_diff all-formats-filtered all-formats-vst3)
+  other=$(status_diff all-formats all-formats-vst3)
+  if [ "${same%% *}" = 0 ] && [ "${other%% *}" != 0 ]; then
+    pass "all formats: the format filter VST3 leaves the one product that has a VST 3"
+  else
+    fail "all formats: the format filter did not narrow the list to Echo Chamber ($same, $other pixels)"
+  fi
+  # Back to all formats and to the multi-format filter, ticked again, as the steps below expect.
+  keys Up Up Tab Tab Tab space
   keys Tab Tab space
   if dialog=$(wait_for_window "Switch Off Unused Formats"); then
     focus "$dialog"

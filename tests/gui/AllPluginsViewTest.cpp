@@ -6,13 +6,17 @@
 #include "gui/main/StatusLine.h"
 #include "gui/table/PluginTableModel.h"
 #include "gui/table/PluginTableView.h"
+#include "gui/table/QuickFilterBar.h"
 #include "library/TableColumns.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPushButton>
 #include <QTest>
 #include <QTreeView>
 
@@ -41,6 +45,28 @@ protected:
             if (model().index(row, 1).data().toString() == name)
                 return model().index(row, 0);
         return {};
+    }
+    // The formats of the plug-ins shown beneath a product.
+    QStringList shownBeneath(const QString &name) const
+    {
+        const QModelIndex product = view().filter().mapFromSource(productRow(name));
+        const int format = int(AllPluginsModel::defaultColumns().indexOf(TableColumn::Format));
+        QStringList formats;
+        for (int row = 0; row < view().filter().rowCount(product); ++row)
+            formats << view().filter().index(row, format, product).data().toString();
+        return formats;
+    }
+    static QStringList offered(const QComboBox *filter)
+    {
+        QStringList items;
+        for (int i = 0; i < filter->count(); ++i)
+            items << filter->itemText(i);
+        return items;
+    }
+    static void choose(QComboBox *filter, const QString &text)
+    {
+        ASSERT_GE(filter->findText(text), 0) << text.toStdString();
+        filter->setCurrentIndex(filter->findText(text));
     }
     QString tabStatus(int type) const
     {
@@ -226,6 +252,110 @@ TEST_F(AllPluginsViewTest, ALaterFolderShowsAsTheTabsLocationColumnShowsIt)
     // The home's LV2 bundle lies in the user's first folder, the VST 3 in the distribution's.
     EXPECT_EQ(places, QStringList({"/usr/lib/vst3", "User"}));
     EXPECT_EQ(model().index(solo.row(), location).data().toString(), "User, /usr/lib/vst3");
+}
+
+TEST_F(AllPluginsViewTest, TheFormatFilterKeepsTheProductsOfThatFormatAndActsOnlyOnItsPlugIns)
+{
+    openWindow();
+    window->showAllPlugins(true);
+    QComboBox *format = view().filters()->formatFilter();
+    EXPECT_TRUE(format->isVisibleTo(&view()));
+    EXPECT_EQ(offered(format), QStringList({"All formats", "VST", "LV2", "VST3"}))
+        << "the formats that hold something, in the tabs' order";
+
+    choose(format, "VST3");
+    EXPECT_EQ(shown(), QStringList({"Echo Chamber=VST, LV2, VST3"})) << "the LV2-only ones go";
+    EXPECT_EQ(shownBeneath("Echo Chamber"), QStringList({"VST3"}));
+    EXPECT_EQ(view().statusLine()->text(), "3 products · 1 in more than one format · 1 shown");
+
+    // The product's box and Space stand for the plug-ins shown: the hidden ones keep their state.
+    const QModelIndex echo = view().filter().mapFromSource(productRow("Echo Chamber"));
+    ASSERT_TRUE(view().filter().setData(echo, Qt::Unchecked, Qt::CheckStateRole));
+    EXPECT_EQ(echo.data(Qt::CheckStateRole).toInt(), Qt::Unchecked);
+    EXPECT_EQ(context->manager(TypeVST3)->pendingCount(), 1);
+    EXPECT_EQ(context->manager(TypeLV2)->pendingCount(), 0);
+    EXPECT_EQ(context->manager(TypeVST)->pendingCount(), 0);
+    QTreeView *tree = view().tree();
+    tree->setCurrentIndex(echo);
+    tree->selectionModel()->select(echo,
+                                   QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    QTest::keyClick(tree, Qt::Key_Space);
+    EXPECT_EQ(context->manager(TypeVST3)->pendingCount(), 0);
+
+    // All Off takes the rows shown, not the products' other formats.
+    choose(format, "LV2");
+    EXPECT_EQ(shown().size(), 3);
+    window->action("miAllOff")->trigger();
+    EXPECT_EQ(context->manager(TypeLV2)->pendingCount(), 3);
+    EXPECT_EQ(context->manager(TypeVST)->pendingCount(), 0);
+    EXPECT_EQ(context->manager(TypeVST3)->pendingCount(), 0);
+
+    // Beside the multi-format filter, both apply.
+    view().severalFormats()->setChecked(true);
+    EXPECT_EQ(shown(), QStringList({"Echo Chamber=VST, LV2, VST3"}));
+    EXPECT_EQ(shownBeneath("Echo Chamber"), QStringList({"LV2"}));
+}
+
+TEST_F(AllPluginsViewTest, TheArchitecturePlaceStateAndUnreadableFiltersLookAtEachPlugIn)
+{
+    writeVst3(rootPath("usr/lib/vst3"), "Solo Synth", "Elsewhere");
+    writeText(homePath(".vst3/Broken.vst3/Contents/Resources/moduleinfo.json"), "{ not json");
+    openWindow();
+    window->showAllPlugins(true);
+    QuickFilterBar &filters = *view().filters();
+    EXPECT_EQ(offered(filters.architectureFilter()),
+              QStringList({"All architectures", "i386", "x86_64"}));
+
+    choose(filters.architectureFilter(), "i386");
+    EXPECT_EQ(shown(), QStringList({"Echo Chamber=VST, LV2, VST3"}));
+    EXPECT_EQ(shownBeneath("Echo Chamber"), QStringList({"VST"}));
+    choose(filters.architectureFilter(), "x86_64");
+    EXPECT_EQ(shown(), QStringList({"Echo Chamber=VST, LV2, VST3", "Solo Synth=LV2, VST3"}));
+    filters.architectureFilter()->setCurrentIndex(0);
+
+    choose(filters.placeFilter(), "System only");
+    EXPECT_EQ(shown(), QStringList({"Solo Synth=LV2, VST3"}));
+    EXPECT_EQ(shownBeneath("Solo Synth"), QStringList({"VST3"}));
+    filters.placeFilter()->setCurrentIndex(0);
+
+    filters.unreadableFilter()->setChecked(true);
+    ASSERT_EQ(shown().size(), 1);
+    EXPECT_TRUE(shown().constFirst().startsWith("Broken")) << shown().constFirst().toStdString();
+    filters.unreadableFilter()->setChecked(false);
+
+    // A plug-in just unticked counts as off, and leaves "Off only" once ticked again.
+    ASSERT_TRUE(model().setData(model().index(0, 0, productRow("Solo Synth")), Qt::Unchecked,
+                                Qt::CheckStateRole));
+    choose(filters.stateFilter(), "Off only");
+    EXPECT_EQ(shown(), QStringList({"Solo Synth=LV2, VST3"}));
+    EXPECT_EQ(shownBeneath("Solo Synth").size(), 1);
+    ASSERT_TRUE(model().setData(model().index(0, 0, productRow("Solo Synth")), Qt::Checked,
+                                Qt::CheckStateRole));
+    EXPECT_EQ(shown(), QStringList());
+    EXPECT_EQ(view().statusLine()->text(), "4 products · 2 in more than one format · 0 shown");
+}
+
+TEST_F(AllPluginsViewTest, TabVisitsTheFiltersTheSearchAndTheButtonThenTheListAsOneStop)
+{
+    openWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    window->showAllPlugins(true);
+    QuickFilterBar &filters = *view().filters();
+    const QList<QWidget *> expected{
+        filters.stateFilter(),        filters.placeFilter(),        filters.formatFilter(),
+        filters.architectureFilter(), filters.unreadableFilter(),   view().severalFormats(),
+        view().searchField(),         view().unusedFormatsButton(), view().tree()};
+    filters.stateFilter()->setFocus();
+    QList<QWidget *> visited{QApplication::focusWidget()};
+    for (qsizetype i = 1; i < expected.size(); ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        visited << QApplication::focusWidget();
+    }
+    EXPECT_EQ(visited, expected);
+    QTest::keyClick(view().tree(), Qt::Key_Tab);
+    QWidget *next = QApplication::focusWidget();
+    EXPECT_TRUE(next != view().tree() && !view().tree()->isAncestorOf(next))
+        << "the list is one stop";
 }
 
 } // namespace

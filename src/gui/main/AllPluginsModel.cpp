@@ -119,6 +119,8 @@ void AllPluginsModel::refresh()
         return;
     beginResetModel();
     m_products = ProductCatalog::of(m_managers);
+    m_severalFormats = int(std::count_if(m_products.cbegin(), m_products.cend(),
+                                         [](const Product &p) { return p.inSeveralFormats(); }));
     m_stale = false;
     // In the order last chosen; placeAll() runs there.
     const int column = m_sortColumn;

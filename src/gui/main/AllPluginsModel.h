@@ -28,6 +28,7 @@ public:
 
     // The formats in the list (the shown tabs, in their order).
     void setManagers(const QList<FormatManager *> &managers);
+    const QList<FormatManager *> &managers() const { return m_managers; }
     // While live, a change of the plug-ins regroups at once; else at the next refresh.
     void setLive(bool live);
     // Groups again if anything changed since the last grouping.
@@ -35,6 +36,9 @@ public:
     bool isStale() const { return m_stale; }
 
     const QList<Product> &products() const { return m_products; }
+    // How many products are in more than one format, counted once per grouping: the status line
+    // asks after every row a filter hides.
+    int severalFormatsCount() const { return m_severalFormats; }
     QString identifier(int column) const { return m_columns.value(column); }
     // The product of a top row or of a plug-in's row; null for none.
     const Product *productAt(const QModelIndex &index) const;
@@ -76,6 +80,7 @@ private:
     QStringList m_columns;
     QList<Product> m_products;
     QHash<const Plugin *, QPair<int, int>> m_where; // product row, plug-in row
+    int m_severalFormats = 0;
     int m_sortColumn = 1;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
     bool m_stale = true;

@@ -4,6 +4,7 @@
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "gui/main/AllPluginsModel.h"
+#include "gui/table/QuickFilterBar.h"
 #include "gui/table/RowMenu.h"
 #include "library/FormatManager.h"
 #include "library/TableColumns.h"
@@ -17,6 +18,7 @@
 #include <QLocale>
 #include <QMenu>
 #include <QPushButton>
+#include <QSet>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -44,6 +46,68 @@ void AllPluginsFilter::setSeveralFormatsOnly(bool only)
     invalidateRowsFilter();
 }
 
+void AllPluginsFilter::setQuickFilter(const PluginFilter &filter)
+{
+    PluginFilter quick = filter;
+    quick.text.clear(); // the search here looks at products, not at each plug-in
+    if (quick == m_quick)
+        return;
+    m_quick = quick;
+    invalidateRowsFilter();
+    // The product rows' boxes count only the plug-ins shown.
+    if (const int rows = rowCount(); rows > 0)
+        emit dataChanged(index(0, 0), index(rows - 1, 0), {Qt::CheckStateRole});
+}
+
+bool AllPluginsFilter::passes(const ProductSource &source) const
+{
+    return source.item && m_quick.accepts(*source.item, source.type);
+}
+
+std::optional<QList<ProductSource>> AllPluginsFilter::passingOf(const QModelIndex &index) const
+{
+    const QModelIndex row = mapToSource(index);
+    if (!m_quick.isFiltering() || !row.isValid() || row.internalId() != 0)
+        return std::nullopt;
+    const Product *product = m_source.productAt(row);
+    QList<ProductSource> passing;
+    if (product)
+        for (const ProductSource &member : product->members)
+            if (passes(member))
+                passing << member;
+    return passing;
+}
+
+QVariant AllPluginsFilter::data(const QModelIndex &index, int role) const
+{
+    if (role == Qt::CheckStateRole || role == Qt::AccessibleTextRole) {
+        const std::optional<QList<ProductSource>> passing = passingOf(index);
+        if (passing && m_source.identifier(index.column()) == TableColumn::Active
+            && !passing->isEmpty()) {
+            const auto on =
+                std::count_if(passing->cbegin(), passing->cend(),
+                              [](const ProductSource &s) { return s.item->isActive(); });
+            if (role == Qt::AccessibleTextRole)
+                return on == 0 ? korvane::tr("off") : korvane::tr("on");
+            return on == 0 ? Qt::Unchecked
+                           : (on == passing->size() ? Qt::Checked : Qt::PartiallyChecked);
+        }
+    }
+    return QSortFilterProxyModel::data(index, role);
+}
+
+bool AllPluginsFilter::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    // A product's box marks only the plug-ins the filters show: the hidden ones stay as they are.
+    const std::optional<QList<ProductSource>> passing = passingOf(index);
+    if (passing && role == Qt::CheckStateRole
+        && m_source.identifier(index.column()) == TableColumn::Active) {
+        AllPluginsModel::mark(*passing, value.toInt() == Qt::Checked);
+        return true;
+    }
+    return QSortFilterProxyModel::setData(index, value, role);
+}
+
 void AllPluginsFilter::sort(int column, Qt::SortOrder order)
 {
     // The model sorts its products itself, with one collation key each.
@@ -52,12 +116,19 @@ void AllPluginsFilter::sort(int column, Qt::SortOrder order)
 
 bool AllPluginsFilter::filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const
 {
-    if (sourceParent.isValid())
-        return true;
-    if (!m_severalOnly && m_text.isEmpty())
+    const bool quick = m_quick.isFiltering();
+    if (sourceParent.isValid()) {
+        const Product *product = quick ? m_source.productAt(sourceParent) : nullptr;
+        return !quick || (product && passes(product->members.value(sourceRow)));
+    }
+    if (!m_severalOnly && m_text.isEmpty() && !quick)
         return true;
     const Product *product = m_source.productAt(m_source.index(sourceRow, 0));
     if (!product || (m_severalOnly && !product->inSeveralFormats()))
+        return false;
+    if (quick
+        && std::none_of(product->members.cbegin(), product->members.cend(),
+                        [this](const ProductSource &member) { return passes(member); }))
         return false;
     if (m_text.isEmpty() || product->name.contains(m_text, Qt::CaseInsensitive)
         || product->vendor.contains(m_text, Qt::CaseInsensitive))
@@ -84,6 +155,8 @@ AllPluginsView::AllPluginsView(const QList<FormatManager *> &managers, QWidget *
     m_search->setAccessibleName(korvane::tr("Search"));
     m_search->setPlaceholderText(korvane::tr("Search"));
     m_search->setClearButtonEnabled(true);
+    // The tabs' quick filters, with the format among them; the choices follow what is listed.
+    m_filters = new QuickFilterBar(QStringLiteral("All"), this);
     m_unused = new QPushButton(korvane::tr("Switch Off Unused Formats..."), this);
     m_unused->setObjectName(QStringLiteral("pbUnusedFormats"));
     m_unused->setAutoDefault(false);
@@ -117,19 +190,29 @@ AllPluginsView::AllPluginsView(const QList<FormatManager *> &managers, QWidget *
     m_bar = new QWidget(this);
     auto *bar = new QHBoxLayout(m_bar);
     bar->setContentsMargins(0, 0, 0, 0);
+    bar->addWidget(m_filters);
     bar->addWidget(m_several);
-    bar->addWidget(m_search, 1);
-    bar->addWidget(m_unused);
+    bar->addStretch(1);
+    // The search on a line of its own: beside the filters it would be squeezed to nothing.
+    auto *search = new QHBoxLayout;
+    search->addWidget(m_search, 1);
+    search->addWidget(m_unused);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_bar);
+    layout->addLayout(search);
     layout->addWidget(m_tree, 1);
     layout->addWidget(m_status);
-    setTabOrder(m_several, m_search);
-    setTabOrder(m_search, m_unused);
-    setTabOrder(m_unused, m_tree);
+    // As read: the filters, the search, the button, then the list (one stop).
+    QList<QWidget *> order = m_filters->focusOrder();
+    order << m_several << m_search << m_unused << m_tree;
+    for (qsizetype i = 1; i < order.size(); ++i)
+        setTabOrder(order.at(i - 1), order.at(i));
 
     connect(m_search, &QLineEdit::textChanged, m_filter, &AllPluginsFilter::setFilterText);
     connect(m_several, &QCheckBox::toggled, m_filter, &AllPluginsFilter::setSeveralFormatsOnly);
+    connect(m_filters, &QuickFilterBar::changed, this,
+            [this] { m_filter->setQuickFilter(m_filters->applied({})); });
+    connect(m_model, &AllPluginsModel::regrouped, this, &AllPluginsView::offerChoices);
     connect(m_unused, &QPushButton::clicked, this, &AllPluginsView::unusedFormatsRequested);
     connect(m_tree, &QWidget::customContextMenuRequested, this, &AllPluginsView::showRowMenu);
     connect(m_tree, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex &index) {
@@ -148,7 +231,32 @@ AllPluginsView::AllPluginsView(const QList<FormatManager *> &managers, QWidget *
 void AllPluginsView::setSwitch(QToolButton *button)
 {
     static_cast<QHBoxLayout *>(m_bar->layout())->insertWidget(0, button);
-    setTabOrder(button, m_several);
+    setTabOrder(button, m_filters->focusOrder().constFirst());
+}
+
+void AllPluginsView::offerChoices()
+{
+    // The formats and architectures that something listed holds, the formats in the tabs' order.
+    QSet<const FormatManager *> holding;
+    QList<PluginPtr> items;
+    for (const Product &product : m_model->products())
+        for (const ProductSource &member : product.members) {
+            holding.insert(member.manager);
+            items << member.item;
+        }
+    QList<QPair<int, QString>> formats;
+    for (const FormatManager *manager : m_model->managers())
+        if (holding.contains(manager))
+            formats.append({manager->type(), manager->traits().tabLabel});
+    m_filters->setFormats(formats);
+    m_filters->setArchitectures(PluginFilter::architecturesOf(items));
+}
+
+QList<ProductSource> AllPluginsView::passingOf(const QModelIndexList &rows) const
+{
+    QList<ProductSource> sources = m_model->sourcesOf(rows);
+    sources.removeIf([this](const ProductSource &source) { return !m_filter->passes(source); });
+    return sources;
 }
 
 void AllPluginsView::setManagers(const QList<FormatManager *> &managers)
@@ -176,7 +284,7 @@ QList<ProductSource> AllPluginsView::selectedSources() const
         rows << m_filter->mapToSource(index);
     if (rows.isEmpty() && m_tree->currentIndex().isValid())
         rows << m_filter->mapToSource(m_tree->currentIndex());
-    return m_model->sourcesOf(rows);
+    return passingOf(rows);
 }
 
 QList<ProductSource> AllPluginsView::shownSources() const
@@ -186,20 +294,24 @@ QList<ProductSource> AllPluginsView::shownSources() const
     rows.reserve(count);
     for (int row = 0; row < count; ++row)
         rows << m_filter->mapToSource(m_filter->index(row, 0));
-    return m_model->sourcesOf(rows);
+    return passingOf(rows);
 }
 
 ProductSource AllPluginsView::currentSource() const
 {
-    return m_model->sourceAt(m_filter->mapToSource(m_tree->currentIndex()));
+    const QModelIndex row = m_filter->mapToSource(m_tree->currentIndex());
+    // A product's row: its first plug-in the filters show.
+    if (const Product *product = row.internalId() == 0 ? m_model->productAt(row) : nullptr)
+        for (const ProductSource &member : product->members)
+            if (m_filter->passes(member))
+                return member;
+    return m_model->sourceAt(row);
 }
 
 void AllPluginsView::refreshStatus()
 {
     const QLocale locale;
-    int several = 0;
-    for (const Product &product : m_model->products())
-        several += product.inSeveralFormats() ? 1 : 0;
+    const int several = m_model->severalFormatsCount();
     const int total = int(m_model->products().size());
     QStringList parts;
     parts << (total == 1 ? korvane::tr("1 product")
