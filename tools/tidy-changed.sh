@@ -7,7 +7,11 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # Without main (a CI checkout of one branch) the last commit's files are read.
-base=${1:-$(git merge-base HEAD main 2>/dev/null || git rev-parse -q --verify HEAD~1 || true)}
+# On main itself (where CI runs), the last commit's files are read too.
+base=${1:-$(git merge-base HEAD main 2>/dev/null || true)}
+if [ -z "${1:-}" ] && { [ -z "$base" ] || [ "$base" = "$(git rev-parse HEAD)" ]; }; then
+  base=$(git rev-parse -q --verify HEAD~1 || true)
+fi
 build=${2:-build}
 if [ ! -f "$build/compile_commands.json" ]; then
   echo "tidy-changed: no $build/compile_commands.json; configure first" >&2

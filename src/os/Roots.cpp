@@ -61,24 +61,24 @@ QString Roots::missingFolder(bool checkRoot, bool checkHome) const
     return {};
 }
 
-QString Roots::refusalWithOptions(const QString &root, const QString &home) const
+QString Roots::refusalWithOptions(const QString &rootOption, const QString &homeOption) const
 {
     // A mistyped root would be scanned as empty and get fresh folders made in it; a HOME pointing
     // nowhere would be created by the first write.
-    if (!root.isEmpty() && !QFileInfo(root).isDir())
-        return QStringLiteral("--root: no folder \"%1\"").arg(root);
-    if (!home.isEmpty() && !QFileInfo(home).isDir())
-        return QStringLiteral("--home: no folder \"%1\"").arg(home);
-    return missingFolder(root.isEmpty(), home.isEmpty());
+    if (!rootOption.isEmpty() && !QFileInfo(rootOption).isDir())
+        return QStringLiteral("--root: no folder \"%1\"").arg(rootOption);
+    if (!homeOption.isEmpty() && !QFileInfo(homeOption).isDir())
+        return QStringLiteral("--home: no folder \"%1\"").arg(homeOption);
+    return missingFolder(rootOption.isEmpty(), homeOption.isEmpty());
 }
 
-Roots Roots::withOptions(const QString &root, const QString &home) const
+Roots Roots::withOptions(const QString &rootOption, const QString &homeOption) const
 {
     Roots roots = *this;
-    if (!root.isEmpty())
-        roots.systemRoot = QFileInfo(root).absoluteFilePath();
-    if (!home.isEmpty()) {
-        roots = at(roots.systemRoot, QFileInfo(home).absoluteFilePath());
+    if (!rootOption.isEmpty())
+        roots.systemRoot = QFileInfo(rootOption).absoluteFilePath();
+    if (!homeOption.isEmpty()) {
+        roots = at(roots.systemRoot, QFileInfo(homeOption).absoluteFilePath());
         roots.pluginPaths = pluginPaths;
     }
     return roots;

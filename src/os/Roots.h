@@ -31,10 +31,10 @@ struct Roots {
     // Both programs' --root and --home (empty: not given). Why the roots they make cannot be used:
     // an option that names no folder ("--root: no folder \"...\""), else missingFolder for what
     // they leave in place; empty when every folder is there.
-    QString refusalWithOptions(const QString &root, const QString &home) const;
+    QString refusalWithOptions(const QString &rootOption, const QString &homeOption) const;
     // These roots with the options over them; a new home brings its data home, and the hosts'
     // folder variables stay.
-    Roots withOptions(const QString &root, const QString &home) const;
+    Roots withOptions(const QString &rootOption, const QString &homeOption) const;
 
     QString trashFolder() const { return dataHome + QStringLiteral("/Trash"); }
     bool operator==(const Roots &) const = default;

@@ -164,8 +164,9 @@ void AllPluginsModel::sort(int column, Qt::SortOrder order)
     QCollator collator(locale);
     collator.setNumericMode(true);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
-    std::vector<QCollatorSortKey> keys;
-    std::vector<int> ons(m_products.size());
+    // QList rather than std::vector: its indexes are the products' own signed positions.
+    QList<QCollatorSortKey> keys;
+    QList<int> ons(m_products.size(), 0);
     keys.reserve(m_products.size());
     for (qsizetype i = 0; i < m_products.size(); ++i) {
         const Product &product = m_products.at(i);
@@ -174,18 +175,18 @@ void AllPluginsModel::sort(int column, Qt::SortOrder order)
         for (const ProductSource &member : product.members)
             ons[i] += member.item->isActive() ? 1 : 0;
     }
-    std::vector<int> order_(m_products.size());
-    std::iota(order_.begin(), order_.end(), 0);
+    QList<qsizetype> order_(m_products.size());
+    std::iota(order_.begin(), order_.end(), qsizetype(0));
     const bool ascending = order == Qt::AscendingOrder;
-    std::stable_sort(order_.begin(), order_.end(), [&](int a, int b) {
-        if (id == TableColumn::Active && ons[a] != ons[b])
-            return ascending ? ons[a] < ons[b] : ons[a] > ons[b];
-        const int compared = keys[a].compare(keys[b]);
+    std::stable_sort(order_.begin(), order_.end(), [&](qsizetype a, qsizetype b) {
+        if (id == TableColumn::Active && ons.at(a) != ons.at(b))
+            return ascending ? ons.at(a) < ons.at(b) : ons.at(a) > ons.at(b);
+        const int compared = keys.at(a).compare(keys.at(b));
         return ascending ? compared < 0 : compared > 0;
     });
     QList<Product> sorted;
     sorted.reserve(m_products.size());
-    for (int i : order_)
+    for (qsizetype i : order_)
         sorted << std::move(m_products[i]);
     m_products = std::move(sorted);
     placeAll();
