@@ -191,10 +191,11 @@ AllPluginsView::AllPluginsView(const QList<FormatManager *> &managers, QWidget *
     auto *bar = new QHBoxLayout(m_bar);
     bar->setContentsMargins(0, 0, 0, 0);
     bar->addWidget(m_filters);
-    bar->addWidget(m_several);
     bar->addStretch(1);
-    // The search on a line of its own: beside the filters it would be squeezed to nothing.
+    // The search on a line of its own, after the multi-format box: beside the filters either
+    // would be squeezed once the details pane takes its share of the width.
     auto *search = new QHBoxLayout;
+    search->addWidget(m_several);
     search->addWidget(m_search, 1);
     search->addWidget(m_unused);
     auto *layout = new QVBoxLayout(this);
@@ -202,7 +203,7 @@ AllPluginsView::AllPluginsView(const QList<FormatManager *> &managers, QWidget *
     layout->addLayout(search);
     layout->addWidget(m_tree, 1);
     layout->addWidget(m_status);
-    // As read: the filters, the search, the button, then the list (one stop).
+    // As read: the filters, the multi-format box, the search, the button, then the list (one stop).
     QList<QWidget *> order = m_filters->focusOrder();
     order << m_several << m_search << m_unused << m_tree;
     for (qsizetype i = 1; i < order.size(); ++i)
