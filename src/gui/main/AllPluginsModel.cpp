@@ -291,25 +291,15 @@ int AllPluginsModel::columnCount(const QModelIndex &) const
 
 QString AllPluginsModel::text(const ProductSource &source, const QString &column)
 {
-    const Plugin &item = *source.item;
-    const PluginMetadata *metadata = item.metadata();
     if (column == TableColumn::Name)
-        return displayName(item.name());
+        return displayName(source.item->name());
     if (column == TableColumn::Format)
         return source.format;
-    if (column == TableColumn::Vendor)
-        return metadata ? metadata->vendor : QString();
-    if (column == TableColumn::Version)
-        return metadata ? metadata->version : QString();
-    if (column == TableColumn::Package)
-        return metadata ? metadata->package : QString();
-    if (column == TableColumn::Architecture)
-        return item.architecturesText(); // as the binary names them, as in the tables
     if (column == TableColumn::Location)
         return placeOf(source);
-    if (column == TableColumn::Group)
-        return item.group();
-    return {};
+    // The other texts are the tables' own.
+    const QVariant value = PluginTableSource::formatFreeValueOf(*source.item, column);
+    return value.typeId() == QMetaType::QString ? value.toString() : QString();
 }
 
 QString AllPluginsModel::text(const Product &product, const QString &column) const

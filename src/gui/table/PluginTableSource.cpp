@@ -15,7 +15,7 @@ QString locationOf(const Format &format, const Plugin &item)
     return pair >= 0 && pair < format.pairs.size() ? format.pairs.at(pair).active : item.location();
 }
 
-QVariant valueOf(const Format &format, const Plugin &item, const QString &column)
+QVariant formatFreeValueOf(const Plugin &item, const QString &column)
 {
     const PluginMetadata *metadata = item.metadata();
     if (column == TableColumn::Active)
@@ -26,19 +26,24 @@ QVariant valueOf(const Format &format, const Plugin &item, const QString &column
         return item.group();
     if (column == TableColumn::Architecture)
         return item.architecturesText();
-    if (column == TableColumn::Name)
-        return item.name();
-    if (column == TableColumn::Location)
-        return locationOf(format, item);
     if (column == TableColumn::Vendor)
         return metadata ? metadata->vendor : QString();
     if (column == TableColumn::Version)
         return metadata ? metadata->version : QString();
     if (column == TableColumn::Package)
         return metadata ? metadata->package : QString();
+    return QVariant();
+}
+
+QVariant valueOf(const Format &format, const Plugin &item, const QString &column)
+{
+    if (column == TableColumn::Name)
+        return item.name();
+    if (column == TableColumn::Location)
+        return locationOf(format, item);
     if (column == TableColumn::Format)
         return format.tabLabel;
-    return QVariant();
+    return formatFreeValueOf(item, column);
 }
 
 QStringList pathsOfRows(const FormatManager &manager, const QList<int> &rows)

@@ -21,6 +21,9 @@ namespace PluginTableSource {
 // the core's words); invalid for an identifier it does not know. What a plug-in's files do not
 // say is empty.
 QVariant valueOf(const Format &format, const Plugin &item, const QString &column);
+// The same for the columns whose value does not depend on the format (flags, group,
+// architectures and what the files say); invalid for the others.
+QVariant formatFreeValueOf(const Plugin &item, const QString &column);
 
 // Where the plug-in lies, as the Location column says it: "System" or "User" for the first folder
 // pair of each, else the pair's active folder as written ("/usr/lib/lv2", "~/.lv2").
