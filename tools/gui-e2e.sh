@@ -93,6 +93,15 @@ keys() {
   xdotool key --delay 80 "$@"
   sleep 0.5
 }
+# Ctrl+Q to the focused window; the program must end within five seconds. prefix: for the message.
+quit_with_ctrl_q() {
+  keys ctrl+q
+  for _ in $(seq 50); do
+    kill -0 "$app" 2>/dev/null || break
+    sleep 0.1
+  done
+  kill -0 "$app" 2>/dev/null && fail "${1}korvane still runs after Ctrl+Q" || app=""
+}
 
 # An update server on the loopback that takes the request and never answers.
 python3 - "$dir/update-port" <<'EOF' &
@@ -553,12 +562,7 @@ linux_columns_check() {
     fail "the architecture filter did not narrow VST3 to Pi and Wide: $(printf '%s' "$rows" | tr '\n' '|')"
   fi
   focus "$main"
-  keys ctrl+q
-  for _ in $(seq 50); do
-    kill -0 "$app" 2>/dev/null || break
-    sleep 0.1
-  done
-  kill -0 "$app" 2>/dev/null && fail "korvane still runs after Ctrl+Q" || app=""
+  quit_with_ctrl_q ""
 }
 linux_columns_check
 
@@ -581,12 +585,7 @@ if main=$(wait_for_window Korvane); then
     fail "German start-up: no window titled Einstellungen"
   fi
   focus "$main"
-  keys ctrl+q
-  for _ in $(seq 50); do
-    kill -0 "$app" 2>/dev/null || break
-    sleep 0.1
-  done
-  kill -0 "$app" 2>/dev/null && fail "korvane still runs after Ctrl+Q" || app=""
+  quit_with_ctrl_q ""
 else
   fail "German start-up: no window"
 fi
@@ -690,12 +689,7 @@ JSON
     fail "all formats: Switch Off Unused Formats opened no window the second time"
   fi
   focus "$win"
-  keys ctrl+q
-  for _ in $(seq 50); do
-    kill -0 "$app" 2>/dev/null || break
-    sleep 0.1
-  done
-  kill -0 "$app" 2>/dev/null && fail "all formats: korvane still runs after Ctrl+Q" || app=""
+  quit_with_ctrl_q "all formats: "
 }
 all_formats_view
 
