@@ -12,6 +12,7 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <functional>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -397,7 +398,10 @@ public:
         return true;
     }
 
-    bool readRest(archive *a, const QByteArray &name, QString *error)
+    // Reads the entry's data to its end, counted against the limits; each block goes to write
+    // when given (false from it stops the reading, with its own error).
+    bool readRest(archive *a, const QByteArray &name, QString *error,
+                  const std::function<bool(const void *, size_t, la_int64_t)> &write = {})
     {
         const void *buffer = nullptr;
         size_t length = 0;
@@ -411,6 +415,8 @@ public:
                 return false;
             }
             if (!countData(name, qint64(length), error))
+                return false;
+            if (write && !write(buffer, length, offset))
                 return false;
         }
     }
@@ -510,37 +516,30 @@ ArchiveResult PluginArchive::extract(const QString &path, const Placement &place
                                                    | ARCHIVE_EXTRACT_SECURE_NODOTDOT
                                                    | ARCHIVE_EXTRACT_NO_OVERWRITE);
     Reader reader(path, limits, progress);
-    return reader.run(
-        [&](archive *a, archive_entry *entry, const QByteArray &name, QString *error) {
-            const QByteArray target = placeOf(name);
-            if (target.isEmpty())
-                return true;
-            archive_entry_set_pathname(entry, target.constData());
-            archive_entry_set_perm(entry, archive_entry_perm(entry) & 0777);
-            auto failed = [&](archive *from) {
-                *error = QStringLiteral("\"%1\": %2").arg(shown(name), archiveError(from));
-                return false;
-            };
-            if (archive_write_header(disk.get(), entry) != ARCHIVE_OK)
-                return failed(disk.get());
-            const void *buffer = nullptr;
-            size_t length = 0;
-            la_int64_t offset = 0;
-            for (;;) {
-                const int status = archive_read_data_block(a, &buffer, &length, &offset);
-                if (status == ARCHIVE_EOF)
-                    break;
-                if (status != ARCHIVE_OK)
-                    return failed(a);
-                if (!reader.countData(name, qint64(length), error))
-                    return false;
-                if (archive_write_data_block(disk.get(), buffer, length, offset) != ARCHIVE_OK)
-                    return failed(disk.get());
-            }
-            if (archive_write_finish_entry(disk.get()) != ARCHIVE_OK)
-                return failed(disk.get());
+    return reader.run([&](archive *a, archive_entry *entry, const QByteArray &name,
+                          QString *error) {
+        const QByteArray target = placeOf(name);
+        if (target.isEmpty())
             return true;
-        });
+        archive_entry_set_pathname(entry, target.constData());
+        archive_entry_set_perm(entry, archive_entry_perm(entry) & 0777);
+        auto failed = [&](archive *from) {
+            *error = QStringLiteral("\"%1\": %2").arg(shown(name), archiveError(from));
+            return false;
+        };
+        if (archive_write_header(disk.get(), entry) != ARCHIVE_OK)
+            return failed(disk.get());
+        const bool copied = reader.readRest(
+            a, name, error, [&](const void *buffer, size_t length, la_int64_t offset) {
+                return archive_write_data_block(disk.get(), buffer, length, offset) == ARCHIVE_OK
+                       || failed(disk.get());
+            });
+        if (!copied)
+            return false;
+        if (archive_write_finish_entry(disk.get()) != ARCHIVE_OK)
+            return failed(disk.get());
+        return true;
+    });
 }
 
 std::optional<QByteArray> PluginArchive::readDocument(const QString &path,
