@@ -439,7 +439,7 @@ private:
             const char *raw = archive_entry_symlink(entry);
             target = raw ? QByteArray(raw) : QByteArray();
         }
-        const QString refused = PluginArchive::refusal(name, target);
+        QString refused = PluginArchive::refusal(name, target);
         if (!refused.isEmpty())
             return refused;
         if (type == AE_IFLNK && m_limits.linkScopeDepth > 0) {
