@@ -18,7 +18,7 @@ QStringList texts(const QJsonValue &value)
     QStringList list;
     if (value.isString()) // a lone string where a list belongs
         list.append(value.toString());
-    for (const QJsonValue &item : value.toArray()) {
+    for (const QJsonValue item : value.toArray()) {
         if (item.isString())
             list.append(item.toString());
     }
@@ -87,7 +87,7 @@ std::optional<Vst3ModuleInfo> Vst3ModuleInfo::parse(QByteArrayView bytes, QStrin
     info.vendor = text(factory, "Vendor");
     info.url = text(factory, "URL");
     info.email = text(factory, "E-Mail");
-    for (const QJsonValue &item : top.value(QLatin1String("Classes")).toArray()) {
+    for (const QJsonValue item : top.value(QLatin1String("Classes")).toArray()) {
         const QJsonObject object = item.toObject();
         Class c;
         c.cid = text(object, "CID");
@@ -100,7 +100,7 @@ std::optional<Vst3ModuleInfo> Vst3ModuleInfo::parse(QByteArrayView bytes, QStrin
         if (!c.cid.isEmpty() || !c.name.isEmpty())
             info.classes.append(c);
     }
-    for (const QJsonValue &item : top.value(QLatin1String("Compatibility")).toArray()) {
+    for (const QJsonValue item : top.value(QLatin1String("Compatibility")).toArray()) {
         const QJsonObject object = item.toObject();
         Compatibility entry;
         entry.newCid = text(object, "New");

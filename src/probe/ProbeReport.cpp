@@ -86,7 +86,7 @@ std::optional<ProbeReport> ProbeReport::fromJson(const QJsonObject &object, QStr
             *error = QStringLiteral("more than %1 plug-ins").arg(maxPlugins);
         return std::nullopt;
     }
-    for (const QJsonValue &item : plugins) {
+    for (const QJsonValue item : plugins) {
         const QJsonObject o = item.toObject();
         ProbedPlugin p;
         const QJsonValue uniqueId = o.value(QLatin1String("uniqueId"));
