@@ -17,11 +17,11 @@
     </message>
     <message>
         <source>File operation error...
- error: %@
- with file: %@</source>
+ error: %1
+ with file: %2</source>
         <translation>Fehler bei einer Dateioperation …
- Fehler: %@
- bei der Datei: %@</translation>
+ Fehler: %1
+ bei der Datei: %2</translation>
     </message>
     <message>
         <source>Proceed</source>
@@ -216,12 +216,12 @@
         <translation>Nur für diesen Benutzer</translation>
     </message>
     <message>
-        <source>%@ &quot;%@&quot;</source>
-        <translation>%@ „%@“</translation>
+        <source>%1 &quot;%2&quot;</source>
+        <translation>%1 „%2“</translation>
     </message>
     <message>
-        <source>%@ for &quot;%@&quot;</source>
-        <translation>%@ für „%@“</translation>
+        <source>%1 for &quot;%2&quot;</source>
+        <translation>%1 für „%2“</translation>
     </message>
     <message>
         <source>----- Plug-In Info -----
@@ -290,8 +290,8 @@
 </translation>
     </message>
     <message>
-        <source>%@ %@ for &quot;%@&quot;</source>
-        <translation>%@ %@ für „%@“</translation>
+        <source>%1 %2 for &quot;%3&quot;</source>
+        <translation>%1 %2 für „%3“</translation>
     </message>
     <message>
         <source>setGroup</source>
@@ -302,15 +302,15 @@
         <translation>OK</translation>
     </message>
     <message>
-        <source>----- %@ -----
+        <source>----- %1 -----
 </source>
-        <translation>----- %@ -----
+        <translation>----- %1 -----
 </translation>
     </message>
     <message>
-        <source>Plugin %@ is found %d times
+        <source>Plugin %1 is found %2 times
 </source>
-        <translation>Plug-In %@ wurde %d-mal gefunden
+        <translation>Plug-In %1 wurde %2-mal gefunden
 </translation>
     </message>
     <message>
@@ -326,8 +326,8 @@
         <translation>Entfernen</translation>
     </message>
     <message>
-        <source>The set &quot;%@&quot; not longer exist.</source>
-        <translation>Das Set „%@“ existiert nicht mehr.</translation>
+        <source>The set &quot;%1&quot; not longer exist.</source>
+        <translation>Das Set „%1“ existiert nicht mehr.</translation>
     </message>
     <message>
         <source>Save</source>
@@ -576,8 +576,8 @@
         <translation>Eine neue Version ist verfügbar</translation>
     </message>
     <message>
-        <source>A new version of &quot;Korvane&quot; is available (version %@). Would you like to download the new version now?</source>
-        <translation>Eine neue Version von „Korvane“ ist verfügbar (Version %@). Möchten Sie die neue Version jetzt laden?</translation>
+        <source>A new version of &quot;Korvane&quot; is available (version %1). Would you like to download the new version now?</source>
+        <translation>Eine neue Version von „Korvane“ ist verfügbar (Version %1). Möchten Sie die neue Version jetzt laden?</translation>
     </message>
     <message>
         <source>Missing Plug-Ins</source>

@@ -62,7 +62,7 @@ Format Format::derived(const QString &prefix, const QString &label, const QStrin
     f.activeOnWord = QStringLiteral("setActive");
     f.activeOffWord = QStringLiteral("setInactive");
     f.setScanAndInstallTexts(label, label);
-    f.installTarget = QLatin1Char('~') + activeFolder + QStringLiteral("/%@");
+    f.installFolder = QLatin1Char('~') + activeFolder;
     f.infoText = QStringLiteral("Please select a %1 Plug-In").arg(label);
     f.backupRestoreMessage = label + QStringLiteral(" Plug-Ins Backup Restore");
     f.infoMessage = label + QStringLiteral(" Plug-Ins Info");

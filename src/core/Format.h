@@ -91,7 +91,7 @@ struct Format {
     QString installFirstButton;   // "AudioUnits only"
     QString installInformative;   // "Install AudioUnits only?"
     QString installProgressTitle; // "install AudioUnits:"
-    QString installTarget;        // "~/Library/Audio/Plug-Ins/Components/%@"
+    QString installFolder;        // "~/Library/Audio/Plug-Ins/Components", as written
 
     // Maintenance and the launch script.
     QString backupRestoreMessage; // "AudioUnits Backup Restore"
@@ -124,8 +124,8 @@ struct Format {
     QString commandLineFlag() const { return QLatin1Char('-') + prefix; } // "-AU"
     QString commandLineName() const { return cliName.isEmpty() ? prefix.toLower() : cliName; }
 
-    // A new format's row: the texts follow the built-in patterns, the user's install target is
-    // the user's active folder, and the set documents are "<prefix in lower case>korv".
+    // A new format's row: the texts follow the built-in patterns, a drop installs into the
+    // user's active folder, and the set documents are "<prefix in lower case>korv".
     static Format derived(const QString &prefix, const QString &label, const QString &activeFolder,
                           Recognition recognise);
     // The scan and install texts, which name a format's plug-ins in their own ways.

@@ -39,7 +39,7 @@ Format linuxRow(const QString &prefix, const QString &label, const QString &scan
     f.createdFolders = {false, false, false, false};
     f.scansSubfolders = recursive;
     f.pathVariables = variables;
-    f.installTarget = userFolders.first() + QStringLiteral("/%@");
+    f.installFolder = userFolders.first();
     f.reading = FormatReading::SharedObject;
     f.setScanAndInstallTexts(scanned, scanned);
     return f;

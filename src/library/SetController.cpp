@@ -208,8 +208,7 @@ void SetController::selectSet(int index)
         // again" once was the default, and Return asked again for as long as it was pressed.
         alert.buttons = {korvane::tr("Cancel"), korvane::tr("try again"), korvane::tr("remove")};
         alert.addedButtons = true;
-        alert.informativeText =
-            korvane::tr("The set \"%@\" not longer exist.").replace(QLatin1String("%@"), path);
+        alert.informativeText = korvane::tr("The set \"%1\" not longer exist.").arg(path);
         const AlertAnswer answer = m_parts.services.ui().runAlert(alert);
         if (answer == AlertAnswer::Third) {
             m_setTitles.removeAll(path);
