@@ -460,22 +460,6 @@
         <translation>VST-Plug-Ins installieren:</translation>
     </message>
     <message>
-        <source>AudioUnits Backup Restore</source>
-        <translation>AudioUnits sichern und wiederherstellen</translation>
-    </message>
-    <message>
-        <source>RTAS Plug-Ins Backup Restore</source>
-        <translation>RTAS-Plug-Ins sichern und wiederherstellen</translation>
-    </message>
-    <message>
-        <source>MAS Plug-Ins Backup Restore</source>
-        <translation>MAS-Plug-Ins sichern und wiederherstellen</translation>
-    </message>
-    <message>
-        <source>VST Plug-Ins Backup Restore</source>
-        <translation>VST-Plug-Ins sichern und wiederherstellen</translation>
-    </message>
-    <message>
         <source>AudioUnits Plug-In Info</source>
         <translation>AudioUnits-Plug-In-Info</translation>
     </message>
@@ -1964,6 +1948,86 @@ Machen Sie den Ordner für sich beschreibbar, oder schalten Sie diese Plug-Ins m
     <message>
         <source>Show the Architecture column</source>
         <translation>Spalte „Architektur“ anzeigen</translation>
+    </message>
+    <message>
+        <source>LV2 Plug-Ins Info</source>
+        <translation>LV2-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a LV2 Plug-In</source>
+        <translation>Bitte wählen Sie ein LV2-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>VST3 Plug-Ins Info</source>
+        <translation>VST3-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a VST3 Plug-In</source>
+        <translation>Bitte wählen Sie ein VST3-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>CLAP Plug-Ins Info</source>
+        <translation>CLAP-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a CLAP Plug-In</source>
+        <translation>Bitte wählen Sie ein CLAP-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>LADSPA Plug-Ins Info</source>
+        <translation>LADSPA-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a LADSPA Plug-In</source>
+        <translation>Bitte wählen Sie ein LADSPA-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>DSSI Plug-Ins Info</source>
+        <translation>DSSI-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a DSSI Plug-In</source>
+        <translation>Bitte wählen Sie ein DSSI-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>Linux VST Plug-Ins Info</source>
+        <translation>Linux-VST-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a Linux VST Plug-In</source>
+        <translation>Bitte wählen Sie ein Linux-VST-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>VST3 (macOS) Plug-Ins Info</source>
+        <translation>VST3-Plug-In-Info (macOS)</translation>
+    </message>
+    <message>
+        <source>Please select a VST3 (macOS) Plug-In</source>
+        <translation>Bitte wählen Sie ein VST3-Plug-In (macOS) aus</translation>
+    </message>
+    <message>
+        <source>CLAP (macOS) Plug-Ins Info</source>
+        <translation>CLAP-Plug-In-Info (macOS)</translation>
+    </message>
+    <message>
+        <source>Please select a CLAP (macOS) Plug-In</source>
+        <translation>Bitte wählen Sie ein CLAP-Plug-In (macOS) aus</translation>
+    </message>
+    <message>
+        <source>LV2 (macOS) Plug-Ins Info</source>
+        <translation>LV2-Plug-In-Info (macOS)</translation>
+    </message>
+    <message>
+        <source>Please select a LV2 (macOS) Plug-In</source>
+        <translation>Bitte wählen Sie ein LV2-Plug-In (macOS) aus</translation>
+    </message>
+    <message>
+        <source>AAX Plug-Ins Info</source>
+        <translation>AAX-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a AAX Plug-In</source>
+        <translation>Bitte wählen Sie ein AAX-Plug-In aus</translation>
     </message>
 </context>
 </TS>

@@ -8,9 +8,8 @@ QString FormatTraits::toggleActionName(const QString &name, bool active, bool gl
                                        bool globalFlag) const
 {
     // The action name is shown in the Edit menu, so its words are looked up like any text.
-    const QString word =
-        globalFlag ? (global ? korvane::tr("setGlobal") : korvane::tr("setLocal"))
-                   : korvane::tr((active ? activeOnWord : activeOffWord).toUtf8().constData());
+    const QString word = globalFlag ? (global ? korvane::tr("setGlobal") : korvane::tr("setLocal"))
+                                    : korvane::tr(active ? activeOnWord : activeOffWord);
     if (!wordFirst)
         return korvane::tr("%1 \"%2\"").arg(name, word);
     if (globalFlag)

@@ -29,11 +29,6 @@ void showOkAlert(UserInterface &ui, const QString &message, const QString &infor
     ui.runAlert(alert);
 }
 
-QString trText(const QString &english)
-{
-    return korvane::tr(english.toUtf8().constData());
-}
-
 } // namespace
 
 Maintenance::Maintenance(FormatManager &manager, const ManagerParts &parts)
@@ -48,7 +43,8 @@ void Maintenance::requestInfo()
     // Without a selection the panel only learns whether to show content.
     emit m_manager.infoRequested(selected, m_parts.settings.showsContent(traits.type));
     if (!selected)
-        showOkAlert(m_manager.ui(), trText(traits.infoMessage), trText(traits.infoText));
+        showOkAlert(m_manager.ui(), korvane::tr(traits.texts.infoMessage),
+                    korvane::tr(traits.texts.infoText));
 }
 
 void Maintenance::backup()
