@@ -44,7 +44,7 @@ Format rtas()
     f.createsParentOnScan = true;
     // The user-disabled root is written without the Digidesign level.
     f.contentRoots[LocUserDisabled] =
-        QStringLiteral("~/Library/Application Support/Plug-Ins (Disabled)");
+        Format::disabledFolderOf(QStringLiteral("~/Library/Application Support/Plug-Ins"));
     f.texts = {
         .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan RTAS-Plugins:"),
         .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for RTAS-Plugins:"),

@@ -23,9 +23,21 @@ namespace korvane {
 
 namespace {
 
-const QString kNoSet = SetController::noSetTitle();
+// Stored in English and shown translated: one text for both.
+const char *const kNoSetText = QT_TRANSLATE_NOOP("korvane", "no set");
+const QString kNoSet = QLatin1String(kNoSetText);
 
 } // namespace
+
+QString SetController::noSetTitle()
+{
+    return kNoSet;
+}
+
+QString SetController::shownNoSetTitle()
+{
+    return korvane::tr(kNoSetText);
+}
 
 SetController::SetController(FormatManager &manager, const FormatTraits &traits,
                              const ManagerParts &parts)
