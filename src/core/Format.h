@@ -126,7 +126,6 @@ struct Format {
     }
     QString tabIdentifier() const { return QStringLiteral("tab") + prefix; }
     QString preferencesTabIdentifier() const { return QStringLiteral("Pref") + prefix; }
-    QString preferenceKey(const char *name) const { return prefix + QLatin1String(name); }
     QString commandLineFlag() const { return QLatin1Char('-') + prefix; } // "-AU"
     QString commandLineName() const { return cliName.isEmpty() ? prefix.toLower() : cliName; }
 
