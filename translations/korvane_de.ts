@@ -17,11 +17,11 @@
     </message>
     <message>
         <source>File operation error...
- error: %@
- with file: %@</source>
+ error: %1
+ with file: %2</source>
         <translation>Fehler bei einer Dateioperation …
- Fehler: %@
- bei der Datei: %@</translation>
+ Fehler: %1
+ bei der Datei: %2</translation>
     </message>
     <message>
         <source>Proceed</source>
@@ -216,12 +216,12 @@
         <translation>Nur für diesen Benutzer</translation>
     </message>
     <message>
-        <source>%@ &quot;%@&quot;</source>
-        <translation>%@ „%@“</translation>
+        <source>%1 &quot;%2&quot;</source>
+        <translation>%1 „%2“</translation>
     </message>
     <message>
-        <source>%@ for &quot;%@&quot;</source>
-        <translation>%@ für „%@“</translation>
+        <source>%1 for &quot;%2&quot;</source>
+        <translation>%1 für „%2“</translation>
     </message>
     <message>
         <source>----- Plug-In Info -----
@@ -290,8 +290,8 @@
 </translation>
     </message>
     <message>
-        <source>%@ %@ for &quot;%@&quot;</source>
-        <translation>%@ %@ für „%@“</translation>
+        <source>%1 %2 for &quot;%3&quot;</source>
+        <translation>%1 %2 für „%3“</translation>
     </message>
     <message>
         <source>setGroup</source>
@@ -302,15 +302,15 @@
         <translation>OK</translation>
     </message>
     <message>
-        <source>----- %@ -----
+        <source>----- %1 -----
 </source>
-        <translation>----- %@ -----
+        <translation>----- %1 -----
 </translation>
     </message>
     <message>
-        <source>Plugin %@ is found %d times
+        <source>Plugin %1 is found %2 times
 </source>
-        <translation>Plug-In %@ wurde %d-mal gefunden
+        <translation>Plug-In %1 wurde %2-mal gefunden
 </translation>
     </message>
     <message>
@@ -326,8 +326,8 @@
         <translation>Entfernen</translation>
     </message>
     <message>
-        <source>The set &quot;%@&quot; not longer exist.</source>
-        <translation>Das Set „%@“ existiert nicht mehr.</translation>
+        <source>The set &quot;%1&quot; not longer exist.</source>
+        <translation>Das Set „%1“ existiert nicht mehr.</translation>
     </message>
     <message>
         <source>Save</source>
@@ -460,22 +460,6 @@
         <translation>VST-Plug-Ins installieren:</translation>
     </message>
     <message>
-        <source>AudioUnits Backup Restore</source>
-        <translation>AudioUnits sichern und wiederherstellen</translation>
-    </message>
-    <message>
-        <source>RTAS Plug-Ins Backup Restore</source>
-        <translation>RTAS-Plug-Ins sichern und wiederherstellen</translation>
-    </message>
-    <message>
-        <source>MAS Plug-Ins Backup Restore</source>
-        <translation>MAS-Plug-Ins sichern und wiederherstellen</translation>
-    </message>
-    <message>
-        <source>VST Plug-Ins Backup Restore</source>
-        <translation>VST-Plug-Ins sichern und wiederherstellen</translation>
-    </message>
-    <message>
         <source>AudioUnits Plug-In Info</source>
         <translation>AudioUnits-Plug-In-Info</translation>
     </message>
@@ -576,8 +560,8 @@
         <translation>Eine neue Version ist verfügbar</translation>
     </message>
     <message>
-        <source>A new version of &quot;Korvane&quot; is available (version %@). Would you like to download the new version now?</source>
-        <translation>Eine neue Version von „Korvane“ ist verfügbar (Version %@). Möchten Sie die neue Version jetzt laden?</translation>
+        <source>A new version of &quot;Korvane&quot; is available (version %1). Would you like to download the new version now?</source>
+        <translation>Eine neue Version von „Korvane“ ist verfügbar (Version %1). Möchten Sie die neue Version jetzt laden?</translation>
     </message>
     <message>
         <source>Missing Plug-Ins</source>
@@ -1964,6 +1948,86 @@ Machen Sie den Ordner für sich beschreibbar, oder schalten Sie diese Plug-Ins m
     <message>
         <source>Show the Architecture column</source>
         <translation>Spalte „Architektur“ anzeigen</translation>
+    </message>
+    <message>
+        <source>LV2 Plug-Ins Info</source>
+        <translation>LV2-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a LV2 Plug-In</source>
+        <translation>Bitte wählen Sie ein LV2-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>VST3 Plug-Ins Info</source>
+        <translation>VST3-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a VST3 Plug-In</source>
+        <translation>Bitte wählen Sie ein VST3-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>CLAP Plug-Ins Info</source>
+        <translation>CLAP-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a CLAP Plug-In</source>
+        <translation>Bitte wählen Sie ein CLAP-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>LADSPA Plug-Ins Info</source>
+        <translation>LADSPA-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a LADSPA Plug-In</source>
+        <translation>Bitte wählen Sie ein LADSPA-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>DSSI Plug-Ins Info</source>
+        <translation>DSSI-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a DSSI Plug-In</source>
+        <translation>Bitte wählen Sie ein DSSI-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>Linux VST Plug-Ins Info</source>
+        <translation>Linux-VST-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a Linux VST Plug-In</source>
+        <translation>Bitte wählen Sie ein Linux-VST-Plug-In aus</translation>
+    </message>
+    <message>
+        <source>VST3 (macOS) Plug-Ins Info</source>
+        <translation>VST3-Plug-In-Info (macOS)</translation>
+    </message>
+    <message>
+        <source>Please select a VST3 (macOS) Plug-In</source>
+        <translation>Bitte wählen Sie ein VST3-Plug-In (macOS) aus</translation>
+    </message>
+    <message>
+        <source>CLAP (macOS) Plug-Ins Info</source>
+        <translation>CLAP-Plug-In-Info (macOS)</translation>
+    </message>
+    <message>
+        <source>Please select a CLAP (macOS) Plug-In</source>
+        <translation>Bitte wählen Sie ein CLAP-Plug-In (macOS) aus</translation>
+    </message>
+    <message>
+        <source>LV2 (macOS) Plug-Ins Info</source>
+        <translation>LV2-Plug-In-Info (macOS)</translation>
+    </message>
+    <message>
+        <source>Please select a LV2 (macOS) Plug-In</source>
+        <translation>Bitte wählen Sie ein LV2-Plug-In (macOS) aus</translation>
+    </message>
+    <message>
+        <source>AAX Plug-Ins Info</source>
+        <translation>AAX-Plug-In-Info</translation>
+    </message>
+    <message>
+        <source>Please select a AAX Plug-In</source>
+        <translation>Bitte wählen Sie ein AAX-Plug-In aus</translation>
     </message>
 </context>
 </TS>

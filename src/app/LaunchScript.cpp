@@ -296,8 +296,7 @@ void LaunchScript::build(bool tell)
         if (tell) {
             Alert alert;
             alert.title = korvane::tr("Scrip Generation");
-            alert.messageText =
-                korvane::tr(m_services.formats().at(type).noSetMessage.toUtf8().constData());
+            alert.messageText = korvane::tr(m_services.formats().at(type).texts.noSetMessage);
             alert.buttons = {korvane::tr("Ok")};
             m_services.ui().runAlert(alert);
         }

@@ -4,6 +4,7 @@
 #include "core/AppServices.h"
 #include "core/FormatTable.h"
 #include "core/Locations.h"
+#include "core/PreferenceKeys.h"
 #include "core/UserInterface.h"
 #include "os/FileOperations.h"
 
@@ -11,11 +12,8 @@
 
 namespace korvane {
 
-namespace {
-const QString kCheckAtStartup = QStringLiteral("SUCheckAtStartup");
-const QString kActiveTabView = QStringLiteral("ActiveTabView");
-
-} // namespace
+using PreferenceKeys::forFormat;
+using PreferenceKeys::FormatKey;
 
 Preferences::Preferences(AppServices &services)
     : m_services(services), m_formats(services.formats()),
@@ -26,15 +24,15 @@ Preferences::Preferences(AppServices &services)
     seedDefaults();
 }
 
-std::optional<QString> Preferences::key(int type, const char *name) const
+std::optional<QString> Preferences::key(int type, FormatKey name) const
 {
     const Format *format = m_formats.find(type);
     if (!format)
         return std::nullopt;
-    return format->preferenceKey(name);
+    return forFormat(*format, name);
 }
 
-bool Preferences::boolForType(int type, const char *name) const
+bool Preferences::boolForType(int type, FormatKey name) const
 {
     const std::optional<QString> k = key(type, name);
     return k && m_store->boolValue(*k);
@@ -69,14 +67,14 @@ void Preferences::seedDefaults()
 
     QList<QPair<QString, QVariant>> seed;
     for (const Format &f : m_formats) {
-        seed.append({f.preferenceKey("ActivateAfterLoading"), false});
-        seed.append({f.preferenceKey("DefaultSet"), QString(QLatin1String(""))});
-        seed.append({f.preferenceKey("On"), isOnByDefault(f)});
-        seed.append({f.preferenceKey("MoveContent"), false});
-        seed.append({f.preferenceKey("ShowContent"), false});
+        seed.append({forFormat(f, FormatKey::ActivateAfterLoading), false});
+        seed.append({forFormat(f, FormatKey::DefaultSet), QString(QLatin1String(""))});
+        seed.append({forFormat(f, FormatKey::On), isOnByDefault(f)});
+        seed.append({forFormat(f, FormatKey::MoveContent), false});
+        seed.append({forFormat(f, FormatKey::ShowContent), false});
         if (f.scansSubfolders)
-            seed.append({f.preferenceKey("ScanSubfolders"), true});
-        seed.append({f.preferenceKey("Type"), false});
+            seed.append({forFormat(f, FormatKey::ScanSubfolders), true});
+        seed.append({forFormat(f, FormatKey::ArchitectureColumn), false});
     }
     m_store->setValues(seed);
 }
@@ -92,17 +90,17 @@ void Preferences::prepareWindow()
 void Preferences::loadForm()
 {
     form.pages.resize(m_formats.count());
-    form.checkForUpdates = m_store->boolValue(kCheckAtStartup);
+    form.checkForUpdates = m_store->boolValue(PreferenceKeys::CheckForUpdatesAtStartup);
     for (const Format &f : m_formats) {
         PreferencesPage &c = form.pages[f.type];
-        c.activateAfterLoading = m_store->boolValue(f.preferenceKey("ActivateAfterLoading"));
-        c.on = m_store->boolValue(f.preferenceKey("On"));
-        c.showContent = m_store->boolValue(f.preferenceKey("ShowContent"));
-        c.moveContent = m_store->boolValue(f.preferenceKey("MoveContent"));
+        c.activateAfterLoading = m_store->boolValue(forFormat(f, FormatKey::ActivateAfterLoading));
+        c.on = m_store->boolValue(forFormat(f, FormatKey::On));
+        c.showContent = m_store->boolValue(forFormat(f, FormatKey::ShowContent));
+        c.moveContent = m_store->boolValue(forFormat(f, FormatKey::MoveContent));
         if (f.scansSubfolders)
-            c.scanSubfolders = m_store->boolValue(f.preferenceKey("ScanSubfolders"));
-        c.typeColumn = m_store->boolValue(f.preferenceKey("Type"));
-        const QString set = m_store->stringValue(f.preferenceKey("DefaultSet"));
+            c.scanSubfolders = m_store->boolValue(forFormat(f, FormatKey::ScanSubfolders));
+        c.typeColumn = m_store->boolValue(forFormat(f, FormatKey::ArchitectureColumn));
+        const QString set = m_store->stringValue(forFormat(f, FormatKey::DefaultSet));
         c.defaultSet = set.isNull() ? QString(QLatin1String("")) : set;
     }
 }
@@ -116,18 +114,19 @@ bool Preferences::closeWindow()
 void Preferences::storeForm()
 {
     form.pages.resize(m_formats.count());
-    QList<QPair<QString, QVariant>> values{{kCheckAtStartup, form.checkForUpdates}};
+    QList<QPair<QString, QVariant>> values{
+        {PreferenceKeys::CheckForUpdatesAtStartup, form.checkForUpdates}};
     for (const Format &f : m_formats) {
         const PreferencesPage &c = form.pages[f.type];
-        values.append({f.preferenceKey("ActivateAfterLoading"), c.activateAfterLoading});
-        values.append({f.preferenceKey("DefaultSet"),
+        values.append({forFormat(f, FormatKey::ActivateAfterLoading), c.activateAfterLoading});
+        values.append({forFormat(f, FormatKey::DefaultSet),
                        c.defaultSet.isNull() ? QString(QLatin1String("")) : c.defaultSet});
-        values.append({f.preferenceKey("On"), c.on});
-        values.append({f.preferenceKey("MoveContent"), c.moveContent});
-        values.append({f.preferenceKey("ShowContent"), c.showContent});
+        values.append({forFormat(f, FormatKey::On), c.on});
+        values.append({forFormat(f, FormatKey::MoveContent), c.moveContent});
+        values.append({forFormat(f, FormatKey::ShowContent), c.showContent});
         if (f.scansSubfolders)
-            values.append({f.preferenceKey("ScanSubfolders"), c.scanSubfolders});
-        values.append({f.preferenceKey("Type"), c.typeColumn});
+            values.append({forFormat(f, FormatKey::ScanSubfolders), c.scanSubfolders});
+        values.append({forFormat(f, FormatKey::ArchitectureColumn), c.typeColumn});
     }
     m_store->setValues(values);
 }
@@ -154,7 +153,7 @@ void Preferences::chooseDefaultSet(const QString &path)
 
 std::optional<QString> Preferences::defaultSet(int type) const
 {
-    const std::optional<QString> k = key(type, "DefaultSet");
+    const std::optional<QString> k = key(type, FormatKey::DefaultSet);
     if (!k)
         return std::nullopt;
     return m_store->stringValue(*k);
@@ -162,50 +161,50 @@ std::optional<QString> Preferences::defaultSet(int type) const
 
 void Preferences::setDefaultSet(int type, const QString &set)
 {
-    if (const std::optional<QString> k = key(type, "DefaultSet"))
+    if (const std::optional<QString> k = key(type, FormatKey::DefaultSet))
         m_store->setValue(*k, set);
 }
 
 bool Preferences::appliesSetAfterLoading(int type) const
 {
-    return boolForType(type, "ActivateAfterLoading");
+    return boolForType(type, FormatKey::ActivateAfterLoading);
 }
 
 bool Preferences::isFormatOn(int type) const
 {
-    return boolForType(type, "On");
+    return boolForType(type, FormatKey::On);
 }
 
 bool Preferences::showsContent(int type) const
 {
-    return boolForType(type, "ShowContent");
+    return boolForType(type, FormatKey::ShowContent);
 }
 
 bool Preferences::movesContent(int type) const
 {
-    return boolForType(type, "MoveContent");
+    return boolForType(type, FormatKey::MoveContent);
 }
 
 bool Preferences::scansSubfolders(int type) const
 {
     // Audio Units are never scanned below the top level of their folders.
     const Format *format = m_formats.find(type);
-    return format && format->scansSubfolders && boolForType(type, "ScanSubfolders");
+    return format && format->scansSubfolders && boolForType(type, FormatKey::ScanSubfolders);
 }
 
 bool Preferences::checksForUpdatesAtStartup() const
 {
-    return m_store->boolValue(kCheckAtStartup);
+    return m_store->boolValue(PreferenceKeys::CheckForUpdatesAtStartup);
 }
 
 int Preferences::defaultType() const
 {
-    return int(m_store->intValue(kActiveTabView));
+    return int(m_store->intValue(PreferenceKeys::FrontFormat));
 }
 
 void Preferences::setDefaultType(int type)
 {
-    m_store->setValue(kActiveTabView, qint64(type));
+    m_store->setValue(PreferenceKeys::FrontFormat, qint64(type));
 }
 
 } // namespace korvane

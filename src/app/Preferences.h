@@ -13,6 +13,9 @@ namespace korvane {
 
 class AppServices;
 class FormatTable;
+namespace PreferenceKeys {
+enum class FormatKey;
+}
 struct Format;
 
 // One format's page of the preferences window, as the store holds it once storeForm ran.
@@ -76,8 +79,8 @@ signals:
 
 private:
     // A format's key, or nothing for a type outside the table.
-    std::optional<QString> key(int type, const char *name) const;
-    bool boolForType(int type, const char *name) const;
+    std::optional<QString> key(int type, PreferenceKeys::FormatKey name) const;
+    bool boolForType(int type, PreferenceKeys::FormatKey name) const;
 
     AppServices &m_services;
     const FormatTable &m_formats;

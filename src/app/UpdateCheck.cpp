@@ -209,9 +209,9 @@ void UpdateCheck::report(const std::optional<QVariantMap> &list, Asked asked)
         return;
     }
 
-    const QString text = korvane::tr("A new version of \"Korvane\" is available (version %@). "
+    const QString text = korvane::tr("A new version of \"Korvane\" is available (version %1). "
                                      "Would you like to download the new version now?")
-                             .replace(QLatin1String("%@"), shownVersion(listed.toString()));
+                             .arg(shownVersion(listed.toString()));
     if (ask(korvane::tr("A New Version is Available"), text,
             {korvane::tr("OK"), korvane::tr("Cancel")})
         == AlertAnswer::Default)

@@ -428,9 +428,8 @@ FileErrorAnswer AppServices::askToProceedAfter(const FileError &error)
     const QByteArray reason = error.reason.toUtf8();
     Alert alert;
     alert.title = QStringLiteral("Korvane");
-    alert.messageText =
-        fillFormat(korvane::tr("File operation error...\n error: %@\n with file: %@"),
-                   {korvane::tr(reason.constData()), error.path});
+    alert.messageText = korvane::tr("File operation error...\n error: %1\n with file: %2")
+                            .arg(korvane::tr(reason.constData()), error.path);
     alert.buttons = {korvane::tr("Proceed"), korvane::tr("Stop")};
     return ui().runAlert(alert) == AlertAnswer::Default ? FileErrorAnswer::Proceed
                                                         : FileErrorAnswer::Stop;

@@ -20,13 +20,19 @@ Format audioUnits()
     f.scansSubfolders = false;
     f.createdFolders = {false, true, false, true};
     f.progressOffset = 0;
-    f.activeOnWord = QStringLiteral("enable");
-    f.activeOffWord = QStringLiteral("disable");
+    f.activeOnWord = QT_TRANSLATE_NOOP("korvane", "enable");
+    f.activeOffWord = QT_TRANSLATE_NOOP("korvane", "disable");
     f.wordFirst = true;
-    f.setScanAndInstallTexts(QStringLiteral("AudioUnits"), QStringLiteral("AudioUnits"));
-    f.infoText = QStringLiteral("Please select a AudioUnit Plug-In");
-    f.backupRestoreMessage = QStringLiteral("AudioUnits Backup Restore");
-    f.infoMessage = QStringLiteral("AudioUnits Plug-In Info");
+    f.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan AudioUnits:"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for AudioUnits:"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "AudioUnits only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install AudioUnits only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install AudioUnits:"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "AudioUnits Plug-In Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a AudioUnit Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for AudioUnits"),
+    };
     return f;
 }
 
@@ -38,8 +44,17 @@ Format rtas()
     f.createsParentOnScan = true;
     // The user-disabled root is written without the Digidesign level.
     f.contentRoots[LocUserDisabled] =
-        QStringLiteral("~/Library/Application Support/Plug-Ins (Disabled)");
-    f.setScanAndInstallTexts(QStringLiteral("RTAS-Plugins"), QStringLiteral("RTAS-PlugIns"));
+        Format::disabledFolderOf(QStringLiteral("~/Library/Application Support/Plug-Ins"));
+    f.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan RTAS-Plugins:"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for RTAS-Plugins:"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "RTAS-PlugIns only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install RTAS-PlugIns only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install RTAS-PlugIns:"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "RTAS Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a RTAS Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for RTAS"),
+    };
     return f;
 }
 
@@ -55,7 +70,16 @@ Format mas()
     f.documentExtension = QStringLiteral("MASkorv");
     f.untitledName = QStringLiteral("Untitled.MASkorv");
     f.savePanelName = QStringLiteral("untitled.MASkorv");
-    f.setScanAndInstallTexts(QStringLiteral("MAS-Plugins"), QStringLiteral("MAS-PlugIns"));
+    f.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan MAS-Plugins:"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for MAS-Plugins:"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "MAS-PlugIns only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install MAS-PlugIns only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install MAS-PlugIns:"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "MAS Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a MAS Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for MAS"),
+    };
     return f;
 }
 
@@ -63,55 +87,20 @@ Format vst()
 {
     Format f = Format::derived(QStringLiteral("VST"), QStringLiteral("VST"),
                                QStringLiteral("/Library/Audio/Plug-Ins/VST"), &isVSTPlugInPath);
-    f.setScanAndInstallTexts(QStringLiteral("VST-Plugins"), QStringLiteral("VST-PlugIns"));
+    f.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan VST-Plugins:"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for VST-Plugins:"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "VST-PlugIns only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install VST-PlugIns only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install VST-PlugIns:"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "VST Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a VST Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for VST"),
+    };
     return f;
 }
 
 } // namespace
-
-// The texts of the built-in formats, marked for translation where they are looked up.
-[[maybe_unused]] static const char *const kTranslatedTexts[] = {
-    QT_TRANSLATE_NOOP("korvane", "enable"),
-    QT_TRANSLATE_NOOP("korvane", "disable"),
-    QT_TRANSLATE_NOOP("korvane", "setActive"),
-    QT_TRANSLATE_NOOP("korvane", "setInactive"),
-    QT_TRANSLATE_NOOP("korvane", "scan AudioUnits:"),
-    QT_TRANSLATE_NOOP("korvane", "scan RTAS-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "scan MAS-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "scan VST-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "scan for AudioUnits:"),
-    QT_TRANSLATE_NOOP("korvane", "scan for RTAS-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "scan for MAS-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "scan for VST-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "AudioUnits only"),
-    QT_TRANSLATE_NOOP("korvane", "RTAS-PlugIns only"),
-    QT_TRANSLATE_NOOP("korvane", "MAS-PlugIns only"),
-    QT_TRANSLATE_NOOP("korvane", "VST-PlugIns only"),
-    QT_TRANSLATE_NOOP("korvane", "Install AudioUnits only?"),
-    QT_TRANSLATE_NOOP("korvane", "Install RTAS-PlugIns only?"),
-    QT_TRANSLATE_NOOP("korvane", "Install MAS-PlugIns only?"),
-    QT_TRANSLATE_NOOP("korvane", "Install VST-PlugIns only?"),
-    QT_TRANSLATE_NOOP("korvane", "install AudioUnits:"),
-    QT_TRANSLATE_NOOP("korvane", "install RTAS-PlugIns:"),
-    QT_TRANSLATE_NOOP("korvane", "install MAS-PlugIns:"),
-    QT_TRANSLATE_NOOP("korvane", "install VST-PlugIns:"),
-    QT_TRANSLATE_NOOP("korvane", "AudioUnits Backup Restore"),
-    QT_TRANSLATE_NOOP("korvane", "RTAS Plug-Ins Backup Restore"),
-    QT_TRANSLATE_NOOP("korvane", "MAS Plug-Ins Backup Restore"),
-    QT_TRANSLATE_NOOP("korvane", "VST Plug-Ins Backup Restore"),
-    QT_TRANSLATE_NOOP("korvane", "AudioUnits Plug-In Info"),
-    QT_TRANSLATE_NOOP("korvane", "RTAS Plug-Ins Info"),
-    QT_TRANSLATE_NOOP("korvane", "MAS Plug-Ins Info"),
-    QT_TRANSLATE_NOOP("korvane", "VST Plug-Ins Info"),
-    QT_TRANSLATE_NOOP("korvane", "Please select a AudioUnit Plug-In"),
-    QT_TRANSLATE_NOOP("korvane", "Please select a RTAS Plug-In"),
-    QT_TRANSLATE_NOOP("korvane", "Please select a MAS Plug-In"),
-    QT_TRANSLATE_NOOP("korvane", "Please select a VST Plug-In"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for AudioUnits"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for RTAS"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for MAS"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for VST"),
-};
 
 const FormatTable &FormatTable::builtIn()
 {

@@ -1,5 +1,7 @@
 #include "core/Format.h"
 
+#include <QCoreApplication>
+
 namespace korvane {
 
 namespace {
@@ -59,24 +61,10 @@ Format Format::derived(const QString &prefix, const QString &label, const QStrin
     f.documentExtension = f.defaultSetExtension = lower + QStringLiteral("korv");
     f.windowLoadName = f.untitledName = QStringLiteral("Untitled.") + f.documentExtension;
     f.savePanelName = QStringLiteral("untitled.") + f.documentExtension;
-    f.activeOnWord = QStringLiteral("setActive");
-    f.activeOffWord = QStringLiteral("setInactive");
-    f.setScanAndInstallTexts(label, label);
-    f.installTarget = QLatin1Char('~') + activeFolder + QStringLiteral("/%@");
-    f.infoText = QStringLiteral("Please select a %1 Plug-In").arg(label);
-    f.backupRestoreMessage = label + QStringLiteral(" Plug-Ins Backup Restore");
-    f.infoMessage = label + QStringLiteral(" Plug-Ins Info");
-    f.noSetMessage = QStringLiteral("There is no set selected for ") + label;
+    f.activeOnWord = QT_TRANSLATE_NOOP("korvane", "setActive");
+    f.activeOffWord = QT_TRANSLATE_NOOP("korvane", "setInactive");
+    f.installFolder = QLatin1Char('~') + activeFolder;
     return f;
-}
-
-void Format::setScanAndInstallTexts(const QString &scanned, const QString &installed)
-{
-    panelTitle = QStringLiteral("scan %1:").arg(scanned);
-    folderTextPrefix = QStringLiteral("scan for %1:").arg(scanned);
-    installFirstButton = QStringLiteral("%1 only").arg(installed);
-    installInformative = QStringLiteral("Install %1 only?").arg(installed);
-    installProgressTitle = QStringLiteral("install %1:").arg(installed);
 }
 
 } // namespace korvane

@@ -37,8 +37,23 @@ struct FolderPair {
     static bool isDistributionFolder(const QString &written);
 };
 
+// What the window says of one format. Each is a whole sentence in the row's own words, marked
+// with QT_TRANSLATE_NOOP where the row is written and looked up with tr where it is shown, so a
+// translator sees every sentence as it stands; a row that gives none shows nothing.
+struct FormatTexts {
+    const char *panelTitle = "";           // the scan's progress title: "scan AudioUnits:"
+    const char *folderTextPrefix = "";     // before each folder scanned: "scan for AudioUnits:"
+    const char *installFirstButton = "";   // a drop's question: "AudioUnits only"
+    const char *installInformative = "";   // "Install AudioUnits only?"
+    const char *installProgressTitle = ""; // "install AudioUnits:"
+    const char *infoMessage = "";          // Info with nothing selected: "AudioUnits Plug-In Info"
+    const char *infoText = "";             // "Please select a AudioUnit Plug-In"
+    const char *noSetMessage = "";         // the launch script: "There is no set selected for VST"
+};
+
 // Everything in which one plug-in format differs from another: one row of the format table.
-// Adding a format is adding a row (Format::derived fills in the texts) with its recognition rule.
+// Adding a format is adding a row (Format::derived fills in the folders and files, the row its
+// texts) with its recognition rule.
 struct Format {
     int type = -1;    // the row's index: 0 AU, 1 RTAS, 2 MAS, 3 VST, then added formats
     QString prefix;   // "AU": preference keys, tab identifiers, command-line flag and format name
@@ -66,9 +81,7 @@ struct Format {
     std::array<bool, LocationCount> createdFolders{true, true, true, true};
     QString parentFolder; // created before the active folders ("/Library/.../Digidesign")
     bool createsParentOnScan = false;
-    int progressOffset = 1;   // the k-th of n entries shows 25*(k - offset) div n
-    QString panelTitle;       // "scan AudioUnits:"
-    QString folderTextPrefix; // "scan for AudioUnits:"
+    int progressOffset = 1; // the k-th of n entries shows 25*(k - offset) div n
     // The roots companions are measured against; the RTAS user-disabled one lacks "Digidesign".
     std::array<QString, LocationCount> contentRoots;
 
@@ -83,21 +96,14 @@ struct Format {
     QString untitledName;        // set by a new set, compared by save
     QString savePanelName;       // "untitled.aukorv"
 
-    // Undo action names of a table toggle.
-    QString activeOnWord, activeOffWord; // "enable"/"disable" or "setActive"/"setInactive"
-    bool wordFirst = false;              // AU: word first, name quoted
+    // Undo action names of a table toggle, marked for translation.
+    const char *activeOnWord = "";  // "enable" or "setActive"
+    const char *activeOffWord = ""; // "disable" or "setInactive"
+    bool wordFirst = false;         // AU: word first, name quoted
 
-    // Drop install.
-    QString installFirstButton;   // "AudioUnits only"
-    QString installInformative;   // "Install AudioUnits only?"
-    QString installProgressTitle; // "install AudioUnits:"
-    QString installTarget;        // "~/Library/Audio/Plug-Ins/Components/%@"
+    QString installFolder; // where a drop installs: "~/Library/Audio/Plug-Ins/Components"
 
-    // Maintenance and the launch script.
-    QString backupRestoreMessage; // "AudioUnits Backup Restore"
-    QString infoMessage;          // "AudioUnits Plug-In Info"
-    QString infoText;             // "Please select a AudioUnit Plug-In"
-    QString noSetMessage;         // "There is no set selected for AudioUnits"
+    FormatTexts texts;
 
     // A folder of the format as written, by location code ("~/Library/... (Disabled)"); empty
     // for a code outside the pairs.
@@ -120,16 +126,13 @@ struct Format {
     }
     QString tabIdentifier() const { return QStringLiteral("tab") + prefix; }
     QString preferencesTabIdentifier() const { return QStringLiteral("Pref") + prefix; }
-    QString preferenceKey(const char *name) const { return prefix + QLatin1String(name); }
     QString commandLineFlag() const { return QLatin1Char('-') + prefix; } // "-AU"
     QString commandLineName() const { return cliName.isEmpty() ? prefix.toLower() : cliName; }
 
-    // A new format's row: the texts follow the built-in patterns, the user's install target is
-    // the user's active folder, and the set documents are "<prefix in lower case>korv".
+    // A new format's row: a drop installs into the user's active folder, and the set documents
+    // are "<prefix in lower case>korv"; the row gives its texts.
     static Format derived(const QString &prefix, const QString &label, const QString &activeFolder,
                           Recognition recognise);
-    // The scan and install texts, which name a format's plug-ins in their own ways.
-    void setScanAndInstallTexts(const QString &scanned, const QString &installed);
 };
 
 } // namespace korvane

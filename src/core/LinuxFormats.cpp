@@ -24,9 +24,9 @@ FolderPair systemPair(const QString &folder)
 
 // A Linux row: /usr/local first (where "move to system" goes), the user's folders next, the
 // distribution's folders last. Nothing is created by a scan: hosts make their own folders.
-Format linuxRow(const QString &prefix, const QString &label, const QString &scanned,
-                const QStringList &userFolders, const QStringList &systemFolders,
-                const QStringList &variables, Recognition recognise, bool recursive)
+Format linuxRow(const QString &prefix, const QString &label, const QStringList &userFolders,
+                const QStringList &systemFolders, const QStringList &variables,
+                Recognition recognise, bool recursive)
 {
     Format f = Format::derived(prefix, label, systemFolders.first(), recognise);
     f.pairs.clear();
@@ -39,9 +39,8 @@ Format linuxRow(const QString &prefix, const QString &label, const QString &scan
     f.createdFolders = {false, false, false, false};
     f.scansSubfolders = recursive;
     f.pathVariables = variables;
-    f.installTarget = userFolders.first() + QStringLiteral("/%@");
+    f.installFolder = userFolders.first();
     f.reading = FormatReading::SharedObject;
-    f.setScanAndInstallTexts(scanned, scanned);
     return f;
 }
 
@@ -64,129 +63,123 @@ QString perArchitecture(const QString &triplet, const QString &folder)
 
 } // namespace
 
-// The texts of the rows, marked for translation where they are looked up.
-[[maybe_unused]] static const char *const kTranslatedTexts[] = {
-    QT_TRANSLATE_NOOP("korvane", "scan LV2-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "scan for LV2-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "LV2-Plugins only"),
-    QT_TRANSLATE_NOOP("korvane", "Install LV2-Plugins only?"),
-    QT_TRANSLATE_NOOP("korvane", "install LV2-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for LV2"),
-    QT_TRANSLATE_NOOP("korvane", "scan VST3-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "scan for VST3-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "VST3-Plugins only"),
-    QT_TRANSLATE_NOOP("korvane", "Install VST3-Plugins only?"),
-    QT_TRANSLATE_NOOP("korvane", "install VST3-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for VST3"),
-    QT_TRANSLATE_NOOP("korvane", "scan CLAP-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "scan for CLAP-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "CLAP-Plugins only"),
-    QT_TRANSLATE_NOOP("korvane", "Install CLAP-Plugins only?"),
-    QT_TRANSLATE_NOOP("korvane", "install CLAP-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for CLAP"),
-    QT_TRANSLATE_NOOP("korvane", "scan LADSPA-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "scan for LADSPA-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "LADSPA-Plugins only"),
-    QT_TRANSLATE_NOOP("korvane", "Install LADSPA-Plugins only?"),
-    QT_TRANSLATE_NOOP("korvane", "install LADSPA-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for LADSPA"),
-    QT_TRANSLATE_NOOP("korvane", "scan DSSI-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "scan for DSSI-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "DSSI-Plugins only"),
-    QT_TRANSLATE_NOOP("korvane", "Install DSSI-Plugins only?"),
-    QT_TRANSLATE_NOOP("korvane", "install DSSI-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for DSSI"),
-    QT_TRANSLATE_NOOP("korvane", "scan Linux-VST-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "scan for Linux-VST-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "Linux-VST-Plugins only"),
-    QT_TRANSLATE_NOOP("korvane", "Install Linux-VST-Plugins only?"),
-    QT_TRANSLATE_NOOP("korvane", "install Linux-VST-Plugins:"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for Linux VST"),
-    QT_TRANSLATE_NOOP("korvane", "scan VST3 (macOS):"),
-    QT_TRANSLATE_NOOP("korvane", "scan for VST3 (macOS):"),
-    QT_TRANSLATE_NOOP("korvane", "VST3 (macOS) only"),
-    QT_TRANSLATE_NOOP("korvane", "Install VST3 (macOS) only?"),
-    QT_TRANSLATE_NOOP("korvane", "install VST3 (macOS):"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for VST3 (macOS)"),
-    QT_TRANSLATE_NOOP("korvane", "scan CLAP (macOS):"),
-    QT_TRANSLATE_NOOP("korvane", "scan for CLAP (macOS):"),
-    QT_TRANSLATE_NOOP("korvane", "CLAP (macOS) only"),
-    QT_TRANSLATE_NOOP("korvane", "Install CLAP (macOS) only?"),
-    QT_TRANSLATE_NOOP("korvane", "install CLAP (macOS):"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for CLAP (macOS)"),
-    QT_TRANSLATE_NOOP("korvane", "scan LV2 (macOS):"),
-    QT_TRANSLATE_NOOP("korvane", "scan for LV2 (macOS):"),
-    QT_TRANSLATE_NOOP("korvane", "LV2 (macOS) only"),
-    QT_TRANSLATE_NOOP("korvane", "Install LV2 (macOS) only?"),
-    QT_TRANSLATE_NOOP("korvane", "install LV2 (macOS):"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for LV2 (macOS)"),
-    QT_TRANSLATE_NOOP("korvane", "scan AAX:"),
-    QT_TRANSLATE_NOOP("korvane", "scan for AAX:"),
-    QT_TRANSLATE_NOOP("korvane", "AAX only"),
-    QT_TRANSLATE_NOOP("korvane", "Install AAX only?"),
-    QT_TRANSLATE_NOOP("korvane", "install AAX:"),
-    QT_TRANSLATE_NOOP("korvane", "There is no set selected for AAX"),
-};
-
 QList<Format> linuxFormats()
 {
     const QString ma = kMultiarch;
     QList<Format> rows;
 
     Format lv2 =
-        linuxRow(QStringLiteral("LV2"), QStringLiteral("LV2"), QStringLiteral("LV2-Plugins"),
-                 {QStringLiteral("~/.lv2")},
+        linuxRow(QStringLiteral("LV2"), QStringLiteral("LV2"), {QStringLiteral("~/.lv2")},
                  {QStringLiteral("/usr/local/lib/lv2"), QStringLiteral("/usr/lib/lv2"),
                   perArchitecture(ma, QStringLiteral("lv2")), QStringLiteral("/usr/lib64/lv2")},
                  {QStringLiteral("LV2_PATH")}, &isLv2BundlePath, false);
     lv2.multiarchFolder = QStringLiteral("lv2");
     lv2.reading = FormatReading::Lv2;
     lv2.helpText = QStringLiteral("LV2 bundles (~/.lv2, /usr/local/lib/lv2, /usr/lib/lv2)");
+    lv2.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan LV2-Plugins:"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for LV2-Plugins:"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "LV2-Plugins only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install LV2-Plugins only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install LV2-Plugins:"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "LV2 Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a LV2 Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for LV2"),
+    };
     rows << lv2;
 
-    Format vst3 = linuxRow(QStringLiteral("VST3"), QStringLiteral("VST3"),
-                           QStringLiteral("VST3-Plugins"), {QStringLiteral("~/.vst3")},
-                           {QStringLiteral("/usr/local/lib/vst3"), QStringLiteral("/usr/lib/vst3")},
-                           {QStringLiteral("VST3_PATH")}, &isVst3Path, true);
+    Format vst3 =
+        linuxRow(QStringLiteral("VST3"), QStringLiteral("VST3"), {QStringLiteral("~/.vst3")},
+                 {QStringLiteral("/usr/local/lib/vst3"), QStringLiteral("/usr/lib/vst3")},
+                 {QStringLiteral("VST3_PATH")}, &isVst3Path, true);
     vst3.reading = FormatReading::Vst3;
     vst3.helpText = QStringLiteral("VST 3 bundles (~/.vst3, /usr/local/lib/vst3, /usr/lib/vst3)");
+    vst3.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan VST3-Plugins:"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for VST3-Plugins:"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "VST3-Plugins only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install VST3-Plugins only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install VST3-Plugins:"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "VST3 Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a VST3 Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for VST3"),
+    };
     rows << vst3;
 
-    Format clap = linuxRow(QStringLiteral("CLAP"), QStringLiteral("CLAP"),
-                           QStringLiteral("CLAP-Plugins"), {QStringLiteral("~/.clap")},
-                           {QStringLiteral("/usr/local/lib/clap"), QStringLiteral("/usr/lib/clap")},
-                           {QStringLiteral("CLAP_PATH")}, &isClapPath, true);
+    Format clap =
+        linuxRow(QStringLiteral("CLAP"), QStringLiteral("CLAP"), {QStringLiteral("~/.clap")},
+                 {QStringLiteral("/usr/local/lib/clap"), QStringLiteral("/usr/lib/clap")},
+                 {QStringLiteral("CLAP_PATH")}, &isClapPath, true);
     clap.helpText = QStringLiteral("CLAP plug-ins (~/.clap, /usr/local/lib/clap, /usr/lib/clap)");
+    clap.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan CLAP-Plugins:"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for CLAP-Plugins:"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "CLAP-Plugins only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install CLAP-Plugins only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install CLAP-Plugins:"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "CLAP Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a CLAP Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for CLAP"),
+    };
     rows << clap;
 
     Format ladspa =
-        linuxRow(QStringLiteral("LADSPA"), QStringLiteral("LADSPA"),
-                 QStringLiteral("LADSPA-Plugins"), {QStringLiteral("~/.ladspa")},
+        linuxRow(QStringLiteral("LADSPA"), QStringLiteral("LADSPA"), {QStringLiteral("~/.ladspa")},
                  {QStringLiteral("/usr/local/lib/ladspa"), QStringLiteral("/usr/lib/ladspa"),
                   perArchitecture(ma, QStringLiteral("ladspa"))},
                  {QStringLiteral("LADSPA_PATH")}, &isSharedObjectPath, false);
     ladspa.multiarchFolder = QStringLiteral("ladspa");
     ladspa.helpText =
         QStringLiteral("LADSPA libraries (~/.ladspa, /usr/local/lib/ladspa, /usr/lib/ladspa)");
+    ladspa.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan LADSPA-Plugins:"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for LADSPA-Plugins:"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "LADSPA-Plugins only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install LADSPA-Plugins only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install LADSPA-Plugins:"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "LADSPA Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a LADSPA Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for LADSPA"),
+    };
     rows << ladspa;
 
-    Format dssi = linuxRow(QStringLiteral("DSSI"), QStringLiteral("DSSI"),
-                           QStringLiteral("DSSI-Plugins"), {QStringLiteral("~/.dssi")},
-                           {QStringLiteral("/usr/local/lib/dssi"), QStringLiteral("/usr/lib/dssi"),
-                            perArchitecture(ma, QStringLiteral("dssi"))},
-                           {QStringLiteral("DSSI_PATH")}, &isSharedObjectPath, false);
+    Format dssi =
+        linuxRow(QStringLiteral("DSSI"), QStringLiteral("DSSI"), {QStringLiteral("~/.dssi")},
+                 {QStringLiteral("/usr/local/lib/dssi"), QStringLiteral("/usr/lib/dssi"),
+                  perArchitecture(ma, QStringLiteral("dssi"))},
+                 {QStringLiteral("DSSI_PATH")}, &isSharedObjectPath, false);
     dssi.multiarchFolder = QStringLiteral("dssi");
     dssi.helpText = QStringLiteral("DSSI libraries (~/.dssi, /usr/local/lib/dssi, /usr/lib/dssi)");
+    dssi.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan DSSI-Plugins:"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for DSSI-Plugins:"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "DSSI-Plugins only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install DSSI-Plugins only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install DSSI-Plugins:"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "DSSI Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a DSSI Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for DSSI"),
+    };
     rows << dssi;
 
-    Format lxvst = linuxRow(
-        QStringLiteral("LXVST"), QStringLiteral("Linux VST"), QStringLiteral("Linux-VST-Plugins"),
-        {QStringLiteral("~/.vst"), QStringLiteral("~/.lxvst")},
-        {QStringLiteral("/usr/local/lib/vst"), QStringLiteral("/usr/lib/vst"),
-         QStringLiteral("/usr/lib/lxvst")},
-        {QStringLiteral("VST_PATH"), QStringLiteral("LXVST_PATH")}, &isSharedObjectPath, true);
+    Format lxvst = linuxRow(QStringLiteral("LXVST"), QStringLiteral("Linux VST"),
+                            {QStringLiteral("~/.vst"), QStringLiteral("~/.lxvst")},
+                            {QStringLiteral("/usr/local/lib/vst"), QStringLiteral("/usr/lib/vst"),
+                             QStringLiteral("/usr/lib/lxvst")},
+                            {QStringLiteral("VST_PATH"), QStringLiteral("LXVST_PATH")},
+                            &isSharedObjectPath, true);
     lxvst.helpText = QStringLiteral(
         "Linux VST 2 libraries (~/.vst, ~/.lxvst, /usr/local/lib/vst, /usr/lib/vst)");
+    lxvst.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan Linux-VST-Plugins:"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for Linux-VST-Plugins:"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "Linux-VST-Plugins only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install Linux-VST-Plugins only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install Linux-VST-Plugins:"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "Linux VST Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a Linux VST Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for Linux VST"),
+    };
     rows << lxvst;
     return rows;
 }
@@ -213,6 +206,46 @@ QList<Format> macLayoutFormats()
                         &isAaxPath, true);
     aax.helpText =
         QStringLiteral("AAX bundles in /Library/Application Support/Avid/Audio/Plug-Ins");
+    vst3.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan VST3 (macOS):"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for VST3 (macOS):"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "VST3 (macOS) only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install VST3 (macOS) only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install VST3 (macOS):"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "VST3 (macOS) Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a VST3 (macOS) Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for VST3 (macOS)"),
+    };
+    clap.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan CLAP (macOS):"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for CLAP (macOS):"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "CLAP (macOS) only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install CLAP (macOS) only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install CLAP (macOS):"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "CLAP (macOS) Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a CLAP (macOS) Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for CLAP (macOS)"),
+    };
+    lv2.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan LV2 (macOS):"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for LV2 (macOS):"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "LV2 (macOS) only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install LV2 (macOS) only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install LV2 (macOS):"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "LV2 (macOS) Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a LV2 (macOS) Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for LV2 (macOS)"),
+    };
+    aax.texts = {
+        .panelTitle = QT_TRANSLATE_NOOP("korvane", "scan AAX:"),
+        .folderTextPrefix = QT_TRANSLATE_NOOP("korvane", "scan for AAX:"),
+        .installFirstButton = QT_TRANSLATE_NOOP("korvane", "AAX only"),
+        .installInformative = QT_TRANSLATE_NOOP("korvane", "Install AAX only?"),
+        .installProgressTitle = QT_TRANSLATE_NOOP("korvane", "install AAX:"),
+        .infoMessage = QT_TRANSLATE_NOOP("korvane", "AAX Plug-Ins Info"),
+        .infoText = QT_TRANSLATE_NOOP("korvane", "Please select a AAX Plug-In"),
+        .noSetMessage = QT_TRANSLATE_NOOP("korvane", "There is no set selected for AAX"),
+    };
     return {vst3, clap, lv2, aax};
 }
 

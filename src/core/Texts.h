@@ -2,7 +2,6 @@
 
 #include <QCoreApplication>
 #include <QString>
-#include <QStringList>
 
 namespace korvane {
 
@@ -12,23 +11,6 @@ namespace korvane {
 inline QString tr(const char *english)
 {
     return QCoreApplication::translate("korvane", english);
-}
-
-// Fills each "%@" of a looked-up text in turn; a "%@" inside an argument stays as it is.
-inline QString fillFormat(const QString &format, const QStringList &args)
-{
-    QString out;
-    qsizetype from = 0;
-    for (const QString &arg : args) {
-        const qsizetype at = format.indexOf(QLatin1String("%@"), from);
-        if (at < 0)
-            break;
-        out += format.mid(from, at - from);
-        out += arg;
-        from = at + 2;
-    }
-    out += format.mid(from);
-    return out;
 }
 
 } // namespace korvane

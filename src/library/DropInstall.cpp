@@ -127,16 +127,16 @@ bool DropInstall::install(FormatManager &manager, const QStringList &paths)
     Alert alert;
     alert.style = Alert::Informational;
     alert.messageText = korvane::tr("Install Files");
-    alert.informativeText = korvane::tr(traits.installInformative.toUtf8().constData());
-    alert.buttons = {korvane::tr(traits.installFirstButton.toUtf8().constData()),
-                     korvane::tr("All Files"), korvane::tr("Cancel")};
+    alert.informativeText = korvane::tr(traits.texts.installInformative);
+    alert.buttons = {korvane::tr(traits.texts.installFirstButton), korvane::tr("All Files"),
+                     korvane::tr("Cancel")};
     alert.addedButtons = true;
     const AlertAnswer answer = ui.runAlert(alert);
     if (answer != AlertAnswer::First && answer != AlertAnswer::Second)
         return false;
     const bool allFiles = answer == AlertAnswer::Second;
 
-    ui.progressBegin(korvane::tr(traits.installProgressTitle.toUtf8().constData()));
+    ui.progressBegin(korvane::tr(traits.texts.installProgressTitle));
     ui.progressDetail(QString());
     FileOperations &files = manager.files();
     const int count = int(paths.size());

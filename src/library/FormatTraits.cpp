@@ -8,19 +8,18 @@ QString FormatTraits::toggleActionName(const QString &name, bool active, bool gl
                                        bool globalFlag) const
 {
     // The action name is shown in the Edit menu, so its words are looked up like any text.
-    const QString word =
-        globalFlag ? (global ? korvane::tr("setGlobal") : korvane::tr("setLocal"))
-                   : korvane::tr((active ? activeOnWord : activeOffWord).toUtf8().constData());
+    const QString word = globalFlag ? (global ? korvane::tr("setGlobal") : korvane::tr("setLocal"))
+                                    : korvane::tr(active ? activeOnWord : activeOffWord);
     if (!wordFirst)
-        return fillFormat(korvane::tr("%@ \"%@\""), {name, word});
+        return korvane::tr("%1 \"%2\"").arg(name, word);
     if (globalFlag)
-        return fillFormat(korvane::tr("%@ for \"%@\""), {word, name});
-    return fillFormat(korvane::tr("%@ \"%@\""), {word, name});
+        return korvane::tr("%1 for \"%2\"").arg(word, name);
+    return korvane::tr("%1 \"%2\"").arg(word, name);
 }
 
 QString FormatTraits::installPath(const QString &fileName) const
 {
-    return QString(installTarget).replace(QLatin1String("%@"), fileName);
+    return installFolder + QLatin1Char('/') + fileName;
 }
 
 } // namespace korvane

@@ -62,8 +62,8 @@ void GroupAssignment::changeGroup(const PluginPtr &item, const QString &group)
     });
     item->setGroup(group);
     if (!undo->isUndoing())
-        undo->setActionName(fillFormat(korvane::tr("%@ %@ for \"%@\""),
-                                       {korvane::tr("setGroup"), item->group(), item->name()}));
+        undo->setActionName(korvane::tr("%1 %2 for \"%3\"")
+                                .arg(korvane::tr("setGroup"), item->group(), item->name()));
     if (undo->isUndoing() || undo->isRedoing())
         m_manager.announceChanged({item});
     services.updateUndoTitle();

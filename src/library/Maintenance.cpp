@@ -29,11 +29,6 @@ void showOkAlert(UserInterface &ui, const QString &message, const QString &infor
     ui.runAlert(alert);
 }
 
-QString trText(const QString &english)
-{
-    return korvane::tr(english.toUtf8().constData());
-}
-
 } // namespace
 
 Maintenance::Maintenance(FormatManager &manager, const ManagerParts &parts)
@@ -48,7 +43,8 @@ void Maintenance::requestInfo()
     // Without a selection the panel only learns whether to show content.
     emit m_manager.infoRequested(selected, m_parts.settings.showsContent(traits.type));
     if (!selected)
-        showOkAlert(m_manager.ui(), trText(traits.infoMessage), trText(traits.infoText));
+        showOkAlert(m_manager.ui(), korvane::tr(traits.texts.infoMessage),
+                    korvane::tr(traits.texts.infoText));
 }
 
 void Maintenance::backup()
@@ -66,18 +62,15 @@ void Maintenance::reportDuplicates()
     AppServices *services = &m_manager.services();
     services->showLog();
     services->appendLog(
-        korvane::tr("----- %@ -----\n")
-            .replace(QLatin1String("%@"),
-                     QLocale().toString(QDateTime::currentDateTime(), QLocale::LongFormat)));
+        korvane::tr("----- %1 -----\n")
+            .arg(QLocale().toString(QDateTime::currentDateTime(), QLocale::LongFormat)));
 
     // The lines go to the log as one entry: the same text, and one append instead of one per
     // line keeps a long report linear however the log stores its text.
     const QList<QPair<QString, int>> names = DuplicateReport::counts(m_manager.items());
     // The line is looked up once; arg() fills both places in one pass, so a "%2" in a name
     // stays as it is.
-    const QString line = korvane::tr("Plugin %@ is found %d times\n")
-                             .replace(QLatin1String("%@"), QLatin1String("%1"))
-                             .replace(QLatin1String("%d"), QLatin1String("%2"));
+    const QString line = korvane::tr("Plugin %1 is found %2 times\n");
     QString report;
     qsizetype length = 0;
     for (const auto &[name, count] : names)

@@ -189,9 +189,9 @@ void Scanner::scan(PluginList &list)
 
     FileOperations &files = m_parts.services.files();
     UserInterface &ui = m_parts.services.ui();
-    ui.progressBegin(korvane::tr(m_traits.panelTitle.toUtf8().constData()));
+    ui.progressBegin(korvane::tr(m_traits.texts.panelTitle));
     ScanProgress progress(ui, m_traits.progressOffset);
-    const QString folderPrefix = korvane::tr(m_traits.folderTextPrefix.toUtf8().constData());
+    const QString folderPrefix = korvane::tr(m_traits.texts.folderTextPrefix);
     // The disk does not change under one scan in any way the scan cares about; the next scan
     // starts with a new cache.
     std::optional<ScanCache> cache(std::in_place);

@@ -23,9 +23,21 @@ namespace korvane {
 
 namespace {
 
-const QString kNoSet = SetController::noSetTitle();
+// Stored in English and shown translated: one text for both.
+const char *const kNoSetText = QT_TRANSLATE_NOOP("korvane", "no set");
+const QString kNoSet = QLatin1String(kNoSetText);
 
 } // namespace
+
+QString SetController::noSetTitle()
+{
+    return kNoSet;
+}
+
+QString SetController::shownNoSetTitle()
+{
+    return korvane::tr(kNoSetText);
+}
 
 SetController::SetController(FormatManager &manager, const FormatTraits &traits,
                              const ManagerParts &parts)
@@ -208,8 +220,7 @@ void SetController::selectSet(int index)
         // again" once was the default, and Return asked again for as long as it was pressed.
         alert.buttons = {korvane::tr("Cancel"), korvane::tr("try again"), korvane::tr("remove")};
         alert.addedButtons = true;
-        alert.informativeText =
-            korvane::tr("The set \"%@\" not longer exist.").replace(QLatin1String("%@"), path);
+        alert.informativeText = korvane::tr("The set \"%1\" not longer exist.").arg(path);
         const AlertAnswer answer = m_parts.services.ui().runAlert(alert);
         if (answer == AlertAnswer::Third) {
             m_setTitles.removeAll(path);
@@ -254,7 +265,7 @@ void SetController::saveSetList()
 
 QString SetController::selectedSet() const
 {
-    const QString title = m_setTitles.value(m_selectedSetIndex);
+    QString title = m_setTitles.value(m_selectedSetIndex);
     if (m_selectedSetIndex < 0 || m_selectedSetIndex >= m_setTitles.size() || title == kNoSet)
         return QString();
     return title;

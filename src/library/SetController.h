@@ -24,9 +24,11 @@ class SetController : public QObject {
 public:
     SetController(FormatManager &manager, const FormatTraits &traits, const ManagerParts &parts);
 
-    // The pop-up's first title, for no set at all; also what the preferences keep as the default
-    // set when none is chosen.
-    static QString noSetTitle() { return QStringLiteral("no set"); }
+    // The pop-up's first title, for no set at all, as the sets file stores it; also what the
+    // preferences keep as the default set when none is chosen.
+    static QString noSetTitle();
+    // The same entry as a person sees it, in their language.
+    static QString shownNoSetTitle();
 
     void loadSetList(); // the set pop-up from the sets file, the window-load name, apply off
     void saveSetList();

@@ -61,6 +61,15 @@ TEST_F(GroupAssignmentTest, ATableEditIsUndoneAndRedoneInTheFile)
     EXPECT_EQ(saved("Foo.component"), "Drums");
 }
 
+// The undo title takes the group and the name in one pass: a "%1" typed into a group stays as
+// typed instead of being filled in again.
+TEST_F(GroupAssignmentTest, TheUndoTitleShowsAGroupAsTypedWhateverItsPercentSigns)
+{
+    services().groups() << "50%1 %2";
+    au->marking().changeItem(item(au, "Foo.component"), "AUGroup", "50%1 %2");
+    EXPECT_EQ(undo->undoActionName(), "setGroup 50%1 %2 for \"Foo.component\"");
+}
+
 TEST_F(GroupAssignmentTest, ADamagedGroupsFileGivesNoGroups)
 {
     writeText(file, "not a property list");

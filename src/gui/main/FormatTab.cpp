@@ -153,10 +153,10 @@ QPushButton *FormatTab::makeButton(const QString &name, const QString &text)
 
 QString FormatTab::setTitle(const QString &entry)
 {
-    // "no set" is how the sets file names the empty choice; the rest are paths, shown by their
-    // file name (a long path was cut off at the left) with the path as tool tip.
-    if (entry == QLatin1String("no set"))
-        return korvane::tr("no set");
+    // The sets file names the empty choice in English; the rest are paths, shown by their file
+    // name (a long path was cut off at the left) with the path as tool tip.
+    if (entry == SetController::noSetTitle())
+        return SetController::shownNoSetTitle();
     return displayName(QFileInfo(entry).fileName());
 }
 
@@ -182,7 +182,7 @@ void FormatTab::showSets()
         m_sets->clear();
         for (const QString &title : titles) {
             m_sets->addItem(setTitle(title), title);
-            if (title != QLatin1String("no set"))
+            if (title != SetController::noSetTitle())
                 m_sets->setItemData(m_sets->count() - 1, displayName(title), Qt::ToolTipRole);
         }
     }

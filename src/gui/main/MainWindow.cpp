@@ -7,6 +7,7 @@
 #include "app/PreferenceStore.h"
 #include "app/Preferences.h"
 #include "core/Locations.h"
+#include "core/PreferenceKeys.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "gui/dialogs/DuplicatesDialog.h"
@@ -52,12 +53,6 @@ QString menuText(const QString &title)
     QString text = title;
     return text.replace(QLatin1Char('&'), QLatin1String("&&"));
 }
-
-// What the window keeps of its panes between runs.
-const QString kDetailsShown = QStringLiteral("DetailsPaneShown");
-const QString kDetailsSplit = QStringLiteral("DetailsPaneSplit");
-const QString kAllInFront = QStringLiteral("AllPluginsInFront");
-const QString kAllColumns = QStringLiteral("AllPluginsColumns");
 
 } // namespace
 
@@ -236,16 +231,16 @@ void MainWindow::restoreViewState()
     PreferenceStore *store = m_context.pref()->store();
     if (!store)
         return;
-    const QByteArray split = store->value(kDetailsSplit).toByteArray();
+    const QByteArray split = store->value(PreferenceKeys::DetailsPaneSplit).toByteArray();
     if (!split.isEmpty())
         m_splitter->restoreState(split);
     // The list's columns: order, widths and the sort, which the model makes itself.
     QHeaderView *header = m_all->tree()->header();
-    if (const QByteArray columns = store->value(kAllColumns).toByteArray();
+    if (const QByteArray columns = store->value(PreferenceKeys::AllPluginsColumns).toByteArray();
         !columns.isEmpty() && header->restoreState(columns))
         m_all->tree()->sortByColumn(header->sortIndicatorSection(), header->sortIndicatorOrder());
-    showDetails(store->boolValue(kDetailsShown));
-    showAllPlugins(store->boolValue(kAllInFront));
+    showDetails(store->boolValue(PreferenceKeys::DetailsPaneShown));
+    showAllPlugins(store->boolValue(PreferenceKeys::AllPluginsInFront));
 }
 
 MainWindow::~MainWindow() = default;
@@ -280,10 +275,10 @@ void MainWindow::saveState()
             if (store->value(key) != value)
                 values.append({key, value});
         };
-        keep(kDetailsShown, !m_details->isHidden());
-        keep(kDetailsSplit, m_splitter->saveState());
-        keep(kAllInFront, isAllPluginsInFront());
-        keep(kAllColumns, m_all->tree()->header()->saveState());
+        keep(PreferenceKeys::DetailsPaneShown, !m_details->isHidden());
+        keep(PreferenceKeys::DetailsPaneSplit, m_splitter->saveState());
+        keep(PreferenceKeys::AllPluginsInFront, isAllPluginsInFront());
+        keep(PreferenceKeys::AllPluginsColumns, m_all->tree()->header()->saveState());
         if (!values.isEmpty())
             store->setValues(values);
     }

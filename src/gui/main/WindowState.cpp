@@ -1,6 +1,7 @@
 #include "gui/main/WindowState.h"
 
 #include "app/PreferenceStore.h"
+#include "core/PreferenceKeys.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -10,8 +11,6 @@
 namespace korvane {
 
 namespace {
-
-const QString kGeometry = QStringLiteral("WindowGeometry");
 
 // The screen's free area, less room for the window's frame.
 QRect room(const QWidget &window)
@@ -36,7 +35,7 @@ void WindowState::restore(QWidget &window, PreferenceStore *store)
     window.resize(std::min(1100, free.width()), std::min(680, free.height()));
     if (!store)
         return;
-    const QByteArray saved = store->value(kGeometry).toByteArray();
+    const QByteArray saved = store->value(PreferenceKeys::WindowGeometry).toByteArray();
     // Qt puts a window back on a screen when its saved place is off every screen of this run.
     if (saved.isEmpty() || !window.restoreGeometry(saved))
         return;
@@ -50,8 +49,8 @@ void WindowState::save(const QWidget &window, PreferenceStore *store)
     if (!store)
         return;
     const QByteArray geometry = window.saveGeometry();
-    if (store->value(kGeometry).toByteArray() != geometry)
-        store->setValue(kGeometry, geometry);
+    if (store->value(PreferenceKeys::WindowGeometry).toByteArray() != geometry)
+        store->setValue(PreferenceKeys::WindowGeometry, geometry);
 }
 
 } // namespace korvane

@@ -1,6 +1,7 @@
 #include "gui/table/PluginTableView.h"
 
 #include "app/Preferences.h"
+#include "core/PreferenceKeys.h"
 #include "core/Texts.h"
 #include "gui/table/ColumnMenu.h"
 #include "gui/table/EmptyTableNote.h"
@@ -276,7 +277,7 @@ void PluginTableView::setFilterText(const QString &text)
 
 QString PluginTableView::columnsKey() const
 {
-    return m_manager.traits().prefix + QStringLiteral("TableColumns");
+    return PreferenceKeys::forFormat(m_manager.traits(), PreferenceKeys::FormatKey::TableColumns);
 }
 
 // --- Selection ---------------------------------------------------------------------------------
@@ -367,7 +368,7 @@ void PluginTableView::sortByHeader(int section, Qt::SortOrder order)
 
 QString PluginTableView::sortKey() const
 {
-    return m_manager.traits().prefix + QStringLiteral("TableSort");
+    return PreferenceKeys::forFormat(m_manager.traits(), PreferenceKeys::FormatKey::TableSort);
 }
 
 void PluginTableView::saveSort()
