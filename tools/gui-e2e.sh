@@ -94,6 +94,18 @@ keys() {
   sleep 0.5
 }
 # Ctrl+Q to the focused window; the program must end within five seconds. prefix: for the message.
+# Starts korvane on a library, everything it writes kept in the demo's folders, its output added
+# to korvane.log; app is its pid. launch ROOT HOME STATE [env's options or VAR=value ...]
+launch() {
+  local root=$1 home=$2 state=$3
+  shift 3
+  mkdir -p "$dir/runtime" && chmod 700 "$dir/runtime"
+  env "$@" HOME="$home" XDG_CONFIG_HOME="$state/config" XDG_CACHE_HOME="$state/cache" \
+    XDG_RUNTIME_DIR="$dir/runtime" QT_QPA_PLATFORM=xcb \
+    "$korvane" --root "$root" --home "$home" >>"$dir/korvane.log" 2>&1 &
+  app=$!
+}
+
 quit_with_ctrl_q() {
   keys ctrl+q
   for _ in $(seq 50); do
@@ -123,12 +135,7 @@ for _ in $(seq 50); do
 done
 
 # Everything the program writes stays in the demo's folders.
-HOME="$H" XDG_CONFIG_HOME="$dir/config" XDG_CACHE_HOME="$dir/cache" \
-  XDG_RUNTIME_DIR="$dir/runtime" QT_QPA_PLATFORM=xcb \
-  KORVANE_UPDATE_URL="http://127.0.0.1:$(cat "$dir/update-port")/versions.plist" \
-  "$korvane" --root "$R" --home "$H" >"$dir/korvane.log" 2>&1 &
-app=$!
-mkdir -p "$dir/runtime" && chmod 700 "$dir/runtime"
+launch "$R" "$H" "$dir" KORVANE_UPDATE_URL="http://127.0.0.1:$(cat "$dir/update-port")/versions.plist"
 
 if main=$(wait_for_window Korvane); then
   pass "the window opened"
@@ -522,10 +529,7 @@ linux_columns_check() {
   vst3_bundle Narrow "Acme Audio" 1.9.2 x86_64-linux
   vst3_bundle Pi "Bittern" 0.3 aarch64-linux
 
-  HOME="$LH" XDG_CONFIG_HOME="$lx/config" XDG_CACHE_HOME="$lx/cache" \
-    XDG_RUNTIME_DIR="$dir/runtime" QT_QPA_PLATFORM=xcb LANGUAGE=en LC_ALL=C.UTF-8 \
-    "$korvane" --root "$LR" --home "$LH" >>"$dir/korvane.log" 2>&1 &
-  app=$!
+  launch "$LR" "$LH" "$lx" LANGUAGE=en LC_ALL=C.UTF-8
   if ! main=$(wait_for_window Korvane); then
     fail "Linux library: no window"
     return 0
@@ -567,10 +571,7 @@ linux_columns_check() {
 linux_columns_check
 
 # A German-speaking user: the menus and the windows they open speak German.
-HOME="$H" XDG_CONFIG_HOME="$dir/config" XDG_CACHE_HOME="$dir/cache" \
-  XDG_RUNTIME_DIR="$dir/runtime" QT_QPA_PLATFORM=xcb LANGUAGE=de LC_ALL=de_DE.UTF-8 \
-  "$korvane" --root "$R" --home "$H" >>"$dir/korvane.log" 2>&1 &
-app=$!
+launch "$R" "$H" "$dir" LANGUAGE=de LC_ALL=de_DE.UTF-8
 if main=$(wait_for_window Korvane); then
   sleep 1.5
   focus "$main"
@@ -618,11 +619,8 @@ all_formats_view() {
   "Classes": [ { "CID": "0123456789ABCDEF0123456789ABCDEF", "Category": "Audio Module Class",
                  "Name": "Echo Chamber", "Vendor": "E2E Audio", "Version": "1.0.0" } ] }
 JSON
-  env -u LV2_PATH -u VST3_PATH -u CLAP_PATH -u LADSPA_PATH -u DSSI_PATH -u VST_PATH -u LXVST_PATH \
-    HOME="$h" XDG_CONFIG_HOME="$lib/config" XDG_CACHE_HOME="$lib/cache" \
-    XDG_RUNTIME_DIR="$dir/runtime" QT_QPA_PLATFORM=xcb \
-    "$korvane" --root "$r" --home "$h" >>"$dir/korvane.log" 2>&1 &
-  app=$!
+  launch "$r" "$h" "$lib" -u LV2_PATH -u VST3_PATH -u CLAP_PATH -u LADSPA_PATH -u DSSI_PATH \
+    -u VST_PATH -u LXVST_PATH
   if ! win=$(wait_for_window Korvane); then
     fail "all formats: no window"
     return

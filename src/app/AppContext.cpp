@@ -11,6 +11,7 @@
 #include "library/MissingItemsPrompt.h"
 #include "os/AuthorizationBackend.h"
 #include "os/LocalFileOperations.h"
+#include "os/LockTable.h"
 
 namespace korvane {
 
@@ -21,15 +22,19 @@ AppContext::AppContext(Parts parts)
         m_ownFiles = std::make_unique<LocalFileOperations>(parts.roots);
     if (!parts.ui)
         m_ownUi = std::make_unique<HeadlessUi>();
+    if (!parts.locks)
+        m_ownLocks = std::make_unique<LockTable>();
     if (!parts.authorization)
         m_ownAuthorizationBackend = AuthorizationBackend::createDefault();
     m_files = parts.files ? parts.files : m_ownFiles.get();
     m_ui = parts.ui ? parts.ui : m_ownUi.get();
+    m_locks = parts.locks ? parts.locks : m_ownLocks.get();
     m_authorizationBackend =
         parts.authorization ? parts.authorization : m_ownAuthorizationBackend.get();
 
     // Each controller is handed the ones made before it; none finds another by itself.
-    const RunParts run{m_locations, *m_files, *m_ui, m_formats, parts.settings.lockWaitMs};
+    const RunParts run{m_locations, *m_files, *m_ui,
+                       m_formats,   *m_locks, parts.settings.lockWaitMs};
     m_main = std::make_unique<AppController>(run);
     m_pref = std::make_unique<Preferences>(*m_main); // runs seedDefaults
     m_missingItems = std::make_unique<MissingItemsPrompt>(*m_ui);

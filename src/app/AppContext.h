@@ -18,6 +18,7 @@ class FileOperations;
 class FormatManager;
 class InfoPanelModel;
 class LaunchScript;
+class LockTable;
 class MissingItemsPrompt;
 class Preferences;
 class RightsMover;
@@ -33,6 +34,7 @@ public:
         FormatTable formats = FormatTable::builtIn();  // one manager per row
         FileOperations *files = nullptr;               // default: the local disk
         UserInterface *ui = nullptr;                   // default: nobody there to answer
+        LockTable *locks = nullptr;                    // default: a table of its own
         AuthorizationBackend *authorization = nullptr; // default: polkit where it helps
         bool prepareWindow = true;                     // run the window-load steps at once
         // The window's: system moves that need rights go through it (HelperRights).
@@ -70,9 +72,12 @@ private:
     FormatTable m_formats;
     std::unique_ptr<FileOperations> m_ownFiles;
     std::unique_ptr<UserInterface> m_ownUi;
+    // Before the controllers: it outlives every lock they hold.
+    std::unique_ptr<LockTable> m_ownLocks;
     std::unique_ptr<AuthorizationBackend> m_ownAuthorizationBackend;
     FileOperations *m_files;
     UserInterface *m_ui;
+    LockTable *m_locks;
     AuthorizationBackend *m_authorizationBackend;
 
     std::unique_ptr<AppController> m_main;

@@ -84,6 +84,7 @@ AppContext &CliSession::controllers()
         parts.formats = withRunFolders(FormatTable::builtIn(), m_roots, m_roots.pluginPaths);
         parts.files = &files();
         parts.ui = &m_ui;
+        parts.locks = &m_locks; // the managers share the run's lock
         // A polkit prompt would hang a launch script: the tool asks for no rights.
         parts.authorization = m_authorization.get();
         parts.prepareWindow = false;
@@ -97,7 +98,7 @@ bool CliSession::lockLibrary(QString *failure, bool *heldByAnother)
     // Every format's folders: the run may touch any of them.
     if (!m_lock)
         m_lock = std::make_unique<LibraryLock>(
-            files(),
+            m_locks, files(),
             Locations(m_roots).pluginFolders(
                 withRunFolders(FormatTable::builtIn(), m_roots, m_roots.pluginPaths)),
             m_settings.lockWaitMs);

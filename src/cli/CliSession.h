@@ -2,6 +2,7 @@
 
 #include "cli/CliUi.h"
 #include "os/Environment.h"
+#include "os/LockTable.h"
 
 #include <QString>
 #include <memory>
@@ -61,6 +62,7 @@ private:
     std::unique_ptr<ReadOnlyFileOperations> m_readOnly;
     std::unique_ptr<AllowAllAuthorization> m_authorization;
     std::unique_ptr<SystemLogCapture> m_log;
+    LockTable m_locks; // outlives the lock and the controllers below
     std::unique_ptr<LibraryLock> m_lock;
     std::unique_ptr<AppContext> m_context;
 };

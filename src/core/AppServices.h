@@ -18,6 +18,7 @@ class FileOperations;
 class FormatTable;
 struct FileError;
 class Locations;
+class LockTable;
 class UserInterface;
 
 // What the person chose after a file operation failed.
@@ -30,6 +31,7 @@ struct RunParts {
     FileOperations &files;
     UserInterface &ui;
     const FormatTable &formats;
+    LockTable &locks;    // the folder locks the run holds, shared by every mover in it
     int lockWaitMs = -1; // how long a mover waits for another's lock; negative: the lock's own
 };
 

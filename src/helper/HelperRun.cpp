@@ -3,6 +3,7 @@
 #include "core/FormatTable.h"
 #include "os/FileOperations.h"
 #include "os/LibraryLock.h"
+#include "os/LockTable.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -82,7 +83,8 @@ int runRequest(const QByteArray &request, const HelperArguments &arguments, File
         return end(Ending::Done, ExitAllMoved);
 
     // The same lock as every other mover's, taken as root: it excludes them and they exclude it.
-    const LibraryLock lock(files, folders.lockFolders(*moves), arguments.waitMs);
+    LockTable locks; // the run's: this lock is its only one
+    const LibraryLock lock(locks, files, folders.lockFolders(*moves), arguments.waitMs);
     if (!lock.isLocked()) {
         ending.error = lock.failure();
         ending.holder = lock.holder();

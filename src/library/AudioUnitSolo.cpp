@@ -41,7 +41,8 @@ bool AudioUnitSolo::begin(const PluginPtr &item)
     if (!m_active) {
         // Every Audio Unit moves aside and back: another mover at work meanwhile could lose one.
         auto lock = std::make_unique<LibraryLock>(
-            files, m_audioUnits.locations().pluginFolders(m_audioUnits.traits()),
+            services.parts().locks, files,
+            m_audioUnits.locations().pluginFolders(m_audioUnits.traits()),
             services.parts().lockWaitMs);
         if (!lock->isLocked()) {
             services.appendLog(korvane::tr("Plug-ins not moved") + QStringLiteral(": ")

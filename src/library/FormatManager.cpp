@@ -115,7 +115,7 @@ void FormatManager::apply()
 
 QList<MoveOutcome> FormatManager::applyPending()
 {
-    const LibraryLock lock(files(), locations().pluginFolders(m_traits),
+    const LibraryLock lock(services().parts().locks, files(), locations().pluginFolders(m_traits),
                            services().parts().lockWaitMs);
     if (!libraryLocked(lock, ui()))
         return {};

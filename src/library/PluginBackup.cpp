@@ -273,7 +273,8 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
     // A check writes nothing, the lock file included; its answer may go stale, as any check's.
     std::optional<LibraryLock> lock;
     if (!checkOnly)
-        lock.emplace(files, m_manager.locations().pluginFolders(format));
+        lock.emplace(m_manager.services().parts().locks, files,
+                     m_manager.locations().pluginFolders(format));
     if (lock && !lock->isLocked()) {
         result.error =
             lock->holder().isEmpty()

@@ -166,7 +166,7 @@ bool Scanner::settleInterruptedMoves(const QStringList &folders, const QList<QSt
         return false;
     // A move under way in another program looks just like one cut short: only a scan that has
     // the library to itself touches them. Within this program nothing moves during a scan.
-    const LibraryLock lock(m_parts.services.files(),
+    const LibraryLock lock(m_parts.services.parts().locks, m_parts.services.files(),
                            m_parts.services.locations().pluginFolders(m_traits), 0);
     if (!lock.isLocked()) {
         systemLog(QStringLiteral("Leftovers of moves left alone: %1").arg(lock.failure()));

@@ -1,6 +1,7 @@
 #include "os/LibraryLock.h"
 
 #include "os/FileOperations.h"
+#include "os/LockTable.h"
 #include "os/PathBytes.h"
 #include "os/ProcessList.h"
 
@@ -15,7 +16,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <map>
 #include <memory>
 
 #include <fcntl.h>
@@ -26,28 +26,13 @@ namespace korvane {
 
 namespace {
 
-using Key = std::pair<quint64, quint64>;
+using Key = LockTable::Folder;
 
 constexpr int kDefaultWaitMs = 10000;
 constexpr qint64 kPollMs = 50;
 constexpr qint64 kAbandonedMs = 5000;
 constexpr int kAttempts = 10;
 const QString kLockFileName = QStringLiteral(".korvane.lock");
-
-// One folder this process has locked: the open folder whose flock it is, or the lock file that
-// stands in for it.
-struct Hold {
-    int fd = -1;
-    std::unique_ptr<QLockFile> file;
-    int count = 0;
-};
-
-// Never destroyed: a hold may end while statics go at exit.
-std::map<Key, Hold> &holds()
-{
-    static auto *map = new std::map<Key, Hold>();
-    return *map;
-}
 
 // A folder opened for its lock.
 struct Target {
@@ -147,8 +132,8 @@ QString inUse(const QString &holder)
 
 // Where the kernel keeps no locks for the folder's file system: a lock file in it, taken over
 // from a holder that is gone.
-bool takeLockFile(const Target &target, const QDeadlineTimer &deadline, Hold *hold, QString *holder,
-                  QString *failure)
+bool takeLockFile(const Target &target, const QDeadlineTimer &deadline,
+                  std::unique_ptr<QLockFile> *taken, QString *holder, QString *failure)
 {
     const QString path = target.path + QLatin1Char('/') + kLockFileName;
     auto file = std::make_unique<QLockFile>(path);
@@ -156,7 +141,7 @@ bool takeLockFile(const Target &target, const QDeadlineTimer &deadline, Hold *ho
     file->setStaleLockTime(0);
     for (;;) {
         if (file->tryLock(int(std::min<qint64>(deadline.remainingTime(), kPollMs)))) {
-            hold->file = std::move(file);
+            *taken = std::move(file);
             return true;
         }
         if (file->error() != QLockFile::LockFailedError || deadline.hasExpired())
@@ -181,21 +166,22 @@ bool isUnsupported(int errorNumber)
            || errorNumber == EBADF || errorNumber == EINVAL;
 }
 
-// Takes one folder's lock for this process, waiting for another holder until the deadline.
-bool take(FileOperations &files, Target &target, const QDeadlineTimer &deadline, QString *holder,
-          QString *failure)
+// Takes one folder's lock for the table's run, waiting for another holder until the deadline.
+bool take(LockTable &locks, FileOperations &files, Target &target, const QDeadlineTimer &deadline,
+          QString *holder, QString *failure)
 {
-    Hold hold;
     for (;;) {
         const int result = files.lockFolder(target.fd);
         if (result == 0) {
-            hold.fd = std::exchange(target.fd, -1);
-            break;
+            locks.keep(target.key, std::exchange(target.fd, -1), nullptr);
+            return true;
         }
         if (isUnsupported(result)) {
-            if (!takeLockFile(target, deadline, &hold, holder, failure))
+            std::unique_ptr<QLockFile> file;
+            if (!takeLockFile(target, deadline, &file, holder, failure))
                 return false;
-            break;
+            locks.keep(target.key, -1, std::move(file));
+            return true;
         }
         if (result != EWOULDBLOCK) {
             *failure = QStringLiteral("cannot lock the folder \"%1\": %2")
@@ -209,14 +195,13 @@ bool take(FileOperations &files, Target &target, const QDeadlineTimer &deadline,
         }
         QThread::msleep(quint64(std::min<qint64>(deadline.remainingTime(), kPollMs)));
     }
-    hold.count = 1;
-    holds()[target.key] = std::move(hold);
-    return true;
 }
 
 } // namespace
 
-LibraryLock::LibraryLock(FileOperations &files, const QStringList &pluginFolders, int waitMs)
+LibraryLock::LibraryLock(LockTable &locks, FileOperations &files, const QStringList &pluginFolders,
+                         int waitMs)
+    : m_locks(locks)
 {
     const QDeadlineTimer deadline(waitMs < 0 ? defaultWaitMs() : waitMs);
     for (int attempt = 1;; ++attempt) {
@@ -245,9 +230,8 @@ LibraryLock::LibraryLock(FileOperations &files, const QStringList &pluginFolders
             Target &target = targets[i];
             if (i > 0 && targets.at(i - 1).key == target.key)
                 continue;
-            if (auto held = holds().find(target.key); held != holds().end())
-                ++held->second.count;
-            else if (!take(files, target, deadline, &m_holder, &m_failure))
+            if (!m_locks.share(target.key)
+                && !take(m_locks, files, target, deadline, &m_holder, &m_failure))
                 taken = false;
             if (taken)
                 m_keys.append(target.key);
@@ -286,15 +270,8 @@ LibraryLock::~LibraryLock()
 
 void LibraryLock::release()
 {
-    for (const Key &key : std::as_const(m_keys)) {
-        auto held = holds().find(key);
-        if (held == holds().end() || --held->second.count > 0)
-            continue;
-        // Closing the folder lets go of its lock; the lock file removes itself.
-        if (held->second.fd >= 0)
-            ::close(held->second.fd);
-        holds().erase(held);
-    }
+    for (const Key &key : std::as_const(m_keys))
+        m_locks.leave(key);
     m_keys.clear();
 }
 

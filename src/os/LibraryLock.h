@@ -9,6 +9,7 @@
 namespace korvane {
 
 class FileOperations;
+class LockTable;
 
 // Held while plug-ins move: two programs moving the same plug-ins at once can leave one in
 // neither folder. The lock belongs to the folders that change, not to a person, so movers of
@@ -18,13 +19,14 @@ class FileOperations;
 // read access, nothing is left on disk, and a holder that dies lets go with its last descriptor.
 // Several folders are taken in ascending device and inode order, each once, so two movers never
 // wait on each other in a circle. Where the file system keeps no such locks, a lock file in the
-// folder stands in when the folder is writable. Holders within one process share each folder's
-// lock, so a tool that locks for a whole run may call code that locks again.
+// folder stands in when the folder is writable. Holders of one run share each folder's lock
+// through the run's LockTable.
 class LibraryLock {
 public:
-    // Locks the folders holding these plug-in folders, waiting up to waitMs for other holders;
-    // negative: defaultWaitMs().
-    LibraryLock(FileOperations &files, const QStringList &pluginFolders, int waitMs = -1);
+    // Locks the folders holding these plug-in folders, sharing what the run's locks hold already
+    // and waiting up to waitMs for other holders; negative: defaultWaitMs().
+    LibraryLock(LockTable &locks, FileOperations &files, const QStringList &pluginFolders,
+                int waitMs = -1);
     ~LibraryLock();
     LibraryLock(const LibraryLock &) = delete;
     LibraryLock &operator=(const LibraryLock &) = delete;
@@ -44,6 +46,7 @@ public:
 private:
     void release();
 
+    LockTable &m_locks;
     // The folders this lock counts in, by device and inode.
     QList<std::pair<quint64, quint64>> m_keys;
     QString m_holder;

@@ -123,7 +123,7 @@ TEST_F(AppServicesTest, OnlyCompanionsUnderTheSystemActiveRootHideScanPaths)
     // A home longer than the system root, as on a real machine, so the cut lands mid-folder.
     QDir().mkpath(homePath("someone/Library/Application Support"));
     const Locations longer(Roots::at(root(), homePath("someone")));
-    AppServices services(RunParts{longer, disk(), ui, FormatTable::builtIn()});
+    AppServices services(RunParts{longer, disk(), ui, FormatTable::builtIn(), locks()});
     services.storeContent(
         {"X.component", longer.expand("~/Library/Audio/Plug-Ins/Components/Shared/Lib")});
     services.storeContent({"Y.component", components, components + "/"}); // too short to cut

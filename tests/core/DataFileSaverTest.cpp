@@ -140,7 +140,7 @@ TEST_F(DataFileSaverTest, TheGroupRegistryAtQuitAsksInsteadOfLosingTheNewGroup)
 {
     QDir().mkpath(homePath(kSupport));
     ScriptedUi ui;
-    AppServices services(RunParts{locations(), disk(), ui, FormatTable::builtIn()});
+    AppServices services(RunParts{locations(), disk(), ui, FormatTable::builtIn(), locks()});
     services.addGroup();
     ImmutableGuard guard(homePath(kSupport));
     if (!guard.ok())

@@ -264,6 +264,7 @@ TEST_F(AllPluginsViewTest, TheFormatFilterKeepsTheProductsOfThatFormatAndActsOnl
         << "the formats that hold something, in the tabs' order";
 
     choose(format, "VST3");
+    // The product row still names every format it is installed in; the rows below, the shown.
     EXPECT_EQ(shown(), QStringList({"Echo Chamber=VST, LV2, VST3"})) << "the LV2-only ones go";
     EXPECT_EQ(shownBeneath("Echo Chamber"), QStringList({"VST3"}));
     EXPECT_EQ(view().statusLine()->text(), "3 products · 1 in more than one format · 1 shown");

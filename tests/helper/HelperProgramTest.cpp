@@ -222,8 +222,8 @@ TEST_F(HelperProgramTest, WaitsForAnotherMoverAndGivesUpWhenItKeepsTheLock)
 {
     makeBundle(vst("Echo.vst"));
     const QList<Move> moves{{vst("Echo.vst"), vstOff("Echo.vst")}};
-    auto held =
-        std::make_unique<LibraryLock>(disk(), QStringList{folder(TypeVST, LocSystemActive)}, 0);
+    auto held = std::make_unique<LibraryLock>(locks(), disk(),
+                                              QStringList{folder(TypeVST, LocSystemActive)}, 0);
     ASSERT_TRUE(held->isLocked());
     const Run run = runHelper(helper::encodeRequest(moves), helperArguments(300));
     EXPECT_EQ(run.exit, helper::ExitLockNotTaken);

@@ -105,7 +105,7 @@ TEST_F(PrivilegedMoverTest, ARefusalOrABusyLibraryComesBackWithItsReason)
     EXPECT_EQ(refused.path, homePath("Library/Audio/Plug-Ins/VST/Echo.vst"));
     EXPECT_TRUE(PrivilegedMover::describe(refused).contains(refused.path));
 
-    const LibraryLock held(disk(), {folder(TypeVST, LocSystemActive)}, 0);
+    const LibraryLock held(locks(), disk(), {folder(TypeVST, LocSystemActive)}, 0);
     const PrivilegedMover::Outcome busy = run({{vst("Echo.vst"), vstOff("Echo.vst")}});
     EXPECT_EQ(busy.state, State::LockBusy);
     EXPECT_TRUE(busy.holder.contains(QString::number(::getpid()))) << qPrintable(busy.holder);

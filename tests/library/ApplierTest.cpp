@@ -277,7 +277,7 @@ TEST_F(ApplierTest, ContentOfEveryPairFollowsThePlugInButNotOutOfTheDistribution
     const QString echoBank = B::makeFile(homePath(".lxvst/Banks"), "Echo.fxb");
     // A run of that table, as the programs make one.
     AllowAllAuthorization allowAll;
-    AppServices run(RunParts{locations(), disk(), ui, table});
+    AppServices run(RunParts{locations(), disk(), ui, table, locks()});
     Preferences pref(run);
     MissingItemsPrompt missingItems(ui);
     Authorization authorization(allowAll, ui);

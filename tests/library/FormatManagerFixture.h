@@ -26,7 +26,7 @@ using B = PluginLibraryBuilder;
 // application controller).
 struct ManagersOfOneRun {
     ManagersOfOneRun(const Locations &locations, FileOperations &files, UserInterface &ui)
-        : services(RunParts{locations, files, ui, FormatTable::builtIn()}), pref(services),
+        : services(RunParts{locations, files, ui, FormatTable::builtIn(), locks}), pref(services),
           missingItems(ui),
           authorization(allowAll, ui), parts{services, pref, missingItems, authorization},
           au(formats().at(TypeAU), parts), rtas(formats().at(TypeRTAS), parts),
@@ -35,6 +35,7 @@ struct ManagersOfOneRun {
     }
 
     AllowAllAuthorization allowAll;
+    LockTable locks;
     AppServices services;
     Preferences pref;
     MissingItemsPrompt missingItems;

@@ -168,7 +168,7 @@ TEST_F(RightsApplyTest, AFolderAHostsVariableAddsIsRefusedUpFrontNamingIt)
     writeText(homePath(".lv2/Mine.lv2/manifest.ttl"), "");
 
     AllowAllAuthorization allowAll;
-    AppServices run(RunParts{locations(), disk(), ui, table});
+    AppServices run(RunParts{locations(), disk(), ui, table, locks()});
     Preferences pref(run);
     MissingItemsPrompt missingItems(ui);
     Authorization authorization(allowAll, ui);

@@ -1,6 +1,7 @@
 #include "os/LibraryLock.h"
 #include "core/FormatTable.h"
 #include "os/LocalFileOperations.h"
+#include "os/LockTable.h"
 #include "support/TestRoots.h"
 
 #include <QDir>
@@ -62,14 +63,14 @@ TEST_F(LibraryLockTest, TheFolderHoldingEachPlugInFolderIsLockedOrItsNearestExis
     EXPECT_EQ(LibraryLock::lockedFolder(homePath("Library/Audio/Plug-Ins/VST")), home());
 
     {
-        const LibraryLock lock(disk(), folders);
+        const LibraryLock lock(locks(), disk(), folders);
         ASSERT_TRUE(lock.isLocked()) << lock.failure().toStdString();
         EXPECT_FALSE(isFree(plugIns));
         EXPECT_FALSE(isFree(home()));
         EXPECT_TRUE(isFree(rootPath("Library")));
         // Holders in one process share: code that locks again inside a locked run goes on.
         {
-            const LibraryLock again(disk(), {plugIns + "/VST"}, 0);
+            const LibraryLock again(locks(), disk(), {plugIns + "/VST"}, 0);
             EXPECT_TRUE(again.isLocked());
         }
         EXPECT_FALSE(isFree(plugIns));
@@ -87,7 +88,7 @@ TEST_F(LibraryLockTest, AnotherHolderIsWaitedForThenNamed)
     {
         QElapsedTimer timer;
         timer.start();
-        const LibraryLock lock(disk(), {plugIns + "/VST"}, 150);
+        const LibraryLock lock(locks(), disk(), {plugIns + "/VST"}, 150);
         EXPECT_FALSE(lock.isLocked());
         EXPECT_GE(timer.elapsed(), 150);
         const QString named =
@@ -99,9 +100,38 @@ TEST_F(LibraryLockTest, AnotherHolderIsWaitedForThenNamed)
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
         ::close(other);
     });
-    const LibraryLock lock(disk(), {plugIns + "/VST"}, 5000);
+    const LibraryLock lock(locks(), disk(), {plugIns + "/VST"}, 5000);
     letGo.join();
     EXPECT_TRUE(lock.isLocked()) << lock.failure().toStdString();
+}
+
+// Two runs in one program (a table each) exclude each other as two programs do: the kernel ties
+// a lock to the open folder, not to the process. Within a run the lock is shared at any depth and
+// lets go with its last holder.
+TEST_F(LibraryLockTest, TwoRunsInOneProgramExcludeEachOtherWhileOneHoldsAtAnyDepth)
+{
+    LocklessDisk lockless;
+    for (FileOperations *files : std::initializer_list<FileOperations *>{&disk(), &lockless}) {
+        SCOPED_TRACE(files == &lockless ? "lock file" : "flock");
+        LockTable otherRun;
+        {
+            const LibraryLock outer(locks(), *files, {plugIns + "/VST"}, 0);
+            ASSERT_TRUE(outer.isLocked()) << outer.failure().toStdString();
+            {
+                const LibraryLock inner(locks(), *files, {plugIns + "/Components"}, 0);
+                EXPECT_TRUE(inner.isLocked());
+            }
+            EXPECT_EQ(locks().size(), 1);
+            const LibraryLock other(otherRun, *files, {plugIns + "/Components"}, 100);
+            EXPECT_FALSE(other.isLocked());
+            EXPECT_TRUE(other.holder().contains(QString::number(::getpid())))
+                << other.failure().toStdString();
+            EXPECT_EQ(otherRun.size(), 0);
+        }
+        EXPECT_EQ(locks().size(), 0);
+        const LibraryLock other(otherRun, *files, {plugIns + "/Components"}, 0);
+        EXPECT_TRUE(other.isLocked()) << other.failure().toStdString();
+    }
 }
 
 // A link (or a bind mount) may show one folder under two paths; locking it twice would wait on
@@ -111,7 +141,7 @@ TEST_F(LibraryLockTest, OneFolderUnderTwoPathsIsLockedOnce)
     ASSERT_TRUE(QFile::link(plugIns, rootPath("Library/Audio/Linked")));
     QDir().mkpath(rootPath("Library/Audio/Linked/Components (Disabled)"));
     const LibraryLock lock(
-        disk(), {plugIns + "/Components", rootPath("Library/Audio/Linked/Components")}, 0);
+        locks(), disk(), {plugIns + "/Components", rootPath("Library/Audio/Linked/Components")}, 0);
     EXPECT_TRUE(lock.isLocked()) << lock.failure().toStdString();
     EXPECT_FALSE(isFree(plugIns));
 }
@@ -122,7 +152,7 @@ TEST_F(LibraryLockTest, WithoutKernelLocksALockFileStandsInOrTheFolderIsNamed)
 {
     LocklessDisk lockless;
     {
-        const LibraryLock lock(lockless, {plugIns + "/VST"}, 0);
+        const LibraryLock lock(locks(), lockless, {plugIns + "/VST"}, 0);
         ASSERT_TRUE(lock.isLocked()) << lock.failure().toStdString();
         EXPECT_TRUE(QFile::exists(plugIns + "/.korvane.lock"));
     }
@@ -131,7 +161,7 @@ TEST_F(LibraryLockTest, WithoutKernelLocksALockFileStandsInOrTheFolderIsNamed)
     ImmutableGuard guard(plugIns);
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i is not supported here";
-    const LibraryLock lock(lockless, {plugIns + "/VST"}, 0);
+    const LibraryLock lock(locks(), lockless, {plugIns + "/VST"}, 0);
     EXPECT_FALSE(lock.isLocked());
     EXPECT_TRUE(lock.holder().isEmpty());
     EXPECT_TRUE(lock.failure().contains('"' + plugIns + '"')) << lock.failure().toStdString();

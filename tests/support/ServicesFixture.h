@@ -11,7 +11,7 @@ namespace korvane {
 // one run are handed them.
 class ServicesFixture : public TestRoots {
 protected:
-    RunParts parts() { return RunParts{locations(), disk(), ui, FormatTable::builtIn()}; }
+    RunParts parts() { return RunParts{locations(), disk(), ui, FormatTable::builtIn(), locks()}; }
     ScriptedUi ui;
 };
 

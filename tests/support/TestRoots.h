@@ -2,6 +2,7 @@
 
 #include "core/Locations.h"
 #include "os/LocalFileOperations.h"
+#include "os/LockTable.h"
 
 #include <QFileInfo>
 #include <QProcess>
@@ -32,6 +33,8 @@ protected:
     Roots roots() const { return Roots::at(root(), home()); }
     const Locations &locations() const { return *m_locations; }
     LocalFileOperations &disk() { return *m_disk; }
+    // The folder locks of the test's run; it outlives every lock the test makes.
+    LockTable &locks() { return m_locks; }
     // A built-in format's folder under these roots.
     QString folder(int type, int loc) const;
     // An XML property list written straight to the disk.
@@ -48,6 +51,7 @@ private:
     QTemporaryDir m_home;
     std::optional<Locations> m_locations;
     std::optional<LocalFileOperations> m_disk;
+    LockTable m_locks;
 };
 
 // Makes a path immutable (chattr +i) for the lifetime of the guard, so that even root cannot

@@ -36,11 +36,8 @@ QString distinct(const QStringList &values)
 QString placeOf(const ProductSource &source)
 {
     const Plugin &item = *source.item;
-    if (source.manager) {
-        const QString location = PluginTableSource::locationOf(source.manager->traits(), item);
-        if (location != QLatin1String("System") && location != QLatin1String("User"))
-            return displayName(location);
-    }
+    if (source.manager)
+        return PluginTableSource::shownLocationOf(source.manager->traits(), item);
     return item.isGlobal() ? korvane::tr("System") : korvane::tr("User");
 }
 

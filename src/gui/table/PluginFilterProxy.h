@@ -34,6 +34,11 @@ public:
 
     void sort(int, Qt::SortOrder) override {}
 
+signals:
+    // The rows shown changed in one layout change, which, unlike a removal, tells a selection
+    // model nothing: the rows it lost went without a selectionChanged.
+    void filterChanged();
+
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override;
 

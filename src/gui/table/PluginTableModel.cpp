@@ -136,12 +136,8 @@ QVariant PluginTableModel::data(const QModelIndex &index, int role) const
             return QVariant(); // the box says it
         if (isCheckColumn(id))
             return cell(*item, id).toBool() ? korvane::tr("on") : korvane::tr("off");
-        if (id == TableColumn::Location) {
-            const QString location = cell(*item, id).toString();
-            return location == QLatin1String("System") || location == QLatin1String("User")
-                       ? korvane::tr(location.toLatin1().constData())
-                       : displayName(location);
-        }
+        if (id == TableColumn::Location)
+            return PluginTableSource::shownLocationOf(m_manager.traits(), *item);
         return displayName(cell(*item, id).toString());
     case Qt::EditRole:
         if (isCheckColumn(id))

@@ -1,18 +1,49 @@
 #include "gui/table/PluginTableSource.h"
 
+#include "core/Texts.h"
 #include "library/FormatManager.h"
 #include "library/TableColumns.h"
+#include "os/PathBytes.h"
+
+#include <optional>
 
 namespace korvane::PluginTableSource {
 
-QString locationOf(const Format &format, const Plugin &item)
+namespace {
+
+// Whether the plug-in lies in the first folder pair of the system scope (true) or the user's
+// (false), which the Location column names by the scope alone; nothing for any other pair.
+std::optional<bool> firstPairScope(const Format &format, const Plugin &item)
 {
     const int pair = item.locationCode(format) / 2;
     if (pair == format.firstPair(true))
-        return QStringLiteral("System");
+        return true;
     if (pair == format.firstPair(false))
-        return QStringLiteral("User");
+        return false;
+    return std::nullopt;
+}
+
+// The active folder of the pair the plug-in lies in, as written.
+QString pairFolder(const Format &format, const Plugin &item)
+{
+    const int pair = item.locationCode(format) / 2;
     return pair >= 0 && pair < format.pairs.size() ? format.pairs.at(pair).active : item.location();
+}
+
+} // namespace
+
+QString locationOf(const Format &format, const Plugin &item)
+{
+    if (const std::optional<bool> system = firstPairScope(format, item))
+        return *system ? QStringLiteral("System") : QStringLiteral("User");
+    return pairFolder(format, item);
+}
+
+QString shownLocationOf(const Format &format, const Plugin &item)
+{
+    if (const std::optional<bool> system = firstPairScope(format, item))
+        return *system ? korvane::tr("System") : korvane::tr("User");
+    return displayName(pairFolder(format, item));
 }
 
 QVariant formatFreeValueOf(const Plugin &item, const QString &column)

@@ -28,6 +28,8 @@ QVariant formatFreeValueOf(const Plugin &item, const QString &column);
 // Where the plug-in lies, as the Location column says it: "System" or "User" for the first folder
 // pair of each, else the pair's active folder as written ("/usr/lib/lv2", "~/.lv2").
 QString locationOf(const Format &format, const Plugin &item);
+// The same as the cell shows it: the scope in the person's language, a folder as shown.
+QString shownLocationOf(const Format &format, const Plugin &item);
 
 // Where the rows' plug-ins lie on disk, for a drag out of the table.
 QStringList pathsOfRows(const FormatManager &manager, const QList<int> &rows);

@@ -82,6 +82,7 @@ PluginTableView::PluginTableView(FormatManager &manager, Preferences *prefs, QWi
     connect(&manager, &FormatManager::itemAboutToBeRemoved, this, hold);
     m_model = new PluginTableModel(manager, this);
     m_proxy = new PluginFilterProxy(*m_model, this);
+    connect(m_proxy, &PluginFilterProxy::filterChanged, this, &PluginTableView::selectInManager);
     const auto release = [this] {
         m_managerChanging = false;
         selectFromManager();
@@ -286,6 +287,12 @@ void PluginTableView::selectionChanged(const QItemSelection &selected,
                                        const QItemSelection &deselected)
 {
     QTableView::selectionChanged(selected, deselected);
+    selectInManager();
+}
+
+// The manager's selection is the rows selected here: what a filter hides leaves it.
+void PluginTableView::selectInManager()
+{
     if (m_syncing || m_managerChanging)
         return;
     QList<int> rows;

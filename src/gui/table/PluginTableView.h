@@ -74,6 +74,7 @@ private:
     void saveSort();
     void restoreSort();
     void selectFromManager();
+    void selectInManager();
     void restoreColumns();
     bool hiddenByDefault(const QString &identifier) const;
     void scheduleColumnsSave();

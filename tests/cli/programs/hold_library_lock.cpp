@@ -5,6 +5,7 @@
 #include "core/Locations.h"
 #include "os/LibraryLock.h"
 #include "os/LocalFileOperations.h"
+#include "os/LockTable.h"
 
 #include <QCoreApplication>
 
@@ -16,8 +17,9 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     const korvane::Roots roots = korvane::Roots::fromEnvironment();
     korvane::LocalFileOperations files(roots);
+    korvane::LockTable locks;
     const korvane::LibraryLock lock(
-        files, korvane::Locations(roots).pluginFolders(korvane::FormatTable::builtIn()), 0);
+        locks, files, korvane::Locations(roots).pluginFolders(korvane::FormatTable::builtIn()), 0);
     if (!lock.isLocked()) {
         std::fprintf(stderr, "%s\n", qPrintable(lock.failure()));
         return 1;
