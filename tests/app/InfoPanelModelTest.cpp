@@ -19,7 +19,7 @@ TEST_F(InfoPanelModelTest, InfoPanelFallsBackToTheNameAndReadsTheContentPreferen
     QDir().mkpath(folder + "/Plain.component/Contents");
     writeText(folder + "/Broken.component/Contents/Info.plist", "<plist><dict><key>");
     for (const QString name : {"Plain.component", "Broken.component"}) {
-        auto item = std::make_shared<Plugin>(services.get());
+        auto item = std::make_shared<Plugin>();
         item->setLocation(folder);
         item->setName(name);
         info.showInfo(item);

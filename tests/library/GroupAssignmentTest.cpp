@@ -13,7 +13,7 @@ protected:
     void SetUp() override
     {
         ThreeAudioUnitsFixture::SetUp();
-        services().groups() = {"Synths", "Drums"};
+        addGroups({"Synths", "Drums"});
         writeText(file, PropertyList::toXml(QVariantList{"Foo.component", "Synths", "bar.component",
                                                          "Synths", "Baz.component", "Drums",
                                                          "Foo.component", "Drums"}));
@@ -29,8 +29,8 @@ protected:
 
 TEST_F(GroupAssignmentTest, AScanReadsEachNamesFirstGroupAndPassesOverOddEntries)
 {
-    EXPECT_EQ(item(au, "Foo.component")->group(), "Synths");
-    EXPECT_EQ(item(au, "Baz.component")->group(), "Drums");
+    EXPECT_EQ(au->groupName(*item(au, "Foo.component")), "Synths");
+    EXPECT_EQ(au->groupName(*item(au, "Baz.component")), "Drums");
     EXPECT_EQ(GroupAssignment::findGroup({42, "X", "C", QVariantList{}, "Odd"}, "C"), "");
 }
 
@@ -65,7 +65,7 @@ TEST_F(GroupAssignmentTest, ADamagedGroupsFileGivesNoGroups)
 {
     writeText(file, "not a property list");
     au->rescan();
-    EXPECT_EQ(item(au, "Foo.component")->group(), "");
+    EXPECT_EQ(au->groupName(*item(au, "Foo.component")), "");
 }
 
 // A format never scanned holds no plug-ins: saving would wipe its groups, so nothing is written.

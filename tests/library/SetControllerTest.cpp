@@ -167,7 +167,7 @@ TEST_F(SetControllerTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
     for (const PluginPtr &it : au->items()) {
         if ((it->name() == "Foo.component" && it->isGlobal()) || it->name() == "A.component") {
             it->setActive(false);
-            it->updateLocation(TypeAU);
+            it->updateLocation(au->traits(), locations().allFolderPaths(au->traits()));
         }
     }
     const QString path = documents + "/copies.aukorv";

@@ -15,7 +15,7 @@ QString locationOf(const Format &format, const Plugin &item)
     return pair >= 0 && pair < format.pairs.size() ? format.pairs.at(pair).active : item.location();
 }
 
-QVariant formatFreeValueOf(const Plugin &item, const QString &column)
+QVariant formatFreeValueOf(const Plugin &item, const QString &column, const QString &group)
 {
     const PluginMetadata *metadata = item.metadata();
     if (column == TableColumn::Active)
@@ -23,7 +23,7 @@ QVariant formatFreeValueOf(const Plugin &item, const QString &column)
     if (column == TableColumn::Global)
         return item.isGlobal();
     if (column == TableColumn::Group)
-        return item.group();
+        return group;
     if (column == TableColumn::Architecture)
         return item.architecturesText();
     if (column == TableColumn::Vendor)
@@ -35,15 +35,16 @@ QVariant formatFreeValueOf(const Plugin &item, const QString &column)
     return QVariant();
 }
 
-QVariant valueOf(const Format &format, const Plugin &item, const QString &column)
+QVariant valueOf(const FormatManager &manager, const Plugin &item, const QString &column)
 {
+    const Format &format = manager.traits();
     if (column == TableColumn::Name)
         return item.name();
     if (column == TableColumn::Location)
         return locationOf(format, item);
     if (column == TableColumn::Format)
         return format.tabLabel;
-    return formatFreeValueOf(item, column);
+    return formatFreeValueOf(item, column, manager.groupName(item));
 }
 
 QStringList pathsOfRows(const FormatManager &manager, const QList<int> &rows)
