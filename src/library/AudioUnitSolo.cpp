@@ -38,12 +38,12 @@ AudioUnitSolo::~AudioUnitSolo()
 bool AudioUnitSolo::begin(const PluginPtr &item)
 {
     FileOperations &files = m_audioUnits.files();
-    ActivityLog &log = m_audioUnits.log();
+    ActivityLog &log = m_audioUnits.parts().log;
     if (!m_active) {
         // Every Audio Unit moves aside and back: another mover at work meanwhile could lose one.
         auto lock = std::make_unique<LibraryLock>(
             files, m_audioUnits.locations().pluginFolders(m_audioUnits.traits()),
-            m_audioUnits.run().lockWaitMs);
+            m_audioUnits.parts().run.lockWaitMs);
         if (!lock->isLocked()) {
             log.append(korvane::tr("Plug-ins not moved") + QStringLiteral(": ") + lock->failure()
                        + QLatin1Char('\n'));

@@ -35,7 +35,7 @@ QList<PluginPtr> BulkMarks::mark(FormatManager &manager, const QList<PluginPtr> 
             changing << item;
     }
     if (owned > 0)
-        manager.log().append(
+        manager.parts().log.append(
             korvane::tr("%1 plug-ins in the distribution's folders stay as they are: its package "
                         "manager owns them\n")
                 .arg(owned));

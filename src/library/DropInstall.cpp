@@ -80,7 +80,7 @@ DropInstall::Choice DropInstall::settle(FormatManager &manager, const QString &p
                 continue;
             const QString refusal = guard.refusal(
                 name, folder, QString(), item->metadata() ? item->metadata()->package : QString());
-            manager.log().append(korvane::tr("%1 not installed: %2\n").arg(path, refusal));
+            manager.parts().log.append(korvane::tr("%1 not installed: %2\n").arg(path, refusal));
             return Choice::Skip;
         }
         for (const QString &copy : std::as_const(installed)) {
@@ -88,14 +88,14 @@ DropInstall::Choice DropInstall::settle(FormatManager &manager, const QString &p
             QString trashedTo;
             if (!files.moveToTrash(copy, &error, &trashedTo)) {
                 // The old copy stays; installing beside it would make the duplicate this avoids.
-                manager.log().append(
+                manager.parts().log.append(
                     korvane::tr("%1 not installed: %2 could not go to the trash: %3\n")
                         .arg(name, copy, error.reason));
                 return askToProceedAfter(manager.ui(), error) == FileErrorAnswer::Stop
                            ? Choice::Stop
                            : Choice::Skip;
             }
-            manager.log().append(
+            manager.parts().log.append(
                 korvane::tr("%1 was replaced and is now in the trash: %2\n").arg(copy, trashedTo));
         }
         return Choice::Install;
@@ -117,7 +117,7 @@ DropInstall::Choice DropInstall::copy(FormatManager &manager, const QString &pat
     FileError error;
     if (manager.files().copy(path, target, &error))
         return Choice::Install;
-    manager.log().append(korvane::tr("%1 not installed: %2\n").arg(path, error.reason));
+    manager.parts().log.append(korvane::tr("%1 not installed: %2\n").arg(path, error.reason));
     return askToProceedAfter(manager.ui(), error) == FileErrorAnswer::Stop ? Choice::Stop
                                                                            : Choice::Skip;
 }
@@ -172,7 +172,7 @@ bool DropInstall::install(FormatManager &manager, const QStringList &paths)
     if (i < count) {
         const QString left = paths.mid(i).join(QStringLiteral(", "));
         systemLog(QStringLiteral("Stopped, not installed: %1").arg(left));
-        manager.log().append(korvane::tr("Stopped, not installed: %1\n").arg(left));
+        manager.parts().log.append(korvane::tr("Stopped, not installed: %1\n").arg(left));
     }
     manager.rescan();
     ui.progressEnd();

@@ -109,13 +109,9 @@ public:
     const TableState &table() const { return m_table; }
     Maintenance &maintenance() { return m_maintenance; }
 
-    // What the manager works with, for the parts that work on its plug-ins beside it.
-    ActivityLog &log() const { return m_parts.log; }
-    UndoHistory &undoHistory() const { return m_parts.undo; }
-    GroupRegistry &groupRegistry() const { return m_parts.groups; }
-    ContentRegistry &contentRegistry() const { return m_parts.content; }
-    DataFiles &dataFiles() const { return m_parts.dataFiles; }
-    const RunParts &run() const { return m_parts.run; }
+    // What the manager works with (the run, log, undo history, registries, data files, settings),
+    // for the parts that work on its plug-ins beside it.
+    const ManagerParts &parts() const { return m_parts; }
     // The name of item's group, as the group registry has it now; empty for none.
     QString groupName(const Plugin &item) const;
     UserInterface &ui() const;

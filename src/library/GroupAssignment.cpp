@@ -28,7 +28,7 @@ void GroupAssignment::save()
     QVariantList pairs;
     for (const PluginPtr &item : m_manager.items())
         pairs << item->name() << m_manager.groupName(*item);
-    DataFiles &dataFiles = m_manager.dataFiles();
+    DataFiles &dataFiles = m_manager.parts().dataFiles;
     dataFiles.createSupportFolder(); // a fresh home has none yet
     dataFiles.write(filePath(), pairs,
                     [](const QString &file) { return PropertyList::readArray(file).has_value(); });
@@ -51,7 +51,7 @@ void GroupAssignment::changeGroup(const PluginPtr &item, const QString &group)
 {
     if (!item)
         return;
-    UndoHistory &history = m_manager.undoHistory();
+    UndoHistory &history = m_manager.parts().undo;
     UndoStack *undo = history.stack();
 
     const QString previous = m_manager.groupName(*item);
@@ -60,7 +60,7 @@ void GroupAssignment::changeGroup(const PluginPtr &item, const QString &group)
         if (self)
             self->groups().changeGroup(item, previous);
     });
-    item->setGroupId(m_manager.groupRegistry().positionOf(group));
+    item->setGroupId(m_manager.parts().groups.positionOf(group));
     if (!undo->isUndoing())
         undo->setActionName(
             fillFormat(korvane::tr("%@ %@ for \"%@\""),
@@ -75,7 +75,7 @@ void GroupAssignment::setGroup(const QString &menuTitle)
 {
     const QString group =
         menuTitle == QLatin1String("none") ? QString(QLatin1String("")) : menuTitle;
-    const int position = m_manager.groupRegistry().positionOf(group);
+    const int position = m_manager.parts().groups.positionOf(group);
     const QList<PluginPtr> selected = m_manager.table().selectedItems();
     for (const PluginPtr &item : selected)
         item->setGroupId(position);
@@ -85,12 +85,12 @@ void GroupAssignment::setGroup(const QString &menuTitle)
 
 int GroupAssignment::choiceCount() const
 {
-    return int(m_manager.groupRegistry().names().size());
+    return int(m_manager.parts().groups.names().size());
 }
 
 QString GroupAssignment::choiceAt(int index) const
 {
-    return m_manager.groupRegistry().names().value(index);
+    return m_manager.parts().groups.names().value(index);
 }
 
 } // namespace korvane

@@ -63,7 +63,7 @@ void Maintenance::restoreBackup()
 
 void Maintenance::reportDuplicates()
 {
-    ActivityLog &log = m_manager.log();
+    ActivityLog &log = m_manager.parts().log;
     log.show();
     log.append(korvane::tr("----- %@ -----\n")
                    .replace(QLatin1String("%@"),
@@ -108,10 +108,11 @@ void Maintenance::moveSelectedToTrash()
         FileError error;
         // The item leaves the list either way; the next rescan shows one whose trash failed.
         if (files.moveToTrash(path, &error, &trashedTo))
-            tell(m_manager.log(), QT_TRANSLATE_NOOP("korvane", "%1 is now in the trash: %2"),
+            tell(m_manager.parts().log, QT_TRANSLATE_NOOP("korvane", "%1 is now in the trash: %2"),
                  {path, trashedTo});
         else
-            tell(m_manager.log(), QT_TRANSLATE_NOOP("korvane", "%1 could not go to the trash: %2"),
+            tell(m_manager.parts().log,
+                 QT_TRANSLATE_NOOP("korvane", "%1 could not go to the trash: %2"),
                  {path, error.reason});
         emit m_manager.itemAboutToBeRemoved(row);
         list.removeAt(row);

@@ -43,7 +43,7 @@ void Marking::changeItem(const PluginPtr &item, const QString &column, const QVa
     if (!item)
         return;
     const FormatTraits &traits = m_manager.traits();
-    UndoHistory &history = m_manager.undoHistory();
+    UndoHistory &history = m_manager.parts().undo;
     UndoStack *undo = history.stack();
 
     if (column == TableColumn::Group) {
@@ -61,7 +61,7 @@ void Marking::changeItem(const PluginPtr &item, const QString &column, const QVa
                 .refusal(item->name(), m_list.folderOnDisk(*item), QString(),
                          item->metadata() ? item->metadata()->package : QString());
         !refusal.isEmpty()) {
-        tell(m_manager.log(), "%1", {refusal});
+        tell(m_manager.parts().log, "%1", {refusal});
         return;
     }
 
@@ -113,7 +113,7 @@ QList<PluginPtr> Marking::markItems(const QList<PluginPtr> &items, bool active,
     if (changed.isEmpty())
         return changed;
     // One step however many moved, so that one Undo takes back one command.
-    UndoHistory &history = m_manager.undoHistory();
+    UndoHistory &history = m_manager.parts().undo;
     UndoStack *undo = history.stack();
     QPointer<FormatManager> self(&m_manager);
     undo->registerUndo(&m_manager, [self, changed, active, actionName] {

@@ -153,7 +153,7 @@ void tell(FormatManager &manager, const char *text, const QStringList &args)
     const QString english = fill(QString::fromUtf8(text));
     const QString shown = fill(korvane::tr(text));
     systemNotice(english);
-    manager.log().append(shown + QLatin1Char('\n'));
+    manager.parts().log.append(shown + QLatin1Char('\n'));
 }
 
 void showAlert(UserInterface &ui, const QString &message, const QString &informative,
@@ -449,9 +449,9 @@ void PluginBackup::backupWithDialogs()
         return;
     }
     // Said where the person looks: the log comes forward, as it does for the duplicate report.
-    m_manager.log().show();
-    m_manager.log().append(korvane::tr("%1 plug-ins backed up to %2\n")
-                               .arg(QString::number(result.count), displayName(*path)));
+    m_manager.parts().log.show();
+    m_manager.parts().log.append(korvane::tr("%1 plug-ins backed up to %2\n")
+                                     .arg(QString::number(result.count), displayName(*path)));
 }
 
 void PluginBackup::restoreWithDialogs()
@@ -485,11 +485,11 @@ void PluginBackup::restoreWithDialogs()
     if (result.cancelled && result.restored.isEmpty())
         return;
     if (!result.restored.isEmpty() || !result.kept.isEmpty())
-        m_manager.log().show();
+        m_manager.parts().log.show();
     for (const QString &restored : result.restored)
-        m_manager.log().append(korvane::tr("Restored %1\n").arg(displayName(restored)));
+        m_manager.parts().log.append(korvane::tr("Restored %1\n").arg(displayName(restored)));
     for (const QString &kept : result.kept)
-        m_manager.log().append(korvane::tr("Kept the installed %1\n").arg(displayName(kept)));
+        m_manager.parts().log.append(korvane::tr("Kept the installed %1\n").arg(displayName(kept)));
     if (!result.restored.isEmpty() || !result.replaced.isEmpty())
         m_manager.rescan();
     if (!result.ok && !result.error.isEmpty()) {
@@ -504,7 +504,7 @@ void PluginBackup::restoreWithDialogs()
     const std::optional<QByteArray> set = PluginArchive::readDocument(
         *path, setDocumentName() + QLatin1Char('.') + m_manager.traits().defaultSetExtension);
     if (set)
-        m_manager.sets().mergeEntries(SetDocument::decode(*set, &m_manager.contentRegistry()));
+        m_manager.sets().mergeEntries(SetDocument::decode(*set, &m_manager.parts().content));
 }
 
 } // namespace korvane

@@ -184,7 +184,7 @@ void TableState::sort()
     columns.reserve(size_t(m_sortKeys.size()));
     const QList<PluginPtr> &plugins = m_list.items();
     for (const SortKey &sortKey : std::as_const(m_sortKeys))
-        columns.emplace_back(sortKey, plugins, m_manager.traits(), m_manager.groupRegistry(),
+        columns.emplace_back(sortKey, plugins, m_manager.traits(), m_manager.parts().groups,
                              m_naturalKeys);
     std::vector<qsizetype> order(size_t(plugins.size()));
     std::iota(order.begin(), order.end(), qsizetype(0));

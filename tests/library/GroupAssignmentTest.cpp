@@ -61,6 +61,18 @@ TEST_F(GroupAssignmentTest, ATableEditIsUndoneAndRedoneInTheFile)
     EXPECT_EQ(saved("Foo.component"), "Drums");
 }
 
+// A plug-in keeps its group's position: a rename in the group editor shows on every member at once
+// and is what the format's groups file says next.
+TEST_F(GroupAssignmentTest, ARenamedGroupShowsOnItsMembersAndInTheFile)
+{
+    services().groupRegistry().setGroupAt(0, "Leads");
+    EXPECT_EQ(au->groupName(*item(au, "Foo.component")), "Leads");
+    EXPECT_EQ(au->groupName(*item(au, "bar.component")), "Leads");
+    EXPECT_EQ(au->groupName(*item(au, "Baz.component")), "Drums");
+    au->groups().save();
+    EXPECT_EQ(saved("bar.component"), "Leads");
+}
+
 TEST_F(GroupAssignmentTest, ADamagedGroupsFileGivesNoGroups)
 {
     writeText(file, "not a property list");

@@ -46,7 +46,7 @@ QMenu *RowMenu::make(FormatManager &manager, QWidget *parent,
     QAction *none = groups->addAction(korvane::tr("none"));
     QObject::connect(none, &QAction::triggered, menu,
                      [&manager] { manager.groups().setGroup(QStringLiteral("none")); });
-    for (const QString &title : manager.groupRegistry().groupMenuTitles()) {
+    for (const QString &title : manager.parts().groups.groupMenuTitles()) {
         QAction *item = groups->addAction(menuText(title));
         QObject::connect(item, &QAction::triggered, menu,
                          [&manager, title] { manager.groups().setGroup(title); });
