@@ -257,7 +257,7 @@ void SetController::saveSetList()
 
 QString SetController::selectedSet() const
 {
-    const QString title = m_setTitles.value(m_selectedSetIndex);
+    QString title = m_setTitles.value(m_selectedSetIndex);
     if (m_selectedSetIndex < 0 || m_selectedSetIndex >= m_setTitles.size() || title == kNoSet)
         return QString();
     return title;

@@ -32,7 +32,7 @@ protected:
     }
     QString saveAs(const QString &name)
     {
-        const QString path = documents + "/" + name;
+        QString path = documents + "/" + name;
         ui.savePanelAnswers << path;
         au->sets().saveSet();
         return path;
