@@ -616,8 +616,9 @@ Totals dataRounds(Library &library, const Settings &settings, QRandomGenerator &
     // The core writes every kind of data file once: content registry, groups, sets, preferences.
     FormatManager &au = library.au();
     au.rescan();
-    library.core().main()->storeContent({"Plug00000.component", "Library/Kept/Data"});
-    library.core().main()->saveGroupRegistry();
+    library.core().main()->contentRegistry().store(
+        QStringList{"Plug00000.component", "Library/Kept/Data"});
+    library.core().main()->groupRegistry().save();
     au.groups().save();
     au.sets().saveSetList();
     const Locations locations(Roots::at(library.root(), library.home()));

@@ -285,11 +285,11 @@ int main(int argc, char *argv[])
         ok &= save(window, out + QStringLiteral("/preferences-general.png"));
     }
     {
-        GroupEditorWindow window(main);
+        GroupEditorWindow window(main.groupRegistry());
         ok &= save(window, out + QStringLiteral("/group-editor.png"));
     }
     {
-        LogWindow window(main);
+        LogWindow window(main.log());
         au.maintenance().reportDuplicates();
         vst.maintenance().reportDuplicates();
         ok &= save(window, out + QStringLiteral("/log.png"));

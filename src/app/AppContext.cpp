@@ -36,10 +36,19 @@ AppContext::AppContext(Parts parts)
     const RunParts run{m_locations, *m_files, *m_ui,
                        m_formats,   *m_locks, parts.settings.lockWaitMs};
     m_main = std::make_unique<AppController>(run);
-    m_pref = std::make_unique<Preferences>(*m_main); // runs seedDefaults
+    m_pref = std::make_unique<Preferences>(m_main->parts(), m_main->dataFiles()); // seeds defaults
     m_missingItems = std::make_unique<MissingItemsPrompt>(*m_ui);
     m_authorization = std::make_unique<Authorization>(*m_authorizationBackend, *m_ui);
-    const ManagerParts managerParts{*m_main, *m_pref, *m_missingItems, *m_authorization,
+    // The controller owns the shared parts (and the run's, which outlive this call).
+    const ManagerParts managerParts{m_main->parts(),
+                                    m_main->log(),
+                                    m_main->undoHistory(),
+                                    m_main->groupRegistry(),
+                                    m_main->contentRegistry(),
+                                    m_main->dataFiles(),
+                                    *m_pref,
+                                    *m_missingItems,
+                                    *m_authorization,
                                     parts.rights};
     for (const Format &format : m_formats) {
         m_managers.push_back(std::make_unique<FormatManager>(format, managerParts));
@@ -62,7 +71,8 @@ AppContext::AppContext(Parts parts)
                                  info->showInfo(item);
                          });
     }
-    m_script = std::make_unique<LaunchScript>(*m_main, m_managerList, parts.settings.bundle);
+    m_script =
+        std::make_unique<LaunchScript>(m_main->parts(), m_managerList, parts.settings.bundle);
     m_about = std::make_unique<AboutText>(parts.settings.resources);
 
     if (parts.prepareWindow)

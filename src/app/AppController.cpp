@@ -27,8 +27,9 @@ void AppController::setControllers(Preferences *pref, const QList<FormatManager 
     m_managers = managers;
     connect(pref, &Preferences::architectureColumnRequested, this,
             &AppController::showArchitectureColumn, Qt::UniqueConnection);
-    connect(this, &AppServices::groupRemoved, this, &AppController::renumberGroups,
+    connect(&groupRegistry(), &GroupRegistry::groupRemoved, this, &AppController::renumberGroups,
             Qt::UniqueConnection);
+    groupRegistry().setMemberCounter([this](int position) { return groupMemberCount(position); });
 }
 
 int AppController::groupMemberCount(int position) const
@@ -66,7 +67,7 @@ FormatManager *AppController::managerOf(int type) const
 void AppController::prepareWindow()
 {
     initTabs();
-    updateGroupMenu();
+    groupRegistry().updateGroupMenu();
 }
 
 void AppController::start()
@@ -87,7 +88,7 @@ void AppController::start()
 
 void AppController::saveState()
 {
-    saveGroupRegistry();
+    groupRegistry().save();
     // Every format saves, switched on or not: a format's files outlive its tab.
     for (FormatManager *manager : std::as_const(m_managers))
         manager->groups().save();
@@ -357,7 +358,7 @@ void AppController::showArchitectureColumn(int type, bool show)
 bool AppController::isMenuItemEnabled(MenuItem item) const
 {
     if (item == MenuItem::ShowLog)
-        return !isLogVisible();
+        return !log().isVisible();
     return true;
 }
 

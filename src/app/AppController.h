@@ -12,9 +12,9 @@ class Preferences;
 class FormatManager;
 
 // The application controller: start-up and shut-down, the tab of each format in the main window,
-// and the routing of every plug-in command to the manager whose tab is in front. The registries,
-// log and undo it inherits from AppServices; the installed AppController is also the installed
-// AppServices, so lower layers reach the same object.
+// and the routing of every plug-in command to the manager whose tab is in front. It owns the
+// run's shared parts as an AppServices (the registries, log, undo history and data files) and
+// hands each lower class the parts it uses.
 //
 // The tab view is kept as a model: the ordered identifiers of the tabs present, their labels and
 // the selected index. The GUI shows one page per format and keeps every page alive itself.
@@ -63,7 +63,9 @@ public:
     // Before quitting: every scanned format's set edits and marks saved, applied or let go;
     // false when the person cancelled.
     bool settleUnsavedWork();
-    int groupMemberCount(int position) const override;
+    // How many plug-ins of every format are in the group at position; the group registry asks
+    // before it removes a group.
+    int groupMemberCount(int position) const;
     void openSet();
     void saveSet();
     void saveSetAs();

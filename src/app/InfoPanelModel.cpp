@@ -80,15 +80,19 @@ void InfoPanelModel::addContent()
     request.canChooseDirectories = true;
     request.canCreateDirectories = false;
     const std::optional<QString> path = m_services.ui().runOpenPanel(request);
-    if (path && m_item)
+    if (path && m_item) {
         m_item->addContent(*path);
+        m_services.contentRegistry().store(*m_item);
+    }
     emit changed();
 }
 
 void InfoPanelModel::removeContentAt(int selectedRow)
 {
-    if (selectedRow >= 0 && selectedRow < rowCount())
+    if (selectedRow >= 0 && selectedRow < rowCount()) {
         m_item->removeContent(selectedRow);
+        m_services.contentRegistry().store(*m_item);
+    }
     emit changed();
 }
 

@@ -1,8 +1,8 @@
 #include "app/LaunchScript.h"
 
-#include "core/AppServices.h"
 #include "core/FormatTable.h"
 #include "core/Locations.h"
+#include "core/RunParts.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/FormatManager.h"
@@ -51,10 +51,10 @@ QString appleScriptString(const QString &text)
 
 } // namespace
 
-LaunchScript::LaunchScript(AppServices &services, const QList<FormatManager *> &managers,
+LaunchScript::LaunchScript(const RunParts &run, const QList<FormatManager *> &managers,
                            const QString &bundle)
-    : m_services(services), m_managers(managers),
-      m_selectedFormats(QList<bool>(services.formats().count(), false)), m_bundle(bundle)
+    : m_run(run), m_managers(managers), m_selectedFormats(QList<bool>(run.formats.count(), false)),
+      m_bundle(bundle)
 {
 }
 
@@ -279,7 +279,7 @@ void LaunchScript::rebuild()
 void LaunchScript::build(bool tell)
 {
     // The library the window shows, not whatever the tool would find by default.
-    const Roots &roots = m_services.locations().roots();
+    const Roots &roots = m_run.locations.roots();
     QStringList arguments = {QStringLiteral("--root"), roots.systemRoot, QStringLiteral("--home"),
                              roots.home};
     // Then always AU, RTAS, MAS, VST, whatever order the formats were chosen in.
@@ -290,15 +290,15 @@ void LaunchScript::build(bool tell)
         FormatManager *manager = m_managers.value(type);
         const QString set = manager ? manager->sets().selectedSet() : QString();
         if (!set.isNull()) {
-            arguments << m_services.formats().at(type).commandLineFlag() << set;
+            arguments << m_run.formats.at(type).commandLineFlag() << set;
             continue;
         }
         if (tell) {
             Alert alert;
             alert.title = korvane::tr("Scrip Generation");
-            alert.messageText = korvane::tr(m_services.formats().at(type).texts.noSetMessage);
+            alert.messageText = korvane::tr(m_run.formats.at(type).texts.noSetMessage);
             alert.buttons = {korvane::tr("Ok")};
-            m_services.ui().runAlert(alert);
+            m_run.ui.runAlert(alert);
         }
         m_selectedFormats[type] = false;
         deselected = true;
@@ -328,7 +328,7 @@ bool LaunchScript::refuseBrokenScript()
     alert.messageText = korvane::tr("Script not saved");
     alert.informativeText = problem;
     alert.buttons = {korvane::tr("Ok")};
-    m_services.ui().runAlert(alert);
+    m_run.ui.runAlert(alert);
     return true;
 }
 
@@ -337,10 +337,10 @@ void LaunchScript::saveScript()
     if (refuseBrokenScript())
         return;
     SavePanelRequest request;
-    request.directory = m_services.locations().documentsFolder();
+    request.directory = m_run.locations.documentsFolder();
     request.fileName = m_layout == Layout::AppleScript ? QStringLiteral("untitled.applescript")
                                                        : QStringLiteral("untitled.sh");
-    if (const std::optional<QString> path = m_services.ui().runSavePanel(request))
+    if (const std::optional<QString> path = m_run.ui.runSavePanel(request))
         saveScript(*path);
 }
 
@@ -350,13 +350,13 @@ void LaunchScript::saveScript(const QString &path)
         return;
     // A half-written script is never left behind.
     FileError error;
-    if (!m_services.files().writeFileAtomically(path, m_script.toUtf8(), &error)) {
+    if (!m_run.files.writeFileAtomically(path, m_script.toUtf8(), &error)) {
         Alert alert;
         alert.title = korvane::tr("Scrip Generation");
         alert.messageText = korvane::tr("Script not saved");
         alert.informativeText = korvane::tr("Could not save %1: %2").arg(path, error.reason);
         alert.buttons = {korvane::tr("Ok")};
-        m_services.ui().runAlert(alert);
+        m_run.ui.runAlert(alert);
         return;
     }
     if (m_layout == Layout::Shell) {

@@ -8,8 +8,8 @@
 
 namespace korvane {
 
-class AppServices;
 class FormatManager;
+struct RunParts;
 
 // The launch-script generator: a script that runs KorvaneCMD with the sets selected in the chosen
 // formats' managers, then starts the host. On macOS an AppleScript that brings Logic Pro to the
@@ -20,7 +20,7 @@ public:
     enum class Layout { AppleScript, Shell };
 
     // The managers give their selected sets, by type index; bundle is the run's KORVANE_BUNDLE.
-    LaunchScript(AppServices &services, const QList<FormatManager *> &managers,
+    LaunchScript(const RunParts &run, const QList<FormatManager *> &managers,
                  const QString &bundle = QString());
 
     // The run's bundle, else the application's folder, else the current folder.
@@ -80,7 +80,7 @@ private:
     // saved; true then.
     bool refuseBrokenScript();
 
-    AppServices &m_services;
+    const RunParts &m_run;
     QList<FormatManager *> m_managers;
     QList<bool> m_selectedFormats; // by type index
     QString m_script;

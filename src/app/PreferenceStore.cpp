@@ -1,7 +1,7 @@
 #include "app/PreferenceStore.h"
 
 #include "codec/PropertyList.h"
-#include "core/AppServices.h"
+#include "core/DataFiles.h"
 #include "os/FileOperations.h"
 
 #include <QFileInfo>
@@ -41,8 +41,8 @@ bool isNumber(const QVariant &value)
 }
 } // namespace
 
-PreferenceStore::PreferenceStore(const QString &path, FileOperations &files, AppServices *log)
-    : m_path(path), m_files(files), m_log(log)
+PreferenceStore::PreferenceStore(const QString &path, FileOperations &files, DataFiles *dataFiles)
+    : m_path(path), m_files(files), m_dataFiles(dataFiles)
 {
 }
 
@@ -80,8 +80,8 @@ bool PreferenceStore::keepIfDamaged()
         return false;
     QString report;
     const bool kept = DataFile::keep(m_files, m_path, &report);
-    if (m_log)
-        m_log->appendLog(report);
+    if (m_dataFiles)
+        m_dataFiles->log(report);
     if (!kept)
         m_keepFailed = m_identity;
     return kept;
@@ -154,8 +154,8 @@ void PreferenceStore::setValues(const QList<QPair<QString, QVariant>> &values)
             map.remove(key);
     }
     const bool free = keepIfDamaged();
-    if (free && m_log) {
-        m_log->dataFileSaver().write(m_path, PropertyList::toXml(map));
+    if (free && m_dataFiles) {
+        m_dataFiles->saver().write(m_path, PropertyList::toXml(map));
     } else if (free) {
         createFolders(QFileInfo(m_path).absolutePath());
         PropertyList::writeXml(m_files, m_path, map);

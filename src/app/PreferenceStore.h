@@ -10,7 +10,7 @@
 
 namespace korvane {
 
-class AppServices;
+class DataFiles;
 class FileOperations;
 
 // The program's preferences, kept in one property list file. The file is parsed again only when
@@ -18,8 +18,9 @@ class FileOperations;
 // rewrites it atomically. A write that fails stays in memory for as long as the file is unchanged.
 class PreferenceStore {
 public:
-    // path expanded; log, when given, also hears of a damaged file being kept aside.
-    PreferenceStore(const QString &path, FileOperations &files, AppServices *log = nullptr);
+    // path expanded; dataFiles, when given, writes the file (saying a failure) and logs a damaged
+    // file being kept aside.
+    PreferenceStore(const QString &path, FileOperations &files, DataFiles *dataFiles = nullptr);
     QString path() const { return m_path; }
 
     bool contains(const QString &key) const;
@@ -43,7 +44,7 @@ private:
 
     QString m_path;
     FileOperations &m_files;
-    AppServices *m_log;
+    DataFiles *m_dataFiles;
     mutable QVariantMap m_values;
     mutable DataFile::Identity m_identity;
     mutable bool m_damaged = false;

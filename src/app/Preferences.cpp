@@ -1,7 +1,6 @@
 #include "app/Preferences.h"
 
 #include "codec/PropertyList.h"
-#include "core/AppServices.h"
 #include "core/FormatTable.h"
 #include "core/Locations.h"
 #include "core/PreferenceKeys.h"
@@ -15,10 +14,10 @@ namespace korvane {
 using PreferenceKeys::forFormat;
 using PreferenceKeys::FormatKey;
 
-Preferences::Preferences(AppServices &services)
-    : m_services(services), m_formats(services.formats()),
-      m_store(std::make_unique<PreferenceStore>(services.locations().userPreferencesPath(),
-                                                services.files(), &services))
+Preferences::Preferences(const RunParts &run, DataFiles &dataFiles)
+    : m_run(run), m_formats(run.formats),
+      m_store(std::make_unique<PreferenceStore>(run.locations.userPreferencesPath(), run.files,
+                                                &dataFiles))
 {
     form.pages.resize(m_formats.count());
     seedDefaults();
@@ -44,21 +43,21 @@ bool Preferences::isOnByDefault(const Format &format) const
     if (!format.onOnlyWhereFoldersExist)
         return true;
     for (int loc = 0; loc < format.locationCount(); ++loc)
-        if (m_services.files().isDirectory(m_services.locations().folderPath(format, loc)))
+        if (m_run.files.isDirectory(m_run.locations.folderPath(format, loc)))
             return true;
     return false;
 }
 
 void Preferences::seedDefaults()
 {
-    FileOperations &files = m_services.files();
-    const QString userFile = m_services.locations().userPreferencesPath();
+    FileOperations &files = m_run.files;
+    const QString userFile = m_run.locations.userPreferencesPath();
     // An unreadable file counts as absent; it is kept aside before anything takes its place.
     if (files.exists(userFile) && !m_store->isDamaged())
         return;
 
     // An administrator's machine-wide file is the template for every new user.
-    const QString machineFile = m_services.locations().machinePreferencesPath();
+    const QString machineFile = m_run.locations.machinePreferencesPath();
     if (PropertyList::readDictionary(machineFile) && m_store->keepIfDamaged()) {
         m_store->createFolders(QFileInfo(userFile).absolutePath());
         files.copy(machineFile, userFile);
@@ -134,11 +133,11 @@ void Preferences::storeForm()
 void Preferences::chooseDefaultSet()
 {
     OpenPanelRequest request;
-    request.directory = m_services.locations().documentsFolder();
+    request.directory = m_run.locations.documentsFolder();
     // A tab's position is its format's type index plus one; another tab has no type to ask for.
     if (const Format *format = m_formats.find(form.selectedTab - 1))
         request.allowedTypes = format->defaultSetExtension.split(QLatin1Char(' '));
-    if (const std::optional<QString> path = m_services.ui().runOpenPanel(request))
+    if (const std::optional<QString> path = m_run.ui.runOpenPanel(request))
         chooseDefaultSet(*path);
     else
         storeForm(); // cancelled, the window's state is stored all the same

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/PreferenceStore.h"
+#include "core/RunParts.h"
 #include "library/FormatSettings.h"
 
 #include <QList>
@@ -11,7 +12,7 @@
 
 namespace korvane {
 
-class AppServices;
+class DataFiles;
 class FormatTable;
 namespace PreferenceKeys {
 enum class FormatKey;
@@ -40,7 +41,8 @@ struct PreferencesForm {
 class Preferences : public QObject, public FormatSettings {
     Q_OBJECT
 public:
-    explicit Preferences(AppServices &services); // runs seedDefaults
+    // Runs seedDefaults; every write goes through dataFiles.
+    Preferences(const RunParts &run, DataFiles &dataFiles);
 
     void seedDefaults();
     // Whether a format's tab is on in freshly seeded preferences.
@@ -82,7 +84,7 @@ private:
     std::optional<QString> key(int type, PreferenceKeys::FormatKey name) const;
     bool boolForType(int type, PreferenceKeys::FormatKey name) const;
 
-    AppServices &m_services;
+    RunParts m_run;
     const FormatTable &m_formats;
     std::unique_ptr<PreferenceStore> m_store;
 };

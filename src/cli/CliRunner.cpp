@@ -245,7 +245,7 @@ void mark(FormatManager &manager, const PluginPtr &item, bool on)
     if (item->isActive() == on)
         return;
     item->setActive(on);
-    item->updateLocation(manager.type());
+    item->updateLocation(manager.traits(), manager.locations().allFolderPaths(manager.traits()));
     manager.marking().updateRecord(item);
 }
 
@@ -469,7 +469,7 @@ int CliRunner::list(CliSession &session, const Options &options)
     for (FormatManager *manager : scanned(session, options)) {
         const QString format = manager->traits().prefix;
         for (const PluginPtr &item : manager->items()) {
-            const QString group = item->group();
+            const QString group = manager->groupName(*item);
             QJsonObject object{{QStringLiteral("format"), format},
                                {QStringLiteral("name"), displayName(item->name())},
                                {QStringLiteral("location"), displayName(item->location())},

@@ -4,28 +4,11 @@
 #include "codec/MachOArchitectures.h"
 #include "codec/MachOHeader.h"
 #include "codec/TypedStream.h"
-#include "core/AppServices.h"
-#include "core/FormatTable.h"
-#include "core/Locations.h"
+#include "core/Format.h"
 
 #include <QStringBuilder>
 
-#include <climits>
-
 namespace korvane {
-
-void Plugin::setName(const QString &name)
-{
-    m_name = name;
-    loadContent();
-}
-
-void Plugin::setGroup(const QString &group)
-{
-    const qsizetype index = m_registry ? m_registry->groups().indexOf(group) : -1;
-    // An unknown name is kept under the largest positive int, a position past every group.
-    m_groupId = index < 0 ? INT_MAX : int(index);
-}
 
 void Plugin::groupRemoved(int position)
 {
@@ -33,25 +16,6 @@ void Plugin::groupRemoved(int position)
         m_groupId = 0;
     else if (m_groupId > position)
         --m_groupId;
-}
-
-QString Plugin::group() const
-{
-    // Read through the list so a renamed group renames its members; a stale position is no group.
-    if (!m_registry)
-        return QString();
-    const QStringList &groups = m_registry->groups();
-    if (m_groupId < 0 || m_groupId >= groups.size())
-        return QString();
-    return groups.at(m_groupId);
-}
-
-void Plugin::updateLocation(int type)
-{
-    const Format *format = m_registry ? m_registry->formats().find(type) : nullptr;
-    if (!format)
-        return;
-    setLocation(m_registry->locations().folderPath(*format, locationCode(*format)));
 }
 
 void Plugin::updateLocation(const Format &format, const QStringList &folders)
@@ -66,17 +30,10 @@ int Plugin::locationCode(const Format &format) const
     return Format::locationOf(inPair ? m_pair : format.firstPair(m_global), m_active);
 }
 
-void Plugin::loadContent()
+void Plugin::setContent(const QStringList &entry)
 {
-    const std::optional<QStringList> content =
-        m_registry ? m_registry->contentFor(m_name) : std::nullopt;
-    if (content && !content->isEmpty()) {
-        m_hasContent = true;
-        m_content = *content;
-    } else {
-        m_hasContent = false;
-        m_content.clear();
-    }
+    m_content = entry;
+    m_hasContent = !entry.isEmpty();
 }
 
 int Plugin::contentCount() const
@@ -96,7 +53,6 @@ void Plugin::addContent(const QString &entry)
     m_content.append(entry);
     // Added in the info panel, it moves with the first Apply, not only after a rescan.
     m_hasContent = true;
-    storeContent();
 }
 
 void Plugin::removeContent(int i)
@@ -106,7 +62,6 @@ void Plugin::removeContent(int i)
         return;
     m_content.removeAt(position);
     m_hasContent = contentCount() > 0;
-    storeContent();
 }
 
 void Plugin::replaceContent(const QString &entry, int i)
@@ -115,13 +70,6 @@ void Plugin::replaceContent(const QString &entry, int i)
     if (position < 1 || position >= m_content.size())
         return;
     m_content[position] = entry;
-    storeContent();
-}
-
-void Plugin::storeContent()
-{
-    if (m_registry)
-        m_registry->storeContent(m_content);
 }
 
 void Plugin::detectArchitecture(const QString &path, ScanCache *cache)
@@ -213,8 +161,7 @@ QStringList Plugin::encode() const
             m_active ? QStringLiteral("YES") : QStringLiteral("NO")};
 }
 
-std::shared_ptr<Plugin> Plugin::decode(const QList<std::shared_ptr<ArchivedObject>> &objects,
-                                       AppServices *registry)
+std::shared_ptr<Plugin> Plugin::decode(const QList<std::shared_ptr<ArchivedObject>> &objects)
 {
     auto isString = [&objects](qsizetype i) {
         return i < objects.size() && objects.at(i) && objects.at(i)->isString();
@@ -225,7 +172,7 @@ std::shared_ptr<Plugin> Plugin::decode(const QList<std::shared_ptr<ArchivedObjec
         return isString(i) && objects.at(i)->string == QLatin1String("YES");
     };
 
-    auto item = std::make_shared<Plugin>(registry);
+    auto item = std::make_shared<Plugin>();
     item->setName(objects.at(0)->string);
     item->setLocation(objects.at(1)->string);
     item->setGlobal(flag(2));

@@ -13,21 +13,16 @@ namespace korvane {
 
 class ScanCache;
 
-class AppServices;
 struct Format;
 struct ArchivedObject;
 
 // One installed plug-in of any format: where it lies, whether it is on, its group, its companion
-// content and the architecture of its executable.
+// content and the architecture of its executable. A value: whoever makes one (the scan, a drop,
+// a set document) fills in its group and content from the registries.
 class Plugin {
 public:
-    // The registry gives a plug-in its group names, its content list and its folders; one without
-    // (decoded for display only) has no group, no content and keeps its location.
-    explicit Plugin(AppServices *registry = nullptr) : m_registry(registry) {}
-    AppServices *registry() const { return m_registry; }
-
     QString name() const { return m_name; }
-    void setName(const QString &name); // also looks its content up (loadContent)
+    void setName(const QString &name) { m_name = name; }
     QString location() const { return m_location; }
     void setLocation(const QString &location) { m_location = location; }
     bool isGlobal() const { return m_global; }
@@ -57,22 +52,23 @@ public:
         m_metadata = std::move(metadata);
     }
 
-    // Group by name into the global list; group() reads the list at the stored position, so a
-    // renamed group renames every member. A position past the end reads as no group.
-    void setGroup(const QString &group);
-    QString group() const;
+    // Its group, as a position in the group registry (GroupRegistry::positionOf), whose name
+    // there is the group's: so a renamed group renames every member. 0: no group; a position past
+    // the end reads as no group.
+    void setGroupId(int position) { m_groupId = position; }
     // The group at position left the list: its members have none, later positions move up.
     void groupRemoved(int position);
 
-    // Recomputes the location from the format's folders and the two flags.
-    void updateLocation(int type);
-    // The same from the format's folders by location code (Locations::allFolderPaths), expanded
-    // once by a caller that places many plug-ins.
+    // Recomputes the location from the format's folders by location code
+    // (Locations::allFolderPaths) and the two flags.
     void updateLocation(const Format &format, const QStringList &folders);
 
-    void loadContent();
+    // The content registry's entry for it: its name, then its companions; empty for none.
+    void setContent(const QStringList &entry);
+    const QStringList &contentEntry() const { return m_content; }
     int contentCount() const;
     QString contentAt(int i) const;
+    // Edits of the list here only; whoever edits stores the plug-in in the content registry.
     void addContent(const QString &entry);
     void removeContent(int i);
     void replaceContent(const QString &entry, int i);
@@ -109,13 +105,9 @@ public:
     QStringList encode() const;
     // Rebuilds a plug-in from the four decoded objects; a flag is YES only for the string "YES",
     // a missing or non-string object counts as NO. Null when name or location is not a string.
-    static std::shared_ptr<Plugin> decode(const QList<std::shared_ptr<ArchivedObject>> &objects,
-                                          AppServices *registry = nullptr);
+    static std::shared_ptr<Plugin> decode(const QList<std::shared_ptr<ArchivedObject>> &objects);
 
 private:
-    void storeContent();
-
-    AppServices *m_registry = nullptr;
     QString m_name;
     QString m_location;
     int m_groupId = 0;

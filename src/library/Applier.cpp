@@ -2,9 +2,13 @@
 
 #include "library/Applier.h"
 
-#include "core/AppServices.h"
+#include "core/ActivityLog.h"
+#include "core/ContentRegistry.h"
+#include "core/DataFiles.h"
+#include "core/FileErrorQuestion.h"
 #include "core/Locations.h"
 #include "core/PathChecks.h"
+#include "core/RunParts.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/Authorization.h"
@@ -63,9 +67,9 @@ struct Applier::Run {
 
 QList<MoveOutcome> Applier::applyPending()
 {
-    UserInterface &ui = m_parts.services.ui();
-    FileOperations &files = m_parts.services.files();
-    Run run{MovePlanner(files, m_traits, m_list, m_parts.services.locations()), {}, false};
+    UserInterface &ui = m_parts.run.ui;
+    FileOperations &files = m_parts.run.files;
+    Run run{MovePlanner(files, m_traits, m_list, m_parts.run.locations), {}, false};
     const QList<PluginRecord> &records = m_list.records();
 
     QList<MoveOutcome> outcomes;
@@ -103,7 +107,7 @@ QList<MoveOutcome> Applier::applyPending()
     }
     if (!left.isEmpty()) {
         systemLog(QStringLiteral("Stopped, not moved: %1").arg(left.join(QStringLiteral(", "))));
-        m_parts.services.appendLog(
+        m_parts.log.append(
             korvane::tr("Stopped, not moved: %1\n").arg(left.join(QStringLiteral(", "))));
     }
     if (showProgress)
@@ -117,12 +121,11 @@ MoveOutcome Applier::applyRecord(int recordIndex, Run &run)
     MoveOutcome outcome = outcomeOf(move);
     const PluginPtr &item = move.item;
 
-    AppServices *main = &m_parts.services;
-    FileOperations &files = main->files();
+    FileOperations &files = m_parts.run.files;
     const QString fromFolder = m_list.records().at(recordIndex).folder();
     const QString toFolder = move.to.isEmpty() ? QString() : item->location();
     const auto reportFailure = [&](const FileError &error) {
-        if (main->askToProceedAfter(error) == FileErrorAnswer::Stop)
+        if (askToProceedAfter(m_parts.run.ui, error) == FileErrorAnswer::Stop)
             run.stopped = true;
         outcome.error = error;
     };
@@ -133,7 +136,7 @@ MoveOutcome Applier::applyRecord(int recordIndex, Run &run)
     };
     // A move that cannot be right is not tried: said, then failed like any other.
     const auto refuse = [&](const FileError &error, const char *text, const QStringList &args) {
-        tell(*main, text, args);
+        tell(m_parts.log, text, args);
         reportFailure(error);
         return outcome;
     };
@@ -149,7 +152,7 @@ MoveOutcome Applier::applyRecord(int recordIndex, Run &run)
             outcome.error = move.error;
             return outcome;
         case MoveVerdict::Distribution:
-            tell(*main, "%1", {move.error.reason});
+            tell(m_parts.log, "%1", {move.error.reason});
             outcome.error = move.error;
             return outcome;
         case MoveVerdict::OnePlace:
@@ -160,8 +163,8 @@ MoveOutcome Applier::applyRecord(int recordIndex, Run &run)
             return refuseStep(move.error);
         default: // OtherCopy
             systemLog(QStringLiteral("Target is an installed copy, both kept: %1").arg(outcome.to));
-            main->appendLog(korvane::tr("%1 stays in %2: another installed copy lies at %3\n")
-                                .arg(outcome.name, fromFolder, outcome.to));
+            m_parts.log.append(korvane::tr("%1 stays in %2: another installed copy lies at %3\n")
+                                   .arg(outcome.name, fromFolder, outcome.to));
             outcome.otherCopyAtTarget = true;
             reportFailure(move.error);
             return outcome;
@@ -185,7 +188,7 @@ MoveOutcome Applier::applyRecord(int recordIndex, Run &run)
         const QString parent = folderOf(outcome.to);
         if (run.folders.contains(parent))
             return std::nullopt;
-        main->createFolders(toFolder + QStringLiteral("/-"));
+        createFolders(m_parts.run.files, toFolder + QStringLiteral("/-"));
         if (std::optional<FileError> step = stepOffTheWay(files, toFolder, outcome.to, true))
             return step;
         run.folders.insert(parent);
@@ -212,7 +215,7 @@ MoveOutcome Applier::applyRecord(int recordIndex, Run &run)
             error->path = sidecar; // what stays in the way, whichever side refused
             return false;
         }
-        tell(*main,
+        tell(m_parts.log,
              QT_TRANSLATE_NOOP("korvane", "%1 was in the way of the Finder information of %2 and "
                                           "is now in the trash: %3\n"),
              {sidecar, outcome.name, trashedTo});
@@ -246,7 +249,7 @@ MoveOutcome Applier::applyRecord(int recordIndex, Run &run)
             reportFailure(trashError);
             return outcome;
         }
-        tell(*main,
+        tell(m_parts.log,
              QT_TRANSLATE_NOOP("korvane", "%1 was already at %2; the identical copy from %3 is "
                                           "now in the trash: %4\n"),
              {outcome.name, outcome.to, outcome.from, trashedTo});
@@ -279,7 +282,7 @@ MoveOutcome Applier::applyRecord(int recordIndex, Run &run)
                                            : QStringLiteral("not sucessful")));
             if (trashed)
                 tell(
-                    *main,
+                    m_parts.log,
                     QT_TRANSLATE_NOOP("korvane", "%1 was in the way and is now in the trash: %2\n"),
                     {outcome.to, trashedTo});
             else if (deletable)
@@ -301,8 +304,8 @@ void Applier::moveContent(const PluginPtr &item)
 
     // Every pair's folders, not only the first two pairs': a plug-in in /usr/local/lib/lv2 or in
     // a folder LV2_PATH adds has its companions beside it there.
-    const QStringList folders = m_parts.services.locations().allFolderPaths(m_traits);
-    FileOperations &files = m_parts.services.files();
+    const QStringList folders = m_parts.run.locations.allFolderPaths(m_traits);
+    FileOperations &files = m_parts.run.files;
     const QString target = item->location();
     const int count = item->contentCount();
     for (int i = 0; i < count; ++i) {
@@ -328,7 +331,7 @@ void Applier::moveContent(const PluginPtr &item)
             continue;
         // What the distribution's packages own stays theirs, whoever names it as a companion.
         if (m_traits.isDistributionOwned(folderLoc)) {
-            tell(m_parts.services,
+            tell(m_parts.log,
                  QT_TRANSLATE_NOOP("korvane", "The companion %1 of %2 stays where it is: it lies "
                                               "in %3, which belongs to the distribution"),
                  {entry, item->name(), folder});
@@ -344,7 +347,7 @@ void Applier::moveContent(const PluginPtr &item)
         if (!step)
             step = stepOffTheWay(files, target, newPath, true);
         if (step) {
-            tell(m_parts.services,
+            tell(m_parts.log,
                  QT_TRANSLATE_NOOP("korvane", "The companion %1 of %2 stays where it is: %3 on "
                                               "the way is a link or no folder"),
                  {entry, item->name(), step->path});
@@ -353,6 +356,7 @@ void Applier::moveContent(const PluginPtr &item)
         // Content that does not move is not reported; the list follows the plug-in regardless.
         files.move(entry, newPath);
         item->replaceContent(newPath, i);
+        m_parts.content.store(*item);
     }
 }
 

@@ -1,8 +1,9 @@
 #include "library/AudioUnitSolo.h"
 
-#include "core/AppServices.h"
+#include "core/ActivityLog.h"
 #include "core/Format.h"
 #include "core/Locations.h"
+#include "core/RunParts.h"
 #include "core/Texts.h"
 #include "library/FormatManager.h"
 #include "os/FileOperations.h"
@@ -37,16 +38,16 @@ AudioUnitSolo::~AudioUnitSolo()
 bool AudioUnitSolo::begin(const PluginPtr &item)
 {
     FileOperations &files = m_audioUnits.files();
-    AppServices &services = m_audioUnits.services();
+    ActivityLog &log = m_audioUnits.parts().log;
     if (!m_active) {
         // Every Audio Unit moves aside and back: another mover at work meanwhile could lose one.
         auto lock = std::make_unique<LibraryLock>(
-            services.parts().locks, files,
+            m_audioUnits.parts().run.locks, files,
             m_audioUnits.locations().pluginFolders(m_audioUnits.traits()),
-            services.parts().lockWaitMs);
+            m_audioUnits.parts().run.lockWaitMs);
         if (!lock->isLocked()) {
-            services.appendLog(korvane::tr("Plug-ins not moved") + QStringLiteral(": ")
-                               + lock->failure() + QLatin1Char('\n'));
+            log.append(korvane::tr("Plug-ins not moved") + QStringLiteral(": ") + lock->failure()
+                       + QLatin1Char('\n'));
             return false;
         }
         m_lock = std::move(lock);
@@ -66,10 +67,10 @@ bool AudioUnitSolo::begin(const PluginPtr &item)
         const ComponentDescription &description = component.description();
         if (description.componentManufacturer == kApple)
             continue;
-        services.appendLog(korvane::tr("----- Plug-In Info -----\n"));
-        services.appendLog(korvane::tr("Type: %s\n")
-                               .replace(QLatin1String("%s"), ComponentRegistry::fourCharString(
-                                                                 description.componentType)));
+        log.append(korvane::tr("----- Plug-In Info -----\n"));
+        log.append(korvane::tr("Type: %s\n")
+                       .replace(QLatin1String("%s"),
+                                ComponentRegistry::fourCharString(description.componentType)));
     }
 
     if (copied)

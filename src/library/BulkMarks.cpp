@@ -1,6 +1,6 @@
 #include "library/BulkMarks.h"
 
-#include "core/AppServices.h"
+#include "core/ActivityLog.h"
 #include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
@@ -35,7 +35,7 @@ QList<PluginPtr> BulkMarks::mark(FormatManager &manager, const QList<PluginPtr> 
             changing << item;
     }
     if (owned > 0)
-        manager.services().appendLog(
+        manager.parts().log.append(
             korvane::tr("%1 plug-ins in the distribution's folders stay as they are: its package "
                         "manager owns them\n")
                 .arg(owned));
@@ -91,7 +91,7 @@ QList<PluginPtr> BulkMarks::group(FormatManager &manager, const View &view, cons
 {
     QList<PluginPtr> members;
     for (const PluginPtr &item : manager.items())
-        if (!group.isEmpty() && item->group() == group)
+        if (!group.isEmpty() && manager.groupName(*item) == group)
             members << item;
     return mark(manager, members, &view, active);
 }
@@ -100,7 +100,7 @@ QStringList BulkMarks::groupsInUse(const FormatManager &manager)
 {
     QStringList groups;
     for (const PluginPtr &item : manager.items()) {
-        const QString group = item->group();
+        const QString group = manager.groupName(*item);
         if (item->groupId() > 0 && !group.isEmpty() && !groups.contains(group))
             groups << group;
     }

@@ -1,7 +1,9 @@
 #include "library/DropInstall.h"
 
 #include "codec/Bundle.h"
-#include "core/AppServices.h"
+#include "core/ActivityLog.h"
+#include "core/DataFiles.h"
+#include "core/FileErrorQuestion.h"
 #include "core/Locations.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
@@ -78,7 +80,7 @@ DropInstall::Choice DropInstall::settle(FormatManager &manager, const QString &p
                 continue;
             const QString refusal = guard.refusal(
                 name, folder, QString(), item->metadata() ? item->metadata()->package : QString());
-            manager.services().appendLog(korvane::tr("%1 not installed: %2\n").arg(path, refusal));
+            manager.parts().log.append(korvane::tr("%1 not installed: %2\n").arg(path, refusal));
             return Choice::Skip;
         }
         for (const QString &copy : std::as_const(installed)) {
@@ -86,14 +88,14 @@ DropInstall::Choice DropInstall::settle(FormatManager &manager, const QString &p
             QString trashedTo;
             if (!files.moveToTrash(copy, &error, &trashedTo)) {
                 // The old copy stays; installing beside it would make the duplicate this avoids.
-                manager.services().appendLog(
+                manager.parts().log.append(
                     korvane::tr("%1 not installed: %2 could not go to the trash: %3\n")
                         .arg(name, copy, error.reason));
-                return manager.services().askToProceedAfter(error) == FileErrorAnswer::Stop
+                return askToProceedAfter(manager.ui(), error) == FileErrorAnswer::Stop
                            ? Choice::Stop
                            : Choice::Skip;
             }
-            manager.services().appendLog(
+            manager.parts().log.append(
                 korvane::tr("%1 was replaced and is now in the trash: %2\n").arg(copy, trashedTo));
         }
         return Choice::Install;
@@ -111,13 +113,13 @@ DropInstall::Choice DropInstall::copy(FormatManager &manager, const QString &pat
                                       const QString &target)
 {
     // A fresh account may have no plug-in folder yet; a drop should still install.
-    manager.services().createFolders(target);
+    createFolders(manager.files(), target);
     FileError error;
     if (manager.files().copy(path, target, &error))
         return Choice::Install;
-    manager.services().appendLog(korvane::tr("%1 not installed: %2\n").arg(path, error.reason));
-    return manager.services().askToProceedAfter(error) == FileErrorAnswer::Stop ? Choice::Stop
-                                                                                : Choice::Skip;
+    manager.parts().log.append(korvane::tr("%1 not installed: %2\n").arg(path, error.reason));
+    return askToProceedAfter(manager.ui(), error) == FileErrorAnswer::Stop ? Choice::Stop
+                                                                           : Choice::Skip;
 }
 
 bool DropInstall::install(FormatManager &manager, const QStringList &paths)
@@ -170,7 +172,7 @@ bool DropInstall::install(FormatManager &manager, const QStringList &paths)
     if (i < count) {
         const QString left = paths.mid(i).join(QStringLiteral(", "));
         systemLog(QStringLiteral("Stopped, not installed: %1").arg(left));
-        manager.services().appendLog(korvane::tr("Stopped, not installed: %1\n").arg(left));
+        manager.parts().log.append(korvane::tr("Stopped, not installed: %1\n").arg(left));
     }
     manager.rescan();
     ui.progressEnd();

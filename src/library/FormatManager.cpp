@@ -1,8 +1,10 @@
 #include "library/FormatManager.h"
 
-#include "core/AppServices.h"
+#include "core/GroupRegistry.h"
 #include "core/Locations.h"
+#include "core/RunParts.h"
 #include "core/Texts.h"
+#include "core/UndoHistory.h"
 #include "core/UndoStack.h"
 #include "core/UserInterface.h"
 #include "library/Applier.h"
@@ -46,17 +48,22 @@ FormatManager::~FormatManager() = default;
 
 UserInterface &FormatManager::ui() const
 {
-    return services().ui();
+    return m_parts.run.ui;
 }
 
 FileOperations &FormatManager::files() const
 {
-    return services().files();
+    return m_parts.run.files;
 }
 
 const Locations &FormatManager::locations() const
 {
-    return services().locations();
+    return m_parts.run.locations;
+}
+
+QString FormatManager::groupName(const Plugin &item) const
+{
+    return m_parts.groups.nameAt(item.groupId());
 }
 
 void FormatManager::setApplyEnabled(bool enabled)
@@ -83,10 +90,8 @@ void FormatManager::announceChanged(const QList<PluginPtr> &items)
 
 void FormatManager::rescan()
 {
-    AppServices &main = services();
-    main.undoStack()->removeActionsOf(this);
-    main.updateUndoTitle();
-    main.updateRedoTitle();
+    m_parts.undo.stack()->removeActionsOf(this);
+    m_parts.undo.updateTitles();
 
     // The selection outlives the rescan by name and place; the items themselves are made anew.
     const QList<QPair<QString, QString>> selected = m_table.selectionPlaces();
@@ -108,15 +113,15 @@ void FormatManager::apply()
         return;
     // Before the lock is taken: the helper takes the system folders' lock itself.
     if (m_parts.rights)
-        RightsApply::run(m_traits, m_list, m_marking, services(), *m_parts.rights);
+        RightsApply::run(m_traits, m_list, m_marking, m_parts.run, m_parts.log, *m_parts.rights);
     // Every marked plug-in moves: applying one per press left the rest to be marked again.
     applyPending();
 }
 
 QList<MoveOutcome> FormatManager::applyPending()
 {
-    const LibraryLock lock(services().parts().locks, files(), locations().pluginFolders(m_traits),
-                           services().parts().lockWaitMs);
+    const LibraryLock lock(m_parts.run.locks, files(), locations().pluginFolders(m_traits),
+                           m_parts.run.lockWaitMs);
     if (!libraryLocked(lock, ui()))
         return {};
     QList<MoveOutcome> outcomes = Applier(m_traits, m_list, m_parts).applyPending();

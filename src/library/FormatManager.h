@@ -17,16 +17,26 @@
 
 namespace korvane {
 
-class AppServices;
+class ActivityLog;
 class Authorization;
+class ContentRegistry;
+class DataFiles;
+class GroupRegistry;
 class Locations;
 class MissingItemsPrompt;
 class RightsMover;
+class UndoHistory;
 class UserInterface;
+struct RunParts;
 
 // The controllers a manager works with, made by AppContext.
 struct ManagerParts {
-    AppServices &services; // registries, undo, log, file errors; roots, files, interface, formats
+    const RunParts &run; // roots, files, interface, formats
+    ActivityLog &log;
+    UndoHistory &undo;
+    GroupRegistry &groups;
+    ContentRegistry &content;
+    DataFiles &dataFiles;
     const FormatSettings &settings; // the preferences
     MissingItemsPrompt &missingItems;
     Authorization &authorization;
@@ -99,8 +109,11 @@ public:
     const TableState &table() const { return m_table; }
     Maintenance &maintenance() { return m_maintenance; }
 
-    // What the manager works with, for the parts that work on its plug-ins beside it.
-    AppServices &services() const { return m_parts.services; }
+    // What the manager works with (the run, log, undo history, registries, data files, settings),
+    // for the parts that work on its plug-ins beside it.
+    const ManagerParts &parts() const { return m_parts; }
+    // The name of item's group, as the group registry has it now; empty for none.
+    QString groupName(const Plugin &item) const;
     UserInterface &ui() const;
     FileOperations &files() const;
     const Locations &locations() const;

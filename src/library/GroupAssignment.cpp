@@ -1,10 +1,11 @@
 #include "library/GroupAssignment.h"
 
 #include "codec/PropertyList.h"
-#include "core/AppServices.h"
+#include "core/DataFiles.h"
+#include "core/GroupRegistry.h"
 #include "core/Locations.h"
 #include "core/Texts.h"
-#include "core/UndoStack.h"
+#include "core/UndoHistory.h"
 #include "library/FormatManager.h"
 
 #include <QPointer>
@@ -26,12 +27,11 @@ void GroupAssignment::save()
         return;
     QVariantList pairs;
     for (const PluginPtr &item : m_manager.items())
-        pairs << item->name() << item->group();
-    AppServices &services = m_manager.services();
-    services.createSupportFolder(); // a fresh home has none yet
-    services.writeDataFile(filePath(), pairs, [](const QString &file) {
-        return PropertyList::readArray(file).has_value();
-    });
+        pairs << item->name() << m_manager.groupName(*item);
+    DataFiles &dataFiles = m_manager.parts().dataFiles;
+    dataFiles.createSupportFolder(); // a fresh home has none yet
+    dataFiles.write(filePath(), pairs,
+                    [](const QString &file) { return PropertyList::readArray(file).has_value(); });
 }
 
 QString GroupAssignment::findGroup(const QVariantList &groups, const QString &name)
@@ -51,22 +51,23 @@ void GroupAssignment::changeGroup(const PluginPtr &item, const QString &group)
 {
     if (!item)
         return;
-    AppServices &services = m_manager.services();
-    UndoStack *undo = services.undoStack();
+    UndoHistory &history = m_manager.parts().undo;
+    UndoStack *undo = history.stack();
 
-    const QString previous = item->group();
+    const QString previous = m_manager.groupName(*item);
     QPointer<FormatManager> self(&m_manager);
     undo->registerUndo(&m_manager, [self, item, previous] {
         if (self)
             self->groups().changeGroup(item, previous);
     });
-    item->setGroup(group);
+    item->setGroupId(m_manager.parts().groups.positionOf(group));
     if (!undo->isUndoing())
-        undo->setActionName(korvane::tr("%1 %2 for \"%3\"")
-                                .arg(korvane::tr("setGroup"), item->group(), item->name()));
+        undo->setActionName(
+            korvane::tr("%1 %2 for \"%3\"")
+                .arg(korvane::tr("setGroup"), m_manager.groupName(*item), item->name()));
     if (undo->isUndoing() || undo->isRedoing())
         m_manager.announceChanged({item});
-    services.updateUndoTitle();
+    history.updateUndoTitle();
     save();
 }
 
@@ -74,21 +75,22 @@ void GroupAssignment::setGroup(const QString &menuTitle)
 {
     const QString group =
         menuTitle == QLatin1String("none") ? QString(QLatin1String("")) : menuTitle;
+    const int position = m_manager.parts().groups.positionOf(group);
     const QList<PluginPtr> selected = m_manager.table().selectedItems();
     for (const PluginPtr &item : selected)
-        item->setGroup(group);
+        item->setGroupId(position);
     m_manager.announceChanged(selected);
     save();
 }
 
 int GroupAssignment::choiceCount() const
 {
-    return int(m_manager.services().groups().size());
+    return int(m_manager.parts().groups.names().size());
 }
 
 QString GroupAssignment::choiceAt(int index) const
 {
-    return m_manager.services().groups().value(index);
+    return m_manager.parts().groups.names().value(index);
 }
 
 } // namespace korvane

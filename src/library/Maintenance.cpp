@@ -1,6 +1,6 @@
 #include "library/Maintenance.h"
 
-#include "core/AppServices.h"
+#include "core/ActivityLog.h"
 #include "core/PluginList.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
@@ -59,11 +59,10 @@ void Maintenance::restoreBackup()
 
 void Maintenance::reportDuplicates()
 {
-    AppServices *services = &m_manager.services();
-    services->showLog();
-    services->appendLog(
-        korvane::tr("----- %1 -----\n")
-            .arg(QLocale().toString(QDateTime::currentDateTime(), QLocale::LongFormat)));
+    ActivityLog &log = m_manager.parts().log;
+    log.show();
+    log.append(korvane::tr("----- %1 -----\n")
+                   .arg(QLocale().toString(QDateTime::currentDateTime(), QLocale::LongFormat)));
 
     // The lines go to the log as one entry: the same text, and one append instead of one per
     // line keeps a long report linear however the log stores its text.
@@ -79,7 +78,7 @@ void Maintenance::reportDuplicates()
     for (const auto &[name, count] : names)
         report += line.arg(name, QString::number(count));
     if (!report.isEmpty())
-        services->appendLog(report);
+        log.append(report);
 }
 
 void Maintenance::moveSelectedToTrash()
@@ -102,10 +101,10 @@ void Maintenance::moveSelectedToTrash()
         FileError error;
         // The item leaves the list either way; the next rescan shows one whose trash failed.
         if (files.moveToTrash(path, &error, &trashedTo))
-            tell(m_manager.services(), QT_TRANSLATE_NOOP("korvane", "%1 is now in the trash: %2"),
+            tell(m_manager.parts().log, QT_TRANSLATE_NOOP("korvane", "%1 is now in the trash: %2"),
                  {path, trashedTo});
         else
-            tell(m_manager.services(),
+            tell(m_manager.parts().log,
                  QT_TRANSLATE_NOOP("korvane", "%1 could not go to the trash: %2"),
                  {path, error.reason});
         emit m_manager.itemAboutToBeRemoved(row);

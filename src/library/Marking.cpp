@@ -1,7 +1,7 @@
 #include "library/Marking.h"
 
-#include "core/AppServices.h"
 #include "core/Locations.h"
+#include "core/UndoHistory.h"
 #include "core/UndoStack.h"
 #include "library/DistributionGuard.h"
 #include "library/FormatManager.h"
@@ -43,12 +43,12 @@ void Marking::changeItem(const PluginPtr &item, const QString &column, const QVa
     if (!item)
         return;
     const FormatTraits &traits = m_manager.traits();
-    AppServices &services = m_manager.services();
-    UndoStack *undo = services.undoStack();
+    UndoHistory &history = m_manager.parts().undo;
+    UndoStack *undo = history.stack();
 
     if (column == TableColumn::Group) {
         m_manager.groups().changeGroup(item, value.toString());
-        item->updateLocation(traits.type);
+        item->updateLocation(traits, folderPaths());
         updateRecord(item);
         m_manager.announceChanged({item});
         return;
@@ -61,7 +61,7 @@ void Marking::changeItem(const PluginPtr &item, const QString &column, const QVa
                 .refusal(item->name(), m_list.folderOnDisk(*item), QString(),
                          item->metadata() ? item->metadata()->package : QString());
         !refusal.isEmpty()) {
-        tell(services, "%1", {refusal});
+        tell(m_manager.parts().log, "%1", {refusal});
         return;
     }
 
@@ -80,18 +80,22 @@ void Marking::changeItem(const PluginPtr &item, const QString &column, const QVa
         undo->setActionName(
             traits.toggleActionName(item->name(), item->isActive(), item->isGlobal(), globalFlag));
 
-    services.updateUndoTitle();
-    services.updateRedoTitle();
-    item->updateLocation(traits.type);
+    history.updateTitles();
+    item->updateLocation(traits, folderPaths());
     updateRecord(item);
     m_manager.sets().noteItemChanged();
     m_manager.announceChanged({item});
 }
 
-void Marking::markActive(const PluginPtr &item, bool active)
+QStringList Marking::folderPaths() const
+{
+    return m_manager.locations().allFolderPaths(m_manager.traits());
+}
+
+void Marking::markActive(const PluginPtr &item, bool active, const QStringList &folders)
 {
     item->setActive(active);
-    item->updateLocation(m_manager.type());
+    item->updateLocation(m_manager.traits(), folders);
     updateRecord(item);
 }
 
@@ -99,17 +103,18 @@ QList<PluginPtr> Marking::markItems(const QList<PluginPtr> &items, bool active,
                                     const QString &actionName)
 {
     QList<PluginPtr> changed;
+    const QStringList folders = folderPaths();
     for (const PluginPtr &item : items) {
         if (!item || item->isActive() == active)
             continue;
-        markActive(item, active);
+        markActive(item, active, folders);
         changed << item;
     }
     if (changed.isEmpty())
         return changed;
     // One step however many moved, so that one Undo takes back one command.
-    AppServices &services = m_manager.services();
-    UndoStack *undo = services.undoStack();
+    UndoHistory &history = m_manager.parts().undo;
+    UndoStack *undo = history.stack();
     QPointer<FormatManager> self(&m_manager);
     undo->registerUndo(&m_manager, [self, changed, active, actionName] {
         if (self)
@@ -117,8 +122,7 @@ QList<PluginPtr> Marking::markItems(const QList<PluginPtr> &items, bool active,
     });
     if (!undo->isUndoing())
         undo->setActionName(actionName);
-    services.updateUndoTitle();
-    services.updateRedoTitle();
+    history.updateTitles();
     m_manager.sets().noteItemChanged();
     m_manager.announceChanged(changed);
     return changed;
@@ -127,10 +131,11 @@ QList<PluginPtr> Marking::markItems(const QList<PluginPtr> &items, bool active,
 void Marking::markWhere(const std::function<bool(const Plugin &)> &which, bool active)
 {
     QList<PluginPtr> changed;
+    const QStringList folders = folderPaths();
     for (const PluginPtr &item : m_list.items()) {
         if (!which(*item))
             continue;
-        markActive(item, active);
+        markActive(item, active, folders);
         changed << item;
     }
     m_manager.announceChanged(changed);
@@ -169,16 +174,18 @@ void Marking::setGroupInactive()
 void Marking::setSelectedActive()
 {
     const QList<PluginPtr> selected = m_manager.table().selectedItems();
+    const QStringList folders = folderPaths();
     for (const PluginPtr &item : selected)
-        markActive(item, true);
+        markActive(item, true, folders);
     m_manager.announceChanged(selected);
 }
 
 void Marking::setSelectedInactive()
 {
     const QList<PluginPtr> selected = m_manager.table().selectedItems();
+    const QStringList folders = folderPaths();
     for (const PluginPtr &item : selected)
-        markActive(item, false);
+        markActive(item, false, folders);
     m_manager.announceChanged(selected);
 }
 

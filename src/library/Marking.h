@@ -45,8 +45,10 @@ public:
     void markWhere(const std::function<bool(const Plugin &)> &which, bool active);
 
 private:
-    // Sets an item's active flag, its place and its record.
-    void markActive(const PluginPtr &item, bool active);
+    // Sets an item's active flag, its place among folders (folderPaths) and its record.
+    void markActive(const PluginPtr &item, bool active, const QStringList &folders);
+    // The format's folders by location code, expanded once per command.
+    QStringList folderPaths() const;
 
     FormatManager &m_manager;
     PluginList &m_list;

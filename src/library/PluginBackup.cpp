@@ -1,8 +1,9 @@
 #include "library/PluginBackup.h"
 
 #include "codec/PluginArchive.h"
-#include "core/AppServices.h"
+#include "core/ActivityLog.h"
 #include "core/Locations.h"
+#include "core/RunParts.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/DistributionGuard.h"
@@ -153,7 +154,7 @@ void tell(FormatManager &manager, const char *text, const QStringList &args)
     const QString english = fill(QString::fromUtf8(text));
     const QString shown = fill(korvane::tr(text));
     systemNotice(english);
-    manager.services().appendLog(shown + QLatin1Char('\n'));
+    manager.parts().log.append(shown + QLatin1Char('\n'));
 }
 
 void showAlert(UserInterface &ui, const QString &message, const QString &informative,
@@ -273,7 +274,7 @@ PluginBackup::Result PluginBackup::restore(const QString &archivePath, const Con
     // A check writes nothing, the lock file included; its answer may go stale, as any check's.
     std::optional<LibraryLock> lock;
     if (!checkOnly)
-        lock.emplace(m_manager.services().parts().locks, files,
+        lock.emplace(m_manager.parts().run.locks, files,
                      m_manager.locations().pluginFolders(format));
     if (lock && !lock->isLocked()) {
         result.error =
@@ -450,9 +451,9 @@ void PluginBackup::backupWithDialogs()
         return;
     }
     // Said where the person looks: the log comes forward, as it does for the duplicate report.
-    m_manager.services().showLog();
-    m_manager.services().appendLog(korvane::tr("%1 plug-ins backed up to %2\n")
-                                       .arg(QString::number(result.count), displayName(*path)));
+    m_manager.parts().log.show();
+    m_manager.parts().log.append(korvane::tr("%1 plug-ins backed up to %2\n")
+                                     .arg(QString::number(result.count), displayName(*path)));
 }
 
 void PluginBackup::restoreWithDialogs()
@@ -486,12 +487,11 @@ void PluginBackup::restoreWithDialogs()
     if (result.cancelled && result.restored.isEmpty())
         return;
     if (!result.restored.isEmpty() || !result.kept.isEmpty())
-        m_manager.services().showLog();
+        m_manager.parts().log.show();
     for (const QString &restored : result.restored)
-        m_manager.services().appendLog(korvane::tr("Restored %1\n").arg(displayName(restored)));
+        m_manager.parts().log.append(korvane::tr("Restored %1\n").arg(displayName(restored)));
     for (const QString &kept : result.kept)
-        m_manager.services().appendLog(
-            korvane::tr("Kept the installed %1\n").arg(displayName(kept)));
+        m_manager.parts().log.append(korvane::tr("Kept the installed %1\n").arg(displayName(kept)));
     if (!result.restored.isEmpty() || !result.replaced.isEmpty())
         m_manager.rescan();
     if (!result.ok && !result.error.isEmpty()) {
@@ -506,7 +506,7 @@ void PluginBackup::restoreWithDialogs()
     const std::optional<QByteArray> set = PluginArchive::readDocument(
         *path, setDocumentName() + QLatin1Char('.') + m_manager.traits().defaultSetExtension);
     if (set)
-        m_manager.sets().mergeEntries(SetDocument::decode(*set, &m_manager.services()));
+        m_manager.sets().mergeEntries(SetDocument::decode(*set, &m_manager.parts().content));
 }
 
 } // namespace korvane

@@ -1,5 +1,7 @@
 #include "library/ProductFormats.h"
 
+#include "core/Locations.h"
+
 #include "library/FormatManager.h"
 #include "os/ReadOnlyFileOperations.h"
 
@@ -76,7 +78,8 @@ ProductFormats::Preview ProductFormats::preview(const QList<Product> &products,
             // The mark not made yet: a copy of the plug-in as it would be once marked off.
             auto off = std::make_shared<Plugin>(*member.item);
             off->setActive(false);
-            off->updateLocation(manager.type());
+            off->updateLocation(manager.traits(),
+                                manager.locations().allFolderPaths(manager.traits()));
             const PluginRecord &found = manager.plugins().records().at(record);
             Change change{&manager, member.item, product.name, member.format, {}, false};
             change.move.record = int(record);

@@ -1,6 +1,6 @@
 #include "library/Reporting.h"
 
-#include "core/AppServices.h"
+#include "core/ActivityLog.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "os/SystemLog.h"
@@ -31,7 +31,7 @@ QString filled(const QString &format, const QStringList &args)
 
 } // namespace
 
-void tell(AppServices &services, const char *text, const QStringList &args)
+void tell(ActivityLog &log, const char *text, const QStringList &args)
 {
     QString english = filled(QString::fromUtf8(text), args);
     if (english.endsWith(QLatin1Char('\n')))
@@ -40,7 +40,7 @@ void tell(AppServices &services, const char *text, const QStringList &args)
     QString shown = filled(korvane::tr(text), args);
     if (!shown.endsWith(QLatin1Char('\n')))
         shown += QLatin1Char('\n');
-    services.appendLog(shown);
+    log.append(shown);
 }
 
 CopyProgress copyProgressFor(UserInterface &userInterface, const int &item, int count)

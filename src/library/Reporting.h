@@ -7,12 +7,12 @@
 
 namespace korvane {
 
-class AppServices;
+class ActivityLog;
 class UserInterface;
 
 // Says text with its arguments filled in where a person will see it: the log window in the
 // user's language, the system log and KorvaneCMD's standard error in English.
-void tell(AppServices &services, const char *text, const QStringList &args);
+void tell(ActivityLog &log, const char *text, const QStringList &args);
 
 // Copy progress of the item-th (from 0, as it counts on) of count items, for the progress panel.
 // Copies of less than LongCopyBytes are over before anyone could read their figures.

@@ -1,9 +1,12 @@
 #include "library/RightsApply.h"
 
-#include "core/AppServices.h"
+#include "core/ActivityLog.h"
+#include "core/DataFiles.h"
+#include "core/FileErrorQuestion.h"
 #include "core/FormatTable.h"
 #include "core/Locations.h"
 #include "core/PluginList.h"
+#include "core/RunParts.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/DistributionGuard.h"
@@ -75,7 +78,7 @@ QString someOf(const QStringList &lines)
 // Says once which plug-ins stay because their folders are not the helper's, naming each folder
 // and the variables that add such folders, and settles their records: the apply would only meet
 // "Permission denied" once per plug-in.
-void refuseUnserved(const Format &format, Marking &marking, AppServices &services,
+void refuseUnserved(const Format &format, Marking &marking, const RunParts &run, ActivityLog &log,
                     const QList<Pending> &unserved)
 {
     if (unserved.isEmpty())
@@ -85,7 +88,7 @@ void refuseUnserved(const Format &format, Marking &marking, AppServices &service
     for (const Pending &change : unserved) {
         for (const QString &path : {change.from, change.to}) {
             const QString folder = QFileInfo(path).path();
-            if (!helperServes(format, services.locations(), folder) && !folders.contains(folder))
+            if (!helperServes(format, run.locations, folder) && !folders.contains(folder))
                 folders << folder;
         }
         names << change.name;
@@ -93,10 +96,10 @@ void refuseUnserved(const Format &format, Marking &marking, AppServices &service
     }
     const QString variables = format.pathVariables.join(QStringLiteral(", "));
     for (const Pending &change : unserved)
-        services.appendLog(korvane::tr("%1 stays in %2: that folder was added by %3, and "
-                                       "administrator rights are asked only for the formats' "
-                                       "own folders\n")
-                               .arg(change.name, QFileInfo(change.from).path(), variables));
+        log.append(korvane::tr("%1 stays in %2: that folder was added by %3, and "
+                               "administrator rights are asked only for the formats' "
+                               "own folders\n")
+                       .arg(change.name, QFileInfo(change.from).path(), variables));
     Alert alert;
     alert.messageText = korvane::tr("%1 plug-ins in folders added by %2 were not switched")
                             .arg(names.size())
@@ -109,7 +112,7 @@ void refuseUnserved(const Format &format, Marking &marking, AppServices &service
             .arg(someOf(folders))
         + QStringLiteral("\n\n") + someOf(names);
     alert.buttons = {korvane::tr("OK")};
-    services.ui().runAlert(alert);
+    run.ui.runAlert(alert);
 }
 
 } // namespace
@@ -129,10 +132,10 @@ bool RightsApply::needsRights(const Format &format, const Locations &locations,
 }
 
 void RightsApply::run(const FormatTraits &format, const PluginList &list, Marking &marking,
-                      AppServices &services, RightsMover &mover)
+                      const RunParts &run, ActivityLog &log, RightsMover &mover)
 {
-    FileOperations &files = services.files();
-    const Locations &locations = services.locations();
+    FileOperations &files = run.files;
+    const Locations &locations = run.locations;
     // Pair 1 is every row's first user pair: where a copy for the person alone goes.
     const QString userFolder = locations.folderPath(format, LocUserActive);
     const DistributionGuard guard(format, locations);
@@ -167,7 +170,7 @@ void RightsApply::run(const FormatTraits &format, const PluginList &list, Markin
                            move.from,        move.to,
                            item->isActive(), QDir(record.folder()).relativeFilePath(move.from)};
     }
-    refuseUnserved(format, marking, services, unserved);
+    refuseUnserved(format, marking, run, log, unserved);
     if (pending.isEmpty())
         return;
 
@@ -175,7 +178,7 @@ void RightsApply::run(const FormatTraits &format, const PluginList &list, Markin
     for (const Pending &change : std::as_const(pending))
         moves << qMakePair(change.from, change.to);
     const RightsMover::Outcome outcome = mover.move(moves);
-    UserInterface &ui = services.ui();
+    UserInterface &ui = run.ui;
     // Settled either way: what is left is said here, and the apply that follows would only meet
     // "Permission denied" once per plug-in.
     for (const Pending &change : std::as_const(pending))
@@ -190,7 +193,7 @@ void RightsApply::run(const FormatTraits &format, const PluginList &list, Markin
             if (result.ok)
                 continue;
             failed << korvane::tr("%1: %2").arg(pending.at(i).name, result.error);
-            services.appendLog(
+            log.append(
                 korvane::tr("%1 stays in %2: %3\n")
                     .arg(pending.at(i).name, QFileInfo(pending.at(i).from).path(), result.error));
         }
@@ -205,7 +208,7 @@ void RightsApply::run(const FormatTraits &format, const PluginList &list, Markin
     }
     if (outcome.state == RightsMover::State::Refused) {
         systemLog(QStringLiteral("System plug-ins not moved: ") + outcome.said);
-        services.appendLog(korvane::tr("System plug-ins not moved: %1\n").arg(outcome.said));
+        log.append(korvane::tr("System plug-ins not moved: %1\n").arg(outcome.said));
         Alert alert;
         alert.messageText = korvane::tr("Plug-ins not moved");
         alert.informativeText = outcome.said;
@@ -238,16 +241,16 @@ void RightsApply::run(const FormatTraits &format, const PluginList &list, Markin
     alert.buttons = copyable.isEmpty()
                         ? QStringList{korvane::tr("Leave Them")}
                         : QStringList{korvane::tr("Copy to My Folder"), korvane::tr("Leave Them")};
-    services.appendLog(korvane::tr("System plug-ins not switched: %1\n").arg(outcome.said));
+    log.append(korvane::tr("System plug-ins not switched: %1\n").arg(outcome.said));
     if (ui.runAlert(alert) != AlertAnswer::First || copyable.isEmpty())
         return;
     for (const Pending &change : std::as_const(copyable)) {
         const QString target = userFolder + QLatin1Char('/') + change.relative;
-        services.createFolders(target);
+        createFolders(run.files, target);
         FileError error;
         if (files.copy(change.from, target, &error)) {
-            services.appendLog(korvane::tr("Copied %1 to %2\n").arg(change.from, target));
-        } else if (services.askToProceedAfter(error) == FileErrorAnswer::Stop) {
+            log.append(korvane::tr("Copied %1 to %2\n").arg(change.from, target));
+        } else if (askToProceedAfter(run.ui, error) == FileErrorAnswer::Stop) {
             break;
         }
     }

@@ -6,7 +6,8 @@
 
 namespace korvane {
 
-class AppServices;
+struct RunParts;
+class ActivityLog;
 class FileOperations;
 class Locations;
 class Marking;
@@ -28,7 +29,7 @@ public:
     // Runs the pending changes that need rights and settles their records, so the apply that
     // follows leaves them alone; the rescan at its end shows where each plug-in really is.
     static void run(const FormatTraits &format, const PluginList &list, Marking &marking,
-                    AppServices &services, RightsMover &mover);
+                    const RunParts &run, ActivityLog &log, RightsMover &mover);
 };
 
 } // namespace korvane

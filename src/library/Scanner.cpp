@@ -4,11 +4,14 @@
 
 #include "codec/Bundle.h"
 #include "codec/PropertyList.h"
-#include "core/AppServices.h"
+#include "core/ActivityLog.h"
+#include "core/ContentRegistry.h"
 #include "core/Format.h"
 #include "core/FormatTable.h"
+#include "core/GroupRegistry.h"
 #include "core/InterruptedMoves.h"
 #include "core/Locations.h"
+#include "core/RunParts.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/FormatManager.h"
@@ -122,18 +125,18 @@ Scanner::Scanner(const FormatTraits &traits, const ManagerParts &parts)
 QStringList Scanner::listFolder(int loc, const QString &folder, ScanCache *cache) const
 {
     if (!m_parts.settings.scansSubfolders(m_traits.type))
-        return m_parts.services.files().listForScan(folder, cache);
+        return m_parts.run.files.listForScan(folder, cache);
     // All four folders recurse: a plug-in disabled from a subfolder lands in the same subfolder of
     // the disabled folder and must be found there to be enabled again.
     QStringList listing;
-    collectOutsidePackages(m_parts.services.files(), folder, QString(), cache, &listing);
-    return m_parts.services.relevantPaths(m_traits.type, loc, listing, cache);
+    collectOutsidePackages(m_parts.run.files, folder, QString(), cache, &listing);
+    return m_parts.content.relevantPaths(m_traits.type, loc, listing, cache);
 }
 
 bool Scanner::settleInterruptedMoves(const QStringList &folders, const QList<QStringList> &listings)
 {
     const int count = int(folders.size());
-    InterruptedMoves moves(m_parts.services.files(), folders);
+    InterruptedMoves moves(m_parts.run.files, folders);
     // Made at the first sidecar: most folders have none.
     std::vector<std::optional<QSet<QString>>> listed(static_cast<size_t>(count));
     const auto lists = [&](int loc, const QString &entry) {
@@ -162,19 +165,19 @@ bool Scanner::settleInterruptedMoves(const QStringList &folders, const QList<QSt
     }
     for (const QString &busy : moves.busy())
         systemLog(QStringLiteral("Left %1 alone: the program moving it still runs").arg(busy));
-    if (moves.isEmpty() || m_parts.services.files().isReadOnly())
+    if (moves.isEmpty() || m_parts.run.files.isReadOnly())
         return false;
     // A move under way in another program looks just like one cut short: only a scan that has
     // the library to itself touches them. Within this program nothing moves during a scan.
-    const LibraryLock lock(m_parts.services.parts().locks, m_parts.services.files(),
-                           m_parts.services.locations().pluginFolders(m_traits), 0);
+    const LibraryLock lock(m_parts.run.locks, m_parts.run.files,
+                           m_parts.run.locations.pluginFolders(m_traits), 0);
     if (!lock.isLocked()) {
         systemLog(QStringLiteral("Leftovers of moves left alone: %1").arg(lock.failure()));
         return false;
     }
     for (const InterruptedMoves::Line &line : moves.settle()) {
         systemLog(line.in(false));
-        m_parts.services.appendLog(line.in(true) + QLatin1Char('\n'));
+        m_parts.log.append(line.in(true) + QLatin1Char('\n'));
     }
     return true;
 }
@@ -182,13 +185,12 @@ bool Scanner::settleInterruptedMoves(const QStringList &folders, const QList<QSt
 void Scanner::scan(PluginList &list)
 {
     list.clear();
-    AppServices &main = m_parts.services;
     const GroupIndex groups(
-        PropertyList::readArray(m_parts.services.locations().dataFilePath(m_traits.groupsFile))
+        PropertyList::readArray(m_parts.run.locations.dataFilePath(m_traits.groupsFile))
             .value_or(QVariantList{}));
 
-    FileOperations &files = m_parts.services.files();
-    UserInterface &ui = m_parts.services.ui();
+    FileOperations &files = m_parts.run.files;
+    UserInterface &ui = m_parts.run.ui;
     ui.progressBegin(korvane::tr(m_traits.texts.panelTitle));
     ScanProgress progress(ui, m_traits.progressOffset);
     const QString folderPrefix = korvane::tr(m_traits.texts.folderTextPrefix);
@@ -205,11 +207,11 @@ void Scanner::scan(PluginList &list)
     std::vector<std::optional<FileIdentity>> identities(static_cast<size_t>(locationCount));
     std::vector<bool> listed(static_cast<size_t>(locationCount));
     for (int loc = 0; loc < locationCount; ++loc) {
-        folders << m_parts.services.locations().expand(m_traits.folder(loc));
+        folders << m_parts.run.locations.expand(m_traits.folder(loc));
         if (m_traits.createsParentOnScan && loc < LocationCount && isActiveLocation(loc)) {
             const QString parent = isSystemLocation(loc) ? m_traits.parentFolder
                                                          : QLatin1Char('~') + m_traits.parentFolder;
-            createIfMissing(files, m_parts.services.locations().expand(parent));
+            createIfMissing(files, m_parts.run.locations.expand(parent));
         }
         if (loc < LocationCount && m_traits.createdFolders[size_t(loc)])
             createIfMissing(files, folders[size_t(loc)]);
@@ -224,7 +226,7 @@ void Scanner::scan(PluginList &list)
                 folders[size_t(earlier)] % QLatin1Char('\n') % folders[size_t(loc)];
             if (!m_saidOneFolder.contains(pair)) {
                 m_saidOneFolder.insert(pair);
-                tell(m_parts.services,
+                tell(m_parts.log,
                      QT_TRANSLATE_NOOP("korvane",
                                        "%1 and %2 are one folder: its plug-ins are listed once, in "
                                        "%1, and none can move from one to the other"),
@@ -245,11 +247,11 @@ void Scanner::scan(PluginList &list)
     if (!m_metadata) {
         // One package database for every format of the run.
         QStringList distributionFolders;
-        for (const Format &format : m_parts.services.formats())
+        for (const Format &format : m_parts.run.formats)
             for (int loc = 0; loc < format.locationCount(); ++loc)
                 if (format.isDistributionOwned(loc))
                     distributionFolders << format.folder(loc);
-        m_metadata = std::make_shared<PluginMetadataReader>(m_traits, m_parts.services.locations(),
+        m_metadata = std::make_shared<PluginMetadataReader>(m_traits, m_parts.run.locations,
                                                             distributionFolders);
     }
     m_metadata->beginScan();
@@ -270,13 +272,14 @@ void Scanner::scan(PluginList &list)
                                        &*cache))
                 continue;
 
-            auto item = std::make_shared<Plugin>(&main);
+            auto item = std::make_shared<Plugin>();
             item->setName(entry);
+            m_parts.content.fill(*item);
             item->setLocation(folder);
             item->setGlobal(global);
             item->setPair(loc / 2);
             item->setActive(active);
-            item->setGroup(groups.groupOf(entry));
+            item->setGroupId(m_parts.groups.positionOf(groups.groupOf(entry)));
 
             PluginRecord record;
             record.setName(entry);

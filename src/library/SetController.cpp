@@ -3,9 +3,11 @@
 #include "library/SetController.h"
 
 #include "codec/PropertyList.h"
-#include "core/AppServices.h"
+#include "core/ActivityLog.h"
+#include "core/DataFiles.h"
 #include "core/Locations.h"
 #include "core/PathChecks.h"
+#include "core/RunParts.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/FormatManager.h"
@@ -65,7 +67,7 @@ void SetController::noteItemChanged()
 void SetController::loadSetList()
 {
     const std::optional<QStringList> stored =
-        PropertyList::readStringArray(m_parts.services.locations().dataFilePath(m_traits.setsFile));
+        PropertyList::readStringArray(m_parts.run.locations.dataFilePath(m_traits.setsFile));
     QStringList titles;
     if (!stored) {
         titles << kNoSet;
@@ -98,7 +100,8 @@ bool SetController::saveSet()
     // A relative name lands in the current folder.
     FileError error;
     if (!writeSet(m_setName, &error)) {
-        UnsavedWork::reportSetNotSaved(m_parts.services, error); // the edits stay unsaved
+        UnsavedWork::reportSetNotSaved(m_parts.log, m_parts.run.ui,
+                                       error); // the edits stay unsaved
         return false;
     }
     m_setChanged = false;
@@ -108,9 +111,9 @@ bool SetController::saveSet()
 bool SetController::saveSetAs()
 {
     SavePanelRequest request;
-    request.directory = m_parts.services.locations().documentsFolder();
+    request.directory = m_parts.run.locations.documentsFolder();
     request.fileName = m_traits.savePanelName;
-    UserInterface &ui = m_parts.services.ui();
+    UserInterface &ui = m_parts.run.ui;
     // After a failure the panel comes back: the set is saved somewhere or consciously not.
     while (const std::optional<QString> path = ui.runSavePanel(request)) {
         if (saveSetAs(*path))
@@ -128,7 +131,7 @@ bool SetController::saveSetAs(const QString &path)
     FileError error;
     if (!writeSet(path, &error)) {
         // Neither the pop-up nor the name field takes a set that is not on disk.
-        UnsavedWork::reportSetNotSaved(m_parts.services, error);
+        UnsavedWork::reportSetNotSaved(m_parts.log, m_parts.run.ui, error);
         return false;
     }
     setCurrentSetName(path);
@@ -144,9 +147,9 @@ bool SetController::saveSetAs(const QString &path)
 void SetController::openSet()
 {
     OpenPanelRequest request;
-    request.directory = m_parts.services.locations().documentsFolder();
+    request.directory = m_parts.run.locations.documentsFolder();
     request.allowedTypes = m_traits.documentExtension.split(QLatin1Char(' '));
-    const std::optional<QString> path = m_parts.services.ui().runOpenPanel(request);
+    const std::optional<QString> path = m_parts.run.ui.runOpenPanel(request);
     if (path)
         openSet(*path);
 }
@@ -208,7 +211,7 @@ void SetController::selectSet(int index)
             return;
         }
         const QString path = m_setTitles.value(m_selectedSetIndex);
-        if (m_parts.services.files().exists(path)) {
+        if (m_parts.run.files.exists(path)) {
             loadSet(path);
             return;
         }
@@ -221,7 +224,7 @@ void SetController::selectSet(int index)
         alert.buttons = {korvane::tr("Cancel"), korvane::tr("try again"), korvane::tr("remove")};
         alert.addedButtons = true;
         alert.informativeText = korvane::tr("The set \"%1\" not longer exist.").arg(path);
-        const AlertAnswer answer = m_parts.services.ui().runAlert(alert);
+        const AlertAnswer answer = m_parts.run.ui.runAlert(alert);
         if (answer == AlertAnswer::Third) {
             m_setTitles.removeAll(path);
             emit setsChanged();
@@ -230,7 +233,7 @@ void SetController::selectSet(int index)
         }
         // Nobody there to put the file back would be asked for ever: the entry stays for a
         // person to decide on later.
-        if (answer != AlertAnswer::Second || !m_parts.services.ui().isInteractive()) {
+        if (answer != AlertAnswer::Second || !m_parts.run.ui.isInteractive()) {
             selectSetIndex(std::max(0, int(m_setTitles.indexOf(kNoSet))));
             m_setChanged = false;
             return;
@@ -240,7 +243,7 @@ void SetController::selectSet(int index)
 
 bool SetController::offerToSaveSet()
 {
-    return UnsavedWork::settleSetEdits(*this, m_parts.services.ui());
+    return UnsavedWork::settleSetEdits(*this, m_parts.run.ui);
 }
 
 void SetController::forgetSetEdits()
@@ -252,13 +255,13 @@ void SetController::forgetSetEdits()
 
 void SetController::saveSetList()
 {
-    const QString path = m_parts.services.locations().dataFilePath(m_traits.setsFile);
-    m_parts.services.createSupportFolder(); // a fresh home has none yet
+    const QString path = m_parts.run.locations.dataFilePath(m_traits.setsFile);
+    m_parts.dataFiles.createSupportFolder(); // a fresh home has none yet
     QVariantList titles;
     for (const QString &title : std::as_const(m_setTitles))
         titles << title;
     // The list is read as names only; a file holding anything else is kept, not replaced.
-    m_parts.services.writeDataFile(path, titles, [](const QString &file) {
+    m_parts.dataFiles.write(path, titles, [](const QString &file) {
         return PropertyList::readStringArray(file).has_value();
     });
 }
@@ -273,7 +276,7 @@ QString SetController::selectedSet() const
 
 bool SetController::writeSet(const QString &path, FileError *error) const
 {
-    return SetDocument::write(m_parts.services.files(), path, m_manager.items(), error);
+    return SetDocument::write(m_parts.run.files, path, m_manager.items(), error);
 }
 
 QStringList SetController::mergeEntries(const QList<PluginPtr> &saved)

@@ -1,6 +1,7 @@
 #include "library/SetDocument.h"
 
 #include "codec/SetArchive.h"
+#include "core/ContentRegistry.h"
 #include "os/FileOperations.h"
 
 #include <QFile>
@@ -22,7 +23,7 @@ namespace {
 constexpr qint64 kMaxDocumentSize = 64 * 1024 * 1024;
 
 // nullopt: not a set document. An empty list: a document of no items.
-std::optional<QList<PluginPtr>> decodeItems(const QByteArray &bytes, AppServices *registry)
+std::optional<QList<PluginPtr>> decodeItems(const QByteArray &bytes, const ContentRegistry *content)
 {
     const std::optional<QList<QList<ArchivedObjectPtr>>> archived = SetArchive::decode(bytes);
     if (!archived)
@@ -30,9 +31,11 @@ std::optional<QList<PluginPtr>> decodeItems(const QByteArray &bytes, AppServices
     QList<PluginPtr> items;
     items.reserve(archived->size());
     for (const QList<ArchivedObjectPtr> &objects : *archived) {
-        PluginPtr item = Plugin::decode(objects, registry);
+        PluginPtr item = Plugin::decode(objects);
         if (!item)
             return std::nullopt;
+        if (content)
+            content->fill(*item);
         items.append(item);
     }
     return items;
@@ -116,9 +119,9 @@ QByteArray SetDocument::encode(const QList<PluginPtr> &items)
     return SetArchive::encode(coded);
 }
 
-QList<PluginPtr> SetDocument::decode(const QByteArray &bytes, AppServices *registry)
+QList<PluginPtr> SetDocument::decode(const QByteArray &bytes, const ContentRegistry *content)
 {
-    return decodeItems(bytes, registry).value_or(QList<PluginPtr>());
+    return decodeItems(bytes, content).value_or(QList<PluginPtr>());
 }
 
 bool SetDocument::write(FileOperations &files, const QString &path, const QList<PluginPtr> &items,
@@ -129,20 +132,20 @@ bool SetDocument::write(FileOperations &files, const QString &path, const QList<
 }
 
 std::optional<QList<PluginPtr>> SetDocument::load(const QString &path, QString *problem,
-                                                  AppServices *registry)
+                                                  const ContentRegistry *content)
 {
     const std::optional<QByteArray> bytes = readOnce(path, problem);
     if (!bytes)
         return std::nullopt;
-    std::optional<QList<PluginPtr>> items = decodeItems(*bytes, registry);
+    std::optional<QList<PluginPtr>> items = decodeItems(*bytes, content);
     if (!items && problem)
         *problem = QStringLiteral("not a set document");
     return items;
 }
 
-QList<PluginPtr> SetDocument::read(const QString &path, AppServices *registry)
+QList<PluginPtr> SetDocument::read(const QString &path, const ContentRegistry *content)
 {
-    return load(path, nullptr, registry).value_or(QList<PluginPtr>());
+    return load(path, nullptr, content).value_or(QList<PluginPtr>());
 }
 
 } // namespace korvane

@@ -1,5 +1,6 @@
 #include "library/TableState.h"
 
+#include "core/GroupRegistry.h"
 #include "core/PluginList.h"
 #include "library/FormatManager.h"
 #include "library/TableColumns.h"
@@ -19,7 +20,7 @@ namespace {
 class SortColumn {
 public:
     SortColumn(const SortKey &sortKey, const QList<PluginPtr> &items, const Format &format,
-               TableState::NaturalKeys &naturalKeys)
+               const GroupRegistry &groups, TableState::NaturalKeys &naturalKeys)
         : m_ascending(sortKey.ascending),
           m_case(sortKey.caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive)
     {
@@ -48,7 +49,7 @@ public:
         else if (key == TableColumn::Global)
             numbers([](const Plugin &i) { return i.isGlobal(); });
         else if (key == TableColumn::Group)
-            texts([](const Plugin &i) { return i.group(); });
+            texts([&groups](const Plugin &i) { return groups.nameAt(i.groupId()); });
         else if (key == TableColumn::Architecture)
             naturalTexts(items, naturalKeys, [](const Plugin &i) { return i.architecturesText(); });
         else if (key == TableColumn::Name && m_case == Qt::CaseInsensitive)
@@ -183,7 +184,8 @@ void TableState::sort()
     columns.reserve(size_t(m_sortKeys.size()));
     const QList<PluginPtr> &plugins = m_list.items();
     for (const SortKey &sortKey : std::as_const(m_sortKeys))
-        columns.emplace_back(sortKey, plugins, m_manager.traits(), m_naturalKeys);
+        columns.emplace_back(sortKey, plugins, m_manager.traits(), m_manager.parts().groups,
+                             m_naturalKeys);
     std::vector<qsizetype> order(size_t(plugins.size()));
     std::iota(order.begin(), order.end(), qsizetype(0));
     std::stable_sort(order.begin(), order.end(), [&columns](qsizetype a, qsizetype b) {

@@ -1,6 +1,6 @@
 #include "library/UnsavedWork.h"
 
-#include "core/AppServices.h"
+#include "core/ActivityLog.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/FormatManager.h"
@@ -64,15 +64,15 @@ bool UnsavedWork::settle(FormatManager &manager)
     return settleSetEdits(manager.sets(), manager.ui()) && settleMarks(manager);
 }
 
-void UnsavedWork::reportSetNotSaved(AppServices &services, const FileError &error)
+void UnsavedWork::reportSetNotSaved(ActivityLog &log, UserInterface &ui, const FileError &error)
 {
     const QString line = korvane::tr("Could not save %1: %2").arg(error.path, error.reason);
-    services.appendLog(line + QLatin1Char('\n'));
+    log.append(line + QLatin1Char('\n'));
     Alert alert;
     alert.messageText = korvane::tr("The set “%1” was not saved").arg(setTitle(error.path));
     alert.informativeText = line;
     alert.buttons = {korvane::tr("OK")};
-    services.ui().runAlert(alert);
+    ui.runAlert(alert);
 }
 
 } // namespace korvane

@@ -4,7 +4,7 @@
 
 namespace korvane {
 
-class AppServices;
+class ActivityLog;
 class FormatManager;
 class SetController;
 class UserInterface;
@@ -27,7 +27,7 @@ public:
     // The set's name as a person knows it: its file name without the extension.
     static QString setTitle(const QString &path);
     // Says that a set could not be written, where and why.
-    static void reportSetNotSaved(AppServices &services, const FileError &error);
+    static void reportSetNotSaved(ActivityLog &log, UserInterface &ui, const FileError &error);
 };
 
 } // namespace korvane

@@ -52,24 +52,26 @@ TEST_F(AppControllerTest, DeletingAGroupLeavesItsMembersWithoutOneAndEveryOtherA
 {
     AppController *main = makeContext().main();
     launch();
-    main->groups() = QStringList{"", "Drums", "Keys", "Vocals"};
+    GroupRegistry &groups = main->groupRegistry();
+    for (const char *name : {"Drums", "Keys", "Vocals"})
+        groups.setGroupAt(groups.groupCount(), name);
     FormatManager &au = *context->manager(TypeAU);
     FormatManager &vst = *context->manager(TypeVST);
     au.groups().changeGroup(au.itemAt(0), "Keys");
     vst.groups().changeGroup(vst.itemAt(0), "Vocals");
     ui.alertAnswers << AlertAnswer::Alternate; // Cancel
-    main->removeGroup(1);                      // "Keys"
-    EXPECT_EQ(main->groupCount(), 3);
+    groups.removeGroup(1);                     // "Keys"
+    EXPECT_EQ(groups.groupCount(), 3);
     EXPECT_EQ(ui.alerts.last().messageText, "Delete the group “Keys”?");
     EXPECT_EQ(ui.alerts.last().informativeText, "1 plug-in is in it and will have no group.");
-    main->removeGroup(1); // Delete
-    EXPECT_EQ(au.itemAt(0)->group(), "");
-    EXPECT_EQ(vst.itemAt(0)->group(), "Vocals");
+    groups.removeGroup(1); // Delete
+    EXPECT_EQ(au.groupName(*au.itemAt(0)), "");
+    EXPECT_EQ(vst.groupName(*vst.itemAt(0)), "Vocals");
     const qsizetype asked = ui.alerts.size();
-    main->removeGroup(0); // "Drums" has no member: nothing to ask
+    groups.removeGroup(0); // "Drums" has no member: nothing to ask
     EXPECT_EQ(ui.alerts.size(), asked);
-    EXPECT_EQ(vst.itemAt(0)->group(), "Vocals");
-    EXPECT_EQ(main->groups(), QStringList({"", "Vocals"}));
+    EXPECT_EQ(vst.groupName(*vst.itemAt(0)), "Vocals");
+    EXPECT_EQ(groups.names(), QStringList({"", "Vocals"}));
 }
 
 TEST_F(AppControllerTest, EveryTypeOnScansAllFourAndOpensTheDefaultSetsThatExist)
@@ -129,7 +131,7 @@ TEST_F(AppControllerTest, AFifthFormatIsOneRowOfTheTable)
 
     clap->marking().setAllActive();
     clap->marking().changeItem(clap->itemAt(1), "AUGlobal", true);
-    EXPECT_EQ(context->main()->undoStack()->undoActionName(), "Bolt.clap \"setGlobal\"");
+    EXPECT_EQ(context->main()->undoHistory().stack()->undoActionName(), "Bolt.clap \"setGlobal\"");
     for (const MoveOutcome &outcome : clap->applyPending())
         EXPECT_TRUE(outcome.ok) << outcome.error.reason.toStdString();
     EXPECT_TRUE(QFileInfo::exists(rootPath("Library/Audio/Plug-Ins/CLAP/Bolt.clap")));
@@ -176,7 +178,7 @@ TEST_F(AppControllerTest, DamagedDataFilesAreKeptBeforeAnythingReplacesThem)
         EXPECT_TRUE(PropertyList::read(path)) << path.toStdString(); // replaced by a good one
         const QString line = "Could not read " + path + "; kept it as " + keptPath;
         EXPECT_TRUE(log.contains(line)) << line.toStdString();
-        EXPECT_TRUE(context->main()->logText().contains(line + "\n")) << line.toStdString();
+        EXPECT_TRUE(context->main()->log().text().contains(line + "\n")) << line.toStdString();
     }
     EXPECT_EQ(log.lines().size(), damaged.size());
 }

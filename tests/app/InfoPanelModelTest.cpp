@@ -19,7 +19,7 @@ TEST_F(InfoPanelModelTest, InfoPanelFallsBackToTheNameAndReadsTheContentPreferen
     QDir().mkpath(folder + "/Plain.component/Contents");
     writeText(folder + "/Broken.component/Contents/Info.plist", "<plist><dict><key>");
     for (const QString name : {"Plain.component", "Broken.component"}) {
-        auto item = std::make_shared<Plugin>(services.get());
+        auto item = std::make_shared<Plugin>();
         item->setLocation(folder);
         item->setName(name);
         info.showInfo(item);
@@ -37,6 +37,27 @@ TEST_F(InfoPanelModelTest, InfoPanelFallsBackToTheNameAndReadsTheContentPreferen
     EXPECT_EQ(info.item(), shown); // null keeps the item shown
     EXPECT_TRUE(info.closeWindow());
     EXPECT_FALSE(info.isVisible());
+}
+
+// The plug-in holds its list; the panel's edits reach content.plist through the registry, so the
+// next scan and the next run find them.
+TEST_F(InfoPanelModelTest, AddedAndRemovedCompanionsAreStoredInTheRegistry)
+{
+    launch();
+    InfoPanelModel info(*services, *pref);
+    auto item = std::make_shared<Plugin>();
+    item->setName("Echo.component");
+    info.showInfo(item);
+    ui.openPanelAnswers << homePath("Presets/Echo");
+    info.addContent();
+    EXPECT_EQ(services->contentRegistry().contentFor("Echo.component"),
+              QStringList({"Echo.component", homePath("Presets/Echo")}));
+    info.removeContentAt(0);
+    EXPECT_EQ(services->contentRegistry().contentFor("Echo.component"),
+              QStringList{"Echo.component"});
+    launch(); // read again from the file
+    EXPECT_EQ(services->contentRegistry().contentFor("Echo.component"),
+              QStringList{"Echo.component"});
 }
 
 } // namespace

@@ -20,7 +20,8 @@ protected:
     {
         pref.reset();
         services = std::make_unique<AppServices>(parts());
-        return (pref = std::make_unique<Preferences>(*services)).get();
+        return (pref = std::make_unique<Preferences>(services->parts(), services->dataFiles()))
+            .get();
     }
     QVariantMap stored() const
     {

@@ -3,6 +3,8 @@
 #include "PluginLibraryBuilder.h"
 #include "app/AppContext.h"
 #include "cli/Options.h"
+#include "core/FormatTable.h"
+#include "core/Locations.h"
 #include "library/FormatManager.h"
 #include "library/SetDocument.h"
 #include "os/LibraryLock.h"
@@ -158,13 +160,14 @@ protected:
                                                     {"Missing.component", false, true},
                                                     {"Delta.component", false, true}})
     {
+        const Format &au = FormatTable::builtIn().at(TypeAU);
         QList<PluginPtr> items;
         for (const auto &[name, global, active] : entries) {
             items << std::make_shared<Plugin>();
             items.last()->setName(name);
             items.last()->setGlobal(global);
             items.last()->setActive(active);
-            items.last()->updateLocation(TypeAU);
+            items.last()->updateLocation(au, locations().allFolderPaths(au));
         }
         QString path = homePath("Documents/" + fileName);
         EXPECT_TRUE(SetDocument::write(disk(), path, items));

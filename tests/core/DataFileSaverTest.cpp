@@ -140,19 +140,20 @@ TEST_F(DataFileSaverTest, TheGroupRegistryAtQuitAsksInsteadOfLosingTheNewGroup)
 {
     QDir().mkpath(homePath(kSupport));
     ScriptedUi ui;
-    AppServices services(RunParts{locations(), disk(), ui, FormatTable::builtIn(), locks()});
-    services.addGroup();
+    AppServices run(RunParts{locations(), disk(), ui, FormatTable::builtIn(), locks()});
+    GroupRegistry &groups = run.groupRegistry();
+    groups.addGroup();
     ImmutableGuard guard(homePath(kSupport));
     if (!guard.ok())
         GTEST_SKIP() << "chattr +i not supported here";
     ui.alertAnswers << AlertAnswer::Second;
     ui.savePanelAnswers << homePath("Documents/groups.plist");
-    services.saveGroupRegistry();
+    groups.save();
     ASSERT_EQ(ui.alerts.size(), 1);
     EXPECT_EQ(
         PropertyList::readArray(homePath("Documents/groups.plist")).value_or(QVariantList()).size(),
-        services.groups().size());
-    EXPECT_TRUE(services.logText().contains("Could not save " + homePath(kSupport)));
+        groups.names().size());
+    EXPECT_TRUE(run.log().text().contains("Could not save " + homePath(kSupport)));
 }
 
 } // namespace

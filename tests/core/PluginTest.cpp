@@ -16,7 +16,7 @@ protected:
         ServicesFixture::SetUp();
         services.emplace(parts());
     }
-    std::optional<AppServices> services; // the registries the items read
+    std::optional<AppServices> services; // the registries that fill the items
     static ArchivedObjectPtr text(const QString &s) { return TypedStreamWriter::makeString(s); }
 };
 
@@ -42,44 +42,49 @@ TEST_F(PluginTest, ArchitectureComesFromTheExecutablesFirstBytes)
 
 TEST_F(PluginTest, GroupsAreReadThroughTheRegistryByPosition)
 {
-    services->groups() = QStringList{"", "G1", "G2", "G3"};
-    Plugin second(&*services), third(&*services), stranger(&*services);
-    second.setGroup("G2");
-    third.setGroup("G3");
-    stranger.setGroup("Nowhere"); // the sign test lets "not found" through
+    GroupRegistry &groups = services->groupRegistry();
+    for (const char *name : {"G1", "G2", "G3"})
+        groups.setGroupAt(groups.groupCount(), name);
+    auto group = [&groups](const Plugin &item) { return groups.nameAt(item.groupId()); };
+    Plugin second, third, stranger;
+    second.setGroupId(groups.positionOf("G2"));
+    third.setGroupId(groups.positionOf("G3"));
+    stranger.setGroupId(groups.positionOf("Nowhere")); // the sign test lets "not found" through
     EXPECT_EQ(stranger.groupId(), INT_MAX);
-    EXPECT_EQ(stranger.group(), "");
+    EXPECT_EQ(group(stranger), "");
 
-    Plugin first(&*services);
-    first.setGroup("G1");
-    services->setGroupAt(0, "Renamed");
-    EXPECT_EQ(first.group(), "Renamed");
+    Plugin first;
+    first.setGroupId(groups.positionOf("G1"));
+    groups.setGroupAt(0, "Renamed");
+    EXPECT_EQ(group(first), "Renamed");
     // Removed, its members have none and later members keep their group, not the next one's.
-    QObject::connect(&*services, &AppServices::groupRemoved, [&](int position) {
+    QObject::connect(&groups, &GroupRegistry::groupRemoved, [&](int position) {
         for (Plugin *item : {&first, &second, &third})
             item->groupRemoved(position);
     });
-    services->removeGroup(0);
-    EXPECT_EQ(first.group(), "");
-    EXPECT_EQ(second.group(), "G2");
-    EXPECT_EQ(third.group(), "G3");
+    groups.removeGroup(0);
+    EXPECT_EQ(group(first), "");
+    EXPECT_EQ(group(second), "G2");
+    EXPECT_EQ(group(third), "G3");
 }
 
 TEST_F(PluginTest, ArchiveHoldsNameLocationAndTwoFlags)
 {
-    services->storeContent({"Echo.vst", "/presets"});
+    ContentRegistry &content = services->contentRegistry();
+    content.store(QStringList{"Echo.vst", "/presets"});
     Plugin item;
     item.setLocation("/L");
     item.setGlobal(true);
     EXPECT_EQ(item.encode(), QStringList({"", "/L", "YES", "NO"}));
 
     const QList<ArchivedObjectPtr> coded{text("Echo.vst"), text("/L"), text("YES"), text("NO")};
-    auto decoded = Plugin::decode(coded, &*services);
+    auto decoded = Plugin::decode(coded);
     ASSERT_TRUE(decoded);
     EXPECT_TRUE(decoded->isGlobal() && !decoded->isActive());
-    EXPECT_TRUE(decoded->hasContent()); // the content lookup ran
-    // Decoded for display only: no registry, no content, no group.
-    EXPECT_FALSE(Plugin::decode(coded)->hasContent());
+    // Decoded for display only: no content, no group, until the registry fills it.
+    EXPECT_FALSE(decoded->hasContent() || decoded->groupId() != 0);
+    content.fill(*decoded);
+    EXPECT_TRUE(decoded->hasContent());
     for (const auto &flag : {text("yes"), text("1"), ArchivedObjectPtr()}) {
         auto other = Plugin::decode({text("A"), text("/L"), flag, flag});
         ASSERT_TRUE(other);

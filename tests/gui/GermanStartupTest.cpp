@@ -1,5 +1,6 @@
 #include "GuiFixture.h"
 
+#include "core/FileErrorQuestion.h"
 #include "gui/Translations.h"
 #include "gui/main/FormatTab.h"
 #include "gui/main/MainWindow.h"
@@ -51,7 +52,7 @@ TEST_F(GermanStartupTest, WindowsAlertsAndQtsOwnButtonsAreGerman)
     ReadOnlyFileOperations readOnly(disk());
     FileError error;
     ASSERT_FALSE(readOnly.move(homePath("Echo.vst"), homePath("Echo2.vst"), &error));
-    context->main()->askToProceedAfter(error);
+    askToProceedAfter(context->main()->ui(), error);
 
     ASSERT_EQ(ui.alerts.size(), 3);
     EXPECT_EQ(ui.alerts[0].buttons, QStringList({"Abbrechen", "In den Papierkorb legen"}));

@@ -91,7 +91,7 @@ TEST_F(KeyboardTest, EscapeAndCtrlWCloseEverySecondaryWindow)
         }
     }
     // The log's own close ran: the menu offers to show it again.
-    EXPECT_FALSE(context->main()->isLogVisible());
+    EXPECT_FALSE(context->main()->log().isVisible());
     EXPECT_TRUE(window->isVisible());
 }
 

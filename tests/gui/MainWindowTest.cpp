@@ -89,7 +89,7 @@ TEST_F(MainWindowTest, MenuCommandsReachTheManagerOfTheTabInFront)
     // The undo item names the last edit and undoes it in the core.
     const bool global = au.itemAt(0)->isGlobal();
     au.marking().changeItem(au.itemAt(0), "AUGlobal", !global);
-    EXPECT_EQ(window->action("miUndo")->text(), context->main()->undoTitle());
+    EXPECT_EQ(window->action("miUndo")->text(), context->main()->undoHistory().undoTitle());
     window->action("miUndo")->trigger();
     EXPECT_EQ(au.itemAt(0)->isGlobal(), global);
 }
@@ -113,7 +113,7 @@ TEST_F(MainWindowTest, BulkCommandsActOnTheShownRowsAskPastAScreenfulAndUndoAsOn
     EXPECT_EQ(statusOf(*page), "2 plug-ins · 2 on · 1 shown");
 
     // A group named in the submenu reaches its hidden members, and the question says so.
-    context->main()->addGroup();
+    context->main()->groupRegistry().addGroup();
     vst.groups().changeGroup(vst.itemAt(rowOf(vst, "Alder Echo.vst")), "New Group");
     vst.groups().changeGroup(vst.itemAt(rowOf(vst, "Birch Verb.vst")), "New Group");
     auto *groupOff = window->findChild<QMenu *>("menuGroupOff");
@@ -229,7 +229,7 @@ TEST_F(MainWindowTest, ClosingTheWindowSavesGroupsAndTheFrontTabOnce)
 {
     std::unique_ptr<MainWindow> window = openLibrary();
     EXPECT_TRUE(context->manager(TypeVST)->hasScanned()); // started once the loop ran
-    context->main()->addGroup();
+    context->main()->groupRegistry().addGroup();
     QMenu *groups = window->findChild<QMenu *>("menuGroups");
     ASSERT_TRUE(groups);
     ASSERT_EQ(groups->actions().size(), 2); // "none" and the new one

@@ -48,11 +48,12 @@ protected:
         view.reset();
         GuiTest::TearDown();
     }
-    UndoStack &undo() { return *context->main()->undoStack(); }
+    UndoStack &undo() { return *context->main()->undoHistory().stack(); }
     PluginPtr item(const QString &name) const
     {
         return au->itemAt(rowOf(*au, name + ".component"));
     }
+    QString groupOf(const QString &name) const { return au->groupName(*item(name)); }
     // The cell of a plug-in in the view, whatever the order and filter.
     QModelIndex cell(const QString &name, const QString &column) const
     {
@@ -143,7 +144,8 @@ TEST_F(PluginTableTest, SortingAndRescanningKeepTheSelectedPlugIns)
 
 TEST_F(PluginTableTest, TheFilterHidesRowsAndEditsReachTheShownPlugInAsOneUndoStep)
 {
-    context->main()->groups() << "Modulation";
+    context->main()->groupRegistry().setGroupAt(context->main()->groupRegistry().groupCount(),
+                                                "Modulation");
     au->marking().changeItem(item("Alder Chorus"), "AUGroup", "Modulation");
     undo().clear();
     const struct {
@@ -178,11 +180,11 @@ TEST_F(PluginTableTest, TheFilterHidesRowsAndEditsReachTheShownPlugInAsOneUndoSt
     const int modulation = combo->findText("Modulation");
     combo->setCurrentIndex(modulation);
     emit combo->activated(modulation); // the pick, as the list reports it
-    EXPECT_EQ(item("Birch Delay")->group(), "Modulation");
+    EXPECT_EQ(groupOf("Birch Delay"), "Modulation");
     EXPECT_EQ(group.data(), "Modulation");
 
     undo().undo();
-    EXPECT_EQ(item("Birch Delay")->group(), "");
+    EXPECT_EQ(groupOf("Birch Delay"), "");
     undo().undo();
     EXPECT_EQ(cell("Birch Delay", "AUActive").data(Qt::CheckStateRole), Qt::Unchecked);
     EXPECT_FALSE(undo().canUndo());

@@ -30,11 +30,13 @@ TEST_F(WindowsTest, GroupEditorEditsReachTheGroupsSubmenuAtOnce)
 {
     makeContext();
     AppController *main = context->main();
-    GroupEditorWindow window(*main);
-    main->showGroups();
+    GroupRegistry &groups = main->groupRegistry();
+    GroupEditorWindow window(groups);
+    groups.showGroups();
     QTableWidget *table = window.table();
     QStringList menu;
-    QObject::connect(main, &AppServices::groupMenuChanged, [&] { menu = main->groupMenuTitles(); });
+    QObject::connect(&groups, &GroupRegistry::groupMenuChanged,
+                     [&] { menu = groups.groupMenuTitles(); });
     const auto click = [&](const char *name) { window.findChild<QPushButton *>(name)->click(); };
     click("pbGroupAdd");
     click("pbGroupAdd");
@@ -43,7 +45,7 @@ TEST_F(WindowsTest, GroupEditorEditsReachTheGroupsSubmenuAtOnce)
 
     table->clearSelection(); // nothing chosen: nothing goes, position 0 is no group
     click("pbGroupDel");
-    EXPECT_EQ(main->groups(), QStringList({"", "New Group", "Drums"}));
+    EXPECT_EQ(groups.names(), QStringList({"", "New Group", "Drums"}));
     table->selectRow(0);
     click("pbGroupDel");
     EXPECT_EQ(menu, QStringList({"Drums"}));
@@ -134,11 +136,12 @@ TEST_F(WindowsTest, TheLogWindowFollowsTheLogAndItsCloseBoxEnablesShowLogAgain)
 {
     makeContext();
     AppController *main = context->main();
-    main->appendLog("a\n");
-    LogWindow window(*main);
-    main->showLog();
+    ActivityLog &log = main->log();
+    log.append("a\n");
+    LogWindow window(log);
+    log.show();
     ASSERT_TRUE(window.isVisible());
-    main->appendLog("b\n");
+    log.append("b\n");
     EXPECT_EQ(window.text()->toPlainText(), "a\nb\n");
     window.close(); // the close box
     EXPECT_TRUE(main->isMenuItemEnabled(AppController::MenuItem::ShowLog));

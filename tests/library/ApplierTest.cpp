@@ -224,7 +224,7 @@ TEST_F(ApplierTest, ContentInTheFormatsFoldersFollowsThePlugIn)
     // Under the user's folder by its text, above every folder in fact.
     B::makeFile(home(), "victim.txt");
     const QString climbing = folder(TypeAU, 2) + "/../../../../victim.txt";
-    services().storeContent({"Foo.component", preset, outside, climbing});
+    services().contentRegistry().store(QStringList{"Foo.component", preset, outside, climbing});
     au->rescan();
     mark(au, "Foo.component", false);
 
@@ -247,6 +247,7 @@ TEST_F(ApplierTest, ACompanionAddedSinceTheScanMovesWithTheFirstApply)
     const QString preset = B::makeFile(folder(TypeAU, 0) + "/Sub", "Foo.preset");
     au->rescan();
     au->itemAt(0)->addContent(preset); // what the info panel's Add does
+    services().contentRegistry().store(*au->itemAt(0));
     mark(au, "Foo.component", false);
     au->apply();
     EXPECT_TRUE(QFileInfo(auPath(1, "Sub/Foo.preset")).isFile());
@@ -278,12 +279,12 @@ TEST_F(ApplierTest, ContentOfEveryPairFollowsThePlugInButNotOutOfTheDistribution
     // A run of that table, as the programs make one.
     AllowAllAuthorization allowAll;
     AppServices run(RunParts{locations(), disk(), ui, table, locks()});
-    Preferences pref(run);
+    Preferences pref(run.parts(), run.dataFiles());
     MissingItemsPrompt missingItems(ui);
     Authorization authorization(allowAll, ui);
-    const ManagerParts parts{run, pref, missingItems, authorization};
-    run.storeContent({"Hall.lv2", hallPreset, packagedPreset});
-    run.storeContent({"Echo.so", echoBank});
+    const ManagerParts parts = managerParts(run, pref, missingItems, authorization);
+    run.contentRegistry().store(QStringList{"Hall.lv2", hallPreset, packagedPreset});
+    run.contentRegistry().store(QStringList{"Echo.so", echoBank});
     pref.store()->setValue("LV2MoveContent", true);
     pref.store()->setValue("LXVSTMoveContent", true);
 
@@ -299,8 +300,8 @@ TEST_F(ApplierTest, ContentOfEveryPairFollowsThePlugInButNotOutOfTheDistribution
     EXPECT_TRUE(QFileInfo(addedOff + "/Presets/Hall.preset").isFile());
     EXPECT_FALSE(exists(hallPreset));
     EXPECT_TRUE(QFileInfo(packagedPreset).isFile());
-    EXPECT_TRUE(run.logText().contains(packagedPreset + " of Hall.lv2 stays where it is"))
-        << qPrintable(run.logText());
+    EXPECT_TRUE(run.log().text().contains(packagedPreset + " of Hall.lv2 stays where it is"))
+        << qPrintable(run.log().text());
     const QString lxvstOff = locations().folderPath(lxvst, lxvstLoc + 1);
     EXPECT_FALSE(exists(echo));
     EXPECT_TRUE(QFileInfo(lxvstOff + "/Banks/Echo.fxb").isFile());
@@ -364,7 +365,7 @@ TEST_F(ApplierTest, NothingMovesThroughALinkOnTheWay)
     const QString link = folder(TypeAU, 0) + "/link-out";
     ASSERT_TRUE(QFile::link(outside.path(), link));
     const QString preset = B::makeFile(folder(TypeAU, 0) + "/Sub", "Foo.preset");
-    services().storeContent({"Foo.component", link + "/victim", preset});
+    services().contentRegistry().store(QStringList{"Foo.component", link + "/victim", preset});
     SystemLogCapture capture;
     au->rescan();
     mark(au, "Foo.component", false);

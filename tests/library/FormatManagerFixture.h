@@ -22,13 +22,23 @@ namespace korvane {
 
 using B = PluginLibraryBuilder;
 
+// What a manager is handed, from the shared parts of a run as AppContext hands them.
+inline ManagerParts managerParts(AppServices &run, Preferences &pref,
+                                 MissingItemsPrompt &missingItems, Authorization &authorization)
+{
+    return ManagerParts{
+        run.parts(),     run.log(), run.undoHistory(), run.groupRegistry(), run.contentRegistry(),
+        run.dataFiles(), pref,      missingItems,      authorization};
+}
+
 // The controllers the managers work with, made as the program makes them (without the
 // application controller).
 struct ManagersOfOneRun {
     ManagersOfOneRun(const Locations &locations, FileOperations &files, UserInterface &ui)
-        : services(RunParts{locations, files, ui, FormatTable::builtIn(), locks}), pref(services),
-          missingItems(ui),
-          authorization(allowAll, ui), parts{services, pref, missingItems, authorization},
+        : services(RunParts{locations, files, ui, FormatTable::builtIn(), locks}),
+          pref(services.parts(), services.dataFiles()), missingItems(ui),
+          authorization(allowAll, ui),
+          parts(managerParts(services, pref, missingItems, authorization)),
           au(formats().at(TypeAU), parts), rtas(formats().at(TypeRTAS), parts),
           mas(formats().at(TypeMAS), parts), vst(formats().at(TypeVST), parts)
     {
@@ -103,7 +113,14 @@ protected:
     }
 
     AppServices &services() { return context->services; }
-    QString logText() { return services().logText(); }
+    // Groups named in this order, after "no group".
+    void addGroups(const QStringList &names)
+    {
+        GroupRegistry &groups = services().groupRegistry();
+        for (const QString &name : names)
+            groups.setGroupAt(groups.groupCount(), name);
+    }
+    QString logText() { return services().log().text(); }
 
     QString auPath(int loc, const QString &name) const { return folder(TypeAU, loc) + "/" + name; }
     QString addAU(int loc, const QString &name) const
@@ -148,7 +165,7 @@ protected:
         addAU(LocUserDisabled, "bar.component");
         addAU(LocUserActive, "Baz.component");
         au->rescan();
-        undo = services().undoStack();
+        undo = services().undoHistory().stack();
         QObject::connect(au, &FormatManager::itemsChanged,
                          [this](const QList<int> &rows) { changedRows = rows; });
         QObject::connect(au, &FormatManager::itemsReset, [this] { ++resets; });

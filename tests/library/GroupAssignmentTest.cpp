@@ -13,7 +13,7 @@ protected:
     void SetUp() override
     {
         ThreeAudioUnitsFixture::SetUp();
-        services().groups() = {"Synths", "Drums"};
+        addGroups({"Synths", "Drums"});
         writeText(file, PropertyList::toXml(QVariantList{"Foo.component", "Synths", "bar.component",
                                                          "Synths", "Baz.component", "Drums",
                                                          "Foo.component", "Drums"}));
@@ -29,8 +29,8 @@ protected:
 
 TEST_F(GroupAssignmentTest, AScanReadsEachNamesFirstGroupAndPassesOverOddEntries)
 {
-    EXPECT_EQ(item(au, "Foo.component")->group(), "Synths");
-    EXPECT_EQ(item(au, "Baz.component")->group(), "Drums");
+    EXPECT_EQ(au->groupName(*item(au, "Foo.component")), "Synths");
+    EXPECT_EQ(au->groupName(*item(au, "Baz.component")), "Drums");
     EXPECT_EQ(GroupAssignment::findGroup({42, "X", "C", QVariantList{}, "Odd"}, "C"), "");
 }
 
@@ -65,16 +65,29 @@ TEST_F(GroupAssignmentTest, ATableEditIsUndoneAndRedoneInTheFile)
 // typed instead of being filled in again.
 TEST_F(GroupAssignmentTest, TheUndoTitleShowsAGroupAsTypedWhateverItsPercentSigns)
 {
-    services().groups() << "50%1 %2";
+    GroupRegistry &groups = services().groupRegistry();
+    groups.setGroupAt(groups.groupCount(), "50%1 %2");
     au->marking().changeItem(item(au, "Foo.component"), "AUGroup", "50%1 %2");
     EXPECT_EQ(undo->undoActionName(), "setGroup 50%1 %2 for \"Foo.component\"");
+}
+
+// A plug-in keeps its group's position: a rename in the group editor shows on every member at once
+// and is what the format's groups file says next.
+TEST_F(GroupAssignmentTest, ARenamedGroupShowsOnItsMembersAndInTheFile)
+{
+    services().groupRegistry().setGroupAt(0, "Leads");
+    EXPECT_EQ(au->groupName(*item(au, "Foo.component")), "Leads");
+    EXPECT_EQ(au->groupName(*item(au, "bar.component")), "Leads");
+    EXPECT_EQ(au->groupName(*item(au, "Baz.component")), "Drums");
+    au->groups().save();
+    EXPECT_EQ(saved("bar.component"), "Leads");
 }
 
 TEST_F(GroupAssignmentTest, ADamagedGroupsFileGivesNoGroups)
 {
     writeText(file, "not a property list");
     au->rescan();
-    EXPECT_EQ(item(au, "Foo.component")->group(), "");
+    EXPECT_EQ(au->groupName(*item(au, "Foo.component")), "");
 }
 
 // A format never scanned holds no plug-ins: saving would wipe its groups, so nothing is written.

@@ -29,7 +29,7 @@ TEST_F(MarkingTest, AToggleAnnouncesItsRowAndShowsTheNewPlaceUntilUndone)
 // the state: Foo and bar in one group, Baz in another; a later pair of a name counts for nothing.
 TEST_F(MarkingTest, GroupOnAndOffSwitchTheSelectedRowsGroup)
 {
-    services().groups() = {"Synths", "Drums"};
+    addGroups({"Synths", "Drums"});
     const QString file = homePath("Library/Application Support/Korvane/augroups.plist");
     writeText(file, PropertyList::toXml(QVariantList{"Foo.component", "Synths", "bar.component",
                                                      "Synths", "Baz.component", "Drums",

@@ -169,10 +169,10 @@ TEST_F(RightsApplyTest, AFolderAHostsVariableAddsIsRefusedUpFrontNamingIt)
 
     AllowAllAuthorization allowAll;
     AppServices run(RunParts{locations(), disk(), ui, table, locks()});
-    Preferences pref(run);
+    Preferences pref(run.parts(), run.dataFiles());
     MissingItemsPrompt missingItems(ui);
     Authorization authorization(allowAll, ui);
-    ManagerParts parts{run, pref, missingItems, authorization};
+    ManagerParts parts = managerParts(run, pref, missingItems, authorization);
     parts.rights = &mover;
     FormatManager manager(lv2, parts);
     manager.rescan();
@@ -192,11 +192,11 @@ TEST_F(RightsApplyTest, AFolderAHostsVariableAddsIsRefusedUpFrontNamingIt)
               "1 plug-ins in folders added by LV2_PATH were not switched");
     EXPECT_TRUE(ui.alerts.first().informativeText.contains("\n" + added + "\n"))
         << qPrintable(ui.alerts.first().informativeText);
-    EXPECT_TRUE(run.logText().contains("Hall.lv2 stays in " + added
-                                       + ": that folder was added by "
-                                         "LV2_PATH"))
-        << qPrintable(run.logText());
-    EXPECT_FALSE(run.logText().contains("Permission denied")) << qPrintable(run.logText());
+    EXPECT_TRUE(run.log().text().contains("Hall.lv2 stays in " + added
+                                          + ": that folder was added by "
+                                            "LV2_PATH"))
+        << qPrintable(run.log().text());
+    EXPECT_FALSE(run.log().text().contains("Permission denied")) << qPrintable(run.log().text());
     EXPECT_TRUE(exists(added + "/Hall.lv2"));
     // The person's own plug-in moved as ever; nothing is left pending.
     EXPECT_TRUE(exists(homePath(".lv2 (Disabled)/Mine.lv2")));

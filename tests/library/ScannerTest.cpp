@@ -55,6 +55,22 @@ TEST_F(ScannerTest, AudioUnitItemsMirrorTheFourFolders)
     EXPECT_FALSE(au->isApplyEnabled());
 }
 
+// The plug-in is a value the scan fills: its companions come from the registry at the scan, and a
+// registry without an entry for it leaves it none.
+TEST_F(ScannerTest, AScannedPlugInCarriesTheContentTheRegistryListsForIt)
+{
+    addAU(LocSystemActive, "Foo.component");
+    addAU(LocUserActive, "Bar.component");
+    const QString preset = folder(TypeAU, 0) + "/Sub/Foo.preset";
+    services().contentRegistry().store(QStringList{"Foo.component", preset});
+    au->rescan();
+    const PluginPtr foo = au->itemAt(rowOf(au, "Foo.component"));
+    ASSERT_TRUE(foo && foo->hasContent());
+    EXPECT_EQ(foo->contentCount(), 1);
+    EXPECT_EQ(foo->contentAt(0), preset);
+    EXPECT_FALSE(au->itemAt(rowOf(au, "Bar.component"))->hasContent());
+}
+
 // Each folder is named as written, empty ones show nothing, the bar keeps its last value. A scan
 // makes a format's missing folders, Audio Units only their disabled ones.
 TEST_F(ScannerTest, ProgressStepsToTwentyFiveAndMissingFoldersAreMade)

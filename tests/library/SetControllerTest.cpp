@@ -32,7 +32,7 @@ protected:
     }
     QString saveAs(const QString &name)
     {
-        const QString path = documents + "/" + name;
+        QString path = documents + "/" + name;
         ui.savePanelAnswers << path;
         au->sets().saveSet();
         return path;
@@ -167,7 +167,7 @@ TEST_F(SetControllerTest, ApplyAfterLoadingMovesEachSavedCopyWhereTheSetSays)
     for (const PluginPtr &it : au->items()) {
         if ((it->name() == "Foo.component" && it->isGlobal()) || it->name() == "A.component") {
             it->setActive(false);
-            it->updateLocation(TypeAU);
+            it->updateLocation(au->traits(), locations().allFolderPaths(au->traits()));
         }
     }
     const QString path = documents + "/copies.aukorv";

@@ -295,7 +295,8 @@ QString AllPluginsModel::text(const ProductSource &source, const QString &column
     if (column == TableColumn::Location)
         return placeOf(source);
     // The other texts are the tables' own.
-    const QVariant value = PluginTableSource::formatFreeValueOf(*source.item, column);
+    const QVariant value = PluginTableSource::formatFreeValueOf(
+        *source.item, column, source.manager ? source.manager->groupName(*source.item) : QString());
     return value.typeId() == QMetaType::QString ? value.toString() : QString();
 }
 

@@ -1,6 +1,5 @@
 #include "gui/main/AllPluginsView.h"
 
-#include "core/AppServices.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "gui/main/AllPluginsModel.h"
@@ -23,6 +22,16 @@
 #include <QVBoxLayout>
 
 namespace korvane {
+
+namespace {
+
+// A source built by hand (without its manager) has no group.
+QString groupOf(const ProductSource &source)
+{
+    return source.manager ? source.manager->groupName(*source.item) : QString();
+}
+
+} // namespace
 
 AllPluginsFilter::AllPluginsFilter(AllPluginsModel &source, QObject *parent)
     : QSortFilterProxyModel(parent), m_source(source)
@@ -61,7 +70,7 @@ void AllPluginsFilter::setQuickFilter(const PluginFilter &filter)
 
 bool AllPluginsFilter::passes(const ProductSource &source) const
 {
-    return source.item && m_quick.accepts(*source.item, source.type);
+    return source.item && m_quick.accepts(*source.item, source.type, groupOf(source));
 }
 
 std::optional<QList<ProductSource>> AllPluginsFilter::passingOf(const QModelIndex &index) const
@@ -136,7 +145,7 @@ bool AllPluginsFilter::filterAcceptsRow(int sourceRow, const QModelIndex &source
     return std::any_of(product->members.cbegin(), product->members.cend(),
                        [this](const ProductSource &member) {
                            return member.item->name().contains(m_text, Qt::CaseInsensitive)
-                                  || member.item->group().contains(m_text, Qt::CaseInsensitive);
+                                  || groupOf(member).contains(m_text, Qt::CaseInsensitive);
                        });
 }
 

@@ -178,7 +178,7 @@ void DetailsPane::refresh()
                                     : korvane::tr("switched off at the next Apply"))
                  + QLatin1Char(')');
     setField(kState, state);
-    setField(kGroup, item.group());
+    setField(kGroup, m_manager->groupName(item));
     setField(kArchitectures, item.architecturesText()); // as the binary names them
     setField(kPackage, metadata ? metadata->package : QString());
     setField(kIdentifiers, metadata ? metadata->identifiers.join(QLatin1Char('\n')) : QString());

@@ -118,7 +118,7 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
     m_preferences = new PreferencesWindow(*context.pref(), m_main, this);
     m_about = new AboutPanel(*context.about(), this);
     for (QWidget *window : std::initializer_list<QWidget *>{
-             new LogWindow(m_main, this), new GroupEditorWindow(m_main, this),
+             new LogWindow(m_main.log(), this), new GroupEditorWindow(m_main.groupRegistry(), this),
              new InfoPanel(*context.info(), this),
              new LaunchScriptPanel(*context.script(), context.formats(), this), m_preferences,
              m_about})
@@ -159,9 +159,11 @@ MainWindow::MainWindow(AppContext &context, QWidget *parent)
         if (FormatManager *manager = frontManager())
             followSelection(manager);
     });
-    connect(&m_main, &AppServices::groupMenuChanged, this, &MainWindow::showGroupMenu);
-    connect(&m_main, &AppServices::undoTitlesChanged, this, &MainWindow::showUndoTitles);
-    connect(&m_main, &AppServices::logVisibilityChanged, this, &MainWindow::updateMenus);
+    connect(&m_main.groupRegistry(), &GroupRegistry::groupMenuChanged, this,
+            &MainWindow::showGroupMenu);
+    connect(&m_main.undoHistory(), &UndoHistory::undoTitlesChanged, this,
+            &MainWindow::showUndoTitles);
+    connect(&m_main.log(), &ActivityLog::logVisibilityChanged, this, &MainWindow::updateMenus);
 
     showTabs();
     showGroupMenu();
@@ -339,8 +341,10 @@ void MainWindow::makeFileMenu()
 void MainWindow::makeEditMenu()
 {
     QMenu *menu = menuBar()->addMenu(korvane::tr("&Edit"));
-    addItem(menu, "miUndo", korvane::tr("Undo"), QKeySequence::Undo, [this] { m_main.undo(); });
-    addItem(menu, "miRedo", korvane::tr("Redo"), QKeySequence::Redo, [this] { m_main.redo(); });
+    addItem(menu, "miUndo", korvane::tr("Undo"), QKeySequence::Undo,
+            [this] { m_main.undoHistory().undo(); });
+    addItem(menu, "miRedo", korvane::tr("Redo"), QKeySequence::Redo,
+            [this] { m_main.undoHistory().redo(); });
     menu->addSeparator();
     addItem(menu, "miDelete", korvane::tr("Delete..."), QKeySequence::Delete,
             [this] { m_main.moveSelectedToTrash(); });
@@ -471,10 +475,11 @@ void MainWindow::makeViewMenu()
 void MainWindow::makeWindowMenu()
 {
     QMenu *menu = menuBar()->addMenu(korvane::tr("&Window"));
-    addItem(menu, "miShowLog", korvane::tr("Show Log"), [this] { m_main.showLog(); });
-    addItem(menu, "miHideLog", korvane::tr("Hide Log"), [this] { m_main.hideLog(); });
+    addItem(menu, "miShowLog", korvane::tr("Show Log"), [this] { m_main.log().show(); });
+    addItem(menu, "miHideLog", korvane::tr("Hide Log"), [this] { m_main.log().hide(); });
     menu->addSeparator();
-    addItem(menu, "miGroups", korvane::tr("Groups"), [this] { m_main.showGroups(); });
+    addItem(menu, "miGroups", korvane::tr("Groups"),
+            [this] { m_main.groupRegistry().showGroups(); });
     addItem(menu, "miPreferences", korvane::tr("&Preferences"), QKeySequence::Preferences,
             [this] { m_preferences->showPreferences(); });
 }
@@ -510,7 +515,7 @@ void MainWindow::showGroupMenu()
     qDeleteAll(m_groupItems);
     m_groupItems.clear();
     AppController &main = m_main;
-    for (const QString &title : m_main.groupMenuTitles()) {
+    for (const QString &title : m_main.groupRegistry().groupMenuTitles()) {
         QAction *item = m_groupMenu->addAction(menuText(title));
         connect(item, &QAction::triggered, this, [&main, title] { main.setGroup(title); });
         m_groupItems << item;
@@ -520,8 +525,8 @@ void MainWindow::showGroupMenu()
 void MainWindow::showUndoTitles()
 {
     // Before the first edit the core has no title yet: the plain words stand.
-    const QString undo = m_main.undoTitle();
-    const QString redo = m_main.redoTitle();
+    const QString undo = m_main.undoHistory().undoTitle();
+    const QString redo = m_main.undoHistory().redoTitle();
     action("miUndo")->setText(undo.isEmpty() ? korvane::tr("Undo") : menuText(undo));
     action("miRedo")->setText(redo.isEmpty() ? korvane::tr("Redo") : menuText(redo));
 }
@@ -566,7 +571,7 @@ void MainWindow::examineAudioUnitAlone()
     }
     // The folders are put back at once: no plug-in stays moved while the window goes on, where a
     // rescan or an apply would take the emptied folders for the truth.
-    m_main.showLog();
+    m_main.log().show();
     AudioUnitSolo solo(*au);
     solo.begin(item);
     solo.end();

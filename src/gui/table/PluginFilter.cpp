@@ -4,7 +4,7 @@
 
 namespace korvane {
 
-bool PluginFilter::accepts(const Plugin &item, int formatType) const
+bool PluginFilter::accepts(const Plugin &item, int formatType, const QString &group) const
 {
     if (format >= 0 && formatType != format)
         return false;
@@ -24,7 +24,7 @@ bool PluginFilter::accepts(const Plugin &item, int formatType) const
            || (metadata
                && (metadata->vendor.contains(text, Qt::CaseInsensitive)
                    || metadata->name.contains(text, Qt::CaseInsensitive)))
-           || item.group().contains(text, Qt::CaseInsensitive);
+           || group.contains(text, Qt::CaseInsensitive);
 }
 
 QStringList PluginFilter::architecturesOf(const QList<PluginPtr> &items)

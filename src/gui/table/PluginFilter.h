@@ -28,7 +28,8 @@ struct PluginFilter {
     // Whether it hides anything it could.
     bool isFiltering() const { return *this != PluginFilter(); }
     // What the row shows decides, marks included: a plug-in just unticked counts as off.
-    bool accepts(const Plugin &item, int formatType) const;
+    // group: the name of item's group (FormatManager::groupName), which the text also matches.
+    bool accepts(const Plugin &item, int formatType, const QString &group = QString()) const;
 
     // The architectures to choose from for these plug-ins: each one any of them holds, once, in
     // the order people read them.

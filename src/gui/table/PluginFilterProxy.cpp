@@ -59,7 +59,7 @@ bool PluginFilterProxy::filterAcceptsRow(int sourceRow, const QModelIndex &) con
         return true;
     const FormatManager &manager = m_source.manager();
     const PluginPtr item = manager.itemAt(sourceRow);
-    return item && m_filter.accepts(*item, manager.type());
+    return item && m_filter.accepts(*item, manager.type(), manager.groupName(*item));
 }
 
 } // namespace korvane

@@ -120,7 +120,7 @@ int PluginTableModel::columnCount(const QModelIndex &parent) const
 
 QVariant PluginTableModel::cell(const Plugin &item, const QString &column) const
 {
-    return PluginTableSource::valueOf(m_manager.traits(), item, column);
+    return PluginTableSource::valueOf(m_manager, item, column);
 }
 
 QVariant PluginTableModel::data(const QModelIndex &index, int role) const

@@ -46,7 +46,7 @@ QString shownLocationOf(const Format &format, const Plugin &item)
     return displayName(pairFolder(format, item));
 }
 
-QVariant formatFreeValueOf(const Plugin &item, const QString &column)
+QVariant formatFreeValueOf(const Plugin &item, const QString &column, const QString &group)
 {
     const PluginMetadata *metadata = item.metadata();
     if (column == TableColumn::Active)
@@ -54,7 +54,7 @@ QVariant formatFreeValueOf(const Plugin &item, const QString &column)
     if (column == TableColumn::Global)
         return item.isGlobal();
     if (column == TableColumn::Group)
-        return item.group();
+        return group;
     if (column == TableColumn::Architecture)
         return item.architecturesText();
     if (column == TableColumn::Vendor)
@@ -66,15 +66,16 @@ QVariant formatFreeValueOf(const Plugin &item, const QString &column)
     return QVariant();
 }
 
-QVariant valueOf(const Format &format, const Plugin &item, const QString &column)
+QVariant valueOf(const FormatManager &manager, const Plugin &item, const QString &column)
 {
+    const Format &format = manager.traits();
     if (column == TableColumn::Name)
         return item.name();
     if (column == TableColumn::Location)
         return locationOf(format, item);
     if (column == TableColumn::Format)
         return format.tabLabel;
-    return formatFreeValueOf(item, column);
+    return formatFreeValueOf(item, column, manager.groupName(item));
 }
 
 QStringList pathsOfRows(const FormatManager &manager, const QList<int> &rows)

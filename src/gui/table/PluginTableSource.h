@@ -16,14 +16,14 @@ class FormatManager;
 // view's adapter over the manager, which knows rows only as the list's order.
 namespace PluginTableSource {
 
-// A column's value of one plug-in of format, by column identifier (library/TableColumns.h): a
-// flag, or the text the cell shows before translation (the location's "System" and "User" are
-// the core's words); invalid for an identifier it does not know. What a plug-in's files do not
-// say is empty.
-QVariant valueOf(const Format &format, const Plugin &item, const QString &column);
+// A column's value of one plug-in of manager's format, by column identifier
+// (library/TableColumns.h): a flag, or the text the cell shows before translation (the location's
+// "System" and "User" are the core's words); invalid for an identifier it does not know. What a
+// plug-in's files do not say is empty.
+QVariant valueOf(const FormatManager &manager, const Plugin &item, const QString &column);
 // The same for the columns whose value does not depend on the format (flags, group,
-// architectures and what the files say); invalid for the others.
-QVariant formatFreeValueOf(const Plugin &item, const QString &column);
+// architectures and what the files say); invalid for the others. group: its group's name.
+QVariant formatFreeValueOf(const Plugin &item, const QString &column, const QString &group);
 
 // Where the plug-in lies, as the Location column says it: "System" or "User" for the first folder
 // pair of each, else the pair's active folder as written ("/usr/lib/lv2", "~/.lv2").

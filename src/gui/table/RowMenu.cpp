@@ -1,6 +1,6 @@
 #include "gui/table/RowMenu.h"
 
-#include "core/AppServices.h"
+#include "core/GroupRegistry.h"
 #include "core/Texts.h"
 #include "core/UserInterface.h"
 #include "library/BulkMarks.h"
@@ -46,7 +46,7 @@ QMenu *RowMenu::make(FormatManager &manager, QWidget *parent,
     QAction *none = groups->addAction(korvane::tr("none"));
     QObject::connect(none, &QAction::triggered, menu,
                      [&manager] { manager.groups().setGroup(QStringLiteral("none")); });
-    for (const QString &title : manager.services().groupMenuTitles()) {
+    for (const QString &title : manager.parts().groups.groupMenuTitles()) {
         QAction *item = groups->addAction(menuText(title));
         QObject::connect(item, &QAction::triggered, menu,
                          [&manager, title] { manager.groups().setGroup(title); });

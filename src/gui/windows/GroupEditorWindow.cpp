@@ -1,6 +1,6 @@
 #include "gui/windows/GroupEditorWindow.h"
 
-#include "core/AppServices.h"
+#include "core/GroupRegistry.h"
 #include "core/Texts.h"
 
 #include <QHBoxLayout>
@@ -12,8 +12,8 @@
 
 namespace korvane {
 
-GroupEditorWindow::GroupEditorWindow(AppServices &services, QWidget *parent)
-    : QWidget(parent, Qt::Window), m_services(services)
+GroupEditorWindow::GroupEditorWindow(GroupRegistry &groups, QWidget *parent)
+    : QWidget(parent, Qt::Window), m_groups(groups)
 {
     setWindowTitle(korvane::tr("Groups"));
     setAccessibleName(korvane::tr("Groups"));
@@ -47,12 +47,12 @@ GroupEditorWindow::GroupEditorWindow(AppServices &services, QWidget *parent)
     connect(m_add, &QPushButton::clicked, this, &GroupEditorWindow::add);
     connect(m_delete, &QPushButton::clicked, this, &GroupEditorWindow::remove);
     connect(m_table, &QTableWidget::itemChanged, this, &GroupEditorWindow::rename);
-    connect(&services, &AppServices::groupsChanged, this, [this] {
+    connect(&groups, &GroupRegistry::groupsChanged, this, [this] {
         // A rename in place leaves the table as the person edits it.
         if (!m_renaming)
             reload();
     });
-    connect(&services, &AppServices::groupEditorShown, this, &GroupEditorWindow::showGroups);
+    connect(&groups, &GroupRegistry::groupEditorShown, this, &GroupEditorWindow::showGroups);
     reload();
     resize(320, 360);
 }
@@ -68,7 +68,7 @@ void GroupEditorWindow::reload()
 {
     m_reloading = true;
     const int current = m_table->currentRow();
-    const int rows = m_services.groupCount();
+    const int rows = m_groups.groupCount();
     m_table->setRowCount(rows);
     for (int row = 0; row < rows; ++row) {
         QTableWidgetItem *item = m_table->item(row, 0);
@@ -76,7 +76,7 @@ void GroupEditorWindow::reload()
             item = new QTableWidgetItem;
             m_table->setItem(row, 0, item);
         }
-        item->setText(m_services.groupAt(row));
+        item->setText(m_groups.groupAt(row));
     }
     if (current >= rows)
         m_table->clearSelection();
@@ -88,13 +88,13 @@ void GroupEditorWindow::rename(QTableWidgetItem *item)
     if (m_reloading)
         return;
     m_renaming = true;
-    m_services.setGroupAt(item->row(), item->text());
+    m_groups.setGroupAt(item->row(), item->text());
     m_renaming = false;
 }
 
 void GroupEditorWindow::add()
 {
-    m_services.addGroup();
+    m_groups.addGroup();
     // The new group is named at once.
     const int row = m_table->rowCount() - 1;
     if (row < 0)
@@ -109,7 +109,7 @@ void GroupEditorWindow::remove()
     // Without a selection nothing goes: the registry's position 0 is no group, not a row.
     if (selected.isEmpty())
         return;
-    m_services.removeGroup(selected.first().row());
+    m_groups.removeGroup(selected.first().row());
 }
 
 } // namespace korvane

@@ -8,7 +8,7 @@ class QTableWidgetItem;
 
 namespace korvane {
 
-class AppServices;
+class GroupRegistry;
 
 // The group editor: the group registry from its first real group on, one editable row per group,
 // with Add and Delete. Every change goes to the registry at once, so the Groups submenu and the
@@ -16,7 +16,7 @@ class AppServices;
 class GroupEditorWindow : public QWidget {
     Q_OBJECT
 public:
-    explicit GroupEditorWindow(AppServices &services, QWidget *parent = nullptr);
+    explicit GroupEditorWindow(GroupRegistry &groups, QWidget *parent = nullptr);
 
     void showGroups(); // brings the window to the front
     QTableWidget *table() const { return m_table; }
@@ -27,7 +27,7 @@ private:
     void add();
     void remove();
 
-    AppServices &m_services;
+    GroupRegistry &m_groups;
     QTableWidget *m_table = nullptr;
     QPushButton *m_add = nullptr;
     QPushButton *m_delete = nullptr;

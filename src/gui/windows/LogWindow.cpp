@@ -1,6 +1,6 @@
 #include "gui/windows/LogWindow.h"
 
-#include "core/AppServices.h"
+#include "core/ActivityLog.h"
 #include "core/Texts.h"
 
 #include <QCloseEvent>
@@ -12,8 +12,7 @@
 
 namespace korvane {
 
-LogWindow::LogWindow(AppServices &services, QWidget *parent)
-    : QWidget(parent, Qt::Window), m_services(services)
+LogWindow::LogWindow(ActivityLog &log, QWidget *parent) : QWidget(parent, Qt::Window), m_log(log)
 {
     setWindowTitle(korvane::tr("Log"));
     setAccessibleName(korvane::tr("Log"));
@@ -28,21 +27,21 @@ LogWindow::LogWindow(AppServices &services, QWidget *parent)
     layout->addWidget(m_text);
     resize(560, 360);
 
-    connect(&services, &AppServices::logChanged, this, &LogWindow::followLog);
-    connect(&services, &AppServices::logVisibilityChanged, this, &LogWindow::followVisibility);
+    connect(&log, &ActivityLog::logChanged, this, &LogWindow::followLog);
+    connect(&log, &ActivityLog::logVisibilityChanged, this, &LogWindow::followVisibility);
     followLog();
-    if (services.isLogVisible())
+    if (log.isVisible())
         followVisibility(true);
 }
 
 bool LogWindow::isShowLogEnabled() const
 {
-    return m_services.isShowLogEnabled();
+    return m_log.isShowEnabled();
 }
 
 void LogWindow::followLog()
 {
-    const QString log = m_services.logText();
+    const QString log = m_log.text();
     QScrollBar *bar = m_text->verticalScrollBar();
     const bool atEnd = bar->value() == bar->maximum();
     // The log only grows: what is new is appended, so a long log is not laid out again.
@@ -67,13 +66,13 @@ void LogWindow::followVisibility(bool visible)
     } else {
         hide();
     }
-    emit showLogEnabledChanged(m_services.isShowLogEnabled());
+    emit showLogEnabledChanged(m_log.isShowEnabled());
 }
 
 void LogWindow::closeEvent(QCloseEvent *event)
 {
-    if (m_services.isLogVisible())
-        m_services.hideLog();
+    if (m_log.isVisible())
+        m_log.hide();
     QWidget::closeEvent(event);
 }
 

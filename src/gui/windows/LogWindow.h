@@ -6,7 +6,7 @@ class QPlainTextEdit;
 
 namespace korvane {
 
-class AppServices;
+class ActivityLog;
 
 // The log window: the program's log as plain text, following what is appended. It is shown and
 // hidden by the log's own visibility (showLog, hideLog); closing it hides the log, so Show Log is
@@ -14,7 +14,7 @@ class AppServices;
 class LogWindow : public QWidget {
     Q_OBJECT
 public:
-    explicit LogWindow(AppServices &services, QWidget *parent = nullptr);
+    explicit LogWindow(ActivityLog &log, QWidget *parent = nullptr);
 
     bool isShowLogEnabled() const;
     QPlainTextEdit *text() const { return m_text; }
@@ -30,7 +30,7 @@ private:
     void followLog();
     void followVisibility(bool visible);
 
-    AppServices &m_services;
+    ActivityLog &m_log;
     QPlainTextEdit *m_text = nullptr;
     qsizetype m_shown = 0; // characters of the log in the view
 };
