@@ -42,8 +42,10 @@ support="$H/Library/Application Support/Korvane"
 prefs="$H/Library/Preferences/com.velmora.Korvane.plist"
 components="$R/Library/Audio/Plug-Ins/Components"
 
-# A display of its own: Xvfb picks a free number and writes it to the file.
-Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3>"$dir/display" 2>"$dir/xvfb.log" &
+# A display of its own: Xvfb picks a free number and writes it to the file. -noreset: without it
+# the server resets whenever its last client leaves, and a korvane started during the reset
+# cannot connect.
+Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp -noreset 3>"$dir/display" 2>"$dir/xvfb.log" &
 xvfb=$!
 for _ in $(seq 50); do
   [ -s "$dir/display" ] && break
