@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
 # clang-tidy (.clang-tidy's bugprone and performance checks, each finding an error) over every
-# .cpp under the given folders, two files at a time; the headers they include are read with them.
-# Reads every file, then fails if any had a finding; also fails on a folder that holds no .cpp
-# and on a file no build compiles. Without folders it reads the ones docs/DESIGN.md calls
-# tidy-clean, so that list stays clean; a later run names more of the tree.
-#   tools/tidy-all.sh [--build DIR] [FOLDER...]
+# .cpp under the given folders (or the given .cpp files), two files at a time; the headers they
+# include are read with them. Reads every file, then fails if any had a finding; also fails on a
+# folder that holds no .cpp and on a file no build compiles. Without arguments it reads all of src
+# and fuzz/, which docs/DESIGN.md calls tidy-clean, so that they stay clean.
+#   tools/tidy-all.sh [--build DIR] [FOLDER|FILE.cpp...]
 # The compile commands come from DIR (default: build, the default preset); fuzz/ is compiled only
 # by the fuzz preset, whose build-fuzz is configured (not built) when it is missing.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-clean=(src/codec src/os src/helper src/probe src/cli src/gui/dialogs src/gui/windows fuzz)
+clean=(src fuzz)
 
 build=build
 if [ "${1:-}" = "--build" ]; then
@@ -45,7 +45,11 @@ for folder in "${folders[@]}"; do
   if [ "$folder" = fuzz ] && [ ! -f build-fuzz/compile_commands.json ]; then
     cmake --preset fuzz >/dev/null
   fi
-  mapfile -t files < <(find "$folder" -name '*.cpp' -type f | sort)
+  if [ -f "$folder" ]; then
+    files=("$folder")
+  else
+    mapfile -t files < <(find "$folder" -name '*.cpp' -type f | sort)
+  fi
   if [ ${#files[@]} -eq 0 ]; then
     echo "tidy-all: $folder holds no .cpp" >&2
     exit 1

@@ -134,7 +134,7 @@ QString ProductCatalog::shownName(const Plugin &item)
 {
     if (item.metadata() && !item.metadata()->name.isEmpty())
         return item.metadata()->name;
-    const QString file = item.name();
+    QString file = item.name();
     for (const QString &extension : extensions())
         if (file.size() > extension.size() && file.endsWith(extension, Qt::CaseInsensitive))
             return file.left(file.size() - extension.size());
