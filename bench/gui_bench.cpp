@@ -14,6 +14,7 @@
 #include "gui/table/QuickFilterBar.h"
 #include "library/FormatManager.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
@@ -28,6 +29,7 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <initializer_list>
 #include <memory>
 
 using namespace korvane;
@@ -64,6 +66,22 @@ void settleAndPaint(PluginTableView &view)
 {
     QCoreApplication::processEvents();
     view.viewport()->repaint();
+}
+
+// The slowest of choosing each of choices in a quick filter's pop-up, each until the rows on
+// screen are painted again.
+double worstChoiceMs(QComboBox *filter, std::initializer_list<int> choices, QAbstractItemView *view)
+{
+    double worst = 0;
+    for (const int choice : choices) {
+        QElapsedTimer timer;
+        timer.start();
+        filter->setCurrentIndex(choice);
+        QCoreApplication::processEvents();
+        view->viewport()->repaint();
+        worst = std::max(worst, elapsedMs(timer));
+    }
+    return worst;
 }
 
 PluginTableView &tableOf(PluginTableView &view)
@@ -183,18 +201,11 @@ void measureColumns(int n, QTextStream &out)
         filterWorst = std::max(filterWorst, elapsedMs(timer));
     }
     const int matched = page.table()->model()->rowCount();
-    double archWorst = 0;
     page.searchField()->clear();
     QCoreApplication::processEvents();
     page.table()->viewport()->repaint();
-    for (int index : {1, 2, 0}) {
-        QElapsedTimer timer;
-        timer.start();
-        page.filters()->architectureFilter()->setCurrentIndex(index);
-        QCoreApplication::processEvents();
-        page.table()->viewport()->repaint();
-        archWorst = std::max(archWorst, elapsedMs(timer));
-    }
+    const double archWorst =
+        worstChoiceMs(page.filters()->architectureFilter(), {1, 2, 0}, page.table());
 
     out << "gui_columns_items: " << vst3->rowCount() << "\n";
     out << "gui_columns_show_tab_ms: " << ms(show) << "\n";
@@ -340,15 +351,7 @@ void measureGui(int n, QTextStream &out)
         page.table()->viewport()->repaint();
         pageFilterWorst = std::max(pageFilterWorst, elapsedMs(timer));
     }
-    double quickFilterWorst = 0;
-    for (int index : {2, 1, 0}) {
-        QElapsedTimer timer;
-        timer.start();
-        page.stateFilter()->setCurrentIndex(index);
-        QCoreApplication::processEvents();
-        page.table()->viewport()->repaint();
-        quickFilterWorst = std::max(quickFilterWorst, elapsedMs(timer));
-    }
+    const double quickFilterWorst = worstChoiceMs(page.stateFilter(), {2, 1, 0}, page.table());
     double sortNameWorst = 0;
     QHeaderView *pageHeader = page.table()->horizontalHeader();
     for (const Qt::SortOrder order : {Qt::DescendingOrder, Qt::AscendingOrder}) {
@@ -392,15 +395,7 @@ void measureGui(int n, QTextStream &out)
 
     // Its quick filters look at every plug-in of every product.
     all.searchField()->clear();
-    double allQuickWorst = 0;
-    for (const int choice : {2, 1, 0}) {
-        QElapsedTimer timer;
-        timer.start();
-        all.filters()->stateFilter()->setCurrentIndex(choice);
-        QCoreApplication::processEvents();
-        all.tree()->viewport()->repaint();
-        allQuickWorst = std::max(allQuickWorst, elapsedMs(timer));
-    }
+    const double allQuickWorst = worstChoiceMs(all.filters()->stateFilter(), {2, 1, 0}, all.tree());
 
     out << "gui_items: " << au->rowCount() << "\n";
     out << "gui_switch_to_all_formats_ms: " << ms(switchAll) << "\n";

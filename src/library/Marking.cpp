@@ -153,39 +153,43 @@ void Marking::setAllInactive()
 
 void Marking::setGroupActive()
 {
-    const PluginPtr selected = m_manager.itemAt(m_manager.table().selectedRow());
-    if (!selected)
-        return;
-    const int group = selected->groupId();
-    markWhere([group](const Plugin &item) { return !item.isActive() && item.groupId() == group; },
-              true);
+    markGroup(true);
 }
 
 void Marking::setGroupInactive()
 {
+    markGroup(false);
+}
+
+void Marking::markGroup(bool active)
+{
     const PluginPtr selected = m_manager.itemAt(m_manager.table().selectedRow());
     if (!selected)
         return;
     const int group = selected->groupId();
-    markWhere([group](const Plugin &item) { return item.isActive() && item.groupId() == group; },
-              false);
+    markWhere(
+        [group, active](const Plugin &item) {
+            return item.isActive() != active && item.groupId() == group;
+        },
+        active);
 }
 
 void Marking::setSelectedActive()
 {
-    const QList<PluginPtr> selected = m_manager.table().selectedItems();
-    const QStringList folders = folderPaths();
-    for (const PluginPtr &item : selected)
-        markActive(item, true, folders);
-    m_manager.announceChanged(selected);
+    markSelected(true);
 }
 
 void Marking::setSelectedInactive()
 {
+    markSelected(false);
+}
+
+void Marking::markSelected(bool active)
+{
     const QList<PluginPtr> selected = m_manager.table().selectedItems();
     const QStringList folders = folderPaths();
     for (const PluginPtr &item : selected)
-        markActive(item, false, folders);
+        markActive(item, active, folders);
     m_manager.announceChanged(selected);
 }
 

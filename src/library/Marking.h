@@ -45,6 +45,10 @@ public:
     void markWhere(const std::function<bool(const Plugin &)> &which, bool active);
 
 private:
+    // The group of the row selected last, those of its members not yet in the state.
+    void markGroup(bool active);
+    // Every selected plug-in, whatever its state, so each record is brought up to date.
+    void markSelected(bool active);
     // Sets an item's active flag, its place among folders (folderPaths) and its record.
     void markActive(const PluginPtr &item, bool active, const QStringList &folders);
     // The format's folders by location code, expanded once per command.

@@ -1,6 +1,7 @@
 #include "gui/main/AllPluginsModel.h"
 
 #include "core/Texts.h"
+#include "gui/table/PluginTableModel.h"
 #include "gui/table/PluginTableSource.h"
 #include "library/BulkMarks.h"
 #include "library/ChangeSummary.h"
@@ -65,20 +66,7 @@ QStringList AllPluginsModel::defaultColumns()
 
 QString AllPluginsModel::title(const QString &identifier)
 {
-    static const QList<QPair<QString, const char *>> titles{
-        {TableColumn::Active, QT_TRANSLATE_NOOP("korvane", "Active")},
-        {TableColumn::Name, QT_TRANSLATE_NOOP("korvane", "Name")},
-        {TableColumn::Format, QT_TRANSLATE_NOOP("korvane", "Format")},
-        {TableColumn::Vendor, QT_TRANSLATE_NOOP("korvane", "Vendor")},
-        {TableColumn::Version, QT_TRANSLATE_NOOP("korvane", "Version")},
-        {TableColumn::Architecture, QT_TRANSLATE_NOOP("korvane", "Architecture")},
-        {TableColumn::Location, QT_TRANSLATE_NOOP("korvane", "Location")},
-        {TableColumn::Package, QT_TRANSLATE_NOOP("korvane", "Package")},
-        {TableColumn::Group, QT_TRANSLATE_NOOP("korvane", "Group")}};
-    for (const auto &[id, english] : titles)
-        if (id == identifier)
-            return korvane::tr(english);
-    return identifier;
+    return PluginTableModel::title(identifier);
 }
 
 void AllPluginsModel::setManagers(const QList<FormatManager *> &managers)

@@ -9,37 +9,45 @@
 
 namespace korvane {
 
+namespace {
+
+// One of the bar's pop-ups, named for the tests and for screen readers; it grows with its items.
+QComboBox *makeFilter(const QString &name, const QString &accessibleName, QWidget *parent)
+{
+    auto *filter = new QComboBox(parent);
+    filter->setObjectName(name);
+    filter->setAccessibleName(accessibleName);
+    filter->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    return filter;
+}
+
+} // namespace
+
 QuickFilterBar::QuickFilterBar(const QString &prefix, QWidget *parent) : QWidget(parent)
 {
     using State = PluginFilter::State;
     using Place = PluginFilter::Place;
-    m_state = new QComboBox(this);
-    m_state->setObjectName(QStringLiteral("pbState") + prefix);
-    m_state->setAccessibleName(korvane::tr("Show plug-ins that are"));
+    m_state =
+        makeFilter(QStringLiteral("pbState") + prefix, korvane::tr("Show plug-ins that are"), this);
     m_state->addItem(korvane::tr("On and off"), int(State::Any));
     m_state->addItem(korvane::tr("On only"), int(State::On));
     m_state->addItem(korvane::tr("Off only"), int(State::Off));
-    m_place = new QComboBox(this);
-    m_place->setObjectName(QStringLiteral("pbPlace") + prefix);
-    m_place->setAccessibleName(korvane::tr("Show plug-ins installed for"));
+    m_place = makeFilter(QStringLiteral("pbPlace") + prefix,
+                         korvane::tr("Show plug-ins installed for"), this);
     m_place->addItem(korvane::tr("System and user"), int(Place::Any));
     m_place->addItem(korvane::tr("System only"), int(Place::System));
     m_place->addItem(korvane::tr("User only"), int(Place::User));
-    m_architecture = new QComboBox(this);
-    m_architecture->setObjectName(QStringLiteral("pbArchitecture") + prefix);
-    m_architecture->setAccessibleName(korvane::tr("Show plug-ins built for"));
+    m_architecture = makeFilter(QStringLiteral("pbArchitecture") + prefix,
+                                korvane::tr("Show plug-ins built for"), this);
     m_architecture->addItem(korvane::tr("All architectures"), QString());
-    m_format = new QComboBox(this);
-    m_format->setObjectName(QStringLiteral("pbFormat") + prefix);
-    m_format->setAccessibleName(korvane::tr("Show plug-ins of the format"));
+    m_format = makeFilter(QStringLiteral("pbFormat") + prefix,
+                          korvane::tr("Show plug-ins of the format"), this);
     m_format->addItem(korvane::tr("All formats"), -1);
     m_format->hide();
     m_unreadable = new QCheckBox(korvane::tr("Cannot be read"), this);
     m_unreadable->setObjectName(QStringLiteral("cbUnreadable") + prefix);
     m_unreadable->setToolTip(
         korvane::tr("Only the plug-ins whose files could not be read; each row's tip says why"));
-    for (QComboBox *filter : {m_state, m_place, m_architecture, m_format})
-        filter->setSizeAdjustPolicy(QComboBox::AdjustToContents);
 
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
